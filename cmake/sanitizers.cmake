@@ -1,0 +1,14 @@
+# QOREXT_SANITIZE is a -fsanitize= list (for example "address,undefined"); QOREXT_COVERAGE counts
+# lines and branches. The presets set both.
+set(QOREXT_SANITIZE "" CACHE STRING "sanitizers to build with")
+option(QOREXT_COVERAGE "count covered lines" OFF)
+
+if(QOREXT_SANITIZE)
+  add_compile_options(-fsanitize=${QOREXT_SANITIZE} -fno-sanitize-recover=all
+                      -fno-omit-frame-pointer)
+  add_link_options(-fsanitize=${QOREXT_SANITIZE})
+endif()
+if(QOREXT_COVERAGE)
+  add_compile_options(--coverage -fprofile-update=atomic)
+  add_link_options(--coverage)
+endif()

@@ -1,0 +1,217 @@
+#include "codec.h"
+
+#include <string.h>
+
+#include <algorithm>
+
+namespace qmi_idl {
+namespace {
+
+constexpr size_t kTlvHeaderSize = 3;
+
+uint64_t load(const uint8_t* from, size_t width) {
+  uint64_t value = 0;
+  for (size_t i = 0; i < width; ++i) value |= uint64_t{from[i]} << (8 * i);
+  return value;
+}
+
+void store(uint8_t* to, size_t width, uint64_t value) {
+  for (size_t i = 0; i < width; ++i) to[i] = static_cast<uint8_t>(value >> (8 * i));
+}
+
+uint64_t extend(uint64_t value, size_t width, bool is_signed) {
+  uint64_t sign = uint64_t{1} << (8 * width - 1);
+  return is_signed ? (value ^ sign) - sign : value;
+}
+
+// The bytes still to be read or written; running out of them fails for good.
+template <typename Byte>
+class Cursor {
+ public:
+  explicit Cursor(std::span<Byte> bytes) : rest_(bytes) {}
+
+  // Null when fewer than `size` bytes are left.
+  Byte* take(size_t size) {
+    if (size > rest_.size()) return nullptr;
+    Byte* start = rest_.data();
+    rest_ = rest_.subspan(size);
+    return start;
+  }
+  size_t left() const { return rest_.size(); }
+
+ private:
+  std::span<Byte> rest_;
+};
+
+using Reader = Cursor<const uint8_t>;
+using Writer = Cursor<uint8_t>;
+
+// How many numbers of the element stand in the structure.
+size_t count_in(const Shape& shape, const uint8_t* structure) {
+  switch (shape.kind) {
+    case Kind::array:
+      return static_cast<size_t>(load(structure + shape.count_offset, shape.count_memory));
+    case Kind::text:
+      return strnlen(reinterpret_cast<const char*>(structure + shape.offset), shape.capacity);
+    default:
+      return shape.capacity;
+  }
+}
+
+bool encode_element(const Shape& shape, const uint8_t* structure, Writer& out) {
+  size_t count = count_in(shape, structure);
+  if (count > shape.capacity) return false;
+
+  uint8_t* head = out.take(shape.count_wire);
+  uint8_t* body = out.take(count * shape.wire);
+  if (head == nullptr || body == nullptr) return false;
+
+  store(head, shape.count_wire, count);
+  for (size_t i = 0; i < count; ++i) {
+    store(body + i * shape.wire, shape.wire,
+          load(structure + shape.offset + i * shape.memory, shape.memory));
+  }
+  return true;
+}
+
+bool decode_element(const Shape& shape, Reader& in, uint8_t* structure) {
+  size_t count = shape.capacity;
+  if (shape.count_wire != 0) {
+    const uint8_t* head = in.take(shape.count_wire);
+    if (head == nullptr) return false;
+    count = static_cast<size_t>(load(head, shape.count_wire));
+  }
+  if (count > shape.capacity) return false;
+
+  const uint8_t* body = in.take(count * shape.wire);
+  if (body == nullptr) return false;
+
+  for (size_t i = 0; i < count; ++i) {
+    uint64_t value = load(body + i * shape.wire, shape.wire);
+    store(structure + shape.offset + i * shape.memory, shape.memory,
+          extend(value, shape.wire, shape.is_signed));
+  }
+  if (shape.kind == Kind::array) store(structure + shape.count_offset, shape.count_memory, count);
+  return true;
+}
+
+bool is_present(const Element& element, const uint8_t* structure) {
+  return element.valid_offset == kNoOffset || structure[element.valid_offset] != 0;
+}
+
+// The elements that share the TLV of the first one.
+std::span<const Element> tlv_of(std::span<const Element> elements) {
+  size_t size = 1;
+  while (size < elements.size() && elements[size].tlv == elements[0].tlv) ++size;
+  return elements.first(size);
+}
+
+bool encode_tlv(std::span<const Element> tlv, const uint8_t* structure, Writer& out) {
+  uint8_t* head = out.take(kTlvHeaderSize);
+  if (head == nullptr) return false;
+
+  size_t before = out.left();
+  for (const Element& element : tlv) {
+    if (!encode_element(element.shape, structure, out)) return false;
+  }
+  size_t length = before - out.left();
+  if (length > UINT16_MAX) return false;
+  head[0] = tlv[0].tlv;
+  store(head + 1, 2, length);
+  return true;
+}
+
+bool decode_tlv(std::span<const Element> tlv, Reader in, uint8_t* structure) {
+  for (const Element& element : tlv) {
+    if (!decode_element(element.shape, in, structure)) return false;
+  }
+  if (tlv[0].valid_offset != kNoOffset) structure[tlv[0].valid_offset] = 1;
+  return true;
+}
+
+std::span<const Element> find_tlv(const Message& message, uint8_t type) {
+  auto first = std::find_if(message.elements.begin(), message.elements.end(),
+                            [type](const Element& element) { return element.tlv == type; });
+  if (first == message.elements.end()) return {};
+  return tlv_of(message.elements.subspan(static_cast<size_t>(first - message.elements.begin())));
+}
+
+bool reports_failure(const Message& message, const uint8_t* structure) {
+  return std::any_of(message.elements.begin(), message.elements.end(), [&](const Element& element) {
+    return element.shape.kind == Kind::result &&
+           load(structure + element.shape.offset, element.shape.memory) != 0;
+  });
+}
+
+bool has_all_mandatory(const Message& message, const bool (&seen)[256], const uint8_t* structure) {
+  bool failure = reports_failure(message, structure);
+  return std::all_of(message.elements.begin(), message.elements.end(), [&](const Element& element) {
+    return seen[element.tlv] || element.valid_offset != kNoOffset ||
+           (failure && element.shape.kind != Kind::result);
+  });
+}
+
+}  // namespace
+
+const Message* find(const Service& service, Direction direction, uint32_t id) {
+  for (const Message& message : service.messages) {
+    if (message.id == id && message.direction == direction) return &message;
+  }
+  return nullptr;
+}
+
+void store_header(const Header& header, std::span<uint8_t, kHeaderSize> out) {
+  out[0] = static_cast<uint8_t>(header.type);
+  store(&out[1], 2, header.transaction);
+  store(&out[3], 2, header.message_id);
+  store(&out[5], 2, header.length);
+}
+
+std::optional<Header> load_header(std::span<const uint8_t> packet) {
+  if (packet.size() < kHeaderSize) return std::nullopt;
+  uint8_t type = packet[0];
+  if (type != 0 && type != 2 && type != 4) return std::nullopt;
+
+  Header header{static_cast<WireType>(type), static_cast<uint16_t>(load(&packet[1], 2)),
+                static_cast<uint16_t>(load(&packet[3], 2)),
+                static_cast<uint16_t>(load(&packet[5], 2))};
+  if (packet.size() - kHeaderSize != header.length) return std::nullopt;
+  return header;
+}
+
+ssize_t encode(const Message& message, std::span<const uint8_t> structure,
+               std::span<uint8_t> wire) {
+  if (structure.size() != message.size) return -1;
+
+  Writer out(wire);
+  for (auto rest = message.elements; !rest.empty();) {
+    auto tlv = tlv_of(rest);
+    rest = rest.subspan(tlv.size());
+    if (!is_present(tlv[0], structure.data())) continue;
+    if (!encode_tlv(tlv, structure.data(), out)) return -1;
+  }
+  return static_cast<ssize_t>(wire.size() - out.left());
+}
+
+bool decode(const Message& message, std::span<const uint8_t> wire, std::span<uint8_t> structure) {
+  if (structure.size() != message.size) return false;
+  std::fill(structure.begin(), structure.end(), uint8_t{0});
+
+  bool seen[256] = {};
+  Reader in(wire);
+  while (in.left() != 0) {
+    const uint8_t* head = in.take(kTlvHeaderSize);
+    if (head == nullptr) return false;
+    size_t length = static_cast<size_t>(load(head + 1, 2));
+    const uint8_t* body = in.take(length);
+    if (body == nullptr) return false;
+
+    auto tlv = find_tlv(message, head[0]);
+    if (tlv.empty()) continue;
+    if (!decode_tlv(tlv, Reader({body, length}), structure.data())) return false;
+    seen[head[0]] = true;
+  }
+  return has_all_mandatory(message, seen, structure.data());
+}
+
+}  // namespace qmi_idl

@@ -1,0 +1,113 @@
+// How QMI packets travel between a client and a service: over the kernel's QRTR sockets, or over a
+// Unix SEQPACKET socket where the kernel has none. Both carry the same packets (a QMI header and
+// TLVs), one packet a message, and the same name service: clients learn where services are from
+// announcements.
+#pragma once
+
+#include <stdint.h>
+#include <sys/types.h>
+
+#include <memory>
+#include <optional>
+#include <span>
+#include <string>
+#include <vector>
+
+namespace qmi_transport {
+
+// The largest packet carried: a QMI header and a full 16-bit length of TLVs.
+constexpr size_t kMaxPacketSize = 7 + 65535;
+
+// One instance of a service. `instance` holds the version in its low byte, the instance number in
+// the bits above, as the QRTR name service keeps them.
+struct ServerAddress {
+  uint32_t service = 0;
+  uint32_t instance = 0;
+  uint32_t node = 0;
+  uint32_t port = 0;
+
+  bool operator==(const ServerAddress&) const = default;
+};
+
+struct Announcement {
+  enum class Kind { appeared, gone, end_of_list } kind;  // end_of_list: those present are told
+  ServerAddress server;
+};
+
+enum class Status {
+  ok,
+  nothing,  // no (whole) packet for the caller this time
+  gone,     // the service or the peer has gone away, for good
+  failed,   // the socket failed; errno tells
+};
+
+struct Received {
+  Status status;
+  size_t size = 0;
+};
+
+// A subscription to the name service for one service and version.
+class ServiceWatch {
+ public:
+  virtual ~ServiceWatch() = default;
+  virtual int fd() const = 0;
+  // Reads one announcement; call when fd() is readable. `gone`: the name service has gone away.
+  virtual Status next(Announcement& announcement) = 0;
+};
+
+// A client's packets to and from one server.
+class Channel {
+ public:
+  virtual ~Channel() = default;
+  virtual int fd() const = 0;
+  // Sends one packet; waits while the server's queue is full. Any thread may send.
+  virtual Status send(std::span<const uint8_t> packet) = 0;
+  // Reads one packet without waiting; call when fd() is readable, from one thread at a time.
+  virtual Received receive(std::span<uint8_t> buffer) = 0;
+};
+
+// A client of a server, as the server sees it.
+using Peer = uint64_t;
+
+struct ServerEvent {
+  enum class Kind { nothing, packet, peer_gone } kind = Kind::nothing;
+  uint32_t service = 0;
+  Peer peer = 0;
+  size_t size = 0;  // of the packet, in the buffer given
+};
+
+// The side of the modem: publishes services, serves their clients. For one thread.
+class Server {
+ public:
+  virtual ~Server() = default;
+  // Readable when next() has something to do (an epoll descriptor: all sockets behind it).
+  virtual int fd() const = 0;
+  // Brings a service up (announced to watchers) or down (its clients see it go away).
+  virtual bool publish(uint32_t service, uint32_t instance) = 0;
+  virtual void withdraw(uint32_t service) = 0;
+  // Handles one event without waiting; packets are read into `buffer`.
+  virtual ServerEvent next(std::span<uint8_t> buffer) = 0;
+  virtual Status send(Peer peer, std::span<const uint8_t> packet) = 0;
+  // The clients of a service that can be sent indications.
+  virtual std::vector<Peer> peers(uint32_t service) const = 0;
+};
+
+// Where the modem is: "qrtr" or "unix:PATH". Nothing for any other text.
+struct Endpoint {
+  enum class Kind { qrtr, unix_socket } kind;
+  std::string path;  // unix_socket only
+};
+std::optional<Endpoint> parse_endpoint(const std::string& text);
+
+// The endpoint named by QOREXT_MODEM; without it "unix:/run/qorext_modem.sock".
+std::optional<Endpoint> endpoint_from_environment();
+
+// Null when there is no name service to be reached (errno tells).
+std::unique_ptr<ServiceWatch> watch_service(const Endpoint& endpoint, uint32_t service,
+                                            uint32_t version);
+// Null when the server cannot be reached (errno tells).
+std::unique_ptr<Channel> open_channel(const Endpoint& endpoint, const ServerAddress& server);
+// Null when the endpoint cannot be served (errno tells).
+std::unique_ptr<Server> serve(const Endpoint& endpoint);
+
+}  // namespace qmi_transport
