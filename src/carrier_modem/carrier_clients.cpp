@@ -1,0 +1,141 @@
+#include "carrier_modem/carrier_clients.h"
+
+#include <algorithm>
+
+#include "device_management_service_v01.h"
+#include "host/log.h"
+#include "network_access_service_v01.h"
+#include "vendor/service_wait.h"
+#include "vendor/vendor_client.h"
+
+namespace {
+
+constexpr int kIdlMajor = 1;
+constexpr int kNasIdlMinor = 175;
+constexpr int kDmsIdlMinor = 56;
+constexpr int kIdlTool = 6;
+
+constexpr int kMaxAttempts = 5;
+constexpr int kMaxPolls = 5;
+
+qmi_client_type g_nas_client = nullptr;
+qmi_client_type g_dms_client = nullptr;
+
+unsigned int poll_for_service(qmi_idl_service_object_type service, qmi_client_os_params* signal) {
+  unsigned int services = 0;
+  for (int poll = 0; poll < kMaxPolls; ++poll) {
+    int rc = qmi_client_get_service_list(service, nullptr, nullptr, &services);
+    LOGE("sprint_client_init: qmi_client_get_service_list() returned %d num_services = %d\n", rc,
+         services);
+    if (rc == QMI_NO_ERR) break;
+    LOGE("sprint_client_init: wait for server to come up.\n");
+    wait_for_service_signal(signal);
+  }
+  return services;
+}
+
+qmi_client_type* handle_of(int service_type) {
+  switch (service_type) {
+    case kDmsService:
+      LOGE("sprint_client_init: DMS");
+      return &g_dms_client;
+    case kNasService:
+      LOGE("sprint_client_init: NAS");
+      return &g_nas_client;
+    default:
+      LOGE("sprint_client_init: Unknown");
+      return nullptr;
+  }
+}
+
+int open_first_instance(qmi_idl_service_object_type service, int service_type,
+                        unsigned int services) {
+  qmi_service_info instances[kMaxServiceInstances] = {};
+  unsigned int entries = std::min(services, kMaxServiceInstances);
+  int rc = qmi_client_get_service_list(service, instances, &entries, &services);
+  LOGE(
+      "sprint_client_init: qmi_client_get_service_list() returned %d num_entries = %d "
+      "num_services = %d\n",
+      rc, entries, services);
+  if (rc != QMI_NO_ERR) return rc;
+
+  qmi_client_type* handle = handle_of(service_type);
+  rc = handle == nullptr
+           ? -1
+           : qmi_client_init(&instances[0], service, nullptr, nullptr, nullptr, handle);
+  if (rc == QMI_NO_ERR) {
+    LOGE("sprint_client_init Succeeded\n");
+  } else {
+    LOGE("sprint_client_init: qmi_client_init failed. rc = %d\n", rc);
+  }
+  return rc;
+}
+
+int try_to_open(qmi_idl_service_object_type service, int service_type) {
+  if (service == nullptr) {
+    LOGE("sprint_client_init: qorext_hook_get_serivce_object failed.\n");
+    return -1;
+  }
+
+  qmi_client_os_params signal = {};
+  qmi_client_type notifier = nullptr;
+  int rc = qmi_client_notifier_init(service, &signal, &notifier);
+  LOGE("sprint_client_init: qmi_client_notifier_init \n");
+  if (rc != QMI_NO_ERR) {
+    LOGE("sprint_client_init: qmi_client_notifier_init failed. rc = %d\n", rc);
+    return rc;
+  }
+
+  unsigned int services = poll_for_service(service, &signal);
+  rc = open_first_instance(service, service_type, services);
+  if (notifier != nullptr) qmi_client_release(notifier);
+  return rc;
+}
+
+}  // namespace
+
+int qmi_qorext_sprint_client_init_with_type(qmi_idl_service_object_type service, int service_type) {
+  int rc = 0;
+  for (int attempt = 1; attempt <= kMaxAttempts; ++attempt) {
+    rc = try_to_open(service, service_type);
+    if (rc == QMI_NO_ERR) return rc;
+    LOGE("qmi_qorext_sprint_client_init_with_type: Try (%d): Client init fail. rc = %d\n", attempt,
+         rc);
+  }
+  return rc;
+}
+
+int qmi_qorext_sprint_client_init() {
+  auto nas = nas_get_service_object_internal_v01(kIdlMajor, kNasIdlMinor, kIdlTool);
+  auto dms = dms_get_service_object_internal_v01(kIdlMajor, kDmsIdlMinor, kIdlTool);
+
+  int rc = qmi_qorext_sprint_client_init_with_type(nas, kNasService);
+  LOGE("qmi_qorext_sprint_client_init: NAS Client Init rc: %d", rc);
+  if (rc != QMI_NO_ERR) return rc;
+
+  rc = qmi_qorext_sprint_client_init_with_type(dms, kDmsService);
+  LOGE("qmi_qorext_sprint_client_init: DMS Client Init rc: %d", rc);
+  return rc;
+}
+
+int qmi_qorext_sprint_nas_send_msg_sync(unsigned int message_id, void* request,
+                                        unsigned int request_length, void* response,
+                                        unsigned int response_length) {
+  if (g_nas_client == nullptr) {
+    LOGE("qmi_qorext_sprint_nas_send_msg_sync: Handler not initialized!");
+    return -1;
+  }
+  return qmi_client_send_msg_sync(g_nas_client, message_id, request, request_length, response,
+                                  response_length, kModemTimeoutMs);
+}
+
+int qmi_qorext_sprint_dms_send_msg_sync(unsigned int message_id, void* request,
+                                        unsigned int request_length, void* response,
+                                        unsigned int response_length) {
+  if (g_dms_client == nullptr) {
+    LOGE("qmi_qorext_sprint_dms_send_msg_sync: Handler not initialized!");
+    return -1;
+  }
+  return qmi_client_send_msg_sync(g_dms_client, message_id, request, request_length, response,
+                                  response_length, kModemTimeoutMs);
+}

@@ -1,0 +1,71 @@
+#include "host/dispatch.h"
+
+#include <array>
+
+#include "carrier/carrier_handler.h"
+#include "host/framing.h"
+#include "host/log.h"
+#include "vendor/nv_access.h"
+
+namespace {
+
+// The result says nothing: handlers report through their reply alone.
+using HookHandler = int (*)(const uint8_t* request, uint32_t argument);
+
+struct HookDispatchEntry {
+  uint32_t message_id;
+  uint32_t argument;
+  HookHandler handler;
+};
+
+constexpr uint32_t kFromRequest = 0xFFFFFFFF;
+constexpr uint32_t kCarrierArgument = 0xFFFFFFFF;
+
+constexpr std::array<HookDispatchEntry, 0> kGenericTable = {};
+
+constexpr HookDispatchEntry kCdmaFallbackTable[] = {
+    {0x02000016, kFromRequest, genNvRead},
+    {0x02000015, kFromRequest, genNvWrite},
+    {0x02000007, 28, nvRead},
+    {0x02000008, 28, nvWrite},
+    {0x0200000A, 32, nvRead},
+    {0x02000017, 38, nvRead},
+    {0x02000018, 38, nvWrite},
+    {0x02000019, 39, nvRead},
+    {0x0200001A, 39, nvWrite},
+    {0x0200000D, 10003, nvRead},
+    {0x0200000E, 10003, nvWrite},
+    {0x0200000F, 37, nvRead},
+    {0x02000010, 37, nvWrite},
+};
+
+// Calls the first row's handler with this id; false when there is none.
+template <typename Table>
+bool call_handler(const Table& table, uint32_t id, const uint8_t* request) {
+  for (const HookDispatchEntry& entry : table) {
+    if (entry.message_id != id) continue;
+    entry.handler(request, entry.argument);
+    return true;
+  }
+  return false;
+}
+
+}  // namespace
+
+void dispatch_generic(uint8_t* request, uint32_t id) {
+  if (call_handler(kGenericTable, id, request)) return;
+  LOGE("0x%x not supported", generic_id_for_log(request));
+  send_generic_error(request);
+}
+
+void dispatch_cdma(uint8_t* request, uint32_t id) {
+  if (qorext_hook_sprint_handler(request, kCarrierArgument) == kCarrierServed) {
+    LOGE("0x%x is handled by Sprint handler.", id);
+    return;
+  }
+  LOGE("0x%x not supported by Sprint handler.", id);
+
+  if (call_handler(kCdmaFallbackTable, id, request)) return;
+  LOGE("0x%x not supported", id);
+  send_cdma_status(id, kStatusNotSupported);
+}

@@ -1,0 +1,65 @@
+// qorext_client readfd writefd writeunsolfd instance: serves the radio interface daemon's OEM-hook
+// requests through the modem. Whatever goes wrong, the exit status is 0.
+#include <signal.h>
+#include <stdlib.h>
+#include <unistd.h>
+
+#include "carrier_modem/carrier_clients.h"
+#include "host/log.h"
+#include "host/parent.h"
+#include "host/request_loop.h"
+#include "vendor/vendor_client.h"
+
+namespace {
+
+constexpr uid_t kRadioUser = 1001;
+constexpr int kStatedArguments = 4;
+constexpr int kNoDescriptor = -1;
+
+// The read descriptor, or kNoDescriptor when the arguments will not do.
+int take_arguments(int argc, char** argv) {
+  // One argument less than is read: the parent always passes all four, and this is kept.
+  if (argc <= 3) {
+    LOGE("Need %d args %d", kStatedArguments, argc);
+    return kNoDescriptor;
+  }
+  int read_fd = atoi(argv[1]);
+  int write_fd = atoi(argv[2]);
+  int unsolicited_fd = atoi(argv[3]);
+  qor_ext_instance_id = argc > 4 ? static_cast<uint32_t>(atoi(argv[4])) : 0;
+  set_parent_pipes(write_fd, unsolicited_fd);
+  LOGE("readfd=%d, writefd=%d, writeunsolfd=%d qor_ext_instance_id=%d", read_fd, write_fd,
+       unsolicited_fd, qor_ext_instance_id);
+
+  if (read_fd == -1 || write_fd == -1 || unsolicited_fd == -1) {
+    LOGE("Invalid fds");
+    return kNoDescriptor;
+  }
+  return read_fd;
+}
+
+bool open_modem_clients() {
+  if (int rc = qmi_qorext_sprint_client_init(); rc != 0) {
+    LOGE("main:qmi_qorext_sprint_client_init failed = %d", rc);
+    return false;
+  }
+  if (int rc = qmi_qorext_hook_client_init(); rc != 0) {
+    LOGE("main:qmi_qorext_hook_client_t failed = %d", rc);
+    return false;
+  }
+  return true;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  LOGE("Starting qorext_client");
+  signal(SIGPIPE, SIG_IGN);  // a closed pipe is a write error like any other
+  [[maybe_unused]] int not_checked = setuid(kRadioUser);
+
+  int read_fd = take_arguments(argc, argv);
+  if (read_fd == kNoDescriptor || !open_modem_clients()) return 0;
+
+  serve_requests(read_fd);
+  return 0;
+}

@@ -1,0 +1,26 @@
+// The parent process (the radio interface daemon) as the handlers see it: two pipes to write to and
+// the number it gave this process.
+#pragma once
+
+#include <stddef.h>
+#include <stdint.h>
+
+#include "host/frame.h"
+
+// Which instance of the program this is; 0 is the primary one. Set once by main, before any other
+// thread starts.
+extern uint32_t qor_ext_instance_id;
+
+// Sets the descriptors that replies and unsolicited messages are written to. Called once by main,
+// before any other thread starts.
+void set_parent_pipes(int reply_fd, int unsolicited_fd);
+
+// Each writes one frame with one write(): 1, or 0 after logging errno. A short write is neither
+// repeated nor reported.
+int writeToParent(const void* buffer, size_t length);
+int writeUnsolToParent(const void* buffer, size_t length);
+
+inline int writeToParent(const Frame& frame) { return writeToParent(frame.data(), frame.size()); }
+inline int writeUnsolToParent(const Frame& frame) {
+  return writeUnsolToParent(frame.data(), frame.size());
+}

@@ -1,0 +1,43 @@
+// The vendor service's element read (message 8) and element write (message 9): NV items addressed
+// by RDE id, record number and byte offset.
+#pragma once
+
+#include <stddef.h>
+#include <stdint.h>
+
+constexpr unsigned int kElementRead = 8;
+constexpr unsigned int kElementWrite = 9;
+
+constexpr uint32_t kElementDataSize = 512;
+
+// Both requests; a read leaves the data out.
+struct ElementRequest {
+  uint32_t rde_id;
+  uint32_t record;
+  uint32_t offset;
+  uint32_t length;
+  uint32_t data_length;
+  uint8_t data[kElementDataSize];
+};
+static_assert(sizeof(ElementRequest) == 532);
+static_assert(offsetof(ElementRequest, data) == 20);
+
+struct ElementReadResponse {
+  uint32_t result;  // 0 is success
+  uint32_t error;
+  uint32_t rde_id;
+  uint32_t record;
+  uint32_t offset;
+  uint32_t length;  // of the data read, as the modem tells it; may be more than there is room for
+  uint32_t data_length;
+  uint8_t data[kElementDataSize];
+};
+static_assert(sizeof(ElementReadResponse) == 540);
+static_assert(offsetof(ElementReadResponse, length) == 20);
+static_assert(offsetof(ElementReadResponse, data) == 28);
+
+struct ElementWriteResponse {
+  uint32_t result;  // 0 is success
+  uint32_t error;
+};
+static_assert(sizeof(ElementWriteResponse) == 8);

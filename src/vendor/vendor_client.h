@@ -1,0 +1,15 @@
+// The one client of the modem's vendor service (qorext) that the whole process shares.
+#pragma once
+
+// Brings the client up: waits for the service (at most 500 seconds) and opens it. 0, or -1 after
+// logging what failed. Called once, by main; the client is never released.
+int qmi_qorext_hook_client_init();
+
+// Sends a request and waits for its response, at most 15 seconds. Lengths are the sizes of the C
+// structures in bytes; the caller has zeroed both. Returns the client library's code (0 is success)
+// unchanged; the response's own result is for the caller to judge. For any thread.
+int qorext_send_msg_sync(unsigned int message_id, void* request, unsigned int request_length,
+                         void* response, unsigned int response_length);
+
+// How long every exchange with the modem may take.
+constexpr unsigned int kModemTimeoutMs = 15000;

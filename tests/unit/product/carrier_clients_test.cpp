@@ -1,0 +1,156 @@
+#include "carrier_modem/carrier_clients.h"
+
+#include "fake_phone.h"
+#include "requests.h"
+
+using testing::Contains;
+using testing::ElementsAre;
+using testing::Not;
+
+namespace {
+
+class CarrierClients : public FakePhone {
+ protected:
+  int open(int type) {
+    static char nas[] = "nas";
+    return qmi_qorext_sprint_client_init_with_type(nas, type);
+  }
+};
+
+const std::string kTry = "qmi_qorext_sprint_client_init_with_type: Try (";
+
+TEST_F(CarrierClients, NasThenDmsAreOpened) {
+  EXPECT_EQ(qmi_qorext_sprint_client_init(), 0);
+  EXPECT_THAT(
+      trace,
+      ElementsAre(
+          "call nas_get_service_object 1 175 6", "call dms_get_service_object 1 56 6",
+          "call notifier_init nas", "log: sprint_client_init: qmi_client_notifier_init \n",
+          "call get_service_list nas",
+          "log: sprint_client_init: qmi_client_get_service_list() returned 0 num_services = 1\n",
+          "call get_service_list nas list",
+          "log: sprint_client_init: qmi_client_get_service_list() returned 0 num_entries = 1 "
+          "num_services = 1\n",
+          "log: sprint_client_init: NAS", "call client_init nas",
+          "log: sprint_client_init Succeeded\n", "call release notifier",
+          "log: qmi_qorext_sprint_client_init: NAS Client Init rc: 0", "call notifier_init dms",
+          "log: sprint_client_init: qmi_client_notifier_init \n", "call get_service_list dms",
+          "log: sprint_client_init: qmi_client_get_service_list() returned 0 num_services = 1\n",
+          "call get_service_list dms list",
+          "log: sprint_client_init: qmi_client_get_service_list() returned 0 num_entries = 1 "
+          "num_services = 1\n",
+          "log: sprint_client_init: DMS", "call client_init dms",
+          "log: sprint_client_init Succeeded\n", "call release notifier",
+          "log: qmi_qorext_sprint_client_init: DMS Client Init rc: 0"));
+  EXPECT_EQ(indication_callback, nullptr);
+}
+
+TEST_F(CarrierClients, FailedNasLeavesDmsAlone) {
+  init_results = {-5};
+  EXPECT_EQ(qmi_qorext_sprint_client_init(), -5);
+  EXPECT_THAT(trace, Not(Contains("call notifier_init dms")));
+  EXPECT_EQ(trace.back(), "log: qmi_qorext_sprint_client_init: NAS Client Init rc: -5");
+}
+
+TEST_F(CarrierClients, FailedDmsIsReturned) {
+  init_results = {0, -5};
+  EXPECT_EQ(qmi_qorext_sprint_client_init(), -5);
+  EXPECT_EQ(trace.back(), "log: qmi_qorext_sprint_client_init: DMS Client Init rc: -5");
+}
+
+TEST_F(CarrierClients, MissingServiceObjectFailsFiveTimes) {
+  has_service_objects = false;
+  EXPECT_EQ(qmi_qorext_sprint_client_init(), -1);
+  EXPECT_THAT(logs(),
+              Contains("sprint_client_init: qorext_hook_get_serivce_object failed.\n").Times(5));
+  EXPECT_THAT(logs(), Contains(kTry + "5): Client init fail. rc = -1\n"));
+}
+
+TEST_F(CarrierClients, FailedNotifierIsNotReleased) {
+  notifier_results = {-4};
+  EXPECT_EQ(open(kNasService), -4);
+  EXPECT_THAT(trace, Not(Contains("call release notifier")));
+  EXPECT_THAT(
+      std::vector<std::string>(trace.begin(), trace.begin() + 4),
+      ElementsAre("call notifier_init nas", "log: sprint_client_init: qmi_client_notifier_init \n",
+                  "log: sprint_client_init: qmi_client_notifier_init failed. rc = -4\n",
+                  "log: " + kTry + "1): Client init fail. rc = -4\n"));
+}
+
+TEST_F(CarrierClients, ServiceNeverUpGivesUpAfterFiveTimesFiveWaits) {
+  service_lists = {{-2, 0}};
+  EXPECT_EQ(open(kNasService), -2);
+  EXPECT_EQ(deadlines.size(), 25u);
+  EXPECT_THAT(logs(), Contains("sprint_client_init: wait for server to come up.\n").Times(25));
+  EXPECT_THAT(trace, Contains("call release notifier").Times(5));
+  EXPECT_EQ(trace.back(), "log: " + kTry + "5): Client init fail. rc = -2\n");
+  EXPECT_THAT(entry_counts, ElementsAre(0u, 0u, 0u, 0u, 0u));
+}
+
+TEST_F(CarrierClients, PollingStopsWhenTheServiceIsThere) {
+  service_lists = {{-2, 0}, {-2, 0}, {0, 1}};
+  EXPECT_EQ(open(kNasService), 0);
+  EXPECT_EQ(deadlines.size(), 2u);
+}
+
+TEST_F(CarrierClients, SignalledServiceIsPolledWithoutWaiting) {
+  service_lists = {{-2, 0}};
+  signal_on_wait = true;
+  EXPECT_EQ(open(kNasService), -2);
+  EXPECT_EQ(deadlines.size(), 5u) << "one wait in each attempt";
+}
+
+TEST_F(CarrierClients, UnknownServiceTypeFailsFiveTimes) {
+  EXPECT_EQ(open(3), -1);
+  EXPECT_THAT(logs(), Contains("sprint_client_init: Unknown").Times(5));
+  EXPECT_THAT(logs(), Contains("sprint_client_init: qmi_client_init failed. rc = -1\n").Times(5));
+  EXPECT_THAT(trace, Contains("call release notifier").Times(5));
+  EXPECT_THAT(trace, Not(Contains("call client_init nas")));
+}
+
+TEST_F(CarrierClients, ThirdAttemptMaySucceed) {
+  init_results = {-5, -6, 0};
+  EXPECT_EQ(open(kDmsService), 0);
+  EXPECT_THAT(logs(), testing::IsSupersetOf({kTry + "1): Client init fail. rc = -5\n",
+                                             kTry + "2): Client init fail. rc = -6\n"}));
+  EXPECT_EQ(trace.back(), "call release notifier");
+}
+
+TEST_F(CarrierClients, ListTakesAsManyRecordsAsThereIsRoomFor) {
+  service_lists = {{0, 17}};
+  open(kNasService);
+  EXPECT_THAT(entry_counts, ElementsAre(16u));
+}
+
+TEST_F(CarrierClients, EachSendGoesToItsOwnClient) {
+  qmi_qorext_sprint_client_init();
+  fail_send(0x24, -9);
+  uint8_t response[8] = {};
+  uint8_t request[6] = {1, 2, 3, 4, 5, 6};
+  EXPECT_EQ(qmi_qorext_sprint_nas_send_msg_sync(0x24, nullptr, 0, response, 8), -9);
+  EXPECT_EQ(qmi_qorext_sprint_dms_send_msg_sync(0x3B, request, 6, response, 8), 0);
+  ASSERT_EQ(exchanges.size(), 2u);
+  EXPECT_EQ(exchanges[0].service, "nas");
+  EXPECT_EQ(exchanges[0].timeout_ms, 15000u);
+  EXPECT_EQ(exchanges[1].service, "dms");
+  EXPECT_EQ(exchanges[1].request, Bytes(request, request + 6));
+  EXPECT_EQ(exchanges[1].response_length, 8u);
+  EXPECT_EQ(exchanges[1].timeout_ms, 15000u);
+}
+
+// Handles are never closed again, so this needs a process of its own.
+TEST_F(CarrierClients, SendBeforeTheClientsAreOpenIsRefused) {
+  GTEST_FLAG_SET(death_test_style, "threadsafe");
+  auto refused = [] {
+    uint8_t response[8] = {};
+    int nas = qmi_qorext_sprint_nas_send_msg_sync(0x24, nullptr, 0, response, 8);
+    int dms = qmi_qorext_sprint_dms_send_msg_sync(0x3B, nullptr, 0, response, 8);
+    for (const std::string& line : phone().trace) fprintf(stderr, "%s\n", line.c_str());
+    _exit(nas == -1 && dms == -1 ? 0 : 1);
+  };
+  EXPECT_EXIT(refused(), testing::ExitedWithCode(0),
+              "log: qmi_qorext_sprint_nas_send_msg_sync: Handler not initialized!\n"
+              "log: qmi_qorext_sprint_dms_send_msg_sync: Handler not initialized!\n");
+}
+
+}  // namespace

@@ -1,0 +1,187 @@
+#include "host/framing.h"
+
+#include "fake_phone.h"
+#include "host/hex.h"
+#include "host/log.h"
+#include "host/parent.h"
+#include "requests.h"
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+namespace {
+
+class Framing : public FakePhone {
+ protected:
+  Framing() { set_parent_pipes(kReplyFd, kUnsolicitedFd); }
+
+  uint32_t classify(const Bytes& request) {
+    type_ = 99;
+    return getOemHook(request.data(), request.size(), &type_);
+  }
+
+  uint32_t type_ = 99;
+};
+
+TEST_F(Framing, CdmaRequestIsToldByItsFamilyBytes) {
+  EXPECT_EQ(classify(from_hex("16000002 00000000")), 0x02000016u);
+  EXPECT_EQ(type_, kCdmaHook);
+  EXPECT_THAT(trace, IsEmpty());
+}
+
+TEST_F(Framing, GenericRequestIsToldByItsTypeByte) {
+  EXPECT_EQ(classify(from_hex("01050019 00000000")), 0x50019u);
+  EXPECT_EQ(type_, kGenericHook);
+  EXPECT_EQ(classify(from_hex("00050019 00000000")), 0x50019u);
+  EXPECT_EQ(classify(from_hex("02050019 00000000")), 0x50019u);
+  EXPECT_THAT(trace, IsEmpty());
+}
+
+TEST_F(Framing, FirstByteOfThreeOrMoreIsNotIdentified) {
+  EXPECT_EQ(classify(from_hex("03050019 00000000")), kUnclassified);
+  EXPECT_EQ(classify(from_hex("FF050019 00000000")), kUnclassified);
+  std::string line = "getOemHook: UNABLE TO IDENTIFY OEM_HOOK REQUEST!";
+  EXPECT_THAT(logs(), ElementsAre(line, line));
+}
+
+TEST_F(Framing, CdmaFamilyIsToldBeforeTheTypeByteIsLookedAt) {
+  EXPECT_EQ(classify(from_hex("FF000002 00000000")), 0x020000FFu);
+  EXPECT_EQ(type_, kCdmaHook);
+}
+
+TEST_F(Framing, GenericIdOfTwoIsTakenAsCdma) {
+  EXPECT_EQ(classify(from_hex("01000002 00000000")), 0x02000001u);
+  EXPECT_EQ(type_, kCdmaHook);
+}
+
+TEST_F(Framing, SevenBytesAndNoBufferAreRefused) {
+  EXPECT_EQ(classify(from_hex("16000002 000000")), kUnclassified);
+  EXPECT_EQ(getOemHook(nullptr, 8, &type_), kUnclassified);
+  std::string line = "getOemHook: NULL DATA or check size";
+  EXPECT_THAT(logs(), ElementsAre(line, line));
+}
+
+TEST_F(Framing, GenericHeaderIsParsedBigEndian) {
+  OemGenHeader header = {};
+  Bytes bytes = from_hex("01 050019 01020304");
+  EXPECT_EQ(ParOemGen(bytes.data(), bytes.size(), &header), 1);
+  EXPECT_EQ(header.msgType, 1u);
+  EXPECT_EQ(header.msgId, 0x50019u);
+  EXPECT_EQ(header.msgLen, 0x01020304u);
+  EXPECT_THAT(trace, IsEmpty());
+}
+
+TEST_F(Framing, GenericHeaderParserRefusesWhatItCannotUse) {
+  OemGenHeader header = {};
+  Bytes bytes = from_hex("01 050019 01020304");
+  EXPECT_EQ(ParOemGen(bytes.data(), 8, nullptr), 0);
+  EXPECT_EQ(ParOemGen(nullptr, 8, &header), 0);
+  EXPECT_EQ(ParOemGen(bytes.data(), 7, &header), 0);
+  EXPECT_THAT(logs(),
+              ElementsAre("Oem gen header null", "ParOemGen INVALID DATA LEN OR NULL POINTER",
+                          "ParOemGen INVALID DATA LEN OR NULL POINTER"));
+  EXPECT_EQ(header.msgId, 0u);
+}
+
+TEST_F(Framing, LogShowsTheByteSwappedGenericIdWithItsSign) {
+  EXPECT_EQ(generic_id_for_log(from_hex("01050019").data()), 0x190005);
+  EXPECT_EQ(generic_id_for_log(from_hex("010500F9").data()), static_cast<int32_t>(0xFFF90005));
+}
+
+TEST_F(Framing, StatusReplyIsTwentyBytes) {
+  send_cdma_status(0x0200000B, 6);
+  EXPECT_THAT(replies(), ElementsAre("0B000002"
+                                     "00000000"
+                                     "06000000"
+                                     "0000000000000000"));
+}
+
+TEST_F(Framing, CdmaReplyEndsInTwoBytesMoreThanItsData) {
+  Frame frame = cdma_reply(0x02000016, 3, 5);
+  ASSERT_TRUE(frame);
+  memset(frame.at(kCdmaPayload), 0xAA, 5);
+  EXPECT_EQ(hex({frame.data(), frame.size()}),
+            "16000002 05000000 03000000 000000000000 AAAAAAAAAA 0000"_hex);
+}
+
+TEST_F(Framing, GenericReplyTurnsTheLengthLittleEndian) {
+  Request request = Request::generic(0x5002A, from_hex("AABBCC"));
+  Frame frame = generic_reply(request.data(), 0x0102);
+  ASSERT_TRUE(frame);
+  EXPECT_EQ(frame.size(), 0x0102u + 8);
+  EXPECT_EQ(hex({frame.data(), 10}), "01 05002A 02010000 0000"_hex);
+}
+
+TEST_F(Framing, GenericErrorRepeatsFourBytesOfTheRequest) {
+  send_generic_error(from_hex("05000001").data());
+  EXPECT_THAT(replies(), ElementsAre("05000001FFFFFFFF"));
+}
+
+TEST_F(Framing, UnsolicitedCdmaFrameHasItsDataAt26) {
+  Frame frame = unsolicited_cdma(0x0200001D, 4);
+  ASSERT_TRUE(frame);
+  memset(frame.at(kUnsolCdmaData), 0xAA, 4);
+  EXPECT_EQ(hex({frame.data(), frame.size()}),
+            "00000000 14000000 1D000002 04000000 00000000 000000000000 AAAAAAAA 0000"_hex);
+}
+
+TEST_F(Framing, UnsolicitedGenericFrameHasItsDataAt16) {
+  Frame frame = unsolicited_generic(0x04000301, 4);
+  ASSERT_TRUE(frame);
+  memset(frame.at(kUnsolGenericData), 0xAA, 4);
+  EXPECT_EQ(hex({frame.data(), frame.size()}),
+            "01000000 08000000 01030004 04000000 AAAAAAAA 000000000000000000000000"_hex);
+}
+
+TEST_F(Framing, FrameWithoutMemoryIsFalse) {
+  allocations_left = 0;
+  EXPECT_FALSE(cdma_reply(1, 0, 4));
+  EXPECT_FALSE(generic_reply(from_hex("0105001900000000").data(), 4));
+  EXPECT_FALSE(unsolicited_cdma(1, 4));
+  EXPECT_FALSE(unsolicited_generic(1, 4));
+}
+
+TEST_F(Framing, EachPipeGetsItsFrames) {
+  EXPECT_EQ(writeToParent("ab", 2), 1);
+  EXPECT_EQ(writeUnsolToParent("cd", 2), 1);
+  EXPECT_THAT(trace, ElementsAre("reply: 6162", "unsol: 6364"));
+}
+
+TEST_F(Framing, FailedWriteIsLoggedWithErrno) {
+  write_errno = EPIPE;
+  EXPECT_EQ(writeToParent("ab", 2), 0);
+  EXPECT_EQ(writeUnsolToParent("cd", 2), 0);
+  EXPECT_THAT(trace,
+              ElementsAre("log: Write to parent failed 32", "log: Write to parent failed 32"));
+}
+
+TEST_F(Framing, HexDumpOf1024BytesShowsThemAll) {
+  Bytes bytes(1024, 0xAB);
+  hexDump(bytes.data(), bytes.size());
+  ASSERT_EQ(logs().size(), 1u);
+  EXPECT_EQ(logs()[0], "HexDump: Data " + hex(bytes));
+}
+
+TEST_F(Framing, HexDumpOf1025BytesIsRefused) {
+  Bytes bytes(1025);
+  hexDump(bytes.data(), bytes.size());
+  EXPECT_THAT(trace, ElementsAre("log: HexDump=buffer overflow"));
+}
+
+TEST_F(Framing, HexDumpOfNothingIsAnEmptyText) {
+  hexDump("x", 0);
+  EXPECT_THAT(trace, ElementsAre("log: HexDump: Data "));
+}
+
+TEST_F(Framing, HexTextIsUpperCaseAndTerminated) {
+  char text[9];
+  memset(text, 'x', sizeof text);
+  Bytes bytes = from_hex("0AF1");
+  toHexString(bytes.size(), bytes.data(), text);
+  EXPECT_STREQ(text, "0AF1");
+  EXPECT_EQ(text[5], 'x');
+  toHexString(0, bytes.data(), text);
+  EXPECT_STREQ(text, "");
+}
+
+}  // namespace

@@ -1,0 +1,283 @@
+#include "vendor/nv_access.h"
+
+#include "fake_phone.h"
+#include "host/parent.h"
+#include "requests.h"
+#include "vendor/nv_response.h"
+#include "vendor/vendor_client.h"
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+namespace {
+
+// The modem's answer to an element read.
+Bytes read_answer(uint32_t rde_id, uint32_t length, const Bytes& data, uint32_t result = 0,
+                  uint32_t error = 0) {
+  return le32(result) + le32(error) + le32(rde_id) + le32(7) + le32(8) + le32(length) +
+         le32(static_cast<uint32_t>(data.size())) + data;
+}
+
+Bytes numbered(size_t size) {
+  Bytes bytes(size);
+  for (size_t i = 0; i < size; ++i) bytes[i] = static_cast<uint8_t>(i + 1);
+  return bytes;
+}
+
+class NvAccess : public FakePhone {
+ protected:
+  NvAccess() {
+    set_parent_pipes(kReplyFd, kUnsolicitedFd);
+    qmi_qorext_hook_client_init();
+    trace.clear();
+  }
+
+  const Bytes& sent() const { return exchanges.at(0).request; }
+};
+
+TEST_F(NvAccess, FixedReadRepliesWithTheFirstFourBytes) {
+  answer(8, read_answer(28, 10, numbered(10)));
+  EXPECT_EQ(nvRead(Request::cdma(0x02000007).data(), 28), 0);
+  std::string frame = reply(0x02000007, 0, {1, 2, 3, 4});
+  EXPECT_THAT(trace,
+              ElementsAre("log: NV Read RdeId 28", "send vendor 0x8",
+                          "log: handleNvResponse for id 2000007, dataSize-4, respSize-10",
+                          "log: handleNvRsp: data is 1 for msgId 0x2000007",
+                          "log: handleNvRsp: response hexdump for p_respHdr->msgId 0x2000007...",
+                          "log: HexDump: Data " + frame, "reply: " + frame));
+  EXPECT_EQ(frame.size(), 2u * 24);
+  EXPECT_EQ(sent(), le32(28) + Bytes(528));
+  EXPECT_EQ(exchanges[0].response_length, 540u);
+}
+
+TEST_F(NvAccess, FixedReadDoesNotLookAtTheModemsResult) {
+  answer(8, read_answer(28, 4, {9, 8, 7, 6}, 1, 16));
+  nvRead(Request::cdma(0x0200000F).data(), 37);
+  EXPECT_THAT(replies(), ElementsAre(reply(0x0200000F, 0, {9, 8, 7, 6})));
+}
+
+TEST_F(NvAccess, FixedReadServesThreeIdsWithData) {
+  answer(8, read_answer(1, 4, {200, 0, 0, 1}));
+  for (uint32_t id : {0x02000007u, 0x0200000Du, 0x0200000Fu}) {
+    trace.clear();
+    nvRead(Request::cdma(id).data(), 1);
+    EXPECT_THAT(replies(), ElementsAre(reply(id, 0, {200, 0, 0, 1})));
+  }
+}
+
+TEST_F(NvAccess, FixedReadOfItems38And39IsRefusedWithZeros) {
+  answer(8, read_answer(38, 4, {1, 2, 3, 4}));
+  for (uint32_t id : {0x02000017u, 0x02000019u}) {
+    trace.clear();
+    nvRead(Request::cdma(id).data(), 38);
+    std::string frame = reply(id, 5, Bytes(4));
+    char digits[16];
+    snprintf(digits, sizeof digits, "%x", id);
+    EXPECT_THAT(trace, ElementsAre("log: NV Read RdeId 38", "send vendor 0x8",
+                                   std::string("log: handleNvResponse for id ") + digits +
+                                       ", dataSize-4, respSize-4",
+                                   "log: This should not happen",
+                                   std::string("log: handleNvRsp: response hexdump for "
+                                               "p_respHdr->msgId 0x") +
+                                       digits + "...",
+                                   "log: HexDump: Data " + frame, "reply: " + frame));
+  }
+}
+
+TEST_F(NvAccess, FixedReadThatCannotBeSentFails) {
+  fail_send(8, -2);
+  nvRead(Request::cdma(0x02000007).data(), 28);
+  EXPECT_THAT(trace, ElementsAre("log: NV Read RdeId 28", "send vendor 0x8",
+                                 "reply: " + reply(0x02000007, 5)));
+}
+
+TEST_F(NvAccess, FixedReadWithoutAResponseRowIsNotAnswered) {
+  EXPECT_EQ(nvRead(Request::cdma(0x02000008).data(), 28), 0);
+  EXPECT_THAT(trace, ElementsAre("log: NV Read RdeId 28", "send vendor 0x8"));
+}
+
+TEST_F(NvAccess, FixedReadWithoutMemoryIsNotAnswered) {
+  allocations_left = 0;
+  EXPECT_EQ(nvRead(Request::cdma(0x02000007).data(), 28), 0);
+  EXPECT_THAT(replies(), IsEmpty());
+}
+
+TEST_F(NvAccess, ResponseTableHasSixRows) {
+  for (uint32_t id : {0x02000007u, 0x02000017u, 0x02000019u, 0x0200000Du, 0x0200000Fu}) {
+    ASSERT_NE(find_nv_response(id), nullptr);
+    EXPECT_EQ(find_nv_response(id)->data_size, 4u);
+    EXPECT_EQ(find_nv_response(id)->handler, handleNvResponse);
+  }
+  ASSERT_NE(find_nv_response(0x0200000A), nullptr);
+  EXPECT_EQ(find_nv_response(0x0200000A)->data_size, 6u);
+  EXPECT_EQ(find_nv_response(0x0200000A)->handler, handleSpcResponse);
+  EXPECT_EQ(find_nv_response(0x02000008), nullptr);
+  EXPECT_EQ(find_nv_response(0x02000016), nullptr);
+}
+
+TEST_F(NvAccess, MatchingCodeIsConfirmed) {
+  answer(8, read_answer(32, 6, text("123456")));
+  nvRead(Request::cdma(0x0200000A, text("123456")).data(), 32);
+  EXPECT_THAT(trace, ElementsAre("log: NV Read RdeId 32", "send vendor 0x8",
+                                 "log: handleSpcResponse for id 200000a, respSize-6",
+                                 "reply: " + reply(0x0200000A, 0)));
+}
+
+TEST_F(NvAccess, EveryWrongDigitIsRefused) {
+  answer(8, read_answer(32, 6, text("123456")));
+  for (size_t i = 0; i < 6; ++i) {
+    std::string code = "123456";
+    code[i] = '0';
+    trace.clear();
+    nvRead(Request::cdma(0x0200000A, text(code)).data(), 32);
+    EXPECT_THAT(replies(), ElementsAre(reply(0x0200000A, 5))) << i;
+  }
+}
+
+TEST_F(NvAccess, CodeOfTheWrongLengthIsNotCompared) {
+  answer(8, read_answer(32, 6, text("123456")));
+  for (uint32_t length : {0u, 5u, 7u}) {
+    trace.clear();
+    nvRead(Request::cdma(0x0200000A, text("123456")).claiming(length).data(), 32);
+    EXPECT_THAT(replies(), ElementsAre(reply(0x0200000A, 5))) << length;
+  }
+}
+
+TEST_F(NvAccess, ItemOfTheWrongLengthMatchesNoCode) {
+  for (uint32_t length : {0u, 5u, 7u}) {
+    answer(8, read_answer(32, length, text("123456")));
+    trace.clear();
+    nvRead(Request::cdma(0x0200000A, text("123456")).data(), 32);
+    EXPECT_THAT(replies(), ElementsAre(reply(0x0200000A, 5))) << length;
+  }
+}
+
+TEST_F(NvAccess, FixedWriteSendsThePayload) {
+  nvWrite(Request::cdma(0x02000008, {1, 2, 3, 4}).data(), 28);
+  EXPECT_THAT(trace, ElementsAre("log: NV write RdeId: 28 length 4", "send vendor 0x9",
+                                 "reply: " + reply(0x02000008, 0)));
+  EXPECT_EQ(sent(),
+            le32(28) + le32(0) + le32(0) + le32(4) + le32(4) + from_hex("01020304") + Bytes(508));
+  EXPECT_EQ(exchanges[0].response_length, 8u);
+}
+
+TEST_F(NvAccess, FixedWriteTakes512Bytes) {
+  Bytes data = numbered(512);
+  nvWrite(Request::cdma(0x02000008, data).data(), 28);
+  EXPECT_EQ(Bytes(sent().begin() + 20, sent().end()), data);
+  EXPECT_THAT(replies(), ElementsAre(reply(0x02000008, 0)));
+}
+
+TEST_F(NvAccess, FixedWriteOfMoreThan512BytesIsNotSent) {
+  for (uint32_t length : {513u, 0xFFFFFFFFu}) {
+    trace.clear();
+    nvWrite(Request::cdma(0x02000008).claiming(length).data(), 28);
+    EXPECT_THAT(replies(), ElementsAre(reply(0x02000008, 5)));
+  }
+  EXPECT_THAT(exchanges, IsEmpty());
+}
+
+TEST_F(NvAccess, FixedWriteFailsOnTheSendAndOnTheModemsResult) {
+  fail_send(9, -3);
+  nvWrite(Request::cdma(0x02000008, {1}).data(), 28);
+  EXPECT_THAT(trace, ElementsAre("log: NV write RdeId: 28 length 1", "send vendor 0x9",
+                                 "log: NV write Err RdeId=28, Err=-3, resp_type=0",
+                                 "reply: " + reply(0x02000008, 5)));
+  fail_send(9, 0);
+  answer(9, le32(1) + le32(48));
+  trace.clear();
+  nvWrite(Request::cdma(0x02000008, {1}).data(), 28);
+  EXPECT_THAT(trace, ElementsAre("log: NV write RdeId: 28 length 1", "send vendor 0x9",
+                                 "log: NV write Err RdeId=28, Err=0, resp_type=48",
+                                 "reply: " + reply(0x02000008, 5)));
+}
+
+TEST_F(NvAccess, GeneralReadRepliesWithWhatTheModemGave) {
+  answer(8, read_answer(10001, 10, numbered(10)));
+  genNvRead(Request::cdma(0x02000016, le32(10001) + le32(2) + le32(3) + le32(10)).data(), 0);
+  std::string frame =
+      reply(0x02000016, 0, le32(10001) + le32(7) + le32(8) + le32(10) + numbered(10) + Bytes(4));
+  EXPECT_THAT(
+      trace, ElementsAre("send vendor 0x8", "log: Gen NV Read 10001 length 10", "reply: " + frame));
+  EXPECT_EQ(frame.size(), 2u * 50);
+  EXPECT_EQ(frame.substr(8, 8), "1E000000");
+  EXPECT_EQ(sent(), le32(10001) + le32(2) + le32(3) + le32(10) + Bytes(516));
+}
+
+TEST_F(NvAccess, GeneralReadFailsOnTheSendAndOnTheModemsResult) {
+  Request request = Request::cdma(0x02000016, Bytes(16));
+  fail_send(8, -3);
+  genNvRead(request.data(), 0);
+  fail_send(8, 0);
+  answer(8, read_answer(1, 4, Bytes(4), 1, 16));
+  genNvRead(request.data(), 0);
+  EXPECT_THAT(trace,
+              ElementsAre("send vendor 0x8", "log: Gen NV Read error -3 or 0",
+                          "reply: " + reply(0x02000016, 5), "send vendor 0x8",
+                          "log: Gen NV Read error 0 or 16", "reply: " + reply(0x02000016, 5)));
+}
+
+TEST_F(NvAccess, GeneralReadIsCutToWhatTheModemCanHaveSent) {
+  answer(8, read_answer(1, 100000, numbered(512)));
+  genNvRead(Request::cdma(0x02000016, Bytes(16)).data(), 0);
+  ASSERT_EQ(replies().size(), 1u);
+  EXPECT_EQ(
+      replies()[0],
+      reply(0x02000016, 0, le32(1) + le32(7) + le32(8) + le32(512) + numbered(512) + Bytes(4)));
+}
+
+TEST_F(NvAccess, GeneralReadWithoutMemoryIsNotAnswered) {
+  allocations_left = 0;
+  genNvRead(Request::cdma(0x02000016, Bytes(16)).data(), 0);
+  EXPECT_THAT(replies(), IsEmpty());
+}
+
+Request general_write(uint32_t length, const Bytes& data) {
+  return Request::cdma(0x02000015, le32(4242) + le32(1) + le32(2) + le32(length) + data);
+}
+
+TEST_F(NvAccess, GeneralWriteSendsAddressAndData) {
+  genNvWrite(general_write(3, {0xA, 0xB, 0xC}).data(), 0);
+  EXPECT_THAT(
+      trace,
+      ElementsAre("log: Gen NV Write RdeId 4242, rec num 1, offset 2, len 3. hexdump...",
+                  "log: HexDump: Data 0A0B0C", "send vendor 0x9",
+                  "log: Gen NV Write success for element 4242", "reply: " + reply(0x02000015, 0)));
+  EXPECT_EQ(sent(),
+            le32(4242) + le32(1) + le32(2) + le32(3) + le32(3) + from_hex("0A0B0C") + Bytes(509));
+}
+
+TEST_F(NvAccess, GeneralWriteOf512BytesIsSent) {
+  genNvWrite(general_write(512, numbered(512)).data(), 0);
+  ASSERT_EQ(exchanges.size(), 1u);
+  EXPECT_EQ(Bytes(sent().begin() + 20, sent().end()), numbered(512));
+  EXPECT_THAT(replies(), ElementsAre(reply(0x02000015, 0)));
+}
+
+TEST_F(NvAccess, GeneralWriteOf513BytesOrANegativeLengthIsNotAnswered) {
+  genNvWrite(general_write(513, numbered(513)).data(), 0);
+  genNvWrite(general_write(0xFFFFFFFF, {}).data(), 0);
+  EXPECT_THAT(trace, ElementsAre("log: Data more than buffer size 513",
+                                 "log: Data more than buffer size -1"));
+}
+
+TEST_F(NvAccess, GeneralWriteFailsOnTheSendAndOnTheModemsResult) {
+  fail_send(9, -3);
+  genNvWrite(general_write(0, {}).data(), 0);
+  fail_send(9, 0);
+  answer(9, le32(1) + le32(48));
+  genNvWrite(general_write(0, {}).data(), 0);
+  EXPECT_THAT(logs(), testing::IsSupersetOf({"Gen NV write error -3 result 0, for element 4242",
+                                             "Gen NV write error 0 result 1, for element 4242"}));
+  EXPECT_THAT(replies(), ElementsAre(reply(0x02000015, 5), reply(0x02000015, 5)));
+}
+
+TEST_F(NvAccess, NullRequestIsLeftUnanswered) {
+  EXPECT_EQ(nvRead(nullptr, 28), 0);
+  EXPECT_EQ(nvWrite(nullptr, 28), 0);
+  EXPECT_EQ(genNvRead(nullptr, 0), 0);
+  EXPECT_EQ(genNvWrite(nullptr, 0), 0);
+  EXPECT_THAT(trace, IsEmpty());
+}
+
+}  // namespace

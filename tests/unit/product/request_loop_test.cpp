@@ -1,0 +1,159 @@
+#include "host/request_loop.h"
+
+#include <sys/select.h>
+
+#include "fake_phone.h"
+#include "host/parent.h"
+#include "requests.h"
+
+using testing::ElementsAre;
+using testing::ElementsAreArray;
+using testing::IsEmpty;
+
+namespace {
+
+const std::string kWaiting = "log: Child process waiting for data";
+const std::string kReadFailed = "log: Read failed";
+
+class RequestLoop : public FakePhone {
+ protected:
+  RequestLoop() { set_parent_pipes(kReplyFd, kUnsolicitedFd); }
+
+  // Serves these steps of the request pipe, then its end.
+  void serve(std::initializer_list<PipeStep> steps) {
+    pipe = steps;
+    pipe.push_back({});
+    serve_requests(kRequestFd);
+  }
+
+  // The trace between the first wait and the end of the pipe.
+  std::vector<std::string> served() const {
+    EXPECT_GE(trace.size(), 4u);
+    EXPECT_EQ(trace.front(), kWaiting);
+    std::vector<std::string> end(trace.end() - 3, trace.end());
+    EXPECT_THAT(end, ElementsAre(kWaiting, "log: Read 0 bytes from pipe",
+                                 "log: Buffer length is zero..Exiting QOREXT"));
+    return {trace.begin() + 1, trace.end() - 3};
+  }
+};
+
+TEST_F(RequestLoop, EndOfThePipeEndsTheLoop) {
+  serve({});
+  EXPECT_THAT(trace, ElementsAre(kWaiting, "log: Read 0 bytes from pipe",
+                                 "log: Buffer length is zero..Exiting QOREXT"));
+}
+
+TEST_F(RequestLoop, InterruptedSelectWaitsAgain) {
+  serve({{.select_result = -1, .select_errno = EINTR}});
+  EXPECT_THAT(served(), ElementsAre("log:  Got EINTR, ignoring", kReadFailed));
+}
+
+TEST_F(RequestLoop, FailedSelectIsLoggedAndTriedAgain) {
+  serve({{.select_result = -1, .select_errno = ENOMEM}});
+  EXPECT_THAT(served(), ElementsAre("log: Select failed with errno = 12.", kReadFailed));
+}
+
+TEST_F(RequestLoop, SelectOfZeroIsLogged) {
+  serve({{.select_result = 0}});
+  EXPECT_THAT(served(), ElementsAre("log: select returned zero", kReadFailed));
+}
+
+TEST_F(RequestLoop, SelectWithoutTheDescriptorIsLogged) {
+  serve({{.select_result = 1, .is_set = false}});
+  EXPECT_THAT(served(),
+              ElementsAre("log: select succeed, fd failed, should not happen", kReadFailed));
+}
+
+TEST_F(RequestLoop, FailedReadIsLoggedAndTriedAgain) {
+  serve({{.read_errno = EIO}});
+  EXPECT_THAT(served(), ElementsAre("log: Dispatcher: read failed with errno 5", kReadFailed));
+}
+
+TEST_F(RequestLoop, SevenBytesAreAWrongMessage) {
+  serve({{.data = from_hex("16000002 000000")}});
+  EXPECT_THAT(served(),
+              ElementsAre("log: Read 7 bytes from pipe", "log: getOemHook: NULL DATA or check size",
+                          "log: msg Id is 0xffffffff, type is 0. ", "log: Wrong msg Id",
+                          "reply: 16000002FFFFFFFF"));
+}
+
+TEST_F(RequestLoop, OneByteIsAnsweredWithZerosBehindIt) {
+  serve({{.data = {0x77}}});
+  EXPECT_THAT(replies(), ElementsAre("77000000FFFFFFFF"));
+}
+
+TEST_F(RequestLoop, UnidentifiedRequestIsAWrongMessage) {
+  serve({{.data = from_hex("05000001 00000000")}});
+  EXPECT_THAT(served(), ElementsAre("log: Read 8 bytes from pipe",
+                                    "log: getOemHook: UNABLE TO IDENTIFY OEM_HOOK REQUEST!",
+                                    "log: msg Id is 0xffffffff, type is 0. ", "log: Wrong msg Id",
+                                    "reply: 05000001FFFFFFFF"));
+}
+
+TEST_F(RequestLoop, GenericRequestIsParsedAndDispatched) {
+  serve({{.data = from_hex("01050506 00000203 0000")}});
+  EXPECT_THAT(served(),
+              ElementsAre("log: Read 10 bytes from pipe", "log: msg Id is 0x50506, type is 1. ",
+                          "log: Received Generic Hook request 0x60505",
+                          "debug: handle generic request, msgID 0x50506. msgLen 515, msgType 1",
+                          "log: 0x60505 not supported", "reply: 01050506FFFFFFFF"));
+}
+
+TEST_F(RequestLoop, GenericIdIsLoggedWithItsSignShiftedIn) {
+  serve({{.data = from_hex("010505F6 00000000")}});
+  EXPECT_THAT(logs(), testing::Contains("Received Generic Hook request 0xfff60505"));
+}
+
+TEST_F(RequestLoop, CdmaRequestIsOfferedToTheCarrierFirst) {
+  serve({{.data = from_hex("0B000002 00000000")}});
+  EXPECT_THAT(served(),
+              ElementsAre("log: Read 8 bytes from pipe", "log: msg Id is 0x200000b, type is 0. ",
+                          "log: Received CDMA Hook request 0x200000b",
+                          "log: qorext_hook_sprint_handler: ENTER ",
+                          "log: qorext_hook_sprint_handler: Unexpected MSG ID: 33554443",
+                          "log: 0x200000b not supported by Sprint handler.",
+                          "log: 0x200000b not supported", "reply: " + reply(0x0200000B, 6)));
+}
+
+TEST_F(RequestLoop, LargestRequestIsReadInOnePiece) {
+  Bytes request(kRequestSize, 0xEE);
+  store_le32(request.data(), 0x0200000B);
+  serve({{.data = request}});
+  EXPECT_THAT(logs(), testing::Contains("Read 17408 bytes from pipe"));
+  EXPECT_THAT(replies(), ElementsAre(reply(0x0200000B, 6)));
+}
+
+TEST_F(RequestLoop, NothingOfAnEarlierRequestIsSeenByALaterOne) {
+  serve({{.data = Bytes(100, 0xEE)}, {.data = {0x01}}});
+  EXPECT_THAT(replies(), ElementsAre("EEEEEEEEFFFFFFFF", "01000000FFFFFFFF"));
+}
+
+TEST_F(RequestLoop, ClosedReplyPipeDoesNotEndTheLoop) {
+  write_errno = EPIPE;
+  serve({{.data = from_hex("05000001 00000000")}, {.data = from_hex("0B000002 00000000")}});
+  EXPECT_THAT(logs(), testing::Contains("Write to parent failed 32").Times(2));
+  EXPECT_EQ(trace.back(), "log: Buffer length is zero..Exiting QOREXT");
+}
+
+// The loop never ends by itself on such a descriptor: a child lets it run for a few turns.
+void loop_on_descriptor(int fd) {
+  struct Stop {};
+  auto& trace = phone().trace;
+  trace.reserve(100000);
+  std::thread watcher([&] {
+    while (trace.size() < 9) std::this_thread::yield();
+    for (size_t i = 0; i < 6; ++i) fprintf(stderr, "%s|", trace[i].c_str());
+    _exit(0);
+  });
+  serve_requests(fd);
+}
+
+TEST_F(RequestLoop, DescriptorBeyondTheSetFailsLikeAClosedOne) {
+  GTEST_FLAG_SET(death_test_style, "threadsafe");
+  std::string turn =
+      "log: Child process waiting for data.log: Select failed with errno = 9..log: Read failed.";
+  EXPECT_EXIT(loop_on_descriptor(FD_SETSIZE), testing::ExitedWithCode(0), turn + turn);
+  EXPECT_EXIT(loop_on_descriptor(-7), testing::ExitedWithCode(0), turn + turn);
+}
+
+}  // namespace

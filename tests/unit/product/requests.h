@@ -1,0 +1,79 @@
+// Requests as the parent writes them, in a buffer as the request loop hands it to handlers.
+#pragma once
+
+#include <string>
+
+#include "fake_phone.h"
+#include "host/bytes.h"
+#include "host/framing.h"
+
+class Request {
+ public:
+  static Request cdma(uint32_t id, const Bytes& payload = {}) {
+    Request request;
+    store_le32(request.at(kCdmaId), id);
+    store_le32(request.at(kCdmaLength), static_cast<uint32_t>(payload.size()));
+    std::copy(payload.begin(), payload.end(), request.at(kCdmaPayload));
+    return request;
+  }
+
+  static Request generic(uint32_t id, const Bytes& payload = {}, uint8_t type = 1) {
+    Request request;
+    auto length = static_cast<uint32_t>(payload.size());
+    uint8_t header[] = {type,
+                        static_cast<uint8_t>(id >> 16),
+                        static_cast<uint8_t>(id >> 8),
+                        static_cast<uint8_t>(id),
+                        static_cast<uint8_t>(length >> 24),
+                        static_cast<uint8_t>(length >> 16),
+                        static_cast<uint8_t>(length >> 8),
+                        static_cast<uint8_t>(length)};
+    std::copy(std::begin(header), std::end(header), request.at(0));
+    std::copy(payload.begin(), payload.end(), request.at(kGenericPayload));
+    return request;
+  }
+
+  // What the header claims, whatever the payload.
+  Request&& claiming(uint32_t length) && {
+    store_le32(at(kCdmaLength), length);
+    return std::move(*this);
+  }
+
+  Request&& with_code(const std::string& code) && {
+    std::copy(code.begin(), code.end(), at(kCdmaCode));
+    return std::move(*this);
+  }
+
+  uint8_t* at(size_t offset) { return bytes_.data() + offset; }
+  uint8_t* data() { return bytes_.data(); }
+
+ private:
+  Bytes bytes_ = Bytes(kRequestSize);
+};
+
+inline Bytes le16(uint16_t value) {
+  Bytes bytes(2);
+  store_le16(bytes.data(), value);
+  return bytes;
+}
+
+inline Bytes le32(uint32_t value) {
+  Bytes bytes(4);
+  store_le32(bytes.data(), value);
+  return bytes;
+}
+
+inline Bytes operator+(Bytes left, const Bytes& right) {
+  left.insert(left.end(), right.begin(), right.end());
+  return left;
+}
+
+inline Bytes text(const std::string& characters) {
+  return Bytes(characters.begin(), characters.end());
+}
+
+// A CDMA-hook reply as it must lie on the pipe.
+inline std::string reply(uint32_t id, uint32_t status, const Bytes& data = {}) {
+  auto length = static_cast<uint32_t>(data.size());
+  return hex(le32(id) + le32(length) + le32(status) + Bytes(6) + data + Bytes(2));
+}

@@ -1,0 +1,95 @@
+#include "fake_phone.h"
+#include "host/parent.h"
+
+using testing::Contains;
+using testing::ElementsAre;
+using testing::IsEmpty;
+using testing::Not;
+
+int qorext_client_main(int argc, char** argv);
+
+namespace {
+
+class StartUp : public FakePhone {
+ protected:
+  int start(std::vector<std::string> arguments) {
+    arguments.insert(arguments.begin(), "qorext_client");
+    std::vector<char*> argv;
+    for (std::string& argument : arguments) argv.push_back(argument.data());
+    int argc = static_cast<int>(argv.size());
+    argv.push_back(nullptr);
+    return qorext_client_main(argc, argv.data());
+  }
+
+  int start_normally(const std::string& instance = "0") {
+    pipe = {{}};
+    return start({"600", "601", "602", instance});
+  }
+};
+
+TEST_F(StartUp, TooFewArgumentsEndIt) {
+  EXPECT_EQ(start({"600", "601"}), 0);
+  EXPECT_THAT(trace,
+              ElementsAre("log: Starting qorext_client", "call setuid 1001", "log: Need 4 args 3"));
+}
+
+TEST_F(StartUp, ThreeArgumentsPassTheCheck) {
+  pipe = {{}};
+  EXPECT_EQ(start({"600", "601", "602"}), 0);
+  EXPECT_EQ(qor_ext_instance_id, 0u);
+  EXPECT_THAT(logs(), Contains("Child process waiting for data"));
+}
+
+TEST_F(StartUp, DescriptorOfMinusOneEndsIt) {
+  for (int bad = 0; bad < 3; ++bad) {
+    trace.clear();
+    std::vector<std::string> arguments = {"600", "601", "602", "0"};
+    arguments[static_cast<size_t>(bad)] = "-1";
+    EXPECT_EQ(start(arguments), 0);
+    EXPECT_EQ(trace.back(), "log: Invalid fds");
+    EXPECT_EQ(trace.size(), 4u);
+  }
+}
+
+TEST_F(StartUp, OtherNegativeDescriptorsPass) {
+  pipe = {{}};
+  EXPECT_EQ(start({"600", "-2", "-3", "0"}), 0);
+  EXPECT_THAT(logs(), Not(Contains("Invalid fds")));
+  EXPECT_THAT(logs(), Contains("Child process waiting for data"));
+}
+
+TEST_F(StartUp, ArgumentsAreDecimalAndLogged) {
+  start_normally("7");
+  EXPECT_EQ(qor_ext_instance_id, 7u);
+  EXPECT_EQ(logs()[1], "readfd=600, writefd=601, writeunsolfd=602 qor_ext_instance_id=7");
+}
+
+TEST_F(StartUp, CarrierClientsComeBeforeTheVendorClient) {
+  EXPECT_EQ(start_normally(), 0);
+  std::vector<std::string> opened;
+  for (const std::string& line : trace) {
+    if (line.rfind("call client_init", 0) == 0) opened.push_back(line);
+  }
+  EXPECT_THAT(opened, ElementsAre("call client_init nas", "call client_init dms",
+                                  "call client_init vendor"));
+}
+
+TEST_F(StartUp, FailedCarrierClientEndsIt) {
+  init_results = {-7};
+  EXPECT_EQ(start_normally(), 0);
+  EXPECT_EQ(trace.back(), "log: main:qmi_qorext_sprint_client_init failed = -7");
+  EXPECT_THAT(trace, Not(Contains("call client_init dms")));
+}
+
+TEST_F(StartUp, FailedVendorClientEndsIt) {
+  init_results = {0, 0, -7};
+  EXPECT_EQ(start_normally(), 0);
+  EXPECT_EQ(trace.back(), "log: main:qmi_qorext_hook_client_t failed = -1");
+}
+
+TEST_F(StartUp, EndOfThePipeGivesStatusZero) {
+  EXPECT_EQ(start_normally(), 0);
+  EXPECT_EQ(trace.back(), "log: Buffer length is zero..Exiting QOREXT");
+}
+
+}  // namespace

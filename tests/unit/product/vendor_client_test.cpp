@@ -1,0 +1,193 @@
+#include "vendor/vendor_client.h"
+
+#include "fake_phone.h"
+#include "requests.h"
+
+using testing::Contains;
+using testing::ElementsAre;
+using testing::Not;
+
+namespace {
+
+const std::string kInit = "qmi_qorext_hook_client_init";
+
+class VendorClient : public FakePhone {
+ protected:
+  size_t waits() const { return deadlines.size(); }
+};
+
+TEST_F(VendorClient, ServiceThereAtOnceIsOpenedWithoutAWait) {
+  EXPECT_EQ(qmi_qorext_hook_client_init(), 0);
+  EXPECT_THAT(
+      trace,
+      ElementsAre(
+          "call vendor_get_service_object 1 1 4",
+          "log: " + kInit + ": qorext_hook_get_serivce_object\n", "call notifier_init vendor",
+          "log: " + kInit + ": qmi_client_notifier_init \n", "call get_service_list vendor",
+          "log: " + kInit + ": qmi_client_get_service_list() returned 0 num_services = 1\n",
+          "call get_service_list vendor list",
+          "log: " + kInit +
+              ": qmi_client_get_service_list() returned 0 num_entries = 1 num_services = "
+              "1\n",
+          "call client_init vendor", "call release notifier", "log: " + kInit + " Succeeded\n"));
+  EXPECT_EQ(waits(), 0u);
+}
+
+TEST_F(VendorClient, MissingServiceObjectFails) {
+  has_service_objects = false;
+  EXPECT_EQ(qmi_qorext_hook_client_init(), -1);
+  EXPECT_THAT(logs(), ElementsAre(kInit + ": qorext_hook_get_serivce_object\n",
+                                  kInit + ": qorext_hook_get_serivce_object failed.\n"));
+  EXPECT_THAT(trace, Not(Contains("call notifier_init vendor")));
+}
+
+TEST_F(VendorClient, FailedNotifierIsNotReleased) {
+  notifier_results = {-4};
+  EXPECT_EQ(qmi_qorext_hook_client_init(), -1);
+  EXPECT_THAT(logs(), ElementsAre(kInit + ": qorext_hook_get_serivce_object\n",
+                                  kInit + ": qmi_client_notifier_init \n",
+                                  kInit + ": qmi_client_notifier_init failed. rc = -4\n"));
+  EXPECT_THAT(trace, Not(Contains("call release notifier")));
+}
+
+TEST_F(VendorClient, GivesUpAfter500AttemptsOfOneSecond) {
+  service_lists = {{-2, 0}};
+  EXPECT_EQ(qmi_qorext_hook_client_init(), -1);
+  EXPECT_EQ(waits(), 500u);
+  EXPECT_THAT(logs(), Contains(kInit + ": wait for server to come up.\n").Times(500));
+  ASSERT_GE(trace.size(), 2u);
+  EXPECT_EQ(trace[trace.size() - 2], "log: " + kInit + ": Giving up- Retries exceede 500 \n");
+  EXPECT_EQ(trace.back(), "call release notifier");
+  for (const timespec& deadline : deadlines) EXPECT_EQ(deadline.tv_sec, 1001);
+}
+
+TEST_F(VendorClient, EachFailedAttemptLogsItsResultAndWaits) {
+  service_lists = {{-2, 0}, {0, 1}};
+  EXPECT_EQ(qmi_qorext_hook_client_init(), 0);
+  EXPECT_THAT(logs(), testing::IsSupersetOf(
+                          {kInit + ": qmi_client_get_service_list() returned -2 num_services = 0\n",
+                           kInit + ": wait for server to come up.\n"}));
+  EXPECT_EQ(waits(), 1u);
+}
+
+TEST_F(VendorClient, OnceSignalledLaterAttemptsPollWithoutWaiting) {
+  service_lists = {{-2, 0}};
+  signal_on_wait = true;
+  EXPECT_EQ(qmi_qorext_hook_client_init(), -1);
+  EXPECT_EQ(waits(), 1u);
+  EXPECT_THAT(logs(), Contains(kInit + ": wait for server to come up.\n").Times(500));
+}
+
+TEST_F(VendorClient, ServiceOfNoInstancesIsReadyWhenTheCallSucceeds) {
+  service_lists = {{0, 0}};
+  EXPECT_EQ(qmi_qorext_hook_client_init(), 0);
+  EXPECT_EQ(waits(), 0u);
+}
+
+TEST_F(VendorClient, SeparateModemNeedsASecondInstance) {
+  for (const char* baseband : {"MDM", "mdm2", "xMdMx"}) {
+    properties["ro.baseband"] = baseband;
+    service_lists = {{0, 1}, {0, 1}, {0, 2}};
+    deadlines.clear();
+    EXPECT_EQ(qmi_qorext_hook_client_init(), 0) << baseband;
+    EXPECT_EQ(waits(), 2u) << baseband;
+  }
+}
+
+TEST_F(VendorClient, OtherBasebandsNeedOneInstance) {
+  properties["ro.baseband"] = "msm";
+  EXPECT_EQ(qmi_qorext_hook_client_init(), 0);
+  EXPECT_EQ(waits(), 0u);
+}
+
+TEST_F(VendorClient, SeparateModemWithOneInstanceGivesUp) {
+  properties["ro.baseband"] = "MDM";
+  EXPECT_EQ(qmi_qorext_hook_client_init(), -1);
+  EXPECT_EQ(waits(), 500u);
+}
+
+TEST_F(VendorClient, DeadlineIsMonotonicWhenTheSignalSaysSo) {
+  service_lists = {{-2, 0}, {0, 1}};
+  fake_now = {1000, 5};
+  qmi_qorext_hook_client_init();
+  EXPECT_THAT(trace, Contains("call clock_gettime 1"));
+  EXPECT_THAT(trace, Not(Contains("call gettimeofday")));
+  ASSERT_EQ(waits(), 1u);
+  EXPECT_EQ(deadlines[0].tv_sec, 1001);
+  EXPECT_EQ(deadlines[0].tv_nsec, 5);
+}
+
+TEST_F(VendorClient, DeadlineIsWallClockOtherwise) {
+  service_lists = {{-2, 0}, {0, 1}};
+  clock = 0;
+  fake_now = {1000, 999999000};
+  qmi_qorext_hook_client_init();
+  EXPECT_THAT(trace, Contains("call gettimeofday"));
+  EXPECT_THAT(trace, Not(Contains("call clock_gettime 1")));
+  ASSERT_EQ(waits(), 1u);
+  EXPECT_EQ(deadlines[0].tv_sec, 1001);
+  EXPECT_EQ(deadlines[0].tv_nsec, 999999000);
+}
+
+TEST_F(VendorClient, NanosecondsBeyondASecondAreCarried) {
+  service_lists = {{-2, 0}, {-2, 0}, {0, 1}};
+  fake_now = {1000, 1000000003};
+  qmi_qorext_hook_client_init();
+  ASSERT_EQ(waits(), 2u);
+  EXPECT_EQ(deadlines[0].tv_sec, 1002);
+  EXPECT_EQ(deadlines[0].tv_nsec, 3);
+}
+
+TEST_F(VendorClient, FailedListNamesClientInitAndReleasesTheNotifier) {
+  service_lists = {{0, 1}, {-3, 1}};
+  EXPECT_EQ(qmi_qorext_hook_client_init(), -1);
+  ASSERT_GE(trace.size(), 2u);
+  EXPECT_EQ(trace[trace.size() - 2], "log: " + kInit + ": qmi_client_init failed. rc = -3\n");
+  EXPECT_EQ(trace.back(), "call release notifier");
+  EXPECT_THAT(trace, Not(Contains("call client_init vendor")));
+}
+
+TEST_F(VendorClient, FailedInitReleasesTheNotifier) {
+  init_results = {-5};
+  EXPECT_EQ(qmi_qorext_hook_client_init(), -1);
+  ASSERT_GE(trace.size(), 2u);
+  EXPECT_EQ(trace[trace.size() - 2], "log: " + kInit + ": qmi_client_init failed. rc = -5\n");
+  EXPECT_EQ(trace.back(), "call release notifier");
+}
+
+TEST_F(VendorClient, ListTakesAsManyRecordsAsThereIsRoomFor) {
+  service_lists = {{0, 3}};
+  qmi_qorext_hook_client_init();
+  service_lists = {{0, 40}};
+  qmi_qorext_hook_client_init();
+  EXPECT_THAT(entry_counts, ElementsAre(3u, 16u));
+  EXPECT_THAT(opened_records, ElementsAre(1u, 1u)) << "the first record is the one used";
+}
+
+TEST_F(VendorClient, SendPassesEverythingOnWithFifteenSeconds) {
+  qmi_qorext_hook_client_init();
+  fail_send(0x13, -77);
+  uint8_t request = 0xFF;
+  uint8_t response[3] = {};
+  EXPECT_EQ(qorext_send_msg_sync(0x13, &request, 1, response, 3), -77);
+  ASSERT_EQ(exchanges.size(), 1u);
+  EXPECT_EQ(exchanges[0].service, "vendor");
+  EXPECT_EQ(exchanges[0].id, 0x13u);
+  EXPECT_EQ(exchanges[0].request, Bytes{0xFF});
+  EXPECT_EQ(exchanges[0].response_length, 3u);
+  EXPECT_EQ(exchanges[0].timeout_ms, 15000u);
+}
+
+TEST_F(VendorClient, IndicationIsLoggedAndHandedToTheIntake) {
+  qmi_qorext_hook_client_init();
+  ASSERT_NE(indication_callback, nullptr);
+  trace.clear();
+  uint8_t buffer[4] = {};
+  indication_callback(nullptr, 0x99, buffer, sizeof buffer, nullptr);
+  EXPECT_THAT(logs(), ElementsAre("qmi_qorext_hook_ind_cb: msg_id=0x99 buf_len=4 cb_data=(nil)\n",
+                                  "Handling unsol msg 153",
+                                  "Unsol resp 0x99 not supported by Sprint handler.",
+                                  "Unsupported Indicator message 153"));
+}
+
+}  // namespace
