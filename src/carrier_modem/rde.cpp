@@ -52,7 +52,7 @@ uint32_t qor_qmi_sprint_rde_read(int32_t index, int32_t record, int32_t offset, 
   LOGE("NV Read with RDE index (%d), recordNum(%d), offset(%d).", index, record, offset);
   ElementRequest element = element_at(index, record, offset);
   ElementReadResponse response = {};
-  int rc = qorext_send_msg_sync(kElementRead, &element, sizeof element, &response, sizeof response);
+  int rc = qorext_exchange(kElementRead, element, response);
   if (rc != 0 || response.result != 0) {
     LOGE("NV Read fail - %d, result - %d, error - %d", rc, response.result, response.error);
     return kRdeFailure;

@@ -5,6 +5,7 @@
 #include <unistd.h>
 
 #include "carrier_modem/carrier_clients.h"
+#include "carrier_modem/startup_properties.h"
 #include "host/log.h"
 #include "host/parent.h"
 #include "host/request_loop.h"
@@ -15,6 +16,7 @@ namespace {
 constexpr uid_t kRadioUser = 1001;
 constexpr int kStatedArguments = 4;
 constexpr int kNoDescriptor = -1;
+constexpr uint32_t kPrimaryInstance = 0;
 
 // The read descriptor, or kNoDescriptor when the arguments will not do.
 int take_arguments(int argc, char** argv) {
@@ -50,6 +52,14 @@ bool open_modem_clients() {
   return true;
 }
 
+void publish_modem_facts() {
+  if (qor_ext_instance_id == kPrimaryInstance) {
+    qor_qmi_read_baseband_config_version();
+    update_imei_sv();
+  }
+  publish_lte_bc_config();
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
@@ -60,6 +70,7 @@ int main(int argc, char** argv) {
   int read_fd = take_arguments(argc, argv);
   if (read_fd == kNoDescriptor || !open_modem_clients()) return 0;
 
+  publish_modem_facts();
   serve_requests(read_fd);
   return 0;
 }

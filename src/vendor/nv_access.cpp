@@ -26,14 +26,6 @@ static_assert(offsetof(ElementReadResponse, length) - offsetof(ElementReadRespon
                   sizeof(uint32_t) ==
               kItemAddressSize);
 
-int send_element_read(ElementRequest& element, ElementReadResponse& response) {
-  return qorext_send_msg_sync(kElementRead, &element, sizeof element, &response, sizeof response);
-}
-
-int send_element_write(ElementRequest& element, ElementWriteResponse& response) {
-  return qorext_send_msg_sync(kElementWrite, &element, sizeof element, &response, sizeof response);
-}
-
 void send_general_read_reply(uint32_t id, ElementReadResponse& response) {
   // The modem's length is believed, but for bytes that it cannot have sent.
   response.length = std::min(response.length, kElementDataSize);
@@ -54,7 +46,7 @@ int nvRead(const uint8_t* request, uint32_t rde_id) {
   ElementReadResponse response = {};
   LOGE("NV Read RdeId %d", rde_id);
   element.rde_id = rde_id;
-  if (send_element_read(element, response) != 0) {
+  if (qorext_exchange(kElementRead, element, response) != 0) {
     send_cdma_status(cdma_id(request), kStatusFailure);
     return 0;
   }
@@ -81,7 +73,7 @@ int nvWrite(const uint8_t* request, uint32_t rde_id) {
   element.data_length = length;
   memcpy(element.data, request + kCdmaPayload, length);
 
-  int rc = send_element_write(element, response);
+  int rc = qorext_exchange(kElementWrite, element, response);
   bool failed = rc != 0 || response.result != 0;
   if (failed) {
     LOGE("NV write Err RdeId=%d, Err=%d, resp_type=%d", rde_id, rc, response.error);
@@ -97,7 +89,7 @@ int genNvRead(const uint8_t* request, uint32_t) {
   ElementReadResponse response = {};
   memcpy(&element, request + kItemAddress, kItemAddressSize);
 
-  int rc = send_element_read(element, response);
+  int rc = qorext_exchange(kElementRead, element, response);
   if (rc != 0 || response.result != 0) {
     LOGE("Gen NV Read error %d or %d", rc, response.error);
     send_cdma_status(cdma_id(request), kStatusFailure);
@@ -124,7 +116,7 @@ int genNvWrite(const uint8_t* request, uint32_t) {
        element.record, element.offset, element.length);
   hexDump(element.data, element.length);
 
-  int rc = send_element_write(element, response);
+  int rc = qorext_exchange(kElementWrite, element, response);
   bool failed = rc != 0 || response.result != 0;
   if (failed) {
     LOGE("Gen NV write error %d result %d, for element %u", rc, response.result, element.rde_id);

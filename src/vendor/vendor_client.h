@@ -13,3 +13,14 @@ int qorext_send_msg_sync(unsigned int message_id, void* request, unsigned int re
 
 // How long every exchange with the modem may take.
 constexpr unsigned int kModemTimeoutMs = 15000;
+
+// The same for a request and a response of fixed layout; the second form for messages whose request
+// is empty.
+template <typename Request, typename Response>
+int qorext_exchange(unsigned int message_id, Request& request, Response& response) {
+  return qorext_send_msg_sync(message_id, &request, sizeof request, &response, sizeof response);
+}
+template <typename Response>
+int qorext_exchange(unsigned int message_id, Response& response) {
+  return qorext_send_msg_sync(message_id, nullptr, 0, &response, sizeof response);
+}

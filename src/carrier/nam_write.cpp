@@ -1,0 +1,191 @@
+// Set NAM information: one record becomes fifteen items, and perhaps a new service programming
+// code.
+#include <string.h>
+
+#include "carrier/carrier_operations.h"
+#include "carrier/digits.h"
+#include "carrier/nam.h"
+#include "carrier/nam_values.h"
+#include "carrier_modem/access_codes.h"
+#include "host/log.h"
+
+#define SET_INFO "qorext_hook_sprint_set_nam_info:  SET NAM "
+#define SET_MDN "qorext_hook_sprint_set_mdn_to_nv:  "
+
+namespace {
+
+constexpr size_t kSpcSize = sizeof NamRecord::new_spc;
+constexpr int kSpcErrorNumber = 19;
+constexpr uint32_t kSpcFailure = 4;
+
+// Whether the write in progress asks for a new service programming code.
+bool g_is_spc_changed = false;
+
+// Writes items in their order from one buffer and keeps the first failure. Bytes that are not set
+// keep what was read, or what the item before left.
+class NamWriter {
+ public:
+  void start_from_modem(const NamItem& item) { read_nam_item(item, buffer_); }
+  NamWriter& byte(size_t offset, uint8_t value) {
+    buffer_[offset] = value;
+    return *this;
+  }
+  NamWriter& half(size_t offset, uint16_t value) {
+    store_le16(buffer_ + offset, value);
+    return *this;
+  }
+  NamWriter& word(size_t offset, uint32_t value) {
+    store_le32(buffer_ + offset, value);
+    return *this;
+  }
+  NamWriter& index() { return byte(kNamIndex, 0); }
+  void write(const NamItem& item) { note(write_nam_item(item, buffer_)); }
+
+  void note(uint32_t result) { failure_.note(result); }
+  void note(int number, uint32_t result) { failure_.note(number, result); }
+  const FirstFailure& failure() const { return failure_; }
+
+ private:
+  NamItemBuffer buffer_ = {};
+  FirstFailure failure_;
+};
+
+void encode_identities(const NamRecord& record, NamValues& values) {
+  values.mcc = encode_three_digits(record.mcc);
+  LOGE(SET_INFO "IMSI_MCC  %d ", values.mcc);
+  values.imsi_11_12 = encode_two_digits(record.imsi_11_12);
+  LOGE(SET_INFO "IMSI_11_12  %d ", values.imsi_11_12);
+
+  values.min2 = encode_three_digits(record.min);
+  values.min1 = encode_seven_digits(record.min + kAreaDigits);
+  LOGE(SET_INFO "MIN1 %lu MIN2 %d ", static_cast<unsigned long>(values.min1), values.min2);
+
+  const char* digits = record.imsiT;
+  values.mcc_t = encode_three_digits(digits);
+  values.imsi_t_11_12 = encode_two_digits(digits += kMccDigits);
+  values.imsi_t_s2 = encode_three_digits(digits += kClassDigits);
+  values.imsi_t_s1 = encode_seven_digits(digits + kAreaDigits);
+  LOGE(SET_INFO "MccT %d imsiT11_12 %d imsiT_s1 %lu imsiT_s2 %d ", values.mcc_t,
+       values.imsi_t_11_12, static_cast<unsigned long>(values.imsi_t_s1), values.imsi_t_s2);
+}
+
+bool is_digits(const char* code) {
+  for (size_t i = 0; i < kSpcSize; ++i) {
+    if (code[i] >= '0' && code[i] <= '9') continue;
+    LOGE("Byte (%d) of SPC is not digit.", static_cast<int>(i));
+    return false;
+  }
+  return true;
+}
+
+void check_spc_change(const char* current_spc, const char* new_spc) {
+  g_is_spc_changed = strncmp(current_spc, new_spc, kSpcSize) != 0;
+  LOGE("isSpcChanged = %d, (%.6s ~ %.6s)", g_is_spc_changed, current_spc, new_spc);
+  if (g_is_spc_changed) g_is_spc_changed = is_digits(new_spc);
+}
+
+void take_system_values(const NamRecord& record, NamValues& values) {
+  values.sid = static_cast<uint16_t>(record.hSid);
+  values.nid = static_cast<uint16_t>(record.hNid);
+  LOGE(SET_INFO "SID %d NID %d ", values.sid, values.nid);
+  values.primary_a = static_cast<uint16_t>(record.pCdmaA);
+  values.primary_b = static_cast<uint16_t>(record.pCdmaB);
+  LOGE(SET_INFO "pChannelA %d pChannelB %d sChannelA sChannelB ", values.primary_a,
+       values.primary_b);
+  values.secondary_a = static_cast<uint16_t>(record.sCdmaA);
+  values.secondary_b = static_cast<uint16_t>(record.sCdmaB);
+  LOGE(SET_INFO "sChannelA %d sChannelB %d sChannelA sChannelB ", values.secondary_a,
+       values.secondary_b);
+  values.scm = static_cast<uint8_t>(record.scm);
+  LOGE(SET_INFO "SCM %d ", values.scm);
+  values.vocoder = vocoder_to_item(record.vocoder);
+  LOGE(SET_INFO "Vocoder %d ", values.vocoder);
+  values.overload_class = static_cast<uint8_t>(record.access_overload);
+  LOGE(SET_INFO "AccessOverload %d ", values.overload_class);
+}
+
+void write_mdn(NamWriter& writer, const char (&mdn)[16]) {
+  LOGE(SET_MDN "WRITE NV_DIR_NUMBER_PCS_I %d ", 0);
+  NamItemBuffer buffer = {};
+  size_t count = strnlen(mdn, kMdnDigits);
+  buffer[kMdnCountAt] = static_cast<uint8_t>(count);
+  for (size_t i = 0; i < count; ++i) {
+    LOGE(SET_MDN "mdn_number %d \n", mdn[i]);
+    buffer[kMdnDigitsAt + i] = encode_dial_digit(mdn[i]);
+    LOGE("qorext_hook_sprint_read_mdn_from_nv:  nv output %d \n", buffer[kMdnDigitsAt + i]);
+  }
+  uint32_t rc = write_nam_item(kMdnItem, buffer);
+  writer.note(rc);
+  LOGE(SET_MDN "NV PCS WRITE COMPLETE %d ", rc);
+  LOGE("qorext_hook_sprint_set_nam_block_request_info:  SET NAM BLOCK MDN  %d ", rc);
+}
+
+void write_read_modified(NamWriter& writer, const NamValues& values) {
+  writer.start_from_modem(kMin1Item);
+  writer.index().word(kS1At, values.min1).write(kMin1Item);
+  writer.start_from_modem(kMin2Item);
+  writer.index().half(kS2At, values.min2).write(kMin2Item);
+  writer.start_from_modem(kImsiTs1Item);
+  writer.index().word(kS1At, values.imsi_t_s1).write(kImsiTs1Item);
+  writer.start_from_modem(kImsiTs2Item);
+  writer.index().half(kS2At, values.imsi_t_s2).write(kImsiTs2Item);
+  writer.start_from_modem(kSidNidItem);
+  writer.index().half(kSidAt, values.sid).half(kNidAt, values.nid).write(kSidNidItem);
+}
+
+void write_rest(NamWriter& writer, const NamValues& values) {
+  writer.byte(kScmAt, values.scm).write(kScmItem);
+  writer.index().byte(k1112At, values.imsi_11_12).write(kImsi1112Item);
+  writer.index().half(kMccAt, values.mcc).write(kMccItem);
+  writer.index()
+      .half(kChannelAAt, values.primary_a)
+      .half(kChannelBAt, values.primary_b)
+      .write(kPrimaryChannelsItem);
+  writer.index()
+      .half(kChannelAAt, values.secondary_a)
+      .half(kChannelBAt, values.secondary_b)
+      .write(kSecondaryChannelsItem);
+  writer.start_from_modem(kVocoderItem);
+  writer.half(kVocoderAt, values.vocoder).write(kVocoderItem);
+  writer.index().half(kMccAt, values.mcc_t).write(kMccTItem);
+  writer.index().byte(k1112At, values.imsi_t_11_12).write(kImsiT1112Item);
+  writer.start_from_modem(kOverloadClassItem);
+  writer.index().byte(kOverloadClassAt, values.overload_class).write(kOverloadClassItem);
+}
+
+// Every step is attempted, whatever failed before it.
+uint32_t write_block(const NamRecord& record, const NamValues& values, const uint8_t* current_spc) {
+  LOGE("qorext_hook_sprint_set_nam_block_request_info:  SET NAM BLOCK  %d ", 0);
+  NamWriter writer;
+  write_mdn(writer, record.mdn);
+  write_read_modified(writer, values);
+  write_rest(writer, values);
+  if (g_is_spc_changed) {
+    auto new_spc = reinterpret_cast<const uint8_t*>(record.new_spc);
+    int changed = qor_qmi_sprint_write_spc(current_spc, new_spc);
+    writer.note(kSpcErrorNumber, changed != 0 ? 0 : kSpcFailure);
+  }
+  LOGE("qorext_hook_sprint_set_nam_block_request_info:  SET NAM BLOCK NV ENTRY COMPLETE  %d ", 0);
+
+  const FirstFailure& failure = writer.failure();
+  if (failure.result() != 0) {
+    LOGE("qorext_hook_sprint_set_nam_block_request_info:  ERROR FOUND %d ", failure.number());
+  }
+  return failure.result();
+}
+
+}  // namespace
+
+uint32_t set_nam_info(const uint8_t* request, CarrierReply&) {
+  LOGE("qorext_hook_sprint_set_nv_spc_protected_data_from_oem: EVENT VALUE %d ", cdma_id(request));
+  LOGE("qorext_hook_sprint_set_nam_info:  SET NAM INFO  %d ", 0);
+  NamRecord record;
+  memcpy(&record, request + kCdmaPayload, sizeof record);
+
+  NamValues values = {};
+  encode_identities(record, values);
+  const uint8_t* current_spc = request + kCdmaCode;
+  check_spc_change(reinterpret_cast<const char*>(current_spc), record.new_spc);
+  take_system_values(record, values);
+  return status_from_modem(write_block(record, values, current_spc));
+}
