@@ -9,10 +9,6 @@
 #include "carrier/nam_values.h"
 #include "host/log.h"
 
-#define GET_VALUE "qorext_hook_sprint_get_nam_block_request_info:  GET NAM VALUE "
-#define NAM_INFO "qorext_hook_sprint_get_nam_info: NAM INFO "
-#define READ_MDN "qorext_hook_sprint_read_mdn_from_nv:  "
-
 namespace {
 
 // Reads items in their order into one buffer and keeps the first failure.
@@ -39,68 +35,81 @@ void take_mdn(const NamReader& item, char (&mdn)[16]) {
   size_t count = std::min<size_t>(size_t{item.byte(kMdnCountAt)} + 1, kMdnDigits);
   strncpy(mdn, reinterpret_cast<const char*>(item.at(kMdnDigitsAt)), count);
   for (size_t i = 0; i < kMdnDigits; ++i) {
-    LOGE(READ_MDN "mdn_number %d \n", mdn[i]);
+    LOGE("qorext_hook_sprint_read_mdn_from_nv:  mdn_number %d \n", mdn[i]);
     mdn[i] = decode_dial_digit(static_cast<uint8_t>(mdn[i]));
-    LOGE(READ_MDN "mdn_number incremented by 0 %d ", mdn[i]);
+    LOGE("qorext_hook_sprint_read_mdn_from_nv:  mdn_number incremented by 0 %d ", mdn[i]);
   }
 }
 
 void read_mdn(NamReader& item, NamValues& values) {
-  LOGE(READ_MDN "READ NV_DIR_NUMBER_PCS_I %d ", 0);
+  LOGE("qorext_hook_sprint_read_mdn_from_nv:  READ NV_DIR_NUMBER_PCS_I %d ", 0);
   if (item.read(kMdnItem)) take_mdn(item, values.mdn);
-  LOGE(READ_MDN "READ NV_DIR_NUMBER_PCS_I COMPLETE %s ", values.mdn);
-  LOGE(GET_VALUE "MDN  %s ", values.mdn);
+  LOGE("qorext_hook_sprint_read_mdn_from_nv:  READ NV_DIR_NUMBER_PCS_I COMPLETE %s ", values.mdn);
+  LOGE("qorext_hook_sprint_get_nam_block_request_info:  GET NAM VALUE MDN  %s ", values.mdn);
 }
 
 void read_identities(NamReader& item, NamValues& values) {
   item.read(kMin1Item);
   values.min1 = item.word(kS1At);
-  LOGE(GET_VALUE "MIN1  %lu ", static_cast<unsigned long>(values.min1));
+  LOGE("qorext_hook_sprint_get_nam_block_request_info:  GET NAM VALUE MIN1  %lu ",
+       static_cast<unsigned long>(values.min1));
   item.read(kMin2Item);
   values.min2 = item.half(kS2At);
-  LOGE(GET_VALUE "MIN2  %d ", values.min2);
+  LOGE("qorext_hook_sprint_get_nam_block_request_info:  GET NAM VALUE MIN2  %d ", values.min2);
   item.read(kImsiTs1Item);
   values.imsi_t_s1 = item.word(kS1At);
-  LOGE(GET_VALUE "IMSI_T_S1  %lu ", static_cast<unsigned long>(values.imsi_t_s1));
+  LOGE("qorext_hook_sprint_get_nam_block_request_info:  GET NAM VALUE IMSI_T_S1  %lu ",
+       static_cast<unsigned long>(values.imsi_t_s1));
   item.read(kImsiTs2Item);
   values.imsi_t_s2 = item.half(kS2At);
-  LOGE(GET_VALUE "IMSI_T_S2  %d ", values.imsi_t_s2);
+  LOGE("qorext_hook_sprint_get_nam_block_request_info:  GET NAM VALUE IMSI_T_S2  %d ",
+       values.imsi_t_s2);
   item.read(kSidNidItem);
   values.sid = item.half(kSidAt);
   values.nid = item.half(kNidAt);
-  LOGE(GET_VALUE "SID NID  %d ", values.sid);
+  LOGE("qorext_hook_sprint_get_nam_block_request_info:  GET NAM VALUE SID NID  %d ", values.sid);
   item.read(kScmItem);
   values.scm = item.byte(kScmAt);
-  LOGE(GET_VALUE "SCM  %d ", values.scm);
+  LOGE("qorext_hook_sprint_get_nam_block_request_info:  GET NAM VALUE SCM  %d ", values.scm);
   item.read(kImsi1112Item);
   values.imsi_11_12 = item.byte(k1112At);
-  LOGE(GET_VALUE "IMSI_11_12  %d ", values.imsi_11_12);
+  LOGE("qorext_hook_sprint_get_nam_block_request_info:  GET NAM VALUE IMSI_11_12  %d ",
+       values.imsi_11_12);
   item.read(kMccItem);
   values.mcc = item.half(kMccAt);
-  LOGE(GET_VALUE "IMSI_MCC %d ", values.mcc);
+  LOGE("qorext_hook_sprint_get_nam_block_request_info:  GET NAM VALUE IMSI_MCC %d ", values.mcc);
 }
 
 void read_system_values(NamReader& item, NamValues& values) {
   item.read(kPrimaryChannelsItem);
   values.primary_a = item.half(kChannelAAt);
   values.primary_b = item.half(kChannelBAt);
-  LOGE(GET_VALUE "P_CHANNEL_A %d P_CHANNEL_B %d ", values.primary_a, values.primary_b);
+  LOGE(
+      "qorext_hook_sprint_get_nam_block_request_info:  GET NAM VALUE P_CHANNEL_A %d P_CHANNEL_B "
+      "%d ",
+      values.primary_a, values.primary_b);
   item.read(kSecondaryChannelsItem);
   values.secondary_a = item.half(kChannelAAt);
   values.secondary_b = item.half(kChannelBAt);
-  LOGE(GET_VALUE "S_CHANNEL_A %d S_CHANNEL_B %d ", values.secondary_a, values.secondary_b);
+  LOGE(
+      "qorext_hook_sprint_get_nam_block_request_info:  GET NAM VALUE S_CHANNEL_A %d S_CHANNEL_B "
+      "%d ",
+      values.secondary_a, values.secondary_b);
   item.read(kVocoderItem);
   values.vocoder = item.half(kVocoderAt);
-  LOGE(GET_VALUE "VOCODER %d ", values.vocoder);
+  LOGE("qorext_hook_sprint_get_nam_block_request_info:  GET NAM VALUE VOCODER %d ", values.vocoder);
   item.read(kMccTItem);
   values.mcc_t = item.half(kMccAt);
-  LOGE(GET_VALUE "IMSI_MCC_T %d ", values.mcc_t);
+  LOGE("qorext_hook_sprint_get_nam_block_request_info:  GET NAM VALUE IMSI_MCC_T %d ",
+       values.mcc_t);
   item.read(kImsiT1112Item);
   values.imsi_t_11_12 = item.byte(k1112At);
-  LOGE(GET_VALUE "IMSI_T_11_12 %d ", values.imsi_t_11_12);
+  LOGE("qorext_hook_sprint_get_nam_block_request_info:  GET NAM VALUE IMSI_T_11_12 %d ",
+       values.imsi_t_11_12);
   item.read(kOverloadClassItem);
   values.overload_class = item.byte(kOverloadClassAt);
-  LOGE(GET_VALUE "OVERLOAD CLASS %d ", values.overload_class);
+  LOGE("qorext_hook_sprint_get_nam_block_request_info:  GET NAM VALUE OVERLOAD CLASS %d ",
+       values.overload_class);
 }
 
 void decode_texts(const NamValues& values, NamRecord& record) {
@@ -109,18 +118,18 @@ void decode_texts(const NamValues& values, NamRecord& record) {
   decode_two_digits(values.imsi_t_11_12, digits += kMccDigits);
   decode_three_digits(values.imsi_t_s2, digits += kClassDigits);
   decode_seven_digits(values.imsi_t_s1, digits + kAreaDigits);
-  LOGE(NAM_INFO "imsiT => %s ", record.imsiT);
+  LOGE("qorext_hook_sprint_get_nam_info: NAM INFO imsiT => %s ", record.imsiT);
 
   decode_three_digits(values.min2, record.min);
   decode_seven_digits(values.min1, record.min + kAreaDigits);
-  LOGE(NAM_INFO "MIN => %s ", record.min);
+  LOGE("qorext_hook_sprint_get_nam_info: NAM INFO MIN => %s ", record.min);
 
   decode_two_digits(values.imsi_11_12, record.imsi_11_12);
-  LOGE(NAM_INFO "IMSI_11_12 => %s ", record.imsi_11_12);
+  LOGE("qorext_hook_sprint_get_nam_info: NAM INFO IMSI_11_12 => %s ", record.imsi_11_12);
 
   decode_three_digits(values.mcc, record.mcc);
   decode_three_digits(values.mcc_t, record.mccT);
-  LOGE(NAM_INFO "Mcc => %s MccT => %s ", record.mcc, record.mccT);
+  LOGE("qorext_hook_sprint_get_nam_info: NAM INFO Mcc => %s MccT => %s ", record.mcc, record.mccT);
 }
 
 void decode_record(const NamValues& values, NamRecord& record) {
@@ -130,16 +139,20 @@ void decode_record(const NamValues& values, NamRecord& record) {
   record.hSid = values.sid;
   record.hNid = values.nid;
   record.scm = values.scm;
-  LOGE(NAM_INFO "hSid => %d hNid => %d scm => %d ", record.hSid, record.hNid, record.scm);
+  LOGE("qorext_hook_sprint_get_nam_info: NAM INFO hSid => %d hNid => %d scm => %d ", record.hSid,
+       record.hNid, record.scm);
   record.pCdmaA = values.primary_a;
   record.pCdmaB = values.primary_b;
-  LOGE(NAM_INFO "pCdmaA => %d pCdmaB => %d  ", record.pCdmaA, record.pCdmaB);
+  LOGE("qorext_hook_sprint_get_nam_info: NAM INFO pCdmaA => %d pCdmaB => %d  ", record.pCdmaA,
+       record.pCdmaB);
   record.sCdmaA = values.secondary_a;
   record.sCdmaB = values.secondary_b;
-  LOGE(NAM_INFO " sCdmaA => %d sCdmaB => %d ", record.sCdmaA, record.sCdmaB);
+  LOGE("qorext_hook_sprint_get_nam_info: NAM INFO  sCdmaA => %d sCdmaB => %d ", record.sCdmaA,
+       record.sCdmaB);
   record.vocoder = vocoder_from_item(values.vocoder);
   record.access_overload = values.overload_class;
-  LOGE(NAM_INFO "Vocoder => %d Access_Overload => %d ", record.vocoder, record.access_overload);
+  LOGE("qorext_hook_sprint_get_nam_info: NAM INFO Vocoder => %d Access_Overload => %d ",
+       record.vocoder, record.access_overload);
 }
 
 }  // namespace

@@ -9,9 +9,6 @@
 #include "carrier_modem/access_codes.h"
 #include "host/log.h"
 
-#define SET_INFO "qorext_hook_sprint_set_nam_info:  SET NAM "
-#define SET_MDN "qorext_hook_sprint_set_mdn_to_nv:  "
-
 namespace {
 
 constexpr size_t kSpcSize = sizeof NamRecord::new_spc;
@@ -52,21 +49,23 @@ class NamWriter {
 
 void encode_identities(const NamRecord& record, NamValues& values) {
   values.mcc = encode_three_digits(record.mcc);
-  LOGE(SET_INFO "IMSI_MCC  %d ", values.mcc);
+  LOGE("qorext_hook_sprint_set_nam_info:  SET NAM IMSI_MCC  %d ", values.mcc);
   values.imsi_11_12 = encode_two_digits(record.imsi_11_12);
-  LOGE(SET_INFO "IMSI_11_12  %d ", values.imsi_11_12);
+  LOGE("qorext_hook_sprint_set_nam_info:  SET NAM IMSI_11_12  %d ", values.imsi_11_12);
 
   values.min2 = encode_three_digits(record.min);
   values.min1 = encode_seven_digits(record.min + kAreaDigits);
-  LOGE(SET_INFO "MIN1 %lu MIN2 %d ", static_cast<unsigned long>(values.min1), values.min2);
+  LOGE("qorext_hook_sprint_set_nam_info:  SET NAM MIN1 %lu MIN2 %d ",
+       static_cast<unsigned long>(values.min1), values.min2);
 
   const char* digits = record.imsiT;
   values.mcc_t = encode_three_digits(digits);
   values.imsi_t_11_12 = encode_two_digits(digits += kMccDigits);
   values.imsi_t_s2 = encode_three_digits(digits += kClassDigits);
   values.imsi_t_s1 = encode_seven_digits(digits + kAreaDigits);
-  LOGE(SET_INFO "MccT %d imsiT11_12 %d imsiT_s1 %lu imsiT_s2 %d ", values.mcc_t,
-       values.imsi_t_11_12, static_cast<unsigned long>(values.imsi_t_s1), values.imsi_t_s2);
+  LOGE("qorext_hook_sprint_set_nam_info:  SET NAM MccT %d imsiT11_12 %d imsiT_s1 %lu imsiT_s2 %d ",
+       values.mcc_t, values.imsi_t_11_12, static_cast<unsigned long>(values.imsi_t_s1),
+       values.imsi_t_s2);
 }
 
 bool is_digits(const char* code) {
@@ -87,36 +86,36 @@ void check_spc_change(const char* current_spc, const char* new_spc) {
 void take_system_values(const NamRecord& record, NamValues& values) {
   values.sid = static_cast<uint16_t>(record.hSid);
   values.nid = static_cast<uint16_t>(record.hNid);
-  LOGE(SET_INFO "SID %d NID %d ", values.sid, values.nid);
+  LOGE("qorext_hook_sprint_set_nam_info:  SET NAM SID %d NID %d ", values.sid, values.nid);
   values.primary_a = static_cast<uint16_t>(record.pCdmaA);
   values.primary_b = static_cast<uint16_t>(record.pCdmaB);
-  LOGE(SET_INFO "pChannelA %d pChannelB %d sChannelA sChannelB ", values.primary_a,
-       values.primary_b);
+  LOGE("qorext_hook_sprint_set_nam_info:  SET NAM pChannelA %d pChannelB %d sChannelA sChannelB ",
+       values.primary_a, values.primary_b);
   values.secondary_a = static_cast<uint16_t>(record.sCdmaA);
   values.secondary_b = static_cast<uint16_t>(record.sCdmaB);
-  LOGE(SET_INFO "sChannelA %d sChannelB %d sChannelA sChannelB ", values.secondary_a,
-       values.secondary_b);
+  LOGE("qorext_hook_sprint_set_nam_info:  SET NAM sChannelA %d sChannelB %d sChannelA sChannelB ",
+       values.secondary_a, values.secondary_b);
   values.scm = static_cast<uint8_t>(record.scm);
-  LOGE(SET_INFO "SCM %d ", values.scm);
+  LOGE("qorext_hook_sprint_set_nam_info:  SET NAM SCM %d ", values.scm);
   values.vocoder = vocoder_to_item(record.vocoder);
-  LOGE(SET_INFO "Vocoder %d ", values.vocoder);
+  LOGE("qorext_hook_sprint_set_nam_info:  SET NAM Vocoder %d ", values.vocoder);
   values.overload_class = static_cast<uint8_t>(record.access_overload);
-  LOGE(SET_INFO "AccessOverload %d ", values.overload_class);
+  LOGE("qorext_hook_sprint_set_nam_info:  SET NAM AccessOverload %d ", values.overload_class);
 }
 
 void write_mdn(NamWriter& writer, const char (&mdn)[16]) {
-  LOGE(SET_MDN "WRITE NV_DIR_NUMBER_PCS_I %d ", 0);
+  LOGE("qorext_hook_sprint_set_mdn_to_nv:  WRITE NV_DIR_NUMBER_PCS_I %d ", 0);
   NamItemBuffer buffer = {};
   size_t count = strnlen(mdn, kMdnDigits);
   buffer[kMdnCountAt] = static_cast<uint8_t>(count);
   for (size_t i = 0; i < count; ++i) {
-    LOGE(SET_MDN "mdn_number %d \n", mdn[i]);
+    LOGE("qorext_hook_sprint_set_mdn_to_nv:  mdn_number %d \n", mdn[i]);
     buffer[kMdnDigitsAt + i] = encode_dial_digit(mdn[i]);
     LOGE("qorext_hook_sprint_read_mdn_from_nv:  nv output %d \n", buffer[kMdnDigitsAt + i]);
   }
   uint32_t rc = write_nam_item(kMdnItem, buffer);
   writer.note(rc);
-  LOGE(SET_MDN "NV PCS WRITE COMPLETE %d ", rc);
+  LOGE("qorext_hook_sprint_set_mdn_to_nv:  NV PCS WRITE COMPLETE %d ", rc);
   LOGE("qorext_hook_sprint_set_nam_block_request_info:  SET NAM BLOCK MDN  %d ", rc);
 }
 

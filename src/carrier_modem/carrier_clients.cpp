@@ -1,11 +1,9 @@
 #include "carrier_modem/carrier_clients.h"
 
-#include <algorithm>
-
 #include "device_management_service_v01.h"
 #include "host/log.h"
 #include "network_access_service_v01.h"
-#include "vendor/service_wait.h"
+#include "vendor/service_lookup.h"
 #include "vendor/vendor_client.h"
 
 namespace {
@@ -34,7 +32,7 @@ unsigned int poll_for_service(qmi_idl_service_object_type service, qmi_client_os
   return services;
 }
 
-qmi_client_type* handle_of(int service_type) {
+qmi_client_type* choose_handle(int service_type) {
   switch (service_type) {
     case kDmsService:
       LOGE("sprint_client_init: DMS");
@@ -48,21 +46,20 @@ qmi_client_type* handle_of(int service_type) {
   }
 }
 
-int open_first_instance(qmi_idl_service_object_type service, int service_type,
-                        unsigned int services) {
-  qmi_service_info instances[kMaxServiceInstances] = {};
-  unsigned int entries = std::min(services, kMaxServiceInstances);
-  int rc = qmi_client_get_service_list(service, instances, &entries, &services);
+int open_first_instance(qmi_idl_service_object_type service, int service_type, unsigned int seen) {
+  ServiceInstances found;
+  int rc = list_service_instances(service, seen, &found);
   LOGE(
       "sprint_client_init: qmi_client_get_service_list() returned %d num_entries = %d "
       "num_services = %d\n",
-      rc, entries, services);
+      rc, found.entries, found.services);
   if (rc != QMI_NO_ERR) return rc;
 
-  qmi_client_type* handle = handle_of(service_type);
-  rc = handle == nullptr
-           ? -1
-           : qmi_client_init(&instances[0], service, nullptr, nullptr, nullptr, handle);
+  qmi_client_type* handle = choose_handle(service_type);
+  rc = -1;
+  if (handle != nullptr) {
+    rc = qmi_client_init(&found.list[0], service, nullptr, nullptr, nullptr, handle);
+  }
   if (rc == QMI_NO_ERR) {
     LOGE("sprint_client_init Succeeded\n");
   } else {
@@ -90,6 +87,16 @@ int try_to_open(qmi_idl_service_object_type service, int service_type) {
   rc = open_first_instance(service, service_type, services);
   if (notifier != nullptr) qmi_client_release(notifier);
   return rc;
+}
+
+int send_on(qmi_client_type client, const char* name, unsigned int message_id, void* request,
+            unsigned int request_length, void* response, unsigned int response_length) {
+  if (client == nullptr) {
+    LOGE("%s: Handler not initialized!", name);
+    return -1;
+  }
+  return qmi_client_send_msg_sync(client, message_id, request, request_length, response,
+                                  response_length, kModemTimeoutMs);
 }
 
 }  // namespace
@@ -121,21 +128,13 @@ int qmi_qorext_sprint_client_init() {
 int qmi_qorext_sprint_nas_send_msg_sync(unsigned int message_id, void* request,
                                         unsigned int request_length, void* response,
                                         unsigned int response_length) {
-  if (g_nas_client == nullptr) {
-    LOGE("qmi_qorext_sprint_nas_send_msg_sync: Handler not initialized!");
-    return -1;
-  }
-  return qmi_client_send_msg_sync(g_nas_client, message_id, request, request_length, response,
-                                  response_length, kModemTimeoutMs);
+  return send_on(g_nas_client, "qmi_qorext_sprint_nas_send_msg_sync", message_id, request,
+                 request_length, response, response_length);
 }
 
 int qmi_qorext_sprint_dms_send_msg_sync(unsigned int message_id, void* request,
                                         unsigned int request_length, void* response,
                                         unsigned int response_length) {
-  if (g_dms_client == nullptr) {
-    LOGE("qmi_qorext_sprint_dms_send_msg_sync: Handler not initialized!");
-    return -1;
-  }
-  return qmi_client_send_msg_sync(g_dms_client, message_id, request, request_length, response,
-                                  response_length, kModemTimeoutMs);
+  return send_on(g_dms_client, "qmi_qorext_sprint_dms_send_msg_sync", message_id, request,
+                 request_length, response, response_length);
 }

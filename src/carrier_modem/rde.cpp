@@ -2,8 +2,6 @@
 
 #include <string.h>
 
-#include <algorithm>
-
 #include "host/hex.h"
 #include "host/log.h"
 #include "vendor/rde_messages.h"
@@ -31,14 +29,11 @@ uint32_t qor_qmi_sprint_rde_write(int32_t index, int32_t record, int32_t offset,
 
   ElementRequest element = element_at(index, record, offset);
   ElementWriteResponse response = {};
-  element.length = length;
-  element.data_length = length;
-  memcpy(element.data, data, length);
+  set_data(element, data, length);
   LOGE("qor_qmi_sprint_rde_write: hexdump len %d...", length);
   hexDump(data, length);
 
-  int rc =
-      qorext_send_msg_sync(kElementWrite, &element, sizeof element, &response, sizeof response);
+  int rc = qorext_exchange(kElementWrite, element, response);
   if (rc != 0 || response.result != 0) {
     LOGE("NV Write fail - %d, result - %d, error - %d", rc, response.result, response.error);
     return kRdeFailure;
@@ -58,8 +53,7 @@ uint32_t qor_qmi_sprint_rde_read(int32_t index, int32_t record, int32_t offset, 
     return kRdeFailure;
   }
 
-  // The modem's length is believed, but for bytes that it cannot have sent.
-  uint32_t available = std::min(response.length, kElementDataSize);
+  uint32_t available = held_bytes(response);
   char text[2 * kElementDataSize + 1];
   toHexString(available, response.data, text);
   LOGE("NV Read %u, length %u, data length %u, grde - %s", response.rde_id, response.length,

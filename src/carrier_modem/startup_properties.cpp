@@ -9,8 +9,6 @@
 #include "host/bytes.h"
 #include "host/log.h"
 
-#define CONFIG_VERSION "qor_qmi_read_baseband_config_version"
-
 namespace {
 
 constexpr int32_t kLteBandClassItem = 53;
@@ -34,7 +32,7 @@ uint32_t read_item(int32_t item, ItemText& text) {
 const char* version_number(const ItemText& text) {
   const char* hyphen = strrchr(text, '-');
   if (hyphen != nullptr) return hyphen + 1;
-  LOGE(CONFIG_VERSION ": no valid delimiter in %s", text);
+  LOGE("qor_qmi_read_baseband_config_version: no valid delimiter in %s", text);
   return "Unknown";
 }
 
@@ -59,13 +57,13 @@ int publish_lte_bc_config() {
 void qor_qmi_read_baseband_config_version() {
   ItemText text = {};
   uint32_t status = read_item(kConfigVersionItem, text);
-  LOGE(CONFIG_VERSION ": fsg version NV read status(%d)", status);
+  LOGE("qor_qmi_read_baseband_config_version: fsg version NV read status(%d)", status);
   const char* number = status == kRdeSuccess ? version_number(text) : "Unknown";
   set_cut("ril.baseband.config.ver_num", number, kVersionNumberLength);
 
   // Into the same text, not cleared: a shorter item keeps the tail of the one before.
   status = read_item(kFlexVersionItem, text);
-  LOGE(CONFIG_VERSION ": flex nv status(%d)", status);
+  LOGE("qor_qmi_read_baseband_config_version: flex nv status(%d)", status);
   if (status == kRdeSuccess) set_cut("ril.baseband.config.version", text, kVersionLength);
 }
 

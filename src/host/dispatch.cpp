@@ -52,7 +52,7 @@ bool call_handler(const Table& table, uint32_t id, const uint8_t* request) {
 
 }  // namespace
 
-void dispatch_generic(uint8_t* request, uint32_t id) {
+void dispatch_generic(const uint8_t* request, uint32_t id) {
   if (call_handler(kGenericTable, id, request)) return;
   LOGE("0x%x not supported", generic_id_for_log(request));
   send_generic_error(request);

@@ -5,17 +5,21 @@
 
 namespace {
 
-constexpr size_t kGenericHeaderSize = kGenericPayload;
 constexpr uint32_t kCdmaFamily = 2;
 constexpr uint8_t kGenericTypes = 3;
 
 constexpr size_t kGenericErrorSize = 8;
 constexpr uint32_t kGenericErrorMark = 0xFFFFFFFF;
 
-constexpr uint32_t kCdmaHeaderSizeOnPipe = 20;
-constexpr uint32_t kGenericHeaderSizeOnPipe = 8;
+constexpr size_t kUnsolFormat = 0;
+constexpr size_t kUnsolHeaderSize = 4;
+constexpr size_t kUnsolHeader = 8;
+constexpr size_t kUnsolLength = 12;  // in both formats
+constexpr size_t kUnsolOverhead = 28;
 
-Frame unsolicited(uint32_t format, uint32_t header_size, uint32_t id, uint32_t data_length) {
+enum UnsolFormat : uint32_t { kCdmaFormat = 0, kGenericFormat = 1 };
+
+Frame unsolicited(UnsolFormat format, uint32_t header_size, uint32_t id, uint32_t data_length) {
   Frame frame(size_t{data_length} + kUnsolOverhead);
   if (!frame) return frame;
   store_le32(frame.at(kUnsolFormat), format);
@@ -83,11 +87,11 @@ Frame generic_reply(const uint8_t* request, uint32_t data_length) {
 }
 
 Frame unsolicited_cdma(uint32_t id, uint32_t data_length) {
-  return unsolicited(0, kCdmaHeaderSizeOnPipe, id, data_length);
+  return unsolicited(kCdmaFormat, kCdmaReplySize, id, data_length);
 }
 
 Frame unsolicited_generic(uint32_t id_bytes, uint32_t data_length) {
-  return unsolicited(1, kGenericHeaderSizeOnPipe, id_bytes, data_length);
+  return unsolicited(kGenericFormat, kGenericHeaderSize, id_bytes, data_length);
 }
 
 void send_cdma_status(uint32_t id, uint32_t status) {

@@ -14,7 +14,8 @@ constexpr size_t kRequestSize = 17408;
 // Generic-hook request: u8 type, 24-bit id, u32 payload length, all big-endian; then the payload.
 constexpr size_t kGenericId = 1;
 constexpr size_t kGenericLength = 4;
-constexpr size_t kGenericPayload = 8;
+constexpr size_t kGenericHeaderSize = 8;
+constexpr size_t kGenericPayload = kGenericHeaderSize;
 
 // CDMA-hook request and reply: u32 id, u32 data length, u32 status, a code of six characters, then
 // the data; little-endian. A reply ends in two more zero bytes.
@@ -27,13 +28,8 @@ constexpr size_t kCdmaReplySize = 20;  // without data
 
 // Unsolicited messages: u32 header format, u32 header size, a header of that format, the data and
 // zero bytes that fill the frame up to 28 bytes more than the data.
-constexpr size_t kUnsolFormat = 0;
-constexpr size_t kUnsolHeaderSize = 4;
-constexpr size_t kUnsolHeader = 8;
-constexpr size_t kUnsolLength = 12;  // in both formats
 constexpr size_t kUnsolCdmaData = 26;
 constexpr size_t kUnsolGenericData = 16;
-constexpr size_t kUnsolOverhead = 28;
 
 constexpr uint32_t kStatusSuccess = 0;
 constexpr uint32_t kStatusFailure = 5;
@@ -52,14 +48,14 @@ static_assert(sizeof(OemGenHeader) == 12);
 
 // Returns the request's id and stores its HookType, or returns kUnclassified and stores nothing.
 // Ids of the CDMA family (0x02xxxxxx) are told first, by their bytes 1 to 3 being 00 00 02: a
-// generic request of id 2 is therefore always taken as CDMA-hook, which is meant.
+// generic request of id 2 can never be served.
 uint32_t getOemHook(const uint8_t* buffer, size_t length, uint32_t* type);
 
 // Parses a generic-hook header of at least 8 bytes. Returns 1, or 0 on a null pointer or fewer.
 int ParOemGen(const uint8_t* buffer, size_t length, OemGenHeader* header);
 
-// The request's first four bytes as the logs show them: little-endian, type byte shifted out. This
-// is the byte-swapped id, not the parsed one, and is kept so.
+// The request's first four bytes as the logs show them: little-endian, type byte shifted out. It is
+// the byte-swapped id that engineers' log filters look for, not the parsed one.
 int32_t generic_id_for_log(const uint8_t* request);
 
 inline uint32_t cdma_id(const uint8_t* request) { return load_le32(request + kCdmaId); }

@@ -1,4 +1,5 @@
-// The Android log, under the one tag of this process.
+// The Android log, under the one tag of this process. Ordinary lines are errors by priority, so
+// that they stay in the logs of user builds.
 #pragma once
 
 #include <android/log.h>

@@ -20,20 +20,20 @@ constexpr uint32_t kPrimaryInstance = 0;
 
 // The read descriptor, or kNoDescriptor when the arguments will not do.
 int take_arguments(int argc, char** argv) {
-  // One argument less than is read: the parent always passes all four, and this is kept.
-  if (argc <= 3) {
+  // The program's own name counts here, so the fourth argument may be missing; it then is 0.
+  if (argc < kStatedArguments) {
     LOGE("Need %d args %d", kStatedArguments, argc);
     return kNoDescriptor;
   }
   int read_fd = atoi(argv[1]);
   int write_fd = atoi(argv[2]);
   int unsolicited_fd = atoi(argv[3]);
-  qor_ext_instance_id = argc > 4 ? static_cast<uint32_t>(atoi(argv[4])) : 0;
+  qor_ext_instance_id = argc > kStatedArguments ? static_cast<uint32_t>(atoi(argv[4])) : 0;
   set_parent_pipes(write_fd, unsolicited_fd);
   LOGE("readfd=%d, writefd=%d, writeunsolfd=%d qor_ext_instance_id=%d", read_fd, write_fd,
        unsolicited_fd, qor_ext_instance_id);
 
-  if (read_fd == -1 || write_fd == -1 || unsolicited_fd == -1) {
+  if (read_fd == kNoDescriptor || write_fd == kNoDescriptor || unsolicited_fd == kNoDescriptor) {
     LOGE("Invalid fds");
     return kNoDescriptor;
   }

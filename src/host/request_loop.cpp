@@ -53,10 +53,10 @@ ssize_t read_request(int fd, uint8_t (&request)[kRequestSize]) {
   return size;
 }
 
-void serve_generic(uint8_t* request) {
+void serve_generic(const uint8_t* request) {
   LOGE("Received Generic Hook request 0x%x", generic_id_for_log(request));
   OemGenHeader header = {};
-  ParOemGen(request, kGenericPayload, &header);
+  ParOemGen(request, kGenericHeaderSize, &header);
   LOGD("handle generic request, msgID 0x%x. msgLen %d, msgType %d", header.msgId, header.msgLen,
        header.msgType);
   dispatch_generic(request, header.msgId);

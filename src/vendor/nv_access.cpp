@@ -2,8 +2,6 @@
 
 #include <string.h>
 
-#include <algorithm>
-
 #include "host/framing.h"
 #include "host/hex.h"
 #include "host/log.h"
@@ -18,8 +16,8 @@ namespace {
 constexpr size_t kItemAddress = kCdmaPayload;
 constexpr size_t kItemAddressSize = 16;
 constexpr size_t kItemData = kItemAddress + kItemAddressSize;
-constexpr uint32_t kGenReadOverhead =
-    20;  // reply data beyond the item's bytes; the last 4 are zero
+// A general read's reply data beyond the item's bytes: the address, and four zero bytes at the end.
+constexpr uint32_t kGenReadOverhead = kItemAddressSize + 4;
 
 static_assert(offsetof(ElementRequest, length) + sizeof(uint32_t) == kItemAddressSize);
 static_assert(offsetof(ElementReadResponse, length) - offsetof(ElementReadResponse, rde_id) +
@@ -27,14 +25,16 @@ static_assert(offsetof(ElementReadResponse, length) - offsetof(ElementReadRespon
               kItemAddressSize);
 
 void send_general_read_reply(uint32_t id, ElementReadResponse& response) {
-  // The modem's length is believed, but for bytes that it cannot have sent.
-  response.length = std::min(response.length, kElementDataSize);
-
+  response.length = held_bytes(response);
   Frame reply = cdma_reply(id, kStatusSuccess, response.length + kGenReadOverhead);
   if (!reply) return;
   memcpy(reply.at(kItemAddress), &response.rde_id, kItemAddressSize);
   memcpy(reply.at(kItemData), response.data, response.length);
   writeToParent(reply);
+}
+
+void answer_write(const uint8_t* request, bool failed) {
+  send_cdma_status(cdma_id(request), failed ? kStatusFailure : kStatusSuccess);
 }
 
 }  // namespace
@@ -62,23 +62,21 @@ int nvWrite(const uint8_t* request, uint32_t rde_id) {
   uint32_t length = cdma_length(request);
   LOGE("NV write RdeId: %d length %d", rde_id, length);
   if (length > kElementDataSize) {
-    send_cdma_status(cdma_id(request), kStatusFailure);
+    answer_write(request, true);
     return 0;
   }
 
   ElementRequest element = {};
   ElementWriteResponse response = {};
   element.rde_id = rde_id;
-  element.length = length;
-  element.data_length = length;
-  memcpy(element.data, request + kCdmaPayload, length);
+  set_data(element, request + kCdmaPayload, length);
 
   int rc = qorext_exchange(kElementWrite, element, response);
   bool failed = rc != 0 || response.result != 0;
   if (failed) {
     LOGE("NV write Err RdeId=%d, Err=%d, resp_type=%d", rde_id, rc, response.error);
   }
-  send_cdma_status(cdma_id(request), failed ? kStatusFailure : kStatusSuccess);
+  answer_write(request, failed);
   return 0;
 }
 
@@ -110,8 +108,7 @@ int genNvWrite(const uint8_t* request, uint32_t) {
     LOGE("Data more than buffer size %d", element.length);
     return 0;
   }
-  element.data_length = element.length;
-  memcpy(element.data, request + kItemData, element.length);
+  set_data(element, request + kItemData, element.length);
   LOGE("Gen NV Write RdeId %u, rec num %d, offset %d, len %d. hexdump...", element.rde_id,
        element.record, element.offset, element.length);
   hexDump(element.data, element.length);
@@ -123,6 +120,6 @@ int genNvWrite(const uint8_t* request, uint32_t) {
   } else {
     LOGE("Gen NV Write success for element %u", element.rde_id);
   }
-  send_cdma_status(cdma_id(request), failed ? kStatusFailure : kStatusSuccess);
+  answer_write(request, failed);
   return 0;
 }

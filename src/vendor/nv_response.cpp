@@ -10,12 +10,13 @@
 namespace {
 
 constexpr NvResponseEntry kNvResponseTable[] = {
+    // id, bytes of the item, reply
     {0x02000007, 4, handleNvResponse}, {0x02000017, 4, handleNvResponse},
     {0x02000019, 4, handleNvResponse}, {0x0200000A, 6, handleSpcResponse},
     {0x0200000D, 4, handleNvResponse}, {0x0200000F, 4, handleNvResponse},
 };
 
-// Items 38 and 39 have a row above and are yet refused here. That is meant.
+// The rows of items 38 and 39 lead here as well; the parent expects status 5 for them.
 bool is_served(uint32_t id) { return id == 0x02000007 || id == 0x0200000D || id == 0x0200000F; }
 
 bool codes_match(const uint8_t* request, const ElementReadResponse& response, uint32_t size) {

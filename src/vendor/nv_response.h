@@ -17,6 +17,8 @@ struct NvResponseEntry {
 // Null when no reply is due to this id.
 const NvResponseEntry* find_nv_response(uint32_t message_id);
 
+// Both reply builders take a request that is not null.
+
 // Replies with the item's first `data_size` bytes, or with status 5 and zeros to an id that it does
 // not serve. Returns 0.
 int handleNvResponse(const uint8_t* request, const ElementReadResponse& response,

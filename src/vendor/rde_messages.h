@@ -4,6 +4,9 @@
 
 #include <stddef.h>
 #include <stdint.h>
+#include <string.h>
+
+#include <algorithm>
 
 constexpr unsigned int kElementRead = 8;
 constexpr unsigned int kElementWrite = 9;
@@ -41,3 +44,15 @@ struct ElementWriteResponse {
   uint32_t error;
 };
 static_assert(sizeof(ElementWriteResponse) == 8);
+
+// Puts at most kElementDataSize bytes into a write request.
+inline void set_data(ElementRequest& request, const void* data, uint32_t length) {
+  request.length = length;
+  request.data_length = length;
+  memcpy(request.data, data, length);
+}
+
+// The modem's length is believed, but for bytes that it cannot have sent.
+inline uint32_t held_bytes(const ElementReadResponse& response) {
+  return std::min(response.length, kElementDataSize);
+}

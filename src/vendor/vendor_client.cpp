@@ -3,15 +3,11 @@
 #include <cutils/properties.h>
 #include <string.h>
 
-#include <algorithm>
-
 #include "host/log.h"
 #include "qmi_client.h"
 #include "qorext_vendor_service_v01.h"
 #include "vendor/indications.h"
-#include "vendor/service_wait.h"
-
-#define INIT "qmi_qorext_hook_client_init"
+#include "vendor/service_lookup.h"
 
 namespace {
 
@@ -42,27 +38,33 @@ bool wait_for_service(qmi_idl_service_object_type service, unsigned int needed,
                       unsigned int* services) {
   for (int attempt = 0; attempt < kMaxAttempts; ++attempt) {
     int rc = qmi_client_get_service_list(service, nullptr, nullptr, services);
-    LOGE(INIT ": qmi_client_get_service_list() returned %d num_services = %d\n", rc, *services);
+    LOGE(
+        "qmi_qorext_hook_client_init: qmi_client_get_service_list() returned %d num_services = "
+        "%d\n",
+        rc, *services);
     if (rc == QMI_NO_ERR && *services >= needed) return true;
-    LOGE(INIT ": wait for server to come up.\n");
+    LOGE("qmi_qorext_hook_client_init: wait for server to come up.\n");
     wait_for_service_signal(&g_signal);
   }
-  LOGE(INIT ": Giving up- Retries exceede %d \n", kMaxAttempts);
+  LOGE("qmi_qorext_hook_client_init: Giving up- Retries exceede %d \n", kMaxAttempts);
   return false;
 }
 
-int open_first_instance(qmi_idl_service_object_type service, unsigned int services) {
-  qmi_service_info instances[kMaxServiceInstances] = {};
-  unsigned int entries = std::min(services, kMaxServiceInstances);
-  int rc = qmi_client_get_service_list(service, instances, &entries, &services);
+int open_first_instance(qmi_idl_service_object_type service, unsigned int seen) {
+  ServiceInstances found;
+  int rc = list_service_instances(service, seen, &found);
   if (rc == QMI_NO_ERR) {
-    LOGE(INIT ": qmi_client_get_service_list() returned %d num_entries = %d num_services = %d\n",
-         rc, entries, services);
-    rc = qmi_client_init(&instances[0], service, qmi_qorext_hook_ind_cb, nullptr, nullptr,
+    LOGE(
+        "qmi_qorext_hook_client_init: qmi_client_get_service_list() returned %d num_entries = %d "
+        "num_services = %d\n",
+        rc, found.entries, found.services);
+    rc = qmi_client_init(&found.list[0], service, qmi_qorext_hook_ind_cb, nullptr, nullptr,
                          &g_client);
   }
-  // The one text for both failures is meant.
-  if (rc != QMI_NO_ERR) LOGE(INIT ": qmi_client_init failed. rc = %d\n", rc);
+  // One text for a failed look-up and a failed opening: log filters know it.
+  if (rc != QMI_NO_ERR) {
+    LOGE("qmi_qorext_hook_client_init: qmi_client_init failed. rc = %d\n", rc);
+  }
   return rc;
 }
 
@@ -75,28 +77,29 @@ bool open_client(qmi_idl_service_object_type service, unsigned int needed) {
 }  // namespace
 
 int qmi_qorext_hook_client_init() {
-  // With a separate modem chip the service must be up on both processors.
+  // With a separate modem chip the service must be up on both processors; else a look-up that
+  // succeeds is enough.
   unsigned int needed = has_separate_modem() ? 2 : 0;
 
   auto service = qorext_vs_get_service_object_internal_v01(kIdlMajor, kIdlMinor, kIdlTool);
-  LOGE(INIT ": qorext_hook_get_serivce_object\n");
+  LOGE("qmi_qorext_hook_client_init: qorext_hook_get_serivce_object\n");
   if (service == nullptr) {
-    LOGE(INIT ": qorext_hook_get_serivce_object failed.\n");
+    LOGE("qmi_qorext_hook_client_init: qorext_hook_get_serivce_object failed.\n");
     return -1;
   }
 
   qmi_client_type notifier = nullptr;
   int rc = qmi_client_notifier_init(service, &g_signal, &notifier);
-  LOGE(INIT ": qmi_client_notifier_init \n");
+  LOGE("qmi_qorext_hook_client_init: qmi_client_notifier_init \n");
   if (rc != QMI_NO_ERR) {
-    LOGE(INIT ": qmi_client_notifier_init failed. rc = %d\n", rc);
+    LOGE("qmi_qorext_hook_client_init: qmi_client_notifier_init failed. rc = %d\n", rc);
     return -1;
   }
 
   bool opened = open_client(service, needed);
   qmi_client_release(notifier);
   if (!opened) return -1;
-  LOGE(INIT " Succeeded\n");
+  LOGE("qmi_qorext_hook_client_init Succeeded\n");
   return 0;
 }
 

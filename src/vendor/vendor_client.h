@@ -5,14 +5,14 @@
 // logging what failed. Called once, by main; the client is never released.
 int qmi_qorext_hook_client_init();
 
+// How long every exchange with the modem may take.
+constexpr unsigned int kModemTimeoutMs = 15000;
+
 // Sends a request and waits for its response, at most 15 seconds. Lengths are the sizes of the C
 // structures in bytes; the caller has zeroed both. Returns the client library's code (0 is success)
 // unchanged; the response's own result is for the caller to judge. For any thread.
 int qorext_send_msg_sync(unsigned int message_id, void* request, unsigned int request_length,
                          void* response, unsigned int response_length);
-
-// How long every exchange with the modem may take.
-constexpr unsigned int kModemTimeoutMs = 15000;
 
 // The same for a request and a response of fixed layout; the second form for messages whose request
 // is empty.

@@ -1,9 +1,11 @@
-#include "vendor/service_wait.h"
+#include "vendor/service_lookup.h"
 
 #include <errno.h>
 #include <pthread.h>
 #include <sys/time.h>
 #include <time.h>
+
+#include <algorithm>
 
 namespace {
 
@@ -42,4 +44,13 @@ void wait_for_service_signal(qmi_client_os_params* signal) {
     }
   }
   pthread_mutex_unlock(&signal->mutex);
+}
+
+int list_service_instances(qmi_idl_service_object_type service, unsigned int seen,
+                           ServiceInstances* instances) {
+  *instances = {};
+  instances->entries = std::min(seen, kMaxServiceInstances);
+  instances->services = seen;
+  return qmi_client_get_service_list(service, instances->list, &instances->entries,
+                                     &instances->services);
 }
