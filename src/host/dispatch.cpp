@@ -1,11 +1,13 @@
 #include "host/dispatch.h"
 
-#include <array>
+#include <span>
 
 #include "carrier/carrier_handler.h"
+#include "features/feature_requests.h"
 #include "host/framing.h"
 #include "host/log.h"
 #include "vendor/nv_access.h"
+#include "vendor/pfp.h"
 
 namespace {
 
@@ -21,7 +23,16 @@ struct HookDispatchEntry {
 constexpr uint32_t kFromRequest = 0xFFFFFFFF;
 constexpr uint32_t kCarrierArgument = 0xFFFFFFFF;
 
-constexpr std::array<HookDispatchEntry, 0> kGenericTable = {};
+constexpr HookDispatchEntry kGenericTable[] = {
+    {0x50019, 0, handleSilentReboot},
+    {0x5001E, 0, handleSysInfoFilter},
+    {0x60001, 0, handleDataPlmn},
+    {0x50020, 0, handleSignalCoverage},
+    {0x50029, 0, handleSignalCoverageWithMode},
+    {0xA0006, 0, handleOperatorName},
+    {0x5002A, 0, qorext_hook_set_antenna_tuning},
+    {0x50505, 0, handleCallEndRadioState},
+};
 
 constexpr HookDispatchEntry kCdmaFallbackTable[] = {
     {0x02000016, kFromRequest, genNvRead},
@@ -29,6 +40,8 @@ constexpr HookDispatchEntry kCdmaFallbackTable[] = {
     {0x02000007, 28, nvRead},
     {0x02000008, 28, nvWrite},
     {0x0200000A, 32, nvRead},
+    {0x0200001C, 0, myPfpRequest},
+    {0x0200001E, 0, handleUtilsRequest},
     {0x02000017, 38, nvRead},
     {0x02000018, 38, nvWrite},
     {0x02000019, 39, nvRead},
@@ -40,8 +53,7 @@ constexpr HookDispatchEntry kCdmaFallbackTable[] = {
 };
 
 // Calls the first row's handler with this id; false when there is none.
-template <typename Table>
-bool call_handler(const Table& table, uint32_t id, const uint8_t* request) {
+bool call_handler(std::span<const HookDispatchEntry> table, uint32_t id, const uint8_t* request) {
   for (const HookDispatchEntry& entry : table) {
     if (entry.message_id != id) continue;
     entry.handler(request, entry.argument);

@@ -1,0 +1,83 @@
+#include "carrier_modem/carrier_indications.h"
+
+#include <string.h>
+
+#include "host/framing.h"
+#include "host/log.h"
+#include "host/parent.h"
+
+namespace {
+
+constexpr unsigned int kLteError = 0x10B;
+constexpr unsigned int kCarrierEvent = 0x12;
+
+constexpr uint32_t kLteErrorMessage = 0x020001B1;
+constexpr uint32_t kCarrierEventMessage = 0x020001B0;
+
+// As the parent gets it: packed and little-endian.
+struct __attribute__((packed)) LteErrorData {
+  uint32_t first;
+  uint8_t second;
+  uint32_t third;
+  uint8_t text[103];
+};
+static_assert(sizeof(LteErrorData) == 112);
+static_assert(offsetof(LteErrorData, text) == 9);
+
+void send_unsolicited(uint32_t id, const void* data, uint32_t size) {
+  Frame frame = unsolicited_cdma(id, size);
+  if (!frame) {
+    LOGE("send_unsol_response: out of memory!");
+    return;
+  }
+  memcpy(frame.at(kUnsolCdmaData), data, size);
+  writeUnsolToParent(frame);
+}
+
+// Decodes into the zeroed record; logs a failure.
+template <typename Record>
+bool decode(qmi_client_type client, unsigned int id, void* buffer, unsigned int length,
+            Record& record) {
+  int rc = qmi_client_message_decode(client, QMI_IDL_INDICATION, id, buffer, length, &record,
+                                     sizeof record);
+  if (rc == QMI_NO_ERR) return true;
+  LOGE("qor_qmi_sprint_hook_ind_cb: qmi_client_message_decode Failed(%d).", rc);
+  return false;
+}
+
+}  // namespace
+
+void convert_lte_error_to_ril_format(const LteErrorIndication* indication) {
+  LteErrorData data = {};
+  if (indication == nullptr) {
+    LOGE("convert_lte_error_to_ril_format: parameter is null!");
+  } else {
+    data.first = indication->first;
+    data.second = indication->second;
+    data.third = indication->third;
+    memcpy(data.text, indication->text, sizeof data.text);
+  }
+  send_unsolicited(kLteErrorMessage, &data, sizeof data);
+}
+
+void send_unsol_response(uint32_t value) {
+  send_unsolicited(kCarrierEventMessage, &value, sizeof value);
+}
+
+int qor_qmi_sprint_hook_ind_cb(qmi_client_type client, unsigned int indication_id, void* buffer,
+                               unsigned int length, void*) {
+  if (indication_id == kLteError) {
+    LteErrorIndication indication = {};
+    if (decode(client, indication_id, buffer, length, indication)) {
+      convert_lte_error_to_ril_format(&indication);
+    }
+    return 0;
+  }
+  if (indication_id == kCarrierEvent) {
+    uint16_t value = 0;
+    if (decode(client, indication_id, buffer, length, value)) send_unsol_response(value);
+    return 0;
+  }
+  LOGD("qor_qmi_sprint_hook_ind_cb: Unknown Indication from Modem.");
+  return -1;
+}

@@ -1,0 +1,33 @@
+// Modem features that the parent asks for. Each handler takes the whole request buffer, writes its
+// own reply and returns what the modem exchange returned (0 is success), which nobody looks at. The
+// argument of the table row is not used.
+#pragma once
+
+#include <stdint.h>
+
+// 0x5001E: passes a one-byte filter on; the reply is a status byte.
+int handleSysInfoFilter(const uint8_t* request, uint32_t argument);
+
+// 0x50505: asks for the radio state at the end of a call; the reply is status byte and 16 bytes.
+int handleCallEndRadioState(const uint8_t* request, uint32_t argument);
+
+// 0x50019: the reply is the modem's answer as it is, or the status byte 5.
+int handleSilentReboot(const uint8_t* request, uint32_t argument);
+
+// 0x50020 and 0x50029: hand the modem a mode (0, or the payload's first byte) and a text; the reply
+// is a status byte.
+int handleSignalCoverage(const uint8_t* request, uint32_t argument);
+int handleSignalCoverageWithMode(const uint8_t* request, uint32_t argument);
+
+// 0x60001: the reply is the modem's 568-byte record without a header, all zero after a failure.
+int handleDataPlmn(const uint8_t* request, uint32_t argument);
+
+// 0xA0006: the short operator name of an MCC and MNC in UTF-8, or the status byte 5.
+int handleOperatorName(const uint8_t* request, uint32_t argument);
+
+// 0x5002A: passes up to 24 bytes on; the reply is the modem's answer, or the status byte 5.
+int qorext_hook_set_antenna_tuning(const uint8_t* request, uint32_t argument);
+
+// CDMA-hook 0x0200001E: sends the payload as a utility request of any type; the reply carries the
+// modem's data and always status 0.
+int handleUtilsRequest(const uint8_t* request, uint32_t argument);

@@ -1,0 +1,14 @@
+// The GSM 7-bit default alphabet (3GPP TS 23.038, 6.2.1), unpacked to one character a byte.
+#pragma once
+
+#include <stddef.h>
+#include <stdint.h>
+
+// The longest UTF-8 text of a GSM text, without its terminator.
+constexpr size_t utf8_limit(size_t gsm_length) { return 2 * gsm_length; }
+
+// Converts to UTF-8 and terminates the text: `output` needs utf8_limit(length) + 1 bytes. Carriage
+// returns are dropped; bytes of 0x80 and more pass unchanged, so that a text that is UTF-8 or
+// Latin-1 already survives. There is no extension table: its escape becomes a blank. Returns the
+// number of bytes written, without the terminator; 0 when a pointer is null or the length is 0.
+size_t gsm_to_utf8(const uint8_t* input, uint16_t length, char* output);

@@ -1,0 +1,119 @@
+#include <algorithm>
+
+#include "carrier_modem/carrier_clients.h"
+#include "features/feature_requests.h"
+#include "features/gsm_alphabet.h"
+#include "features/status_reply.h"
+#include "host/framing.h"
+#include "host/hex.h"
+#include "host/log.h"
+#include "host/parent.h"
+
+namespace {
+
+constexpr size_t kMcc = kGenericPayload;
+constexpr size_t kMnc = kGenericPayload + 2;
+
+constexpr unsigned int GET_PLMN_NAME_REQ_MSG_V01 = 0x44;
+constexpr uint32_t kGsmDefaultAlphabet = 0;
+constexpr size_t kMaxNameInReply = 512;
+
+// Each optional value has a validity byte in front of it.
+struct PlmnNameRequest {
+  uint16_t mcc;
+  uint16_t mnc;
+  uint8_t suppress_sim_error_valid;
+  uint8_t suppress_sim_error;
+  uint8_t not_used_at_6[4];
+  uint8_t static_table_only_valid;
+  uint8_t static_table_only;
+  uint8_t not_used_at_12[20];
+};
+static_assert(sizeof(PlmnNameRequest) == 32);
+static_assert(offsetof(PlmnNameRequest, suppress_sim_error) == 5);
+static_assert(offsetof(PlmnNameRequest, static_table_only_valid) == 10);
+
+struct PlmnNameResponse {
+  uint32_t result;
+  uint32_t error;
+  uint8_t eons_name_valid;
+  uint8_t not_read_at_9[27];
+  uint32_t short_name_coding;
+  uint8_t not_read_at_40[8];
+  uint32_t short_name_length;
+  uint8_t short_name[3892];  // and what follows it; the length is believed that far
+};
+static_assert(sizeof(PlmnNameResponse) == 3944);
+static_assert(offsetof(PlmnNameResponse, short_name_coding) == 36);
+static_assert(offsetof(PlmnNameResponse, short_name_length) == 48);
+static_assert(offsetof(PlmnNameResponse, short_name) == 52);
+
+int ask_for_name(const uint8_t* request, PlmnNameResponse& response) {
+  PlmnNameRequest message = {};
+  message.mcc = load_le16(request + kMcc);
+  message.mnc = load_le16(request + kMnc);
+  message.suppress_sim_error_valid = 1;
+  message.suppress_sim_error = 1;
+  message.static_table_only_valid = 1;
+  message.static_table_only = 1;
+  LOGE("Received request len = %d, mcc = %d, mnc = %d", generic_length(request), message.mcc,
+       message.mnc);
+  int rc = qmi_qorext_sprint_nas_send_msg_sync(GET_PLMN_NAME_REQ_MSG_V01, &message, sizeof message,
+                                               &response, sizeof response);
+  LOGE("Response = %d, Error code = %d", response.result, response.error);
+  LOGE("EONS plmn name valid = %d", response.eons_name_valid);
+  return rc;
+}
+
+using NameText = char[utf8_limit(sizeof PlmnNameResponse::short_name) + 1];
+
+size_t convert_name(const PlmnNameResponse& response, NameText& name) {
+  auto stated = static_cast<uint16_t>(response.short_name_length);
+  auto length = std::min<uint16_t>(stated, sizeof response.short_name);
+  size_t size = gsm_to_utf8(response.short_name, length, name);
+  if (size == 0) {
+    LOGE("Invalid or Empty string received from modem");
+  } else {
+    LOGE("plmn short name is 7-bit Unpacked data %s", name);
+  }
+  return size;
+}
+
+// The number of bytes of the name, 0 when the modem gave none.
+size_t take_name(int rc, const PlmnNameResponse& response, NameText& name) {
+  if (rc != 0) {
+    LOGE("Sending GET_PLMN_NAME_REQ_MSG_V01 failed!");
+    return 0;
+  }
+  LOGE("Dumping modem response for GET_PLMN_NAME_REQ_MSG_V01...");
+  hexDump(&response, sizeof response);
+  if (response.eons_name_valid != 1 || response.short_name_coding != kGsmDefaultAlphabet) {
+    LOGE(" plmn_resp.eons_plmn_name_3gpp_valid is FALSE!");
+    return 0;
+  }
+  return convert_name(response, name);
+}
+
+void send_name(const uint8_t* request, const char* name, size_t size) {
+  Frame reply = generic_reply(request, static_cast<uint32_t>(size));
+  if (!reply) return;
+  memcpy(reply.at(kGenericPayload), name, size);
+  writeToParent(reply);
+}
+
+}  // namespace
+
+int handleOperatorName(const uint8_t* request, uint32_t) {
+  PlmnNameResponse response = {};
+  int rc = ask_for_name(request, response);
+  NameText name;
+  size_t size = take_name(rc, response, name);
+
+  LOGE("Sending OnRequest Complete");
+  if (size == 0) {
+    send_status_byte(request, kStatusFailure);
+  } else {
+    send_name(request, name, std::min(size, kMaxNameInReply));
+  }
+  return rc;
+}

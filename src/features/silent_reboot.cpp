@@ -1,0 +1,42 @@
+#include <algorithm>
+
+#include "features/feature_requests.h"
+#include "features/status_reply.h"
+#include "features/utility_messages.h"
+#include "host/framing.h"
+#include "host/log.h"
+#include "host/parent.h"
+#include "vendor/vendor_client.h"
+
+namespace {
+
+void handleSilentRebootResponse(const uint8_t* request, const utils_resp_msg_v01& response) {
+  uint32_t size = std::min(response.length, kUtilityDataSize);
+  LOGE("handleSilentRebootResponse >>");
+  LOGE("handleSilentRebootResponse for id %x, resp len %d.", load_le32(request) >> 8, size);
+  Frame reply = generic_reply(request, size);
+  if (!reply) return;
+  LOGE("handleSilentRebootResponse resp size %d.", static_cast<int>(reply.size()));
+
+  memcpy(reply.at(kGenericPayload), response.data, size);
+  writeToParent(reply);
+  LOGE("handleSilentRebootResponse , msgLen 0x%x, resp value %d.", size,
+       *reply.at(reply.size() - 1));
+}
+
+}  // namespace
+
+int handleSilentReboot(const uint8_t* request, uint32_t) {
+  utils_req_msg_v01 message = {kUtilitySilentReboot, 0, {}};
+  utils_resp_msg_v01 response = {};
+  LOGE("Silent reboot: Sending qorext util request");
+  int rc = qorext_exchange(kUtilityMessage, message, response);
+  LOGE("Silent reboot: Sending request result is %d", rc);
+  if (rc != 0) {
+    LOGE(" Silent reboot send msg error, send back generic failure.");
+    response.length = 1;
+    response.data[0] = status_byte(rc);
+  }
+  handleSilentRebootResponse(request, response);
+  return rc;
+}

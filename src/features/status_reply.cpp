@@ -1,0 +1,15 @@
+#include "features/status_reply.h"
+
+#include "host/framing.h"
+#include "host/parent.h"
+
+uint8_t status_byte(int rc) {
+  return static_cast<uint8_t>(rc == 0 ? kStatusSuccess : kStatusFailure);
+}
+
+void send_status_byte(const uint8_t* request, uint8_t status) {
+  Frame reply = generic_reply(request, sizeof status);
+  if (!reply) return;
+  *reply.at(kGenericPayload) = status;
+  writeToParent(reply);
+}

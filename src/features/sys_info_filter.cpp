@@ -1,0 +1,19 @@
+#include "features/feature_requests.h"
+#include "features/status_reply.h"
+#include "features/utility_messages.h"
+#include "host/framing.h"
+#include "host/log.h"
+#include "vendor/vendor_client.h"
+
+int handleSysInfoFilter(const uint8_t* request, uint32_t) {
+  utils_req_msg_v01 message = {kUtilitySysInfoFilter, 1, {request[kGenericPayload]}};
+  utils_resp_msg_v01 response = {};
+  LOGE("sys_info filter: sending qorext util request");
+  int rc = qorext_exchange(kUtilityMessage, message, response);
+  LOGE("sys_info filter: sending request result is %d", rc);
+
+  uint8_t status = status_byte(rc);
+  send_status_byte(request, status);
+  LOGE("sys_info filter: sending response, msgLen 0x%x, resp value %d.", 1, status);
+  return rc;
+}

@@ -1,0 +1,63 @@
+#include "vendor/pfp.h"
+
+#include "host/framing.h"
+#include "host/log.h"
+#include "host/parent.h"
+#include "vendor/vendor_client.h"
+
+namespace {
+
+constexpr unsigned int kPfpMessage = 0x0A;
+constexpr uint32_t kPfpUnsolicited = 0x0200001D;
+
+struct PfpRequest {
+  uint32_t table;
+};
+static_assert(sizeof(PfpRequest) == 4);
+
+struct PfpResponse {
+  uint32_t result;
+  uint32_t error;
+  uint32_t not_read;
+};
+static_assert(sizeof(PfpResponse) == 12);
+
+struct mypfp_ind_msg_v01 {
+  uint16_t not_read;
+  uint16_t rat;
+  uint32_t tbl_idx;
+  uint8_t table[224];
+};
+static_assert(sizeof(mypfp_ind_msg_v01) == 232);
+static_assert(offsetof(mypfp_ind_msg_v01, rat) == 2);
+static_assert(offsetof(mypfp_ind_msg_v01, tbl_idx) == 4);
+
+}  // namespace
+
+int myPfpRequest(const uint8_t* request, uint32_t) {
+  PfpRequest message = {};
+  PfpResponse response = {};
+  LOGE("MyPfp: Sending request ");
+  int rc = qorext_exchange(kPfpMessage, message, response);
+  LOGE("MyPfp: returned rc=%d result =%d", rc, response.result);
+  uint32_t id = request == nullptr ? 0 : cdma_id(request);
+  send_cdma_status(id, rc == 0 ? kStatusSuccess : kStatusFailure);
+  return 0;
+}
+
+int pfpIndication(qmi_client_type client, unsigned int indication_id, void* buffer,
+                  unsigned int length, void*) {
+  mypfp_ind_msg_v01 table = {};
+  if (qmi_client_message_decode(client, QMI_IDL_INDICATION, indication_id, buffer, length, &table,
+                                sizeof table) != QMI_NO_ERR) {
+    LOGE("failed to decode pfp idl data");
+    return 0;
+  }
+  Frame frame = unsolicited_cdma(kPfpUnsolicited, sizeof table);
+  if (!frame) return 0;
+  memcpy(frame.at(kUnsolCdmaData), &table, sizeof table);
+  writeUnsolToParent(frame);
+  LOGE("mypfp_ind_msg_v01: rat = %d , tbl_idx = %d data_size = %d ", table.rat, table.tbl_idx,
+       static_cast<int>(sizeof table));
+  return 0;
+}
