@@ -4,7 +4,7 @@
 
 #include "qmi_client.h"
 
-// Vendor indication 0x0F: by its type an unsolicited message or a system property.
+// Vendor indication 0x0F: by its type an unsolicited message, a system property or a KPI packet.
 int utilsIndHndlr(qmi_client_type client, unsigned int indication_id, void* buffer,
                   unsigned int length, void* callback_data);
 

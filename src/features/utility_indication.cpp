@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "capture/kpi_intake.h"
 #include "features/feature_indications.h"
 #include "features/utility_messages.h"
 #include "host/framing.h"
@@ -10,6 +11,7 @@
 
 namespace {
 
+constexpr uint32_t kKpiPacket = 1;
 constexpr uint32_t kRfCableStatus = 7;
 constexpr uint8_t kLogUploadNotice = 0x02;
 
@@ -61,6 +63,8 @@ void update_rf_status(const utils_ind_msg_v01& indication) {
 void act_on(const utils_ind_msg_v01& indication) {
   if (const ForwardedType* row = find_forwarded(indication.type)) {
     forward(*row, indication);
+  } else if (indication.type == kKpiPacket) {
+    vornIndHndlr(indication.data, sizeof indication.data);
   } else if (indication.type == kRfCableStatus) {
     update_rf_status(indication);
   } else {

@@ -4,6 +4,8 @@
 #include <stdlib.h>
 #include <unistd.h>
 
+#include "capture/hob_save.h"
+#include "capture/panic_notice.h"
 #include "carrier_modem/carrier_clients.h"
 #include "carrier_modem/startup_properties.h"
 #include "host/log.h"
@@ -16,7 +18,6 @@ namespace {
 constexpr uid_t kRadioUser = 1001;
 constexpr int kStatedArguments = 4;
 constexpr int kNoDescriptor = -1;
-constexpr uint32_t kPrimaryInstance = 0;
 
 // The read descriptor, or kNoDescriptor when the arguments will not do.
 int take_arguments(int argc, char** argv) {
@@ -52,12 +53,17 @@ bool open_modem_clients() {
   return true;
 }
 
-void publish_modem_facts() {
-  if (qor_ext_instance_id == kPrimaryInstance) {
+void exchange_start_up_facts() {
+  bool is_primary = qor_ext_instance_id == kPrimaryInstance;
+  if (notify_auto_verify_sim_pin() != 0) {
+    LOGE("[Warning] Failed notify the auto verify SIM PIN to BP");
+  }
+  if (is_primary) {
     qor_qmi_read_baseband_config_version();
     update_imei_sv();
   }
   publish_lte_bc_config();
+  if (is_primary) send_hob_ready();
 }
 
 }  // namespace
@@ -70,7 +76,7 @@ int main(int argc, char** argv) {
   int read_fd = take_arguments(argc, argv);
   if (read_fd == kNoDescriptor || !open_modem_clients()) return 0;
 
-  publish_modem_facts();
+  exchange_start_up_facts();
   serve_requests(read_fd);
   return 0;
 }

@@ -10,6 +10,7 @@
 // Which instance of the program this is; 0 is the primary one. Set once by main, before any other
 // thread starts.
 extern uint32_t qor_ext_instance_id;
+constexpr uint32_t kPrimaryInstance = 0;
 
 // Sets the descriptors that replies and unsolicited messages are written to. Called once by main,
 // before any other thread starts.

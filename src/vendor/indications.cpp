@@ -2,6 +2,7 @@
 
 #include <stdio.h>
 
+#include "capture/hob_save.h"
 #include "carrier_modem/carrier_indications.h"
 #include "features/feature_indications.h"
 #include "host/framing.h"
@@ -45,8 +46,8 @@ struct IndDispatchEntry {
 };
 
 constexpr IndDispatchEntry kIndicationTable[] = {
-    {0x1, send_notification}, {0xA, pfpIndication},    {0x16, send_generic_message},
-    {0xF, utilsIndHndlr},     {0x10C, sigcovIndHndlr},
+    {0x1, send_notification},     {0xA, pfpIndication}, {0x13, hobSaveIndHndlr},
+    {0x16, send_generic_message}, {0xF, utilsIndHndlr}, {0x10C, sigcovIndHndlr},
 };
 
 }  // namespace

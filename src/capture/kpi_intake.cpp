@@ -1,0 +1,65 @@
+#include "capture/kpi_intake.h"
+
+#include <string.h>
+
+#include <algorithm>
+
+#include "capture/kpi_packets.h"
+#include "capture/kpi_store.h"
+#include "features/utility_messages.h"
+#include "host/framing.h"
+#include "host/log.h"
+#include "host/parent.h"
+
+namespace {
+
+constexpr size_t kPackageIdAt = 0;
+constexpr size_t kSequenceIdAt = 1;
+constexpr size_t kLastFlagAt = 2;
+constexpr size_t kSizeAt = 4;
+
+constexpr uint32_t kKpiMessage = 0x04000401;
+constexpr uint32_t kForwardedSizeMask = 0xFF;  // a longer record is cut by its high byte; meant
+
+KpiReceiver g_receiver;
+
+// Room for any size that a packet can state; what the packet does not hold stays zero.
+uint8_t g_packet[kKpiPayload + UINT16_MAX];
+
+KpiPacket parse_packet(const uint8_t* bytes) {
+  return {bytes[kPackageIdAt], bytes[kSequenceIdAt], bytes[kLastFlagAt] == 1,
+          load_le16(bytes + kSizeAt), bytes + kKpiPayload};
+}
+
+void vorn_handle_kpi_data(const KpiPacket& packet) {
+  uint32_t size = packet.size & kForwardedSizeMask;
+  Frame frame = unsolicited_generic(kKpiMessage, size);
+  if (frame) {
+    memcpy(frame.at(kUnsolGenericData), packet.payload, size);
+    writeUnsolToParent(frame);
+    LOGE("vorn_handle_kpi_data: send data out");
+  }
+  g_receiver.reset();
+}
+
+}  // namespace
+
+void vornIndHndlr(const uint8_t* packet, size_t length) {
+  memset(g_packet, 0, kUtilityDataSize);
+  memcpy(g_packet, packet, std::min<size_t>(length, kUtilityDataSize));
+  KpiPacket parsed = parse_packet(g_packet);
+
+  switch (check_kpi_packet(g_receiver, parsed)) {
+    case kKpiDrop:
+      break;
+    case kKpiForward:
+      vorn_handle_kpi_data(parsed);
+      break;
+    case kKpiStore:
+      store_kpi_packet(g_receiver, parsed, 0);
+      break;
+    case kKpiStoreWithoutHeader:
+      store_kpi_packet(g_receiver, parsed, kKpiHeaderSize);
+      break;
+  }
+}

@@ -1,0 +1,119 @@
+#include "capture/kpi_logs.h"
+
+#include <NativeDropBoxWriter.h>
+#include <errno.h>
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <time.h>
+#include <unistd.h>
+
+#include "capture/vorn_directory.h"
+#include "host/log.h"
+#include "host/scoped_fd.h"
+#include "phone_path.h"
+
+namespace {
+
+constexpr off_t kRotationSize = 0x1E00000;  // 30 MiB
+constexpr double kRotationSeconds = 43200;
+
+constexpr gid_t kLogGroup = 2002;
+constexpr mode_t kCreationMode = 0770;
+constexpr mode_t kLogMode = 0660;
+constexpr size_t kChunkSize = 256;
+
+constexpr char kDropBoxTag[] = "modem_vorn";
+
+time_t g_handed_off = 0;
+
+// The size of the file, or -1 with errno.
+off_t size_of(const VornPath& path) {
+  struct stat status;
+  return stat(phone_path(path), &status) == 0 ? status.st_size : -1;
+}
+
+void find_current_log(VornPath& log) {
+  if (vorn_get_filename(kCurrentIndex, log) == 0) return;
+  LOGE("vorn_update_current_log: Unable to get cur log file");
+  LOGE("vorn_update_current_log: clean the whole dir!");
+  vorn_reset_dir();
+  vorn_create_new_log(log);
+}
+
+bool is_rotation_due(off_t size, time_t now) {
+  if (g_handed_off == 0) {
+    g_handed_off = now;
+  } else if (difftime(now, g_handed_off) >= kRotationSeconds) {
+    return true;
+  }
+  return size >= kRotationSize;
+}
+
+// An empty log is not handed off.
+void hand_off(const VornPath& log, time_t now) {
+  LOGE("vorn_update_current_log: send %s to dropbox.", log);
+  g_handed_off = now;
+  if (!NativeDropBoxWriter::addText(kDropBoxTag, log)) LOGE("vorn: send to dropbox failed!.");
+}
+
+void give_to_readers(const VornPath& log) {
+  if (chown(phone_path(log), getuid(), kLogGroup) != 0) {
+    LOGE("vorn_update_current_log: Unable to chown %s, errno %d", log, errno);
+  }
+  if (chmod(phone_path(log), kLogMode) != 0) {
+    LOGE("vorn_update_current_log: Unable to chmod %s, errno %d", log, errno);
+  }
+}
+
+void copy(const ScopedFd& from, const ScopedFd& to) {
+  char chunk[kChunkSize];
+  for (;;) {
+    ssize_t size = read(from.get(), chunk, sizeof chunk);
+    if (size <= 0) break;
+    [[maybe_unused]] ssize_t written = write(to.get(), chunk, static_cast<size_t>(size));
+  }
+  fsync(to.get());
+  fsync(from.get());
+}
+
+bool append(const VornPath& temporary, const VornPath& log, bool is_new) {
+  ScopedFd to(open(phone_path(log), O_RDWR | O_APPEND | O_CREAT | O_CLOEXEC, kCreationMode));
+  ScopedFd from(to ? open(phone_path(temporary), O_RDONLY | O_CLOEXEC) : -1);
+  if (!from) {
+    LOGE("vorn_update_current_log: Unable to open files, errno %d", errno);
+    return false;
+  }
+  if (is_new) give_to_readers(log);
+  copy(from, to);
+  return true;
+}
+
+}  // namespace
+
+void vorn_update_current_log(const VornPath& temporary) {
+  off_t added = size_of(temporary);
+  if (added < 0) {
+    LOGE("vorn_update_current_log: Unable to stat temp files, errno %d", errno);
+    return;
+  }
+  VornPath log = {};
+  find_current_log(log);
+  off_t size = size_of(log);
+  if (size < 0) {
+    LOGE("vorn_update_current_log: Unable to stat cur log file %d", errno);
+    return;
+  }
+
+  time_t now = time(nullptr);
+  if (is_rotation_due(size + added, now)) {
+    if (size > 0) hand_off(log, now);
+    if (vorn_create_new_log(log) != 0) {
+      LOGE("vorn_update_current_log: can't create new log.");
+      return;
+    }
+    size = 0;
+  }
+  if (!append(temporary, log, size == 0)) return;
+  LOGE("vorn_update_current_log: update %s succeed.", log);
+  unlink(phone_path(temporary));
+}

@@ -1,0 +1,142 @@
+#include "capture/vorn_directory.h"
+
+#include <dirent.h>
+#include <errno.h>
+#include <fcntl.h>
+#include <math.h>
+#include <stdio.h>
+#include <string.h>
+#include <sys/stat.h>
+#include <time.h>
+#include <unistd.h>
+
+#include "host/log.h"
+#include "host/scoped_fd.h"
+#include "phone_path.h"
+
+namespace {
+
+constexpr mode_t kLogMode = 0740;
+constexpr double kStaleSeconds = 172800;
+
+// A link is made under this name and then renamed over the one it replaces, so that an index link
+// once made is never missing: without one the next merge would clear the directory.
+constexpr char kNewLink[] = "/data/vorn/.new";
+
+bool exists(const VornPath& path) {
+  struct stat status;
+  return path[0] != '\0' && stat(phone_path(path), &status) == 0;
+}
+
+void index_name(int index, VornPath& name) {
+  snprintf(name, sizeof name, "%s/.%04d", kVornDirectory, index);
+  LOGE("vorn_get_index_filename: index name %s", name);
+}
+
+void point_index_to(int index, const VornPath& log) {
+  VornPath link;
+  index_name(index, link);
+  if (!exists(log)) {
+    unlink(phone_path(link));
+    return;
+  }
+  unlink(phone_path(kNewLink));
+  if (symlink(log, phone_path(kNewLink)) == 0) rename(phone_path(kNewLink), phone_path(link));
+}
+
+void dated_name(VornPath& name) {
+  tm fields = {};  // 1900, 1, 1, 0, 0, 0 when there is no local time
+  fields.tm_mday = 1;
+  time_t now = time(nullptr);
+  if (const tm* local = localtime(&now)) fields = *local;
+  snprintf(name, sizeof name, "%s/vorn_%04d%02d%02d%02d%02d%02d%s", kVornDirectory,
+           fields.tm_year + 1900, fields.tm_mon + 1, fields.tm_mday, fields.tm_hour, fields.tm_min,
+           fields.tm_sec, kVornSuffix);
+}
+
+bool is_kept(const VornPath& path, int index) {
+  VornPath target;
+  return vorn_get_filename(index, target) == 0 && strcmp(path, target) == 0;
+}
+
+void delete_if_stale(const VornPath& path, time_t now) {
+  if (is_kept(path, kCurrentIndex) || is_kept(path, kPreviousIndex)) return;
+  struct stat status;
+  if (stat(phone_path(path), &status) != 0) return;
+  if (fabs(difftime(now, status.st_mtime)) < kStaleSeconds) return;
+  LOGE("vorn_clean_dir: unexpected %s", path);
+  unlink(phone_path(path));
+}
+
+// Calls `act` with the path of each entry whose name does not begin with `spared`; ".", ".." are
+// spared too. False with errno when the directory cannot be opened.
+template <typename Act>
+bool for_each_entry(char spared, Act act) {
+  DIR* directory = opendir(phone_path(kVornDirectory));
+  if (directory == nullptr) return false;
+  while (const dirent* entry = readdir(directory)) {
+    const char* name = entry->d_name;
+    if (strcmp(name, ".") == 0 || strcmp(name, "..") == 0 || name[0] == spared) continue;
+    VornPath path;
+    snprintf(path, sizeof path, "%s/%.*s", kVornDirectory,
+             static_cast<int>(sizeof path - sizeof kVornDirectory - 1), name);
+    act(path);
+  }
+  closedir(directory);
+  return true;
+}
+
+}  // namespace
+
+int vorn_get_filename(int index, VornPath& target) {
+  VornPath link;
+  index_name(index, link);
+  memset(target, 0, sizeof target);
+  if (readlink(phone_path(link), target, sizeof target - 1) < 0) {
+    LOGE("vorn_get_filename: get real name of %s failed, rc %d", link, errno);
+    return -1;
+  }
+  return exists(target) ? 0 : -1;
+}
+
+int vorn_create_new_log(VornPath& name) {
+  VornPath created;
+  dated_name(created);
+  ScopedFd file(open(phone_path(created), O_RDWR | O_CREAT | O_TRUNC | O_CLOEXEC, kLogMode));
+  if (!file) {
+    LOGE("vorn_create_new_log: create new log %s failed, errno %d", created, errno);
+    return -1;
+  }
+  memcpy(name, created, sizeof name);
+  LOGE("vorn_create_new_log: create new %s.", created);
+
+  VornPath current;
+  VornPath previous;
+  vorn_get_filename(kCurrentIndex, current);
+  point_index_to(kCurrentIndex, created);
+  if (!exists(current)) return 0;
+
+  vorn_get_filename(kPreviousIndex, previous);
+  point_index_to(kPreviousIndex, current);
+  if (!exists(previous)) return 0;
+
+  unlink(phone_path(previous));
+  LOGE("vorn_create_new_log: remove old %s", previous);
+  vorn_clean_dir();
+  return 0;
+}
+
+void vorn_reset_dir() {
+  if (!for_each_entry('~', [](const VornPath& path) { unlink(phone_path(path)); })) {
+    LOGE("vorn_reset_dir: can't open %s, errno %d", kVornDirectory, errno);
+    return;
+  }
+  LOGE("vorn_reset_dir DONE!");
+}
+
+void vorn_clean_dir() {
+  time_t now = time(nullptr);
+  if (!for_each_entry('.', [now](const VornPath& path) { delete_if_stale(path, now); })) {
+    LOGE("vorn_clean_dir: can't open %s, errno %d", kVornDirectory, errno);
+  }
+}
