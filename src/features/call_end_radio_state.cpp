@@ -6,22 +6,21 @@
 #include "host/parent.h"
 #include "vendor/vendor_client.h"
 
-#define RADIO_STATE "get_call_end_radio_state : "
-
 namespace {
 
 constexpr uint32_t kStateSize = 16;
 constexpr uint32_t kDataSize = 1 + kStateSize;
 
 void log_sent(uint32_t length, uint8_t last) {
-  LOGE(RADIO_STATE "sending response, msgLen 0x%x, resp value %d.", length, last);
+  LOGE("get_call_end_radio_state : sending response, msgLen 0x%x, resp value %d.", length, last);
 }
 
 void log_state(const uint8_t* s) {
-  LOGE(RADIO_STATE
-       "response, data: 0x%02X%02X%02X%02X%02X%02X%02X%02X%02X%02X%02X%02X%02X%02X%02X%02X",
-       s[0], s[1], s[2], s[3], s[4], s[5], s[6], s[7], s[8], s[9], s[10], s[11], s[12], s[13],
-       s[14], s[15]);
+  LOGE(
+      "get_call_end_radio_state : response, data: "
+      "0x%02X%02X%02X%02X%02X%02X%02X%02X%02X%02X%02X%02X%02X%02X%02X%02X",
+      s[0], s[1], s[2], s[3], s[4], s[5], s[6], s[7], s[8], s[9], s[10], s[11], s[12], s[13], s[14],
+      s[15]);
 }
 
 // The modem's first data byte gives way to the status; the state follows it.
@@ -40,9 +39,9 @@ void send_state(const uint8_t* request, const utils_resp_msg_v01& response) {
 int handleCallEndRadioState(const uint8_t* request, uint32_t) {
   utils_req_msg_v01 message = {kUtilityCallEndRadioState, 1, {request[kGenericPayload]}};
   utils_resp_msg_v01 response = {};
-  LOGE(RADIO_STATE "sending qorext util request");
+  LOGE("get_call_end_radio_state : sending qorext util request");
   int rc = qorext_exchange(kUtilityMessage, message, response);
-  LOGE(RADIO_STATE "sending request result is %d", rc);
+  LOGE("get_call_end_radio_state : sending request result is %d", rc);
 
   if (rc == 0) {
     send_state(request, response);
