@@ -9,15 +9,24 @@ using testing::Not;
 
 namespace {
 
+const std::string kTry = "qmi_qorext_sprint_client_init_with_type: Try (";
+
 class CarrierClients : public FakePhone {
  protected:
+  // The four lines of the trace that end this attempt.
+  std::vector<std::string> last_of_attempt(int number) const {
+    std::string end = "log: " + kTry + std::to_string(number) + ")";
+    for (size_t i = 3; i < trace.size(); ++i) {
+      if (trace[i].rfind(end, 0) == 0) return {&trace[i - 3], &trace[i] + 1};
+    }
+    return {};
+  }
+
   int open(int type) {
     static char nas[] = "nas";
     return qmi_qorext_sprint_client_init_with_type(nas, type);
   }
 };
-
-const std::string kTry = "qmi_qorext_sprint_client_init_with_type: Try (";
 
 TEST_F(CarrierClients, NasThenDmsAreOpened) {
   EXPECT_EQ(qmi_qorext_sprint_client_init(), 0);
@@ -102,9 +111,12 @@ TEST_F(CarrierClients, SignalledServiceIsPolledWithoutWaiting) {
 
 TEST_F(CarrierClients, UnknownServiceTypeFailsFiveTimes) {
   EXPECT_EQ(open(3), -1);
+  EXPECT_THAT(last_of_attempt(1), ElementsAre("log: sprint_client_init: Unknown",
+                                              "log: sprint_client_init: qmi_client_init failed. "
+                                              "rc = -1\n",
+                                              "call release notifier",
+                                              "log: " + kTry + "1): Client init fail. rc = -1\n"));
   EXPECT_THAT(logs(), Contains("sprint_client_init: Unknown").Times(5));
-  EXPECT_THAT(logs(), Contains("sprint_client_init: qmi_client_init failed. rc = -1\n").Times(5));
-  EXPECT_THAT(trace, Contains("call release notifier").Times(5));
   EXPECT_THAT(trace, Not(Contains("call client_init nas")));
 }
 
@@ -120,6 +132,26 @@ TEST_F(CarrierClients, ListTakesAsManyRecordsAsThereIsRoomFor) {
   service_lists = {{0, 17}};
   open(kNasService);
   EXPECT_THAT(entry_counts, ElementsAre(16u));
+  EXPECT_THAT(opened_records, ElementsAre(1u)) << "the first record is the one used";
+}
+
+TEST_F(CarrierClients, FailedListAfterGoodPollsEndsTheAttempt) {
+  service_lists = {{0, 1}, {-3, 1}};
+  EXPECT_EQ(open(kNasService), -3);
+  EXPECT_THAT(
+      last_of_attempt(1),
+      ElementsAre("call get_service_list nas list",
+                  "log: sprint_client_init: qmi_client_get_service_list() returned -3 "
+                  "num_entries = 1 num_services = 1\n",
+                  "call release notifier", "log: " + kTry + "1): Client init fail. rc = -3\n"));
+  EXPECT_THAT(logs(), Not(Contains("sprint_client_init: NAS")));
+}
+
+TEST_F(CarrierClients, InstancesAreListedWhateverThePollsGave) {
+  service_lists = {{-2, 3}, {-2, 3}, {-2, 3}, {-2, 3}, {-2, 3}, {0, 3}};
+  EXPECT_EQ(open(kNasService), 0);
+  EXPECT_EQ(deadlines.size(), 5u);
+  EXPECT_THAT(entry_counts, ElementsAre(3u));
 }
 
 TEST_F(CarrierClients, EachSendGoesToItsOwnClient) {
@@ -138,19 +170,45 @@ TEST_F(CarrierClients, EachSendGoesToItsOwnClient) {
   EXPECT_EQ(exchanges[1].timeout_ms, 15000u);
 }
 
-// Handles are never closed again, so this needs a process of its own.
-TEST_F(CarrierClients, SendBeforeTheClientsAreOpenIsRefused) {
-  GTEST_FLAG_SET(death_test_style, "threadsafe");
-  auto refused = [] {
+// Handles are never closed again, so what follows needs a process of its own.
+class CarrierHandles : public CarrierClients {
+ protected:
+  CarrierHandles() { GTEST_FLAG_SET(death_test_style, "threadsafe"); }
+
+  // Opens the clients with these results, sends to both and prints what came of it.
+  void open_and_send(std::deque<int> results) {
+    if (!results.empty()) {
+      init_results = results;
+      qmi_qorext_sprint_client_init();
+    }
+    trace.clear();
     uint8_t response[8] = {};
     int nas = qmi_qorext_sprint_nas_send_msg_sync(0x24, nullptr, 0, response, 8);
     int dms = qmi_qorext_sprint_dms_send_msg_sync(0x3B, nullptr, 0, response, 8);
-    for (const std::string& line : phone().trace) fprintf(stderr, "%s\n", line.c_str());
-    _exit(nas == -1 && dms == -1 ? 0 : 1);
-  };
-  EXPECT_EXIT(refused(), testing::ExitedWithCode(0),
-              "log: qmi_qorext_sprint_nas_send_msg_sync: Handler not initialized!\n"
-              "log: qmi_qorext_sprint_dms_send_msg_sync: Handler not initialized!\n");
+    for (const std::string& line : trace) fprintf(stderr, "%s\n", line.c_str());
+    fprintf(stderr, "nas %d dms %d\n", nas, dms);
+    _exit(0);
+  }
+};
+
+const std::string kNasRefused =
+    "log: qmi_qorext_sprint_nas_send_msg_sync: Handler not initialized!\n";
+const std::string kDmsRefused =
+    "log: qmi_qorext_sprint_dms_send_msg_sync: Handler not initialized!\n";
+
+TEST_F(CarrierHandles, SendBeforeTheClientsAreOpenIsRefused) {
+  EXPECT_EXIT(open_and_send({}), testing::ExitedWithCode(0),
+              kNasRefused + kDmsRefused + "nas -1 dms -1");
+}
+
+TEST_F(CarrierHandles, FailedNasLeavesBothClientsClosed) {
+  EXPECT_EXIT(open_and_send({-5}), testing::ExitedWithCode(0),
+              kNasRefused + kDmsRefused + "nas -1 dms -1");
+}
+
+TEST_F(CarrierHandles, FailedDmsLeavesTheNasClientOpen) {
+  EXPECT_EXIT(open_and_send({0, -5}), testing::ExitedWithCode(0),
+              "send nas 0x24\n" + kDmsRefused + "nas 0 dms -1");
 }
 
 }  // namespace

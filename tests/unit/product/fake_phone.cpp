@@ -6,6 +6,7 @@
 #include <sys/time.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cstdarg>
 #include <cstring>
 
@@ -50,6 +51,11 @@ char g_notifier[] = "notifier";
 qmi_idl_service_object_type service_object(char* name, int major, int minor, int tool) {
   record("call %s_get_service_object %d %d %d", name, major, minor, tool);
   return phone().has_service_objects ? name : nullptr;
+}
+
+[[noreturn]] void exit_with_trace() {
+  for (const std::string& line : phone().trace) fprintf(stderr, "%s\n", line.c_str());
+  _exit(0);
 }
 
 }  // namespace
@@ -120,6 +126,7 @@ int __android_log_print(int priority, const char* tag, const char* text, ...) {
   EXPECT_STREQ(tag, "RIL-QOREXT");
   EXPECT_TRUE(priority == ANDROID_LOG_ERROR || priority == ANDROID_LOG_DEBUG) << priority;
   phone().trace.push_back((priority == ANDROID_LOG_DEBUG ? "debug: " : "log: ") + line);
+  if (phone().trace.size() == phone().exit_after_lines) exit_with_trace();
   return 1;
 }
 
@@ -152,6 +159,7 @@ int qmi_client_notifier_init(qmi_idl_service_object_type service, qmi_client_os_
   int result = next(phone().notifier_results);
   if (result != 0) return result;
   *signal = {};
+  phone().signal = signal;
   signal->clock = phone().clock;
   pthread_mutex_init(&signal->mutex, nullptr);
   pthread_cond_init(&signal->cond, nullptr);
@@ -244,6 +252,7 @@ ssize_t __wrap_write(int fd, const void* buffer, size_t size) {
     errno = phone().write_errno;
     return -1;
   }
+  size = std::min(size, phone().write_limit.value_or(size));
   auto* bytes = static_cast<const uint8_t*>(buffer);
   phone().trace.push_back((fd == kReplyFd ? "reply: " : "unsol: ") + hex({bytes, size}));
   return static_cast<ssize_t>(size);
@@ -277,11 +286,11 @@ int __wrap_gettimeofday(timeval* now, void*) {
 int __wrap_pthread_cond_timedwait(pthread_cond_t* cond, pthread_mutex_t* mutex,
                                   const timespec* deadline) {
   EXPECT_EQ(pthread_mutex_trylock(mutex), EBUSY) << "waits without holding the mutex";
+  EXPECT_EQ(cond, &phone().signal->cond);
   phone().deadlines.push_back(*deadline);
-  if (!phone().signal_on_wait) return ETIMEDOUT;
-  auto* signal = reinterpret_cast<qmi_client_os_params*>(reinterpret_cast<char*>(cond) -
-                                                         offsetof(qmi_client_os_params, cond));
-  signal->sig_set = 1;
+  phone().timed_out_in_waits.push_back(phone().signal->timed_out);
+  if (!phone().signal_on_wait) return next(phone().wait_results);
+  phone().signal->sig_set = 1;
   return 0;
 }
 

@@ -6,6 +6,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <cerrno>
 #include <deque>
 #include <functional>
 #include <map>
@@ -67,14 +68,19 @@ class FakePhone : public testing::Test {
   bool has_service_objects = true;
   uint32_t clock = 1;
   bool signal_on_wait = false;
+  std::deque<int> wait_results{ETIMEDOUT};   // of pthread_cond_timedwait
+  qmi_client_os_params* signal = nullptr;    // as handed to the last notifier
+  std::vector<uint32_t> timed_out_in_waits;  // the signal's flag at each wait
   std::vector<unsigned int> entry_counts;    // as handed to qmi_client_get_service_list
   std::vector<unsigned int> opened_records;  // list positions from 1, as handed to qmi_client_init
   qmi_client_ind_cb indication_callback = nullptr;
 
   std::deque<PipeStep> pipe;
-  int write_errno = 0;         // non-zero: every frame write fails with it
-  int allocations_left = -1;   // calloc fails once this many have been made; -1: never
-  timespec fake_now{1000, 0};  // what both clocks tell
+  int write_errno = 0;                // non-zero: every frame write fails with it
+  std::optional<size_t> write_limit;  // the most bytes that one frame write takes
+  size_t exit_after_lines = 0;  // non-zero: prints the trace and exits when it has so many lines
+  int allocations_left = -1;    // calloc fails once this many have been made; -1: never
+  timespec fake_now{1000, 0};   // what both clocks tell
   std::vector<timespec> deadlines;
 
   // Bytes for the next responses to this message, whatever the service; QMI success without them.

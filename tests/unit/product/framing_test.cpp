@@ -2,7 +2,6 @@
 
 #include "fake_phone.h"
 #include "host/hex.h"
-#include "host/log.h"
 #include "host/parent.h"
 #include "requests.h"
 
@@ -40,6 +39,7 @@ TEST_F(Framing, GenericRequestIsToldByItsTypeByte) {
 TEST_F(Framing, FirstByteOfThreeOrMoreIsNotIdentified) {
   EXPECT_EQ(classify(from_hex("03050019 00000000")), kUnclassified);
   EXPECT_EQ(classify(from_hex("FF050019 00000000")), kUnclassified);
+  EXPECT_EQ(type_, 99u) << "nothing is stored";
   std::string line = "getOemHook: UNABLE TO IDENTIFY OEM_HOOK REQUEST!";
   EXPECT_THAT(logs(), ElementsAre(line, line));
 }
@@ -56,7 +56,9 @@ TEST_F(Framing, GenericIdOfTwoIsTakenAsCdma) {
 
 TEST_F(Framing, SevenBytesAndNoBufferAreRefused) {
   EXPECT_EQ(classify(from_hex("16000002 000000")), kUnclassified);
+  EXPECT_EQ(type_, 99u) << "nothing is stored";
   EXPECT_EQ(getOemHook(nullptr, 8, &type_), kUnclassified);
+  EXPECT_EQ(type_, 99u) << "nothing is stored";
   std::string line = "getOemHook: NULL DATA or check size";
   EXPECT_THAT(logs(), ElementsAre(line, line));
 }
@@ -81,6 +83,11 @@ TEST_F(Framing, GenericHeaderParserRefusesWhatItCannotUse) {
               ElementsAre("Oem gen header null", "ParOemGen INVALID DATA LEN OR NULL POINTER",
                           "ParOemGen INVALID DATA LEN OR NULL POINTER"));
   EXPECT_EQ(header.msgId, 0u);
+}
+
+TEST_F(Framing, MissingHeaderIsToldBeforeAMissingBuffer) {
+  EXPECT_EQ(ParOemGen(nullptr, 0, nullptr), 0);
+  EXPECT_THAT(logs(), ElementsAre("Oem gen header null"));
 }
 
 TEST_F(Framing, LogShowsTheByteSwappedGenericIdWithItsSign) {
@@ -153,6 +160,25 @@ TEST_F(Framing, FailedWriteIsLoggedWithErrno) {
   EXPECT_EQ(writeUnsolToParent("cd", 2), 0);
   EXPECT_THAT(trace,
               ElementsAre("log: Write to parent failed 32", "log: Write to parent failed 32"));
+}
+
+TEST_F(Framing, ShortWriteIsNeitherRepeatedNorReported) {
+  write_limit = 1;
+  EXPECT_EQ(writeToParent("ab", 2), 1);
+  EXPECT_THAT(trace, ElementsAre("reply: 61"));
+}
+
+// The descriptors are set once and for all, so this needs a process of its own.
+TEST_F(Framing, WritersFailBeforeTheirPipesAreKnown) {
+  GTEST_FLAG_SET(death_test_style, "threadsafe");
+  auto write_early = [this] {
+    set_parent_pipes(-1, -1);
+    exit_after_lines = 2;
+    writeToParent("ab", 2);
+    writeUnsolToParent("cd", 2);
+  };
+  EXPECT_EXIT(write_early(), testing::ExitedWithCode(0),
+              "log: Write to parent failed 9\nlog: Write to parent failed 9\n");
 }
 
 TEST_F(Framing, HexDumpOf1024BytesShowsThemAll) {

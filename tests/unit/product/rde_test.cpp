@@ -5,7 +5,6 @@
 #include "vendor/vendor_client.h"
 
 using testing::ElementsAre;
-using testing::IsEmpty;
 
 namespace {
 
@@ -87,6 +86,25 @@ TEST_F(Rde, ItemThatDoesNotFitIsASuccessWithNothingCopied) {
   EXPECT_EQ(hex(output), "000000000000");
   EXPECT_EQ(length, 99u);
   EXPECT_EQ(trace.back(), "log: Input buffer is NULL or too small! max_len(5).");
+}
+
+TEST_F(Rde, LengthIsComparedUnsigned) {
+  answer(8, item(0xFFFFFFFF, Bytes(512, 0x5A), 512));
+  uint8_t output[6] = {};
+  uint32_t length = 99;
+  EXPECT_EQ(read(output, 5, &length), 0u);
+  EXPECT_EQ(hex(output), "000000000000");
+  EXPECT_EQ(length, 99u);
+  EXPECT_EQ(trace.back(), "log: Input buffer is NULL or too small! max_len(5).");
+}
+
+TEST_F(Rde, AddressesAreLoggedWithTheirSigns) {
+  EXPECT_EQ(qor_qmi_sprint_rde_write(-1, -2, -3, 0, ""), 0u);
+  EXPECT_EQ(logs().front(), "NV Write with RDE index -1, record number -2, offset -3.");
+  EXPECT_EQ(logs().back(), "NV Write success for element 4294967295");
+  trace.clear();
+  EXPECT_EQ(qor_qmi_sprint_rde_read(-1, -2, -3, nullptr, 0, nullptr), 0u);
+  EXPECT_EQ(logs().front(), "NV Read with RDE index (-1), recordNum(-2), offset(-3).");
 }
 
 TEST_F(Rde, ReadWithoutABufferIsASuccess) {

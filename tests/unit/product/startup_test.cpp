@@ -3,7 +3,6 @@
 
 using testing::Contains;
 using testing::ElementsAre;
-using testing::IsEmpty;
 using testing::Not;
 
 int qorext_client_main(int argc, char** argv);
@@ -62,6 +61,12 @@ TEST_F(StartUp, ArgumentsAreDecimalAndLogged) {
   start_normally("7");
   EXPECT_EQ(qor_ext_instance_id, 7u);
   EXPECT_EQ(logs()[1], "readfd=600, writefd=601, writeunsolfd=602 qor_ext_instance_id=7");
+}
+
+TEST_F(StartUp, ArgumentsAreTakenAsFarAsTheyAreNumbers) {
+  pipe = {{}};
+  start({"0600", "601x", " 602", "-1"});
+  EXPECT_EQ(logs()[1], "readfd=600, writefd=601, writeunsolfd=602 qor_ext_instance_id=-1");
 }
 
 TEST_F(StartUp, CarrierClientsComeBeforeTheVendorClient) {

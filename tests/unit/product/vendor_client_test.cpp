@@ -64,9 +64,13 @@ TEST_F(VendorClient, GivesUpAfter500AttemptsOfOneSecond) {
 TEST_F(VendorClient, EachFailedAttemptLogsItsResultAndWaits) {
   service_lists = {{-2, 0}, {0, 1}};
   EXPECT_EQ(qmi_qorext_hook_client_init(), 0);
-  EXPECT_THAT(logs(), testing::IsSupersetOf(
-                          {kInit + ": qmi_client_get_service_list() returned -2 num_services = 0\n",
-                           kInit + ": wait for server to come up.\n"}));
+  std::vector<std::string> attempt(trace.begin() + 4, trace.begin() + 9);
+  EXPECT_THAT(attempt, ElementsAre("call get_service_list vendor",
+                                   "log: " + kInit +
+                                       ": qmi_client_get_service_list() returned -2 num_services = "
+                                       "0\n",
+                                   "log: " + kInit + ": wait for server to come up.\n",
+                                   "call clock_gettime 1", "call get_service_list vendor"));
   EXPECT_EQ(waits(), 1u);
 }
 
@@ -76,6 +80,27 @@ TEST_F(VendorClient, OnceSignalledLaterAttemptsPollWithoutWaiting) {
   EXPECT_EQ(qmi_qorext_hook_client_init(), -1);
   EXPECT_EQ(waits(), 1u);
   EXPECT_THAT(logs(), Contains(kInit + ": wait for server to come up.\n").Times(500));
+}
+
+TEST_F(VendorClient, WaitGoesOnUntilItsOneDeadline) {
+  service_lists = {{-2, 0}, {0, 1}};
+  wait_results = {0, EINVAL, ETIMEDOUT};
+  EXPECT_EQ(qmi_qorext_hook_client_init(), 0);
+  ASSERT_EQ(waits(), 3u);
+  for (const timespec& deadline : deadlines) EXPECT_EQ(deadline.tv_sec, 1001);
+  EXPECT_THAT(logs(), Contains(kInit + ": wait for server to come up.\n").Times(1));
+}
+
+TEST_F(VendorClient, TimeoutFlagTellsHowTheLastWaitEnded) {
+  service_lists = {{-2, 0}, {-2, 0}, {0, 1}};
+  EXPECT_EQ(qmi_qorext_hook_client_init(), 0);
+  EXPECT_THAT(timed_out_in_waits, ElementsAre(0u, 0u)) << "cleared before each wait";
+  EXPECT_EQ(signal->timed_out, 1u);
+
+  service_lists = {{-2, 0}, {0, 1}};
+  signal_on_wait = true;
+  EXPECT_EQ(qmi_qorext_hook_client_init(), 0);
+  EXPECT_EQ(signal->timed_out, 0u);
 }
 
 TEST_F(VendorClient, ServiceOfNoInstancesIsReadyWhenTheCallSucceeds) {
@@ -129,13 +154,18 @@ TEST_F(VendorClient, DeadlineIsWallClockOtherwise) {
   EXPECT_EQ(deadlines[0].tv_nsec, 999999000);
 }
 
-TEST_F(VendorClient, NanosecondsBeyondASecondAreCarried) {
-  service_lists = {{-2, 0}, {-2, 0}, {0, 1}};
-  fake_now = {1000, 1000000003};
+TEST_F(VendorClient, NanosecondsOfASecondOrMoreAreCarried) {
+  service_lists = {{-2, 0}, {0, 1}};
+  fake_now = {1000, 1000000000};
+  qmi_qorext_hook_client_init();
+  service_lists = {{-2, 0}, {0, 1}};
+  fake_now = {1000, 999999999};
   qmi_qorext_hook_client_init();
   ASSERT_EQ(waits(), 2u);
   EXPECT_EQ(deadlines[0].tv_sec, 1002);
-  EXPECT_EQ(deadlines[0].tv_nsec, 3);
+  EXPECT_EQ(deadlines[0].tv_nsec, 0);
+  EXPECT_EQ(deadlines[1].tv_sec, 1001);
+  EXPECT_EQ(deadlines[1].tv_nsec, 999999999);
 }
 
 TEST_F(VendorClient, FailedListNamesClientInitAndReleasesTheNotifier) {
@@ -176,18 +206,6 @@ TEST_F(VendorClient, SendPassesEverythingOnWithFifteenSeconds) {
   EXPECT_EQ(exchanges[0].request, Bytes{0xFF});
   EXPECT_EQ(exchanges[0].response_length, 3u);
   EXPECT_EQ(exchanges[0].timeout_ms, 15000u);
-}
-
-TEST_F(VendorClient, IndicationIsLoggedAndHandedToTheIntake) {
-  qmi_qorext_hook_client_init();
-  ASSERT_NE(indication_callback, nullptr);
-  trace.clear();
-  uint8_t buffer[4] = {};
-  indication_callback(nullptr, 0x99, buffer, sizeof buffer, nullptr);
-  EXPECT_THAT(logs(), ElementsAre("qmi_qorext_hook_ind_cb: msg_id=0x99 buf_len=4 cb_data=(nil)\n",
-                                  "Handling unsol msg 153",
-                                  "Unsol resp 0x99 not supported by Sprint handler.",
-                                  "Unsupported Indicator message 153"));
 }
 
 }  // namespace
