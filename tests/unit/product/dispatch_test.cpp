@@ -31,6 +31,19 @@ class Dispatch : public FakePhone {
     EXPECT_EQ(exchanges[0].id, message) << std::hex << id;
     return load_le32(exchanges[0].request.data());
   }
+
+  // The same for a request that the carrier serves: it reaches the fallback when the carrier has no
+  // memory for its reply.
+  uint32_t fallback_rde_id_of(uint32_t id, unsigned int message, const Bytes& payload = Bytes(4)) {
+    exchanges.clear();
+    allocations_left = 0;
+    cdma(id, payload);
+    allocations_left = -1;
+    EXPECT_EQ(exchanges.size(), 2u) << std::hex << id;
+    if (exchanges.size() != 2) return 0;
+    EXPECT_EQ(exchanges[1].id, message) << std::hex << id;
+    return load_le32(exchanges[1].request.data());
+  }
 };
 
 TEST_F(Dispatch, UnknownGenericIdGetsTheErrorReply) {
@@ -40,11 +53,27 @@ TEST_F(Dispatch, UnknownGenericIdGetsTheErrorReply) {
 }
 
 TEST_F(Dispatch, UnknownCdmaIdGetsStatusSix) {
-  cdma(0x02000011);
+  cdma(0x02000099);
   EXPECT_THAT(trace, ElementsAre("log: qorext_hook_sprint_handler: ENTER ",
-                                 "log: qorext_hook_sprint_handler: Unexpected MSG ID: 33554449",
-                                 "log: 0x2000011 not supported by Sprint handler.",
-                                 "log: 0x2000011 not supported", "reply: " + reply(0x02000011, 6)));
+                                 "log: qorext_hook_sprint_handler: Unexpected MSG ID: 33554585",
+                                 "log: 0x2000099 not supported by Sprint handler.",
+                                 "log: 0x2000099 not supported", "reply: " + reply(0x02000099, 6)));
+}
+
+TEST_F(Dispatch, IdThatTheCarrierCannotAnswerGetsStatusSix) {
+  allocations_left = 0;
+  cdma(0x02000011);
+  EXPECT_THAT(replies(), ElementsAre(reply(0x02000011, 6)));
+  ASSERT_GE(trace.size(), 3u);
+  EXPECT_EQ(trace[trace.size() - 3], "log: 0x2000011 not supported by Sprint handler.");
+  EXPECT_EQ(trace[trace.size() - 2], "log: 0x2000011 not supported");
+}
+
+TEST_F(Dispatch, IdThatTheCarrierServesNeverReachesTheFallback) {
+  cdma(0x02000016, Bytes(16));
+  EXPECT_EQ(exchanges.size(), 1u);
+  EXPECT_EQ(replies().size(), 1u);
+  EXPECT_EQ(trace.back(), "log: 0x2000016 is handled by Sprint handler.");
 }
 
 TEST_F(Dispatch, NeighbourOfAReadIdIsNotItsWriteId) {
@@ -54,8 +83,8 @@ TEST_F(Dispatch, NeighbourOfAReadIdIsNotItsWriteId) {
 }
 
 TEST_F(Dispatch, EveryFixedReadAsksForItsItem) {
-  EXPECT_EQ(rde_id_of(0x02000007, 8), 28u);
-  EXPECT_EQ(rde_id_of(0x0200000A, 8), 32u);
+  EXPECT_EQ(fallback_rde_id_of(0x02000007, 8), 28u);
+  EXPECT_EQ(fallback_rde_id_of(0x0200000A, 8), 32u);
   EXPECT_EQ(rde_id_of(0x02000017, 8), 38u);
   EXPECT_EQ(rde_id_of(0x02000019, 8), 39u);
   EXPECT_EQ(rde_id_of(0x0200000D, 8), 10003u);
@@ -71,13 +100,9 @@ TEST_F(Dispatch, EveryFixedWriteGoesToItsItem) {
 }
 
 TEST_F(Dispatch, GeneralRequestsTakeTheItemFromThePayload) {
-  cdma(0x02000016, le32(4711) + le32(1) + le32(2) + le32(3));
-  cdma(0x02000015, le32(4712) + le32(1) + le32(2) + le32(1) + Bytes{0x55});
-  ASSERT_EQ(exchanges.size(), 2u);
-  EXPECT_EQ(exchanges[0].id, 8u);
-  EXPECT_EQ(load_le32(exchanges[0].request.data()), 4711u);
-  EXPECT_EQ(exchanges[1].id, 9u);
-  EXPECT_EQ(load_le32(exchanges[1].request.data()), 4712u);
+  Bytes address = le32(4711) + le32(1) + le32(2) + le32(1);
+  EXPECT_EQ(fallback_rde_id_of(0x02000016, 8, address), 4711u);
+  EXPECT_EQ(fallback_rde_id_of(0x02000015, 9, address + Bytes{0x55}), 4711u);
 }
 
 TEST_F(Dispatch, NullCdmaRequestCountsAsServed) {

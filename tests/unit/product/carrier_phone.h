@@ -1,0 +1,149 @@
+// A phone with its modem clients open, for tests of what the carrier asks for.
+#pragma once
+
+#include <concepts>
+#include <set>
+
+#include "carrier/carrier_handler.h"
+#include "carrier_modem/carrier_clients.h"
+#include "fake_phone.h"
+#include "host/dispatch.h"
+#include "host/parent.h"
+#include "requests.h"
+#include "vendor/vendor_client.h"
+
+using Lines = std::vector<std::string>;
+
+inline Lines operator+(Lines left, const Lines& right) {
+  left.insert(left.end(), right.begin(), right.end());
+  return left;
+}
+
+// The row of a table of cases, which its test is named by.
+struct NamedRow {
+  const char* name;
+};
+
+template <std::derived_from<NamedRow> Row>
+void PrintTo(const Row& row, std::ostream* out) {
+  *out << row.name;
+}
+
+inline constexpr auto kNameOfRow = [](const auto& row) { return std::string(row.param.name); };
+
+// A line that ends in a number.
+inline Lines numbered_line(const std::string& text, uint32_t number, const char* end = " ") {
+  return {"log: " + text + std::to_string(static_cast<int32_t>(number)) + end};
+}
+
+// The modem's refusal in a message whose result word is zero for success.
+inline const Bytes kRefusal = le32(1) + le32(16);
+
+class CarrierPhone : public FakePhone {
+ protected:
+  CarrierPhone() {
+    set_parent_pipes(kReplyFd, kUnsolicitedFd);
+    qmi_qorext_sprint_client_init();
+    qmi_qorext_hook_client_init();
+    trace.clear();
+    modem = [this, by_message = modem](const Exchange& exchange, std::span<uint8_t> response) {
+      Bytes item = answer_of_item(exchange);
+      if (item.empty()) return by_message(exchange, response);
+      std::copy(item.begin(), item.end(), response.begin());
+      return 0;
+    };
+  }
+
+  // The modem's items by RDE id; those not there are answered like any other message.
+  std::map<uint32_t, Bytes> items;
+  std::set<uint32_t> unreadable;
+  std::set<uint32_t> unwritable;
+
+  static uint32_t offer(Request request) {
+    return qorext_hook_sprint_handler(request.data(), 0xFFFFFFFF);
+  }
+
+  static void dispatch(Request request) { dispatch_cdma(request.data(), cdma_id(request.data())); }
+
+  // The items written, in order.
+  struct Write {
+    uint32_t item;
+    std::string data;
+    bool operator==(const Write&) const = default;
+    friend std::ostream& operator<<(std::ostream& out, const Write& write) {
+      return out << write.item << " " << write.data;
+    }
+  };
+  std::vector<Write> writes() const {
+    std::vector<Write> found;
+    for (const Exchange& exchange : exchanges) {
+      if (exchange.id != 9) continue;
+      const uint8_t* request = exchange.request.data();
+      found.push_back({load_le32(request), hex({request + 20, load_le32(request + 12)})});
+    }
+    return found;
+  }
+
+ private:
+  Bytes answer_of_item(const Exchange& exchange) const {
+    if (exchange.service != "vendor" || (exchange.id != 8 && exchange.id != 9)) return {};
+    uint32_t id = load_le32(exchange.request.data());
+    if ((exchange.id == 8 ? unreadable : unwritable).contains(id)) return kRefusal;
+    auto item = items.find(id);
+    if (exchange.id == 9 || item == items.end()) return {};
+    return read_answer(id, static_cast<uint32_t>(item->second.size()), item->second);
+  }
+};
+
+// What the trace shows of an element read and write that succeed.
+inline Lines read_lines(uint32_t item, const Bytes& data, uint32_t record = 0,
+                        uint32_t offset = 0) {
+  std::string size = std::to_string(data.size());
+  return {"log: NV Read with RDE index (" + std::to_string(item) + "), recordNum(" +
+              std::to_string(record) + "), offset(" + std::to_string(offset) + ").",
+          "send vendor 0x8",
+          "log: NV Read " + std::to_string(item) + ", length " + size + ", data length " + size +
+              ", grde - " + hex(data)};
+}
+
+inline Lines write_lines(uint32_t item, const Bytes& data, uint32_t record = 0,
+                         uint32_t offset = 0) {
+  return {"log: NV Write with RDE index " + std::to_string(item) + ", record number " +
+              std::to_string(record) + ", offset " + std::to_string(offset) + ".",
+          "log: qor_qmi_sprint_rde_write: hexdump len " + std::to_string(data.size()) + "...",
+          "log: HexDump: Data " + hex(data), "send vendor 0x9",
+          "log: NV Write success for element " + std::to_string(item)};
+}
+
+// The same when the modem refuses.
+inline Lines failed_read_lines(uint32_t item) {
+  return {"log: NV Read with RDE index (" + std::to_string(item) + "), recordNum(0), offset(0).",
+          "send vendor 0x8", "log: NV Read fail - 0, result - 1, error - 16"};
+}
+
+inline Lines failed_write_lines(uint32_t item, const Bytes& data) {
+  Lines lines = write_lines(item, data);
+  lines.back() = "log: NV Write fail - 0, result - 1, error - 16";
+  return lines;
+}
+
+// What the trace shows of a carrier reply.
+inline Lines reply_lines(const std::string& frame) {
+  Bytes bytes = from_hex(frame);
+  uint32_t id = load_le32(bytes.data());
+  uint32_t length = load_le32(bytes.data() + 4);
+  const std::string kSend = "qorext_hook_sprint_send_response: ";
+  Lines lines = numbered_line(kSend + "ENTER FUNCTION ", id) +
+                numbered_line(kSend + "SEND RESPONSE TO APP LAYER Message ID ", id) +
+                numbered_line(kSend + "SEND RESPONSE TO APP LAYER Length ", length);
+  if (length > 0) lines.push_back("log: " + kSend + "BYTE ARRAY NOT NULL ");
+  return lines + numbered_line(kSend + "HEADER ID ", id) + Lines{"reply: " + frame};
+}
+
+// A reply in the request's own header, of which code and the two bytes behind it are kept.
+inline std::string own_header_reply(uint32_t id, uint32_t status, const std::string& code,
+                                    const Bytes& payload, const Bytes& data = {}) {
+  Bytes tail = data.empty() ? Bytes{payload.begin(), payload.begin() + 2} : data + Bytes(2);
+  return hex(le32(id) + le32(static_cast<uint32_t>(data.size())) + le32(status) + text(code) +
+             tail);
+}
