@@ -14,10 +14,10 @@ void handleSilentRebootResponse(const uint8_t* request, const utils_resp_msg_v01
   uint32_t size = std::min(response.length, kUtilityDataSize);
   LOGE("handleSilentRebootResponse >>");
   LOGE("handleSilentRebootResponse for id %x, resp len %d.", load_le32(request) >> 8, size);
+  LOGE("handleSilentRebootResponse resp size %d.", static_cast<int>(kGenericPayload + size));
+
   Frame reply = generic_reply(request, size);
   if (!reply) return;
-  LOGE("handleSilentRebootResponse resp size %d.", static_cast<int>(reply.size()));
-
   memcpy(reply.at(kGenericPayload), response.data, size);
   writeToParent(reply);
   LOGE("handleSilentRebootResponse , msgLen 0x%x, resp value %d.", size,
