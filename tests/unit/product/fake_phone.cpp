@@ -76,6 +76,18 @@ int FakePhone::run_modem(const Exchange& exchange, std::span<uint8_t> response) 
   return modem(exchange, response);
 }
 
+qmi_client_type FakePhone::vendor_client() { return g_vendor; }
+
+int FakePhone::run_decoder(unsigned int id, std::span<uint8_t> structure) {
+  bool is_zeroed =
+      std::all_of(structure.begin(), structure.end(), [](uint8_t b) { return b == 0; });
+  EXPECT_TRUE(is_zeroed) << "structure of indication " << id;
+  const Bytes& decoded = decoded_[id];
+  EXPECT_TRUE(decoded.empty() || decoded.size() == structure.size()) << structure.size();
+  std::copy_n(decoded.begin(), std::min(decoded.size(), structure.size()), structure.begin());
+  return decode_failures_[id];
+}
+
 std::vector<std::string> FakePhone::lines(const std::string& prefix) const {
   std::vector<std::string> found;
   for (const std::string& line : trace) {
@@ -204,6 +216,17 @@ int qmi_client_send_msg_sync(qmi_client_type client, unsigned int message_id, vo
   Exchange exchange{service, message_id, Bytes(from, from + request_length), response_length,
                     timeout_ms};
   return phone().run_modem(exchange, {to, response_length});
+}
+
+int qmi_client_message_decode(qmi_client_type client, qmi_idl_type_of_message_type type,
+                              unsigned int message_id, const void* buffer, unsigned int length,
+                              void* decoded, unsigned int decoded_length) {
+  record("call decode 0x%x", message_id);
+  EXPECT_EQ(client, FakePhone::vendor_client());
+  EXPECT_EQ(type, QMI_IDL_INDICATION);
+  EXPECT_EQ(buffer, phone().encoded.data());
+  EXPECT_EQ(length, phone().encoded.size());
+  return phone().run_decoder(message_id, {static_cast<uint8_t*>(decoded), decoded_length});
 }
 
 // System calls, through the linker's --wrap.

@@ -81,18 +81,29 @@ class FakePhone : public testing::Test {
   void answer(unsigned int id, const Bytes& response) { answers_[id] = response; }
   void fail_send(unsigned int id, int rc) { send_failures_[id] = rc; }
 
+  // What indications arrive with: the product must hand exactly these to the decoder.
+  static qmi_client_type vendor_client();
+  Bytes encoded = {0x01, 0x02, 0x00, 0xAB, 0xCD};
+  // The whole structure that indications of this id decode to, all zero without it; the decoder's
+  // result.
+  void decode_to(unsigned int id, const Bytes& structure) { decoded_[id] = structure; }
+  void fail_decode(unsigned int id, int rc) { decode_failures_[id] = rc; }
+
   // The trace's lines of one sort, without their prefix.
   std::vector<std::string> logs() const { return lines("log: "); }
   std::vector<std::string> replies() const { return lines("reply: "); }
   std::vector<std::string> unsolicited() const { return lines("unsol: "); }
 
   int run_modem(const Exchange& exchange, std::span<uint8_t> response);
+  int run_decoder(unsigned int id, std::span<uint8_t> structure);
 
  private:
   std::vector<std::string> lines(const std::string& prefix) const;
 
   std::map<unsigned int, Bytes> answers_;
   std::map<unsigned int, int> send_failures_;
+  std::map<unsigned int, Bytes> decoded_;
+  std::map<unsigned int, int> decode_failures_;
 };
 
 // The fixture of the test that is running.

@@ -11,19 +11,6 @@ using testing::IsEmpty;
 
 namespace {
 
-// The modem's answer to an element read.
-Bytes read_answer(uint32_t rde_id, uint32_t length, const Bytes& data, uint32_t result = 0,
-                  uint32_t error = 0) {
-  return le32(result) + le32(error) + le32(rde_id) + le32(7) + le32(8) + le32(length) +
-         le32(static_cast<uint32_t>(data.size())) + data;
-}
-
-Bytes numbered(size_t size) {
-  Bytes bytes(size);
-  for (size_t i = 0; i < size; ++i) bytes[i] = static_cast<uint8_t>(i + 1);
-  return bytes;
-}
-
 class NvAccess : public FakePhone {
  protected:
   NvAccess() {

@@ -72,6 +72,20 @@ inline Bytes text(const std::string& characters) {
   return Bytes(characters.begin(), characters.end());
 }
 
+// Distinct bytes: 1, 2, 3, ...
+inline Bytes numbered(size_t size) {
+  Bytes bytes(size);
+  for (size_t i = 0; i < size; ++i) bytes[i] = static_cast<uint8_t>(i + 1);
+  return bytes;
+}
+
+// The modem's answer to an element read; `length` is what it claims.
+inline Bytes read_answer(uint32_t rde_id, uint32_t length, const Bytes& data, uint32_t result = 0,
+                         uint32_t error = 0) {
+  return le32(result) + le32(error) + le32(rde_id) + le32(7) + le32(8) + le32(length) +
+         le32(static_cast<uint32_t>(data.size())) + data;
+}
+
 // A CDMA-hook reply as it must lie on the pipe.
 inline std::string reply(uint32_t id, uint32_t status, const Bytes& data = {}) {
   auto length = static_cast<uint32_t>(data.size());
