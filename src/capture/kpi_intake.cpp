@@ -22,6 +22,7 @@ constexpr uint32_t kKpiMessage = 0x04000401;
 constexpr uint32_t kForwardedSizeMask = 0xFF;  // a longer record is cut by its high byte; meant
 
 KpiReceiver g_receiver;
+KpiStore g_store;
 
 // Room for any size that a packet can state; what the packet does not hold stays zero.
 uint8_t g_packet[kKpiPayload + UINT16_MAX];
@@ -56,10 +57,10 @@ void vornIndHndlr(const uint8_t* packet, size_t length) {
       vorn_handle_kpi_data(parsed);
       break;
     case kKpiStore:
-      store_kpi_packet(g_receiver, parsed, 0);
+      store_kpi_packet(g_store, g_receiver, parsed, 0);
       break;
     case kKpiStoreWithoutHeader:
-      store_kpi_packet(g_receiver, parsed, kKpiHeaderSize);
+      store_kpi_packet(g_store, g_receiver, parsed, kKpiHeaderSize);
       break;
   }
 }

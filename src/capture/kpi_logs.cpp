@@ -24,12 +24,10 @@ constexpr size_t kChunkSize = 256;
 
 constexpr char kDropBoxTag[] = "modem_vorn";
 
-time_t g_handed_off = 0;
-
 // The size of the file, or -1 with errno.
 off_t size_of(const VornPath& path) {
   struct stat status;
-  return stat(phone_path(path), &status) == 0 ? status.st_size : -1;
+  return stat_file(path, status) ? status.st_size : -1;
 }
 
 void find_current_log(VornPath& log) {
@@ -40,20 +38,32 @@ void find_current_log(VornPath& log) {
   vorn_create_new_log(log);
 }
 
-bool is_rotation_due(off_t size, time_t now) {
-  if (g_handed_off == 0) {
-    g_handed_off = now;
-  } else if (difftime(now, g_handed_off) >= kRotationSeconds) {
+bool is_rotation_due(off_t size, time_t now, time_t& handed_off) {
+  if (handed_off == 0) {
+    handed_off = now;
+  } else if (difftime(now, handed_off) >= kRotationSeconds) {
     return true;
   }
   return size >= kRotationSize;
 }
 
-// An empty log is not handed off.
-void hand_off(const VornPath& log, time_t now) {
+void hand_off(const VornPath& log) {
   LOGE("vorn_update_current_log: send %s to dropbox.", log);
-  g_handed_off = now;
   if (!NativeDropBoxWriter::addText(kDropBoxTag, log)) LOGE("vorn: send to dropbox failed!.");
+}
+
+// Makes a new log the current one; the one before is handed off unless it is empty.
+bool rotate(VornPath& log, off_t& size, time_t now, time_t& handed_off) {
+  if (size > 0) {
+    handed_off = now;
+    hand_off(log);
+  }
+  if (vorn_create_new_log(log) != 0) {
+    LOGE("vorn_update_current_log: can't create new log.");
+    return false;
+  }
+  size = 0;
+  return true;
 }
 
 void give_to_readers(const VornPath& log) {
@@ -90,7 +100,7 @@ bool append(const VornPath& temporary, const VornPath& log, bool is_new) {
 
 }  // namespace
 
-void vorn_update_current_log(const VornPath& temporary) {
+void vorn_update_current_log(const VornPath& temporary, time_t& handed_off) {
   off_t added = size_of(temporary);
   if (added < 0) {
     LOGE("vorn_update_current_log: Unable to stat temp files, errno %d", errno);
@@ -105,14 +115,8 @@ void vorn_update_current_log(const VornPath& temporary) {
   }
 
   time_t now = time(nullptr);
-  if (is_rotation_due(size + added, now)) {
-    if (size > 0) hand_off(log, now);
-    if (vorn_create_new_log(log) != 0) {
-      LOGE("vorn_update_current_log: can't create new log.");
-      return;
-    }
-    size = 0;
-  }
+  bool is_due = is_rotation_due(size + added, now, handed_off);
+  if (is_due && !rotate(log, size, now, handed_off)) return;
   if (!append(temporary, log, size == 0)) return;
   LOGE("vorn_update_current_log: update %s succeed.", log);
   unlink(phone_path(temporary));

@@ -3,6 +3,7 @@
 #pragma once
 
 #include <stddef.h>
+#include <time.h>
 
 constexpr char kVornDirectory[] = "/data/vorn";
 constexpr char kVornSuffix[] = ".log";
@@ -10,5 +11,6 @@ constexpr char kVornSuffix[] = ".log";
 using VornPath = char[150];
 
 // Appends the finished temporary file to the current log, after a rotation when that is due by size
-// or age, and deletes it. On a failure, which is logged, it stays.
-void vorn_update_current_log(const VornPath& temporary);
+// or age, and deletes it. On a failure, which is logged, it stays. `handed_off` is when a log last
+// went to the DropBox; while it is 0 the age is not known and begins to be counted.
+void vorn_update_current_log(const VornPath& temporary, time_t& handed_off);

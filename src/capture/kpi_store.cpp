@@ -15,15 +15,13 @@ namespace {
 constexpr mode_t kDirectoryMode = 0750;
 constexpr mode_t kTemporaryMode = 0740;
 
-bool g_has_directory = false;
-
-bool make_directory() {
-  if (g_has_directory) return true;
+bool make_directory(KpiStore& store) {
+  if (store.has_directory) return true;
   if (mkdir(phone_path(kVornDirectory), kDirectoryMode) != 0 && errno != EEXIST) {
     LOGE("vornIndHndlr: create parent dir %s failed, rc %d", kVornDirectory, errno);
     return false;
   }
-  g_has_directory = true;
+  store.has_directory = true;
   return true;
 }
 
@@ -44,8 +42,9 @@ bool write_payload(const ScopedFd& file, const VornPath& path, const KpiPacket& 
 
 }  // namespace
 
-void store_kpi_packet(KpiReceiver& receiver, const KpiPacket& packet, uint32_t skip) {
-  if (!make_directory()) return;
+void store_kpi_packet(KpiStore& store, KpiReceiver& receiver, const KpiPacket& packet,
+                      uint32_t skip) {
+  if (!make_directory(store)) return;
 
   VornPath path;
   snprintf(path, sizeof path, "%s/~vorn%04d%s", kVornDirectory, packet.package_id, kVornSuffix);
@@ -54,5 +53,5 @@ void store_kpi_packet(KpiReceiver& receiver, const KpiPacket& packet, uint32_t s
 
   LOGE("vornIndHndlr: received the last pkg of %d", packet.package_id);
   receiver.reset();
-  vorn_update_current_log(path);
+  vorn_update_current_log(path, store.handed_off);
 }

@@ -3,10 +3,17 @@
 #pragma once
 
 #include <stdint.h>
+#include <time.h>
 
 #include "capture/kpi_packets.h"
+
+struct KpiStore {
+  bool has_directory = false;
+  time_t handed_off = 0;  // when a log last went to the DropBox; see vorn_update_current_log
+};
 
 // Writes the payload behind its first `skip` bytes to the package's temporary file. After the last
 // packet the receiver is reset and the file merged into the current log. Failures are logged and
 // drop the packet.
-void store_kpi_packet(KpiReceiver& receiver, const KpiPacket& packet, uint32_t skip);
+void store_kpi_packet(KpiStore& store, KpiReceiver& receiver, const KpiPacket& packet,
+                      uint32_t skip);

@@ -25,7 +25,7 @@ constexpr char kNewLink[] = "/data/vorn/.new";
 
 bool exists(const VornPath& path) {
   struct stat status;
-  return path[0] != '\0' && stat(phone_path(path), &status) == 0;
+  return stat_file(path, status);
 }
 
 void index_name(int index, VornPath& name) {
@@ -54,6 +54,12 @@ void dated_name(VornPath& name) {
            fields.tm_sec, kVornSuffix);
 }
 
+bool create_empty(const VornPath& log) {
+  ScopedFd file(open(phone_path(log), O_RDWR | O_CREAT | O_TRUNC | O_CLOEXEC, kLogMode));
+  if (!file) LOGE("vorn_create_new_log: create new log %s failed, errno %d", log, errno);
+  return static_cast<bool>(file);
+}
+
 bool is_kept(const VornPath& path, int index) {
   VornPath target;
   return vorn_get_filename(index, target) == 0 && strcmp(path, target) == 0;
@@ -62,7 +68,7 @@ bool is_kept(const VornPath& path, int index) {
 void delete_if_stale(const VornPath& path, time_t now) {
   if (is_kept(path, kCurrentIndex) || is_kept(path, kPreviousIndex)) return;
   struct stat status;
-  if (stat(phone_path(path), &status) != 0) return;
+  if (!stat_file(path, status)) return;
   if (fabs(difftime(now, status.st_mtime)) < kStaleSeconds) return;
   LOGE("vorn_clean_dir: unexpected %s", path);
   unlink(phone_path(path));
@@ -88,6 +94,12 @@ bool for_each_entry(char spared, Act act) {
 
 }  // namespace
 
+bool stat_file(const VornPath& path, struct stat& status) {
+  if (path[0] != '\0') return stat(phone_path(path), &status) == 0;
+  errno = ENOENT;
+  return false;
+}
+
 int vorn_get_filename(int index, VornPath& target) {
   VornPath link;
   index_name(index, link);
@@ -102,11 +114,7 @@ int vorn_get_filename(int index, VornPath& target) {
 int vorn_create_new_log(VornPath& name) {
   VornPath created;
   dated_name(created);
-  ScopedFd file(open(phone_path(created), O_RDWR | O_CREAT | O_TRUNC | O_CLOEXEC, kLogMode));
-  if (!file) {
-    LOGE("vorn_create_new_log: create new log %s failed, errno %d", created, errno);
-    return -1;
-  }
+  if (!create_empty(created)) return -1;
   memcpy(name, created, sizeof name);
   LOGE("vorn_create_new_log: create new %s.", created);
 

@@ -1,0 +1,266 @@
+#include "capture/kpi_store.h"
+
+#include "capture/kpi_logs.h"
+#include "vorn_phone.h"
+
+using testing::ElementsAre;
+using testing::ElementsAreArray;
+using testing::IsEmpty;
+using testing::UnorderedElementsAre;
+
+namespace {
+
+// Packages on their way to the current log.
+class KpiStoreTest : public VornPhone {
+ protected:
+  KpiStoreTest() : log(log_name(now)) {}
+
+  // A store that has a current log with this text.
+  void begin(const std::string& text) const { put_log(kCurrent, log, text); }
+
+  std::string log;  // one that is made now
+};
+
+TEST_F(KpiStoreTest, FirstPacketMakesTheDirectory) {
+  store(1, "x");
+  EXPECT_EQ(mode(kVorn), 0750u);
+  EXPECT_EQ(mode(kTemporary), 0740u);
+  EXPECT_EQ(content(kTemporary), "x");
+  EXPECT_THAT(trace, IsEmpty());
+}
+
+TEST_F(KpiStoreTest, DirectoryThatIsThereIsTakenAsItIs) {
+  make_folder(kVorn);
+  std::filesystem::permissions(at(kVorn), std::filesystem::perms(0700));
+  store(1, "x");
+  EXPECT_EQ(mode(kVorn), 0700u);
+  EXPECT_EQ(content(kTemporary), "x");
+}
+
+TEST_F(KpiStoreTest, DirectoryThatCannotBeMadeDropsThePacketAndIsTriedAgain) {
+  std::filesystem::remove(at("/data"));
+  receiver = {7, 2};
+  store(1, "x", true);
+  EXPECT_THAT(trace, ElementsAre("log: vornIndHndlr: create parent dir /data/vorn failed, rc 2"));
+  EXPECT_EQ(receiver.package_id, 7);
+  make_folder("/data");
+  trace.clear();
+  store(2, "y");
+  EXPECT_THAT(trace, IsEmpty());
+  EXPECT_EQ(content(kTemporary), "y");
+}
+
+TEST_F(KpiStoreTest, DirectoryIsMadeOnlyOnce) {
+  store(1, "x");
+  std::filesystem::remove_all(at(kVorn));
+  store(2, "y");
+  EXPECT_THAT(trace, ElementsAre("log: vornIndHndlr: Unable to open " + kTemporary + ", errno 2"));
+  EXPECT_FALSE(has(kVorn));
+}
+
+TEST_F(KpiStoreTest, FirstPacketTruncatesAndOthersAppend) {
+  put(kTemporary, "left over");
+  store(2, "+");
+  EXPECT_EQ(content(kTemporary), "left over+");
+  store(1, "new");
+  EXPECT_EQ(content(kTemporary), "new");
+  store(0, "-");
+  store(255, ".");
+  EXPECT_EQ(content(kTemporary), "new-.");
+}
+
+TEST_F(KpiStoreTest, SkippedBytesAreNotStored) {
+  store(1, "HEADpayload", false, 4);
+  EXPECT_EQ(content(kTemporary), "payload");
+}
+
+TEST_F(KpiStoreTest, EachPackageHasAFileOfFourDigits) {
+  uint8_t payload = 'x';
+  for (uint8_t id : Bytes{0, 7, 42, 255})
+    store_kpi_packet(kpi_store, receiver, {id, 1, false, 1, &payload}, 0);
+  EXPECT_THAT(names(), UnorderedElementsAre("~vorn0000.log", "~vorn0007.log", "~vorn0042.log",
+                                            "~vorn0255.log"));
+}
+
+TEST_F(KpiStoreTest, TemporaryFileThatCannotBeOpenedIsLogged) {
+  make_folder(kTemporary);
+  receiver = {7, 2};
+  store(1, "x", true);
+  EXPECT_THAT(trace, ElementsAre("log: vornIndHndlr: Unable to open " + kTemporary + ", errno 21"));
+  EXPECT_EQ(receiver.package_id, 7);
+}
+
+TEST_F(KpiStoreTest, FullDiskIsLoggedAndTheLastPacketIsNotMerged) {
+  put_link(kTemporary, "/dev/full");
+  receiver = {7, 2};
+  store(1, "x", true);
+  EXPECT_THAT(trace,
+              ElementsAre("log: vornIndHndlr: Write to file " + kTemporary + " failed, errno 28"));
+  EXPECT_EQ(receiver.package_id, 7);
+}
+
+TEST_F(KpiStoreTest, ShortWriteIsLoggedAndTheLastPacketIsNotMerged) {
+  store(1, "ab");
+  {
+    FileSizeLimit limit(5);
+    store(2, "cdef", true);
+  }
+  ASSERT_EQ(trace.size(), 1u);
+  EXPECT_THAT(trace[0], testing::StartsWith("log: vornIndHndlr: Write to file " + kTemporary +
+                                            " failed, errno "));
+  EXPECT_EQ(content(kTemporary), "abcde");
+}
+
+TEST_F(KpiStoreTest, FirstRunResetsTheDirectoryAndMergesIntoAFreshLog) {
+  EXPECT_THAT(merge("hello"),
+              ElementsAreArray(taken() + not_linked(kCurrent) +
+                               Lines{"log: vorn_update_current_log: Unable to get cur log file",
+                                     "log: vorn_update_current_log: clean the whole dir!",
+                                     "log: vorn_reset_dir DONE!"} +
+                               created(log) + not_linked(kCurrent) + Lines{kLookUp + kCurrent} +
+                               given_to_readers(log) + appended(log)));
+  EXPECT_EQ(content(log), "hello");
+  EXPECT_EQ(mode(log), 0660u);
+  EXPECT_EQ(target(kCurrent), log);
+  EXPECT_FALSE(has(kPrevious));
+  EXPECT_FALSE(has(kTemporary));
+}
+
+TEST_F(KpiStoreTest, LastPacketResetsTheReceiverAlsoWhenTheMergeFails) {
+  receiver = {7, 2};
+  begin("");
+  failing["open " + log] = EACCES;
+  merge("x");
+  EXPECT_EQ(receiver.package_id, -1);
+  EXPECT_EQ(receiver.expected_sequence, -1);
+}
+
+TEST_F(KpiStoreTest, PackageIsAppendedToALogThatHasContent) {
+  begin("one");
+  std::filesystem::permissions(at(log), std::filesystem::perms(0604));
+  EXPECT_THAT(merge("two"), ElementsAreArray(taken() + Lines{kLookUp + kCurrent} + appended(log)));
+  EXPECT_EQ(content(log), "onetwo");
+  EXPECT_EQ(mode(log), 0604u);
+  EXPECT_FALSE(has(kTemporary));
+}
+
+TEST_F(KpiStoreTest, EmptyLogIsGivenToItsReadersFirst) {
+  begin("");
+  EXPECT_THAT(merge("two"), ElementsAreArray(taken() + Lines{kLookUp + kCurrent} +
+                                             given_to_readers(log) + appended(log)));
+  EXPECT_EQ(mode(log), 0660u);
+}
+
+TEST_F(KpiStoreTest, PackagesOfAnySizeAreCopiedWhole) {
+  begin("");
+  std::string all;
+  for (size_t size : {1u, 255u, 256u, 257u, 512u, 65535u}) {
+    std::string payload(size, static_cast<char>('a' + size % 26));
+    payload.back() = '\n';
+    merge(payload);
+    all += payload;
+  }
+  EXPECT_EQ(content(log), all);
+}
+
+TEST_F(KpiStoreTest, PackageOfSeveralPacketsIsMergedAfterTheLast) {
+  begin("");
+  store(1, "a");
+  store(2, "b");
+  EXPECT_EQ(content(log), "");
+  store(3, "c", true);
+  EXPECT_EQ(content(log), "abc");
+}
+
+TEST_F(KpiStoreTest, OwnerAndModeThatCannotBeSetAreLoggedAndTheMergeGoesOn) {
+  begin("");
+  failing = {{"chown", EPERM}, {"chmod", EROFS}};
+  auto given = given_to_readers(log);
+  EXPECT_THAT(
+      merge("x"),
+      ElementsAreArray(
+          taken() +
+          Lines{kLookUp + kCurrent, given[0],
+                "log: vorn_update_current_log: Unable to chown " + log + ", errno 1", given[1],
+                "log: vorn_update_current_log: Unable to chmod " + log + ", errno 30"} +
+          appended(log)));
+  EXPECT_EQ(content(log), "x");
+}
+
+TEST_F(KpiStoreTest, LostLinkResetsTheDirectoryButKeepsTemporaryFiles) {
+  put("/data/vorn/vorn_20200101000000.log", "lost");
+  put("/data/vorn/~vorn0003.log", "of another package");
+  put_link(kPrevious, "/data/vorn/vorn_20200101000000.log");
+  merge("x");
+  EXPECT_THAT(names(),
+              UnorderedElementsAre(".0001", log.substr(kVorn.size() + 1), "~vorn0003.log"));
+  EXPECT_EQ(content(log), "x");
+}
+
+TEST_F(KpiStoreTest, LinkToAMissingLogResetsTheDirectoryToo) {
+  put_link(kCurrent, "/data/vorn/vorn_20200101000000.log");
+  EXPECT_THAT(
+      merge("x"),
+      ElementsAreArray(
+          taken() +
+          Lines{kLookUp + kCurrent, "log: vorn_update_current_log: Unable to get cur log file",
+                "log: vorn_update_current_log: clean the whole dir!", "log: vorn_reset_dir DONE!"} +
+          created(log) + not_linked(kCurrent) + Lines{kLookUp + kCurrent} + given_to_readers(log) +
+          appended(log)));
+  EXPECT_EQ(target(kCurrent), log);
+}
+
+TEST_F(KpiStoreTest, LogThatCannotBeCreatedOnTheFirstRunLeavesTheTemporaryFile) {
+  make_folder(log);
+  EXPECT_THAT(
+      merge("x"),
+      ElementsAreArray(
+          taken() + not_linked(kCurrent) +
+          Lines{"log: vorn_update_current_log: Unable to get cur log file",
+                "log: vorn_update_current_log: clean the whole dir!", "log: vorn_reset_dir DONE!",
+                "log: vorn_create_new_log: create new log " + log + " failed, errno 21",
+                "log: vorn_update_current_log: Unable to stat cur log file 2"}));
+  EXPECT_EQ(content(kTemporary), "x");
+}
+
+TEST_F(KpiStoreTest, TemporaryFileThatIsGoneIsLogged) {
+  begin("");
+  const VornPath gone = "/data/vorn/~vorn0007.log";
+  vorn_update_current_log(gone, kpi_store.handed_off);
+  EXPECT_THAT(trace,
+              ElementsAre("log: vorn_update_current_log: Unable to stat temp files, errno 2"));
+  EXPECT_EQ(content(log), "");
+}
+
+TEST_F(KpiStoreTest, LogThatCannotBeOpenedLeavesTheTemporaryFile) {
+  put_link(kCurrent, kVorn + "/folder");
+  make_folder(kVorn + "/folder");
+  EXPECT_THAT(merge("x"),
+              ElementsAreArray(
+                  taken() + Lines{kLookUp + kCurrent,
+                                  "log: vorn_update_current_log: Unable to open files, errno 21"}));
+  EXPECT_EQ(content(kTemporary), "x");
+}
+
+TEST_F(KpiStoreTest, TemporaryFileThatCannotBeOpenedAgainStays) {
+  begin("one");
+  put(kTemporary, "x");
+  failing["open " + kTemporary] = EIO;
+  const VornPath temporary = "/data/vorn/~vorn0007.log";
+  vorn_update_current_log(temporary, kpi_store.handed_off);
+  EXPECT_THAT(trace, ElementsAre(kLookUp + kCurrent,
+                                 "log: vorn_update_current_log: Unable to open files, errno 5"));
+  EXPECT_EQ(content(kTemporary), "x");
+  EXPECT_EQ(content(log), "one");
+}
+
+TEST_F(KpiStoreTest, TemporaryFileThatWasNotMergedIsMergedWithNothingLater) {
+  begin("");
+  failing["open " + log] = EACCES;
+  merge("first");
+  failing.clear();
+  merge("second");
+  EXPECT_EQ(content(log), "second");
+}
+
+}  // namespace

@@ -1,0 +1,89 @@
+// The directory of the KPI logs, for the tests of the store that keeps it.
+#pragma once
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <set>
+
+#include "capture/kpi_store.h"
+#include "capture_phone.h"
+
+inline const std::string kVorn = "/data/vorn";
+inline const std::string kCurrent = "/data/vorn/.0001";
+inline const std::string kPrevious = "/data/vorn/.0002";
+inline const std::string kTemporary = "/data/vorn/~vorn0007.log";  // of package 7
+
+inline const std::string kLookUp = "log: vorn_get_index_filename: index name ";
+
+// A log created at this moment.
+inline std::string log_name(time_t when) {
+  tm fields;
+  char name[64];
+  strftime(name, sizeof name, "/data/vorn/vorn_%Y%m%d%H%M%S.log", gmtime_r(&when, &fields));
+  return name;
+}
+
+class VornPhone : public CapturePhone {
+ protected:
+  VornPhone() { make_folder("/data"); }
+
+  // Stores one packet of package 7.
+  void store(uint8_t sequence, const std::string& payload, bool is_last = false,
+             uint32_t skip = 0) {
+    store_kpi_packet(kpi_store, receiver,
+                     {7, sequence, is_last, static_cast<uint16_t>(payload.size()),
+                      reinterpret_cast<const uint8_t*>(payload.data())},
+                     skip);
+  }
+  // Stores a package of one packet; what that leaves in the trace.
+  const Lines& merge(const std::string& payload) {
+    trace.clear();
+    store(1, payload, true);
+    return trace;
+  }
+
+  // A directory with these two logs, named by their links.
+  void put_log(const std::string& link, const std::string& log, const std::string& text) const {
+    put(log, text);
+    put_link(link, log);
+  }
+
+  std::set<std::string> names() const {
+    std::set<std::string> found;
+    for (const auto& entry : std::filesystem::directory_iterator(at(kVorn))) {
+      found.insert(entry.path().filename());
+    }
+    return found;
+  }
+  void set_age(const std::string& path, time_t seconds) const {
+    timespec when = {now - seconds, 0};
+    timespec both[] = {when, when};
+    EXPECT_EQ(utimensat(AT_FDCWD, at(path).c_str(), both, AT_SYMLINK_NOFOLLOW), 0) << path;
+  }
+
+  // The traces of the steps of a merge.
+  static Lines taken() { return {"log: vornIndHndlr: received the last pkg of 7"}; }
+  static Lines not_linked(const std::string& link) {
+    return {kLookUp + link, "log: vorn_get_filename: get real name of " + link + " failed, rc 2"};
+  }
+  static Lines handed_off(const std::string& log) {
+    return {"log: vorn_update_current_log: send " + log + " to dropbox.",
+            "call addText modem_vorn " + log};
+  }
+  static Lines created(const std::string& log) {
+    return {"log: vorn_create_new_log: create new " + log + "."};
+  }
+  static Lines given_to_readers(const std::string& log) {
+    return {"call chown " + log + " " + std::to_string(getuid()) + " 2002",
+            "call chmod " + log + " 0660"};
+  }
+  static Lines appended(const std::string& log) {
+    return {"call fsync " + log, "call fsync " + kTemporary,
+            "log: vorn_update_current_log: update " + log + " succeed."};
+  }
+
+  KpiStore kpi_store;
+  KpiReceiver receiver;
+};
