@@ -17,6 +17,10 @@ struct Feature {
   Bytes request;  // for kPayload
   unsigned int response_length;
   Bytes data;  // of the reply to a response that is all zero
+
+  friend std::ostream& operator<<(std::ostream& out, const Feature& feature) {
+    return out << feature.name;
+  }
 };
 
 Bytes filled(size_t size, Bytes bytes) {
