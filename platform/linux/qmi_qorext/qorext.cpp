@@ -180,9 +180,13 @@ constexpr Element kSetBsrTimerRequest[] = {
 };
 
 constexpr Element kLteChannelResponse[] = {
-    {0x01, kNoOffset, "outcome", u32(0)}, {0x01, kNoOffset, "error", u32(4)},
-    {0x10, 8, "second_channel", u16(10)}, {0x11, 12, "first_channel", u16(14)},
-    {0x12, 16, "third_value", u8(17)},    {0x13, 18, "fourth_value", u8(19)},
+    {0x01, kNoOffset, "outcome", u32(0)},
+    {0x01, kNoOffset, "error", u32(4)},
+    // Each value is told on its own: the modem leaves out what it does not know.
+    {0x10, 8, "second_channel", u16(10)},
+    {0x11, 12, "first_channel", u16(14)},
+    {0x12, 16, "third_value", u8(17)},
+    {0x13, 18, "fourth_value", u8(19)},
 };
 
 constexpr Element kTunerMessage[] = {

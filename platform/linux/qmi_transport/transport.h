@@ -7,6 +7,7 @@
 #include <stdint.h>
 #include <sys/types.h>
 
+#include <chrono>
 #include <memory>
 #include <optional>
 #include <span>
@@ -36,10 +37,12 @@ struct Announcement {
 
 enum class Status {
   ok,
-  nothing,  // no (whole) packet for the caller this time
+  nothing,  // no packet for the caller this time; not sent within the time allowed
   gone,     // the service or the peer has gone away, for good
   failed,   // the socket failed; errno tells
 };
+
+using Deadline = std::chrono::steady_clock::time_point;
 
 struct Received {
   Status status;
@@ -60,9 +63,11 @@ class Channel {
  public:
   virtual ~Channel() = default;
   virtual int fd() const = 0;
-  // Sends one packet; waits while the server's queue is full. Any thread may send.
-  virtual Status send(std::span<const uint8_t> packet) = 0;
-  // Reads one packet without waiting; call when fd() is readable, from one thread at a time.
+  // Sends one packet; waits while the server's queue is full, until the deadline. Any thread may
+  // send.
+  virtual Status send(std::span<const uint8_t> packet, Deadline deadline) = 0;
+  // Reads one packet without waiting; call when fd() is readable, from one thread at a time. The
+  // buffer has room for kMaxPacketSize bytes.
   virtual Received receive(std::span<uint8_t> buffer) = 0;
 };
 
@@ -76,19 +81,31 @@ struct ServerEvent {
   size_t size = 0;  // of the packet, in the buffer given
 };
 
+// How long a server waits for a peer that does not read before it drops it. Long, because a client
+// may be slow and still must not lose an indication.
+constexpr std::chrono::seconds kPeerPatience{30};
+
 // The side of the modem: publishes services, serves their clients. For one thread.
 class Server {
  public:
   virtual ~Server() = default;
   // Readable when next() has something to do (an epoll descriptor: all sockets behind it).
   virtual int fd() const = 0;
-  // Brings a service up (announced to watchers) or down (its clients see it go away).
+  // Brings one instance of a service up (announced to watchers). False when it is up already or
+  // cannot be announced (errno tells).
   virtual bool publish(uint32_t service, uint32_t instance) = 0;
+  // Takes all instances of a service down. Their clients see it go away; they are forgotten here
+  // without a `peer_gone`.
   virtual void withdraw(uint32_t service) = 0;
-  // Handles one event without waiting; packets are read into `buffer`.
+  // Handles one event without waiting; packets are read into `buffer`, which has room for
+  // kMaxPacketSize bytes.
   virtual ServerEvent next(std::span<uint8_t> buffer) = 0;
+  // Waits while the peer's queue is full, but not longer than the patience given
+  // to serve(). `gone`: the peer has
+  // gone away or was dropped because it does not read; it is forgotten without a `peer_gone`.
   virtual Status send(Peer peer, std::span<const uint8_t> packet) = 0;
-  // The clients of a service that can be sent indications.
+  // The clients of a service that can be sent indications. Over QRTR the server learns of a client
+  // from its first packet.
   virtual std::vector<Peer> peers(uint32_t service) const = 0;
 };
 
@@ -107,7 +124,9 @@ std::unique_ptr<ServiceWatch> watch_service(const Endpoint& endpoint, uint32_t s
                                             uint32_t version);
 // Null when the server cannot be reached (errno tells).
 std::unique_ptr<Channel> open_channel(const Endpoint& endpoint, const ServerAddress& server);
-// Null when the endpoint cannot be served (errno tells).
-std::unique_ptr<Server> serve(const Endpoint& endpoint);
+// Null when the endpoint cannot be served, for example because another server is there (errno
+// tells). `patience` is how long Server::send waits for a peer.
+std::unique_ptr<Server> serve(const Endpoint& endpoint,
+                              std::chrono::milliseconds patience = kPeerPatience);
 
 }  // namespace qmi_transport

@@ -1,0 +1,33 @@
+#include <errno.h>
+
+#include <chrono>
+#include <string>
+
+#include "NativeDropBoxWriter.h"
+#include "phone_files/phone_files.h"
+#include "phone_path.h"
+
+namespace {
+
+constexpr char kFolder[] = "/data/system/dropbox/";
+
+long long milliseconds_now() {
+  using std::chrono::duration_cast;
+  using std::chrono::milliseconds;
+  return duration_cast<milliseconds>(std::chrono::system_clock::now().time_since_epoch()).count();
+}
+
+std::string path_of(const std::string& tag, long long milliseconds) {
+  return phone_path((kFolder + tag + "@" + std::to_string(milliseconds) + ".txt").c_str());
+}
+
+}  // namespace
+
+// Entries of one tag never share a millisecond: a later one takes the next that is free.
+bool NativeDropBoxWriter::addText(const char* tag, const char* text) {
+  if (tag == nullptr || text == nullptr || !phone_files::is_plain_name(tag)) return false;
+  for (long long time = milliseconds_now();; ++time) {
+    if (phone_files::store(path_of(tag, time), text, phone_files::Existing::keep)) return true;
+    if (errno != EEXIST) return false;
+  }
+}

@@ -1,0 +1,46 @@
+#include <fcntl.h>
+#include <string.h>
+#include <unistd.h>
+
+#include <string>
+
+#include "cutils/properties.h"
+#include "phone_files/phone_files.h"
+#include "phone_path.h"
+
+namespace {
+
+constexpr char kFolder[] = "/dev/__properties__/";
+constexpr size_t kMaxLength = PROPERTY_VALUE_MAX - 1;
+
+std::string path_of(const char* key) { return phone_path((std::string(kFolder) + key).c_str()); }
+
+bool is_valid(const char* key) { return key != nullptr && phone_files::is_plain_name(key); }
+
+// Returns the length of the text stored in `value`, or -1 when there is no such property.
+ssize_t read_property(const char* key, char* value) {
+  int fd = open(path_of(key).c_str(), O_RDONLY | O_CLOEXEC);
+  if (fd < 0) return -1;
+  ssize_t size = read(fd, value, kMaxLength);
+  close(fd);
+  if (size < 0) return -1;
+  value[size] = '\0';
+  return static_cast<ssize_t>(strlen(value));
+}
+
+}  // namespace
+
+int property_get(const char* key, char* value, const char* default_value) {
+  ssize_t length = is_valid(key) ? read_property(key, value) : -1;
+  if (length >= 0) return static_cast<int>(length);
+
+  std::string text = default_value == nullptr ? "" : default_value;
+  text.resize(strnlen(text.c_str(), kMaxLength));
+  memcpy(value, text.c_str(), text.size() + 1);
+  return static_cast<int>(text.size());
+}
+
+int property_set(const char* key, const char* value) {
+  if (!is_valid(key) || value == nullptr || strlen(value) > kMaxLength) return -1;
+  return phone_files::store(path_of(key), value, phone_files::Existing::replace) ? 0 : -1;
+}

@@ -1,0 +1,61 @@
+#include "client.h"
+
+#include "qmi_transport/wait.h"
+#include "thread.h"
+
+namespace qmi_cci {
+
+using qmi_idl::Direction;
+using qmi_idl::Message;
+
+Client::Client(std::unique_ptr<qmi_transport::Channel> channel, const qmi_idl::Service& service,
+               Callback callback)
+    : service_(service), callback_(callback), connection_(std::move(channel), indication_sink()) {}
+
+Connection::OnIndication Client::indication_sink() {
+  if (callback_.function == nullptr) return {};
+  return [this](std::span<const uint8_t> packet) { indications_.push(packet); };
+}
+
+// The callback's thread holds the client: it may outlive a release from within the callback.
+void Client::start() {
+  if (callback_.function == nullptr) return;
+  connection_.reserve_reading();
+  reader_ = quiet_thread([this] { connection_.read_for_all(); });
+  caller_ = quiet_thread([self = shared_from_this()] {
+    self->indications_.call_back(self.get(), self->callback_.function, self->callback_.data);
+  });
+}
+
+void Client::close() {
+  indications_.stop();
+  connection_.stop();
+  if (reader_.joinable()) reader_.join();
+  if (!caller_.joinable()) return;
+  if (caller_.get_id() == std::this_thread::get_id()) {
+    caller_.detach();
+  } else {
+    caller_.join();
+  }
+}
+
+int Client::send(uint32_t message_id, std::span<const uint8_t> request, std::span<uint8_t> response,
+                 std::chrono::milliseconds timeout) {
+  auto deadline = qmi_transport::in(timeout);
+  const Message* asked = find(service_, Direction::request, message_id);
+  const Message* expected = find(service_, Direction::response, message_id);
+  if (asked == nullptr || expected == nullptr) return QMI_INVALID_PARAM_ERR;
+  if (request.size() != asked->size || response.size() != expected->size) {
+    return QMI_INVALID_PARAM_ERR;
+  }
+
+  uint8_t packet[qmi_transport::kMaxPacketSize];
+  ssize_t length = encode(*asked, request, std::span(packet).subspan(qmi_idl::kHeaderSize));
+  if (length < 0) return QMI_MALFORMED_ERR;
+
+  Exchange exchange{.expected = *expected, .structure = response};
+  size_t size = qmi_idl::kHeaderSize + static_cast<size_t>(length);
+  return connection_.run(exchange, std::span(packet).first(size), deadline);
+}
+
+}  // namespace qmi_cci

@@ -1,0 +1,171 @@
+#include "fields.h"
+
+#include <string.h>
+
+#include <algorithm>
+#include <string>
+
+namespace qmi_json {
+namespace {
+
+using qmi_idl::Element;
+using qmi_idl::Kind;
+using qmi_idl::Shape;
+
+// The structure's numbers are native, and so is this machine's order: little-endian.
+uint64_t load_native(const uint8_t* from, size_t width) {
+  uint64_t value = 0;
+  memcpy(&value, from, width);
+  return value;
+}
+
+void store_native(uint8_t* to, size_t width, uint64_t value) { memcpy(to, &value, width); }
+
+int64_t sign_extend(uint64_t value, size_t width) {
+  uint64_t sign = uint64_t{1} << (8 * width - 1);
+  return static_cast<int64_t>((value ^ sign) - sign);
+}
+
+size_t stored_count(const Shape& shape, const uint8_t* structure) {
+  switch (shape.kind) {
+    case Kind::array:
+      return std::min<size_t>(load_native(structure + shape.count_offset, shape.count_memory),
+                              shape.capacity);
+    case Kind::text:
+      return strnlen(reinterpret_cast<const char*>(structure + shape.offset), shape.capacity);
+    default:
+      return shape.capacity;
+  }
+}
+
+}  // namespace
+
+const qmi_idl::Message* find_by_name(const qmi_idl::Service& service, qmi_idl::Direction direction,
+                                     std::string_view name) {
+  for (const qmi_idl::Message& message : service.messages) {
+    if (message.direction == direction && name == message.name) return &message;
+  }
+  return nullptr;
+}
+
+bool is_bytes(const Shape& shape) {
+  return shape.kind == Kind::bytes ||
+         (shape.kind == Kind::array && shape.wire == 1 && !shape.is_signed);
+}
+
+Range range_of(const Shape& shape) {
+  int64_t span = int64_t{1} << (8 * shape.wire);
+  int64_t low = shape.is_signed ? -span / 2 : 0;
+  return {low, low + span - 1};
+}
+
+Fields::Fields(const qmi_idl::Message& message, std::span<uint8_t> structure)
+    : message_(message), structure_(structure) {
+  if (structure.size() != message.size) throw FieldError("wrong structure size");
+}
+
+const Element& Fields::find(std::string_view name, size_t index) const {
+  for (const Element& element : message_.elements) {
+    if (name == element.name && index-- == 0) return element;
+  }
+  throw FieldError(std::string(message_.name) + ": unknown field \"" + std::string(name) + "\"");
+}
+
+void Fields::fail(const Element& element, const char* what) const {
+  throw FieldError(std::string(message_.name) + ": field \"" + element.name + "\" " + what);
+}
+
+bool Fields::knows(std::string_view name) const {
+  return std::any_of(message_.elements.begin(), message_.elements.end(),
+                     [name](const Element& element) { return name == element.name; });
+}
+
+uint32_t Fields::number(std::string_view name, size_t index) const {
+  const Element& element = find(name, index);
+  if (element.shape.kind != Kind::integer) fail(element, "is not a number");
+  return static_cast<uint32_t>(load(element)[0]);
+}
+
+Bytes Fields::bytes(std::string_view name, size_t index) const {
+  const Element& element = find(name, index);
+  if (!is_bytes(element.shape)) fail(element, "is not bytes");
+  const uint8_t* start = structure_.data() + element.shape.offset;
+  return {start, start + stored_count(element.shape, structure_.data())};
+}
+
+std::vector<int64_t> Fields::numbers(std::string_view name, size_t index) const {
+  return load(find(name, index));
+}
+
+void Fields::set(std::string_view name, int64_t value, size_t index) {
+  const Element& element = find(name, index);
+  if (element.shape.kind != Kind::integer) fail(element, "is not a number");
+  store(element, {&value, 1});
+}
+
+void Fields::set(std::string_view name, std::span<const uint8_t> value, size_t index) {
+  const Element& element = find(name, index);
+  if (!is_bytes(element.shape)) fail(element, "is not bytes");
+  store(element, std::vector<int64_t>(value.begin(), value.end()));
+}
+
+void Fields::set(std::string_view name, std::span<const int64_t> values, size_t index) {
+  store(find(name, index), values);
+}
+
+void Fields::set_text(std::string_view name, std::string_view value, size_t index) {
+  const Element& element = find(name, index);
+  if (element.shape.kind != Kind::text) fail(element, "is not text");
+  auto octets = reinterpret_cast<const uint8_t*>(value.data());
+  store(element, std::vector<int64_t>(octets, octets + value.size()));
+}
+
+void Fields::set_result(uint32_t result, uint32_t error) {
+  int64_t words[] = {result, error};
+  for (const Element& element : message_.elements) {
+    if (element.shape.kind == Kind::result) store(element, words);
+  }
+}
+
+bool Fields::is_present(const Element& element) const {
+  return element.valid_offset == qmi_idl::kNoOffset || structure_[element.valid_offset] != 0;
+}
+
+void Fields::mark_present(const Element& element) {
+  if (element.valid_offset != qmi_idl::kNoOffset) structure_[element.valid_offset] = 1;
+}
+
+std::vector<int64_t> Fields::load(const Element& element) const {
+  const Shape& shape = element.shape;
+  std::vector<int64_t> values(stored_count(shape, structure_.data()));
+  const uint8_t* from = structure_.data() + shape.offset;
+  for (int64_t& value : values) {
+    uint64_t stored = load_native(from, shape.memory);
+    value = shape.is_signed ? sign_extend(stored, shape.memory) : static_cast<int64_t>(stored);
+    from += shape.memory;
+  }
+  return values;
+}
+
+void Fields::store(const Element& element, std::span<const int64_t> values) {
+  const Shape& shape = element.shape;
+  if (values.size() > shape.capacity) fail(element, "has no room for so many values");
+  Range range = range_of(shape);
+  if (!std::all_of(values.begin(), values.end(),
+                   [&](int64_t value) { return range.holds(value); })) {
+    fail(element, "holds no such number");
+  }
+
+  uint8_t* to = structure_.data() + shape.offset;
+  std::fill(to, structure_.data() + end_of(shape), uint8_t{0});
+  for (int64_t value : values) {
+    store_native(to, shape.memory, static_cast<uint64_t>(value));
+    to += shape.memory;
+  }
+  if (shape.kind == Kind::array) {
+    store_native(structure_.data() + shape.count_offset, shape.count_memory, values.size());
+  }
+  mark_present(element);
+}
+
+}  // namespace qmi_json

@@ -1,0 +1,169 @@
+#include "json_fields.h"
+
+#include <algorithm>
+#include <string>
+
+namespace qmi_json {
+namespace {
+
+using nlohmann::json;
+using qmi_idl::Element;
+using qmi_idl::Kind;
+using qmi_idl::Message;
+using qmi_idl::Shape;
+
+size_t occurrences(const Message& message, std::string_view name) {
+  return static_cast<size_t>(
+      std::count_if(message.elements.begin(), message.elements.end(),
+                    [name](const Element& element) { return name == element.name; }));
+}
+
+json value_of(const Fields& fields, const Element& element) {
+  std::vector<int64_t> values = fields.load(element);
+  if (is_bytes(element.shape)) return to_hex(Bytes(values.begin(), values.end()));
+  switch (element.shape.kind) {
+    case Kind::integer:
+      return values[0];
+    case Kind::text:
+      return std::string(values.begin(), values.end());
+    case Kind::result:
+      return {{"result", values[0]}, {"error", values[1]}};
+    default:
+      return values;
+  }
+}
+
+[[noreturn]] void fail(const Message& message, const std::string& name, const std::string& what) {
+  throw FieldError(std::string(message.name) + ": field \"" + name + "\" " + what);
+}
+
+// One element's way from JSON: `fail` ends it with the element's name.
+class ElementReader {
+ public:
+  ElementReader(const Message& message, const Element& element)
+      : message_(message), element_(element), shape_(element.shape) {}
+
+  std::vector<int64_t> read(const json& value) const {
+    std::vector<int64_t> values = parse(value);
+    if (values.size() > shape_.capacity) {
+      refuse("has room for " + std::to_string(shape_.capacity) + " values, not " +
+             std::to_string(values.size()));
+    }
+    return values;
+  }
+
+ private:
+  std::vector<int64_t> parse(const json& value) const {
+    if (is_bytes(shape_) && value.is_string()) return parse_hex(value);
+    switch (shape_.kind) {
+      case Kind::integer:
+        return {parse_number(value)};
+      case Kind::text:
+        return parse_text(value);
+      case Kind::result:
+        return parse_result(value);
+      default:
+        return parse_list(value);
+    }
+  }
+
+  int64_t parse_number(const json& value) const {
+    Range range = range_of(shape_);
+    std::string wanted =
+        "wants a number from " + std::to_string(range.low) + " to " + std::to_string(range.high);
+    if (!value.is_number_integer()) refuse(wanted);
+    if (value.is_number_unsigned() && value.get<uint64_t>() > INT64_MAX) refuse(wanted);
+
+    auto number = value.get<int64_t>();
+    if (!range.holds(number)) refuse(wanted);
+    return number;
+  }
+
+  std::vector<int64_t> parse_hex(const json& value) const {
+    auto bytes = from_hex(value.get_ref<const std::string&>());
+    if (!bytes) refuse("wants hexadecimal digits, two a byte");
+    return {bytes->begin(), bytes->end()};
+  }
+
+  std::vector<int64_t> parse_text(const json& value) const {
+    if (!value.is_string()) refuse("wants a text");
+    std::vector<int64_t> values;
+    for (char character : value.get_ref<const std::string&>()) {
+      values.push_back(static_cast<uint8_t>(character));
+    }
+    return values;
+  }
+
+  std::vector<int64_t> parse_list(const json& value) const {
+    if (!value.is_array()) {
+      refuse(is_bytes(shape_) ? "wants hexadecimal text or a list of numbers"
+                              : "wants a list of numbers");
+    }
+    std::vector<int64_t> values;
+    for (const json& item : value) values.push_back(parse_number(item));
+    return values;
+  }
+
+  std::vector<int64_t> parse_result(const json& value) const {
+    if (!value.is_object() || !value.contains("result") || !value.contains("error") ||
+        value.size() != 2) {
+      refuse("wants {\"result\":...,\"error\":...}");
+    }
+    return {parse_number(value["result"]), parse_number(value["error"])};
+  }
+
+  [[noreturn]] void refuse(const std::string& what) const { fail(message_, element_.name, what); }
+
+  const Message& message_;
+  const Element& element_;
+  const Shape& shape_;
+};
+
+void store_named(Fields& fields, const std::string& name, const json& value) {
+  const Message& message = fields.message();
+  bool is_repeated = occurrences(message, name) > 1;
+  if (is_repeated && !value.is_array()) fail(message, name, "wants a list, one value an entry");
+  if (is_repeated && value.size() > occurrences(message, name))
+    fail(message, name, "has more values than entries");
+
+  size_t index = 0;
+  for (const Element& element : message.elements) {
+    if (name != element.name) continue;
+    if (is_repeated && index == value.size()) return;
+    const json& own = is_repeated ? value[index++] : value;
+    fields.store(element, ElementReader(message, element).read(own));
+  }
+}
+
+}  // namespace
+
+json to_json(const Message& message, std::span<const uint8_t> structure) {
+  Bytes copy(structure.begin(), structure.end());
+  Fields fields(message, copy);
+  json object = json::object();
+  for (const Element& element : message.elements) {
+    if (!fields.is_present(element)) continue;
+    if (occurrences(message, element.name) > 1) {
+      object[element.name].push_back(value_of(fields, element));
+    } else {
+      object[element.name] = value_of(fields, element);
+    }
+  }
+  return object;
+}
+
+void from_json(const Message& message, const json& fields, std::span<uint8_t> structure) {
+  std::fill(structure.begin(), structure.end(), uint8_t{0});
+  if (!fields.is_object() && !fields.is_null()) {
+    throw FieldError(std::string(message.name) + ": fields are a JSON object");
+  }
+  Fields target(message, structure);
+  for (const auto& [name, value] : fields.items()) {
+    if (!target.knows(name)) {
+      throw FieldError(std::string(message.name) + ": unknown field \"" + name + "\"");
+    }
+    store_named(target, name, value);
+  }
+}
+
+}  // namespace qmi_json

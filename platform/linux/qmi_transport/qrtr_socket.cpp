@@ -1,0 +1,64 @@
+#include "qrtr_socket.h"
+
+#include <errno.h>
+#include <fcntl.h>
+#include <libqrtr.h>
+#include <poll.h>
+#include <sys/socket.h>
+
+#include <thread>
+
+#include "status.h"
+#include "wait.h"
+
+namespace qmi_transport {
+namespace {
+
+// The kernel refuses a packet for a full local queue and has no way to wait for room in it.
+constexpr std::chrono::milliseconds kRetryPause{1};
+
+bool means_full(int error) { return error == EAGAIN || error == ENOSPC || error == ENOBUFS; }
+
+}  // namespace
+
+ScopedFd qrtr_socket() {
+  ScopedFd fd(qrtr_open(0));
+  if (fd) fcntl(fd.get(), F_SETFD, FD_CLOEXEC);
+  return fd;
+}
+
+// Not qrtr_sendto(): that one cannot be bounded in time and logs every full queue.
+Status qrtr_send(int socket, const QrtrAddress& to, std::span<const uint8_t> packet,
+                 Deadline deadline) {
+  sockaddr_qrtr address{AF_QIPCRTR, to.node, to.port};
+  auto* target = reinterpret_cast<const sockaddr*>(&address);
+  for (;;) {
+    ssize_t sent =
+        sendto(socket, packet.data(), packet.size(), MSG_DONTWAIT, target, sizeof(address));
+    if (sent >= 0) return Status::ok;
+    if (errno == EINTR) continue;
+    if (!means_full(errno)) return status_of(errno);
+    if (std::chrono::steady_clock::now() >= deadline) return Status::nothing;
+    std::this_thread::sleep_for(kRetryPause);
+  }
+}
+
+Received qrtr_receive(int socket, std::span<uint8_t> buffer, QrtrAddress& from) {
+  if (!wait_for(socket, POLLIN, Deadline::min())) return {Status::nothing};
+  auto room = static_cast<unsigned>(buffer.size());
+  int size = qrtr_recvfrom(socket, buffer.data(), room, &from.node, &from.port);
+  if (size < 0) return {status_of(errno)};
+  return {Status::ok, static_cast<size_t>(size)};
+}
+
+std::optional<Control> qrtr_control(std::span<uint8_t> packet, const QrtrAddress& from) {
+  if (from.port != QRTR_PORT_CTRL) return std::nullopt;
+  sockaddr_qrtr sender{AF_QIPCRTR, from.node, from.port};
+  qrtr_packet content{};
+  if (qrtr_decode(&content, packet.data(), packet.size(), &sender) != 0) return std::nullopt;
+  return Control{static_cast<uint32_t>(content.type),
+                 {content.service, content.instance << kInstanceShift | content.version,
+                  content.node, content.port}};
+}
+
+}  // namespace qmi_transport

@@ -1,0 +1,29 @@
+// QRTR sockets, as both ends of the QRTR transport use them.
+#pragma once
+
+#include "control.h"
+#include "scoped_fd.h"
+
+namespace qmi_transport {
+
+struct QrtrAddress {
+  uint32_t node = 0;
+  uint32_t port = 0;
+
+  bool operator==(const QrtrAddress&) const = default;
+};
+
+ScopedFd qrtr_socket();
+
+// `nothing`: the receiver's queue stayed full until the deadline.
+Status qrtr_send(int socket, const QrtrAddress& to, std::span<const uint8_t> packet,
+                 Deadline deadline);
+
+// Reads one packet without waiting and tells who sent it.
+Received qrtr_receive(int socket, std::span<uint8_t> buffer, QrtrAddress& from);
+
+// The content of a packet from the name service; nothing for any other packet. For
+// QRTR_TYPE_DEL_CLIENT the client's address stands in node and port.
+std::optional<Control> qrtr_control(std::span<uint8_t> packet, const QrtrAddress& from);
+
+}  // namespace qmi_transport

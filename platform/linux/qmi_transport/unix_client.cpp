@@ -1,0 +1,84 @@
+#include <errno.h>
+#include <poll.h>
+
+#include "control.h"
+#include "implementations.h"
+#include "unix_socket.h"
+#include "wait.h"
+
+namespace qmi_transport {
+namespace {
+
+class UnixWatch final : public ServiceWatch {
+ public:
+  UnixWatch(ScopedFd socket, const Wanted& wanted) : socket_(std::move(socket)), wanted_(wanted) {}
+
+  int fd() const override { return socket_.get(); }
+
+  Status next(Announcement& announcement) override {
+    std::array<uint8_t, kControlSize> packet;
+    Received received = unix_receive(socket_.get(), packet);
+    if (received.status != Status::ok) return received.status;
+    auto control = decode_control(std::span(packet).first(received.size));
+    return read_announcement(control, wanted_, announcement);
+  }
+
+ private:
+  ScopedFd socket_;
+  Wanted wanted_;
+};
+
+class UnixChannel final : public Channel {
+ public:
+  explicit UnixChannel(ScopedFd socket) : socket_(std::move(socket)) {}
+
+  int fd() const override { return socket_.get(); }
+  Status send(std::span<const uint8_t> packet, Deadline deadline) override {
+    return unix_send(socket_.get(), packet, deadline);
+  }
+  Received receive(std::span<uint8_t> buffer) override {
+    return unix_receive(socket_.get(), buffer);
+  }
+
+ private:
+  ScopedFd socket_;
+};
+
+// A connection whose first packet is sent.
+ScopedFd connect_as(const std::string& path, const Control& first, Deadline deadline) {
+  ScopedFd socket = unix_connect(path);
+  if (!socket) return {};
+  if (unix_send(socket.get(), encode_control(first), deadline) != Status::ok) return {};
+  return socket;
+}
+
+bool is_welcomed(int socket, Deadline deadline) {
+  std::array<uint8_t, kControlSize> packet;
+  errno = ETIMEDOUT;
+  if (!wait_for(socket, POLLIN, deadline)) return false;
+  Received received = unix_receive(socket, packet);
+  if (received.status == Status::gone) errno = ECONNREFUSED;
+  if (received.status != Status::ok) return false;
+  auto control = decode_control(std::span(packet).first(received.size));
+  errno = EPROTO;
+  return control && control->type == QRTR_TYPE_HELLO;
+}
+
+}  // namespace
+
+std::unique_ptr<ServiceWatch> unix_watch(const std::string& path, uint32_t service,
+                                         uint32_t version) {
+  Control lookup{QRTR_TYPE_NEW_LOOKUP, {.service = service, .instance = version}};
+  ScopedFd socket = connect_as(path, lookup, in(kAttachPatience));
+  if (!socket) return nullptr;
+  return std::make_unique<UnixWatch>(std::move(socket), Wanted{service, version});
+}
+
+std::unique_ptr<Channel> unix_channel(const std::string& path, const ServerAddress& server) {
+  Deadline deadline = in(kAttachPatience);
+  ScopedFd socket = connect_as(path, {QRTR_TYPE_HELLO, server}, deadline);
+  if (!socket || !is_welcomed(socket.get(), deadline)) return nullptr;
+  return std::make_unique<UnixChannel>(std::move(socket));
+}
+
+}  // namespace qmi_transport

@@ -1,0 +1,67 @@
+#include "unix_socket.h"
+
+#include <errno.h>
+#include <poll.h>
+#include <string.h>
+#include <sys/socket.h>
+
+#include "status.h"
+#include "wait.h"
+
+namespace qmi_transport {
+
+std::optional<sockaddr_un> unix_address(const std::string& path) {
+  sockaddr_un address{};
+  address.sun_family = AF_UNIX;
+  if (path.empty() || path.size() >= sizeof(address.sun_path)) {
+    errno = path.empty() ? ENOENT : ENAMETOOLONG;
+    return std::nullopt;
+  }
+  memcpy(address.sun_path, path.data(), path.size());
+  return address;
+}
+
+ScopedFd unix_socket() {
+  return ScopedFd(socket(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC | SOCK_NONBLOCK, 0));
+}
+
+ScopedFd unix_connect(const std::string& path) {
+  auto address = unix_address(path);
+  if (!address) return {};
+  ScopedFd fd = unix_socket();
+  if (!fd) return {};
+  auto* target = reinterpret_cast<const sockaddr*>(&*address);
+  if (connect(fd.get(), target, sizeof(*address)) != 0) return {};
+  return fd;
+}
+
+Status unix_send(int socket, std::span<const uint8_t> packet, Deadline deadline) {
+  for (;;) {
+    ssize_t sent = send(socket, packet.data(), packet.size(), MSG_DONTWAIT | MSG_NOSIGNAL);
+    if (sent >= 0) return Status::ok;
+    if (errno == EINTR) continue;
+    if (errno != EAGAIN) return status_of(errno);
+    if (!wait_for(socket, POLLOUT, deadline)) return Status::nothing;
+  }
+}
+
+Received unix_receive(int socket, std::span<uint8_t> buffer) {
+  iovec part{buffer.data(), buffer.size()};
+  msghdr message{};
+  message.msg_iov = &part;
+  message.msg_iovlen = 1;
+
+  ssize_t size = 0;
+  do {
+    size = recvmsg(socket, &message, MSG_DONTWAIT);
+  } while (size < 0 && errno == EINTR);
+  if (size < 0) return {status_of(errno)};
+  if (size == 0) return {Status::gone};
+  if ((message.msg_flags & MSG_TRUNC) != 0) {
+    errno = EMSGSIZE;
+    return {Status::failed};
+  }
+  return {Status::ok, static_cast<size_t>(size)};
+}
+
+}  // namespace qmi_transport

@@ -1,0 +1,32 @@
+// SEQPACKET sockets, as both ends of the Unix transport use them.
+//
+// The first packet of a connection is a control packet: QRTR_TYPE_NEW_LOOKUP turns the connection
+// into a lookup, answered by QRTR_TYPE_NEW_SERVER for every instance present, an all-zero one as
+// the end of the list, and one more (or QRTR_TYPE_DEL_SERVER) whenever an instance comes or goes.
+// QRTR_TYPE_HELLO with a server's node and port attaches it to that server: the server answers with
+// the same packet, or closes the connection when there is no such server. From then on every packet
+// is a QMI message.
+#pragma once
+
+#include <sys/un.h>
+
+#include "scoped_fd.h"
+#include "transport.h"
+
+namespace qmi_transport {
+
+// Nothing when the path is empty or too long for a socket address (errno tells).
+std::optional<sockaddr_un> unix_address(const std::string& path);
+
+// A non-blocking SEQPACKET socket, not connected.
+ScopedFd unix_socket();
+
+ScopedFd unix_connect(const std::string& path);
+
+// `nothing`: the other end's queue stayed full until the deadline.
+Status unix_send(int socket, std::span<const uint8_t> packet, Deadline deadline);
+
+// A packet that does not fit into the buffer is a failure with EMSGSIZE.
+Received unix_receive(int socket, std::span<uint8_t> buffer);
+
+}  // namespace qmi_transport

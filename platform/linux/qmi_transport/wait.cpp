@@ -1,0 +1,28 @@
+#include "wait.h"
+
+#include <errno.h>
+#include <limits.h>
+#include <poll.h>
+
+#include <algorithm>
+
+namespace qmi_transport {
+
+int poll_timeout(Deadline deadline) {
+  using std::chrono::milliseconds;
+  auto now = std::chrono::steady_clock::now();
+  if (deadline <= now) return 0;
+  auto left = std::chrono::ceil<milliseconds>(deadline - now).count();
+  return static_cast<int>(std::min<milliseconds::rep>(left, INT_MAX));
+}
+
+bool wait_for(int fd, short events, Deadline deadline) {
+  pollfd one{fd, events, 0};
+  int ready = 0;
+  do {
+    ready = poll(&one, 1, poll_timeout(deadline));
+  } while (ready < 0 && errno == EINTR);
+  return ready != 0;
+}
+
+}  // namespace qmi_transport

@@ -1,0 +1,19 @@
+#pragma once
+
+#include <chrono>
+
+#include "transport.h"
+
+namespace qmi_transport {
+
+inline Deadline in(std::chrono::milliseconds time) {
+  return std::chrono::steady_clock::now() + time;
+}
+
+// The time left in milliseconds as poll() takes it: rounded up, 0 when the deadline has passed.
+int poll_timeout(Deadline deadline);
+
+// Waits until one of poll()'s `events` (or an error) is there; false when the deadline passed.
+bool wait_for(int fd, short events, Deadline deadline);
+
+}  // namespace qmi_transport

@@ -1,0 +1,215 @@
+// The codec's rules, on a small message made for them.
+#include "codec_support.h"
+
+namespace codec_test {
+namespace {
+
+using namespace qmi_idl;
+
+constexpr Element kElements[] = {
+    {kResultTlv, kNoOffset, "result", result(0)},
+    {0x01, kNoOffset, "state", u32(8)},
+    {0x10, 12, "level", i8(13)},
+    {0x11, 14, "mode", signed_enum8(16)},
+    {0x12, 20, "list", array(count8_u32(24), i16(28), 3)},
+    {0x13, 36, "text", text8(37, 4)},
+};
+constexpr Message kMessage = {0x20, Direction::response, "probe", 42, kElements};
+static_assert(is_sound(kMessage));
+
+const Bytes kSuccess = {0x02, 4, 0, 0, 0, 0, 0};
+const Bytes kFailure = {0x02, 4, 0, 1, 0, 48, 0};
+const Bytes kState = {0x01, 4, 0, 0x78, 0x56, 0x34, 0x12};
+
+Bytes operator+(Bytes left, const Bytes& right) {
+  left.insert(left.end(), right.begin(), right.end());
+  return left;
+}
+
+struct Decoded {
+  bool ok;
+  Bytes structure = Bytes(kMessage.size, 0xEE);
+};
+
+Decoded decode_exact(const Bytes& wire) {
+  Decoded decoded{};
+  ExactBuffer input(wire);
+  ExactBuffer output(kMessage.size);
+  decoded.ok = decode(kMessage, input.span(), output.span());
+  if (decoded.ok) decoded.structure.assign(output.span().begin(), output.span().end());
+  return decoded;
+}
+
+TEST(Codec, NeedsTheMandatoryTlvsOfASuccess) {
+  EXPECT_FALSE(decode_exact(kSuccess).ok);
+  EXPECT_FALSE(decode_exact(kState).ok);
+  EXPECT_TRUE(decode_exact(kSuccess + kState).ok);
+}
+
+TEST(Codec, TakesAFailureResultAlone) {
+  Decoded decoded = decode_exact(kFailure);
+  ASSERT_TRUE(decoded.ok);
+  EXPECT_EQ(get(decoded.structure, 0, 4), 1u);
+  EXPECT_EQ(get(decoded.structure, 4, 4), 48u);
+  EXPECT_EQ(get(decoded.structure, 8, 4), 0u);
+}
+
+TEST(Codec, TakesTlvsInAnyOrder) {
+  Decoded decoded = decode_exact(kState + kSuccess);
+  ASSERT_TRUE(decoded.ok);
+  EXPECT_EQ(get(decoded.structure, 8, 4), 0x12345678u);
+}
+
+TEST(Codec, PassesOverUnknownTlvs) {
+  Decoded decoded = decode_exact(kSuccess + Bytes{0x77, 2, 0, 9, 9} + kState + Bytes{0x78, 0, 0});
+  ASSERT_TRUE(decoded.ok);
+  EXPECT_EQ(get(decoded.structure, 8, 4), 0x12345678u);
+}
+
+TEST(Codec, PassesOverBytesBehindTheKnownElementsOfATlv) {
+  Decoded decoded = decode_exact(kSuccess + Bytes{0x01, 6, 0, 1, 0, 0, 0, 7, 7});
+  ASSERT_TRUE(decoded.ok);
+  EXPECT_EQ(get(decoded.structure, 8, 4), 1u);
+}
+
+TEST(Codec, RefusesATlvLongerThanTheMessage) {
+  EXPECT_FALSE(decode_exact(kSuccess + kState + Bytes{0x77, 5, 0, 1}).ok);
+  EXPECT_FALSE(decode_exact(kSuccess + kState + Bytes{0x77, 0xFF, 0xFF}).ok);
+  EXPECT_FALSE(decode_exact(kSuccess + kState + Bytes{0x77, 0}).ok);
+}
+
+TEST(Codec, RefusesATlvShorterThanItsElements) {
+  EXPECT_FALSE(decode_exact(kSuccess + Bytes{0x01, 0, 0}).ok);
+  EXPECT_FALSE(decode_exact(kSuccess + Bytes{0x01, 3, 0, 1, 2, 3}).ok);
+}
+
+TEST(Codec, ExtendsNegativeNumbersToTheirWidthInTheStructure) {
+  Decoded decoded =
+      decode_exact(kSuccess + kState + Bytes{0x10, 1, 0, 0xB0} + Bytes{0x11, 1, 0, 0xFF});
+  ASSERT_TRUE(decoded.ok);
+  EXPECT_EQ(decoded.structure[12], 1);
+  EXPECT_EQ(decoded.structure[13], 0xB0);
+  EXPECT_EQ(get(decoded.structure, 16, 4), 0xFFFFFFFFu);
+}
+
+TEST(Codec, LeavesTheValidityOfAnAbsentTlvZero) {
+  Decoded decoded = decode_exact(kSuccess + kState);
+  ASSERT_TRUE(decoded.ok);
+  EXPECT_EQ(decoded.structure[12], 0);
+  EXPECT_EQ(decoded.structure[14], 0);
+  EXPECT_EQ(decoded.structure[20], 0);
+}
+
+TEST(Codec, DecodesACountedListUpToItsCapacity) {
+  Decoded decoded = decode_exact(kSuccess + kState + Bytes{0x12, 7, 0, 3, 1, 0, 0xFE, 0xFF, 3, 0});
+  ASSERT_TRUE(decoded.ok);
+  EXPECT_EQ(get(decoded.structure, 24, 4), 3u);
+  EXPECT_EQ(get(decoded.structure, 28, 2), 1u);
+  EXPECT_EQ(get(decoded.structure, 30, 2), 0xFFFEu);
+  EXPECT_EQ(get(decoded.structure, 32, 2), 3u);
+}
+
+TEST(Codec, RefusesToDecodeACountAboveItsCapacity) {
+  EXPECT_FALSE(decode_exact(kSuccess + kState + Bytes{0x12, 9, 0, 4, 1, 0, 2, 0, 3, 0, 4, 0}).ok);
+  EXPECT_FALSE(decode_exact(kSuccess + kState + Bytes{0x13, 6, 0, 5, 'a', 'b', 'c', 'd', 'e'}).ok);
+}
+
+TEST(Codec, RefusesACountAboveTheBytesThatFollow) {
+  EXPECT_FALSE(decode_exact(kSuccess + kState + Bytes{0x12, 3, 0, 2, 1, 0}).ok);
+  EXPECT_FALSE(decode_exact(kSuccess + kState + Bytes{0x12, 0, 0}).ok);
+}
+
+TEST(Codec, RefusesToEncodeACountAboveItsCapacity) {
+  Bytes structure(kMessage.size);
+  structure[20] = 1;
+  Bytes wire(kWireRoom);
+  put(structure, 24, 3, 4);
+  EXPECT_GT(encode(kMessage, structure, wire), 0);
+  put(structure, 24, 4, 4);
+  EXPECT_EQ(encode(kMessage, structure, wire), -1);
+  put(structure, 24, 0xFFFFFFFF, 4);
+  EXPECT_EQ(encode(kMessage, structure, wire), -1);
+}
+
+TEST(Codec, EncodesATextUpToItsTerminator) {
+  Bytes structure(kMessage.size);
+  structure[36] = 1;
+  memcpy(&structure[37], "ab\0d", 5);
+  const Bytes expected = kSuccess + Bytes{0x01, 4, 0, 0, 0, 0, 0} + Bytes{0x13, 3, 0, 2, 'a', 'b'};
+  EXPECT_EQ(encoded(kMessage, structure), expected);
+}
+
+TEST(Codec, EncodesAFullTextWithoutItsTerminator) {
+  Bytes structure(kMessage.size);
+  structure[36] = 1;
+  memcpy(&structure[37], "abcd", 5);
+  Bytes wire = encoded(kMessage, structure);
+  Decoded decoded = decode_exact(wire);
+  ASSERT_TRUE(decoded.ok);
+  EXPECT_STREQ(reinterpret_cast<const char*>(&decoded.structure[37]), "abcd");
+}
+
+TEST(Header, IsStoredLittleEndian) {
+  std::array<uint8_t, kHeaderSize> bytes;
+  store_header({WireType::indication, 0x1234, 0x0110, 0x0203}, bytes);
+  EXPECT_EQ(bytes, (std::array<uint8_t, 7>{4, 0x34, 0x12, 0x10, 0x01, 0x03, 0x02}));
+}
+
+TEST(Header, IsLoadedOnlyWithTheLengthItStates) {
+  const Bytes packet = {2, 0x34, 0x12, 0x10, 0x01, 1, 0, 0xAA};
+  auto header = load_header(packet);
+  ASSERT_TRUE(header);
+  EXPECT_EQ(header->type, WireType::response);
+  EXPECT_EQ(header->transaction, 0x1234);
+  EXPECT_EQ(header->message_id, 0x0110);
+  EXPECT_EQ(header->length, 1);
+  EXPECT_FALSE(load_header(packet + Bytes{0}));
+  for (size_t size = 0; size < packet.size(); ++size) {
+    ExactBuffer cut(std::span<const uint8_t>{packet}.first(size));
+    EXPECT_FALSE(load_header(cut.span())) << size;
+  }
+}
+
+TEST(Header, IsRefusedWithAnUnknownType) {
+  for (int type = 0; type < 256; ++type) {
+    Bytes packet = {static_cast<uint8_t>(type), 1, 0, 1, 0, 0, 0};
+    EXPECT_EQ(load_header(packet).has_value(), type == 0 || type == 2 || type == 4) << type;
+  }
+}
+
+constexpr Element kBehindTheEnd[] = {{0x01, kNoOffset, "value", u32(6)}};
+constexpr Element kCountBehindTheEnd[] = {{0x01, kNoOffset, "l", array(count8_u32(6), u8(0), 4)}};
+constexpr Element kValidityBehindTheEnd[] = {{0x10, 8, "value", u8(0)}};
+constexpr Element kTerminatorBehindTheEnd[] = {{0x01, kNoOffset, "text", text8(0, 8)}};
+constexpr Element kTornTlv[] = {
+    {0x01, kNoOffset, "a", u8(0)}, {0x02, kNoOffset, "b", u8(1)}, {0x01, kNoOffset, "c", u8(2)}};
+constexpr Element kTwoValidities[] = {{0x10, 0, "a", u8(1)}, {0x10, 2, "b", u8(3)}};
+constexpr Element kInside[] = {{0x01, kNoOffset, "value", u32(4)}, {0x10, 0, "b", u8(1)}};
+
+bool sound(std::span<const Element> elements) {
+  return is_sound(Message{1, Direction::request, "probe", 8, elements});
+}
+
+TEST(Soundness, IsSeenInATableThatStaysInsideItsStructure) { EXPECT_TRUE(sound(kInside)); }
+
+TEST(Soundness, IsMissedInElementsBehindTheStructuresEnd) {
+  EXPECT_FALSE(sound(kBehindTheEnd));
+  EXPECT_FALSE(sound(kCountBehindTheEnd));
+  EXPECT_FALSE(sound(kValidityBehindTheEnd));
+  EXPECT_FALSE(sound(kTerminatorBehindTheEnd));
+}
+
+TEST(Soundness, IsMissedInTlvsInPieces) {
+  EXPECT_FALSE(sound(kTornTlv));
+  EXPECT_FALSE(sound(kTwoValidities));
+}
+
+TEST(Soundness, OfAServiceIsThatOfAllItsMessages) {
+  static constexpr Message kMessages[] = {{1, Direction::request, "good", 8, kInside},
+                                          {2, Direction::request, "bad", 8, kBehindTheEnd}};
+  EXPECT_FALSE(is_sound(Service{"probe", 1, 1, kMessages}));
+  EXPECT_TRUE(is_sound(Service{"probe", 1, 1, std::span(kMessages).first(1)}));
+}
+
+}  // namespace
+}  // namespace codec_test

@@ -1,0 +1,86 @@
+// Services that come and go, over every transport.
+#include <gmock/gmock.h>
+
+#include "transport_support.h"
+
+namespace transport_test {
+namespace {
+
+class NameService : public Transport {};
+
+TEST_P(NameService, TellsOfTheServicesThatAreThere) {
+  ScriptedModem modem(endpoint());
+  modem.publish(kService, kInstance);
+  modem.publish(kService, kSecond);
+  auto servers = present();
+  ASSERT_EQ(servers.size(), 2u);
+  EXPECT_EQ(servers[0].service, kService);
+  EXPECT_NE(servers[0].port, servers[1].port);
+  std::vector<uint32_t> instances = {servers[0].instance, servers[1].instance};
+  EXPECT_THAT(instances, testing::UnorderedElementsAre(kInstance, kSecond));
+}
+
+TEST_P(NameService, TellsTheEndOfAnEmptyList) {
+  ScriptedModem modem(endpoint());
+  auto names = watch();
+  ASSERT_NE(names, nullptr);
+  auto announcement = told(*names);
+  ASSERT_TRUE(announcement);
+  EXPECT_EQ(announcement->kind, Announcement::Kind::end_of_list);
+}
+
+TEST_P(NameService, TellsOfServicesThatComeAndGo) {
+  ScriptedModem modem(endpoint());
+  auto names = watch();
+  ASSERT_TRUE(told(*names));
+  modem.publish(kService, kInstance);
+  auto came = told(*names);
+  ASSERT_TRUE(came);
+  EXPECT_EQ(came->kind, Announcement::Kind::appeared);
+  EXPECT_EQ(came->server.instance, kInstance);
+  modem.withdraw(kService);
+  auto went = told(*names);
+  ASSERT_TRUE(went);
+  EXPECT_EQ(went->kind, Announcement::Kind::gone);
+  EXPECT_EQ(went->server, came->server);
+}
+
+TEST_P(NameService, KeepsServicesAndVersionsApart) {
+  ScriptedModem modem(endpoint());
+  auto names = watch();
+  ASSERT_TRUE(told(*names));
+  modem.publish(kOtherService, kInstance);
+  modem.publish(kService, 2);
+  modem.publish(kService, kSecond);
+  auto came = told(*names);
+  ASSERT_TRUE(came);
+  EXPECT_EQ(came->server.service, kService);
+  EXPECT_EQ(came->server.instance, kSecond);
+  EXPECT_EQ(present(kService, 2).size(), 1u);
+  EXPECT_EQ(present(kService, 3).size(), 0u);
+  EXPECT_EQ(present(kOtherService).size(), 1u);
+}
+
+TEST_P(NameService, PublishesAnInstanceOnlyOnce) {
+  ScriptedModem modem(endpoint());
+  modem.publish(kService, kInstance);
+  modem.run([](Server& server) { EXPECT_FALSE(server.publish(kService, kInstance)); });
+  EXPECT_EQ(present().size(), 1u);
+}
+
+TEST_P(NameService, HasNoServicesAfterTheServersEnd) {
+  auto modem = std::make_unique<ScriptedModem>(endpoint());
+  modem->publish(kService, kInstance);
+  auto names = watch();
+  ASSERT_TRUE(told(*names));
+  ASSERT_TRUE(told(*names));
+  modem.reset();
+  auto last = told(*names);
+  EXPECT_TRUE(!last || last->kind == Announcement::Kind::gone);
+  EXPECT_TRUE(present().empty());
+}
+
+INSTANTIATE_TEST_SUITE_P(Over, NameService, every_transport(), kind_name);
+
+}  // namespace
+}  // namespace transport_test

@@ -1,0 +1,54 @@
+#include "phone_path.h"
+
+#include <gtest/gtest.h>
+#include <limits.h>
+
+#include <thread>
+
+#include "temp_folder.h"
+
+namespace {
+
+using test_support::ScopedEnv;
+
+TEST(PhonePath, IsThePathItselfWithoutARoot) {
+  const char* path = "/data/vorn";
+  EXPECT_EQ(phone_path(path), path);
+}
+
+TEST(PhonePath, IsThePathItselfWithAnEmptyRoot) {
+  ScopedEnv root("QOREXT_PHONE_ROOT", "");
+  EXPECT_STREQ(phone_path("/data/vorn"), "/data/vorn");
+}
+
+TEST(PhonePath, HasTheRootInFront) {
+  ScopedEnv root("QOREXT_PHONE_ROOT", "/tmp/phone");
+  EXPECT_STREQ(phone_path("/data/vorn"), "/tmp/phone/data/vorn");
+}
+
+TEST(PhonePath, ServesTwoPathsAtATime) {
+  ScopedEnv root("QOREXT_PHONE_ROOT", "/r");
+  const char* first = phone_path("/a");
+  const char* second = phone_path("/b");
+  EXPECT_STREQ(first, "/r/a");
+  EXPECT_STREQ(second, "/r/b");
+}
+
+TEST(PhonePath, LeavesAPathThatWouldBecomeTooLong) {
+  ScopedEnv root("QOREXT_PHONE_ROOT", "/r");
+  std::string fits = "/" + std::string(PATH_MAX - 4, 'a');
+  std::string too_long = fits + "a";
+  EXPECT_EQ(phone_path(fits.c_str()), "/r" + fits);
+  EXPECT_EQ(phone_path(too_long.c_str()), too_long);
+}
+
+TEST(PhonePath, IsKeptApartForEachThread) {
+  ScopedEnv root("QOREXT_PHONE_ROOT", "/r");
+  const char* mine = phone_path("/mine");
+  std::thread([] {
+    for (int i = 0; i < 4; ++i) EXPECT_STREQ(phone_path("/other"), "/r/other");
+  }).join();
+  EXPECT_STREQ(mine, "/r/mine");
+}
+
+}  // namespace

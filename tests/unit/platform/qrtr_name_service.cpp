@@ -1,0 +1,167 @@
+// The name service's state is a file of the folder, changed under a lock by whichever process has
+// something to say: servers and lookups, one a line.
+#include <fcntl.h>
+#include <string.h>
+#include <sys/file.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <fstream>
+#include <vector>
+
+#include "qrtr_emulation.h"
+
+namespace qrtr_emulation {
+namespace {
+
+struct Entry {
+  char kind;  // 's' a server, 'l' a lookup
+  uint32_t service;
+  uint32_t instance;
+  uint32_t port;
+};
+
+class State {
+ public:
+  State() : lock_(open(file("lock").c_str(), O_CREAT | O_RDWR | O_CLOEXEC, kForEverybody)) {
+    flock(lock_, LOCK_EX);
+    std::ifstream in(file("state"));
+    Entry entry{};
+    while (in >> entry.kind >> entry.service >> entry.instance >> entry.port) {
+      entries.push_back(entry);
+    }
+  }
+  State(const State&) = delete;
+  State& operator=(const State&) = delete;
+  ~State() {
+    std::ofstream out(file("state"));
+    for (const Entry& entry : entries) {
+      out << entry.kind << ' ' << entry.service << ' ' << entry.instance << ' ' << entry.port
+          << '\n';
+    }
+    out.close();
+    chmod(file("state").c_str(), kForEverybody);
+    chmod(file("lock").c_str(), kForEverybody);
+    close(lock_);
+  }
+
+  std::vector<Entry> entries;
+
+ private:
+  static std::string file(const char* name) { return *folder() + "/" + name; }
+  int lock_;
+};
+
+void tell(uint32_t port, const qrtr_ctrl_pkt& packet) {
+  uint8_t bytes[sizeof(packet)];
+  memcpy(bytes, &packet, sizeof(packet));
+  deliver({kNode, QRTR_PORT_CTRL}, port, bytes);
+}
+
+void tell_server(uint32_t port, uint32_t type, const Entry* server) {
+  qrtr_ctrl_pkt packet{};
+  packet.cmd = type;
+  if (server != nullptr) {
+    packet.server.service = server->service;
+    packet.server.instance = server->instance;
+    packet.server.node = kNode;
+    packet.server.port = server->port;
+  }
+  tell(port, packet);
+}
+
+// As the kernel's: an instance that is asked for must be equal, versions and all.
+bool matches(const Entry& lookup, const Entry& server) {
+  if (lookup.service != 0 && lookup.service != server.service) return false;
+  return lookup.instance == 0 || lookup.instance == server.instance;
+}
+
+void announce(const State& state, uint32_t type, const Entry& server) {
+  for (const Entry& entry : state.entries) {
+    if (entry.kind == 'l' && matches(entry, server)) tell_server(entry.port, type, &server);
+  }
+}
+
+void remove_servers(State& state, uint32_t port) {
+  std::vector<Entry> removed;
+  std::erase_if(state.entries, [&](const Entry& entry) {
+    bool gone = entry.kind == 's' && entry.port == port;
+    if (gone) removed.push_back(entry);
+    return gone;
+  });
+  for (const Entry& server : removed) announce(state, QRTR_TYPE_DEL_SERVER, server);
+}
+
+void remove_lookups(State& state, uint32_t port) {
+  std::erase_if(state.entries,
+                [port](const Entry& entry) { return entry.kind == 'l' && entry.port == port; });
+}
+
+void remove_port(State& state, uint32_t port) {
+  remove_lookups(state, port);
+  remove_servers(state, port);
+  qrtr_ctrl_pkt packet{};
+  packet.cmd = QRTR_TYPE_DEL_CLIENT;
+  packet.client.node = kNode;
+  packet.client.port = port;
+  for (const Entry& entry : state.entries) {
+    if (entry.kind == 's') tell(entry.port, packet);
+  }
+  unlink(path_of(port).c_str());
+}
+
+// Ports of processes that have ended without closing them.
+void remove_dead_ports(State& state) {
+  std::vector<uint32_t> dead;
+  for (const Entry& entry : state.entries) {
+    if (!is_open(entry.port)) dead.push_back(entry.port);
+  }
+  for (uint32_t port : dead) remove_port(state, port);
+}
+
+void add_server(State& state, const Entry& server) {
+  remove_servers(state, server.port);
+  state.entries.push_back(server);
+  announce(state, QRTR_TYPE_NEW_SERVER, server);
+}
+
+void add_lookup(State& state, const Entry& lookup) {
+  state.entries.push_back(lookup);
+  for (const Entry& entry : state.entries) {
+    if (entry.kind != 's' || !matches(lookup, entry)) continue;
+    tell_server(lookup.port, QRTR_TYPE_NEW_SERVER, &entry);
+  }
+  tell_server(lookup.port, QRTR_TYPE_NEW_SERVER, nullptr);
+}
+
+}  // namespace
+
+void on_control(uint32_t from_port, std::span<const uint8_t> packet) {
+  qrtr_ctrl_pkt content;
+  if (packet.size() != sizeof(content)) return;
+  memcpy(&content, packet.data(), sizeof(content));
+
+  State state;
+  remove_dead_ports(state);
+  uint32_t service = content.server.service;
+  uint32_t instance = content.server.instance;
+  switch (content.cmd) {
+    case QRTR_TYPE_NEW_SERVER:
+      return add_server(state, {'s', service, instance, from_port});
+    case QRTR_TYPE_DEL_SERVER:
+      return remove_servers(state, from_port);
+    case QRTR_TYPE_NEW_LOOKUP:
+      return add_lookup(state, {'l', service, instance, from_port});
+    case QRTR_TYPE_DEL_LOOKUP:
+      return remove_lookups(state, from_port);
+    default:
+      return;
+  }
+}
+
+void on_close(uint32_t port) {
+  State state;
+  remove_port(state, port);
+}
+
+}  // namespace qrtr_emulation

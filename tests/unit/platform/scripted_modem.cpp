@@ -1,0 +1,106 @@
+#include "scripted_modem.h"
+
+#include <poll.h>
+
+#include <future>
+
+namespace test_support {
+
+using qmi_transport::ServerEvent;
+
+ScriptedModem::ScriptedModem(const qmi_transport::Endpoint& endpoint, Handler handler,
+                             std::chrono::milliseconds patience)
+    : server_(qmi_transport::serve(endpoint, patience)), handler_(std::move(handler)) {
+  if (server_ == nullptr) abort();
+  thread_ = std::thread([this] { serve(); });
+}
+
+ScriptedModem::~ScriptedModem() {
+  run([this](Server&) { ending_ = true; });
+  thread_.join();
+}
+
+void ScriptedModem::run(std::function<void(Server&)> work) {
+  std::promise<void> done;
+  {
+    std::lock_guard lock(mutex_);
+    work_.push_back([&](Server& server) {
+      work(server);
+      done.set_value();
+    });
+  }
+  eventfd_write(wake_.get(), 1);
+  done.get_future().wait();
+}
+
+void ScriptedModem::publish(uint32_t service, uint32_t instance) {
+  run([=](Server& server) { EXPECT_TRUE(server.publish(service, instance)); });
+}
+
+void ScriptedModem::withdraw(uint32_t service) {
+  run([=](Server& server) { server.withdraw(service); });
+}
+
+void ScriptedModem::answer_with(Handler handler) {
+  run([this, &handler](Server&) { handler_ = std::move(handler); });
+}
+
+void ScriptedModem::hold(std::function<void()> meanwhile) {
+  run([&meanwhile](Server&) { meanwhile(); });
+}
+
+std::vector<Request> ScriptedModem::requests() const {
+  std::lock_guard lock(mutex_);
+  return requests_;
+}
+
+size_t ScriptedModem::request_count() const {
+  std::lock_guard lock(mutex_);
+  return requests_.size();
+}
+
+size_t ScriptedModem::peers_gone() const {
+  std::lock_guard lock(mutex_);
+  return peers_gone_;
+}
+
+void ScriptedModem::serve() {
+  Bytes buffer(qmi_transport::kMaxPacketSize);
+  while (!ending_) {
+    pollfd sources[] = {{wake_.get(), POLLIN, 0}, {server_->fd(), POLLIN, 0}};
+    poll(sources, 2, -1);
+    if (sources[0].revents != 0) do_work();
+    if (sources[1].revents != 0) handle_events(buffer);
+  }
+  server_.reset();
+}
+
+void ScriptedModem::handle_events(std::span<uint8_t> buffer) {
+  ServerEvent event = server_->next(buffer);
+  if (event.kind == ServerEvent::Kind::nothing) return;
+  if (event.kind == ServerEvent::Kind::peer_gone) {
+    std::lock_guard lock(mutex_);
+    ++peers_gone_;
+    return;
+  }
+  auto packet = buffer.first(event.size);
+  Request request{event.peer, event.service, Bytes(packet.begin(), packet.end())};
+  {
+    std::lock_guard lock(mutex_);
+    requests_.push_back(request);
+  }
+  if (handler_) handler_(*server_, request);
+}
+
+void ScriptedModem::do_work() {
+  eventfd_t count = 0;
+  eventfd_read(wake_.get(), &count);
+  std::vector<std::function<void(Server&)>> work;
+  {
+    std::lock_guard lock(mutex_);
+    work.swap(work_);
+  }
+  for (auto& each : work) each(*server_);
+}
+
+}  // namespace test_support
