@@ -1,0 +1,50 @@
+// The Unix stream socket that takes command lines and gives back answer lines, from any number of
+// connections. No connection, whatever it sends or fails to read, holds up the others.
+#pragma once
+
+#include <functional>
+#include <map>
+#include <string>
+
+#include "qmi_transport/scoped_fd.h"
+
+namespace modem {
+
+class ControlServer {
+ public:
+  // From one line to its answer, both without the line end.
+  using Answer = std::function<std::string(const std::string& line)>;
+
+  // Listens on `path`. Throws std::system_error when it cannot, also when another process listens
+  // there; a socket file that nobody serves is replaced.
+  ControlServer(const std::string& path, Answer answer);
+  ~ControlServer();
+  ControlServer(const ControlServer&) = delete;
+  ControlServer& operator=(const ControlServer&) = delete;
+
+  // Readable when serve() has something to do.
+  int fd() const { return epoll_.get(); }
+  void serve();
+
+ private:
+  struct Connection {
+    qmi_transport::ScopedFd socket;
+    std::string input;   // behind the last whole line
+    std::string output;  // not yet taken by the client
+  };
+
+  void accept_client();
+  // Each returns false when the connection is at its end.
+  bool handle(Connection& connection, uint32_t events);
+  bool read_lines(Connection& connection);
+  bool write_output(Connection& connection);
+  bool watch(const Connection& connection, bool for_writing);
+
+  std::string path_;
+  Answer answer_;
+  qmi_transport::ScopedFd epoll_;
+  qmi_transport::ScopedFd listener_;
+  std::map<int, Connection> connections_;
+};
+
+}  // namespace modem

@@ -1,0 +1,15 @@
+// The GSM 7-bit default alphabet (3GPP TS 23.038), one character a byte, without its extension
+// table.
+#pragma once
+
+#include <optional>
+#include <string_view>
+
+#include "qmi_json/hex.h"
+
+namespace modem {
+
+// Nothing when the UTF-8 text has a character outside the alphabet.
+std::optional<qmi_json::Bytes> encode_gsm(std::string_view utf8);
+
+}  // namespace modem

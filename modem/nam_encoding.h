@@ -1,0 +1,24 @@
+// Digits as the CDMA over-the-air interface packs them (TIA/EIA-95). Every digit counts as itself,
+// only 0 counts as 10.
+#pragma once
+
+#include <stdint.h>
+
+#include <string>
+#include <string_view>
+
+namespace modem {
+
+// Two or three digits as one number: "00" is 99, "000" is 999.
+uint32_t encode_digits(std::string_view digits);
+std::string decode_digits(uint32_t value, size_t count);
+
+// The seven digits behind the area code as 24 bits: three digits, one digit, three digits.
+uint32_t encode_seven_digits(std::string_view digits);
+std::string decode_seven_digits(uint32_t value);
+
+// One digit as a byte of the directory number: 1 to 9, and 10 for '0'.
+uint8_t encode_digit(char digit);
+char decode_digit(uint32_t value);
+
+}  // namespace modem

@@ -1,0 +1,50 @@
+#include "options.h"
+
+#include <CLI/CLI.hpp>
+
+#include "version.h"
+
+namespace modem {
+namespace {
+
+constexpr int kUsageError = 2;
+
+std::string check_endpoint(const std::string& text) {
+  return qmi_transport::parse_endpoint(text) ? "" : "\"" + text + "\" is not unix:PATH or qrtr";
+}
+
+qmi_transport::Endpoint chosen_endpoint(const std::string& listen) {
+  auto endpoint = listen.empty() ? qmi_transport::endpoint_from_environment()
+                                 : qmi_transport::parse_endpoint(listen);
+  if (!endpoint) throw CLI::ValidationError("QOREXT_MODEM", "is not unix:PATH or qrtr");
+  return *endpoint;
+}
+
+}  // namespace
+
+std::variant<Options, int> parse_options(int argc, char** argv) {
+  Options options{};
+  std::string listen;
+  CLI::App app("A simulated modem: the qorext, NAS and DMS services over QMI.", "qorext_modem");
+  app.add_option("--listen", listen,
+                 "unix:PATH or qrtr (default: $QOREXT_MODEM, else unix:/run/qorext_modem.sock)")
+      ->check(check_endpoint);
+  app.add_option("--control", options.control_path, "Unix socket for commands, one JSON a line");
+  app.add_option("--scenario", options.scenario_path, "TOML file with the state to start from");
+  app.add_option("--ready-fd", options.ready_fd,
+                 "gets one byte and is closed when everything is up")
+      ->check(CLI::NonNegativeNumber);
+  app.add_option("--seed", options.seed, "seed of the random bytes of faults");
+  app.add_flag("--verbose", options.is_verbose, "one line a message on stderr");
+  app.set_version_flag("--version", kVersion);
+
+  try {
+    app.parse(argc, argv);
+    options.endpoint = chosen_endpoint(listen);
+  } catch (const CLI::ParseError& error) {
+    return app.exit(error) == 0 ? 0 : kUsageError;
+  }
+  return options;
+}
+
+}  // namespace modem

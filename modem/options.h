@@ -1,0 +1,25 @@
+// The command line of qorext_modem.
+#pragma once
+
+#include <stdint.h>
+
+#include <string>
+#include <variant>
+
+#include "qmi_transport/transport.h"
+
+namespace modem {
+
+struct Options {
+  qmi_transport::Endpoint endpoint;
+  std::string control_path;   // empty: no control socket
+  std::string scenario_path;  // empty: the factory's content
+  int ready_fd = -1;
+  uint32_t seed = 1;
+  bool is_verbose = false;
+};
+
+// The options, or the status to exit with (0 after --help and --version).
+std::variant<Options, int> parse_options(int argc, char** argv);
+
+}  // namespace modem

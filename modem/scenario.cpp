@@ -1,0 +1,80 @@
+#include "scenario.h"
+
+#include <fmt/format.h>
+#include <toml++/toml.h>
+
+#include "factory.h"
+#include "state_keys.h"
+
+namespace modem {
+namespace {
+
+using nlohmann::json;
+
+constexpr size_t kMaxFaults = 1024;
+
+json to_json(const toml::node& node);
+
+json table_to_json(const toml::table& table) {
+  json object = json::object();
+  for (const auto& [key, value] : table) object[std::string(key.str())] = to_json(value);
+  return object;
+}
+
+json array_to_json(const toml::array& array) {
+  json list = json::array();
+  for (const auto& value : array) list.push_back(to_json(value));
+  return list;
+}
+
+// Kinds of values that no key takes, dates for one, become null and are refused by their key.
+json to_json(const toml::node& node) {
+  if (const auto* table = node.as_table()) return table_to_json(*table);
+  if (const auto* array = node.as_array()) return array_to_json(*array);
+  if (const auto* text = node.as_string()) return text->get();
+  if (const auto* number = node.as_integer()) return number->get();
+  if (const auto* number = node.as_floating_point()) return number->get();
+  if (const auto* flag = node.as_boolean()) return flag->get();
+  return nullptr;
+}
+
+// Of the value itself, or of what should hold it when it is missing.
+toml::source_index line_of(const toml::table& table, std::string path) {
+  constexpr toml::source_index kFirstLine = 1;
+  while (!table.at_path(path)) {
+    size_t cut = path.find_last_of(".[");
+    if (cut == std::string::npos) return kFirstLine;
+    path.resize(cut);
+  }
+  return table.at_path(path).node()->source().begin.line;
+}
+
+[[noreturn]] void fail(const std::string& path, toml::source_index line, std::string_view what) {
+  throw ScenarioError(fmt::format("{}:{}: {}", path, line, what));
+}
+
+}  // namespace
+
+void describe(Archive& archive, Scenario& scenario) {
+  describe(archive, scenario.state);
+  archive.list("faults", scenario.faults, kMaxFaults);
+}
+
+Scenario load_scenario(const std::string& path) {
+  toml::table table;
+  try {
+    table = toml::parse_file(path);
+  } catch (const toml::parse_error& error) {
+    fail(path, error.source().begin.line, error.description());
+  }
+
+  Scenario scenario{factory_state(), {}};
+  try {
+    Archive::from_json(table_to_json(table), "", scenario);
+  } catch (const ArchiveError& error) {
+    fail(path, line_of(table, error.path), error.describe());
+  }
+  return scenario;
+}
+
+}  // namespace modem

@@ -1,0 +1,28 @@
+// The state that the modem starts from, as a TOML file.
+#pragma once
+
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+#include "faults.h"
+#include "state.h"
+
+namespace modem {
+
+struct Scenario {
+  State state;
+  std::vector<Fault> faults;
+};
+
+void describe(Archive& archive, Scenario& scenario);
+
+// The message is one line: file, line, what is wrong.
+struct ScenarioError : std::runtime_error {
+  using std::runtime_error::runtime_error;
+};
+
+// The factory's content with what the file changes. Throws ScenarioError.
+Scenario load_scenario(const std::string& path);
+
+}  // namespace modem

@@ -1,0 +1,144 @@
+#include "server_loop.h"
+
+#include <errno.h>
+#include <fmt/format.h>
+#include <signal.h>
+#include <stdio.h>
+#include <sys/epoll.h>
+#include <sys/signalfd.h>
+
+#include <algorithm>
+#include <system_error>
+
+#include "services.h"
+
+namespace modem {
+namespace {
+
+using qmi_transport::ScopedFd;
+
+constexpr int kWaitForever = -1;
+constexpr uint32_t kInstance = 1;
+constexpr uint32_t kInstanceShift = 8;
+
+[[noreturn]] void fail(const char* what) {
+  throw std::system_error(errno, std::generic_category(), what);
+}
+
+ScopedFd block_signals() {
+  signal(SIGPIPE, SIG_IGN);
+  sigset_t signals;
+  sigemptyset(&signals);
+  sigaddset(&signals, SIGTERM);
+  sigaddset(&signals, SIGINT);
+  if (sigprocmask(SIG_BLOCK, &signals, nullptr) != 0) fail("sigprocmask");
+  return ScopedFd(signalfd(-1, &signals, SFD_CLOEXEC | SFD_NONBLOCK));
+}
+
+}  // namespace
+
+ServerLoop::ServerLoop(Simulator& simulator, std::unique_ptr<qmi_transport::Server> server,
+                       const std::string& control_path, bool is_verbose)
+    : simulator_(simulator),
+      server_(std::move(server)),
+      control_(simulator),
+      is_verbose_(is_verbose),
+      buffer_(qmi_transport::kMaxPacketSize),
+      epoll_(epoll_create1(EPOLL_CLOEXEC)),
+      signals_(block_signals()) {
+  watch(signals_.get());
+  watch(server_->fd());
+  if (!control_path.empty()) {
+    control_server_.emplace(control_path, [this](const std::string& line) { return answer(line); });
+    watch(control_server_->fd());
+  }
+  for (const qmi_idl::Service* service : services()) {
+    perform({Action::Kind::publish, service->id, 0, {}});
+  }
+}
+
+void ServerLoop::watch(int fd) {
+  epoll_event event{};
+  event.events = EPOLLIN;
+  event.data.fd = fd;
+  if (epoll_ctl(epoll_.get(), EPOLL_CTL_ADD, fd, &event) != 0) fail("epoll_ctl");
+}
+
+void ServerLoop::run() {
+  while (!is_ending_ && !control_.quit_wanted()) {
+    epoll_event event{};
+    int count = epoll_wait(epoll_.get(), &event, 1, timeout_ms());
+    if (count < 0 && errno != EINTR) fail("epoll_wait");
+    if (count == 1) handle(event.data.fd);
+    perform_due();
+  }
+}
+
+void ServerLoop::handle(int fd) {
+  if (fd == server_->fd()) return receive();
+  if (fd == signals_.get()) {
+    is_ending_ = true;
+    return;
+  }
+  control_server_->serve();
+}
+
+void ServerLoop::receive() {
+  qmi_transport::ServerEvent event = server_->next(buffer_);
+  if (event.kind != qmi_transport::ServerEvent::Kind::packet) return;
+  const qmi_idl::Service* service = find_service(event.service);
+  if (service == nullptr) return;
+
+  auto packet = std::span<const uint8_t>(buffer_).first(event.size);
+  trace(event.service, packet);
+  simulator_.receive(*service, event.peer, packet);
+}
+
+void ServerLoop::perform_due() {
+  while (auto action = simulator_.device.outbox.take_due(Clock::now())) perform(*action);
+}
+
+void ServerLoop::perform(const Action& action) {
+  switch (action.kind) {
+    case Action::Kind::send:
+      return send(action.service, action.peer, action.packet);
+    case Action::Kind::broadcast:
+      for (uint64_t peer : server_->peers(action.service)) {
+        send(action.service, peer, action.packet);
+      }
+      return;
+    case Action::Kind::withdraw:
+      return server_->withdraw(action.service);
+    case Action::Kind::publish:
+      server_->publish(action.service,
+                       kInstance << kInstanceShift | find_service(action.service)->version);
+      return;
+  }
+}
+
+// A client that is gone or does not read is the transport's affair.
+void ServerLoop::send(uint32_t service, uint64_t peer, const Bytes& packet) {
+  trace(service, packet);
+  server_->send(peer, packet);
+}
+
+void ServerLoop::trace(uint32_t service, std::span<const uint8_t> packet) const {
+  if (!is_verbose_) return;
+  fmt::print(stderr, "{}\n", packet_text(*find_service(service), packet));
+}
+
+int ServerLoop::timeout_ms() const {
+  auto due = simulator_.device.outbox.next_due();
+  if (!due) return kWaitForever;
+  auto left = std::chrono::ceil<milliseconds>(*due - Clock::now()).count();
+  return static_cast<int>(std::clamp<int64_t>(left, 0, INT32_MAX));
+}
+
+// What a command brings about is done before its answer goes out.
+std::string ServerLoop::answer(const std::string& line) {
+  std::string text = control_.answer(line);
+  perform_due();
+  return text;
+}
+
+}  // namespace modem

@@ -1,0 +1,48 @@
+// The modem's one loop: packets of clients, control lines, signals and delayed actions.
+#pragma once
+
+#include <memory>
+#include <optional>
+#include <string>
+
+#include "control.h"
+#include "control_server.h"
+#include "qmi_transport/scoped_fd.h"
+#include "qmi_transport/transport.h"
+#include "simulator.h"
+
+namespace modem {
+
+class ServerLoop {
+ public:
+  // Publishes the services on `server` and listens for control lines, when a path is given. SIGTERM
+  // and SIGINT are blocked from here on and end run(). Throws std::system_error.
+  ServerLoop(Simulator& simulator, std::unique_ptr<qmi_transport::Server> server,
+             const std::string& control_path, bool is_verbose);
+
+  // Until a signal or the command "quit".
+  void run();
+
+ private:
+  void watch(int fd);
+  void handle(int fd);
+  void receive();
+  void perform_due();
+  void perform(const Action& action);
+  void send(uint32_t service, uint64_t peer, const Bytes& packet);
+  void trace(uint32_t service, std::span<const uint8_t> packet) const;
+  int timeout_ms() const;
+  std::string answer(const std::string& line);
+
+  Simulator& simulator_;
+  std::unique_ptr<qmi_transport::Server> server_;
+  Control control_;
+  bool is_verbose_;
+  bool is_ending_ = false;
+  Bytes buffer_;
+  qmi_transport::ScopedFd epoll_;
+  qmi_transport::ScopedFd signals_;
+  std::optional<ControlServer> control_server_;
+};
+
+}  // namespace modem

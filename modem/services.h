@@ -1,0 +1,27 @@
+// The services that the modem publishes.
+#pragma once
+
+#include <span>
+#include <string>
+#include <string_view>
+
+#include "qmi_idl/descriptor.h"
+
+namespace modem {
+
+// NAS, DMS and qorext, from the libraries that describe them.
+std::span<const qmi_idl::Service* const> services();
+
+const qmi_idl::Service& nas_service();
+const qmi_idl::Service& dms_service();
+const qmi_idl::Service& qorext_service();
+
+// Null when the modem has no such service.
+const qmi_idl::Service* find_service(uint32_t id);
+const qmi_idl::Service* find_service(std::string_view name);
+
+// "qorext element_read request", or the number of a message that is not described.
+std::string message_name(const qmi_idl::Service& service, qmi_idl::Direction direction,
+                         uint32_t id);
+
+}  // namespace modem

@@ -1,0 +1,7 @@
+#pragma once
+
+namespace modem {
+
+constexpr const char* kVersion = QOREXT_VERSION;
+
+}  // namespace modem

@@ -1,0 +1,244 @@
+#include "control.h"
+
+#include "modem_test.h"
+#include "state_keys.h"
+
+namespace {
+
+using nlohmann::json;
+using ::testing::HasSubstr;
+
+class ControlLines : public ModemTest {
+ protected:
+  json line(const std::string& text) { return json::parse(control.answer(text)); }
+  json command(const json& object) { return line(object.dump()); }
+  std::string error_of(const json& object) {
+    json answer = command(object);
+    EXPECT_EQ(answer["ok"], false);
+    return answer["error"];
+  }
+
+  modem::Control control{simulator};
+};
+
+TEST_F(ControlLines, VersionIsTold) {
+  json answer = line(R"({"command":"version"})");
+  EXPECT_EQ(answer["ok"], true);
+  EXPECT_EQ(answer["version"].get<std::string>().substr(0, 2), "0.");
+}
+
+TEST_F(ControlLines, AnswerIsOneLineOfAsciiOrUtf8) {
+  std::string answer = control.answer(R"({"command":"state"})");
+  EXPECT_EQ(answer.find('\n'), std::string::npos);
+  EXPECT_THAT(answer, HasSubstr("Ærø Tel"));
+}
+
+TEST_F(ControlLines, StateGoesOutAndComesBackUnchanged) {
+  json before = command({{"command", "state"}})["state"];
+  EXPECT_EQ(before["nam"]["mdn"], "9135550142");
+  EXPECT_EQ(before["nam"]["imsi_t"], "310009135550142");
+  EXPECT_EQ(before["settings"]["fsg_version"], "QOR-FSG-01.02.03");
+  EXPECT_EQ(before["lte"]["band"], 25);
+  EXPECT_EQ(before["engineering"]["call_processing"]["channel"], 283);
+
+  EXPECT_EQ(command({{"command", "set"}, {"state", before}})["ok"], true);
+  EXPECT_EQ(command({{"command", "state"}})["state"], before);
+}
+
+TEST_F(ControlLines, SetChangesWhatItNamesAndNothingElse) {
+  json before = command({{"command", "state"}})["state"];
+  command({{"command", "set"}, {"state", {{"lte", {{"rsrp", -101}}}}}});
+  json expected = before;
+  expected["lte"]["rsrp"] = -101;
+  EXPECT_EQ(command({{"command", "state"}})["state"], expected);
+}
+
+TEST_F(ControlLines, SetOfTheNamWritesItsItems) {
+  command({{"command", "set"},
+           {"state", {{"nam", {{"mdn", "5550100"}, {"min", "0000000000"}, {"home_sid", 258}}}}}});
+  EXPECT_EQ(ask_qorext("element_read", {{"rde_id", 8}})["data"],
+            "00070505050a010a0a0000000000000000");
+  EXPECT_EQ(ask_qorext("element_read", {{"rde_id", 26}})["data"], "000000e703");  // 999
+  EXPECT_EQ(ask_qorext("element_read", {{"rde_id", 25}})["data"], "0000000000e7ebf900");
+  EXPECT_EQ(ask_qorext("element_read", {{"rde_id", 15}})["data"].get<std::string>().substr(0, 10),
+            "0002010c00");
+  EXPECT_EQ(command({{"command", "state"}})["state"]["nam"]["min"], "0000000000");
+}
+
+TEST_F(ControlLines, SetOfAnItemWinsOverTheNam) {
+  command({{"command", "set"},
+           {"state", {{"nam", {{"scm", 1}}}, {"nv", {{{"rde_id", 36}, {"data", "02"}}}}}}});
+  EXPECT_EQ(command({{"command", "state"}})["state"]["nam"]["scm"], 2);
+}
+
+TEST_F(ControlLines, SetCanTakeAnItemAway) {
+  command({{"command", "set"}, {"state", {{"nv", {{{"rde_id", 8029}, {"absent", true}}}}}}});
+  EXPECT_EQ(ask_qorext("element_read", {{"rde_id", 8029}})["result"], result(1, 16));
+}
+
+TEST_F(ControlLines, SetWithAnErrorChangesNothing) {
+  EXPECT_EQ(error_of({{"command", "set"},
+                      {"state", {{"carrier", {{"bsr_timer", 1}}}, {"lte", {{"mcc", 1000}}}}}}),
+            "lte.mcc: wants a number from 0 to 999");
+  EXPECT_EQ(state().carrier.bsr_timer, 300U);
+}
+
+TEST_F(ControlLines, WrongStatesAreToldByTheirPath) {
+  const std::pair<json, const char*> kCases[] = {
+      {{{"lte", 1}}, "lte: wants named values"},
+      {{{"lte", {{"rat", 1}}}}, "lte.rat: unknown key"},
+      {{{"lte", {{"mcc", "1"}}}}, "lte.mcc: wants a number from 0 to 999"},
+      {{{"nam", {{"min", "123"}}}}, "nam.min: wants a text of 10 digits"},
+      {{{"nam", {{"mdn", "555-0142"}}}}, "nam.mdn: wants a text of 0 to 15 digits"},
+      {{{"operators", {{{"mcc", 1}, {"short_name", "北"}}}}},
+       "operators[0].short_name: has a character that is not in the GSM alphabet"},
+      {{{"operators", {{{"long_name", std::string(65, 'a')}}}}},
+       "operators[0].long_name: has more than 64 characters"},
+      {{{"ehrpd_apns", {{{"ipv4", "1.2.3"}}}}}, "ehrpd_apns[0].ipv4: wants an IPv4 address"},
+      {{{"ehrpd_apns", {{{"ipv6", "::g"}}}}}, "ehrpd_apns[0].ipv6: wants an IPv6 address"},
+      {{{"ehrpd_apns", json::array({1, 2, 3, 4, 5, 6, 7, 8, 9})}},
+       "ehrpd_apns: has room for 8 entries"},
+      {{{"nv", {{{"rde_id", 1}, {"data", std::string(1026, '0')}}}}},
+       "nv[0].data: wants 0 to 512 bytes"},
+      {{{"nv", {{{"rde_id", 1}, {"data", "0"}}}}},
+       "nv[0].data: wants hexadecimal digits, two a byte"},
+      {{{"carrier", {{"tot_order", 1}}}}, "carrier.tot_order: wants a list"},
+      {{{"carrier", {{"tot_order", {1, -1}}}}},
+       "carrier.tot_order[1]: wants a number from 0 to 4294967295"},
+      {{{"security", {{"subsidy_lock_code", "12345"}}}},
+       "security.subsidy_lock_code: wants 6 characters"},
+  };
+  for (const auto& [given, error] : kCases) {
+    EXPECT_EQ(error_of({{"command", "set"}, {"state", given}}), error);
+  }
+}
+
+TEST_F(ControlLines, ItemsAreReadAndWritten) {
+  EXPECT_EQ(command({{"command", "nv"}, {"rde_id", 6000}, {"record", 2}, {"data", "01 02"}}),
+            (json{{"ok", true}, {"rde_id", 6000}, {"record", 2}, {"data", "0102"}}));
+  EXPECT_EQ(command({{"command", "nv"}, {"rde_id", 6000}, {"record", 2}})["data"], "0102");
+  EXPECT_EQ(error_of({{"command", "nv"}, {"rde_id", 6000}}), "there is no such NV item");
+}
+
+TEST_F(ControlLines, IndicationsGoToAllClientsInABurst) {
+  EXPECT_EQ(command({{"command", "indicate"},
+                     {"indication", "carrier_event"},
+                     {"fields", {{"value", 258}}},
+                     {"count", 3}})["ok"],
+            true);
+  auto due = actions();
+  ASSERT_EQ(due.size(), 3U);
+  for (const Action& action : due) {
+    EXPECT_EQ(action.kind, Action::Kind::broadcast);
+    EXPECT_EQ(action.packet, (Bytes{4, 0, 0, 0x12, 0, 5, 0, 1, 2, 0, 2, 1}));
+  }
+}
+
+TEST_F(ControlLines, IndicationsMayComeAtIntervals) {
+  command(
+      {{"command", "indicate"}, {"indication", "notify"}, {"count", 3}, {"interval_ms", 60000}});
+  EXPECT_EQ(actions().size(), 1U);
+  EXPECT_EQ(actions(std::chrono::seconds(61)).size(), 1U);
+  EXPECT_EQ(actions(std::chrono::seconds(121)).size(), 1U);
+}
+
+TEST_F(ControlLines, EveryIndicationCanBeSentWithoutFields) {
+  for (const auto& message : modem::qorext_service().messages) {
+    if (message.direction != qmi_idl::Direction::indication) continue;
+    EXPECT_EQ(command({{"command", "indicate"}, {"indication", message.name}})["ok"], true);
+    EXPECT_EQ(actions().size(), 1U) << message.name;
+  }
+}
+
+TEST_F(ControlLines, WrongIndicationsAreRefused) {
+  EXPECT_EQ(error_of({{"command", "indicate"}, {"indication", "nothing"}}),
+            "unknown indication \"nothing\"");
+  EXPECT_EQ(error_of({{"command", "indicate"}, {"indication", "notify"}, {"count", 100001}}),
+            "count: wants a number from 0 to 100000");
+  EXPECT_EQ(error_of({{"command", "indicate"}, {"indication", "utils"}, {"fields", {{"x", 1}}}}),
+            "utils: unknown field \"x\"");
+  EXPECT_TRUE(actions().empty());
+}
+
+TEST_F(ControlLines, FaultsAreAddedListedAndCleared) {
+  command({{"command", "fault"}, {"service", "nas"}, {"kind", "silent"}, {"times", 2}});
+  EXPECT_EQ(command({{"command", "faults"}})["faults"][0]["times"], 2);
+  EXPECT_EQ(command({{"command", "clear_faults"}})["ok"], true);
+  EXPECT_EQ(command({{"command", "faults"}})["faults"], json::array());
+}
+
+TEST_F(ControlLines, WrongFaultsAreRefused) {
+  EXPECT_EQ(error_of({{"command", "fault"}}), "kind: is missing");
+  EXPECT_EQ(error_of({{"command", "fault"}, {"kind", "silent"}, {"service", "x"}}),
+            "service: there is no service \"x\"");
+  EXPECT_EQ(error_of({{"command", "fault"}, {"kind", "silent"}, {"message", "utilz"}}),
+            "message: there is no request \"utilz\"");
+  EXPECT_EQ(
+      error_of(
+          {{"command", "fault"}, {"kind", "silent"}, {"service", "nas"}, {"message", "utils"}}),
+      "message: there is no request \"utils\"");
+  EXPECT_TRUE(simulator.faults.all().empty());
+}
+
+TEST_F(ControlLines, ServicesGoAndCome) {
+  command({{"command", "service"}, {"name", "nas"}, {"up", false}});
+  command({{"command", "service"}, {"name", "nas"}, {"up", true}});
+  auto due = actions();
+  ASSERT_EQ(due.size(), 2U);
+  EXPECT_EQ(due[0].kind, Action::Kind::withdraw);
+  EXPECT_EQ(due[1].kind, Action::Kind::publish);
+  EXPECT_EQ(due[1].service, 3U);
+  EXPECT_EQ(error_of({{"command", "service"}, {"name", "wds"}, {"up", true}}),
+            "there is no service \"wds\"");
+  EXPECT_EQ(error_of({{"command", "service"}, {"name", "nas"}, {"up", 1}}),
+            "up: wants true or false");
+}
+
+TEST_F(ControlLines, RequestsAreListedUntilCleared) {
+  ask_qorext("set_bsr_timer", {{"timer", 5}});
+  ask(modem::nas_service(), "get_sig_info");
+  json requests = command({{"command", "requests"}})["requests"];
+  ASSERT_EQ(requests.size(), 2U);
+  EXPECT_EQ(requests[0]["service"], "qorext");
+  EXPECT_EQ(requests[0]["message"], "set_bsr_timer");
+  EXPECT_EQ(requests[0]["fields"], (json{{"timer", 5}}));
+  EXPECT_THAT(requests[1]["time"].get<std::string>(),
+              ::testing::MatchesRegex("[0-9-]+T[0-9:]+\\.[0-9]+Z"));
+
+  command({{"command", "clear_requests"}});
+  EXPECT_EQ(command({{"command", "requests"}})["requests"], json::array());
+}
+
+TEST_F(ControlLines, WrongLinesGetOneClearError) {
+  EXPECT_EQ(line("{")["error"], "the line is not JSON");
+  EXPECT_EQ(line("")["error"], "the line is not JSON");
+  EXPECT_EQ(line("[]")["error"], "a line is an object with a \"command\"");
+  EXPECT_EQ(line("{}")["error"], "a line is an object with a \"command\"");
+  EXPECT_EQ(error_of({{"command", "fly"}}), "there is no command \"fly\"");
+  EXPECT_EQ(error_of({{"command", "version"}, {"x", 1}}), "x: unknown key");
+  EXPECT_FALSE(control.quit_wanted());
+}
+
+TEST_F(ControlLines, MissingArgumentsAreToldByName) {
+  EXPECT_EQ(error_of({{"command", "set"}}), "state: is missing");
+  EXPECT_EQ(error_of({{"command", "nv"}}), "rde_id: is missing");
+  EXPECT_EQ(error_of({{"command", "indicate"}}), "indication: is missing");
+  EXPECT_EQ(error_of({{"command", "service"}, {"up", true}}), "name: is missing");
+  EXPECT_EQ(error_of({{"command", "service"}, {"name", "nas"}}), "up: is missing");
+}
+
+TEST_F(ControlLines, LineThatIsNotUtf8IsAnsweredAllTheSame) {
+  EXPECT_EQ(json::parse(control.answer("{\"command\":\"\xFF\"}"))["ok"], false);
+}
+
+TEST_F(ControlLines, StateWithBytesThatAreNoTextIsTold) {
+  state().nv.put({32}, {0xFF, 0xFE, 1, 2, 3, 4});
+  EXPECT_EQ(command({{"command", "state"}})["ok"], true);
+}
+
+TEST_F(ControlLines, QuitIsRememberedByTheLoop) {
+  EXPECT_EQ(command({{"command", "quit"}})["ok"], true);
+  EXPECT_TRUE(control.quit_wanted());
+}
+
+}  // namespace

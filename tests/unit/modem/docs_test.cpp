@@ -1,0 +1,84 @@
+// The examples of the modem's pages do what the pages say.
+#include <unistd.h>
+
+#include <filesystem>
+#include <fstream>
+#include <sstream>
+
+#include "control.h"
+#include "modem_test.h"
+#include "scenario.h"
+
+namespace {
+
+using nlohmann::json;
+
+// The lines of the code blocks that begin with this fence.
+std::vector<std::string> blocks_of(const std::string& page, const std::string& fence) {
+  std::ifstream stream(std::string(QOREXT_DOCS_PATH) + "/" + page);
+  std::vector<std::string> blocks;
+  bool is_inside = false;
+  bool is_wanted = false;
+  for (std::string line; std::getline(stream, line);) {
+    if (line.starts_with("```")) {
+      is_inside = !is_inside;
+      is_wanted = is_inside && line == fence;
+      if (is_wanted) blocks.emplace_back();
+    } else if (is_wanted) {
+      blocks.back() += line + "\n";
+    }
+  }
+  return blocks;
+}
+
+// Answers that change from run to run, or are shown in part.
+bool is_exact(const std::string& answer) {
+  return answer.find("...") == std::string::npos && answer.find("\"time\"") == std::string::npos;
+}
+
+class Docs : public ModemTest {};
+
+TEST_F(Docs, ControlExamplesAreAnsweredAsShown) {
+  modem::Control control(simulator);
+  int checked = 0;
+  for (const std::string& block : blocks_of("modem-control.md", "```")) {
+    std::istringstream lines(block);
+    for (std::string request, answer;
+         std::getline(lines, request) && std::getline(lines, answer);) {
+      std::string given = control.answer(request);
+      if (is_exact(answer)) {
+        EXPECT_EQ(json::parse(given), json::parse(answer)) << request;
+      }
+      EXPECT_EQ(json::parse(given)["ok"], answer.find("\"ok\":true") != std::string::npos);
+      ++checked;
+    }
+  }
+  EXPECT_GE(checked, 12);
+}
+
+TEST_F(Docs, ScenarioExamplesLoad) {
+  auto blocks = blocks_of("scenarios.md", "```toml");
+  EXPECT_GE(blocks.size(), 2U);
+  std::string path = "/tmp/modem_docs_" + std::to_string(getpid()) + ".toml";
+  for (const std::string& block : blocks) {
+    std::ofstream(path) << block;
+    EXPECT_NO_THROW(modem::load_scenario(path)) << block;
+  }
+  std::filesystem::remove(path);
+}
+
+TEST_F(Docs, EveryKeyOfTheStateIsInTheScenarioPage) {
+  std::ifstream stream(std::string(QOREXT_DOCS_PATH) + "/scenarios.md");
+  std::string page{std::istreambuf_iterator<char>(stream), {}};
+  modem::Control control(simulator);
+  json state = json::parse(control.answer(R"({"command":"state"})"))["state"].flatten();
+  for (const auto& [pointer, value] : state.items()) {
+    std::string name = pointer.substr(pointer.find_last_of('/') + 1);
+    if (isdigit(static_cast<unsigned char>(name[0])) != 0) continue;
+    bool is_told = page.find("`" + name + "`") != std::string::npos ||
+                   page.find("." + name + "`") != std::string::npos;
+    EXPECT_TRUE(is_told) << pointer;
+  }
+}
+
+}  // namespace

@@ -1,0 +1,222 @@
+#include <gmock/gmock.h>
+
+#include "modem_process.h"
+#include "services.h"
+
+namespace {
+
+using ::testing::HasSubstr;
+
+TEST_F(ModemProcess, ServesAllThreeServices) {
+  start();
+  ServiceClient qorext(endpoint, modem::qorext_service());
+  ServiceClient nas(endpoint, modem::nas_service());
+  ServiceClient dms(endpoint, modem::dms_service());
+  ASSERT_TRUE(qorext.is_open() && nas.is_open() && dms.is_open());
+
+  EXPECT_EQ(qorext.ask("element_read", {{"rde_id", 32}})["data"], "303030303030");
+  EXPECT_EQ(nas.ask("get_sig_info")["lte_rssi"], -67);
+  EXPECT_EQ(dms.ask("verify_subsidy_lock", {{"code", "323436383130"}})["result"]["result"], 0);
+}
+
+TEST_F(ModemProcess, WhatOneClientWritesAnotherReads) {
+  start();
+  ServiceClient first(endpoint, modem::qorext_service());
+  ServiceClient second(endpoint, modem::qorext_service());
+  first.ask("element_write", {{"rde_id", 6000}, {"length", 2}, {"data", "beef"}});
+  EXPECT_EQ(second.ask("element_read", {{"rde_id", 6000}})["data"], "beef");
+  ControlClient control(control_path);
+  EXPECT_EQ(control.command({{"command", "nv"}, {"rde_id", 6000}})["data"], "beef");
+}
+
+TEST_F(ModemProcess, IndicationsReachEveryClientOfTheService) {
+  start();
+  ServiceClient first(endpoint, modem::qorext_service());
+  ServiceClient second(endpoint, modem::qorext_service());
+  // An answered request shows that the modem knows the client.
+  first.ask("get_bsr_timer");
+  second.ask("get_bsr_timer");
+  ControlClient control(control_path);
+  control.command({{"command", "indicate"},
+                   {"indication", "carrier_event"},
+                   {"fields", {{"value", 7}}},
+                   {"count", 2}});
+  for (int i = 0; i < 2; ++i) {
+    EXPECT_EQ(first.next_fields(), (json{{"value", 7}}));
+    EXPECT_EQ(second.next_fields(), (json{{"value", 7}}));
+  }
+}
+
+TEST_F(ModemProcess, PfpRequestBringsItsIndication) {
+  start();
+  ServiceClient client(endpoint, modem::qorext_service());
+  EXPECT_EQ(client.ask("pfp")["state"], 0);
+  EXPECT_EQ(client.next_fields()["rat"], 8);
+}
+
+TEST_F(ModemProcess, LateAnswerIsSentWhenItsTimeHasCome) {
+  start();
+  ServiceClient client(endpoint, modem::qorext_service());
+  ControlClient control(control_path);
+  control.command({{"command", "fault"}, {"kind", "delay"}, {"delay_ms", 200}});
+  auto asked = Clock::now();
+  EXPECT_EQ(client.ask("get_bsr_timer")["timer"], 300);
+  EXPECT_GE(Clock::now() - asked, std::chrono::milliseconds(200));
+}
+
+TEST_F(ModemProcess, ServiceGoesAwayAndComesBack) {
+  start();
+  ServiceClient client(endpoint, modem::qorext_service());
+  client.ask("get_bsr_timer");
+  ControlClient control(control_path);
+  control.command({{"command", "service"}, {"name", "qorext"}, {"up", false}});
+  EXPECT_TRUE(client.sees_the_service_go());
+  EXPECT_TRUE(client.next(qmi_transport::Announcement::Kind::gone).has_value());
+
+  control.command({{"command", "service"}, {"name", "qorext"}, {"up", true}});
+  EXPECT_TRUE(client.next(qmi_transport::Announcement::Kind::appeared).has_value());
+  ServiceClient next(endpoint, modem::qorext_service());
+  EXPECT_EQ(next.ask("get_bsr_timer")["timer"], 300);
+}
+
+TEST_F(ModemProcess, CloseFaultDropsTheClients) {
+  start();
+  ServiceClient client(endpoint, modem::qorext_service());
+  ControlClient control(control_path);
+  control.command({{"command", "fault"}, {"kind", "close"}, {"times", 1}});
+  EXPECT_EQ(client.ask("get_bsr_timer"), "nothing");
+  ServiceClient next(endpoint, modem::qorext_service());
+  EXPECT_EQ(next.ask("get_bsr_timer")["timer"], 300);
+}
+
+TEST_F(ModemProcess, BadPacketsDoNotEndIt) {
+  start();
+  ServiceClient good(endpoint, modem::qorext_service());
+  {
+    ServiceClient bad(endpoint, modem::qorext_service());
+    bad.send({0xFF});
+    bad.send({0, 1, 0, 0x08, 0, 9, 0, 1});
+    bad.send(modem::result_packet(1, 8, 0, 0));
+    bad.send(modem::make_packet(qmi_idl::WireType::request, 1, 8, Bytes{1, 0xFF, 0xFF}));
+    EXPECT_EQ(bad.next_fields()["result"]["error"], 1);
+    bad.send(modem::make_packet(qmi_idl::WireType::request, 2, 8, Bytes(65535)));
+  }
+  EXPECT_EQ(good.ask("get_bsr_timer")["timer"], 300);
+}
+
+TEST_F(ModemProcess, ControlAnswersSeveralConnectionsLineByLine) {
+  start();
+  ControlClient first(control_path);
+  ControlClient second(control_path);
+  first.send_text("{\"command\":\"ver");
+  EXPECT_EQ(second.command({{"command", "version"}})["ok"], true);
+  first.send_text("sion\"}\nnonsense\n{\"command\":\"faults\"}\n");
+  EXPECT_EQ(json::parse(first.read_line())["ok"], true);
+  EXPECT_EQ(json::parse(first.read_line())["error"], "the line is not JSON");
+  EXPECT_EQ(json::parse(first.read_line())["faults"], json::array());
+}
+
+TEST_F(ModemProcess, EndlessControlLineEndsOnlyItsConnection) {
+  start();
+  ControlClient flood(control_path);
+  std::string chunk(1 << 16, 'x');
+  while (send(flood.fd(), chunk.data(), chunk.size(), MSG_NOSIGNAL) > 0) {
+  }
+  ControlClient other(control_path);
+  EXPECT_EQ(other.command({{"command", "version"}})["ok"], true);
+}
+
+TEST_F(ModemProcess, ClientThatReadsNoAnswersHoldsUpNobody) {
+  start();
+  ControlClient deaf(control_path);
+  std::string lines;
+  for (int i = 0; i < 200; ++i) lines += "{\"command\":\"state\"}\n";
+  deaf.send_text(lines);
+  ControlClient other(control_path);
+  EXPECT_EQ(other.command({{"command", "version"}})["ok"], true);
+  for (int i = 0; i < 200; ++i) EXPECT_EQ(json::parse(deaf.read_line())["ok"], true);
+}
+
+TEST_F(ModemProcess, SignalsEndItCleanly) {
+  for (int number : {SIGTERM, SIGINT}) {
+    start();
+    kill(pid_, number);
+    EXPECT_EQ(wait_for_end(), 0);
+    EXPECT_FALSE(exists(endpoint.path));
+    EXPECT_FALSE(exists(control_path));
+  }
+}
+
+TEST_F(ModemProcess, QuitEndsItCleanlyAfterItsAnswer) {
+  start();
+  ControlClient control(control_path);
+  EXPECT_EQ(control.command({{"command", "quit"}})["ok"], true);
+  EXPECT_EQ(wait_for_end(), 0);
+  EXPECT_FALSE(exists(control_path));
+}
+
+TEST_F(ModemProcess, SocketLeftByADeadModemIsReplaced) {
+  start();
+  kill(pid_, SIGKILL);
+  waitpid(pid_, nullptr, 0);
+  EXPECT_TRUE(exists(control_path));
+  start();
+  EXPECT_TRUE(ControlClient(control_path).is_connected());
+}
+
+TEST_F(ModemProcess, ControlSocketInUseIsNotTakenOver) {
+  start();
+  pid_t first = pid_;
+  launch({"--listen", "unix:" + endpoint.path + "2", "--control", control_path});
+  EXPECT_EQ(wait_for_end(), 1);
+  EXPECT_THAT(text_of("errors"), HasSubstr("control: Address already in use"));
+  pid_ = first;
+  EXPECT_EQ(ControlClient(control_path).command({{"command", "version"}})["ok"], true);
+}
+
+TEST_F(ModemProcess, VerboseTellsMessagesByName) {
+  start({"--verbose"});
+  ServiceClient client(endpoint, modem::qorext_service());
+  client.ask("set_bsr_timer", {{"timer", 9}});
+  EXPECT_EQ(text_of("errors"),
+            "qorext set_bsr_timer request {\"timer\":9}\n"
+            "qorext set_bsr_timer response {\"error\":0,\"outcome\":1}\n");
+}
+
+TEST_F(ModemProcess, ScenarioIsItsStartState) {
+  std::ofstream(file("scenario.toml")) << "[carrier]\nbsr_timer = 17\n"
+                                          "[[faults]]\nmessage = \"read_band\"\nkind = \"error\"\n";
+  start({"--scenario", file("scenario.toml")});
+  ServiceClient client(endpoint, modem::qorext_service());
+  EXPECT_EQ(client.ask("get_bsr_timer")["timer"], 17);
+  EXPECT_EQ(client.ask("read_band")["status"], 1);
+  client.ask("set_bsr_timer", {{"timer", 9}});
+  client.ask("factory_reset");
+  EXPECT_EQ(client.ask("get_bsr_timer")["timer"], 17);
+}
+
+TEST_F(ModemProcess, WrongScenarioIsOneLineAndStatus2) {
+  std::ofstream(file("scenario.toml")) << "[carrier]\nbsr_timer = -1\n";
+  launch({"--listen", "unix:" + endpoint.path, "--scenario", file("scenario.toml")});
+  EXPECT_EQ(wait_for_end(), 2);
+  EXPECT_EQ(text_of("errors"),
+            file("scenario.toml") + ":2: carrier.bsr_timer: wants a number from 0 to 4294967295\n");
+}
+
+TEST_F(ModemProcess, WrongOptionsAreRefusedWithStatus2) {
+  for (const char* option : {"--listen=tcp:1", "--ready-fd=-1", "--what"}) {
+    launch({option});
+    EXPECT_EQ(wait_for_end(), 2) << option;
+  }
+}
+
+TEST_F(ModemProcess, HelpAndVersionAreTold) {
+  launch({"--help"});
+  EXPECT_EQ(wait_for_end(), 0);
+  EXPECT_THAT(text_of("errors"), HasSubstr("--scenario"));
+  launch({"--version"});
+  EXPECT_EQ(wait_for_end(), 0);
+  EXPECT_THAT(text_of("errors"), ::testing::MatchesRegex("[0-9]+\\.[0-9]+\\.[0-9]+\n"));
+}
+
+}  // namespace

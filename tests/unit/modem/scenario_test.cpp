@@ -1,0 +1,113 @@
+#include "scenario.h"
+
+#include <stdlib.h>
+#include <unistd.h>
+
+#include <filesystem>
+#include <fstream>
+
+#include "modem_test.h"
+#include "nam.h"
+
+namespace {
+
+class ScenarioFile : public ::testing::Test {
+ protected:
+  void SetUp() override {
+    char folder[] = "/tmp/modem_scenario_XXXXXX";
+    ASSERT_NE(mkdtemp(folder), nullptr);
+    folder_ = folder;
+    path = folder_ + "/scenario.toml";
+  }
+  void TearDown() override { std::filesystem::remove_all(folder_); }
+
+  modem::Scenario load(const std::string& text) {
+    std::ofstream(path) << text;
+    return modem::load_scenario(path);
+  }
+  // Without the folder.
+  std::string error_of(const std::string& text) {
+    try {
+      load(text);
+    } catch (const modem::ScenarioError& error) {
+      std::string what = error.what();
+      EXPECT_EQ(what.substr(0, folder_.size()), folder_);
+      return what.substr(folder_.size() + 1);
+    }
+    return "";
+  }
+
+  std::string path;
+
+ private:
+  std::string folder_;
+};
+
+TEST_F(ScenarioFile, EmptyFileIsTheFactorysContent) {
+  EXPECT_EQ(load("").state.carrier.bsr_timer, 300U);
+  EXPECT_TRUE(load("").faults.empty());
+}
+
+TEST_F(ScenarioFile, GivenValuesReplaceTheFactorys) {
+  modem::Scenario scenario = load(R"(
+[nam]
+mdn = "4165550199"
+[settings]
+spc = "123456"
+[lte]
+rsrp = -110
+[[operators]]
+mcc = 2
+mnc = 3
+short_name = "Grün"
+[[nv]]
+rde_id = 6000
+data = "01 02"
+[[faults]]
+service = "nas"
+message = "get_sig_info"
+kind = "error"
+error = 93
+)");
+  modem::State& state = scenario.state;
+  EXPECT_EQ(modem::load_nam(state.nv).mdn, "4165550199");
+  EXPECT_EQ(modem::load_nam(state.nv).min, "9135550142");
+  EXPECT_EQ(modem::load_settings(state.nv).spc, "123456");
+  EXPECT_EQ(state.lte.rsrp, -110);
+  EXPECT_EQ(state.lte.band, 25);
+  ASSERT_EQ(state.operators.size(), 1U);
+  EXPECT_EQ(state.operators[0].short_name, "Grün");
+  EXPECT_EQ(*state.nv.find({6000}), (modem::Bytes{1, 2}));
+  ASSERT_EQ(scenario.faults.size(), 1U);
+  EXPECT_EQ(scenario.faults[0].error, 93);
+}
+
+TEST_F(ScenarioFile, ErrorsNameFileAndLine) {
+  EXPECT_EQ(error_of("[lte]\nband = 25\nmcc = 1000\n"),
+            "scenario.toml:3: lte.mcc: wants a number from 0 to 999");
+  EXPECT_EQ(error_of("[lte]\n\nfrequency = 1900\n"), "scenario.toml:3: lte.frequency: unknown key");
+  EXPECT_EQ(error_of("\n[lte2]\n"), "scenario.toml:2: lte2: unknown key");
+  EXPECT_EQ(error_of("[[nv]]\nrde_id = 1\ndata = \"00\"\n[[nv]]\nrde_id = 1979-05-27\n"),
+            "scenario.toml:5: nv[1].rde_id: wants a number from 0 to 4294967295");
+  EXPECT_EQ(error_of("[carrier]\ntot_order = [\n1,\n2.5]\n"),
+            "scenario.toml:4: carrier.tot_order[1]: wants a number from 0 to 4294967295");
+  EXPECT_EQ(error_of("[[faults]]\nkind = \"tired\"\n"),
+            "scenario.toml:2: faults[0].kind: there is no kind of fault \"tired\"");
+}
+
+TEST_F(ScenarioFile, MissingValueIsToldAtTheLineOfItsTable) {
+  EXPECT_EQ(error_of("\n[[nv]]\nrde_id = 1\n[[nv]]\ndata = \"00\"\n"),
+            "scenario.toml:4: nv[1].rde_id: is missing");
+}
+
+TEST_F(ScenarioFile, SyntaxErrorsNameFileAndLineOnOneLine) {
+  std::string error = error_of("[lte]\nmcc = \n");
+  EXPECT_EQ(error.substr(0, 17), "scenario.toml:2: ");
+  EXPECT_EQ(error.find('\n'), std::string::npos);
+}
+
+TEST_F(ScenarioFile, MissingFileIsAnError) {
+  EXPECT_THROW(modem::load_scenario(path), modem::ScenarioError);
+}
+
+}  // namespace
