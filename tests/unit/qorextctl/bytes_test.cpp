@@ -1,0 +1,81 @@
+#include "bytes.h"
+
+#include <gtest/gtest.h>
+
+#include "deadline.h"
+#include "spelling.h"
+
+namespace qorextctl {
+namespace {
+
+const Bytes kSample = {0x01, 0x02, 0x03, 0x84};
+
+TEST(Bytes, NumbersAreReadInBothByteOrders) {
+  EXPECT_EQ(load_le(kSample, 0, 4), 0x84030201u);
+  EXPECT_EQ(load_be(kSample, 0, 4), 0x01020384u);
+  EXPECT_EQ(load_be(kSample, 1, 3), 0x020384u);
+}
+
+TEST(Bytes, WhatLiesBehindTheEndCountsAsZero) {
+  EXPECT_EQ(load_le(kSample, 3, 4), 0x84u);
+  EXPECT_EQ(load_be(kSample, 3, 2), 0x8400u);
+  EXPECT_EQ(load_le(kSample, 100, 4), 0u);
+}
+
+TEST(Bytes, NumbersAreAppendedInBothByteOrders) {
+  Bytes bytes;
+  append_le(bytes, 0x0102, 2);
+  append_be(bytes, 0x030405, 3);
+  EXPECT_EQ(bytes, (Bytes{0x02, 0x01, 0x03, 0x04, 0x05}));
+}
+
+TEST(Bytes, APartEndsWithTheWhole) {
+  EXPECT_EQ(part(kSample, 2, 10).size(), 2u);
+  EXPECT_EQ(part(kSample, 4, 1).size(), 0u);
+  EXPECT_EQ(part(kSample, 1, 2).front(), 0x02);
+}
+
+TEST(Bytes, HexIsReadWithBlanksAndColonsBetweenPairs) {
+  EXPECT_EQ(parse_hex("01 02:03 84"), kSample);
+  EXPECT_EQ(parse_hex("aAbB"), (Bytes{0xAA, 0xBB}));
+  EXPECT_EQ(parse_hex(""), Bytes());
+}
+
+TEST(Bytes, HalfBytesAndOtherCharactersAreNoHex) {
+  EXPECT_EQ(parse_hex("012"), std::nullopt);
+  EXPECT_EQ(parse_hex("0 1"), std::nullopt);
+  EXPECT_EQ(parse_hex("0g"), std::nullopt);
+  EXPECT_EQ(parse_hex("0x01"), std::nullopt);
+}
+
+TEST(Bytes, HexIsWrittenInUpperCaseWithoutSeparators) {
+  EXPECT_EQ(to_hex(Bytes{0xAB, 0x0C}), "AB0C");
+  EXPECT_EQ(to_hex({}), "");
+}
+
+TEST(Bytes, PrintableTextKeepsUtf8AndEscapesTheRest) {
+  EXPECT_EQ(printable(Bytes{'a', 0xC3, 0xA9}), "a\xC3\xA9");
+  EXPECT_EQ(printable(Bytes{'a', 0xC3, 'b'}), "a\\xC3b");
+  EXPECT_EQ(printable(Bytes{'a', '\n', 0x7F}), "a\\x0A\\x7F");
+}
+
+TEST(Spelling, TheNearestNameIsFoundUpToTwoMistakes) {
+  EXPECT_EQ(nearest("nv-raed", {"nv-write", "nv-read"}), "nv-read");
+  EXPECT_EQ(nearest("get-nma", {"get-nam", "set-nam"}), "get-nam");
+  EXPECT_EQ(nearest("frobnicate", {"nv-write", "nv-read"}), "");
+}
+
+TEST(Deadline, ThePastLeavesNoTime) {
+  EXPECT_EQ(Deadline::in_seconds(-1).remaining_ms(), 0);
+  EXPECT_TRUE(Deadline::in_seconds(-1).passed());
+}
+
+TEST(Deadline, TheFutureLeavesWhatRemains) {
+  Deadline deadline = Deadline::in_seconds(100);
+  EXPECT_FALSE(deadline.passed());
+  EXPECT_GT(deadline.remaining_ms(), 90'000);
+  EXPECT_LE(deadline.remaining_ms(), 100'000);
+}
+
+}  // namespace
+}  // namespace qorextctl

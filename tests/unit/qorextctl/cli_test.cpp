@@ -1,0 +1,147 @@
+#include "cli.h"
+
+#include "fake_modem.h"
+#include "fake_setup.h"
+
+namespace qorextctl {
+namespace {
+
+class CommandLine : public WithFakeDaemon {
+ protected:
+  static Parsed parse(std::vector<const char*> words) {
+    words.insert(words.begin(), "qorextctl");
+    return parse_command_line(static_cast<int>(words.size()), words.data());
+  }
+
+  // The exit status of the whole program.
+  int run_words(std::vector<const char*> words, bool json = false) {
+    words.insert(words.end(), {"--daemon-program", FAKE_DAEMON, "--modem", "unix:/m"});
+    Parsed parsed = parse(words);
+    EXPECT_TRUE(parsed.proceed) << parsed.text;
+    Printer printer(out_, err_, json);
+    return run(parsed.options, printer);
+  }
+};
+
+TEST_F(CommandLine, DefaultsAreThoseOfTheHelp) {
+  Parsed parsed = parse({"list"});
+  ASSERT_TRUE(parsed.proceed);
+  EXPECT_EQ(parsed.options.verb, Verb::list);
+  EXPECT_EQ(parsed.options.timeout, 20);
+  EXPECT_EQ(parsed.options.instance, 0u);
+  EXPECT_FALSE(parsed.options.json);
+  EXPECT_EQ(parsed.options.setup.modem, "");
+}
+
+TEST_F(CommandLine, OptionsMayStandBehindTheCommand) {
+  Parsed parsed = parse({"request", "nv-read", "rde-id=28", "--json", "--timeout", "0.5", "--log",
+                         "--instance", "1", "--modem", "qrtr", "--phone-root", "/tmp"});
+  ASSERT_TRUE(parsed.proceed) << parsed.text;
+  EXPECT_EQ(parsed.options.verb, Verb::request);
+  EXPECT_EQ(parsed.options.words, (std::vector<std::string>{"nv-read", "rde-id=28"}));
+  EXPECT_TRUE(parsed.options.json);
+  EXPECT_TRUE(parsed.options.log);
+  EXPECT_EQ(parsed.options.timeout, 0.5);
+  EXPECT_EQ(parsed.options.setup.timeout_seconds, 0.5);
+  EXPECT_EQ(parsed.options.instance, 1u);
+  EXPECT_EQ(parsed.options.setup.modem, "qrtr");
+  EXPECT_EQ(parsed.options.setup.phone_root, "/tmp");
+}
+
+TEST_F(CommandLine, ABurstsOptionsBecomeWords) {
+  Parsed parsed = parse({"modem", "indicate", "notify", "--count", "3"});
+  ASSERT_TRUE(parsed.proceed) << parsed.text;
+  EXPECT_EQ(parsed.options.words, (std::vector<std::string>{"indicate", "notify", "--count", "3"}));
+}
+
+TEST_F(CommandLine, HelpAndVersionAreSuccesses) {
+  Parsed help = parse({"--help"});
+  EXPECT_EQ(help.exit_status, 0);
+  for (const char* part : {"examples:", "exit status:", "session", "--timeout"}) {
+    EXPECT_NE(help.text.find(part), std::string::npos) << part;
+  }
+  Parsed version = parse({"--version"});
+  EXPECT_EQ(version.exit_status, 0);
+  EXPECT_EQ(version.text.substr(0, 10), "qorextctl ");
+  EXPECT_NE(parse({"modem", "--help"}).text.find("clear_faults"), std::string::npos);
+}
+
+TEST_F(CommandLine, WrongUsageIsOneLineAndStatus2) {
+  for (const std::vector<const char*>& words :
+       std::vector<std::vector<const char*>>{{},
+                                             {"frob"},
+                                             {"request"},
+                                             {"raw"},
+                                             {"modem"},
+                                             {"list", "a", "b"},
+                                             {"list", "--timeout", "0"},
+                                             {"list", "--timeout", "x"},
+                                             {"list", "--timeout", "1e9"},
+                                             {"list", "--modem", "tcp:1"},
+                                             {"list", "--modem", "unix:"},
+                                             {"list", "--frob"},
+                                             {"list", "--instance", "-1"},
+                                             {"list", "--scenario", "/nowhere"}}) {
+    Parsed parsed = parse(words);
+    EXPECT_FALSE(parsed.proceed);
+    EXPECT_EQ(parsed.exit_status, 2);
+    EXPECT_EQ(std::count(parsed.text.begin(), parsed.text.end(), '\n'), 1) << parsed.text;
+    EXPECT_EQ(parsed.text.substr(0, 11), "qorextctl: ");
+  }
+}
+
+TEST_F(CommandLine, ARequestPrintsItsReply) {
+  behave("answer");
+  EXPECT_EQ(run_words({"request", "set-ddtm", "ddtm=1"}), 0);
+  EXPECT_EQ(out_.str(), "set-ddtm (0x020000B8): success\n");
+  EXPECT_EQ(err_.str(), "");
+}
+
+TEST_F(CommandLine, AFailureIsStatus1) {
+  behave("refuse");
+  EXPECT_EQ(run_words({"request", "set-ddtm", "ddtm=1"}, true), 1);
+  EXPECT_EQ(Json::parse(out_.str())["status"], 5);
+}
+
+TEST_F(CommandLine, AWrongRequestStartsNothing) {
+  behave("answer");
+  EXPECT_EQ(run_words({"request", "set-ddtm"}), 2);
+  EXPECT_EQ(err_.str(),
+            "qorextctl: set-ddtm: ddtm (1 enables, 0 disables) is missing (see: qorextctl list "
+            "set-ddtm)\n");
+  EXPECT_EQ(run_words({"raw", "0g"}), 2);
+}
+
+TEST_F(CommandLine, SilenceIsStatus3) {
+  behave("silent");
+  EXPECT_EQ(run_words({"request", "get-ddtm", "--timeout", "0.05"}), 3);
+}
+
+TEST_F(CommandLine, RawShowsTheReplyAsHexToo) {
+  behave("answer");
+  EXPECT_EQ(run_words({"raw", "B8000002", "00000000"}), 0);
+  EXPECT_EQ(out_.str(),
+            "set-ddtm (0x020000B8): success\n"
+            "  hex: B800000200000000000000000000000000000000\n");
+}
+
+TEST_F(CommandLine, TheListNamesEveryRequestAndRefusesUnknownOnes) {
+  EXPECT_EQ(run_words({"list"}), 0);
+  for (const Request& request : catalogue()) {
+    EXPECT_NE(out_.str().find(std::string(request.name) + " "), std::string::npos) << request.name;
+  }
+  EXPECT_EQ(run_words({"list", "frob"}), 2);
+  EXPECT_EQ(err_.str(), "qorextctl: unknown request 'frob'\n");
+}
+
+TEST_F(CommandLine, TheModemIsAskedWithoutADaemon) {
+  FakeModem modem("{\"ok\":true,\"version\":\"1\"}\n");
+  EXPECT_EQ(run_words({"--control", modem.path().c_str(), "modem", "version"}, true), 0);
+  EXPECT_EQ(out_.str(), R"({"type":"modem","command":"version","answer":{"ok":true,"version":"1"}})"
+                        "\n");
+  EXPECT_EQ(run_words({"--control", "/nowhere/c", "modem", "version"}), 3);
+  EXPECT_EQ(run_words({"modem", "version"}), 2);
+}
+
+}  // namespace
+}  // namespace qorextctl

@@ -1,0 +1,110 @@
+#include "daemon.h"
+
+#include <fcntl.h>
+#include <unistd.h>
+
+#include "fake_setup.h"
+#include "frame_samples.h"
+
+namespace qorextctl {
+namespace {
+
+using DaemonStart = WithFakeDaemon;
+
+Deadline soon() { return Deadline::in_seconds(10); }
+
+const Bytes kRequest = build({.id = 0x02000007});
+
+TEST_F(DaemonStart, ItGetsThreePipesAndItsInstanceAndNothingElse) {
+  UniqueFd leak(open("/dev/null", O_RDONLY));  // inheritable
+  auto daemon = start("start");
+  ASSERT_TRUE(daemon->send(kRequest));
+  ASSERT_TRUE(daemon->receive_reply(ReplyForm::cdma, soon()));
+  ASSERT_TRUE(daemon->log().wait_for("request", soon()));
+
+  auto lines = daemon->log().lines();
+  int read_fd = 0;
+  int write_fd = 0;
+  int unsolicited_fd = 0;
+  int instance = -1;
+  ASSERT_EQ(sscanf(lines[0].c_str(), "arguments %d %d %d %d", &read_fd, &write_fd, &unsolicited_fd,
+                   &instance),
+            4);
+  std::vector<int> sorted{read_fd, write_fd, unsolicited_fd};
+  std::sort(sorted.begin(), sorted.end());
+  EXPECT_EQ(lines[1], "open " + std::to_string(sorted[0]) + " " + std::to_string(sorted[1]) + " " +
+                          std::to_string(sorted[2]));
+  EXPECT_EQ(instance, 2);
+  EXPECT_EQ(lines[2], "modem unix:/m");
+  EXPECT_EQ(lines[3], "root /root/of/phone");
+  EXPECT_EQ(lines[4], "request 18");
+}
+
+TEST_F(DaemonStart, ItEndsWhenItsRequestPipeIsClosed) {
+  auto daemon = start("answer");
+  EXPECT_FALSE(daemon->wait_exit(Deadline::in_seconds(0.02)));
+  daemon->close_requests();
+  auto status = daemon->wait_exit(soon());
+  ASSERT_TRUE(status);
+  EXPECT_EQ(describe(*status), "exit status 0");
+}
+
+TEST_F(DaemonStart, OneThatHasGoneTakesNoRequests) {
+  auto daemon = start("end");
+  ASSERT_TRUE(daemon->send(kRequest));
+  Received reply = daemon->receive_reply(ReplyForm::cdma, soon());
+  ASSERT_FALSE(reply);
+  EXPECT_EQ(reply.silence(), Silence::ended);
+  EXPECT_EQ(daemon->wait_exit(soon())->code, 3);
+  EXPECT_FALSE(daemon->send(kRequest));
+  EXPECT_TRUE(daemon->log().wait_end(soon()));
+  EXPECT_EQ(daemon->log().lines().back(), "leaving");
+}
+
+TEST_F(DaemonStart, UnsolicitedFramesAreFoundInPieces) {
+  auto daemon = start("notify");
+  ASSERT_TRUE(daemon->send(kRequest));
+  Received first = daemon->receive_unsolicited(soon());
+  Received second = daemon->receive_unsolicited(soon());
+  ASSERT_TRUE(first && second);
+  EXPECT_EQ(*first, cdma_unsolicited(0x020001B0, {7, 0, 0, 0}));
+  EXPECT_EQ(*second, generic_unsolicited(0x04001500, {9}));
+  Received none = daemon->receive_unsolicited(Deadline::in_seconds(0.02));
+  ASSERT_FALSE(none);
+  EXPECT_EQ(none.silence(), Silence::timeout);
+}
+
+TEST_F(DaemonStart, TwoRepliesInOneWriteAreTwoFrames) {
+  auto daemon = start("twice");
+  ASSERT_TRUE(daemon->send(kRequest));
+  Received first = daemon->receive_reply(ReplyForm::cdma, soon());
+  Received second = daemon->receive_reply(ReplyForm::cdma, soon());
+  ASSERT_TRUE(first && second);
+  EXPECT_EQ(load_le(*first, 8, 4), 0u);
+  EXPECT_EQ(load_le(*second, 8, 4), 6u);
+}
+
+TEST_F(DaemonStart, LogLinesAreHandedOnAsTheyCome) {
+  behave("answer");
+  std::vector<std::string> seen;
+  DaemonOptions launch = options();
+  launch.on_log = [&seen](const std::string& line) { seen.push_back(line); };
+  {
+    auto daemon = Daemon::start(launch);
+    ASSERT_TRUE(daemon);
+  }
+  ASSERT_EQ(seen.size(), 1u);
+  EXPECT_EQ(seen[0].substr(0, 9), "arguments");
+}
+
+TEST_F(DaemonStart, AMissingExecutableIsATransportError) {
+  DaemonOptions launch = options();
+  launch.executable = "/nowhere/daemon";
+  auto daemon = Daemon::start(launch);
+  ASSERT_FALSE(daemon);
+  EXPECT_EQ(daemon.error().outcome, Outcome::transport);
+  EXPECT_EQ(daemon.error().message, "cannot start /nowhere/daemon: No such file or directory");
+}
+
+}  // namespace
+}  // namespace qorextctl

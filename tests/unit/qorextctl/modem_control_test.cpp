@@ -1,0 +1,66 @@
+#include "modem_control.h"
+
+#include <gtest/gtest.h>
+
+#include "fake_modem.h"
+
+namespace qorextctl {
+namespace {
+
+Result<Json> ask(FakeModem& modem, double seconds = 10) {
+  auto control = ModemControl::connect(modem.path());
+  if (!control) return control.error();
+  return control->call({{"command", "state"}}, Deadline::in_seconds(seconds));
+}
+
+TEST(ModemControl, ACommandIsOneLineAndSoIsItsAnswer) {
+  FakeModem modem("{\"ok\":true,\"state\":{}}\n");
+  auto answer = ask(modem);
+  ASSERT_TRUE(answer) << answer.error().message;
+  EXPECT_EQ(answer->dump(), R"({"ok":true,"state":{}})");
+  EXPECT_EQ(modem.asked(), R"({"command":"state"})");
+}
+
+TEST(ModemControl, AMissingSocketIsATransportError) {
+  auto control = ModemControl::connect("/nowhere/control.sock");
+  ASSERT_FALSE(control);
+  EXPECT_EQ(control.error().outcome, Outcome::transport);
+  EXPECT_EQ(control.error().message,
+            "the modem's control socket /nowhere/control.sock: No such file or directory");
+}
+
+TEST(ModemControl, APathThatNoSocketCanHaveIsATransportError) {
+  auto control = ModemControl::connect(std::string(200, 'x'));
+  ASSERT_FALSE(control);
+  EXPECT_NE(control.error().message.find("the path is too long"), std::string::npos);
+}
+
+TEST(ModemControl, AModemThatHangsUpIsATransportError) {
+  FakeModem modem("{\"ok\":");
+  auto answer = ask(modem);
+  ASSERT_FALSE(answer);
+  EXPECT_NE(answer.error().message.find("the modem has gone"), std::string::npos);
+}
+
+TEST(ModemControl, AnAnswerThatIsNoObjectIsATransportError) {
+  FakeModem modem("[1]\n");
+  auto answer = ask(modem);
+  ASSERT_FALSE(answer);
+  EXPECT_NE(answer.error().message.find("the answer is no JSON object: [1]"), std::string::npos);
+}
+
+TEST(ModemControl, ASilentModemIsATransportErrorAfterTheDeadline) {
+  FakeModem modem("too late\n");
+  auto control = ModemControl::connect(modem.path());
+  ASSERT_TRUE(control);
+  // The modem serves the first client and never comes to the second one.
+  auto other = ModemControl::connect(modem.path());
+  ASSERT_TRUE(other);
+  auto answer = other->call({{"command", "state"}}, Deadline::in_seconds(0.05));
+  ASSERT_FALSE(answer);
+  EXPECT_EQ(answer.error().outcome, Outcome::transport);
+  EXPECT_NE(answer.error().message.find("no answer in time"), std::string::npos);
+}
+
+}  // namespace
+}  // namespace qorextctl

@@ -1,0 +1,97 @@
+#include <gtest/gtest.h>
+
+#include "modem_control.h"
+#include "session.h"
+
+namespace qorextctl {
+namespace {
+
+std::string command(const std::string& line) {
+  auto built = modem_command(*split_line(line));
+  return built ? built->dump() : built.error().message;
+}
+
+TEST(ModemWords, PlainCommandsAreTheirName) {
+  EXPECT_EQ(command("state"), R"({"command":"state"})");
+  EXPECT_EQ(command("clear-faults"), R"({"command":"clear_faults"})");
+  EXPECT_EQ(command("clear_requests"), R"({"command":"clear_requests"})");
+  EXPECT_EQ(command("quit"), R"({"command":"quit"})");
+}
+
+TEST(ModemWords, NvReadsAndWrites) {
+  EXPECT_EQ(command("nv 28"), R"({"command":"nv","rde_id":28})");
+  EXPECT_EQ(command("nv 28 0a0b record=1"),
+            R"({"command":"nv","rde_id":28,"data":"0a0b","record":1})");
+  EXPECT_EQ(command("nv 28 record=1"), R"({"command":"nv","rde_id":28,"record":1})");
+}
+
+TEST(ModemWords, IndicationsHaveFieldsAndABurst) {
+  EXPECT_EQ(command("indicate notify"),
+            R"({"command":"indicate","indication":"notify","fields":{}})");
+  EXPECT_EQ(command("indicate utils type=2 data=0102 --count 3 --interval-ms 10"),
+            R"({"command":"indicate","indication":"utils","count":3,"interval_ms":10,)"
+            R"("fields":{"type":2,"data":"0102"}})");
+}
+
+TEST(ModemWords, BytesThatLookLikeANumberStayText) {
+  EXPECT_EQ(command("indicate coverage report=1234"),
+            R"({"command":"indicate","indication":"coverage","fields":{"report":"1234"}})");
+  EXPECT_EQ(command("indicate utils data=[1,2]"),
+            R"({"command":"indicate","indication":"utils","fields":{"data":[1,2]}})");
+}
+
+TEST(ModemWords, FaultsHaveAKind) {
+  EXPECT_EQ(command("fault error message=element_read error=0x30 times=1"),
+            R"({"command":"fault","kind":"error","message":"element_read","error":48,"times":1})");
+  EXPECT_EQ(command("fault kind=silent"), R"({"command":"fault","kind":"silent"})");
+}
+
+TEST(ModemWords, ServicesGoUpAndDown) {
+  EXPECT_EQ(command("service nas down"), R"({"command":"service","name":"nas","up":false})");
+  EXPECT_EQ(command("service qorext up"), R"({"command":"service","name":"qorext","up":true})");
+}
+
+TEST(ModemWords, StateIsSetByPath) {
+  EXPECT_EQ(command("set lte.mcc=310 lte.mnc=4 settings.spc=123456 flag=true"),
+            R"({"command":"set","state":{"lte":{"mcc":310,"mnc":4},"settings":{"spc":"123456"},)"
+            R"("flag":true}})");
+}
+
+TEST(ModemWords, AWholeObjectIsTakenAsItIs) {
+  EXPECT_EQ(command(R"('{"command":"nv","rde_id":1}')"), R"({"command":"nv","rde_id":1})");
+}
+
+TEST(ModemWords, WrongWordsAreRefused) {
+  EXPECT_EQ(command(""), "modem: no command given (see: qorextctl modem --help)");
+  EXPECT_EQ(command("''"), "modem: unknown command '' (see: qorextctl modem --help)");
+  EXPECT_EQ(command("frob"), "modem: unknown command 'frob' (see: qorextctl modem --help)");
+  EXPECT_EQ(command("'{\"a\"'"), "modem: the word in braces is not one JSON object");
+  EXPECT_EQ(command("nv"), "modem nv: give an element number, and hex bytes to write it");
+  EXPECT_EQ(command("nv x"), "modem nv: give an element number, and hex bytes to write it");
+  EXPECT_EQ(command("nv 1 0g"), "modem nv: '0g' is not hex (pairs of digits)");
+  EXPECT_EQ(command("nv 1 0a more"), "modem: 'more' is not key=value");
+  EXPECT_EQ(command("indicate"),
+            "modem indicate: give an indication's name, such as notify or pfp");
+  EXPECT_EQ(command("indicate a=1"),
+            "modem indicate: give an indication's name, such as notify or pfp");
+  EXPECT_EQ(command("indicate pfp --count"), "modem indicate: --count wants a number");
+  EXPECT_EQ(command("indicate pfp --count x"), "modem indicate: --count wants a number");
+  EXPECT_EQ(command("indicate pfp rat"), "modem: 'rat' is not key=value");
+  EXPECT_EQ(command("fault times=1"), "modem fault: give a kind, such as silent, delay or error");
+  EXPECT_EQ(command("service nas"),
+            "modem service: give a service (qorext, nas, dms) and up or down");
+  EXPECT_EQ(command("service nas sideways"),
+            "modem service: give a service (qorext, nas, dms) and up or down");
+  EXPECT_EQ(command("set"), "modem set: nothing to set, give key=value");
+  EXPECT_EQ(command("set =1"), "modem: '=1' is not key=value");
+}
+
+TEST(ModemWords, TheHelpNamesEveryCommand) {
+  for (const char* name : {"state", "set", "nv", "indicate", "fault", "faults", "clear_faults",
+                           "service", "requests", "clear_requests", "version", "quit"}) {
+    EXPECT_NE(modem_command_help().find(std::string("  ") + name + " "), std::string::npos) << name;
+  }
+}
+
+}  // namespace
+}  // namespace qorextctl

@@ -1,0 +1,218 @@
+// What people and scripts see, to the letter.
+#include "output.h"
+
+#include <gtest/gtest.h>
+
+#include <sstream>
+
+#include "frame_samples.h"
+#include "frames.h"
+
+namespace qorextctl {
+namespace {
+
+struct Output {
+  explicit Output(bool json) : printer(out, err, json) {}
+
+  std::ostringstream out;
+  std::ostringstream err;
+  Printer printer;
+};
+
+DecodedFrame reply(const char* name, const Bytes& frame) {
+  const Request* request = find_request(name);
+  return decode_reply(request, request->reply.form, request->id, frame);
+}
+
+DecodedFrame nv_reply() {
+  return reply("nv-read", cdma_frame(0x02000016, 0,
+                                     from_hex("1C000000 00000000 00000000 01000000 06 00000000")));
+}
+
+TEST(Output, AReplyIsATitleAndAlignedFields) {
+  Output output(false);
+  output.printer.reply(nv_reply(), false);
+  EXPECT_EQ(output.out.str(),
+            "nv-read (0x02000016): success, 21 bytes\n"
+            "  rde-id:  28\n"
+            "  record:  0\n"
+            "  offset:  0\n"
+            "  length:  1\n"
+            "  data:    06\n");
+}
+
+TEST(Output, AReplyAsJsonIsOneLineWithStableKeys) {
+  Output output(true);
+  output.printer.reply(nv_reply(), false);
+  EXPECT_EQ(
+      output.out.str(),
+      R"({"type":"reply","name":"nv-read","id":"0x02000016","status":0,"status_name":"success",)"
+      R"("length":21,"fields":{"rde_id":28,"record":0,"offset":0,"length":1,"data":"06"},)"
+      R"("problems":[],"hex":"160000021500000000000000000000000000)"
+      R"(1C00000000000000000000000100000006000000000000","second":false})"
+      "\n");
+}
+
+TEST(Output, AFailureIsNamedAndASecondReplyIsMarked) {
+  Output output(false);
+  output.printer.reply(reply("set-profile", cdma_frame(0x020000B5, 5, {})), false);
+  output.printer.reply(reply("set-profile", cdma_frame(0x020000B5, 6, {})), true);
+  output.printer.reply(reply("set-profile", cdma_frame(0x020000B5, 9, {})), false);
+  EXPECT_EQ(output.out.str(),
+            "set-profile (0x020000B5): failure\n"
+            "set-profile (0x020000B5), second reply: obsolete or not supported\n"
+            "set-profile (0x020000B5): unknown status 9\n");
+}
+
+TEST(Output, ProblemsStandBelowTheFields) {
+  Output output(false);
+  output.printer.reply(reply("get-bc10", cdma_frame(0x020000B0, 0, {1})), false);
+  EXPECT_EQ(output.out.str(),
+            "get-bc10 (0x020000B0): success, 1 byte\n"
+            "  problem: 1 bytes of data, 4 expected\n"
+            "  problem: band is missing: the data ends before\n");
+}
+
+TEST(Output, HexIsShownOnRequest) {
+  Output output(false);
+  output.printer.show_hex(true);
+  output.printer.reply(
+      decode_reply(nullptr, ReplyForm::generic, 0x50506, from_hex("01050506 FFFFFFFF")), false);
+  EXPECT_EQ(output.out.str(),
+            "unknown (0x050506): obsolete or not supported\n"
+            "  hex: 01050506FFFFFFFF\n");
+}
+
+TEST(Output, ListsAndRecordsTakeALineEach) {
+  Bytes tot = from_hex("0200 01000000 02000000");
+  tot.resize(62);
+  Bytes apns(1017);
+  Output output(false);
+  output.printer.reply(reply("get-tot", cdma_frame(0x020000C4, 0, tot)), false);
+  output.printer.reply(reply("get-apn", cdma_frame(0x020000C1, 0, apns)), false);
+  apns[0] = 1;
+  apns[1] = 'a';
+  output.printer.reply(reply("get-apn", cdma_frame(0x020000C1, 0, apns)), false);
+  EXPECT_EQ(output.out.str(),
+            "get-tot (0x020000C4): success, 62 bytes\n"
+            "  count:    2\n"
+            "  entries:  1 2\n"
+            "get-apn (0x020000C1): success, 1017 bytes\n"
+            "  count:  0\n"
+            "  apns:   none\n"
+            "get-apn (0x020000C1): success, 1017 bytes\n"
+            "  count:   1\n"
+            "  apns 1:  name a, address-type 0, ipv4 0.0.0.0, ipv6 ::\n");
+}
+
+TEST(Output, UnsolicitedFramesSayWhatTheyAre) {
+  Output text(false);
+  text.printer.unsolicited(decode_unsolicited(cdma_unsolicited(0x020001B0, from_hex("FFFF0000"))));
+  text.printer.unsolicited(decode_unsolicited(generic_unsolicited(0x06000200, {})));
+  EXPECT_EQ(text.out.str(),
+            "unsolicited carrier-event (0x020001B0): 4 bytes\n"
+            "  value:  65535\n"
+            "unsolicited generic (0x06000200)\n");
+  Output json(true);
+  json.printer.unsolicited(decode_unsolicited(generic_unsolicited(0x04001500, {9})));
+  EXPECT_EQ(json.out.str(),
+            R"({"type":"unsolicited","name":"utils-9","id":"0x04001500","status":null,)"
+            R"("status_name":null,"length":1,"fields":{"value":9},"problems":[],)"
+            R"("hex":"010000000800000000150004010000000)"
+            R"(9000000000000000000000000"})"
+            "\n");
+}
+
+TEST(Output, TheEndOfTheDaemonIsReported) {
+  Output text(false);
+  text.printer.daemon_exit({0, 0});
+  text.printer.daemon_exit({0, 11});
+  EXPECT_EQ(text.out.str(),
+            "daemon ended with exit status 0\n"
+            "daemon ended with signal 11 (Segmentation fault)\n");
+  Output json(true);
+  json.printer.daemon_exit({3, 0});
+  json.printer.daemon_exit({0, 11});
+  EXPECT_EQ(json.out.str(), R"({"type":"exit","status":3,"signal":null})"
+                            "\n"
+                            R"({"type":"exit","status":null,"signal":11})"
+                            "\n");
+}
+
+TEST(Output, TheModemsAnswers) {
+  Output text(false);
+  text.printer.modem_answer("indicate", {{"ok", true}});
+  text.printer.modem_answer("version", {{"ok", true}, {"version", "1"}});
+  text.printer.modem_answer("nv", {{"ok", false}, {"error", "no such item"}});
+  EXPECT_EQ(text.out.str(),
+            "modem indicate: ok\n"
+            "modem version: ok\n{\n  \"version\": \"1\"\n}\n"
+            "modem nv: refused\n{\n  \"error\": \"no such item\"\n}\n");
+  Output json(true);
+  json.printer.modem_answer("quit", {{"ok", true}});
+  EXPECT_EQ(json.out.str(), R"({"type":"modem","command":"quit","answer":{"ok":true}})"
+                            "\n");
+}
+
+TEST(Output, ErrorsAreALineOnStandardErrorAndAnObjectForScripts) {
+  Output text(false);
+  text.printer.error(usage_error("no such thing"));
+  EXPECT_EQ(text.out.str(), "");
+  EXPECT_EQ(text.err.str(), "qorextctl: no such thing\n");
+  Output json(true);
+  json.printer.error(transport_error("gone"));
+  EXPECT_EQ(json.out.str(), "{\"type\":\"error\",\"outcome\":3,\"message\":\"gone\"}\n");
+  EXPECT_EQ(json.err.str(), "qorextctl: gone\n");
+}
+
+TEST(Output, OnlyTheEndOfALongLogIsShown) {
+  Output output(false);
+  output.printer.log_tail("a log", std::vector<std::string>(100, "line"));
+  EXPECT_EQ(output.err.str().substr(0, 40), "a log, last 60 of 100 lines:\n  line\n  li");
+  Output empty(false);
+  empty.printer.log_tail("a log", {});
+  EXPECT_EQ(empty.err.str(), "");
+}
+
+TEST(Output, TheListShowsNameIdAndArguments) {
+  Output output(false);
+  output.printer.request_list(
+      {find_request("nv-read"), find_request("silent-reboot"), find_request("cdma")});
+  EXPECT_EQ(output.out.str(),
+            "nv-read               0x02000016  read an NV item\n"
+            "                                  rde-id= [record=] [offset=] [length=]\n"
+            "silent-reboot         0x050019    prepare a silent reboot\n"
+            "cdma                  any         any CDMA-hook request\n"
+            "                                  id= [status=] [code=] [data=]\n");
+}
+
+TEST(Output, ASingleRequestIsListedWithItsArguments) {
+  Output output(false);
+  output.printer.request_list({find_request("nv-write")});
+  EXPECT_EQ(output.out.str(),
+            "nv-write              0x02000015  write an NV item\n"
+            "  rde-id=          element number (0 to 4294967295; required)\n"
+            "  record=          record number (0 to 4294967295; default 0)\n"
+            "  offset=          first byte within the item (0 to 4294967295; default 0)\n"
+            "  length=          bytes to write (0 to 4294967295; default the length of data)\n"
+            "  data=            the bytes; the modem takes at most 512 (hex bytes; required)\n");
+}
+
+TEST(Output, TheListAsJsonIsAnObjectARequest) {
+  Output output(true);
+  output.printer.request_list({find_request("factory-reset"), find_request("set-profile")});
+  EXPECT_EQ(output.out.str(),
+            R"({"type":"request","name":"factory-reset","family":"cdma","id":"0x020000B6",)"
+            R"("description":"reset the modem's settings","arguments":[{"name":"flag",)"
+            R"("required":false,"accepts":"0 to 255","otherwise":"left out",)"
+            R"("help":"kind of reset; without it 255"}],"json_record":false,"replies":1})"
+            "\n"
+            R"({"type":"request","name":"set-profile","family":"cdma","id":"0x020000B5",)"
+            R"("description":"switch the active profile","arguments":[{"name":"profile",)"
+            R"("required":true,"accepts":"-2147483648 to 2147483647","otherwise":"required",)"
+            R"("help":"profile number"}],"json_record":false,"replies":2})"
+            "\n");
+}
+
+}  // namespace
+}  // namespace qorextctl

@@ -1,0 +1,115 @@
+#include "process.h"
+
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+#include <csignal>
+
+#include "log_capture.h"
+
+namespace qorextctl {
+namespace {
+
+Deadline soon() { return Deadline::in_seconds(10); }
+
+Launch shell(const std::string& script) {
+  Launch launch;
+  launch.arguments = {"/bin/sh", "-c", script};
+  return launch;
+}
+
+std::vector<std::string> output_of(Launch launch) {
+  auto pipe = make_pipe();
+  launch.output = pipe->write.get();
+  auto process = Process::start(launch);
+  EXPECT_TRUE(process) << process.error().message;
+  pipe->write.reset();
+  LogCapture log;
+  log.start(std::move(pipe->read));
+  EXPECT_TRUE(process->wait(soon()));
+  EXPECT_TRUE(log.wait_end(soon()));
+  return log.lines();
+}
+
+TEST(Process, ItsExitStatusIsTold) {
+  auto process = Process::start(shell("exit 7"));
+  ASSERT_TRUE(process);
+  auto status = process->wait(soon());
+  ASSERT_TRUE(status);
+  EXPECT_EQ(describe(*status), "exit status 7");
+  EXPECT_EQ(process->wait(soon())->code, 7);
+}
+
+TEST(Process, TheSignalThatEndedItIsTold) {
+  auto process = Process::start(shell("kill -ABRT $$"));
+  ASSERT_TRUE(process);
+  auto status = process->wait(soon());
+  ASSERT_TRUE(status);
+  EXPECT_EQ(describe(*status), "signal 6 (Aborted)");
+}
+
+TEST(Process, TheEnvironmentIsThisOnePlusWhatIsGiven) {
+  setenv("QOREXTCTL_TEST_A", "old", 1);
+  setenv("QOREXTCTL_TEST_B", "kept", 1);
+  Launch launch = shell("echo $QOREXTCTL_TEST_A $QOREXTCTL_TEST_B");
+  launch.environment = {{"QOREXTCTL_TEST_A", "new"}};
+  EXPECT_EQ(output_of(launch), std::vector<std::string>{"new kept"});
+}
+
+TEST(Process, ItsInputIsEmptyAndALastLineNeedsNoEnd) {
+  EXPECT_EQ(output_of(shell("cat; echo one; printf two >&2")),
+            (std::vector<std::string>{"one", "two"}));
+}
+
+TEST(Process, SignalsIgnoredOrBlockedHereAreNotThere) {
+  signal(SIGPIPE, SIG_IGN);
+  sigset_t signals;
+  sigset_t before;
+  sigemptyset(&signals);
+  sigaddset(&signals, SIGTERM);
+  sigprocmask(SIG_BLOCK, &signals, &before);
+  auto lines = output_of(shell("grep -E '^Sig(Blk|Ign)' /proc/self/status"));
+  sigprocmask(SIG_SETMASK, &before, nullptr);
+  for (const std::string& line : lines) EXPECT_EQ(line.substr(8), "0000000000000000") << line;
+  EXPECT_EQ(lines.size(), 2u);
+}
+
+TEST(Process, ItIsEndedWithItsOwner) {
+  pid_t pid = 0;
+  {
+    auto process = Process::start(shell("trap '' TERM HUP; while :; do sleep 0.01; done"));
+    ASSERT_TRUE(process);
+    pid = process->pid();
+    EXPECT_EQ(kill(pid, 0), 0);
+    EXPECT_FALSE(process->wait(Deadline::in_seconds(0)));
+  }
+  EXPECT_NE(kill(pid, 0), 0);
+}
+
+TEST(Process, AMissingExecutableIsAnError) {
+  auto process =
+      Process::start(Launch{.arguments = {"/nowhere/x"}, .environment = {}, .descriptors = {}});
+  ASSERT_FALSE(process);
+  EXPECT_EQ(process.error().message, "cannot start /nowhere/x: No such file or directory");
+}
+
+TEST(Process, AnExecutableBesideThisOneIsFound) {
+  EXPECT_NE(sibling("qorextctl_test"), "");
+  EXPECT_EQ(sibling("no_such_program"), "");
+}
+
+TEST(LogCapture, WaitingForALineEndsWithTheLog) {
+  auto pipe = make_pipe();
+  LogCapture log;
+  log.start(std::move(pipe->read));
+  ASSERT_EQ(write(pipe->write.get(), "one\ntwo\n", 8), 8);
+  EXPECT_TRUE(log.wait_for("two", soon()));
+  EXPECT_FALSE(log.wait_for("three", Deadline::in_seconds(0.02)));
+  EXPECT_FALSE(log.wait_end(Deadline::in_seconds(0)));
+  pipe->write.reset();
+  EXPECT_FALSE(log.wait_for("three", soon()));
+  EXPECT_TRUE(log.wait_end(soon()));
+}
+
+}  // namespace
+}  // namespace qorextctl

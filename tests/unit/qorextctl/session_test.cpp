@@ -1,0 +1,156 @@
+#include "session.h"
+
+#include <unistd.h>
+
+#include <filesystem>
+
+#include "fake_modem.h"
+#include "fake_setup.h"
+
+namespace qorextctl {
+namespace {
+
+class SessionWith : public WithFakeDaemon {
+ protected:
+  SessionWith() {
+    options_.verb = Verb::session;
+    options_.daemon_executable = FAKE_DAEMON;
+    options_.setup.modem = "unix:/m";
+    options_.timeout = 10;
+  }
+
+  Outcome run(const char* mode, const std::string& lines) {
+    behave(mode);
+    auto session = Session::start(options_, printer_);
+    EXPECT_TRUE(session) << session.error().message;
+    auto input = make_pipe();
+    EXPECT_EQ(write(input->write.get(), lines.data(), lines.size()),
+              static_cast<ssize_t>(lines.size()));
+    input->write.reset();
+    Outcome outcome = (*session)->run_lines(input->read.get());
+    return (*session)->finish(outcome, true);
+  }
+
+  Options options_;
+};
+
+TEST_F(SessionWith, LinesAreRunOneByOneAndTheEndIsReported) {
+  EXPECT_EQ(run("answer",
+                "# a comment\n\nset-ddtm ddtm=1\n  raw B8000002 00000000 # more\nset-ddtm ddtm=0"),
+            Outcome::success);
+  EXPECT_EQ(out_.str(),
+            "set-ddtm (0x020000B8): success\n"
+            "set-ddtm (0x020000B8): success\n"
+            "set-ddtm (0x020000B8): success\n"
+            "daemon ended with exit status 0\n");
+  EXPECT_EQ(err_.str(), "");
+}
+
+TEST_F(SessionWith, WrongLinesAreToldWithTheirNumberAndTheSessionGoesOn) {
+  EXPECT_EQ(
+      run("answer", "frob\nset-ddtm ddtm=1\nraw 0g\nset-ddtm 'x\nwait-unsol 0\nwait-unsol 1 2 3\n"),
+      Outcome::usage);
+  EXPECT_EQ(out_.str(),
+            "set-ddtm (0x020000B8): success\n"
+            "daemon ended with exit status 0\n");
+  EXPECT_EQ(err_.str(),
+            "qorextctl: line 1: unknown request 'frob' (see: qorextctl list)\n"
+            "qorextctl: line 3: raw: '0g' is not hex (pairs of digits)\n"
+            "qorextctl: line 4: a quote is not closed\n"
+            "qorextctl: line 5: wait-unsol: give a number of frames and a number of seconds\n"
+            "qorextctl: line 6: wait-unsol: give a number of frames and a number of seconds\n");
+}
+
+TEST_F(SessionWith, AnExpectedFailureIsASuccess) {
+  EXPECT_EQ(run("refuse", "expect-failure set-ddtm ddtm=1\n"), Outcome::success);
+  EXPECT_EQ(err_.str(), "");
+}
+
+TEST_F(SessionWith, ASuccessWhereAFailureIsExpectedIsAFailure) {
+  EXPECT_EQ(run("answer", "expect-failure set-ddtm ddtm=1\nset-ddtm ddtm=1\n"), Outcome::refused);
+  EXPECT_EQ(err_.str(), "qorextctl: line 1: set-ddtm: a success, not a failure\n");
+}
+
+TEST_F(SessionWith, WrongLinesAndSilenceAreNoExpectedFailures) {
+  EXPECT_EQ(run("answer", "expect-failure\nexpect-failure frob\n"), Outcome::usage);
+  EXPECT_EQ(run("end", "expect-failure set-ddtm ddtm=1\n"), Outcome::transport);
+}
+
+TEST_F(SessionWith, UnsolicitedFramesCanBeWaitedFor) {
+  EXPECT_EQ(run("notify", "set-ddtm ddtm=1\nwait-unsol 2 5\n"), Outcome::success);
+  EXPECT_EQ(run("answer", "wait-unsol 1 0.02\n"), Outcome::transport);
+}
+
+TEST_F(SessionWith, TheLogIsShownWhenSomethingFailed) {
+  EXPECT_EQ(run("refuse", "set-ddtm ddtm=1\n"), Outcome::refused);
+  EXPECT_NE(err_.str().find("the daemon's log, last 1 of 1 lines:\n  arguments "),
+            std::string::npos);
+}
+
+TEST_F(SessionWith, TheLogIsShownAsItComesOnRequest) {
+  options_.log = true;
+  EXPECT_EQ(run("answer", "set-ddtm ddtm=1\n"), Outcome::success);
+  EXPECT_EQ(err_.str().substr(0, 10), "arguments ");
+}
+
+TEST_F(SessionWith, TheDaemonsEndEndsTheSession) {
+  EXPECT_EQ(run("end", "set-ddtm ddtm=1\nset-ddtm ddtm=1\n"), Outcome::transport);
+  EXPECT_EQ(out_.str(), "daemon ended with exit status 3\n");
+}
+
+TEST_F(SessionWith, TheModemIsAskedOnItsControlSocket) {
+  FakeModem modem("{\"ok\":true}\n");
+  options_.setup.control = modem.path();
+  EXPECT_EQ(run("answer", "modem indicate notify --count 2\n"), Outcome::success);
+  EXPECT_EQ(modem.asked(), R"({"command":"indicate","indication":"notify","count":2,"fields":{}})");
+  EXPECT_EQ(out_.str(), "modem indicate: ok\ndaemon ended with exit status 0\n");
+}
+
+TEST_F(SessionWith, ARefusalOfTheModemIsARefusal) {
+  FakeModem modem("{\"ok\":false,\"error\":\"no\"}\n");
+  options_.setup.control = modem.path();
+  EXPECT_EQ(run("answer", "modem state\n"), Outcome::refused);
+}
+
+TEST_F(SessionWith, WithoutAControlSocketTheModemCannotBeAsked) {
+  EXPECT_EQ(run("answer", "modem state\n"), Outcome::usage);
+  EXPECT_EQ(err_.str().substr(0, err_.str().find('\n')),
+            "qorextctl: line 1: modem: give --control PATH, the modem's control socket");
+}
+
+TEST_F(SessionWith, ThePrivateFolderIsRemovedAfterwards) {
+  std::string root;
+  {
+    auto setup = Setup::create({.modem = "unix:/m",
+                                .control = "",
+                                .scenario = "",
+                                .phone_root = "",
+                                .modem_executable = ""});
+    ASSERT_TRUE(setup) << setup.error().message;
+    root = (*setup)->phone_root();
+    EXPECT_TRUE(std::filesystem::is_directory(root + "/data"));
+    EXPECT_EQ((*setup)->control(), "");
+  }
+  EXPECT_FALSE(std::filesystem::exists(root));
+}
+
+TEST_F(SessionWith, AModemThatEndsAtOnceIsATransportError) {
+  options_.setup.modem = "";
+  options_.setup.modem_executable = "/bin/false";
+  auto session = Session::start(options_, printer_);
+  ASSERT_FALSE(session);
+  EXPECT_EQ(session.error().outcome, Outcome::transport);
+  EXPECT_EQ(session.error().message, "the private modem ended with exit status 1: ");
+}
+
+TEST(SplitLine, WordsQuotesAndComments) {
+  using Words = std::vector<std::string>;
+  EXPECT_EQ(split_line("a  b\tc\r"), (Words{"a", "b", "c"}));
+  EXPECT_EQ(split_line("a='b c' \"d e\" ''"), (Words{"a=b c", "d e", ""}));
+  EXPECT_EQ(split_line("a#b # c"), (Words{"a#b"}));
+  EXPECT_EQ(split_line("# all"), Words());
+  EXPECT_EQ(split_line("'open"), std::nullopt);
+}
+
+}  // namespace
+}  // namespace qorextctl

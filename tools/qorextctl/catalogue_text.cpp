@@ -1,0 +1,99 @@
+#include "catalogue_text.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+
+#include "values.h"
+
+namespace qorextctl {
+
+namespace {
+
+std::string default_text(const Default& otherwise) {
+  switch (otherwise.kind) {
+    case Default::Kind::required:
+      return "required";
+    case Default::Kind::absent:
+      return "left out";
+    case Default::Kind::value:
+      return *otherwise.text ? fmt::format("default {}", otherwise.text) : "default empty";
+    case Default::Kind::length_of:
+      return fmt::format("default the length of {}", otherwise.text);
+    default:
+      return fmt::format("default {}", otherwise.text);
+  }
+}
+
+bool is_required(const Argument& argument) {
+  return argument.otherwise.kind == Default::Kind::required;
+}
+
+std::string id_text(const Request& request) {
+  if (request.id == 0 || request.id == kCdmaIds) return "any";
+  return family_of(request) == Family::cdma ? fmt::format("0x{:08X}", request.id)
+                                            : fmt::format("0x{:06X}", request.id);
+}
+
+// "rde-id= [record=] ...": optional ones in brackets.
+std::string usage(const Request& request) {
+  std::vector<std::string> names;
+  for (const Argument& argument : request.payload.arguments) {
+    std::string name = fmt::format("{}=", argument.field.name);
+    names.push_back(is_required(argument) ? name : "[" + name + "]");
+  }
+  if (request.payload.takes_record) names.emplace_back("[json=FILE]");
+  return fmt::format("{}", fmt::join(names, " "));
+}
+
+std::string row(const Request& request) {
+  return fmt::format("{:<21} {:<11} {}\n", request.name, id_text(request), request.description);
+}
+
+std::string argument_row(const Argument& argument) {
+  return fmt::format("  {:<16} {} ({}; {})\n", argument.field.name + std::string("="),
+                     argument.help, describe(argument), default_text(argument.otherwise));
+}
+
+std::string details(const Request& request) {
+  std::string text = row(request);
+  for (const Argument& argument : request.payload.arguments) text += argument_row(argument);
+  if (request.payload.takes_record) {
+    text += fmt::format("  {:<16} {}\n",
+                        "json=", "a JSON record with any of these; - is standard input");
+  }
+  return text;
+}
+
+}  // namespace
+
+std::string catalogue_text(const std::vector<const Request*>& requests) {
+  if (requests.size() == 1) return details(*requests[0]);
+  std::string text;
+  for (const Request* request : requests) {
+    text += row(*request);
+    if (!request->payload.arguments.empty())
+      text += fmt::format("{:<33} {}\n", "", usage(*request));
+  }
+  return text;
+}
+
+Json catalogue_json(const Request& request) {
+  Json arguments = Json::array();
+  for (const Argument& argument : request.payload.arguments) {
+    arguments.push_back({{"name", argument.field.name},
+                         {"required", is_required(argument)},
+                         {"accepts", describe(argument)},
+                         {"otherwise", default_text(argument.otherwise)},
+                         {"help", argument.help}});
+  }
+  return {{"name", request.name},
+          {"family", family_of(request) == Family::cdma ? "cdma" : "generic"},
+          {"id", id_text(request)},
+          {"description", request.description},
+          {"arguments", arguments},
+          {"json_record", request.payload.takes_record},
+          {"replies", request.reply.second == Second::none ? 1 : 2}};
+}
+
+}  // namespace qorextctl

@@ -1,0 +1,123 @@
+#include "cli.h"
+
+#include <CLI/CLI.hpp>
+#include <sstream>
+
+#include "modem_control.h"
+
+namespace qorextctl {
+
+namespace {
+
+constexpr double kMostTimeout = 3600;
+
+constexpr const char* kExamples = R"(examples:
+  qorextctl list                                      every request
+  qorextctl list set-nam                              one request's arguments
+  qorextctl request nv-read rde-id=28                 with a private modem
+  qorextctl request get-nam --json > nam.json         edit it, then:
+  qorextctl request set-nam spc=000000 json=nam.json
+  qorextctl raw 07000002 0000000000000000 000000000000  bytes as they are
+  printf 'modem indicate notify\nwait-unsol\n' | qorextctl session
+  qorextctl --modem unix:/run/m.sock --control /run/c.sock session
+  qorextctl --control /run/c.sock modem nv 28 0A
+
+exit status:
+  0  success reply
+  1  a reply carried a failure status or was malformed
+  2  wrong usage: nothing was sent, nothing was started
+  3  no reply in time, the daemon ended, or the modem is not reachable
+)";
+
+void add_shared_options(CLI::App& app, Options& options) {
+  app.add_flag("--json", options.json, "one JSON object a line");
+  app.add_flag("--log", options.log, "show the daemon's log on standard error");
+  app.add_option("--timeout", options.timeout, "seconds to wait for a reply")
+      ->check(CLI::Range(0.001, kMostTimeout))
+      ->capture_default_str();
+  app.add_option("--instance", options.instance, "the daemon's instance id")->capture_default_str();
+  app.add_option("--modem", options.setup.modem, "unix:PATH or qrtr; without it a private modem")
+      ->check([](const std::string& modem) {
+        bool good = modem == "qrtr" || (modem.rfind("unix:", 0) == 0 && modem.size() > 5);
+        return good ? "" : "'" + modem + "' is neither qrtr nor unix:PATH";
+      });
+  app.add_option("--control", options.setup.control, "control socket of the modem");
+  app.add_option("--scenario", options.setup.scenario, "start state of the private modem")
+      ->check(CLI::ExistingFile);
+  app.add_option("--phone-root", options.setup.phone_root,
+                 "folder of the phone's files; without it a private one")
+      ->check(CLI::ExistingDirectory);
+  app.add_option("--daemon-program", options.daemon_executable,
+                 "the daemon; without it qorext_client beside qorextctl")
+      ->check(CLI::ExistingFile);
+  app.add_option("--modem-program", options.setup.modem_executable,
+                 "the private modem; without it qorext_modem beside qorextctl")
+      ->check(CLI::ExistingFile);
+}
+
+CLI::App* add_verb(CLI::App& app, Options& options, Verb verb, const char* name,
+                   const char* description) {
+  CLI::App* command = app.add_subcommand(name, description);
+  command->fallthrough();
+  command->callback([&options, verb] { options.verb = verb; });
+  return command;
+}
+
+void add_verbs(CLI::App& app, Options& options) {
+  add_verb(app, options, Verb::request, "request", "send one request and show its reply")
+      ->add_option("words", options.words, "NAME [KEY=VALUE]...")
+      ->required();
+  add_verb(app, options, Verb::raw, "raw", "send bytes as they are and show the reply")
+      ->add_option("words", options.words, "HEX...")
+      ->required();
+  add_verb(app, options, Verb::session, "session", "requests from standard input, one a line")
+      ->footer(
+          "lines: NAME [KEY=VALUE]...  raw HEX  modem COMMAND...  wait-unsol [N] [SECONDS]  "
+          "expect-failure LINE  "
+          "# comment");
+  add_verb(app, options, Verb::list, "list", "all requests, or one with its arguments")
+      ->add_option("words", options.words, "[NAME]")
+      ->expected(0, 1);
+  CLI::App* modem = add_verb(app, options, Verb::modem, "modem", "ask a modem's control socket");
+  modem->add_option("words", options.words, "COMMAND [ARGUMENT]...")->required();
+  modem->footer("commands:\n" + modem_command_help());
+  modem->add_option_function<std::string>(
+      "--count",
+      [&options](const std::string& count) {
+        options.words.insert(options.words.end(), {"--count", count});
+      },
+      "indicate: how many");
+  modem->add_option_function<std::string>(
+      "--interval-ms",
+      [&options](const std::string& interval) {
+        options.words.insert(options.words.end(), {"--interval-ms", interval});
+      },
+      "indicate: time between two");
+}
+
+}  // namespace
+
+Parsed parse_command_line(int argc, const char* const* argv) {
+  Parsed parsed;
+  CLI::App app("Drives qorext_client as the radio interface daemon does.", "qorextctl");
+  app.set_version_flag("--version", "qorextctl " QOREXT_VERSION);
+  app.footer(kExamples);
+  app.require_subcommand(0, 1);
+  add_shared_options(app, parsed.options);
+  add_verbs(app, parsed.options);
+  try {
+    app.parse(argc, argv);
+    if (app.get_subcommands().empty()) throw CLI::RequiredError("a command");
+    parsed.proceed = true;
+    parsed.options.setup.timeout_seconds = parsed.options.timeout;
+  } catch (const CLI::ParseError& error) {
+    std::ostringstream text;
+    bool asked = app.exit(error, text, text) == 0;
+    parsed.exit_status = asked ? 0 : static_cast<int>(Outcome::usage);
+    parsed.text = asked ? text.str()
+                        : std::string("qorextctl: ") + error.what() + " (see: qorextctl --help)\n";
+  }
+  return parsed;
+}
+
+}  // namespace qorextctl

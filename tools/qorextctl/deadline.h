@@ -1,0 +1,35 @@
+// A point in time until which something may take.
+#pragma once
+
+#include <algorithm>
+#include <chrono>
+
+namespace qorextctl {
+
+class Deadline {
+ public:
+  using Clock = std::chrono::steady_clock;
+
+  static Deadline in(std::chrono::milliseconds time) { return Deadline(Clock::now() + time); }
+  static Deadline in_seconds(double seconds) {
+    return Deadline(Clock::now() + std::chrono::duration_cast<Clock::duration>(
+                                       std::chrono::duration<double>(seconds)));
+  }
+
+  Clock::time_point time() const { return time_; }
+  bool passed() const { return Clock::now() >= time_; }
+
+  // For poll(): rounded up, so that a poll that times out is never too early; at least 0.
+  int remaining_ms() const {
+    auto left = std::chrono::ceil<std::chrono::milliseconds>(time_ - Clock::now()).count();
+    return static_cast<int>(std::clamp<decltype(left)>(left, 0, kMostMs));
+  }
+
+ private:
+  explicit Deadline(Clock::time_point time) : time_(time) {}
+
+  static constexpr int kMostMs = 1'000'000'000;
+  Clock::time_point time_;
+};
+
+}  // namespace qorextctl

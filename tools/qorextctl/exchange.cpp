@@ -1,0 +1,153 @@
+#include "exchange.h"
+
+#include <fmt/format.h>
+#include <poll.h>
+
+namespace qorextctl {
+
+namespace {
+
+bool answered_twice(const Request& request, View bytes) {
+  if (request.reply.second != Second::with_payload) return request.reply.second == Second::always;
+  return load_le(bytes, 4, 4) != 0;
+}
+
+bool any_id(const Request* named) { return !named || named->id == 0 || named->id == kCdmaIds; }
+
+std::string named_or_id(const Expected& expected) {
+  return expected.request ? expected.request->name : fmt::format("0x{:X}", expected.id);
+}
+
+int open_fd(const FramePipe& pipe) { return pipe.ended() ? -1 : pipe.fd(); }
+
+}  // namespace
+
+Expected expect_reply(View request, const Request* named) {
+  Classified classified = classify(request);
+  if (classified.kind == Classified::Kind::unknown) return {nullptr, ReplyForm::generic, 0, 1};
+  bool cdma = classified.kind == Classified::Kind::cdma;
+  if (any_id(named)) named = find_request(cdma ? Family::cdma : Family::generic, classified.id);
+  if (!named) return {nullptr, cdma ? ReplyForm::cdma : ReplyForm::generic, classified.id, 1};
+  return {named, named->reply.form, classified.id, answered_twice(*named, request) ? 2 : 1};
+}
+
+// Handles what comes until `done` says so or `extra_fd` is readable (true), or until the daemon has
+// ended, the user wants an end or the time has passed (false).
+template <class Done>
+bool Exchange::pump(Done done, int extra_fd, const Deadline* deadline) {
+  for (;;) {
+    print_unsolicited();
+    if (done()) return true;
+    if (over()) return false;
+    pollfd entries[] = {{open_fd(daemon_.replies()), POLLIN, 0},
+                        {open_fd(daemon_.unsolicited()), POLLIN, 0},
+                        {extra_fd, POLLIN, 0},
+                        {interrupt_fd_, POLLIN, 0}};
+    int ready = poll(entries, std::size(entries), deadline ? deadline->remaining_ms() : -1);
+    if (ready == 0) return false;
+    if (entries[0].revents != 0) daemon_.replies().read_available();
+    interrupted_ = entries[3].revents != 0;
+    if (entries[2].revents != 0) return true;
+  }
+}
+
+void Exchange::print_unsolicited() {
+  daemon_.unsolicited().read_available();
+  while (auto frame = daemon_.unsolicited().take(unsolicited_size)) {
+    printer_.unsolicited(decode_unsolicited(*frame));
+    ++unsolicited_;
+  }
+}
+
+void Exchange::report_strays() {
+  daemon_.replies().read_available();
+  Bytes strays = daemon_.replies().take_all();
+  if (strays.empty()) return;
+  printer_.error(
+      {Outcome::refused, fmt::format("bytes that no request asked for: {}", to_hex(strays))});
+}
+
+Outcome Exchange::run(View request, const Request* named) {
+  Expected expected = expect_reply(request, named);
+  report_strays();
+  Deadline deadline = Deadline::in_seconds(daemon_.send(request) ? timeout_ : 0);
+  auto reply = receive(expected, false, deadline);
+  if (!reply) return Outcome::transport;
+  bool good = reply->problems.empty() && reply->status.value_or(0) == 0;
+  if (expected.replies == 2 && reply->status != kNotSupported) {
+    auto second = receive(expected, true, deadline);
+    if (!second) return Outcome::transport;
+    good = good && second->problems.empty();
+  }
+  return good ? Outcome::success : Outcome::refused;
+}
+
+std::optional<DecodedFrame> Exchange::receive(const Expected& expected, bool second,
+                                              Deadline deadline) {
+  std::optional<Bytes> frame;
+  auto size_of = [&](View bytes) { return reply_size(bytes, expected.form); };
+  auto got_frame = [&] {
+    frame = daemon_.replies().take(size_of);
+    return frame.has_value();
+  };
+  if (!pump(got_frame, -1, &deadline)) {
+    no_reply(expected, second);
+    return std::nullopt;
+  }
+  DecodedFrame reply = decode_reply(expected.request, expected.form, expected.id, *frame);
+  printer_.reply(reply, second);
+  return reply;
+}
+
+void Exchange::no_reply(const Expected& expected, bool second) {
+  Bytes rest = daemon_.replies().take_all();
+  std::string got = rest.empty() ? "" : fmt::format(", only a part came: {}", to_hex(rest));
+  std::string which =
+      fmt::format("no {}reply to {}", second ? "second " : "", named_or_id(expected));
+  std::string why =
+      interrupted_ ? " before the interruption" : fmt::format(" within {} s", timeout_);
+  if (daemon_.replies().ended()) {
+    auto status = daemon_.wait_exit(Deadline::in_seconds(timeout_));
+    why = ": the daemon " + (status ? "ended with " + describe(*status) : "closed its reply pipe");
+  }
+  printer_.error(transport_error(which + why + got));
+}
+
+Outcome Exchange::wait_unsolicited(size_t count, double seconds) {
+  Deadline deadline = Deadline::in_seconds(seconds);
+  bool came = pump([&] { return unsolicited_ >= count; }, -1, &deadline);
+  if (!came) {
+    printer_.error(transport_error(
+        fmt::format("{} of {} unsolicited frames came within {} s", unsolicited_, count, seconds)));
+  }
+  unsolicited_ -= std::min(unsolicited_, count);
+  return came ? Outcome::success : Outcome::transport;
+}
+
+void Exchange::wait_readable(int fd) {
+  pump([] { return false; }, fd, nullptr);
+}
+
+Outcome Exchange::finish(bool print_exit) {
+  daemon_.close_requests();
+  auto status = daemon_.wait_exit(Deadline::in_seconds(timeout_));
+  print_unsolicited();
+  report_strays();
+  if (!status) {
+    printer_.error(
+        transport_error(fmt::format("the daemon still runs {} s after its end", timeout_)));
+    return Outcome::transport;
+  }
+  if (print_exit) printer_.daemon_exit(*status);
+  if (interrupted_) {
+    printer_.error(transport_error("interrupted"));
+    return Outcome::transport;
+  }
+  bool good = status->signal == 0 && status->code == 0;
+  if (!good && !print_exit) {
+    printer_.error(transport_error("the daemon ended with " + describe(*status)));
+  }
+  return good ? Outcome::success : Outcome::transport;
+}
+
+}  // namespace qorextctl

@@ -1,0 +1,64 @@
+// Requests to a running daemon, one after the other: what comes back is decoded and printed as it
+// comes.
+#pragma once
+
+#include "daemon.h"
+#include "output.h"
+
+namespace qorextctl {
+
+// What the daemon answers to the bytes of a request.
+struct Expected {
+  const Request* request;  // the row that describes the reply; null for an id without one
+  ReplyForm form;
+  uint32_t id;
+  int replies;
+};
+// `named` is the row that the request was built from; null for raw bytes.
+Expected expect_reply(View request, const Request* named);
+
+class Exchange {
+ public:
+  // A readable `interrupt_fd` ends every wait.
+  Exchange(Daemon& daemon, Printer& printer, double timeout_seconds, int interrupt_fd = -1)
+      : daemon_(daemon),
+        printer_(printer),
+        timeout_(timeout_seconds),
+        interrupt_fd_(interrupt_fd) {}
+
+  // Sends one request and prints its replies, and unsolicited frames that come meanwhile. The next
+  // request may follow only then: two requests in one read would be taken as one.
+  Outcome run(View request, const Request* named);
+
+  // Prints the unsolicited frames that have come, without waiting.
+  void print_unsolicited();
+
+  // Waits until `count` unsolicited frames have come that no earlier wait has counted.
+  Outcome wait_unsolicited(size_t count, double seconds);
+
+  // Prints unsolicited frames until the descriptor is readable or the daemon has ended.
+  void wait_readable(int fd);
+
+  // Closes the request pipe and prints what is left and how the daemon ended.
+  Outcome finish(bool print_exit);
+
+  // The daemon has gone, or the user wants an end.
+  bool over() const { return interrupted_ || daemon_.replies().ended(); }
+
+ private:
+  // Nothing when no reply came, which is told already.
+  std::optional<DecodedFrame> receive(const Expected& expected, bool second, Deadline deadline);
+  void no_reply(const Expected& expected, bool second);
+  void report_strays();
+  template <class Done>
+  bool pump(Done done, int extra_fd, const Deadline* deadline);
+
+  Daemon& daemon_;
+  Printer& printer_;
+  double timeout_;
+  int interrupt_fd_;
+  bool interrupted_ = false;
+  size_t unsolicited_ = 0;  // not counted by a wait
+};
+
+}  // namespace qorextctl

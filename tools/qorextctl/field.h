@@ -1,0 +1,94 @@
+// How a value lies in a payload. Requests and replies are described with the same fields, so that
+// what a reply shows can be given back as an argument.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+
+namespace qorextctl {
+
+enum class Type : uint8_t {
+  u8,
+  i8,
+  u16,
+  i16,
+  u32,
+  i32,
+  hex,      // bytes
+  address,  // IPv4 or IPv6, in network order
+  code,     // six ASCII characters
+  digits,   // ASCII digits, NUL-padded to the field's size
+  text,     // characters, NUL-padded to the field's size
+  string,   // characters and a NUL
+  numbers,  // u32 values: 1,2,3
+  pairs,    // pairs of u32 values: 1/2,3/4
+};
+
+constexpr size_t kCodeSize = 6;
+
+struct Field {
+  const char* name;
+  Type type;
+  uint16_t offset;                   // from the start of the payload
+  uint16_t size = 0;                 // of bytes and characters; 0: up to the payload's end
+  uint16_t count = 1;                // of an array's elements
+  const char* counted_by = nullptr;  // the field that says how many elements or bytes are used
+};
+
+// Bytes of one number; 0 for the types that have no fixed width.
+constexpr size_t width_of(Type type) {
+  switch (type) {
+    case Type::u8:
+    case Type::i8:
+      return 1;
+    case Type::u16:
+    case Type::i16:
+      return 2;
+    case Type::u32:
+    case Type::i32:
+      return 4;
+    default:
+      return 0;
+  }
+}
+
+constexpr bool is_signed(Type type) {
+  return type == Type::i8 || type == Type::i16 || type == Type::i32;
+}
+
+constexpr Field u8(const char* name, uint16_t offset) { return {name, Type::u8, offset}; }
+constexpr Field i8(const char* name, uint16_t offset) { return {name, Type::i8, offset}; }
+constexpr Field u16(const char* name, uint16_t offset) { return {name, Type::u16, offset}; }
+constexpr Field i16(const char* name, uint16_t offset) { return {name, Type::i16, offset}; }
+constexpr Field u32(const char* name, uint16_t offset) { return {name, Type::u32, offset}; }
+constexpr Field i32(const char* name, uint16_t offset) { return {name, Type::i32, offset}; }
+constexpr Field code(const char* name, uint16_t offset) {
+  return {name, Type::code, offset, kCodeSize};
+}
+constexpr Field hex(const char* name, uint16_t offset, uint16_t size = 0) {
+  return {name, Type::hex, offset, size};
+}
+constexpr Field address(const char* name, uint16_t offset, uint16_t size) {
+  return {name, Type::address, offset, size};
+}
+constexpr Field digits(const char* name, uint16_t offset, uint16_t size) {
+  return {name, Type::digits, offset, size};
+}
+constexpr Field text(const char* name, uint16_t offset, uint16_t size = 0) {
+  return {name, Type::text, offset, size};
+}
+constexpr Field string(const char* name, uint16_t offset) { return {name, Type::string, offset}; }
+constexpr Field numbers(const char* name, uint16_t offset) { return {name, Type::numbers, offset}; }
+constexpr Field pairs(const char* name, uint16_t offset) { return {name, Type::pairs, offset}; }
+
+// `count` numbers one behind the other.
+constexpr Field list(Field field, uint16_t count) {
+  field.count = count;
+  return field;
+}
+constexpr Field counted(Field field, const char* counter) {
+  field.counted_by = counter;
+  return field;
+}
+
+}  // namespace qorextctl

@@ -1,0 +1,47 @@
+// What a program writes to its output and error channels, line by line. A thread reads all the
+// time, so that the program never waits because nobody reads its log.
+#pragma once
+
+#include <condition_variable>
+#include <functional>
+#include <mutex>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "deadline.h"
+#include "fd.h"
+
+namespace qorextctl {
+
+class LogCapture {
+ public:
+  // Called on the reading thread with every line, without its end.
+  using Listener = std::function<void(const std::string&)>;
+
+  explicit LogCapture(Listener listener = {}) : listener_(std::move(listener)) {}
+  // Waits for the end of the log: end the program first.
+  ~LogCapture();
+
+  void start(UniqueFd input);
+
+  std::vector<std::string> lines() const;
+  // True as soon as a line holds the text.
+  bool wait_for(const std::string& text, Deadline deadline) const;
+  // Waits until the program has closed its output.
+  bool wait_end(Deadline deadline) const;
+
+ private:
+  void read_all(const UniqueFd& input);
+  void add(const std::string& line);
+  bool holds(const std::string& text) const;
+
+  Listener listener_;
+  mutable std::mutex mutex_;
+  mutable std::condition_variable changed_;
+  std::vector<std::string> lines_;
+  bool ended_ = true;
+  std::thread reader_;
+};
+
+}  // namespace qorextctl

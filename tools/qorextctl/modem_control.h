@@ -1,0 +1,39 @@
+// The control socket of the simulated modem: one JSON object a line in, one out.
+#pragma once
+
+#include <span>
+#include <string>
+
+#include "deadline.h"
+#include "decode.h"
+#include "fd.h"
+#include "result.h"
+
+namespace qorextctl {
+
+// From words as people write them: "nv 28 0A", "indicate pfp rat=1 --count 3", "service nas down".
+// A word that begins with '{' is taken as the whole object.
+Result<Json> modem_command(std::span<const std::string> words);
+
+// One line a command, for --help.
+std::string modem_command_help();
+
+class ModemControl {
+ public:
+  static Result<ModemControl> connect(const std::string& path);
+
+  // The modem's answer, whatever it says: {"ok":true,...} or {"ok":false,"error":"..."}.
+  Result<Json> call(const Json& command, Deadline deadline);
+
+ private:
+  ModemControl(UniqueFd socket, std::string path)
+      : socket_(std::move(socket)), path_(std::move(path)) {}
+  bool send_line(const std::string& line) const;
+  Result<std::string> receive_line(Deadline deadline);
+
+  UniqueFd socket_;
+  std::string path_;
+  std::string rest_;  // received behind the last line
+};
+
+}  // namespace qorextctl

@@ -1,0 +1,180 @@
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <iterator>
+
+#include "modem_control.h"
+#include "spelling.h"
+#include "values.h"
+
+namespace qorextctl {
+
+namespace {
+
+using Words = std::span<const std::string>;
+
+// What is text or bytes even where it looks like a number.
+constexpr std::string_view kTextKeys[] = {"data",        "table",        "report",
+                                          "text",        "name",         "service",
+                                          "message",     "kind",         "spc",
+                                          "mdn",         "min",          "imsi_mcc",
+                                          "imsi_11_12",  "imsi_t",       "short_name",
+                                          "long_name",   "ipv4",         "ipv6",
+                                          "fsg_version", "flex_version", "network_description"};
+
+bool is_text_key(std::string_view key) {
+  return std::find(std::begin(kTextKeys), std::end(kTextKeys), key) != std::end(kTextKeys);
+}
+
+Json typed_value(const std::string& key, const std::string& text) {
+  bool structured = !text.empty() && (text.front() == '[' || text.front() == '{');
+  if (is_text_key(key) && !structured) return text;
+  if (auto number = parse_number(text)) return *number;
+  Json parsed = Json::parse(text, nullptr, false);
+  return parsed.is_discarded() ? Json(text) : parsed;
+}
+
+// "lte.mcc" names the member mcc of the table lte.
+void put(Json& object, const std::string& path, const std::string& text) {
+  size_t dot = path.find('.');
+  if (dot != std::string::npos) return put(object[path.substr(0, dot)], path.substr(dot + 1), text);
+  object[path] = typed_value(path, text);
+}
+
+Error wrong_pair(const std::string& word) {
+  return usage_error(fmt::format("modem: '{}' is not key=value", word));
+}
+
+// Adds key=value words to the object.
+Result<Json> with_pairs(Json object, Words words) {
+  for (const std::string& word : words) {
+    size_t equals = word.find('=');
+    if (equals == std::string::npos || equals == 0) return wrong_pair(word);
+    put(object, json_key(word.substr(0, equals)), word.substr(equals + 1));
+  }
+  return object;
+}
+
+Result<Json> plain(Json command, Words words) { return with_pairs(std::move(command), words); }
+
+Result<Json> set(Json command, Words words) {
+  if (words.empty()) return usage_error("modem set: nothing to set, give key=value");
+  auto state = with_pairs(Json::object(), words);
+  if (!state) return state;
+  command["state"] = *state;
+  return command;
+}
+
+bool is_pair(const std::string& word) { return word.find('=') != std::string::npos; }
+
+Result<Json> nv(Json command, Words words) {
+  auto rde_id = words.empty() ? std::nullopt : parse_number(words[0]);
+  if (!rde_id) return usage_error("modem nv: give an element number, and hex bytes to write it");
+  command["rde_id"] = *rde_id;
+  words = words.subspan(1);
+  if (words.empty() || is_pair(words[0])) return with_pairs(command, words);
+  if (!parse_hex(words[0])) {
+    return usage_error(fmt::format("modem nv: '{}' is not hex (pairs of digits)", words[0]));
+  }
+  command["data"] = words[0];
+  return with_pairs(command, words.subspan(1));
+}
+
+// "--count N" and "--interval-ms N" are the burst's; everything else is a field.
+Result<Json> indicate(Json command, Words words) {
+  if (words.empty() || is_pair(words[0])) {
+    return usage_error("modem indicate: give an indication's name, such as notify or pfp");
+  }
+  command["indication"] = words[0];
+  std::vector<std::string> fields;
+  for (size_t i = 1; i < words.size(); ++i) {
+    if (words[i] != "--count" && words[i] != "--interval-ms") {
+      fields.push_back(words[i]);
+      continue;
+    }
+    auto number = i + 1 < words.size() ? parse_number(words[i + 1]) : std::nullopt;
+    if (!number) return usage_error(fmt::format("modem indicate: {} wants a number", words[i]));
+    command[json_key(words[i++].substr(2))] = *number;
+  }
+  auto members = with_pairs(Json::object(), fields);
+  if (!members) return members;
+  command["fields"] = *members;
+  return command;
+}
+
+Result<Json> fault(Json command, Words words) {
+  if (!words.empty() && !is_pair(words[0])) {
+    command["kind"] = words[0];
+    words = words.subspan(1);
+  }
+  auto filled = with_pairs(command, words);
+  if (filled && !filled->contains("kind")) {
+    return usage_error("modem fault: give a kind, such as silent, delay or error");
+  }
+  return filled;
+}
+
+Result<Json> service(Json command, Words words) {
+  bool whole = words.size() == 2 && (words[1] == "up" || words[1] == "down");
+  if (!whole) return usage_error("modem service: give a service (qorext, nas, dms) and up or down");
+  command["name"] = words[0];
+  command["up"] = words[1] == "up";
+  return command;
+}
+
+struct CommandRow {
+  const char* name;
+  Result<Json> (*build)(Json command, Words words);
+  const char* arguments;
+  const char* help;
+};
+
+constexpr CommandRow kCommands[] = {
+    {"state", plain, "", "everything the modem has stored"},
+    {"set", set, "KEY=VALUE...", "change the state, such as lte.mcc=310"},
+    {"nv", nv, "RDE [HEX] [record=N]", "read or write an NV item"},
+    {"indicate", indicate, "NAME [FIELD=VALUE...] [--count N] [--interval-ms N]",
+     "send indications"},
+    {"fault", fault, "KIND [service=] [message=] [times=] [delay_ms=]...", "misbehave"},
+    {"faults", plain, "", "faults in force"},
+    {"clear_faults", plain, "", "end all faults"},
+    {"service", service, "NAME up|down", "publish or withdraw qorext, nas or dms"},
+    {"requests", plain, "", "what the modem was asked"},
+    {"clear_requests", plain, "", "forget what the modem was asked"},
+    {"version", plain, "", "the modem's version"},
+    {"quit", plain, "", "end the modem"},
+};
+
+const CommandRow* find_command(const std::string& name) {
+  const auto* row =
+      std::find_if(std::begin(kCommands), std::end(kCommands),
+                   [&name](const CommandRow& command) { return name == command.name; });
+  return row == std::end(kCommands) ? nullptr : row;
+}
+
+}  // namespace
+
+Result<Json> modem_command(std::span<const std::string> words) {
+  if (words.empty()) return usage_error("modem: no command given (see: qorextctl modem --help)");
+  if (words[0].front() == '{') {
+    Json object = Json::parse(words[0], nullptr, false);
+    if (object.is_object() && words.size() == 1) return object;
+    return usage_error("modem: the word in braces is not one JSON object");
+  }
+  std::string name = json_key(words[0]);
+  const CommandRow* row = find_command(name);
+  if (row) return row->build({{"command", name}}, words.subspan(1));
+  return usage_error(
+      fmt::format("modem: unknown command '{}' (see: qorextctl modem --help)", words[0]));
+}
+
+std::string modem_command_help() {
+  std::string text;
+  for (const CommandRow& row : kCommands) {
+    std::string usage = fmt::format("{} {}", row.name, row.arguments);
+    text += fmt::format("  {:<60} {}\n", usage, row.help);
+  }
+  return text;
+}
+
+}  // namespace qorextctl

@@ -1,0 +1,183 @@
+#include "output.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <ostream>
+
+#include "catalogue_text.h"
+#include "spelling.h"
+
+namespace qorextctl {
+
+namespace {
+
+constexpr size_t kTailLines = 60;
+
+std::string value_text(const Json& value) {
+  if (value.is_string()) return value.get<std::string>();
+  if (!value.is_array()) return value.dump();
+  std::vector<std::string> texts;
+  for (const Json& element : value) texts.push_back(value_text(element));
+  return texts.empty() ? "none" : fmt::format("{}", fmt::join(texts, " "));
+}
+
+std::string record_text(const Items& record) {
+  std::vector<std::string> texts;
+  for (const Item& item : record) {
+    texts.push_back(fmt::format("{} {}", item.name, value_text(item.value)));
+  }
+  return fmt::format("{}", fmt::join(texts, ", "));
+}
+
+using Line = std::pair<std::string, std::string>;
+
+std::vector<Line> lines_of(const Items& items) {
+  std::vector<Line> lines;
+  for (const Item& item : items) {
+    if (!item.is_group) lines.emplace_back(item.name, value_text(item.value));
+    if (item.is_group && item.records.empty()) lines.emplace_back(item.name, "none");
+    for (size_t i = 0; i < item.records.size(); ++i) {
+      lines.emplace_back(fmt::format("{} {}", item.name, i + 1), record_text(item.records[i]));
+    }
+  }
+  return lines;
+}
+
+// The status of an unsolicited frame is worth a word only when it is none of success.
+std::string status_text(const DecodedFrame& frame, bool is_reply) {
+  if (!frame.status || (!is_reply && *frame.status == 0)) return "";
+  return frame.status_name == "unknown" ? fmt::format("unknown status {}", *frame.status)
+                                        : frame.status_name;
+}
+
+std::string size_text(uint32_t length) {
+  if (length == 0) return "";
+  return length == 1 ? "1 byte" : fmt::format("{} bytes", length);
+}
+
+// "nv-read (0x02000016): success, 21 bytes".
+std::string summary(const DecodedFrame& frame, std::string_view remark, bool is_reply) {
+  std::string name = frame.name.empty() ? "unknown" : frame.name;
+  std::string text = fmt::format("{} ({}){}", name, frame.id, remark);
+  std::string_view separator = ": ";
+  for (const std::string& part : {status_text(frame, is_reply), size_text(frame.length)}) {
+    if (part.empty()) continue;
+    text.append(separator).append(part);
+    separator = ", ";
+  }
+  return text;
+}
+
+Json typed(const char* type, const Json& members) {
+  Json object = {{"type", type}};
+  object.update(members);
+  return object;
+}
+
+}  // namespace
+
+Json to_json(const Items& items) {
+  Json object = Json::object();
+  for (const Item& item : items) {
+    Json& member = object[json_key(item.name)];
+    member = item.value;
+    if (!item.is_group) continue;
+    member = Json::array();
+    for (const Items& record : item.records) member.push_back(to_json(record));
+  }
+  return object;
+}
+
+Json to_json(const DecodedFrame& frame) {
+  return {{"name", frame.name.empty() ? Json() : Json(frame.name)},
+          {"id", frame.id},
+          {"status", frame.status ? Json(*frame.status) : Json()},
+          {"status_name", frame.status ? Json(frame.status_name) : Json()},
+          {"length", frame.length},
+          {"fields", to_json(frame.fields)},
+          {"problems", frame.problems},
+          {"hex", to_hex(frame.frame)}};
+}
+
+std::string to_text(const Items& items) {
+  std::vector<Line> lines = lines_of(items);
+  size_t width = 0;
+  for (const Line& line : lines) width = std::max(width, line.first.size());
+  std::string text;
+  for (const auto& [name, value] : lines) {
+    text += fmt::format("  {:<{}}  {}", name + ":", width + 1, value);
+    text.erase(text.find_last_not_of(' ') + 1);
+    text += '\n';
+  }
+  return text;
+}
+
+void Printer::object(const Json& object) { text(object.dump() + "\n"); }
+
+void Printer::text(const std::string& text) {
+  std::lock_guard lock(mutex_);
+  out_ << text << std::flush;
+}
+
+void Printer::frame(const std::string& title, const DecodedFrame& frame) {
+  std::string shown = title + "\n" + to_text(frame.fields);
+  for (const std::string& problem : frame.problems) shown += "  problem: " + problem + "\n";
+  if (hex_) shown += "  hex: " + to_hex(frame.frame) + "\n";
+  text(shown);
+}
+
+void Printer::reply(const DecodedFrame& reply, bool second) {
+  if (!json_) return frame(summary(reply, second ? ", second reply" : "", true), reply);
+  Json members = to_json(reply);
+  members["second"] = second;
+  object(typed("reply", members));
+}
+
+void Printer::unsolicited(const DecodedFrame& message) {
+  if (!json_) return frame("unsolicited " + summary(message, "", false), message);
+  object(typed("unsolicited", to_json(message)));
+}
+
+void Printer::daemon_exit(const ExitStatus& status) {
+  if (!json_) return text(fmt::format("daemon ended with {}\n", describe(status)));
+  object(typed("exit", {{"status", status.signal == 0 ? Json(status.code) : Json()},
+                        {"signal", status.signal == 0 ? Json() : Json(status.signal)}}));
+}
+
+void Printer::modem_answer(const std::string& command, const Json& answer) {
+  if (json_) return object(typed("modem", {{"command", command}, {"answer", answer}}));
+  Json content = answer;
+  content.erase("ok");
+  std::string shown =
+      fmt::format("modem {}: {}\n", command, answer.value("ok", false) ? "ok" : "refused");
+  text(content.empty() ? shown : shown + content.dump(2) + "\n");
+}
+
+void Printer::request_list(const std::vector<const Request*>& requests) {
+  if (!json_) return text(catalogue_text(requests));
+  for (const Request* request : requests) object(typed("request", catalogue_json(*request)));
+}
+
+void Printer::error(const Error& error) {
+  if (json_) {
+    object(
+        typed("error", {{"outcome", static_cast<int>(error.outcome)}, {"message", error.message}}));
+  }
+  std::lock_guard lock(mutex_);
+  err_ << "qorextctl: " << error.message << std::endl;
+}
+
+void Printer::log_line(const std::string& line) {
+  std::lock_guard lock(mutex_);
+  err_ << line << std::endl;
+}
+
+void Printer::log_tail(const std::string& title, const std::vector<std::string>& lines) {
+  if (lines.empty()) return;
+  size_t first = lines.size() - std::min(lines.size(), kTailLines);
+  log_line(fmt::format("{}, last {} of {} lines:", title, lines.size() - first, lines.size()));
+  for (size_t i = first; i < lines.size(); ++i) log_line("  " + lines[i]);
+}
+
+}  // namespace qorextctl

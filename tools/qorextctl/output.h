@@ -1,0 +1,50 @@
+// What the program prints: aligned lines for people, or one JSON object a line with stable keys.
+// Results go to standard output; logs and errors to standard error. Any thread may print.
+#pragma once
+
+#include <iosfwd>
+#include <mutex>
+#include <string>
+#include <vector>
+
+#include "decode.h"
+#include "process.h"
+#include "result.h"
+
+namespace qorextctl {
+
+class Printer {
+ public:
+  Printer(std::ostream& out, std::ostream& err, bool json) : out_(out), err_(err), json_(json) {}
+
+  void show_hex(bool show) { hex_ = show; }  // below every frame; JSON always has it
+
+  // `second`: the reply that follows the real one.
+  void reply(const DecodedFrame& reply, bool second);
+  void unsolicited(const DecodedFrame& message);
+  void daemon_exit(const ExitStatus& status);
+  void modem_answer(const std::string& command, const Json& answer);
+  void request_list(const std::vector<const Request*>& requests);
+  void error(const Error& error);
+  void log_line(const std::string& line);
+  // The end of a log, for a person who asks why something failed.
+  void log_tail(const std::string& title, const std::vector<std::string>& lines);
+
+ private:
+  void frame(const std::string& title, const DecodedFrame& frame);
+  void object(const Json& object);
+  void text(const std::string& text);
+
+  std::ostream& out_;
+  std::ostream& err_;
+  bool json_;
+  bool hex_ = false;
+  std::mutex mutex_;
+};
+
+// Parts of the above, for tests and other formats.
+Json to_json(const Items& items);
+Json to_json(const DecodedFrame& frame);
+std::string to_text(const Items& items);
+
+}  // namespace qorextctl

@@ -1,0 +1,45 @@
+// Either a value or the reason why there is none.
+#pragma once
+
+#include <string>
+#include <utility>
+#include <variant>
+
+namespace qorextctl {
+
+// What the program's exit status says.
+enum class Outcome : int {
+  success = 0,
+  refused = 1,    // a reply carried a failure status
+  usage = 2,      // the command was wrong; nothing was sent
+  transport = 3,  // no reply in time, daemon ended, modem not reachable
+};
+
+struct Error {
+  Outcome outcome;
+  std::string message;  // one line, without a full stop
+};
+
+template <class T>
+class Result {
+ public:
+  Result(T value) : content_(std::move(value)) {}
+  Result(Error error) : content_(std::move(error)) {}
+
+  explicit operator bool() const { return content_.index() == 0; }
+  T& operator*() { return std::get<0>(content_); }
+  const T& operator*() const { return std::get<0>(content_); }
+  T* operator->() { return &std::get<0>(content_); }
+  const T* operator->() const { return &std::get<0>(content_); }
+  const Error& error() const { return std::get<1>(content_); }
+
+ private:
+  std::variant<T, Error> content_;
+};
+
+inline Error usage_error(std::string message) { return {Outcome::usage, std::move(message)}; }
+inline Error transport_error(std::string message) {
+  return {Outcome::transport, std::move(message)};
+}
+
+}  // namespace qorextctl

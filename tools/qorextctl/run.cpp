@@ -1,0 +1,80 @@
+#include <unistd.h>
+
+#include "arguments.h"
+#include "session.h"
+
+namespace qorextctl {
+
+namespace {
+
+Outcome fail(Printer& printer, const Error& error) {
+  printer.error(error);
+  return error.outcome;
+}
+
+Outcome run_one(const Options& options, Printer& printer, View request, const Request* named) {
+  auto session = Session::start(options, printer);
+  if (!session) return fail(printer, session.error());
+  Outcome outcome = (*session)->send(request, named);
+  return (*session)->finish(outcome, false);
+}
+
+Outcome run_request(const Options& options, Printer& printer) {
+  auto command = parse_command(options.words, true);
+  if (!command) return fail(printer, command.error());
+  return run_one(options, printer, command->bytes, command->request);
+}
+
+Outcome run_raw(const Options& options, Printer& printer) {
+  auto bytes = parse_raw(options.words);
+  if (!bytes) return fail(printer, bytes.error());
+  printer.show_hex(true);
+  return run_one(options, printer, *bytes, nullptr);
+}
+
+Outcome run_session(const Options& options, Printer& printer) {
+  auto session = Session::start(options, printer);
+  if (!session) return fail(printer, session.error());
+  Outcome outcome = (*session)->run_lines(STDIN_FILENO);
+  return (*session)->finish(outcome, true);
+}
+
+Outcome run_list(const Options& options, Printer& printer) {
+  std::vector<const Request*> chosen;
+  for (const Request& request : catalogue()) {
+    if (options.words.empty() || options.words[0] == request.name) chosen.push_back(&request);
+  }
+  if (chosen.empty()) {
+    return fail(printer, usage_error("unknown request '" + options.words[0] + "'"));
+  }
+  printer.request_list(chosen);
+  return Outcome::success;
+}
+
+Outcome ask_modem(const Options& options, Printer& printer) {
+  auto outcome = run_modem(options.words, options.setup.control, options.timeout, printer);
+  return outcome ? *outcome : fail(printer, outcome.error());
+}
+
+Outcome dispatch(const Options& options, Printer& printer) {
+  switch (options.verb) {
+    case Verb::request:
+      return run_request(options, printer);
+    case Verb::raw:
+      return run_raw(options, printer);
+    case Verb::session:
+      return run_session(options, printer);
+    case Verb::modem:
+      return ask_modem(options, printer);
+    default:
+      return run_list(options, printer);
+  }
+}
+
+}  // namespace
+
+int run(const Options& options, Printer& printer) {
+  return static_cast<int>(dispatch(options, printer));
+}
+
+}  // namespace qorextctl

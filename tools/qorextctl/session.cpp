@@ -1,0 +1,203 @@
+#include "session.h"
+
+#include <fmt/format.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+
+#include "arguments.h"
+#include "modem_control.h"
+#include "values.h"
+
+namespace qorextctl {
+
+namespace {
+
+constexpr size_t kMostWaitedFrames = 1'000'000;
+constexpr double kMostSeconds = 86400;
+
+std::optional<double> parse_seconds(const std::string& text) {
+  char* end = nullptr;
+  double seconds = strtod(text.c_str(), &end);
+  bool good = end != text.c_str() && *end == '\0' && seconds >= 0 && seconds <= kMostSeconds;
+  return good ? std::optional(seconds) : std::nullopt;
+}
+
+Error no_daemon() {
+  return transport_error("qorext_client is not beside qorextctl; use --daemon-program");
+}
+
+}  // namespace
+
+Result<std::unique_ptr<Session>> Session::start(const Options& options, Printer& printer) {
+  std::unique_ptr<Session> session(new Session(options, printer));
+  if (auto error = session->open()) return *error;
+  return session;
+}
+
+std::optional<Error> Session::open() {
+  DaemonOptions launch;
+  launch.executable = options_.daemon_executable;
+  if (launch.executable.empty()) launch.executable = sibling("qorext_client");
+  if (launch.executable.empty()) return no_daemon();
+  auto setup = Setup::create(options_.setup, interrupts_.fd());
+  if (!setup) return setup.error();
+  setup_ = std::move(*setup);
+  launch.modem = setup_->modem();
+  launch.phone_root = setup_->phone_root();
+  launch.instance = options_.instance;
+  if (options_.log) launch.on_log = [this](const std::string& line) { printer_.log_line(line); };
+  auto daemon = Daemon::start(launch);
+  if (!daemon) return daemon.error();
+  daemon_ = std::move(*daemon);
+  exchange_.emplace(*daemon_, printer_, options_.timeout, interrupts_.fd());
+  return std::nullopt;
+}
+
+Outcome Session::complain(Error error) {
+  if (line_ != 0) error.message = fmt::format("line {}: {}", line_, error.message);
+  printer_.error(error);
+  return error.outcome;
+}
+
+Outcome Session::judged(Outcome outcome) {
+  daemon_failed_ = daemon_failed_ || outcome != Outcome::success;
+  return outcome;
+}
+
+Outcome Session::send(View request, const Request* named) {
+  return judged(exchange_->run(request, named));
+}
+
+Outcome Session::run_line(const std::string& line) {
+  auto words = split_line(line);
+  if (!words) return complain(usage_error("a quote is not closed"));
+  return words->empty() ? Outcome::success : run_words(*words);
+}
+
+Outcome Session::run_words(const std::vector<std::string>& words) {
+  std::vector<std::string> behind(words.begin() + 1, words.end());
+  if (words[0] == "expect-failure") return expect_failure(behind);
+  if (words[0] == "wait-unsol") return wait_unsolicited(behind);
+  if (words[0] == "modem") return ask_modem(behind);
+  if (words[0] == "raw") {
+    auto bytes = parse_raw(behind);
+    return bytes ? send(*bytes, nullptr) : complain(bytes.error());
+  }
+  auto command = parse_command(words, false);
+  return command ? send(command->bytes, command->request) : complain(command.error());
+}
+
+Outcome Session::expect_failure(const std::vector<std::string>& words) {
+  if (words.empty()) return complain(usage_error("expect-failure: give a request or a command"));
+  bool failed_before = daemon_failed_;
+  Outcome outcome = run_words(words);
+  if (outcome != Outcome::refused) {
+    return outcome == Outcome::success
+               ? complain({Outcome::refused, fmt::format("{}: a success, not a failure", words[0])})
+               : outcome;
+  }
+  daemon_failed_ = failed_before;
+  return Outcome::success;
+}
+
+Outcome Session::ask_modem(const std::vector<std::string>& words) {
+  auto outcome = run_modem(words, setup_->control(), options_.timeout, printer_);
+  return outcome ? *outcome : complain(outcome.error());
+}
+
+Outcome Session::wait_unsolicited(const std::vector<std::string>& words) {
+  auto count = words.empty() ? std::optional<int64_t>(1) : parse_number(words[0]);
+  auto seconds = words.size() < 2 ? std::optional(options_.timeout) : parse_seconds(words[1]);
+  bool good = count && *count > 0 && *count <= int64_t{kMostWaitedFrames} && seconds;
+  if (!good || words.size() > 2) {
+    return complain(usage_error("wait-unsol: give a number of frames and a number of seconds"));
+  }
+  return judged(exchange_->wait_unsolicited(static_cast<size_t>(*count), *seconds));
+}
+
+// Runs the whole lines in `text` and leaves the rest of it.
+Outcome Session::run_whole_lines(std::string& text) {
+  Outcome worst = Outcome::success;
+  size_t start = 0;
+  for (size_t end = text.find('\n'); end != std::string::npos && !exchange_->over();
+       end = text.find('\n', start)) {
+    ++line_;
+    worst = std::max(worst, run_line(text.substr(start, end - start)));
+    exchange_->print_unsolicited();
+    start = end + 1;
+  }
+  text.erase(0, start);
+  return worst;
+}
+
+Outcome Session::run_lines(int fd) {
+  Outcome worst = Outcome::success;
+  std::string text;
+  char buffer[4096];
+  ssize_t size = 1;
+  while (size != 0 && !exchange_->over()) {
+    exchange_->wait_readable(fd);
+    if (exchange_->over()) break;
+    size = read(fd, buffer, sizeof buffer);
+    if (size < 0 && errno != EINTR) break;
+    if (size > 0) text.append(buffer, static_cast<size_t>(size));
+    if (size == 0 && !text.empty()) text += '\n';
+    worst = std::max(worst, run_whole_lines(text));
+  }
+  line_ = 0;
+  return worst;
+}
+
+Outcome Session::finish(Outcome outcome, bool print_exit) {
+  outcome = std::max(outcome, judged(exchange_->finish(print_exit)));
+  if (!daemon_failed_ || options_.log) return outcome;
+  daemon_->log().wait_end(Deadline::in_seconds(options_.timeout));
+  printer_.log_tail("the daemon's log", daemon_->log().lines());
+  printer_.log_tail("the modem's log", setup_->modem_log().lines());
+  return outcome;
+}
+
+std::optional<std::vector<std::string>> split_line(const std::string& line) {
+  std::vector<std::string> words;
+  std::string word;
+  char quote = 0;
+  bool begun = false;
+  for (char character : line) {
+    bool blank = character == ' ' || character == '\t' || character == '\r';
+    if (quote == 0 && blank) {
+      if (begun) words.push_back(word);
+      word.clear();
+      begun = false;
+      continue;
+    }
+    if (quote == 0 && !begun && character == '#') break;
+    begun = true;
+    if (character == quote) {
+      quote = 0;
+    } else if (quote == 0 && (character == '"' || character == '\'')) {
+      quote = character;
+    } else {
+      word += character;
+    }
+  }
+  if (quote != 0) return std::nullopt;
+  if (begun) words.push_back(word);
+  return words;
+}
+
+Result<Outcome> run_modem(std::span<const std::string> words, const std::string& control,
+                          double timeout_seconds, Printer& printer) {
+  auto command = modem_command(words);
+  if (!command) return command.error();
+  if (control.empty()) return usage_error("modem: give --control PATH, the modem's control socket");
+  auto modem = ModemControl::connect(control);
+  if (!modem) return modem.error();
+  auto answer = modem->call(*command, Deadline::in_seconds(timeout_seconds));
+  if (!answer) return answer.error();
+  printer.modem_answer(command->value("command", "?"), *answer);
+  return answer->value("ok", false) ? Outcome::success : Outcome::refused;
+}
+
+}  // namespace qorextctl
