@@ -1,0 +1,132 @@
+// The service programming code, items that cannot be read or written, and SID/NID pairs.
+#include "nam_fixture.h"
+
+namespace e2e {
+namespace {
+
+using testing::Contains;
+using testing::ElementsAre;
+
+constexpr uint32_t kGetPairs = 0x02000003;
+constexpr uint32_t kSetPairs = 0x02000004;
+constexpr size_t kRecordSize = 104;
+
+TEST_F(NamProgramming, ANewProgrammingCodeIsRequiredFromThenOn) {
+  Bytes change = setting(kFactory, "000000", "271828");
+  Served changed = handset.serve(change);
+  EXPECT_EQ(changed.replies, as_hex(echo(change, 0)));
+  EXPECT_THAT(changed.log, Contains("isSpcChanged = 1, (000000 ~ 271828)"));
+  EXPECT_EQ(stored("settings/spc"), "271828");
+
+  Bytes again = setting(kFactory, "000000", "314159");
+  Served refused = handset.serve(again);
+  EXPECT_EQ(refused.replies, as_hex(echo(again, 5)));
+  EXPECT_THAT(refused.log, Contains("qor_qmi_sprint_write_spc Error = 85"));
+  EXPECT_THAT(refused.log,
+              Contains("qorext_hook_sprint_set_nam_block_request_info:  ERROR FOUND 19 "));
+  EXPECT_EQ(stored("settings/spc"), "271828");
+
+  Bytes right = setting(kFactory, "271828", "314159");
+  EXPECT_EQ(handset.serve(right).replies, as_hex(echo(right, 0)));
+  EXPECT_EQ(stored("settings/spc"), "314159");
+}
+
+TEST_F(NamProgramming, TheSameCodeIsNoChange) {
+  Served served = handset.serve(setting(kFactory, "999999", "999999"));
+  EXPECT_THAT(served.log, Contains("isSpcChanged = 0, (999999 ~ 999999)"));
+  EXPECT_EQ(written().size(), 15U);
+  EXPECT_EQ(stored("settings/spc"), "000000");
+}
+
+TEST_F(NamProgramming, ACodeWithALetterIsNoChangeEither) {
+  Bytes request = setting(kFactory, "000000", "12A456");
+  Served served = handset.serve(request);
+  EXPECT_EQ(served.replies, as_hex(echo(request, 0)));
+  EXPECT_THAT(served.log, Contains("Byte (2) of SPC is not digit."));
+  EXPECT_EQ(written().size(), 15U);
+  EXPECT_EQ(stored("settings/spc"), "000000");
+}
+
+// The number under which the log knows an item is its place in the order of writing and reading.
+TEST_F(NamProgramming, EveryItemThatCannotBeWrittenIsToldByItsNumber) {
+  Bytes request = setting(kProgrammed, "000000", "000000");
+  for (unsigned number = 0; number < 15; ++number) {
+    SCOPED_TRACE(number);
+    handset.spoil("element_write", "error error=3", number);
+    Served served = handset.serve(request);
+    EXPECT_EQ(served.replies, as_hex(echo(request, 5)));
+    EXPECT_THAT(served.log,
+                Contains(fmt::format(
+                    "qorext_hook_sprint_set_nam_block_request_info:  ERROR FOUND {} ", number)));
+    EXPECT_EQ(written().size(), 15U);
+  }
+}
+
+TEST_F(NamProgramming, EveryItemThatCannotBeReadIsToldByItsNumber) {
+  for (unsigned number = 0; number < 15; ++number) {
+    SCOPED_TRACE(number);
+    handset.spoil("element_read", "error error=16", number);
+    Served served = handset.serve(cdma(kGet));
+    EXPECT_EQ(served.replies, as_hex(reply(kGet, 5, zeros(kRecordSize))));
+    EXPECT_THAT(served.log,
+                Contains(fmt::format(
+                    "qorext_hook_sprint_get_nam_block_request_info:  ERROR FOUND {} ", number)));
+    EXPECT_EQ(handset.modem_requests().size(), 15U);
+  }
+}
+
+TEST_F(NamProgramming, TheFirstOfTwoFailuresIsTheOneThatIsTold) {
+  Bytes request = setting(kProgrammed, "000001", "271828");
+  handset.spoil("element_write", "error error=3", 4);
+  Served served = handset.serve(request);
+  EXPECT_EQ(served.replies, as_hex(echo(request, 5)));
+  EXPECT_THAT(served.log,
+              Contains("qorext_hook_sprint_set_nam_block_request_info:  ERROR FOUND 4 "));
+}
+
+TEST_F(NamProgramming, ARecordThatWasNotSentCountsAsZeros) {
+  Bytes request = cdma_claiming(kSet, 104, {}, "000000");
+  EXPECT_EQ(handset.serve(request).replies.substr(0, 24), "020000020000000000000000");
+  EXPECT_EQ(written()[0], element_write(8, zeros(17)));
+}
+
+class SidNidPairs : public CarrierRequests {};
+
+TEST_F(SidNidPairs, AreWrittenAndReadBack) {
+  Bytes pairs;
+  Bytes item = zeros(1);
+  for (uint32_t i = 0; i < 40; ++i) {
+    pairs = pairs + le32(0x1000 + i);
+    item = item + le16(0x1000 + i);
+  }
+  Bytes written = cdma(kSetPairs, pairs, "123456");
+  expect_served(
+      written, echo(written, 0),
+      {"qorext_hook_sprint_set_nv_spc_protected_data_from_oem: EVENT VALUE 33554436 ",
+       "qorext_hook_sprint_set_sid_nid_pairs:  SET SID/NID PAIRS  0 ",
+       "NV Write with RDE index 15, record number 0, offset 0.",
+       "qor_qmi_sprint_rde_write: hexdump len 81...", "HexDump: Data " + qorextctl::to_hex(item),
+       "NV Write success for element 15", "qorext_hook_sprint_set_nam_item: WRITE NV VALUE 0 "},
+      {element_write(15, item)});
+  EXPECT_EQ(handset.serve(cdma(kGetPairs)).replies, as_hex(reply(kGetPairs, 0, pairs)));
+  EXPECT_THAT(handset.modem_requests(), ElementsAre(element_read(15)));
+}
+
+TEST_F(SidNidPairs, AreCutTo16Bits) {
+  handset.serve(cdma(kSetPairs, words({0x00012345, 0xFFFF0001})));
+  EXPECT_EQ(stored_item(15), "0045230100" + as_hex(zeros(76)));
+}
+
+TEST_F(SidNidPairs, ThatCannotBeReadAreZeros) {
+  handset.spoil("element_read", "error error=16");
+  EXPECT_EQ(handset.serve(cdma(kGetPairs)).replies, as_hex(reply(kGetPairs, 5, zeros(160))));
+}
+
+TEST_F(SidNidPairs, ThatCannotBeWrittenFail) {
+  handset.spoil("element_write", "error error=3");
+  Bytes request = cdma(kSetPairs, zeros(160));
+  EXPECT_EQ(handset.serve(request).replies, as_hex(echo(request, 5)));
+}
+
+}  // namespace
+}  // namespace e2e

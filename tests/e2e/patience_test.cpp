@@ -1,0 +1,80 @@
+// The waits that take their time: for a modem that is not there, and for one that does not answer.
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <chrono>
+
+#include "handset.h"
+#include "log_texts.h"
+
+namespace e2e {
+namespace {
+
+using testing::Contains;
+using testing::ElementsAreArray;
+using Clock = std::chrono::steady_clock;
+using std::chrono::milliseconds;
+using std::chrono::seconds;
+
+// Five attempts of five waits of a second.
+Texts attempts() {
+  Texts texts;
+  for (int attempt = 1; attempt <= 5; ++attempt) {
+    texts.push_back("sprint_client_init: qmi_client_notifier_init ");
+    for (int poll = 0; poll < 5; ++poll) {
+      texts.push_back(
+          "sprint_client_init: qmi_client_get_service_list() returned -2 num_services = 0");
+      texts.push_back("sprint_client_init: wait for server to come up.");
+    }
+    texts.push_back(
+        "sprint_client_init: qmi_client_get_service_list() returned -2 num_entries = 0 "
+        "num_services = 0");
+    texts.push_back(
+        fmt::format("qmi_qorext_sprint_client_init_with_type: Try ({}): Client init "
+                    "fail. rc = -2",
+                    attempt));
+  }
+  return texts;
+}
+
+TEST(AbsentModem, IsGivenUpAfter25Seconds) {
+  Handset handset(Handset::off);
+  auto start = Clock::now();
+  handset.start_daemon();
+  EXPECT_EQ(handset.exit_status(), "exit status 0");
+  auto taken = Clock::now() - start;
+  EXPECT_GE(taken, seconds(25));
+  EXPECT_LE(taken, seconds(32));
+
+  Texts log = handset.log().texts();
+  EXPECT_THAT(
+      Texts(log.begin() + 2, log.end()),
+      ElementsAreArray(attempts() + Texts{"qmi_qorext_sprint_client_init: NAS Client Init rc: -2",
+                                          "main:qmi_qorext_sprint_client_init failed = -2"}));
+}
+
+TEST(SilentModem, FailsTheRequestAfter15Seconds) {
+  constexpr uint32_t kRead = 0x02000016;
+  Handset handset;
+  handset.modem().command("nv 7000 a0a1a2a3");
+  handset.modem().command("nv 7001 b0b1b2b3");
+  handset.spoil("element_read", "delay delay_ms=15400");
+
+  auto start = Clock::now();
+  Served silent = handset.serve(cdma(kRead, words({7000, 0, 0, 0})));
+  auto taken = Clock::now() - start;
+  EXPECT_GE(taken, milliseconds(14900));
+  EXPECT_LE(taken, seconds(19));
+  EXPECT_EQ(silent.replies, as_hex(reply(kRead, 5)));
+  EXPECT_THAT(silent.log, Contains("NV Read fail - -3, result - 0, error - 0"));
+
+  // The late answer comes while the next request waits for its own.
+  handset.spoil("element_read", "delay delay_ms=1500");
+  EXPECT_EQ(handset.serve(cdma(kRead, words({7001, 0, 0, 0}))).replies,
+            as_hex(reply(kRead, 0, words({7001, 0, 0, 4}) + hex("B0B1B2B3") + zeros(4))));
+  EXPECT_EQ(handset.serve(cdma(kRead, words({7000, 0, 0, 0}))).replies,
+            as_hex(reply(kRead, 0, words({7000, 0, 0, 4}) + hex("A0A1A2A3") + zeros(4))));
+}
+
+}  // namespace
+}  // namespace e2e
