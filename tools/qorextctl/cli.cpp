@@ -73,8 +73,7 @@ void add_verbs(CLI::App& app, Options& options) {
   add_verb(app, options, Verb::session, "session", "requests from standard input, one a line")
       ->footer(
           "lines: NAME [KEY=VALUE]...  raw HEX  modem COMMAND...  wait-unsol [N] [SECONDS]  "
-          "expect-failure LINE  "
-          "# comment");
+          "wait-property NAME VALUE [SECONDS]  expect-failure LINE  # comment");
   add_verb(app, options, Verb::list, "list", "all requests, or one with its arguments")
       ->add_option("words", options.words, "[NAME]")
       ->expected(0, 1);

@@ -80,12 +80,19 @@ Result<Json> nv(Json command, Words words) {
   return with_pairs(command, words.subspan(1));
 }
 
+// What engineers call an indication, where the modem has a longer word for it.
+std::string indication_name(const std::string& word) {
+  if (word == "carrier") return "carrier_event";
+  if (word == "utility") return "utils";
+  return json_key(word);
+}
+
 // "--count N" and "--interval-ms N" are the burst's; everything else is a field.
 Result<Json> indicate(Json command, Words words) {
   if (words.empty() || is_pair(words[0])) {
     return usage_error("modem indicate: give an indication's name, such as notify or pfp");
   }
-  command["indication"] = words[0];
+  command["indication"] = indication_name(words[0]);
   std::vector<std::string> fields;
   for (size_t i = 1; i < words.size(); ++i) {
     if (words[i] != "--count" && words[i] != "--interval-ms") {

@@ -154,6 +154,11 @@ void Printer::modem_answer(const std::string& command, const Json& answer) {
   text(content.empty() ? shown : shown + content.dump(2) + "\n");
 }
 
+void Printer::property(const std::string& name, const std::string& value) {
+  if (json_) return object(typed("property", {{"name", name}, {"value", value}}));
+  text(fmt::format("property {}: {}\n", name, value));
+}
+
 void Printer::request_list(const std::vector<const Request*>& requests) {
   if (!json_) return text(catalogue_text(requests));
   for (const Request* request : requests) object(typed("request", catalogue_json(*request)));

@@ -23,6 +23,7 @@ class Printer {
   void reply(const DecodedFrame& reply, bool second);
   void unsolicited(const DecodedFrame& message);
   void daemon_exit(const ExitStatus& status);
+  void property(const std::string& name, const std::string& value);
   void modem_answer(const std::string& command, const Json& answer);
   void request_list(const std::vector<const Request*>& requests);
   void error(const Error& error);

@@ -8,6 +8,7 @@
 
 #include "arguments.h"
 #include "modem_control.h"
+#include "properties.h"
 #include "values.h"
 
 namespace qorextctl {
@@ -80,6 +81,7 @@ Outcome Session::run_words(const std::vector<std::string>& words) {
   std::vector<std::string> behind(words.begin() + 1, words.end());
   if (words[0] == "expect-failure") return expect_failure(behind);
   if (words[0] == "wait-unsol") return wait_unsolicited(behind);
+  if (words[0] == "wait-property") return wait_property(behind);
   if (words[0] == "modem") return ask_modem(behind);
   if (words[0] == "raw") {
     auto bytes = parse_raw(behind);
@@ -115,6 +117,21 @@ Outcome Session::wait_unsolicited(const std::vector<std::string>& words) {
     return complain(usage_error("wait-unsol: give a number of frames and a number of seconds"));
   }
   return judged(exchange_->wait_unsolicited(static_cast<size_t>(*count), *seconds));
+}
+
+Outcome Session::wait_property(const std::vector<std::string>& words) {
+  auto seconds = words.size() < 3 ? std::optional(options_.timeout) : parse_seconds(words[2]);
+  if (words.size() < 2 || words.size() > 3 || !seconds) {
+    return complain(usage_error("wait-property: give a name, a value and a number of seconds"));
+  }
+  auto value =
+      wait_for_property(setup_->phone_root(), words[0], words[1], Deadline::in_seconds(*seconds));
+  if (value == words[1]) {
+    printer_.property(words[0], words[1]);
+    return Outcome::success;
+  }
+  std::string told = value ? fmt::format("is '{}'", *value) : "is not set";
+  return complain(transport_error(fmt::format("property {} {}", words[0], told)));
 }
 
 // Runs the whole lines in `text` and leaves the rest of it.

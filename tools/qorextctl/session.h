@@ -17,7 +17,8 @@ class Session {
   static Result<std::unique_ptr<Session>> start(const Options& options, Printer& printer);
 
   // One line: "NAME key=value...", "raw HEX", "modem ...", "wait-unsol [N] [SECONDS]",
-  // "expect-failure" before one of the others, a comment. Words in quotes may hold blanks.
+  // "wait-property NAME VALUE [SECONDS]", "expect-failure" before one of the others, a comment.
+  // Words in quotes may hold blanks.
   Outcome run_line(const std::string& line);
 
   Outcome send(View request, const Request* named);
@@ -36,6 +37,7 @@ class Session {
   Outcome run_words(const std::vector<std::string>& words);
   Outcome expect_failure(const std::vector<std::string>& words);
   Outcome wait_unsolicited(const std::vector<std::string>& words);
+  Outcome wait_property(const std::vector<std::string>& words);
   Outcome ask_modem(const std::vector<std::string>& words);
   Outcome run_whole_lines(std::string& text);
 

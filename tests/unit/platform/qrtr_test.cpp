@@ -79,6 +79,7 @@ TEST_F(Qrtr, AServerTakesAnySenderForAClient) {
 
 TEST_F(Qrtr, AServiceIsSeenByOtherProcessesUntilItsProcessEnds) {
   pid_t child = fork();
+  ASSERT_GE(child, 0);
   if (child == 0) {
     auto server = serve(place_.endpoint());
     server->publish(kService, kInstance);

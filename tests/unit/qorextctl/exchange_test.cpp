@@ -8,7 +8,7 @@ namespace {
 
 class ExchangeWith : public WithFakeDaemon {
  protected:
-  Outcome run(const char* mode, std::vector<std::string> words, double timeout = 10) {
+  Outcome run(const char* mode, const std::vector<std::string>& words, double timeout = 10) {
     daemon_ = start(mode);
     exchange_.emplace(*daemon_, printer_, timeout);
     return send(words);

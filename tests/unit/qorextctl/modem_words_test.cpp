@@ -34,6 +34,12 @@ TEST(ModemWords, IndicationsHaveFieldsAndABurst) {
 }
 
 TEST(ModemWords, BytesThatLookLikeANumberStayText) {
+  EXPECT_EQ(command("indicate lte-error"),
+            R"({"command":"indicate","indication":"lte_error","fields":{}})");
+  EXPECT_EQ(command("indicate carrier value=1"),
+            R"({"command":"indicate","indication":"carrier_event","fields":{"value":1}})");
+  EXPECT_EQ(command("indicate utility type=7"),
+            R"({"command":"indicate","indication":"utils","fields":{"type":7}})");
   EXPECT_EQ(command("indicate coverage report=1234"),
             R"({"command":"indicate","indication":"coverage","fields":{"report":"1234"}})");
   EXPECT_EQ(command("indicate utils data=[1,2]"),

@@ -79,7 +79,7 @@ TEST(Refusals, RawBytesMustBeHexAndNeitherNoneNorTooMany) {
   EXPECT_EQ(parse_raw(Words{"xyz"}).error().message, "raw: 'xyz' is not hex (pairs of digits)");
   EXPECT_EQ(parse_raw(Words{"01 0"}).error().message, "raw: '01 0' is not hex (pairs of digits)");
   EXPECT_EQ(parse_raw(Words{}).error().message, "raw: no bytes given");
-  EXPECT_EQ(parse_raw(Words{std::string(2 * 17409, '0')}).error().message,
+  EXPECT_EQ(parse_raw(Words{std::string(2U * 17409, '0')}).error().message,
             "raw: the request has 17409 bytes, the daemon takes at most 17408");
 }
 

@@ -158,7 +158,7 @@ TEST(Requests, NamesAreUniqueAndDefaultsNameExistingArguments) {
 }
 
 TEST(Requests, TheLongestRequestIsBuiltAndOneByteMoreIsRefused) {
-  std::string data(2 * (17408 - 18), '0');
+  std::string data(2U * (17408 - 18), '0');
   EXPECT_EQ(built("cdma id=0x02000011 data=" + data).size(), 2u * 17408);
   EXPECT_EQ(
       built("cdma id=0x02000011 data=00" + data),

@@ -3,6 +3,7 @@
 #include <unistd.h>
 
 #include <filesystem>
+#include <fstream>
 
 #include "fake_modem.h"
 #include "fake_setup.h"
@@ -59,6 +60,26 @@ TEST_F(SessionWith, WrongLinesAreToldWithTheirNumberAndTheSessionGoesOn) {
             "qorextctl: line 4: a quote is not closed\n"
             "qorextctl: line 5: wait-unsol: give a number of frames and a number of seconds\n"
             "qorextctl: line 6: wait-unsol: give a number of frames and a number of seconds\n");
+}
+
+TEST_F(SessionWith, APropertyIsWaitedForAndShown) {
+  std::filesystem::path root =
+      std::filesystem::temp_directory_path() / ("qorextctl_properties_" + std::to_string(getpid()));
+  std::filesystem::create_directories(root / "dev/__properties__");
+  std::ofstream(root / "dev/__properties__/ril.baseband.rfcable.status") << "1";
+  options_.setup.phone_root = root;
+  EXPECT_EQ(run("answer", "wait-property ril.baseband.rfcable.status 1\n"), Outcome::success);
+  EXPECT_EQ(out_.str(),
+            "property ril.baseband.rfcable.status: 1\n"
+            "daemon ended with exit status 0\n");
+  std::filesystem::remove_all(root);
+}
+
+TEST_F(SessionWith, APropertyThatDoesNotComeIsToldAfterItsTime) {
+  EXPECT_EQ(run("answer", "wait-property no.such 1 0.01\nwait-property x\n"), Outcome::transport);
+  EXPECT_EQ(err_.str().substr(0, err_.str().find("the daemon's log")),
+            "qorextctl: line 1: property no.such is not set\n"
+            "qorextctl: line 2: wait-property: give a name, a value and a number of seconds\n");
 }
 
 TEST_F(SessionWith, AnExpectedFailureIsASuccess) {
