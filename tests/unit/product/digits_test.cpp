@@ -2,10 +2,10 @@
 
 #include <gmock/gmock.h>
 
-#include <array>
-#include <random>
 #include <set>
 #include <string>
+
+#include "random_digits.h"
 
 namespace {
 
@@ -29,13 +29,6 @@ std::string two(uint8_t code) {
 std::string seven(uint32_t code) {
   std::string text(7, '?');
   decode_seven_digits(code, text.data());
-  return text;
-}
-
-std::string random_digits(std::mt19937& random, size_t count) {
-  std::uniform_int_distribution<int> digit('0', '9');
-  std::string text(count, '0');
-  for (char& character : text) character = static_cast<char>(digit(random));
   return text;
 }
 
@@ -95,9 +88,9 @@ TEST(Digits, SevenDigitsLieInTheirBits) {
 }
 
 TEST(Digits, TenDigitNumbersComeBack) {
-  std::mt19937 random(5551234);
+  RandomDigits random(5551234);
   for (int i = 0; i < 20000; ++i) {
-    std::string number = random_digits(random, 10);
+    std::string number = random.digits(10);
     uint16_t area = encode_three_digits(number.data());
     uint32_t rest = encode_seven_digits(number.data() + 3);
     EXPECT_LT(rest, 1u << 24);
@@ -106,9 +99,9 @@ TEST(Digits, TenDigitNumbersComeBack) {
 }
 
 TEST(Digits, FifteenDigitNumbersComeBack) {
-  std::mt19937 random(310120);
+  RandomDigits random(310120);
   for (int i = 0; i < 20000; ++i) {
-    std::string number = random_digits(random, 15);
+    std::string number = random.digits(15);
     std::string back = three(encode_three_digits(number.data())) +
                        two(encode_two_digits(number.data() + 3)) +
                        three(encode_three_digits(number.data() + 5)) +

@@ -1,14 +1,12 @@
 // Set NAM information: one record becomes fifteen items, and perhaps a new service programming
 // code.
-#include <random>
-
 #include "carrier/nam.h"
 #include "nam_phone.h"
+#include "random_digits.h"
 
 using testing::Contains;
 using testing::ElementsAre;
 using testing::ElementsAreArray;
-using testing::IsEmpty;
 using testing::Not;
 using testing::StartsWith;
 
@@ -59,7 +57,7 @@ TEST_F(NamWrite, EveryStepIsLogged) {
   auto done = [](uint32_t rc) {
     return numbered_line("qorext_hook_sprint_set_nam_item: WRITE NV VALUE ", rc);
   };
-  auto write = [&](uint32_t id, Bytes data) { return write_lines(id, data) + done(0); };
+  auto write = [&](uint32_t id, const Bytes& data) { return write_lines(id, data) + done(0); };
   auto modify = [&](uint32_t id) {
     return read_lines(id, items[id]) +
            Lines{"log: qorext_hook_sprint_get_nam_item: READ NV VALUE 0 "} + write(id, items[id]);
@@ -186,21 +184,16 @@ TEST_F(NamWrite, NumbersAreCutToTheirItems) {
 }
 
 TEST_F(NamWrite, EveryRecordThatIsSetIsReadBack) {
-  std::mt19937 random(20655501);
-  auto digits = [&](size_t count) {
-    std::string text(count, '0');
-    for (char& digit : text) digit = static_cast<char>('0' + random() % 10);
-    return text;
-  };
+  RandomDigits random(20655501);
   for (int i = 0; i < 300; ++i) {
-    nam.mdn = digits(15);
-    nam.min = digits(10);
-    nam.imsi_11_12 = digits(2);
-    nam.mcc = digits(3);
-    nam.imsi_t = digits(15);
+    nam.mdn = random.digits(15);
+    nam.min = random.digits(10);
+    nam.imsi_11_12 = random.digits(2);
+    nam.mcc = random.digits(3);
+    nam.imsi_t = random.digits(15);
     nam.mcc_t = nam.imsi_t.substr(0, 3);
-    nam.vocoder = static_cast<uint32_t>(random() % 7);
-    nam.sid = static_cast<uint32_t>(random() % 0x10000);
+    nam.vocoder = random.below(7);
+    nam.sid = random.below(0x10000);
     set();
     for (const Write& write : writes()) items[write.item] = from_hex(write.data);
 
