@@ -1,5 +1,6 @@
 #include "host/dispatch.h"
 
+#include "carrier_modem/carrier_clients.h"
 #include "fake_phone.h"
 #include "host/parent.h"
 #include "requests.h"
@@ -14,6 +15,7 @@ class Dispatch : public FakePhone {
  protected:
   Dispatch() {
     set_parent_pipes(kReplyFd, kUnsolicitedFd);
+    qmi_qorext_sprint_client_init();
     qmi_qorext_hook_client_init();
     trace.clear();
   }
