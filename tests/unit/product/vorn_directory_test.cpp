@@ -120,6 +120,13 @@ TEST_F(VornDirectory, ThirdLogDeletesTheFirst) {
   EXPECT_EQ(target(kPrevious), second);
 }
 
+TEST_F(VornDirectory, LinkLeftOverFromAnInterruptedRunIsReplaced) {
+  put_link(kVorn + "/.new", "/data/vorn/interrupted.log");
+  std::string log = create(now);
+  EXPECT_EQ(target(kCurrent), log);
+  EXPECT_THAT(names(), UnorderedElementsAre(".0001", log.substr(kVorn.size() + 1)));
+}
+
 TEST_F(VornDirectory, LostCurrentLogIsNotMadeThePreviousOne) {
   put_link(kCurrent, "/data/vorn/lost.log");
   put_log(kPrevious, "/data/vorn/kept.log", "kept");
