@@ -49,6 +49,7 @@ TEST_F(NvAccess, FixedReadServesThreeIdsWithData) {
     trace.clear();
     nvRead(Request::cdma(id).data(), 1);
     EXPECT_THAT(replies(), ElementsAre(reply(id, 0, {200, 0, 0, 1})));
+    EXPECT_THAT(logs()[2], testing::StartsWith("handleNvRsp: data is 200 for"));
   }
 }
 
@@ -110,6 +111,12 @@ TEST_F(NvAccess, MatchingCodeIsConfirmed) {
                                  "reply: " + reply(0x0200000A, 0)));
 }
 
+TEST_F(NvAccess, CodeIsComparedWhateverTheModemsResult) {
+  answer(8, read_answer(32, 6, text("123456"), 1, 16));
+  nvRead(Request::cdma(0x0200000A, text("123456")).data(), 32);
+  EXPECT_THAT(replies(), ElementsAre(reply(0x0200000A, 0)));
+}
+
 TEST_F(NvAccess, EveryWrongDigitIsRefused) {
   answer(8, read_answer(32, 6, text("123456")));
   for (size_t i = 0; i < 6; ++i) {
@@ -159,7 +166,9 @@ TEST_F(NvAccess, FixedWriteOfMoreThan512BytesIsNotSent) {
   for (uint32_t length : {513u, 0xFFFFFFFFu}) {
     trace.clear();
     nvWrite(Request::cdma(0x02000008).claiming(length).data(), 28);
-    EXPECT_THAT(replies(), ElementsAre(reply(0x02000008, 5)));
+    EXPECT_THAT(trace, ElementsAre("log: NV write RdeId: 28 length " +
+                                       std::to_string(static_cast<int32_t>(length)),
+                                   "reply: " + reply(0x02000008, 5)));
   }
   EXPECT_THAT(exchanges, IsEmpty());
 }
@@ -180,12 +189,12 @@ TEST_F(NvAccess, FixedWriteFailsOnTheSendAndOnTheModemsResult) {
 }
 
 TEST_F(NvAccess, GeneralReadRepliesWithWhatTheModemGave) {
-  answer(8, read_answer(10001, 10, numbered(10)));
+  answer(8, read_answer(77, 10, numbered(10)));
   genNvRead(Request::cdma(0x02000016, le32(10001) + le32(2) + le32(3) + le32(10)).data(), 0);
   std::string frame =
-      reply(0x02000016, 0, le32(10001) + le32(7) + le32(8) + le32(10) + numbered(10) + Bytes(4));
-  EXPECT_THAT(
-      trace, ElementsAre("send vendor 0x8", "log: Gen NV Read 10001 length 10", "reply: " + frame));
+      reply(0x02000016, 0, le32(77) + le32(7) + le32(8) + le32(10) + numbered(10) + Bytes(4));
+  EXPECT_THAT(trace,
+              ElementsAre("send vendor 0x8", "log: Gen NV Read 77 length 10", "reply: " + frame));
   EXPECT_EQ(frame.size(), 2u * 50);
   EXPECT_EQ(frame.substr(8, 8), "1E000000");
   EXPECT_EQ(sent(), le32(10001) + le32(2) + le32(3) + le32(10) + Bytes(516));
