@@ -1,6 +1,4 @@
 // The twenty SID/NID pairs: half-words in the modem's item, words in the parent's record.
-#include <string.h>
-
 #include "carrier/carrier_operations.h"
 #include "carrier/nam.h"
 #include "host/log.h"

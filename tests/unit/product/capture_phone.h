@@ -11,13 +11,6 @@
 #include "fake_phone.h"
 
 // Of the trace.
-using Lines = std::vector<std::string>;
-
-inline Lines operator+(Lines left, const Lines& right) {
-  left.insert(left.end(), right.begin(), right.end());
-  return left;
-}
-
 class CapturePhone : public FakePhone {
  protected:
   CapturePhone();

@@ -12,13 +12,6 @@
 #include "requests.h"
 #include "vendor/vendor_client.h"
 
-using Lines = std::vector<std::string>;
-
-inline Lines operator+(Lines left, const Lines& right) {
-  left.insert(left.end(), right.begin(), right.end());
-  return left;
-}
-
 // The row of a table of cases, which its test is named by.
 struct NamedRow {
   const char* name;

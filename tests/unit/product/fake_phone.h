@@ -23,6 +23,14 @@ constexpr int kUnsolicitedFd = 602;
 
 using Bytes = std::vector<uint8_t>;
 
+// Lines of the trace.
+using Lines = std::vector<std::string>;
+
+inline Lines operator+(Lines left, const Lines& right) {
+  left.insert(left.end(), right.begin(), right.end());
+  return left;
+}
+
 struct Exchange {
   std::string service;  // "vendor", "nas", "dms"
   unsigned int id;

@@ -10,13 +10,6 @@
 #include "vendor/indications.h"
 #include "vendor/vendor_client.h"
 
-using Lines = std::vector<std::string>;
-
-inline Lines operator+(Lines left, const Lines& right) {
-  left.insert(left.end(), right.begin(), right.end());
-  return left;
-}
-
 inline Bytes be32(uint32_t value) {
   return {static_cast<uint8_t>(value >> 24), static_cast<uint8_t>(value >> 16),
           static_cast<uint8_t>(value >> 8), static_cast<uint8_t>(value)};

@@ -69,7 +69,7 @@ TEST_F(VornDirectory, TargetIsCutAt149Characters) {
 
 TEST_F(VornDirectory, LogIsNamedByTheLocalTimeOfItsCreation) {
   EXPECT_EQ(create(1794812132), "/data/vorn/vorn_20261116065532.log");
-  setenv("TZ", "XXX-3:30", 1);
+  setenv("TZ", "TST-3:30", 1);
   EXPECT_EQ(create(1794812132), "/data/vorn/vorn_20261116102532.log");
   EXPECT_EQ(create(0), "/data/vorn/vorn_19700101033000.log");
 }
