@@ -7,7 +7,7 @@ import re
 import tempfile
 import unittest
 
-from support import PROPERTY_CONTEXTS, VENDOR_POLICY, product_literals, rows, run
+from support import PROPERTY_CONTEXTS, ROOT, VENDOR_POLICY, product_literals, rows, run
 
 PLATFORM = pathlib.Path(__file__).resolve().parent / 'platform_policy'
 RULES = VENDOR_POLICY / 'qorext_client.te'
@@ -189,6 +189,12 @@ class Image(unittest.TestCase):
                        if name == row[0] or row[0].endswith('.') and name.startswith(row[0]))
             need = ('property_service', 'set') if name.startswith('ril.') else ('file', 'read')
             self.assertIn(need[1], NEEDS[kind, need[0]].split(), name)
+
+    def test_the_manual_names_every_path_property_and_type(self):
+        manual = (ROOT / 'docs/phone.md').read_text()
+        names = product_literals(r'/(?:data/\w+|dev/[^"]*|proc/[^"]*|sys/[^"]*)|r(?:o|il)\.[a-z._]+')
+        names |= set(re.findall(r'^type (\w+)', RULES.read_text(), re.M))
+        self.assertEqual([name for name in sorted(names) if f'`{name}`' not in manual], [])
 
     def test_the_property_contexts_name_types_of_the_policy(self):
         self.assert_compiles()
