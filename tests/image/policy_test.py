@@ -12,6 +12,9 @@ from support import PROPERTY_CONTEXTS, ROOT, VENDOR_POLICY, product_literals, ro
 PLATFORM = pathlib.Path(__file__).resolve().parent / 'platform_policy'
 RULES = VENDOR_POLICY / 'qorext_client.te'
 
+PHONE_PATH = r'/(?:data/\w+|dev/[^"]*|proc/[^"]*|sys/[^"]*)'
+PROPERTY = r'r(?:o|il)\.[a-z._]+'
+
 # What the daemon does, as permissions of its parent's domain.
 NEEDS = {
     ('qorext_client_exec', 'file'): 'execute execute_no_trans getattr map open read',
@@ -118,8 +121,11 @@ class Image(unittest.TestCase):
                         (VENDOR_POLICY / 'file_contexts').read_text())
         return both
 
+    def compile_contexts(self, contexts):
+        return run('sefcontext_compile', '-p', self.policy(), '-o', self.folder / 'out', contexts)
+
     def assert_valid(self, contexts):
-        outcome = run('sefcontext_compile', '-p', self.policy(), '-o', self.folder / 'out', contexts)
+        outcome = self.compile_contexts(contexts)
         self.assertEqual((outcome.returncode, outcome.stderr), (0, ''))
 
     def test_the_policy_allows_what_the_daemon_needs_and_nothing_else(self):
@@ -160,8 +166,7 @@ class Image(unittest.TestCase):
         self.assert_compiles()
         wrong = self.folder / 'wrong'
         wrong.write_text('/dev/qor_hob_ram u:object_r:no_such_device:s0\n')
-        outcome = run('sefcontext_compile', '-p', self.policy(), '-o', self.folder / 'out', wrong)
-        self.assertNotEqual(outcome.returncode, 0)
+        self.assertNotEqual(self.compile_contexts(wrong).returncode, 0)
 
     def test_the_paths_of_the_daemon_carry_the_types_that_the_rules_name(self):
         contexts = self.file_contexts()
@@ -176,12 +181,12 @@ class Image(unittest.TestCase):
         self.assertEqual(found, TYPE_OF_KERNEL_FILE)
 
     def test_every_path_of_the_daemon_is_among_them(self):
-        paths = product_literals(r'/(?:data/\w+|dev/[^"]*|proc/[^"]*|sys/[^"]*)')
+        paths = product_literals(PHONE_PATH)
         self.assertEqual(len(paths), 6)
         self.assertLessEqual(paths, set(TYPE_OF_PATH) | set(TYPE_OF_KERNEL_FILE))
 
     def test_every_property_of_the_daemon_has_a_type_that_it_may_use(self):
-        properties = product_literals(r'r(?:o|il)\.[a-z._]+')
+        properties = product_literals(PROPERTY)
         self.assertEqual(len(properties), 6)
         contexts = rows(PLATFORM / 'property_contexts')[1:] + rows(PROPERTY_CONTEXTS)
         for name in properties:
@@ -192,7 +197,7 @@ class Image(unittest.TestCase):
 
     def test_the_manual_names_every_path_property_and_type(self):
         manual = (ROOT / 'docs/phone.md').read_text()
-        names = product_literals(r'/(?:data/\w+|dev/[^"]*|proc/[^"]*|sys/[^"]*)|r(?:o|il)\.[a-z._]+')
+        names = product_literals(PHONE_PATH) | product_literals(PROPERTY)
         names |= set(re.findall(r'^type (\w+)', RULES.read_text(), re.M))
         self.assertEqual([name for name in sorted(names) if f'`{name}`' not in manual], [])
 
