@@ -1,0 +1,35 @@
+divert(-1)
+# Of the platform's macros those that the daemon's policy uses. FULL_TREBLE is true or false, as the
+# phone's build sets it.
+define(`r_file_perms', `{ getattr open read ioctl lock map watch watch_reads }')
+define(`w_file_perms', `{ open append write lock map }')
+define(`x_file_perms', `{ getattr execute execute_no_trans map }')
+define(`rx_file_perms', `{ r_file_perms x_file_perms }')
+define(`rw_file_perms', `{ r_file_perms w_file_perms }')
+define(`create_file_perms', `{ create rename setattr unlink rw_file_perms }')
+define(`r_dir_perms', `{ open getattr read search ioctl lock watch watch_reads }')
+define(`rw_dir_perms', `{ r_dir_perms add_name remove_name write }')
+define(`create_socket_perms_no_ioctl', `{ create read getattr write setattr lock append bind connect getopt setopt shutdown map }')
+
+define(`full_treble_only', `ifelse(FULL_TREBLE, `true', `$1')')
+define(`not_full_treble', `ifelse(FULL_TREBLE, `true', `', `$1')')
+
+define(`get_prop', `
+allow $1 $2:file { getattr open read map };
+')
+define(`set_prop', `
+allow $1 property_socket:sock_file write;
+allow $1 init:unix_stream_socket connectto;
+allow $1 $2:property_service set;
+get_prop($1, $2)
+')
+define(`binder_use', `
+allow $1 servicemanager:binder { call transfer };
+allow servicemanager $1:binder { call transfer };
+')
+define(`binder_call', `
+allow $1 $2:binder { call transfer };
+allow $2 $1:binder transfer;
+allow $1 $2:fd use;
+')
+divert(0)dnl

@@ -1,0 +1,47 @@
+"""Where the image's files are, and how its tools are run."""
+import os
+import pathlib
+import re
+import subprocess
+
+ROOT = pathlib.Path(__file__).resolve().parents[2]
+BUILD = pathlib.Path(os.environ.get('QOREXT_BUILD', ROOT / 'build/release'))
+COMPILER = os.environ.get('QOREXT_CXX', 'c++')
+ANDROID = ROOT / 'platform/android'
+
+BLUEPRINT = ROOT / 'Android.bp'
+INIT = ANDROID / 'init/qorext_client.rc'
+UEVENTD = ANDROID / 'init/ueventd.qorext.rc'
+VENDOR_POLICY = ANDROID / 'sepolicy/vendor'
+PROPERTY_CONTEXTS = ANDROID / 'sepolicy/system_ext/property_contexts'
+
+
+def run(*command, text=None):
+    """The finished command with its output as text; its status is the caller's to judge."""
+    tools = dict(os.environ, PATH=os.environ['PATH'] + ':/usr/sbin:/sbin')
+    return subprocess.run([str(word) for word in command], input=text, env=tools, check=False,
+                          capture_output=True, text=True)
+
+
+def rows(path):
+    """The words of each line of a table, comments left out."""
+    lines = (line.split('#')[0].split() for line in path.read_text().splitlines())
+    return [words for words in lines if words]
+
+
+def module(kind, name):
+    """The properties of a module of Android.bp, which bpfmt keeps in one shape."""
+    text = re.sub(r'^ *//.*\n', '', BLUEPRINT.read_text(), flags=re.M)
+    for body in re.findall(rf'^{kind} {{\n(.*?)^}}', text, re.M | re.S):
+        values = re.findall(r'^    (\w+): (\[.*?\]|[^\[].*?),$', body, re.M | re.S)
+        properties = {key: re.findall(r'"(.*?)"', value) or value for key, value in values}
+        if properties['name'] == [name]:
+            return properties
+    raise LookupError(f'Android.bp has no {kind} {name}')
+
+
+def product_literals(pattern):
+    """The texts in quotes in the daemon's sources that match."""
+    sources = [*ROOT.glob('src/**/*.cpp'), *ROOT.glob('src/**/*.h')]
+    return {literal for source in sources
+            for literal in re.findall(rf'"({pattern})"', source.read_text())}
