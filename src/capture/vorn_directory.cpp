@@ -10,6 +10,8 @@
 #include <time.h>
 #include <unistd.h>
 
+#include <initializer_list>
+
 #include "host/log.h"
 #include "host/scoped_fd.h"
 #include "phone_path.h"
@@ -28,9 +30,28 @@ bool exists(const VornPath& path) {
   return stat_file(path, status);
 }
 
-void index_name(int index, VornPath& name) {
+void build_index_name(int index, VornPath& name) {
   snprintf(name, sizeof name, "%s/.%04d", kVornDirectory, index);
+}
+
+void index_name(int index, VornPath& name) {
+  build_index_name(index, name);
   LOGE("vorn_get_index_filename: index name %s", name);
+}
+
+bool read_link(const VornPath& link, VornPath& target) {
+  memset(target, 0, sizeof target);
+  return readlink(phone_path(link), target, sizeof target - 1) >= 0;
+}
+
+bool is_linked(const VornPath& log) {
+  for (int index : {kCurrentIndex, kPreviousIndex}) {
+    VornPath link;
+    VornPath target;
+    build_index_name(index, link);
+    if (read_link(link, target) && strcmp(log, target) == 0) return true;
+  }
+  return false;
 }
 
 void point_index_to(int index, const VornPath& log) {
@@ -44,14 +65,21 @@ void point_index_to(int index, const VornPath& log) {
   if (symlink(log, phone_path(kNewLink)) == 0) rename(phone_path(kNewLink), phone_path(link));
 }
 
-void dated_name(VornPath& name) {
+void dated_name(time_t when, VornPath& name) {
   tm fields = {};  // 1900, 1, 1, 0, 0, 0 when there is no local time
   fields.tm_mday = 1;
-  time_t now = time(nullptr);
-  if (const tm* local = localtime(&now)) fields = *local;
+  if (const tm* local = localtime(&when)) fields = *local;
   snprintf(name, sizeof name, "%s/vorn_%04d%02d%02d%02d%02d%02d%s", kVornDirectory,
            fields.tm_year + 1900, fields.tm_mon + 1, fields.tm_mday, fields.tm_hour, fields.tm_min,
            fields.tm_sec, kVornSuffix);
+}
+
+// Two logs of one second would share a name, and creating the second would empty the first: a name
+// in use by one of the two kept logs is passed over.
+void next_free_name(VornPath& name) {
+  time_t when = time(nullptr);
+  dated_name(when, name);
+  for (int taken = 0; taken < kPreviousIndex && is_linked(name); ++taken) dated_name(++when, name);
 }
 
 bool create_empty(const VornPath& log) {
@@ -103,8 +131,7 @@ bool stat_file(const VornPath& path, struct stat& status) {
 int vorn_get_filename(int index, VornPath& target) {
   VornPath link;
   index_name(index, link);
-  memset(target, 0, sizeof target);
-  if (readlink(phone_path(link), target, sizeof target - 1) < 0) {
+  if (!read_link(link, target)) {
     LOGE("vorn_get_filename: get real name of %s failed, rc %d", link, errno);
     return -1;
   }
@@ -113,7 +140,7 @@ int vorn_get_filename(int index, VornPath& target) {
 
 int vorn_create_new_log(VornPath& name) {
   VornPath created;
-  dated_name(created);
+  next_free_name(created);
   if (!create_empty(created)) return -1;
   memcpy(name, created, sizeof name);
   LOGE("vorn_create_new_log: create new %s.", created);

@@ -56,6 +56,7 @@ void Handset::start_daemon(unsigned instance) {
   auto daemon = qorextctl::Daemon::start(options);
   if (!daemon) throw std::runtime_error(daemon.error().message);
   daemon_ = std::move(*daemon);
+  daemon_ended_ = false;
 }
 
 std::vector<std::string> Handset::wait_until_serving() {

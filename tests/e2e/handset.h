@@ -33,6 +33,7 @@ class Handset {
   ~Handset();
 
   PhoneRoot& phone() { return phone_; }
+  const PhoneRoot& phone() const { return phone_; }
 
   void start_modem() { modem_.emplace(phone_); }
   void kill_modem();

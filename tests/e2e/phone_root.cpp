@@ -24,10 +24,6 @@ constexpr const char* kProperties = "/dev/__properties__";
   throw std::system_error(errno, std::generic_category(), path);
 }
 
-void give_to_radio_user(const std::string& path) {
-  if (geteuid() == 0 && chown(path.c_str(), kRadioUser, kRadioUser) != 0) fail(path);
-}
-
 }  // namespace
 
 PhoneRoot::PhoneRoot() : path_(fs::temp_directory_path() / "qorext.XXXXXX") {
@@ -36,15 +32,19 @@ PhoneRoot::PhoneRoot() : path_(fs::temp_directory_path() / "qorext.XXXXXX") {
   for (const char* name : {"/data/system", "/proc", "/sys", kProperties}) {
     fs::create_directories(folder() + name);
   }
-  give_to_radio_user(folder());
+  give_to_daemon(folder());
   for (const auto& entry : fs::recursive_directory_iterator(folder())) {
-    give_to_radio_user(entry.path());
+    give_to_daemon(entry.path());
   }
 }
 
 PhoneRoot::~PhoneRoot() {
   std::error_code ignored;
   fs::remove_all(path_, ignored);
+}
+
+void PhoneRoot::give_to_daemon(const std::string& path) const {
+  if (geteuid() == 0 && chown(path.c_str(), kRadioUser, kRadioUser) != 0) fail(path);
 }
 
 void PhoneRoot::set_property(const std::string& name, const std::string& value) const {

@@ -21,6 +21,9 @@ class PhoneRoot {
   std::string modem_socket() const { return path_ + "/modem.sock"; }
   std::string control_socket() const { return path_ + "/control.sock"; }
 
+  // The daemon may write a file that a test has put here.
+  void give_to_daemon(const std::string& path) const;
+
   void set_property(const std::string& name, const std::string& value) const;
   // "(none)" when there is no such property.
   std::string property(const std::string& name) const;

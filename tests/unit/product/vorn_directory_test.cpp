@@ -93,6 +93,27 @@ TEST_F(VornDirectory, NewLogTruncatesAFileOfItsName) {
   EXPECT_EQ(content(create(now)), "");
 }
 
+TEST_F(VornDirectory, LogsOfOneSecondGetNamesOfTheirOwn) {
+  std::string first = create(now);
+  put(first, "first");
+  std::string second = create(now);
+  EXPECT_EQ(second, log_name(now + 1));
+  EXPECT_EQ(target(kPrevious), first);
+  EXPECT_EQ(content(first), "first");
+  put(second, "second");
+  std::string third = create(now);
+  EXPECT_EQ(third, log_name(now + 2));
+  EXPECT_EQ(target(kCurrent), third);
+  EXPECT_EQ(target(kPrevious), second);
+  EXPECT_EQ(content(second), "second");
+  EXPECT_EQ(create(now), first);  // deleted meanwhile
+}
+
+TEST_F(VornDirectory, LogsWithoutALocalTimeShareTheirName) {
+  std::string only = create(time_t{1} << 60);
+  EXPECT_EQ(create(time_t{1} << 60), only);
+}
+
 TEST_F(VornDirectory, FirstLogIsTheCurrentOne) {
   std::string first = create(now);
   EXPECT_THAT(trace,
