@@ -35,6 +35,10 @@ struct IndicateArguments {
   IndicationBurst burst;
   uint32_t interval_ms = 0;
 };
+struct HobSaveArguments {
+  uint32_t count = 1;
+  uint32_t interval_ms = 0;
+};
 struct ServiceArguments {
   std::string name;
   bool up = true;
@@ -59,6 +63,11 @@ void describe(Archive& archive, IndicateArguments& arguments) {
   archive.number("count", arguments.burst.count, 0, kMaxBurst);
   archive.number("interval_ms", arguments.interval_ms);
   arguments.burst.interval = milliseconds(arguments.interval_ms);
+}
+
+void describe(Archive& archive, HobSaveArguments& arguments) {
+  archive.number("count", arguments.count, 1, kMaxBurst);
+  archive.number("interval_ms", arguments.interval_ms);
 }
 
 void describe(Archive& archive, ServiceArguments& arguments) {
@@ -91,6 +100,49 @@ json access_nv(Simulator& simulator, NvArguments& arguments) {
 json send_indication(Simulator& simulator, IndicateArguments& arguments) {
   indicate(simulator.device.outbox, arguments.burst);
   return json::object();
+}
+
+json start_upload(Simulator& simulator, UploadOptions& options) {
+  return {{"upload", simulator.uploads.add(options)}};
+}
+
+json list_uploads(Simulator& simulator, Nothing& /*arguments*/) {
+  return {{"uploads", simulator.uploads.list()}};
+}
+
+json send_kpi_packet(Simulator& simulator, KpiPacketOptions& options) {
+  simulator.device.outbox.add(
+      {Action::Kind::broadcast, qorext_service().id, 0, kpi_indication(options)});
+  return json::object();
+}
+
+std::string hob_word(uint32_t state) {
+  switch (state) {
+    case kHobReady:
+      return "ready";
+    case kHobSaved:
+      return "saved";
+    case kHobFailed:
+      return "failed";
+    default:
+      return "unknown " + std::to_string(state);
+  }
+}
+
+json list_hob_states(Simulator& simulator, Nothing& /*arguments*/) {
+  json words = json::array();
+  for (uint32_t state : simulator.device.state.features.hob_states)
+    words.push_back(hob_word(state));
+  return {{"states", words}, {"answers", simulator.device.hob_answers}};
+}
+
+// Tells how many answers there were before, so that the new ones can be told from them.
+json ask_for_save(Simulator& simulator, HobSaveArguments& arguments) {
+  indicate(simulator.device.outbox, {.indication = "hob_save",
+                                     .fields = json::object(),
+                                     .count = arguments.count,
+                                     .interval = milliseconds(arguments.interval_ms)});
+  return {{"answers", simulator.device.hob_answers}};
 }
 
 json add_fault(Simulator& simulator, Fault& fault) {
@@ -151,6 +203,11 @@ constexpr CommandRow kCommands[] = {
     {"set", run_with<SetArguments, set_state>},
     {"nv", run_with<NvArguments, access_nv>},
     {"indicate", run_with<IndicateArguments, send_indication>},
+    {"kpi", run_with<UploadOptions, start_upload>},
+    {"uploads", run_with<Nothing, list_uploads>},
+    {"kpi_packet", run_with<KpiPacketOptions, send_kpi_packet>},
+    {"hob_save", run_with<HobSaveArguments, ask_for_save>},
+    {"hob", run_with<Nothing, list_hob_states>},
     {"fault", run_with<Fault, add_fault>},
     {"faults", run_with<Nothing, list_faults>},
     {"clear_faults", run_with<Nothing, clear_faults>},

@@ -4,6 +4,7 @@
 #include <sstream>
 
 #include "modem_control.h"
+#include "modem_options.h"
 
 namespace qorextctl {
 
@@ -63,6 +64,25 @@ CLI::App* add_verb(CLI::App& app, Options& options, Verb verb, const char* name,
   return command;
 }
 
+// What CLI11 takes for an option of its own goes back among the words.
+void add_modem_option(CLI::App& modem, Options& options, const ModemOption& option) {
+  std::string name = option.name;
+  auto& words = options.words;
+  if (option.kind == ModemOption::Kind::flag) {
+    modem.add_flag_callback(
+        name, [&words, name] { words.push_back(name); }, option.help);
+    return;
+  }
+  auto* added = modem.add_option_function<std::string>(
+      name,
+      [&words, name](const std::string& value) {
+        words.push_back(name);
+        if (!value.empty()) words.push_back(value);
+      },
+      option.help);
+  if (option.kind == ModemOption::Kind::number_or_not) added->expected(0, 1);
+}
+
 void add_verbs(CLI::App& app, Options& options) {
   add_verb(app, options, Verb::request, "request", "send one request and show its reply")
       ->add_option("words", options.words, "NAME [KEY=VALUE]...")
@@ -80,18 +100,7 @@ void add_verbs(CLI::App& app, Options& options) {
   CLI::App* modem = add_verb(app, options, Verb::modem, "modem", "ask a modem's control socket");
   modem->add_option("words", options.words, "COMMAND [ARGUMENT]...")->required();
   modem->footer("commands:\n" + modem_command_help());
-  modem->add_option_function<std::string>(
-      "--count",
-      [&options](const std::string& count) {
-        options.words.insert(options.words.end(), {"--count", count});
-      },
-      "indicate: how many");
-  modem->add_option_function<std::string>(
-      "--interval-ms",
-      [&options](const std::string& interval) {
-        options.words.insert(options.words.end(), {"--interval-ms", interval});
-      },
-      "indicate: time between two");
+  for (const ModemOption& option : modem_options()) add_modem_option(*modem, options, option);
 }
 
 }  // namespace

@@ -8,6 +8,7 @@
 
 #include "arguments.h"
 #include "modem_control.h"
+#include "modem_wait.h"
 #include "properties.h"
 #include "values.h"
 
@@ -211,7 +212,7 @@ Result<Outcome> run_modem(std::span<const std::string> words, const std::string&
   if (control.empty()) return usage_error("modem: give --control PATH, the modem's control socket");
   auto modem = ModemControl::connect(control);
   if (!modem) return modem.error();
-  auto answer = modem->call(*command, Deadline::in_seconds(timeout_seconds));
+  auto answer = call_to_end(*modem, *command, timeout_seconds);
   if (!answer) return answer.error();
   printer.modem_answer(command->value("command", "?"), *answer);
   return answer->value("ok", false) ? Outcome::success : Outcome::refused;
