@@ -8,7 +8,10 @@
 #include <filesystem>
 #include <fstream>
 #include <iterator>
+#include <stdexcept>
 #include <system_error>
+
+#include "phone_files.h"
 
 namespace e2e {
 
@@ -16,30 +19,20 @@ namespace {
 
 namespace fs = std::filesystem;
 
-constexpr uid_t kRadioUser = 1001;
 constexpr mode_t kFolderMode = 0755;
-constexpr const char* kProperties = "/dev/__properties__";
 
 [[noreturn]] void fail(const std::string& path) {
   throw std::system_error(errno, std::generic_category(), path);
 }
 
-void give_to_radio_user(const std::string& path) {
-  if (geteuid() == 0 && chown(path.c_str(), kRadioUser, kRadioUser) != 0) fail(path);
-}
-
 }  // namespace
 
-PhoneRoot::PhoneRoot() : path_(fs::temp_directory_path() / "qorext.XXXXXX") {
+PhoneRoot::PhoneRoot(Content content) : path_(fs::temp_directory_path() / "qorext.XXXXXX") {
   if (mkdtemp(path_.data()) == nullptr) fail(path_);
   chmod(path_.c_str(), kFolderMode);
-  for (const char* name : {"/data/system", "/proc", "/sys", kProperties}) {
-    fs::create_directories(folder() + name);
-  }
-  give_to_radio_user(folder());
-  for (const auto& entry : fs::recursive_directory_iterator(folder())) {
-    give_to_radio_user(entry.path());
-  }
+  auto error = content == bare ? qorextctl::make_phone_folders(folder())
+                               : qorextctl::prepare_phone(folder(), {});
+  if (error) throw std::runtime_error(error->message);
 }
 
 PhoneRoot::~PhoneRoot() {
@@ -48,11 +41,11 @@ PhoneRoot::~PhoneRoot() {
 }
 
 void PhoneRoot::set_property(const std::string& name, const std::string& value) const {
-  std::ofstream(folder() + kProperties + "/" + name) << value;
+  std::ofstream(folder() + qorextctl::kPropertiesFolder + "/" + name) << value;
 }
 
 std::string PhoneRoot::property(const std::string& name) const {
-  std::ifstream file(folder() + kProperties + "/" + name);
+  std::ifstream file(folder() + qorextctl::kPropertiesFolder + "/" + name);
   if (!file) return "(none)";
   return {std::istreambuf_iterator<char>(file), {}};
 }
