@@ -4,6 +4,7 @@
 #include <iterator>
 
 #include "archive.h"
+#include "capture_commands.h"
 #include "indications.h"
 #include "services.h"
 #include "state_keys.h"
@@ -14,7 +15,6 @@ namespace {
 
 using nlohmann::json;
 
-constexpr uint32_t kMaxBurst = 100000;
 constexpr size_t kMaxName = 64;
 
 struct CommandError : std::invalid_argument {
@@ -33,10 +33,6 @@ struct NvArguments {
 };
 struct IndicateArguments {
   IndicationBurst burst;
-  uint32_t interval_ms = 0;
-};
-struct HobSaveArguments {
-  uint32_t count = 1;
   uint32_t interval_ms = 0;
 };
 struct ServiceArguments {
@@ -63,11 +59,6 @@ void describe(Archive& archive, IndicateArguments& arguments) {
   archive.number("count", arguments.burst.count, 0, kMaxBurst);
   archive.number("interval_ms", arguments.interval_ms);
   arguments.burst.interval = milliseconds(arguments.interval_ms);
-}
-
-void describe(Archive& archive, HobSaveArguments& arguments) {
-  archive.number("count", arguments.count, 1, kMaxBurst);
-  archive.number("interval_ms", arguments.interval_ms);
 }
 
 void describe(Archive& archive, ServiceArguments& arguments) {
@@ -100,49 +91,6 @@ json access_nv(Simulator& simulator, NvArguments& arguments) {
 json send_indication(Simulator& simulator, IndicateArguments& arguments) {
   indicate(simulator.device.outbox, arguments.burst);
   return json::object();
-}
-
-json start_upload(Simulator& simulator, UploadOptions& options) {
-  return {{"upload", simulator.uploads.add(options)}};
-}
-
-json list_uploads(Simulator& simulator, Nothing& /*arguments*/) {
-  return {{"uploads", simulator.uploads.list()}};
-}
-
-json send_kpi_packet(Simulator& simulator, KpiPacketOptions& options) {
-  simulator.device.outbox.add(
-      {Action::Kind::broadcast, qorext_service().id, 0, kpi_indication(options)});
-  return json::object();
-}
-
-std::string hob_word(uint32_t state) {
-  switch (state) {
-    case kHobReady:
-      return "ready";
-    case kHobSaved:
-      return "saved";
-    case kHobFailed:
-      return "failed";
-    default:
-      return "unknown " + std::to_string(state);
-  }
-}
-
-json list_hob_states(Simulator& simulator, Nothing& /*arguments*/) {
-  json words = json::array();
-  for (uint32_t state : simulator.device.state.features.hob_states)
-    words.push_back(hob_word(state));
-  return {{"states", words}, {"answers", simulator.device.hob_answers}};
-}
-
-// Tells how many answers there were before, so that the new ones can be told from them.
-json ask_for_save(Simulator& simulator, HobSaveArguments& arguments) {
-  indicate(simulator.device.outbox, {.indication = "hob_save",
-                                     .fields = json::object(),
-                                     .count = arguments.count,
-                                     .interval = milliseconds(arguments.interval_ms)});
-  return {{"answers", simulator.device.hob_answers}};
 }
 
 json add_fault(Simulator& simulator, Fault& fault) {
@@ -184,6 +132,11 @@ json tell_version(Simulator& /*simulator*/, Nothing& /*arguments*/) {
 
 json quit(Simulator& /*simulator*/, Nothing& /*arguments*/) { return json::object(); }
 
+template <json (*act)(Simulator&)>
+json run_alone(Simulator& simulator, Nothing& /*arguments*/) {
+  return act(simulator);
+}
+
 template <typename Arguments, json (*act)(Simulator&, Arguments&)>
 json run_with(Simulator& simulator, const json& given) {
   Arguments arguments;
@@ -204,10 +157,10 @@ constexpr CommandRow kCommands[] = {
     {"nv", run_with<NvArguments, access_nv>},
     {"indicate", run_with<IndicateArguments, send_indication>},
     {"kpi", run_with<UploadOptions, start_upload>},
-    {"uploads", run_with<Nothing, list_uploads>},
+    {"uploads", run_with<Nothing, run_alone<list_uploads>>},
     {"kpi_packet", run_with<KpiPacketOptions, send_kpi_packet>},
     {"hob_save", run_with<HobSaveArguments, ask_for_save>},
-    {"hob", run_with<Nothing, list_hob_states>},
+    {"hob", run_with<Nothing, run_alone<list_hob_states>>},
     {"fault", run_with<Fault, add_fault>},
     {"faults", run_with<Nothing, list_faults>},
     {"clear_faults", run_with<Nothing, clear_faults>},

@@ -21,7 +21,7 @@ struct KpiPacket {
   uint8_t package = 0;
   uint8_t sequence = kFirstSequence;
   bool is_last = true;
-  Bytes payload;  // at most kMaxKpiPayload
+  Bytes payload = {};  // at most kMaxKpiPayload
 };
 
 // The whole indication.
@@ -32,7 +32,7 @@ Bytes with_header(uint32_t word, std::span<const uint8_t> content);
 
 // One packet as a person composes it, right or wrong.
 struct KpiPacketOptions {
-  KpiPacket packet;
+  KpiPacket packet = {};
   uint32_t header = 0;
   bool has_header = false;
 };

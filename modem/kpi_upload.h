@@ -14,8 +14,8 @@ namespace modem {
 constexpr uint32_t kMaxPackagePackets = 255;
 
 struct UploadOptions {
-  std::string file;  // read by the modem, so its path as the modem sees it; or
-  Bytes data;        // the log itself
+  std::string file = {};  // read by the modem, so its path as the modem sees it; or
+  Bytes data = {};        // the log itself
   uint8_t package = 0;
   uint32_t packet_size = 0;  // log bytes a packet; 0: as many as fit
   uint32_t header = kLogHeader;

@@ -16,6 +16,8 @@ namespace {
 
 using Kind = ModemOption::Kind;
 
+constexpr const char* kNoWait = "--no-wait";
+
 constexpr ModemOption kOptions[] = {
     {"--count", Kind::number, "indicate, hob-save: how many"},
     {"--interval-ms", Kind::number, "indicate, hob-save: time between two"},
@@ -26,7 +28,7 @@ constexpr ModemOption kOptions[] = {
     {"--headerless", Kind::flag, "kpi: packages without a header word"},
     {"--lose", Kind::number, "kpi: leave out this packet, counted from 1"},
     {"--reorder", Kind::number_or_not, "kpi: send packet N+1 before packet N (2)"},
-    {"--no-wait", Kind::flag, "kpi, hob-save: do not wait for the end"},
+    {kNoWait, Kind::flag, "kpi, hob-save: do not wait for the end"},
 };
 
 // What --reorder means alone: a first packet out of its place would be another defect.
@@ -39,6 +41,7 @@ const ModemOption* find_option(const std::string& word) {
   return found == std::end(kOptions) ? nullptr : found;
 }
 
+// Null when the text is not what the option wants.
 Json value_of(const ModemOption& option, const std::string& text) {
   if (option.kind == Kind::path) return std::filesystem::absolute(text).string();
   if (option.kind == Kind::word) {
@@ -47,6 +50,33 @@ Json value_of(const ModemOption& option, const std::string& text) {
   }
   auto number = parse_number(text);
   return number ? Json(*number) : Json();
+}
+
+Error wants(const ModemOption& option) {
+  const char* what = option.kind == Kind::path   ? "a file"
+                     : option.kind == Kind::word ? "eight hex digits"
+                                                 : "a number";
+  return usage_error(fmt::format("modem: {} wants {}", option.name, what));
+}
+
+// Stores an option; how many of the words behind it are its own.
+Result<size_t> take_option(Json& command, const ModemOption& option,
+                           std::span<const std::string> behind) {
+  std::string name = option.name;
+  if (name == kNoWait) {
+    command["wait"] = false;
+    return size_t{0};
+  }
+  Json& member = command[json_key(name.substr(2))];
+  if (option.kind == Kind::flag) {
+    member = true;
+    return size_t{0};
+  }
+  if (!behind.empty()) member = value_of(option, behind[0]);
+  if (!member.is_null()) return size_t{1};
+  if (option.kind != Kind::number_or_not) return wants(option);
+  member = kReordered;
+  return size_t{0};
 }
 
 }  // namespace
@@ -61,23 +91,9 @@ Result<std::vector<std::string>> take_options(Json& command, std::span<const std
       others.push_back(words[i]);
       continue;
     }
-    std::string name = option->name;
-    bool is_negation = name == "--no-wait";
-    Json& member = command[is_negation ? "wait" : json_key(name.substr(2))];
-    bool has_next = i + 1 < words.size();
-    member = option->kind == Kind::flag ? Json(!is_negation)
-             : has_next                 ? value_of(*option, words[i + 1])
-                                        : Json();
-    if (option->kind == Kind::number_or_not && member.is_null()) {
-      member = kReordered;
-    } else if (member.is_null()) {
-      return usage_error(fmt::format("modem: {} wants {}", name,
-                                     option->kind == Kind::path   ? "a file"
-                                     : option->kind == Kind::word ? "eight hex digits"
-                                                                  : "a number"));
-    } else if (option->kind != Kind::flag) {
-      ++i;
-    }
+    auto taken = take_option(command, *option, words.subspan(i + 1));
+    if (!taken) return taken.error();
+    i += *taken;
   }
   return others;
 }

@@ -23,9 +23,9 @@ constexpr const char* kLogFolder = "/data/vorn";
 struct PhoneFiles {
   std::string power_up_reason = "0x00004000";
   std::string modem_restarts = "0";
-  std::string ssr_reason;  // of the modem's last restart
-  uint32_t hob_seed = 1;   // the block is hob_content() of it, unless
-  std::string hob_file;    // names a file of kHobSize bytes
+  std::string ssr_reason = {};  // of the modem's last restart
+  uint32_t hob_seed = 1;        // the block is hob_content() of it, unless
+  std::string hob_file = {};    // names a file of kHobSize bytes
 };
 
 // The folders alone: a phone without the devices and files below.

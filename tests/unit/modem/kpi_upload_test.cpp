@@ -34,7 +34,8 @@ TEST(KpiUploadPackets, BeginWithTheHeaderWordAndEndWithTheLastFlag) {
 }
 
 TEST(KpiUploadPackets, StateTheirSizeWithTheHeaderWord) {
-  Bytes packet = modem::kpi_indication({7, 1, true, modem::with_header(0x01C0FFEE, Bytes{9})});
+  Bytes packet =
+      modem::kpi_indication(modem::KpiPacket{7, 1, true, modem::with_header(0x01C0FFEE, Bytes{9})});
   Bytes wanted = {7, 1, 1, 0, 5, 0, 0xEE, 0xFF, 0xC0, 0x01, 9};
   EXPECT_TRUE(std::equal(wanted.rbegin(), wanted.rend(), packet.rbegin()));
 }
