@@ -111,8 +111,8 @@ TEST(ModemWords, WrongWordsAreRefused) {
             "modem indicate: give an indication's name, such as notify or pfp");
   EXPECT_EQ(command("indicate a=1"),
             "modem indicate: give an indication's name, such as notify or pfp");
-  EXPECT_EQ(command("indicate pfp --count"), "modem indicate: --count wants a number");
-  EXPECT_EQ(command("indicate pfp --count x"), "modem indicate: --count wants a number");
+  EXPECT_EQ(command("indicate pfp --count"), "modem: --count wants a number");
+  EXPECT_EQ(command("indicate pfp --count x"), "modem: --count wants a number");
   EXPECT_EQ(command("indicate pfp rat"), "modem: 'rat' is not key=value");
   EXPECT_EQ(command("fault times=1"), "modem fault: give a kind, such as silent, delay or error");
   EXPECT_EQ(command("service nas"),
