@@ -4,6 +4,7 @@
 #include <iterator>
 
 #include "archive.h"
+#include "capture_commands.h"
 #include "indications.h"
 #include "services.h"
 #include "state_keys.h"
@@ -14,7 +15,6 @@ namespace {
 
 using nlohmann::json;
 
-constexpr uint32_t kMaxBurst = 100000;
 constexpr size_t kMaxName = 64;
 
 struct CommandError : std::invalid_argument {
@@ -132,6 +132,11 @@ json tell_version(Simulator& /*simulator*/, Nothing& /*arguments*/) {
 
 json quit(Simulator& /*simulator*/, Nothing& /*arguments*/) { return json::object(); }
 
+template <json (*act)(Simulator&)>
+json run_alone(Simulator& simulator, Nothing& /*arguments*/) {
+  return act(simulator);
+}
+
 template <typename Arguments, json (*act)(Simulator&, Arguments&)>
 json run_with(Simulator& simulator, const json& given) {
   Arguments arguments;
@@ -151,6 +156,11 @@ constexpr CommandRow kCommands[] = {
     {"set", run_with<SetArguments, set_state>},
     {"nv", run_with<NvArguments, access_nv>},
     {"indicate", run_with<IndicateArguments, send_indication>},
+    {"kpi", run_with<UploadOptions, start_upload>},
+    {"uploads", run_with<Nothing, run_alone<list_uploads>>},
+    {"kpi_packet", run_with<KpiPacketOptions, send_kpi_packet>},
+    {"hob_save", run_with<HobSaveArguments, ask_for_save>},
+    {"hob", run_with<Nothing, run_alone<list_hob_states>>},
     {"fault", run_with<Fault, add_fault>},
     {"faults", run_with<Nothing, list_faults>},
     {"clear_faults", run_with<Nothing, clear_faults>},

@@ -15,6 +15,7 @@ struct Device {
   State state;
   State factory;  // what a factory reset brings back
   Outbox outbox;
+  uint64_t hob_answers = 0;  // to requests to save the hand-off block, since the start
 };
 
 // Serves one request. The response comes in zeroed and reporting success.

@@ -75,6 +75,7 @@ void report_hob(Device& device, const Fields& request, Fields& /*response*/) {
   auto& states = device.state.features.hob_states;
   if (states.size() == kMaxHobStates) states.erase(states.begin());
   states.push_back(request.number("state"));
+  if (states.back() != kHobReady) ++device.hob_answers;
 }
 
 void get_data_plmn(Device& device, const Fields& /*request*/, Fields& response) {

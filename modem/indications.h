@@ -8,6 +8,8 @@
 
 namespace modem {
 
+constexpr uint32_t kMaxBurst = 100000;
+
 struct IndicationBurst {
   std::string indication;  // by name
   nlohmann::json fields;

@@ -20,6 +20,8 @@ using qmi_transport::ScopedFd;
 constexpr int kWaitForever = -1;
 constexpr uint32_t kInstance = 1;
 constexpr uint32_t kInstanceShift = 8;
+// Of an upload, between two looks at what clients want.
+constexpr int kPacketsATurn = 16;
 
 [[noreturn]] void fail(const char* what) {
   throw std::system_error(errno, std::generic_category(), what);
@@ -71,6 +73,7 @@ void ServerLoop::run() {
     if (count < 0 && errno != EINTR) fail("epoll_wait");
     if (count == 1) handle(event.data.fd);
     perform_due();
+    continue_upload();
   }
 }
 
@@ -101,11 +104,10 @@ void ServerLoop::perform_due() {
 void ServerLoop::perform(const Action& action) {
   switch (action.kind) {
     case Action::Kind::send:
-      return send(action.service, action.peer, action.packet);
+      send(action.service, action.peer, action.packet);
+      return;
     case Action::Kind::broadcast:
-      for (uint64_t peer : server_->peers(action.service)) {
-        send(action.service, peer, action.packet);
-      }
+      broadcast(action.service, action.packet);
       return;
     case Action::Kind::withdraw:
       return server_->withdraw(action.service);
@@ -116,10 +118,38 @@ void ServerLoop::perform(const Action& action) {
   }
 }
 
-// A client that is gone or does not read is the transport's affair.
-void ServerLoop::send(uint32_t service, uint64_t peer, const Bytes& packet) {
+// Waits for clients that are behind. False when one was lost.
+bool ServerLoop::broadcast(uint32_t service, const Bytes& packet) {
+  bool has_reached_all = true;
+  for (uint64_t peer : server_->peers(service)) {
+    has_reached_all = send(service, peer, packet) && has_reached_all;
+  }
+  return has_reached_all;
+}
+
+bool ServerLoop::send(uint32_t service, uint64_t peer, const Bytes& packet) {
   trace(service, packet);
-  server_->send(peer, packet);
+  return server_->send(peer, packet) == qmi_transport::Status::ok;
+}
+
+bool ServerLoop::can_upload() const {
+  return simulator_.uploads.current() != nullptr && !server_->peers(qorext_service().id).empty();
+}
+
+// An upload waits for its first client, and ends with the loss of any.
+void ServerLoop::continue_upload() {
+  KpiUpload* upload = simulator_.uploads.current();
+  if (upload == nullptr) return;
+  uint32_t service = qorext_service().id;
+  if (!can_upload()) {
+    if (upload->has_begun()) upload->fail("the client has gone");
+    return;
+  }
+  for (int i = 0; i < kPacketsATurn; ++i) {
+    auto packet = upload->next();
+    if (!packet) return;
+    if (!broadcast(service, *packet)) return upload->fail("a client was lost");
+  }
 }
 
 void ServerLoop::trace(uint32_t service, std::span<const uint8_t> packet) const {
@@ -128,6 +158,7 @@ void ServerLoop::trace(uint32_t service, std::span<const uint8_t> packet) const 
 }
 
 int ServerLoop::timeout_ms() const {
+  if (can_upload()) return 0;
   auto due = simulator_.device.outbox.next_due();
   if (!due) return kWaitForever;
   auto left = std::chrono::ceil<milliseconds>(*due - Clock::now()).count();

@@ -29,7 +29,10 @@ class ServerLoop {
   void receive();
   void perform_due();
   void perform(const Action& action);
-  void send(uint32_t service, uint64_t peer, const Bytes& packet);
+  void continue_upload();
+  bool can_upload() const;
+  bool broadcast(uint32_t service, const Bytes& packet);
+  bool send(uint32_t service, uint64_t peer, const Bytes& packet);
   void trace(uint32_t service, std::span<const uint8_t> packet) const;
   int timeout_ms() const;
   std::string answer(const std::string& line);

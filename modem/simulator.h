@@ -5,6 +5,7 @@
 
 #include "dispatch.h"
 #include "faults.h"
+#include "kpi_upload.h"
 #include "request_log.h"
 
 namespace modem {
@@ -20,6 +21,7 @@ class Simulator {
   Device device;
   Faults faults;
   RequestLog requests;
+  KpiUploads uploads;
 };
 
 }  // namespace modem

@@ -26,6 +26,9 @@ constexpr size_t kMaxUtilsAnswer = 512;
 constexpr size_t kMaxHobStates = 1024;
 constexpr size_t kMaxEngineeringText = 1000;
 
+// What the phone says of the hand-off block.
+enum HobState : uint8_t { kHobFailed = 0, kHobSaved = 1, kHobReady = 0xFF };
+
 enum ServiceState : uint8_t { kNoService = 0, kLimitedService = 1, kFullService = 2 };
 
 // The LTE cell that the phone camps on.

@@ -10,6 +10,7 @@
 
 #include "handset.h"
 #include "log_texts.h"
+#include "phone_files.h"
 
 namespace e2e {
 namespace {
@@ -21,19 +22,11 @@ using testing::ElementsAre;
 using testing::Not;
 using testing::StartsWith;
 
-constexpr size_t kRegionAt = 0xF540000;
-constexpr size_t kRegionSize = 32768;
 constexpr size_t kPartitionSize = 65536;
 
 constexpr char kSuccessful[] = "dhob_write: Save RF to HOB successful";
 constexpr char kOpened[] = "dhob_write: qor_shared_ram open success";
 constexpr char kAnswering[] = "dhob_write: Sending DYNHOB request to BP";
-
-std::string varied(size_t size) {
-  std::string bytes(size, '\0');
-  for (size_t i = 0; i < size; ++i) bytes[i] = static_cast<char>(i * 7 + i / 251);
-  return bytes;
-}
 
 std::string content_of(const std::string& path) {
   std::ifstream file(path, std::ios::binary);
@@ -42,9 +35,10 @@ std::string content_of(const std::string& path) {
 
 class Hob : public testing::Test {
  protected:
-  Hob() : handset(Handset::off), ram(path("/dev/qor_hob_ram")), partition(path(kPartition)) {
-    fs::create_directories(fs::path(partition).parent_path());
-    put_ram();
+  Hob()
+      : handset(Handset::off),
+        ram(handset.phone().folder() + qorextctl::kHobRam),
+        partition(handset.phone().folder() + qorextctl::kHobPartition) {
     put(partition, std::string(kPartitionSize, 'p'));
     handset.start_modem();
   }
@@ -84,31 +78,20 @@ class Hob : public testing::Test {
     fs::create_symlink(target, file);
   }
 
-  std::string path(const std::string& phone_path) const {
-    return handset.phone().folder() + phone_path;
-  }
-
-  static constexpr char kPartition[] = "/dev/block/bootdevice/by-name/dhob";
-
-  const std::string region = varied(kRegionSize);
+  const std::string region = [] {
+    auto bytes = qorextctl::hob_content(qorextctl::PhoneFiles().hob_seed);
+    return std::string(bytes.begin(), bytes.end());
+  }();
   Handset handset;
   std::string ram;
   std::string partition;
-
- private:
-  // Other bytes on both sides of the region.
-  void put_ram() const {
-    put(ram, "");
-    fs::resize_file(ram, kRegionAt - 1);
-    std::ofstream(ram, std::ios::app | std::ios::binary) << "<" << region << ">";
-  }
 };
 
 TEST_F(Hob, RegionIsEqualInThePartitionByteForByte) {
   start();
   EXPECT_THAT(save(), ElementsAre(kOpened, kSuccessful));
   expect_told("[255,1]");
-  EXPECT_TRUE(content_of(partition) == region + std::string(kPartitionSize - kRegionSize, 'p'));
+  EXPECT_TRUE(content_of(partition) == region + std::string(kPartitionSize - region.size(), 'p'));
 }
 
 TEST_F(Hob, EveryRequestSavesAnew) {
@@ -203,7 +186,7 @@ class SlowPartition : public Hob {
     std::string drained;
     char buffer[4096];
     for (auto deadline = Deadline::in(kPatience);
-         drained.size() < kFilling + kRegionSize && !deadline.passed();) {
+         drained.size() < kFilling + region.size() && !deadline.passed();) {
       ssize_t size = read(pipe_.get(), buffer, sizeof buffer);
       if (size > 0) drained.append(buffer, static_cast<size_t>(size));
     }

@@ -13,6 +13,7 @@
 
 #include "log_capture.h"
 #include "modem_control.h"
+#include "modem_wait.h"
 #include "patience.h"
 #include "process.h"
 
@@ -64,7 +65,7 @@ struct ModemProcess::Parts {
   std::optional<qorextctl::ModemControl> control;
 
   Json call(const std::string& words) {
-    Json answer = value_or_throw(control->call(parse(words), Deadline::in(kPatience)));
+    Json answer = value_or_throw(qorextctl::call_to_end(*control, parse(words), kPatience.count()));
     EXPECT_TRUE(answer.value("ok", false)) << words << " is answered " << answer;
     return answer;
   }

@@ -8,7 +8,8 @@ namespace e2e {
 class PhoneRoot {
  public:
   // The daemon can use everything in it, also when it drops root's privileges.
-  PhoneRoot();
+  enum Content { prepared, bare };  // bare: folders without boot information and devices
+  explicit PhoneRoot(Content content = prepared);
   PhoneRoot(const PhoneRoot&) = delete;
   PhoneRoot& operator=(const PhoneRoot&) = delete;
   ~PhoneRoot();

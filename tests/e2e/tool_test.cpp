@@ -160,6 +160,10 @@ TEST(Demo, EndsWithStatusZero) {
   }
   EXPECT_THAT(lines, Contains(HasSubstr(R"("id":"0x050506")")));
   EXPECT_THAT(lines, Contains(HasSubstr(R"("id":"0x02000014")")));
+  EXPECT_THAT(lines, Contains(HasSubstr(R"("name":"kpi-record")")));
+  EXPECT_THAT(lines, Contains(HasSubstr(R"("answers":["saved"])")));
+  EXPECT_THAT(lines, Contains(HasSubstr(R"("use":"current","size":24)")));
+  EXPECT_THAT(lines, Contains(HasSubstr(R"("hand_off_block":"saved")")));
   ASSERT_FALSE(lines.empty());
   EXPECT_EQ(lines.back(), R"({"type":"exit","status":0,"signal":null})");
 }

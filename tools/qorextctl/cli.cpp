@@ -4,6 +4,7 @@
 #include <sstream>
 
 #include "modem_control.h"
+#include "modem_options.h"
 
 namespace qorextctl {
 
@@ -21,6 +22,8 @@ constexpr const char* kExamples = R"(examples:
   printf 'modem indicate notify\nwait-unsol\n' | qorextctl session
   qorextctl --modem unix:/run/m.sock --control /run/c.sock session
   qorextctl --control /run/c.sock modem nv 28 0A
+  qorextctl --phone-root phone phone prepare          a root to keep
+  qorextctl --phone-root phone phone show             logs, properties, DropBox
 
 exit status:
   0  success reply
@@ -45,8 +48,7 @@ void add_shared_options(CLI::App& app, Options& options) {
   app.add_option("--scenario", options.setup.scenario, "start state of the private modem")
       ->check(CLI::ExistingFile);
   app.add_option("--phone-root", options.setup.phone_root,
-                 "folder of the phone's files; without it a private one")
-      ->check(CLI::ExistingDirectory);
+                 "folder of the phone's files; without it a private one");
   app.add_option("--daemon-program", options.daemon_executable,
                  "the daemon; without it qorext_client beside qorextctl")
       ->check(CLI::ExistingFile);
@@ -63,6 +65,52 @@ CLI::App* add_verb(CLI::App& app, Options& options, Verb verb, const char* name,
   return command;
 }
 
+// What CLI11 takes for an option of its own goes back among the words.
+void add_modem_option(CLI::App& modem, Options& options, const ModemOption& option) {
+  std::string name = option.name;
+  auto& words = options.words;
+  if (option.kind == ModemOption::Kind::flag) {
+    modem.add_flag_callback(
+        name, [&words, name] { words.push_back(name); }, option.help);
+    return;
+  }
+  auto* added = modem.add_option_function<std::string>(
+      name,
+      [&words, name](const std::string& value) {
+        words.push_back(name);
+        if (!value.empty()) words.push_back(value);
+      },
+      option.help);
+  if (option.kind == ModemOption::Kind::number_or_not) added->expected(0, 1);
+}
+
+void add_phone(CLI::App& app, Options& options) {
+  CLI::App* phone = add_verb(app, options, Verb::phone, "phone", "prepare or show a phone's root");
+  phone->add_option("words", options.words, "prepare (default) or show")
+      ->expected(0, 1)
+      ->check(CLI::IsMember({"prepare", "show"}));
+  PhoneFiles& files = options.phone;
+  phone->add_option("--powerup-reason", files.power_up_reason, "0x00020000 is a kernel panic")
+      ->capture_default_str();
+  phone->add_option("--modem-restarts", files.modem_restarts, "since the boot")
+      ->capture_default_str();
+  phone->add_option("--ssr-reason", files.ssr_reason, "of the modem's last restart");
+  phone->add_option("--hob-seed", files.hob_seed, "makes up the hand-off block's content")
+      ->capture_default_str();
+  phone->add_option("--hob", files.hob_file, "the hand-off block, 32768 bytes")
+      ->check(CLI::ExistingFile);
+}
+
+// Only "phone" makes the folder.
+void check_phone_root(const Options& options) {
+  const std::string& root = options.setup.phone_root;
+  if (options.verb == Verb::phone) {
+    if (root.empty()) throw CLI::RequiredError("--phone-root");
+  } else if (!root.empty() && !CLI::ExistingDirectory(root).empty()) {
+    throw CLI::ValidationError("--phone-root", CLI::ExistingDirectory(root));
+  }
+}
+
 void add_verbs(CLI::App& app, Options& options) {
   add_verb(app, options, Verb::request, "request", "send one request and show its reply")
       ->add_option("words", options.words, "NAME [KEY=VALUE]...")
@@ -73,25 +121,16 @@ void add_verbs(CLI::App& app, Options& options) {
   add_verb(app, options, Verb::session, "session", "requests from standard input, one a line")
       ->footer(
           "lines: NAME [KEY=VALUE]...  raw HEX  modem COMMAND...  wait-unsol [N] [SECONDS]  "
-          "wait-property NAME VALUE [SECONDS]  expect-failure LINE  # comment");
+          "wait-property NAME VALUE [SECONDS]  wait-log TEXT [N] [SECONDS]  phone show  "
+          "expect-failure LINE  # comment");
   add_verb(app, options, Verb::list, "list", "all requests, or one with its arguments")
       ->add_option("words", options.words, "[NAME]")
       ->expected(0, 1);
+  add_phone(app, options);
   CLI::App* modem = add_verb(app, options, Verb::modem, "modem", "ask a modem's control socket");
   modem->add_option("words", options.words, "COMMAND [ARGUMENT]...")->required();
   modem->footer("commands:\n" + modem_command_help());
-  modem->add_option_function<std::string>(
-      "--count",
-      [&options](const std::string& count) {
-        options.words.insert(options.words.end(), {"--count", count});
-      },
-      "indicate: how many");
-  modem->add_option_function<std::string>(
-      "--interval-ms",
-      [&options](const std::string& interval) {
-        options.words.insert(options.words.end(), {"--interval-ms", interval});
-      },
-      "indicate: time between two");
+  for (const ModemOption& option : modem_options()) add_modem_option(*modem, options, option);
 }
 
 }  // namespace
@@ -107,6 +146,7 @@ Parsed parse_command_line(int argc, const char* const* argv) {
   try {
     app.parse(argc, argv);
     if (app.get_subcommands().empty()) throw CLI::RequiredError("a command");
+    check_phone_root(parsed.options);
     parsed.proceed = true;
     parsed.options.setup.timeout_seconds = parsed.options.timeout;
   } catch (const CLI::ParseError& error) {

@@ -5,11 +5,12 @@
 #include <vector>
 
 #include "output.h"
+#include "phone_files.h"
 #include "private_setup.h"
 
 namespace qorextctl {
 
-enum class Verb { request, raw, session, list, modem };
+enum class Verb { request, raw, session, list, modem, phone };
 
 struct Options {
   Verb verb = Verb::list;
@@ -20,6 +21,7 @@ struct Options {
   double timeout = 20;
   std::string daemon_executable;  // empty: the one beside this program
   SetupOptions setup;
+  PhoneFiles phone;
 };
 
 // Either the options, or the exit status and the text to print (help, version, what is wrong).

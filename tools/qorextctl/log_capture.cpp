@@ -47,16 +47,19 @@ std::vector<std::string> LogCapture::lines() const {
   return lines_;
 }
 
-bool LogCapture::holds(const std::string& text) const {
-  return std::any_of(lines_.begin(), lines_.end(), [&text](const std::string& line) {
-    return line.find(text) != std::string::npos;
-  });
+bool LogCapture::wait_for(const std::string& text, Deadline deadline) const {
+  return find(text, 0, deadline).has_value();
 }
 
-bool LogCapture::wait_for(const std::string& text, Deadline deadline) const {
+std::optional<size_t> LogCapture::find(const std::string& text, size_t first,
+                                       Deadline deadline) const {
   std::unique_lock lock(mutex_);
-  changed_.wait_until(lock, deadline.time(), [&] { return holds(text) || ended_; });
-  return holds(text);
+  auto holds_text = [this, &text, &first] {
+    while (first < lines_.size() && lines_[first].find(text) == std::string::npos) ++first;
+    return first < lines_.size();
+  };
+  changed_.wait_until(lock, deadline.time(), [&] { return holds_text() || ended_; });
+  return holds_text() ? std::optional(first) : std::nullopt;
 }
 
 bool LogCapture::wait_end(Deadline deadline) const {

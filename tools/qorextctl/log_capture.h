@@ -5,6 +5,7 @@
 #include <condition_variable>
 #include <functional>
 #include <mutex>
+#include <optional>
 #include <string>
 #include <thread>
 #include <vector>
@@ -28,13 +29,15 @@ class LogCapture {
   std::vector<std::string> lines() const;
   // True as soon as a line holds the text.
   bool wait_for(const std::string& text, Deadline deadline) const;
+  // The number of the first line from number `first` on that holds the text, counted from 0;
+  // nothing when there is none until the deadline or the log's end.
+  std::optional<size_t> find(const std::string& text, size_t first, Deadline deadline) const;
   // Waits until the program has closed its output.
   bool wait_end(Deadline deadline) const;
 
  private:
   void read_all(const UniqueFd& input);
   void add(const std::string& line);
-  bool holds(const std::string& text) const;
 
   Listener listener_;
   mutable std::mutex mutex_;

@@ -4,6 +4,7 @@
 #include <iterator>
 
 #include "modem_control.h"
+#include "modem_options.h"
 #include "spelling.h"
 #include "values.h"
 
@@ -14,13 +15,17 @@ namespace {
 using Words = std::span<const std::string>;
 
 // What is text or bytes even where it looks like a number.
-constexpr std::string_view kTextKeys[] = {"data",        "table",        "report",
-                                          "text",        "name",         "service",
-                                          "message",     "kind",         "spc",
-                                          "mdn",         "min",          "imsi_mcc",
-                                          "imsi_11_12",  "imsi_t",       "short_name",
-                                          "long_name",   "ipv4",         "ipv6",
-                                          "fsg_version", "flex_version", "network_description"};
+constexpr std::string_view kTextKeys[] = {"data",         "table",
+                                          "report",       "text",
+                                          "name",         "service",
+                                          "message",      "kind",
+                                          "spc",          "file",
+                                          "mdn",          "min",
+                                          "imsi_mcc",     "imsi_11_12",
+                                          "imsi_t",       "short_name",
+                                          "long_name",    "ipv4",
+                                          "ipv6",         "fsg_version",
+                                          "flex_version", "network_description"};
 
 bool is_text_key(std::string_view key) {
   return std::find(std::begin(kTextKeys), std::end(kTextKeys), key) != std::end(kTextKeys);
@@ -87,26 +92,44 @@ std::string indication_name(const std::string& word) {
   return json_key(word);
 }
 
-// "--count N" and "--interval-ms N" are the burst's; everything else is a field.
+// Options are the burst's; everything else is a field.
 Result<Json> indicate(Json command, Words words) {
   if (words.empty() || is_pair(words[0])) {
     return usage_error("modem indicate: give an indication's name, such as notify or pfp");
   }
   command["indication"] = indication_name(words[0]);
-  std::vector<std::string> fields;
-  for (size_t i = 1; i < words.size(); ++i) {
-    if (words[i] != "--count" && words[i] != "--interval-ms") {
-      fields.push_back(words[i]);
-      continue;
-    }
-    auto number = i + 1 < words.size() ? parse_number(words[i + 1]) : std::nullopt;
-    if (!number) return usage_error(fmt::format("modem indicate: {} wants a number", words[i]));
-    command[json_key(words[i++].substr(2))] = *number;
-  }
-  auto members = with_pairs(Json::object(), fields);
+  auto fields = take_options(command, words.subspan(1));
+  if (!fields) return fields.error();
+  auto members = with_pairs(Json::object(), *fields);
   if (!members) return members;
   command["fields"] = *members;
   return command;
+}
+
+Result<Json> with_options(Json command, Words words) {
+  auto pairs = take_options(command, words);
+  if (!pairs) return pairs.error();
+  return with_pairs(command, *pairs);
+}
+
+Result<Json> kpi(Json command, Words words) {
+  auto filled = with_options(std::move(command), words);
+  bool has_log = filled && (filled->contains("file") || filled->contains("data"));
+  if (filled && !has_log) return usage_error("modem kpi: give --file LOG or data=HEX");
+  return filled;
+}
+
+Result<Json> kpi_record(Json command, Words words) {
+  auto header = words.empty() ? std::nullopt : parse_word(words[0]);
+  if (!header) return usage_error("modem kpi-record: give a header word, such as 02C0FFEE");
+  command["command"] = "kpi_packet";
+  command["header"] = *header;
+  words = words.subspan(1);
+  if (!words.empty() && parse_hex(words[0])) {
+    command["data"] = words[0];
+    words = words.subspan(1);
+  }
+  return with_options(std::move(command), words);
 }
 
 Result<Json> fault(Json command, Words words) {
@@ -142,6 +165,13 @@ constexpr CommandRow kCommands[] = {
     {"nv", nv, "RDE [HEX] [record=N]", "read or write an NV item"},
     {"indicate", indicate, "NAME [FIELD=VALUE...] [--count N] [--interval-ms N]",
      "send indications"},
+    {"kpi", kpi, "--file LOG | data=HEX [OPTIONS]", "upload a KPI log"},
+    {"kpi_record", kpi_record, "WORD [HEX] [--package N]", "upload a KPI record, such as 02C0FFEE"},
+    {"kpi_packet", plain, "[package=] [sequence=] [last=] [header=] [data=]", "one KPI packet"},
+    {"uploads", plain, "", "how far the uploads are"},
+    {"hob_save", with_options, "[--count N] [--interval-ms N] [--no-wait]",
+     "ask the phone to save the hand-off block"},
+    {"hob", plain, "", "what the phone has told about the block"},
     {"fault", fault, "KIND [service=] [message=] [times=] [delay_ms=]...", "misbehave"},
     {"faults", plain, "", "faults in force"},
     {"clear_faults", plain, "", "end all faults"},

@@ -159,6 +159,13 @@ void Printer::property(const std::string& name, const std::string& value) {
   text(fmt::format("property {}: {}\n", name, value));
 }
 
+void Printer::phone(const std::string& root, const Items& report) {
+  if (!json_) return text(fmt::format("phone {}\n", root) + to_text(report));
+  Json members = {{"root", root}};
+  members.update(to_json(report));
+  object(typed("phone", members));
+}
+
 void Printer::request_list(const std::vector<const Request*>& requests) {
   if (!json_) return text(catalogue_text(requests));
   for (const Request* request : requests) object(typed("request", catalogue_json(*request)));

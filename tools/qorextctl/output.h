@@ -24,6 +24,7 @@ class Printer {
   void unsolicited(const DecodedFrame& message);
   void daemon_exit(const ExitStatus& status);
   void property(const std::string& name, const std::string& value);
+  void phone(const std::string& root, const Items& report);
   void modem_answer(const std::string& command, const Json& answer);
   void request_list(const std::vector<const Request*>& requests);
   void error(const Error& error);

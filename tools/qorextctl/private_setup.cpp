@@ -9,22 +9,13 @@
 #include <cstring>
 #include <filesystem>
 
+#include "phone_files.h"
+
 namespace qorextctl {
 
 namespace {
 
 namespace fs = std::filesystem;
-
-// The daemon becomes this user when it is started by root, and has to reach everything here.
-constexpr uid_t kRadioUser = 1001;
-
-constexpr const char* kPhoneFolders[] = {"data/system", "dev", "proc", "sys"};
-
-void give_to_radio_user(const std::string& path) {
-  if (geteuid() == 0) {
-    [[maybe_unused]] int ignored = chown(path.c_str(), kRadioUser, kRadioUser);
-  }
-}
 
 Error failed(const std::string& what, const std::string& path, const std::string& why) {
   return transport_error(fmt::format("cannot {} {}: {}", what, path, why));
@@ -62,16 +53,7 @@ std::optional<Error> Setup::make_folder() {
 
 std::optional<Error> Setup::make_phone_root() {
   phone_root_ = folder_ + "/phone";
-  std::error_code error;
-  for (const char* name : kPhoneFolders) {
-    fs::create_directories(fs::path(phone_root_) / name, error);
-    if (error) return failed("make the folder", phone_root_, error.message());
-  }
-  give_to_radio_user(phone_root_);
-  for (const auto& entry : fs::recursive_directory_iterator(phone_root_, error)) {
-    give_to_radio_user(entry.path());
-  }
-  return std::nullopt;
+  return prepare_phone(phone_root_, {});
 }
 
 std::optional<Error> Setup::start_modem(const SetupOptions& options) {

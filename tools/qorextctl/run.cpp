@@ -1,6 +1,7 @@
 #include <unistd.h>
 
 #include "arguments.h"
+#include "phone_report.h"
 #include "session.h"
 
 namespace qorextctl {
@@ -56,6 +57,15 @@ Outcome ask_modem(const Options& options, Printer& printer) {
   return outcome ? *outcome : fail(printer, outcome.error());
 }
 
+Outcome run_phone(const Options& options, Printer& printer) {
+  const std::string& root = options.setup.phone_root;
+  bool only_shows = !options.words.empty() && options.words[0] == "show";
+  auto error = only_shows ? std::nullopt : prepare_phone(root, options.phone);
+  if (error) return fail(printer, *error);
+  if (only_shows) printer.phone(root, phone_report(root));
+  return Outcome::success;
+}
+
 Outcome dispatch(const Options& options, Printer& printer) {
   switch (options.verb) {
     case Verb::request:
@@ -66,6 +76,8 @@ Outcome dispatch(const Options& options, Printer& printer) {
       return run_session(options, printer);
     case Verb::modem:
       return ask_modem(options, printer);
+    case Verb::phone:
+      return run_phone(options, printer);
     default:
       return run_list(options, printer);
   }

@@ -8,6 +8,8 @@
 
 #include "arguments.h"
 #include "modem_control.h"
+#include "modem_wait.h"
+#include "phone_report.h"
 #include "properties.h"
 #include "values.h"
 
@@ -82,6 +84,8 @@ Outcome Session::run_words(const std::vector<std::string>& words) {
   if (words[0] == "expect-failure") return expect_failure(behind);
   if (words[0] == "wait-unsol") return wait_unsolicited(behind);
   if (words[0] == "wait-property") return wait_property(behind);
+  if (words[0] == "wait-log") return wait_log(behind);
+  if (words[0] == "phone") return show_phone(behind);
   if (words[0] == "modem") return ask_modem(behind);
   if (words[0] == "raw") {
     auto bytes = parse_raw(behind);
@@ -132,6 +136,30 @@ Outcome Session::wait_property(const std::vector<std::string>& words) {
   }
   std::string told = value ? fmt::format("is '{}'", *value) : "is not set";
   return complain(transport_error(fmt::format("property {} {}", words[0], told)));
+}
+
+Outcome Session::wait_log(const std::vector<std::string>& words) {
+  auto count = words.size() < 2 ? std::optional<int64_t>(1) : parse_number(words[1]);
+  auto seconds = words.size() < 3 ? std::optional(options_.timeout) : parse_seconds(words[2]);
+  if (words.empty() || words.size() > 3 || !count || *count < 1 || !seconds) {
+    return complain(usage_error("wait-log: give a text, a number of lines and of seconds"));
+  }
+  Deadline deadline = Deadline::in_seconds(*seconds);
+  for (int64_t come = 0; come < *count; ++come) {
+    auto found = daemon_->log().find(words[0], next_log_line_, deadline);
+    if (!found) {
+      return judged(complain(transport_error(
+          fmt::format("{} of {} lines with '{}' came in the log", come, *count, words[0]))));
+    }
+    next_log_line_ = *found + 1;
+  }
+  return Outcome::success;
+}
+
+Outcome Session::show_phone(const std::vector<std::string>& words) {
+  if (words.size() != 1 || words[0] != "show") return complain(usage_error("phone: give show"));
+  printer_.phone(setup_->phone_root(), phone_report(setup_->phone_root()));
+  return Outcome::success;
 }
 
 // Runs the whole lines in `text` and leaves the rest of it.
@@ -211,7 +239,7 @@ Result<Outcome> run_modem(std::span<const std::string> words, const std::string&
   if (control.empty()) return usage_error("modem: give --control PATH, the modem's control socket");
   auto modem = ModemControl::connect(control);
   if (!modem) return modem.error();
-  auto answer = modem->call(*command, Deadline::in_seconds(timeout_seconds));
+  auto answer = call_to_end(*modem, *command, timeout_seconds);
   if (!answer) return answer.error();
   printer.modem_answer(command->value("command", "?"), *answer);
   return answer->value("ok", false) ? Outcome::success : Outcome::refused;

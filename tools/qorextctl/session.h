@@ -17,7 +17,8 @@ class Session {
   static Result<std::unique_ptr<Session>> start(const Options& options, Printer& printer);
 
   // One line: "NAME key=value...", "raw HEX", "modem ...", "wait-unsol [N] [SECONDS]",
-  // "wait-property NAME VALUE [SECONDS]", "expect-failure" before one of the others, a comment.
+  // "wait-property NAME VALUE [SECONDS]", "wait-log TEXT [N] [SECONDS]", "phone show",
+  // "expect-failure" before one of the others, a comment.
   // Words in quotes may hold blanks.
   Outcome run_line(const std::string& line);
 
@@ -38,6 +39,8 @@ class Session {
   Outcome expect_failure(const std::vector<std::string>& words);
   Outcome wait_unsolicited(const std::vector<std::string>& words);
   Outcome wait_property(const std::vector<std::string>& words);
+  Outcome wait_log(const std::vector<std::string>& words);
+  Outcome show_phone(const std::vector<std::string>& words);
   Outcome ask_modem(const std::vector<std::string>& words);
   Outcome run_whole_lines(std::string& text);
 
@@ -48,6 +51,7 @@ class Session {
   std::unique_ptr<Daemon> daemon_;
   std::optional<Exchange> exchange_;
   bool daemon_failed_ = false;  // in a way that its log may explain
+  size_t next_log_line_ = 0;    // behind the one that ended the last wait-log
   size_t line_ = 0;             // 0: not reading lines
 };
 

@@ -54,6 +54,25 @@ TEST_F(CommandLine, ABurstsOptionsBecomeWords) {
   EXPECT_EQ(parsed.options.words, (std::vector<std::string>{"indicate", "notify", "--count", "3"}));
 }
 
+TEST_F(CommandLine, OptionsOfAModemCommandStayAmongItsWords) {
+  Parsed parsed = parse({"modem", "kpi", "--file", "log", "--reorder", "--headerless", "--json"});
+  ASSERT_TRUE(parsed.proceed) << parsed.text;
+  EXPECT_TRUE(parsed.options.json);
+  EXPECT_EQ(parsed.options.words,
+            (std::vector<std::string>{"kpi", "--file", "log", "--headerless", "--reorder"}));
+}
+
+TEST_F(CommandLine, APhonesFilesAreGivenByOptions) {
+  Parsed parsed = parse({"phone", "--phone-root", "/no/such/yet", "--modem-restarts", "2",
+                         "--ssr-reason", "fatal error", "--hob-seed", "7"});
+  ASSERT_TRUE(parsed.proceed) << parsed.text;
+  EXPECT_EQ(parsed.options.phone.modem_restarts, "2");
+  EXPECT_EQ(parsed.options.phone.ssr_reason, "fatal error");
+  EXPECT_EQ(parsed.options.phone.hob_seed, 7U);
+  EXPECT_EQ(parse({"phone", "show"}).exit_status, 2);
+  EXPECT_EQ(parse({"--phone-root", "/no/such/yet", "session"}).exit_status, 2);
+}
+
 TEST_F(CommandLine, HelpAndVersionAreSuccesses) {
   Parsed help = parse({"--help"});
   EXPECT_EQ(help.exit_status, 0);

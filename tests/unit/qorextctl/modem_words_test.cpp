@@ -46,6 +46,37 @@ TEST(ModemWords, BytesThatLookLikeANumberStayText) {
             R"({"command":"indicate","indication":"utils","fields":{"data":[1,2]}})");
 }
 
+TEST(ModemWords, UploadsHaveALogAndOptions) {
+  EXPECT_EQ(command("kpi --file /tmp/log --package 7 --packet-size 8 --lose 3 --reorder 4"),
+            R"({"command":"kpi","file":"/tmp/log","package":7,"packet_size":8,"lose":3,)"
+            R"("reorder":4})");
+  EXPECT_EQ(command("kpi data=0102 --reorder --headerless --no-wait"),
+            R"({"command":"kpi","reorder":2,"headerless":true,"wait":false,"data":"0102"})");
+  EXPECT_EQ(command("kpi data=00 --header 0xFFFFFFFF"),
+            R"({"command":"kpi","header":4294967295,"data":"00"})");
+  EXPECT_EQ(command("kpi --file log").find(R"({"command":"kpi","file":"/)"), 0U);
+  EXPECT_EQ(command("kpi --package 7"), "modem kpi: give --file LOG or data=HEX");
+  EXPECT_EQ(command("kpi --file"), "modem: --file wants a file");
+  EXPECT_EQ(command("kpi data=00 --header 1"), "modem: --header wants eight hex digits");
+  EXPECT_EQ(command("kpi data=00 --lose x"), "modem: --lose wants a number");
+}
+
+TEST(ModemWords, KpiRecordsAreOnePacketWithAHeaderWord) {
+  EXPECT_EQ(command("kpi-record 02C0FFEE 0011 --package 5"),
+            R"({"command":"kpi_packet","header":46202862,"data":"0011","package":5})");
+  EXPECT_EQ(command("kpi-record 06C0FFEE"), R"({"command":"kpi_packet","header":113311726})");
+  EXPECT_EQ(command("kpi-record 2"), "modem kpi-record: give a header word, such as 02C0FFEE");
+  EXPECT_EQ(command("kpi-packet package=7 sequence=2 last=false data=00"),
+            R"({"command":"kpi_packet","package":7,"sequence":2,"last":false,"data":"00"})");
+}
+
+TEST(ModemWords, SavesAreAskedForByCount) {
+  EXPECT_EQ(command("hob-save"), R"({"command":"hob_save"})");
+  EXPECT_EQ(command("hob-save --count 2 --no-wait"),
+            R"({"command":"hob_save","count":2,"wait":false})");
+  EXPECT_EQ(command("hob"), R"({"command":"hob"})");
+}
+
 TEST(ModemWords, FaultsHaveAKind) {
   EXPECT_EQ(command("fault error message=element_read error=0x30 times=1"),
             R"({"command":"fault","kind":"error","message":"element_read","error":48,"times":1})");
@@ -80,8 +111,8 @@ TEST(ModemWords, WrongWordsAreRefused) {
             "modem indicate: give an indication's name, such as notify or pfp");
   EXPECT_EQ(command("indicate a=1"),
             "modem indicate: give an indication's name, such as notify or pfp");
-  EXPECT_EQ(command("indicate pfp --count"), "modem indicate: --count wants a number");
-  EXPECT_EQ(command("indicate pfp --count x"), "modem indicate: --count wants a number");
+  EXPECT_EQ(command("indicate pfp --count"), "modem: --count wants a number");
+  EXPECT_EQ(command("indicate pfp --count x"), "modem: --count wants a number");
   EXPECT_EQ(command("indicate pfp rat"), "modem: 'rat' is not key=value");
   EXPECT_EQ(command("fault times=1"), "modem fault: give a kind, such as silent, delay or error");
   EXPECT_EQ(command("service nas"),

@@ -62,6 +62,15 @@ TEST_F(SessionWith, WrongLinesAreToldWithTheirNumberAndTheSessionGoesOn) {
             "qorextctl: line 6: wait-unsol: give a number of frames and a number of seconds\n");
 }
 
+TEST_F(SessionWith, ALogLineThatDoesNotComeIsToldAfterItsTime) {
+  EXPECT_EQ(run("answer", "wait-log 'no such line' 2 0.01\nwait-log\nwait-log x 0\n"),
+            Outcome::transport);
+  std::string told = err_.str().substr(0, err_.str().find("qorextctl: line 3"));
+  EXPECT_EQ(told,
+            "qorextctl: line 1: 0 of 2 lines with 'no such line' came in the log\n"
+            "qorextctl: line 2: wait-log: give a text, a number of lines and of seconds\n");
+}
+
 TEST_F(SessionWith, APropertyIsWaitedForAndShown) {
   std::filesystem::path root =
       std::filesystem::temp_directory_path() / ("qorextctl_properties_" + std::to_string(getpid()));

@@ -1,0 +1,176 @@
+// The tool's words for failure and log capture: uploads, saves, the phone's root.
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <fstream>
+
+#include "command.h"
+#include "handset.h"
+#include "phone_files.h"
+
+namespace e2e {
+namespace {
+
+namespace fs = std::filesystem;
+
+using qorextctl::Deadline;
+using testing::Contains;
+using testing::HasSubstr;
+
+constexpr const char* kMerged = "vorn_update_current_log: update";
+constexpr size_t kPackageBytes = size_t{255} * 502;
+
+std::string content_of(const fs::path& path) {
+  std::ifstream file(path, std::ios::binary);
+  return {std::istreambuf_iterator<char>(file), {}};
+}
+
+// Bytes that repeat nowhere near a packet's size.
+std::string made_up_log(size_t size) {
+  std::string log(size, '\0');
+  uint32_t value = 1;
+  for (char& byte : log) {
+    value = value * 1664525 + 1013904223;
+    byte = static_cast<char>(value >> 24);
+  }
+  return log;
+}
+
+class Uploads : public testing::Test {
+ protected:
+  // Uploads the log and waits until its packages are in the current log file.
+  void upload(const std::string& log, const std::string& options, size_t packages) {
+    std::string path = handset.phone().folder() + "/upload";
+    std::ofstream(path, std::ios::binary) << log;
+    handset.modem().command("kpi --file " + path + " " + options);
+    wait_for_merges(packages);
+  }
+  void wait_for_merges(size_t count) {
+    for (; count != 0; --count) {
+      auto found = handset.daemon().log().find(kMerged, next_line_, Deadline::in(kPatience));
+      ASSERT_TRUE(found.has_value()) << count << " packages are missing";
+      next_line_ = *found + 1;
+    }
+  }
+  std::string current_log() {
+    std::string folder = handset.phone().folder();
+    return content_of(folder + fs::read_symlink(folder + "/data/vorn/.0001").string());
+  }
+
+  Handset handset;
+
+ private:
+  size_t next_line_ = 0;
+};
+
+TEST_F(Uploads, ALogOfOnePackageArrivesByteForByte) {
+  std::string log = made_up_log(kPackageBytes);
+  upload(log, "--package 7", 1);
+  EXPECT_EQ(current_log(), log);
+}
+
+TEST_F(Uploads, ALongerLogArrivesInPackagesOneBehindTheOther) {
+  std::string log = made_up_log(2 * kPackageBytes + 1);
+  upload(log, "--package 255", 3);
+  EXPECT_EQ(current_log(), log);
+  auto texts = handset.log().texts();
+  for (const char* id : {"255", "0", "1"}) {
+    EXPECT_THAT(texts, Contains(std::string("vornIndHndlr: received the last pkg of ") + id));
+  }
+}
+
+TEST_F(Uploads, PackagesWithoutHeaderKeepEveryByte) {
+  constexpr size_t kOneByteTooMany = 255 * 5 + 1;  // the last package would be too short
+  std::string log = made_up_log(kOneByteTooMany);
+  upload(log, "--headerless --packet-size 5", 2);
+  EXPECT_EQ(current_log(), log);
+}
+
+TEST_F(Uploads, ALostPacketTakesTheOneBehindItAlong) {
+  upload("aabbccddeeff", "--packet-size 2 --lose 3", 1);
+  EXPECT_EQ(current_log(), "aabbeeff");
+}
+
+TEST_F(Uploads, TheModemServesRequestsMeanwhile) {
+  std::string log = made_up_log(20 * kPackageBytes);
+  std::string path = handset.phone().folder() + "/upload";
+  std::ofstream(path, std::ios::binary) << log;
+  handset.modem().command("kpi --no-wait --file " + path);
+  handset.serve(cdma(0x020000BD, le32(42)));
+  EXPECT_EQ(handset.modem().value("state", "/state/carrier/bsr_timer"), "42");
+  wait_for_merges(20);
+  EXPECT_EQ(current_log(), log);
+}
+
+TEST(Saves, TheBlockComesIntoThePartition) {
+  Handset handset;
+  handset.modem().command("hob-save");
+  std::string folder = handset.phone().folder();
+  std::string partition = content_of(folder + qorextctl::kHobPartition);
+  auto block = qorextctl::hob_content(1);
+  EXPECT_EQ(partition.substr(0, block.size()), std::string(block.begin(), block.end()));
+  EXPECT_EQ(handset.modem().value("hob", "/states/1"), "saved");
+}
+
+// A root that stays between runs.
+class KeptRoot : public testing::Test {
+ protected:
+  CommandResult run(const std::string& words) {
+    return run_command("$BIN/qorextctl --phone-root " + phone.folder() + " " + words);
+  }
+  // Lines for a daemon that has come to serve requests.
+  CommandResult play(const std::string& lines) {
+    return run("session <<END\nwait-log 'waiting for data'\n" + lines + "\nEND");
+  }
+
+  PhoneRoot phone{PhoneRoot::bare};
+};
+
+TEST_F(KeptRoot, IsPreparedOverAndOverAndKeepsWhatWasSaved) {
+  EXPECT_EQ(run("phone").status, 0);
+  EXPECT_EQ(play("modem hob-save").status, 0);
+  EXPECT_THAT(run("phone show").output, HasSubstr("hand-off-block:  saved"));
+  EXPECT_EQ(run("phone prepare").status, 0);
+  EXPECT_THAT(run("phone show").output, HasSubstr("hand-off-block:  saved"));
+  EXPECT_EQ(run("phone prepare --hob-seed 2").status, 0);
+  EXPECT_THAT(run("phone show").output, HasSubstr("hand-off-block:  not saved"));
+}
+
+// After a crash, and only then, the modem is told to verify the SIM PIN by itself.
+TEST_F(KeptRoot, SaysWhatTheDaemonFindsAtItsStart) {
+  constexpr const char* kNotice = "\"message\": \"utils\"";
+  const std::pair<const char*, bool> kBoots[] = {
+      {"phone", false},
+      {"phone --powerup-reason 0x00020000", true},
+      {"phone --modem-restarts 2", true},
+      {"phone --modem-restarts none --ssr-reason fatal", true},
+  };
+  for (const auto& [words, notifies] : kBoots) {
+    SCOPED_TRACE(words);
+    EXPECT_EQ(run(words).status, 0);
+    bool notified = play("modem requests").output.find(kNotice) != std::string::npos;
+    EXPECT_EQ(notified, notifies);
+  }
+}
+
+TEST_F(KeptRoot, ShowsLogsToAScript) {
+  EXPECT_EQ(play("modem kpi data=0102030405\nwait-log succeed").status, 0);
+  std::string shown = run("--json phone show").output;
+  EXPECT_THAT(shown, HasSubstr(R"("resolves":"yes")"));
+  EXPECT_THAT(shown, HasSubstr(R"("use":"current","size":5,"mode":"0660")"));
+  EXPECT_THAT(shown, HasSubstr(R"("dropbox":[],"hand_off_block":"no block in the RAM")"));
+}
+
+TEST_F(KeptRoot, ASaveThatFailsEndsWithStatusOne) {
+  CommandResult result = play("modem hob-save");
+  EXPECT_EQ(result.status, 1);
+  EXPECT_THAT(result.output, HasSubstr(R"("failed")"));
+}
+
+TEST(PhoneCommand, WantsToKnowWhichPhone) {
+  EXPECT_EQ(run_command("$BIN/qorextctl phone show").status, 2);
+}
+
+}  // namespace
+}  // namespace e2e

@@ -1,0 +1,149 @@
+#include "kpi_upload.h"
+
+#include "control.h"
+#include "modem_test.h"
+
+namespace {
+
+using modem::Bytes;
+using modem::KpiUpload;
+using modem::UploadOptions;
+using modem::UploadPlan;
+using nlohmann::json;
+using ::testing::HasSubstr;
+
+// The packets of an upload as hex, without their sizes: "PPSSLL:PAYLOAD ...".
+std::string packets_of(const UploadOptions& options) {
+  KpiUpload upload(options);
+  std::string texts;
+  while (auto packet = upload.next()) {
+    auto header = qmi_idl::load_header(*packet);
+    json fields = modem::fields_of(modem::qorext_service(), *header,
+                                   std::span<const uint8_t>(*packet).subspan(qmi_idl::kHeaderSize));
+    EXPECT_EQ(fields["type"], 1);
+    std::string data = fields["data"];
+    texts += data.substr(0, 6) + ":" + data.substr(12) + " ";
+  }
+  EXPECT_EQ(upload.progress()["state"], "done");
+  return texts;
+}
+
+TEST(KpiUploadPackets, BeginWithTheHeaderWordAndEndWithTheLastFlag) {
+  EXPECT_EQ(packets_of({.data = {1, 2, 3, 4, 5}, .package = 7, .packet_size = 2}),
+            "070100:eeffc0010102 070200:0304 070301:05 ");
+}
+
+TEST(KpiUploadPackets, StateTheirSizeWithTheHeaderWord) {
+  Bytes packet =
+      modem::kpi_indication(modem::KpiPacket{7, 1, true, modem::with_header(0x01C0FFEE, Bytes{9})});
+  Bytes wanted = {7, 1, 1, 0, 5, 0, 0xEE, 0xFF, 0xC0, 0x01, 9};
+  EXPECT_TRUE(std::equal(wanted.rbegin(), wanted.rend(), packet.rbegin()));
+}
+
+TEST(KpiUploadPackets, AreLostAndReorderedOnRequest) {
+  Bytes log = {0, 1, 2, 3, 4};
+  auto options = [&log](uint32_t lose, uint32_t reorder) {
+    return UploadOptions{.data = log, .packet_size = 1, .lose = lose, .reorder = reorder};
+  };
+  EXPECT_EQ(packets_of(options(3, 0)), "000100:eeffc00100 000200:01 000400:03 000501:04 ");
+  EXPECT_EQ(packets_of(options(0, 4)),
+            "000100:eeffc00100 000200:01 000300:02 000501:04 000400:03 ");
+}
+
+TEST(KpiUploadPackets, OfAHeaderlessLogHoldNothingButTheLog) {
+  EXPECT_EQ(packets_of({.data = {1, 2, 3, 4, 5, 6}, .is_headerless = true}),
+            "000101:010203040506 ");
+}
+
+TEST(KpiUploadPlan, EndsAPackageWithItsTwoHundredFiftyFifthPacket) {
+  UploadPlan plan({}, uint64_t{255} * 502 + 1);
+  EXPECT_EQ(plan.packets(), 256U);
+  EXPECT_EQ(plan.packages(), 2U);
+  auto last = plan.place(254);
+  EXPECT_EQ(last.package, 0U);
+  EXPECT_EQ(last.sequence, 255U);
+  EXPECT_TRUE(last.is_last);
+  auto next = plan.place(255);
+  EXPECT_EQ(next.package, 1U);
+  EXPECT_EQ(next.sequence, 1U);
+  EXPECT_TRUE(next.is_last);
+  EXPECT_EQ(next.offset, uint64_t{255} * 502);
+  EXPECT_EQ(next.size, 1U);
+}
+
+TEST(KpiUploadPlan, GivesAShortHeaderlessPackageAPacketOfTheOneBefore) {
+  UploadPlan plan({.packet_size = 8, .is_headerless = true}, uint64_t{255} * 8 + 4);
+  EXPECT_TRUE(plan.place(253).is_last);
+  EXPECT_EQ(plan.place(254).sequence, 1U);
+  EXPECT_EQ(plan.place(254).package, 1U);
+  EXPECT_FALSE(plan.place(254).is_last);
+  EXPECT_EQ(plan.place(255).sequence, 2U);
+  EXPECT_EQ(plan.place(255).size, 4U);
+  EXPECT_TRUE(plan.place(255).is_last);
+}
+
+TEST(KpiUploadPlan, RefusesWhatTheReceiverCouldNotTake) {
+  EXPECT_THROW(UploadPlan({.packet_size = 503}, 9), std::invalid_argument);
+  EXPECT_NO_THROW(UploadPlan({.packet_size = 506, .is_headerless = true}, 9));
+  EXPECT_THROW(UploadPlan({.packet_size = 4, .is_headerless = true}, 9), std::invalid_argument);
+  EXPECT_THROW(UploadPlan({.is_headerless = true}, 4), std::invalid_argument);
+  EXPECT_THROW(UploadPlan({.packet_size = 3, .lose = 4}, 9), std::invalid_argument);
+  EXPECT_THROW(UploadPlan({.packet_size = 3, .reorder = 3}, 9), std::invalid_argument);
+}
+
+class UploadCommands : public ModemTest {
+ protected:
+  json line(const std::string& text) { return json::parse(control.answer(text)); }
+
+  modem::Control control{simulator};
+};
+
+TEST_F(UploadCommands, AreTakenOneAfterTheOther) {
+  EXPECT_EQ(line(R"({"command":"kpi","data":"0102"})")["upload"], 1);
+  EXPECT_EQ(line(R"({"command":"kpi","data":"03"})")["upload"], 2);
+  while (auto* upload = simulator.uploads.current()) upload->next();
+  json list = line(R"({"command":"uploads"})")["uploads"];
+  ASSERT_EQ(list.size(), 2U);
+  EXPECT_EQ(list[0]["bytes"], 2);
+  EXPECT_EQ(list[1]["state"], "done");
+}
+
+TEST_F(UploadCommands, WantALog) {
+  EXPECT_EQ(line(R"({"command":"kpi"})")["ok"], false);
+  EXPECT_THAT(line(R"({"command":"kpi","file":"/no/such"})")["error"], HasSubstr("/no/such"));
+  EXPECT_THAT(line(R"({"command":"kpi","file":"/tmp"})")["error"], HasSubstr("no file"));
+  EXPECT_EQ(simulator.uploads.current(), nullptr);
+}
+
+TEST_F(UploadCommands, TellAFailureAndGoOnWithTheNext) {
+  line(R"({"command":"kpi","data":"0102"})");
+  line(R"({"command":"kpi","data":"03"})");
+  simulator.uploads.current()->fail("the client has gone");
+  json list = line(R"({"command":"uploads"})")["uploads"];
+  EXPECT_EQ(list[0]["state"], "failed");
+  EXPECT_EQ(list[0]["error"], "the client has gone");
+  EXPECT_NE(simulator.uploads.current(), nullptr);
+}
+
+TEST_F(UploadCommands, ASinglePacketIsComposedAtWill) {
+  line(R"({"command":"kpi_packet","package":9,"sequence":4,"last":false,"data":"aa"})");
+  line(R"({"command":"kpi_packet","header":46202862,"data":"bb"})");
+  auto due = actions();
+  ASSERT_EQ(due.size(), 2U);
+  EXPECT_EQ(due[0].kind, Action::Kind::broadcast);
+  EXPECT_EQ(fields_of(modem::qorext_service(), due[0].packet)["data"], "090400000100aa");
+  EXPECT_EQ(fields_of(modem::qorext_service(), due[1].packet)["data"], "000101000500eeffc002bb");
+}
+
+TEST_F(UploadCommands, SavesTellHowManyAnswersCameBefore) {
+  ask_qorext("hob", {{"state", 0xFF}});
+  ask_qorext("hob", {{"state", 1}});
+  EXPECT_EQ(line(R"({"command":"hob_save","count":2})")["answers"], 1);
+  EXPECT_EQ(actions().size(), 2U);
+  ask_qorext("hob", {{"state", 0}});
+  json told = line(R"({"command":"hob"})");
+  EXPECT_EQ(told["states"], (json{"ready", "saved", "failed"}));
+  EXPECT_EQ(told["answers"], 2);
+}
+
+}  // namespace
