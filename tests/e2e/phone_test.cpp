@@ -8,6 +8,7 @@
 #include "command.h"
 #include "handset.h"
 #include "phone_files.h"
+#include "vorn.h"
 
 namespace e2e {
 namespace {
@@ -24,17 +25,6 @@ constexpr size_t kPackageBytes = size_t{255} * 502;
 std::string content_of(const fs::path& path) {
   std::ifstream file(path, std::ios::binary);
   return {std::istreambuf_iterator<char>(file), {}};
-}
-
-// Bytes that repeat nowhere near a packet's size.
-std::string made_up_log(size_t size) {
-  std::string log(size, '\0');
-  uint32_t value = 1;
-  for (char& byte : log) {
-    value = value * 1664525 + 1013904223;
-    byte = static_cast<char>(value >> 24);
-  }
-  return log;
 }
 
 class Uploads : public testing::Test {
@@ -101,6 +91,24 @@ TEST_F(Uploads, TheModemServesRequestsMeanwhile) {
   EXPECT_EQ(handset.modem().value("state", "/state/carrier/bsr_timer"), "42");
   wait_for_merges(20);
   EXPECT_EQ(current_log(), log);
+}
+
+// A log is deleted when it is neither the current nor the previous one any more, so that they are
+// looked at after each of two rotations.
+TEST_F(Uploads, SixtyFourMebibytesArriveByteForByteOverTheRotations) {
+  constexpr size_t kLogLimit = 31457280;
+  constexpr size_t kFirstPart = size_t{40} << 20;
+  VornFolder vorn(handset.phone());
+  std::string log = made_up_log(size_t{64} << 20);
+  upload(log.substr(0, kFirstPart), "", (kFirstPart - 1) / kPackageBytes + 1);
+  std::string first = vorn.content(vorn.linked(2));
+  std::string second = vorn.content(vorn.linked(1));
+  EXPECT_LT(first.size(), kLogLimit);
+  EXPECT_GE(first.size() + kPackageBytes, kLogLimit);
+  EXPECT_TRUE(first + second == log.substr(0, kFirstPart));
+
+  upload(log.substr(kFirstPart), "", (log.size() - kFirstPart - 1) / kPackageBytes + 1);
+  EXPECT_TRUE(first + vorn.content(vorn.linked(2)) + vorn.content(vorn.linked(1)) == log);
 }
 
 TEST(Saves, TheBlockComesIntoThePartition) {

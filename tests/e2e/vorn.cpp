@@ -9,7 +9,7 @@
 #include <ctime>
 #include <filesystem>
 #include <fstream>
-#include <iterator>
+#include <sstream>
 #include <system_error>
 
 namespace e2e {
@@ -37,6 +37,16 @@ void upload(ModemProcess& modem, const KpiPacket& packet) {
 
 void upload_log(ModemProcess& modem, unsigned package, const std::string& text) {
   upload(modem, {package, 1, true, le32(kLogHeader) + characters(text)});
+}
+
+std::string made_up_log(size_t size) {
+  std::string log(size, '\0');
+  uint32_t value = 1;
+  for (char& byte : log) {
+    value = value * 1664525 + 1013904223;
+    byte = static_cast<char>(value >> 24);
+  }
+  return log;
 }
 
 VornFolder::VornFolder(const PhoneRoot& phone)
@@ -74,8 +84,9 @@ std::set<std::string> VornFolder::names() const {
 bool VornFolder::has(const std::string& name) const { return fs::exists(path(name)); }
 
 std::string VornFolder::content(const std::string& name) const {
-  std::ifstream file(path(name), std::ios::binary);
-  return {std::istreambuf_iterator<char>(file), {}};
+  std::ostringstream content;
+  content << std::ifstream(path(name), std::ios::binary).rdbuf();
+  return std::move(content).str();
 }
 
 bool VornFolder::begins_with(const std::string& name, const std::string& text) const {
