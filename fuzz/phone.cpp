@@ -234,8 +234,8 @@ int __wrap_pthread_cond_timedwait(pthread_cond_t*, pthread_mutex_t*, const times
 
 // The product's only thread runs at once: what it reads of the input comes in a fixed order.
 int __real_pthread_create(pthread_t*, const pthread_attr_t*, void* (*)(void*), void*);
-int __wrap_pthread_create(pthread_t* thread, const pthread_attr_t* attributes,
-                          void* (*body)(void*), void* argument) {
+int __wrap_pthread_create(pthread_t* thread, const pthread_attr_t* attributes, void* (*body)(void*),
+                          void* argument) {
   if (body != dhob_write) return __real_pthread_create(thread, attributes, body, argument);
   dhob_write(argument);
   return 0;

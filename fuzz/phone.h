@@ -42,7 +42,7 @@ class Phone {
   void draw(std::span<uint8_t> room);
 
   FuzzedDataProvider& input;
-  std::vector<Bytes> replies;      // every frame that was written, also those whose write failed
+  std::vector<Bytes> replies;  // every frame that was written, also those whose write failed
   std::vector<Bytes> unsolicited;
   std::map<std::string, std::string> properties;  // as the product set them
 

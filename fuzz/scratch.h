@@ -11,8 +11,7 @@ class Scratch {
  public:
   Scratch() {
     const std::filesystem::path memory = "/dev/shm";
-    auto parent =
-        std::filesystem::exists(memory) ? memory : std::filesystem::temp_directory_path();
+    auto parent = std::filesystem::exists(memory) ? memory : std::filesystem::temp_directory_path();
     std::string name = parent / "qorext-fuzz-XXXXXX";
     if (mkdtemp(name.data()) == nullptr) abort();
     root_ = name;
