@@ -38,8 +38,9 @@ bool is_safe_folder(const std::string& folder) {
 }  // namespace
 
 ElfFile::ElfFile(const std::string& path) {
-  std::ifstream file(path, std::ios::binary);
-  content_.assign(std::istreambuf_iterator<char>(file), {});
+  std::ifstream file(path, std::ios::binary | std::ios::ate);
+  if (file) content_.resize(static_cast<size_t>(file.tellg()));
+  file.seekg(0).read(content_.data(), static_cast<std::streamsize>(content_.size()));
   bool is_elf = content_.size() > sizeof(Elf64_Ehdr) && starts_with(content_, ELFMAG) &&
                 content_[EI_CLASS] == ELFCLASS64;
   if (!is_elf) throw std::runtime_error(path + " is no ELF file");

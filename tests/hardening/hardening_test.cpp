@@ -36,7 +36,7 @@ TEST_P(Hardening, IsMissedInAProgramWithoutIt) {
 }
 
 INSTANTIATE_TEST_SUITE_P(Properties, Hardening, testing::ValuesIn(kProperties),
-                         [](const auto& info) { return std::string(info.param.name); });
+                         [](const auto& one) { return std::string(one.param.name); });
 
 // Only the daemon has frames of more than a page.
 TEST(StackClashProtection, TouchesEveryPageOfALargeFrame) {
