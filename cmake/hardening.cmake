@@ -1,5 +1,17 @@
 # What makes a memory error harder to use: in everything that is built to be run, except in builds
 # with sanitizers, whose own checks it would get in the way of.
+
+# Indirect calls may only arrive at functions of the right type (clang; needs link-time optimization
+# and lld). For the daemon's objects: what the phone's libraries call back is not checked by these.
+option(QOREXT_CFI "check indirect calls of the daemon" OFF)
+
+function(check_indirect_calls target)
+  if(QOREXT_CFI)
+    target_compile_options(${target} PRIVATE -flto=thin -fsanitize=cfi)
+    target_link_options(${target} PUBLIC -flto=thin -fsanitize=cfi -fuse-ld=lld)
+  endif()
+endfunction()
+
 if(QOREXT_SANITIZE OR QOREXT_COVERAGE)
   return()
 endif()
