@@ -26,6 +26,9 @@ constexpr std::string_view kTargets[] = {
 };
 constexpr size_t kTargetSize = 4;
 
+// In the names of functions that only checked calls lead to.
+constexpr char kCheckedTarget[] = ".cfi";
+
 bool starts_with(const std::string& text, std::string_view start) {
   return text.compare(0, start.size(), start) == 0;
 }
@@ -91,17 +94,18 @@ std::vector<std::string> ElfFile::imports() const {
   return imported;
 }
 
-std::string ElfFile::code_of(const std::string& function, size_t size) const {
+std::vector<Elf64_Sym> ElfFile::functions() const {
   const Elf64_Shdr* symbols = section(SHT_SYMTAB, ".symtab");
-  const Elf64_Shdr* names = section(SHT_STRTAB, ".strtab");
-  const Elf64_Shdr* text = section(SHT_PROGBITS, ".text");
-  if (symbols == nullptr || names == nullptr || text == nullptr) return {};
+  std::vector<Elf64_Sym> found;
+  if (symbols == nullptr) return found;
   const auto* first = at<Elf64_Sym>(symbols->sh_offset);
-  for (size_t i = 0; i < symbols->sh_size / sizeof *first; ++i) {
-    if (text_at(*names, first[i].st_name) != function) continue;
-    return content_.substr(first[i].st_value - text->sh_addr + text->sh_offset, size);
-  }
-  return {};
+  std::copy_if(first, first + symbols->sh_size / sizeof *first, std::back_inserter(found),
+               [](const Elf64_Sym& each) { return ELF64_ST_TYPE(each.st_info) == STT_FUNC; });
+  return found;
+}
+
+std::string ElfFile::name_of(const Elf64_Sym& function) const {
+  return text_at(*section(SHT_STRTAB, ".strtab"), function.st_name);
 }
 
 bool ElfFile::is_position_independent() const {
@@ -148,8 +152,21 @@ bool ElfFile::probes_large_frames() const {
 }
 
 bool ElfFile::marks_branch_targets() const {
-  std::string start = code_of("main", kTargetSize);
-  return std::find(std::begin(kTargets), std::end(kTargets), start) != std::end(kTargets);
+  const Elf64_Shdr* text = section(SHT_PROGBITS, ".text");
+  for (const Elf64_Sym& function : functions()) {
+    if (name_of(function) != "main") continue;
+    std::string_view start(at<char>(function.st_value - text->sh_addr + text->sh_offset),
+                           kTargetSize);
+    return std::find(std::begin(kTargets), std::end(kTargets), start) != std::end(kTargets);
+  }
+  return false;
+}
+
+bool ElfFile::guards_indirect_branches() const {
+  auto all = functions();
+  return marks_branch_targets() || std::any_of(all.begin(), all.end(), [this](const auto& each) {
+           return name_of(each).find(kCheckedTarget) != std::string::npos;
+         });
 }
 
 bool ElfFile::has_safe_library_path() const {

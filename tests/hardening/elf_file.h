@@ -17,7 +17,7 @@ class ElfFile {
   bool has_stack_protector() const;
   bool has_fortified_calls() const;
   bool probes_large_frames() const;
-  bool marks_branch_targets() const;
+  bool guards_indirect_branches() const;  // by marked targets, or by checked calls
   // Every folder that libraries are searched in is the system's or next to the file itself.
   bool has_safe_library_path() const;
 
@@ -33,7 +33,9 @@ class ElfFile {
   std::vector<Elf64_Dyn> dynamic() const;
   uint64_t dynamic_flags(int64_t tag) const;
   std::vector<std::string> imports() const;
-  std::string code_of(const std::string& function, size_t size) const;
+  std::vector<Elf64_Sym> functions() const;
+  std::string name_of(const Elf64_Sym& function) const;
+  bool marks_branch_targets() const;
 
   std::string content_;
 };

@@ -17,7 +17,7 @@ const Property kProperties[] = {
     {"HasAStackThatIsNotExecutable", &ElfFile::has_plain_stack},
     {"HasAStackProtector", &ElfFile::has_stack_protector},
     {"ChecksTheRoomOfLibraryCalls", &ElfFile::has_fortified_calls},
-    {"MarksBranchTargets", &ElfFile::marks_branch_targets},
+    {"GuardsIndirectBranches", &ElfFile::guards_indirect_branches},
     {"SearchesLibrariesInSafeFoldersOnly", &ElfFile::has_safe_library_path},
 };
 
