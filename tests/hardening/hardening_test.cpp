@@ -2,6 +2,8 @@
 // built without it, so that a question that no file could fail is noticed.
 #include <gtest/gtest.h>
 
+#include <ostream>
+
 #include "elf_file.h"
 
 namespace {
@@ -10,6 +12,11 @@ struct Property {
   const char* name;
   bool (ElfFile::*holds)() const;
 };
+
+// The addresses differ from run to run, and ctest knows tests by this.
+std::ostream& operator<<(std::ostream& out, const Property& property) {
+  return out << property.name;
+}
 
 const Property kProperties[] = {
     {"IsPositionIndependent", &ElfFile::is_position_independent},
