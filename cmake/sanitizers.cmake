@@ -1,7 +1,8 @@
 # QOREXT_SANITIZE is a -fsanitize= list (for example "address,undefined"); QOREXT_COVERAGE counts
-# lines and branches. The presets set both.
+# lines and branches; QOREXT_FUZZ adds the fuzz targets. The presets set them.
 set(QOREXT_SANITIZE "" CACHE STRING "sanitizers to build with")
 option(QOREXT_COVERAGE "count covered lines" OFF)
+option(QOREXT_FUZZ "build the fuzz targets" OFF)
 
 if(QOREXT_SANITIZE)
   add_compile_options(-fsanitize=${QOREXT_SANITIZE} -fno-sanitize-recover=all

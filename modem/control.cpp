@@ -15,6 +15,7 @@ namespace {
 
 using nlohmann::json;
 
+constexpr uint32_t kMaxIntervalMs = 3600000;  // so that the last of a burst has a time of its own
 constexpr size_t kMaxName = 64;
 
 struct CommandError : std::invalid_argument {
@@ -57,7 +58,7 @@ void describe(Archive& archive, IndicateArguments& arguments) {
                   "indication");
   archive.raw("fields", arguments.burst.fields);
   archive.number("count", arguments.burst.count, 0, kMaxBurst);
-  archive.number("interval_ms", arguments.interval_ms);
+  archive.number("interval_ms", arguments.interval_ms, 0, kMaxIntervalMs);
   arguments.burst.interval = milliseconds(arguments.interval_ms);
 }
 

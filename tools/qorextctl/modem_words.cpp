@@ -39,11 +39,13 @@ Json typed_value(const std::string& key, const std::string& text) {
   return parsed.is_discarded() ? Json(text) : parsed;
 }
 
-// "lte.mcc" names the member mcc of the table lte.
-void put(Json& object, const std::string& path, const std::string& text) {
+// "lte.mcc" names the member mcc of the table lte; false when lte is a value already.
+bool put(Json& object, const std::string& path, const std::string& text) {
+  if (!object.is_object() && !object.is_null()) return false;
   size_t dot = path.find('.');
   if (dot != std::string::npos) return put(object[path.substr(0, dot)], path.substr(dot + 1), text);
   object[path] = typed_value(path, text);
+  return true;
 }
 
 Error wrong_pair(const std::string& word) {
@@ -55,7 +57,9 @@ Result<Json> with_pairs(Json object, Words words) {
   for (const std::string& word : words) {
     size_t equals = word.find('=');
     if (equals == std::string::npos || equals == 0) return wrong_pair(word);
-    put(object, json_key(word.substr(0, equals)), word.substr(equals + 1));
+    if (!put(object, json_key(word.substr(0, equals)), word.substr(equals + 1))) {
+      return usage_error(fmt::format("modem: '{}' names a member of what has a value", word));
+    }
   }
   return object;
 }

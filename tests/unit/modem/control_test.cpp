@@ -142,6 +142,15 @@ TEST_F(ControlLines, IndicationsMayComeAtIntervals) {
   EXPECT_EQ(actions(std::chrono::seconds(121)).size(), 1U);
 }
 
+TEST_F(ControlLines, TheLongestBurstEndsInTheFuture) {
+  command({{"command", "indicate"},
+           {"indication", "notify"},
+           {"count", 100000},
+           {"interval_ms", 3600000}});
+  EXPECT_EQ(actions().size(), 1U);
+  EXPECT_EQ(actions(std::chrono::hours(100000)).size(), 99999U);
+}
+
 TEST_F(ControlLines, EveryIndicationCanBeSentWithoutFields) {
   for (const auto& message : modem::qorext_service().messages) {
     if (message.direction != qmi_idl::Direction::indication) continue;
@@ -155,6 +164,9 @@ TEST_F(ControlLines, WrongIndicationsAreRefused) {
             "unknown indication \"nothing\"");
   EXPECT_EQ(error_of({{"command", "indicate"}, {"indication", "notify"}, {"count", 100001}}),
             "count: wants a number from 0 to 100000");
+  // A hundred thousand of longer intervals would end behind the clock's last moment.
+  EXPECT_EQ(error_of({{"command", "indicate"}, {"indication", "notify"}, {"interval_ms", 3600001}}),
+            "interval_ms: wants a number from 0 to 3600000");
   EXPECT_EQ(error_of({{"command", "indicate"}, {"indication", "utils"}, {"fields", {{"x", 1}}}}),
             "utils: unknown field \"x\"");
   EXPECT_TRUE(actions().empty());

@@ -88,6 +88,14 @@ TEST(ModemWords, ServicesGoUpAndDown) {
   EXPECT_EQ(command("service qorext up"), R"({"command":"service","name":"qorext","up":true})");
 }
 
+TEST(ModemWords, AValueHasNoMembers) {
+  EXPECT_EQ(command("set lte=1 lte.mcc=2"),
+            "modem: 'lte.mcc=2' names a member of what has a value");
+  EXPECT_EQ(command("set lte.mcc=1 lte.mcc.x=2"),
+            "modem: 'lte.mcc.x=2' names a member of what has a value");
+  EXPECT_EQ(command("nv 28 rde_id.x=1"), "modem: 'rde_id.x=1' names a member of what has a value");
+}
+
 TEST(ModemWords, StateIsSetByPath) {
   EXPECT_EQ(command("set lte.mcc=310 lte.mnc=4 settings.spc=123456 flag=true"),
             R"({"command":"set","state":{"lte":{"mcc":310,"mnc":4},"settings":{"spc":"123456"},)"

@@ -1,0 +1,68 @@
+// Hexadecimal text: the product's writer and reader, and the readers of simulated modem and tool.
+#include <algorithm>
+#include <memory>
+
+#include "bytes.h"
+#include "carrier/engineering_text.h"
+#include "host/hex.h"
+#include "phone.h"
+#include "qmi_json/hex.h"
+#include "require.h"
+
+namespace {
+
+using fuzz::Bytes;
+
+constexpr size_t kMostRecord = 512;
+constexpr size_t kMostText = 1024;
+
+// Memory that ends with the last byte asked for.
+struct Exactly {
+  explicit Exactly(size_t size) : bytes(new uint8_t[size]), size(size) {}
+  std::unique_ptr<uint8_t[]> bytes;
+  size_t size;
+};
+
+void check_there_and_back(const Bytes& bytes) {
+  Exactly text(2 * bytes.size() + 1);
+  toHexString(bytes.size(), bytes.data(), reinterpret_cast<char*>(text.bytes.get()));
+  std::string digits(reinterpret_cast<char*>(text.bytes.get()));
+  FUZZ_REQUIRE(digits.size() == 2 * bytes.size());
+
+  Exactly record(bytes.size());
+  hexstr_to_bin(text.bytes.get(), digits.size(), record.bytes.get(), record.size);
+  FUZZ_REQUIRE(std::equal(bytes.begin(), bytes.end(), record.bytes.get()));
+  FUZZ_REQUIRE(qmi_json::from_hex(digits) == bytes);
+  FUZZ_REQUIRE(qorextctl::parse_hex(digits) == bytes);
+  FUZZ_REQUIRE(qorextctl::to_hex(bytes) == digits);
+  FUZZ_REQUIRE(qmi_json::from_hex(qmi_json::to_hex(bytes)) == bytes);
+}
+
+// Whatever the text is, it fills no more of the record than it has pairs of characters.
+void check_any_text(const Bytes& text, size_t record_size) {
+  constexpr uint8_t kUntouched = 0xA5;
+  Exactly record(record_size);
+  std::fill_n(record.bytes.get(), record_size, kUntouched);
+  hexstr_to_bin(text.data(), text.size(), record.bytes.get(), record_size);
+  for (size_t i = (text.size() + 1) / 2; i < record_size; ++i) {
+    FUZZ_REQUIRE(record.bytes[i] == kUntouched);
+  }
+  std::string characters(text.begin(), text.end());
+  auto read = qmi_json::from_hex(characters);
+  FUZZ_REQUIRE(!read || 2 * read->size() <= text.size());
+  auto parsed = qorextctl::parse_hex(characters);
+  FUZZ_REQUIRE(!parsed || 2 * parsed->size() <= text.size());
+}
+
+}  // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
+  FuzzedDataProvider input(data, size);
+  fuzz::Phone phone(input);
+  auto record_size = input.ConsumeIntegralInRange<size_t>(0, kMostRecord);
+  Bytes text = input.ConsumeBytes<uint8_t>(input.ConsumeIntegralInRange<size_t>(0, kMostText));
+  check_any_text(text, record_size);
+  hexDump(text.data(), text.size());
+  check_there_and_back(input.ConsumeRemainingBytes<uint8_t>());
+  return 0;
+}

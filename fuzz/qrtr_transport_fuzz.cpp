@@ -1,0 +1,158 @@
+// The QRTR transport on scripted sockets: every packet, its sender and every failure is drawn from
+// the input.
+#include <errno.h>
+#include <fuzzer/FuzzedDataProvider.h>
+#include <libqrtr.h>
+#include <sys/eventfd.h>
+#include <sys/socket.h>
+
+#include "qmi_transport/control.h"
+#include "qmi_transport/implementations.h"
+#include "require.h"
+
+namespace {
+
+using namespace qmi_transport;
+using Bytes = std::vector<uint8_t>;
+
+constexpr size_t kMostSteps = 60;
+constexpr size_t kMostSent = 64;
+constexpr uint32_t kNodes = 2;
+constexpr uint32_t kPorts = 5;
+constexpr uint32_t kServices[] = {2, 3, 0xE1};
+constexpr uint32_t kVersion = 1;
+constexpr uint32_t kControlTypes[] = {QRTR_TYPE_NEW_SERVER, QRTR_TYPE_DEL_SERVER,
+                                      QRTR_TYPE_DEL_CLIENT, QRTR_TYPE_BYE, QRTR_TYPE_NEW_LOOKUP};
+constexpr int kErrors[] = {EAGAIN, EPIPE, ENODEV, ENETRESET, EHOSTUNREACH, EBADF, ENOMEM};
+
+FuzzedDataProvider* g_input = nullptr;
+
+FuzzedDataProvider& input() { return *g_input; }
+
+// Sets errno, if the input wants a failure.
+bool fails() {
+  if (!input().ConsumeBool()) return false;
+  errno = input().PickValueInArray(kErrors);
+  return true;
+}
+
+Bytes drawn_packet(uint32_t port) {
+  if (port != QRTR_PORT_CTRL || input().ConsumeBool()) {
+    return input().ConsumeBytes<uint8_t>(input().ConsumeIntegralInRange<size_t>(0, kMostSent));
+  }
+  auto packet = encode_control({input().PickValueInArray(kControlTypes),
+                                {.service = input().ConsumeIntegralInRange(0U, 3U),
+                                 .instance = input().ConsumeIntegralInRange(0U, 2U),
+                                 .node = input().ConsumeIntegralInRange(0U, kNodes),
+                                 .port = input().ConsumeIntegralInRange(0U, kPorts)}});
+  return {packet.begin(), packet.end()};
+}
+
+class ServerSide {
+ public:
+  ServerSide() : server_(qrtr_serve(std::chrono::milliseconds(0))) {}
+  explicit operator bool() const { return server_ != nullptr; }
+
+  void step() {
+    switch (input().ConsumeIntegralInRange(0, 5)) {
+      case 0:
+        server_->publish(input().PickValueInArray(kServices), kVersion);
+        return;
+      case 1:
+        server_->withdraw(input().PickValueInArray(kServices));
+        return;
+      case 2:
+        send_to_peers();
+        return;
+      default:
+        take_event();
+    }
+  }
+
+ private:
+  void take_event() {
+    static Bytes buffer(kMaxPacketSize);
+    ServerEvent event = server_->next(buffer);
+    if (event.kind == ServerEvent::Kind::nothing) return;
+    FUZZ_REQUIRE(event.size <= kMostSent);
+    FUZZ_REQUIRE(is_peer(event.service, event.peer) == (event.kind == ServerEvent::Kind::packet));
+  }
+
+  bool is_peer(uint32_t service, Peer peer) const {
+    auto peers = server_->peers(service);
+    return std::find(peers.begin(), peers.end(), peer) != peers.end();
+  }
+
+  void send_to_peers() {
+    const Bytes packet(input().ConsumeIntegralInRange<size_t>(0, kMostSent));
+    for (uint32_t service : kServices) {
+      for (Peer peer : server_->peers(service)) server_->send(peer, packet);
+    }
+  }
+
+  std::unique_ptr<Server> server_;
+};
+
+void check_watch() {
+  uint32_t service = input().ConsumeIntegralInRange(0U, 3U);
+  auto watch = qrtr_watch(service, kVersion);
+  for (size_t i = 0; watch != nullptr && i < kMostSteps; ++i) {
+    Announcement told{};
+    Status status = watch->next(told);
+    if (status == Status::gone || status == Status::failed) return;
+    if (status != Status::ok || told.kind == Announcement::Kind::end_of_list) continue;
+    FUZZ_REQUIRE(told.server.service == service && version_of(told.server.instance) == kVersion);
+  }
+}
+
+void check_channel() {
+  auto channel = qrtr_channel({1, kVersion, 1, 1});
+  if (channel == nullptr) return;
+  Bytes buffer(kMaxPacketSize);
+  for (Status status = Status::ok; status == Status::ok || status == Status::nothing;) {
+    Received received = channel->receive(buffer);
+    FUZZ_REQUIRE(received.size <= kMostSent);
+    status = input().remaining_bytes() > 0 ? received.status : Status::gone;
+  }
+  channel->send(buffer, Deadline::min());
+}
+
+}  // namespace
+
+// libqrtr's calls and the system's. A socket is an event that has happened: always readable.
+extern "C" {
+
+int __wrap_qrtr_open(int) { return fails() ? -1 : eventfd(1, EFD_CLOEXEC); }
+int __wrap_qrtr_new_lookup(int, uint32_t, uint16_t, uint16_t) { return fails() ? -1 : 0; }
+int __wrap_qrtr_publish(int, uint32_t, uint16_t, uint16_t) { return fails() ? -1 : 0; }
+int __wrap_qrtr_bye(int, uint32_t, uint16_t, uint16_t) { return fails() ? -1 : 0; }
+
+int __wrap_qrtr_recvfrom(int, void* buffer, unsigned int room, uint32_t* node, uint32_t* port) {
+  if (input().remaining_bytes() == 0) errno = ENETRESET;
+  if (input().remaining_bytes() == 0 || fails()) return -1;
+  *node = input().ConsumeIntegralInRange(0U, kNodes);
+  *port = input().ConsumeBool() ? QRTR_PORT_CTRL : input().ConsumeIntegralInRange(0U, kPorts);
+  const Bytes packet = drawn_packet(*port);
+  FUZZ_REQUIRE(packet.empty() || buffer != nullptr);
+  size_t size = std::min<size_t>(packet.size(), room);
+  if (size > 0) memcpy(buffer, packet.data(), size);
+  return static_cast<int>(size);
+}
+
+ssize_t __wrap_sendto(int, const void* packet, size_t size, int, const sockaddr* to, socklen_t) {
+  const Bytes sent(static_cast<const uint8_t*>(packet), static_cast<const uint8_t*>(packet) + size);
+  FUZZ_REQUIRE(to->sa_family == AF_QIPCRTR);
+  return fails() ? -1 : static_cast<ssize_t>(sent.size());
+}
+
+}  // extern "C"
+
+extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
+  FuzzedDataProvider from(data, size);
+  g_input = &from;
+  check_watch();
+  check_channel();
+  ServerSide server;
+  for (size_t i = 0; server && i < kMostSteps && from.remaining_bytes() > 0; ++i) server.step();
+  return 0;
+}

@@ -1,0 +1,130 @@
+// qorextctl: frames from a daemon that writes anything, and words from anybody.
+#include <fuzzer/FuzzedDataProvider.h>
+
+#include <sstream>
+
+#include "arguments.h"
+#include "exchange.h"
+#include "frames.h"
+#include "modem_control.h"
+#include "nam_record.h"
+#include "output.h"
+#include "require.h"
+#include "session.h"
+
+namespace {
+
+using namespace qorextctl;
+
+constexpr size_t kMostWords = 512;
+
+const Request& drawn_request(FuzzedDataProvider& input) {
+  auto all = catalogue();
+  return all[input.ConsumeIntegralInRange<size_t>(0, all.size() - 1)];
+}
+
+// Prints for people and for scripts; both must be able to take every frame.
+template <class Print>
+void check_output(Print print) {
+  std::ostringstream out;
+  std::ostringstream err;
+  Printer people(out, err, false);
+  people.show_hex(true);
+  print(people);
+  out.str("");
+  Printer scripts(out, err, true);
+  print(scripts);
+  std::string line = out.str();
+  FUZZ_REQUIRE(!line.empty() && line.find('\n') == line.size() - 1);
+  FUZZ_REQUIRE(Json::parse(line).is_object());
+}
+
+// Frames in pieces of any size: together they are the bytes that came.
+template <class SizeOf, class Check>
+void check_frames(View bytes, size_t piece, SizeOf size_of, Check check) {
+  FrameBuffer buffer;
+  Bytes seen;
+  for (size_t at = 0; at < bytes.size(); at += piece) {
+    buffer.append(part(bytes, at, piece));
+    while (auto frame = buffer.take(size_of)) {
+      seen.insert(seen.end(), frame->begin(), frame->end());
+      check(*frame);
+    }
+  }
+  Bytes rest = buffer.take_all();
+  seen.insert(seen.end(), rest.begin(), rest.end());
+  FUZZ_REQUIRE(seen == Bytes(bytes.begin(), bytes.end()));
+  check(rest);
+}
+
+void check_replies(FuzzedDataProvider& input) {
+  const Request& request = drawn_request(input);
+  auto piece = input.ConsumeIntegralInRange<size_t>(1, 4096);
+  Bytes bytes = input.ConsumeRemainingBytes<uint8_t>();
+  ReplyForm form = request.reply.form;
+  check_frames(
+      bytes, piece, [form](View pending) { return reply_size(pending, form); },
+      [&request, form](View frame) {
+        DecodedFrame reply = decode_reply(&request, form, request.id, frame);
+        check_output([&reply](Printer& printer) { printer.reply(reply, false); });
+      });
+}
+
+void check_unsolicited(FuzzedDataProvider& input) {
+  auto piece = input.ConsumeIntegralInRange<size_t>(1, 4096);
+  Bytes bytes = input.ConsumeRemainingBytes<uint8_t>();
+  check_frames(bytes, piece, unsolicited_size, [](View frame) {
+    DecodedFrame message = decode_unsolicited(frame);
+    check_output([&message](Printer& printer) { printer.unsolicited(message); });
+  });
+}
+
+void check_command(const std::vector<std::string>& words) {
+  auto command = parse_command(words, false);
+  if (!command) {
+    FUZZ_REQUIRE(!command.error().message.empty());
+    return;
+  }
+  Expected expected = expect_reply(command->bytes, command->request);
+  FUZZ_REQUIRE(command->bytes.size() <= kMostRequestBytes);
+  FUZZ_REQUIRE(expected.replies >= 0 && expected.replies <= 2);
+}
+
+// A record named on the command line is a file: not of the fuzzer's choosing.
+bool names_file(const std::vector<std::string>& words) {
+  return std::any_of(words.begin(), words.end(),
+                     [](const std::string& word) { return word.starts_with("json"); });
+}
+
+void check_words(FuzzedDataProvider& input) {
+  std::string line = input.ConsumeRandomLengthString(kMostWords);
+  auto words = split_line(line);
+  if (!words) return;
+  if (!names_file(*words)) check_command(*words);
+  if (auto modem = modem_command(*words)) {
+    FUZZ_REQUIRE(modem->is_object());
+    modem->dump(-1, ' ', false, Json::error_handler_t::replace);
+  }
+  if (auto raw = parse_raw(*words)) {
+    classify(*raw);
+    expect_reply(*raw, nullptr);
+  }
+  parse_record(line);
+}
+
+}  // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
+  FuzzedDataProvider input(data, size);
+  switch (input.ConsumeIntegralInRange(0, 2)) {
+    case 0:
+      check_replies(input);
+      break;
+    case 1:
+      check_unsolicited(input);
+      break;
+    default:
+      check_words(input);
+  }
+  return 0;
+}
