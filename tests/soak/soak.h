@@ -1,0 +1,91 @@
+// One daemon serves requests for as long as is wanted, while its modem misbehaves now and then and
+// reports by itself. Every reply and every unsolicited message is checked, and so is what the two
+// processes need of the system.
+#pragma once
+
+#include <chrono>
+#include <map>
+#include <memory>
+#include <optional>
+#include <string>
+
+#include "daemon.h"
+#include "families.h"
+#include "installation.h"
+#include "modem_process.h"
+#include "phone_root.h"
+#include "process_figures.h"
+#include "reports.h"
+
+namespace soak {
+
+struct Options {
+  uint32_t requests = 1000000;
+  uint32_t indications = 100000;
+  uint32_t seed = 1;
+};
+
+class Soak {
+ public:
+  explicit Soak(const Options& options);
+
+  // Stops at the first thing that is wrong.
+  void run();
+  void report() const;
+
+ private:
+  using Clock = std::chrono::steady_clock;
+
+  void start_daemon();
+  void serve_one();
+  void spoil_some(const Family& family);
+  void tell_spoiling();
+  void report_some();
+  void exchange(const Family& family, const Case& one);
+
+  // Reads what has come on the parent's pipes; waits for something until the deadline.
+  void read_pipes(qorextctl::Deadline deadline);
+  void check_messages();
+  void take_message(const Bytes& message);
+  // Until no more messages than these are still to come.
+  void wait_for_messages(size_t most);
+  // Until all indications have been acted on.
+  void wait_until_idle();
+
+  void look_at_processes();
+  e2e::ProcessFigures settled_figures(pid_t pid, size_t threads) const;
+  void check_end();
+  // All KPI packages that the daemon has stored.
+  Bytes current_log() const;
+  void show_progress();
+
+  Options options_;
+  Draws draws_;
+  ModemModel model_;
+  Parent parent_;
+  Bytes requested_table_;
+  uint32_t owed_tables_ = 0;
+
+  e2e::Installation installation_;
+  std::optional<e2e::PhoneRoot> phone_;
+  std::unique_ptr<e2e::ModemProcess> modem_;
+  std::unique_ptr<qorextctl::Daemon> daemon_;
+
+  uint32_t served_ = 0;
+  uint32_t indicated_ = 0;
+  std::map<std::string, uint32_t> families_;
+  std::map<std::string, uint32_t> spoilings_;
+  std::map<std::string, uint32_t> reports_;
+  Clock::time_point start_ = Clock::now();
+  Clock::time_point last_shown_ = start_;
+
+  struct Watched {
+    e2e::ProcessFigures first{};
+    e2e::ProcessFigures last{};
+    size_t most_resident = 0;
+  };
+  Watched daemon_figures_;
+  Watched modem_figures_;
+};
+
+}  // namespace soak
