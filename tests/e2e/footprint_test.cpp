@@ -3,14 +3,11 @@
 #include <gtest/gtest.h>
 
 #include <iostream>
-#include <optional>
 #include <set>
 #include <thread>
 
 #include "command.h"
-#include "handset.h"
-#include "installation.h"
-#include "process_figures.h"
+#include "watched_handset.h"
 
 namespace e2e {
 namespace {
@@ -48,24 +45,15 @@ TEST(Libraries, AreAllFound) {
   EXPECT_EQ(result.output.find("not found"), std::string::npos) << result.output;
 }
 
-class Footprint : public testing::Test {
+class Footprint : public WatchedHandset {
  protected:
   Footprint() {
-    become_radio_user();
-    handset.emplace(Handset::off);
-    handset->phone().use_programs(installation.programs());
-    handset->start_modem();
-    handset->start_daemon();
-    handset->wait_until_serving();
+    start_modem();
+    start_daemon();
     for (uint32_t id : {0x02000001U, 0x02000011U, 0x020000B0U, 0x020000C0U, 0x020000C1U}) {
       handset->serve(cdma(id));
     }
   }
-
-  pid_t pid() { return handset->daemon().process().pid(); }
-
-  Installation installation;
-  std::optional<Handset> handset;
 };
 
 // Beside the parent's pipes and standard input and output: a socket to each of the modem's

@@ -47,6 +47,12 @@ std::multiset<std::string> descriptors_of(pid_t pid) {
   return kinds;
 }
 
+size_t lowest_free_descriptor(pid_t pid) {
+  size_t number = 0;
+  while (fs::exists(fs::symlink_status(path_of(pid, "fd/" + std::to_string(number))))) ++number;
+  return number;
+}
+
 size_t private_memory_of(pid_t pid) {
   std::ifstream file(path_of(pid, "smaps"));
   bool is_library = false;

@@ -22,6 +22,9 @@ ProcessFigures figures_of(pid_t pid);
 // What each open descriptor is: "pipe", "socket", "anon_inode:[eventfd]", a path.
 std::multiset<std::string> descriptors_of(pid_t pid);
 
+// Where the next one would lie.
+size_t lowest_free_descriptor(pid_t pid);
+
 // In KiB: the process's share of every mapping but those of shared libraries' files.
 size_t private_memory_of(pid_t pid);
 

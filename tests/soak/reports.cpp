@@ -147,7 +147,7 @@ struct Kind {
 
 // A burst counts as many times as it is long.
 constexpr Kind kKinds[] = {
-    {"notification", "notify", 20, true, notify},
+    {"notification", "notify", 26, true, notify},
     {"generic", "generic", 10, true, generic_report},
     {"utility", "utils", 40, true, forwarded},
     {"cable", "utils", 60, false, cable},

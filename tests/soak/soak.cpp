@@ -10,6 +10,8 @@
 #include <iostream>
 #include <stdexcept>
 
+#include "start_daemon.h"
+
 namespace soak {
 
 namespace {
@@ -26,7 +28,6 @@ constexpr uint32_t kWaitForTimeoutOneIn = 200000;
 constexpr size_t kMostMessagesUnread = 300;
 constexpr uint32_t kLooks = 1000;   // at the processes
 constexpr uint32_t kWarmUp = 1000;  // requests before the first look counts
-constexpr size_t kMostLogLines = 200;
 // What a sanitizer or the counting of lines adds to the daemon is not its own.
 #ifdef SOAK_WITHOUT_MEMORY
 constexpr bool kMeasuresMemory = false;
@@ -67,22 +68,13 @@ Soak::Soak(const Options& options) : options_(options), draws_(options.seed), mo
   phone_.emplace();
   phone_->use_programs(installation_.programs());
   modem_ = std::make_unique<e2e::ModemProcess>(*phone_);
-  start_daemon();
+  qorextctl::DaemonOptions daemon;
+  daemon.most_log_lines = e2e::kLastLogLines;
+  daemon_ = e2e::start_daemon(*phone_, daemon);
   const Network& network = model_.network();
   requested_table_ =
       e2e::cdma_message(0x0200001D, e2e::le16(network.pfp_version) + e2e::le16(network.pfp_rat) +
                                         e2e::le32(0) + network.pfp_table);
-}
-
-void Soak::start_daemon() {
-  qorextctl::DaemonOptions options;
-  options.executable = phone_->program("qorext_client");
-  options.modem = "unix:" + phone_->modem_socket();
-  options.phone_root = phone_->folder();
-  options.most_log_lines = kMostLogLines;
-  auto daemon = qorextctl::Daemon::start(options);
-  if (!daemon) throw std::runtime_error(daemon.error().message);
-  daemon_ = std::move(*daemon);
 }
 
 void Soak::run() {
@@ -234,6 +226,7 @@ void Soak::look_at_processes() {
     bool is_first = watched.first.resident == 0;
     if (is_first && served_ >= kWarmUp) watched.first = now;
     watched.last = now;
+    watched.course.push_back(now.anonymous);
     watched.most_resident = std::max(watched.most_resident, now.resident);
     if (watched.first.resident == 0 || !kMeasuresMemory) return;
     EXPECT_LE(now.resident, watched.first.resident + most_growth) << text_of(now);
@@ -278,6 +271,10 @@ void Soak::report() const {
   print_counts("faults", spoilings_);
   print_counts("indications", reports_);
   auto print = [](const char* who, const Watched& watched) {
+    std::cout << who << ": anonymous memory in KiB, by tenths:";
+    size_t step = std::max<size_t>(1, watched.course.size() / 10);
+    for (size_t i = 0; i < watched.course.size(); i += step) std::cout << " " << watched.course[i];
+    std::cout << "\n";
     std::cout << fmt::format("{}: first {}\n{}: last {}\n{}: at most {} KiB resident\n", who,
                              text_of(watched.first), who, text_of(watched.last), who,
                              watched.most_resident);

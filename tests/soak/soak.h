@@ -36,7 +36,6 @@ class Soak {
  private:
   using Clock = std::chrono::steady_clock;
 
-  void start_daemon();
   void serve_one();
   void spoil_some(const Family& family);
   void tell_spoiling();
@@ -83,6 +82,7 @@ class Soak {
     e2e::ProcessFigures first{};
     e2e::ProcessFigures last{};
     size_t most_resident = 0;
+    std::vector<size_t> course;  // anonymous memory, from look to look
   };
   Watched daemon_figures_;
   Watched modem_figures_;
