@@ -18,28 +18,15 @@ namespace {
 
 using e2e::as_hex;
 using e2e::kPatience;
-using e2e::ProcessFigures;
 using e2e::operator+;
 using qorextctl::Deadline;
-using std::chrono::milliseconds;
 
 constexpr uint32_t kSpoilOneIn = 8;
 constexpr uint32_t kWaitForTimeoutOneIn = 200000;
 constexpr size_t kMostMessagesUnread = 300;
 constexpr uint32_t kLooks = 1000;   // at the processes
 constexpr uint32_t kWarmUp = 1000;  // requests before the first look counts
-// What a sanitizer or the counting of lines adds to the daemon is not its own.
-#ifdef SOAK_WITHOUT_MEMORY
-constexpr bool kMeasuresMemory = false;
-#else
-constexpr bool kMeasuresMemory = true;
-#endif
 constexpr auto kProgressEvery = std::chrono::seconds(1);
-
-// In KiB. Code and libraries that are first used late come into memory late; what a leak of one
-// byte a request would add in a long run is more than this.
-constexpr size_t kMostDaemonGrowth = 512;
-constexpr size_t kMostModemGrowth = 4096;
 
 std::vector<Family> all_families() {
   std::vector<Family> all;
@@ -54,11 +41,6 @@ void print_counts(const char* title, const std::map<std::string, uint32_t>& coun
   std::cout << title << ":";
   for (const auto& [name, count] : counts) std::cout << "  " << name << " " << count;
   std::cout << "\n";
-}
-
-std::string text_of(const ProcessFigures& figures) {
-  return fmt::format("{} KiB resident ({} anonymous), {} descriptors, {} threads", figures.resident,
-                     figures.anonymous, figures.descriptors, figures.threads);
 }
 
 }  // namespace
@@ -207,34 +189,12 @@ void Soak::wait_until_idle() {
   wait_for_messages(0);
 }
 
-// Threads that save a block end by themselves.
-ProcessFigures Soak::settled_figures(pid_t pid, size_t threads) const {
-  Deadline deadline = Deadline::in(kPatience);
-  ProcessFigures figures = e2e::figures_of(pid);
-  while (threads != 0 && figures.threads > threads && !deadline.passed()) {
-    sched_yield();
-    figures = e2e::figures_of(pid);
-  }
-  return figures;
-}
-
 void Soak::look_at_processes() {
   modem_->command("clear_requests");
   wait_until_idle();
-  auto look = [this](Watched& watched, pid_t pid, size_t most_growth) {
-    ProcessFigures now = settled_figures(pid, watched.first.threads);
-    bool is_first = watched.first.resident == 0;
-    if (is_first && served_ >= kWarmUp) watched.first = now;
-    watched.last = now;
-    watched.course.push_back(now.anonymous);
-    watched.most_resident = std::max(watched.most_resident, now.resident);
-    if (watched.first.resident == 0 || !kMeasuresMemory) return;
-    EXPECT_LE(now.resident, watched.first.resident + most_growth) << text_of(now);
-    EXPECT_EQ(now.descriptors, watched.first.descriptors) << text_of(now);
-    EXPECT_EQ(now.threads, watched.first.threads) << text_of(now);
-  };
-  look(daemon_figures_, daemon_->process().pid(), kMostDaemonGrowth);
-  look(modem_figures_, modem_->pid(), kMostModemGrowth);
+  bool counts = served_ >= kWarmUp;
+  daemon_watch_.look(daemon_->process().pid(), counts);
+  modem_watch_.look(modem_->pid(), counts);
 }
 
 void Soak::check_end() {
@@ -270,17 +230,8 @@ void Soak::report() const {
   print_counts("requests", families_);
   print_counts("faults", spoilings_);
   print_counts("indications", reports_);
-  auto print = [](const char* who, const Watched& watched) {
-    std::cout << who << ": anonymous memory in KiB, by tenths:";
-    size_t step = std::max<size_t>(1, watched.course.size() / 10);
-    for (size_t i = 0; i < watched.course.size(); i += step) std::cout << " " << watched.course[i];
-    std::cout << "\n";
-    std::cout << fmt::format("{}: first {}\n{}: last {}\n{}: at most {} KiB resident\n", who,
-                             text_of(watched.first), who, text_of(watched.last), who,
-                             watched.most_resident);
-  };
-  print("daemon", daemon_figures_);
-  print("modem", modem_figures_);
+  daemon_watch_.print();
+  modem_watch_.print();
 }
 
 }  // namespace soak

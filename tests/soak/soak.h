@@ -14,7 +14,7 @@
 #include "installation.h"
 #include "modem_process.h"
 #include "phone_root.h"
-#include "process_figures.h"
+#include "process_watch.h"
 #include "reports.h"
 
 namespace soak {
@@ -52,7 +52,6 @@ class Soak {
   void wait_until_idle();
 
   void look_at_processes();
-  e2e::ProcessFigures settled_figures(pid_t pid, size_t threads) const;
   void check_end();
   // All KPI packages that the daemon has stored.
   Bytes current_log() const;
@@ -78,14 +77,8 @@ class Soak {
   Clock::time_point start_ = Clock::now();
   Clock::time_point last_shown_ = start_;
 
-  struct Watched {
-    e2e::ProcessFigures first{};
-    e2e::ProcessFigures last{};
-    size_t most_resident = 0;
-    std::vector<size_t> course;  // anonymous memory, from look to look
-  };
-  Watched daemon_figures_;
-  Watched modem_figures_;
+  ProcessWatch daemon_watch_{"daemon", 512};
+  ProcessWatch modem_watch_{"modem", 4096};
 };
 
 }  // namespace soak
