@@ -10,6 +10,7 @@ class Growth;
 
 struct Repeated {
   const char* name;
+  int times;
   void (*begin)(Growth& test);  // once
   void (*provoke)(Growth& test);
 };
@@ -59,57 +60,64 @@ class Growth : public FaultyHandset, public testing::WithParamInterface<Repeated
 
 void nothing(Growth&) {}
 
+// So often that a leak of the smallest piece of memory shows.
+constexpr int kManyTimes = 500;
+constexpr int kFewTimes = 50;  // of what takes long, and would leak much
+
 constexpr Repeated kRepeated[] = {
-    {"Refusals", nothing, [](Growth& test) { test.serve_spoiled("error"); }},
-    {"TruncatedAnswers", nothing, [](Growth& test) { test.serve_spoiled("truncated bytes=5"); }},
-    {"MalformedAnswers", nothing, [](Growth& test) { test.serve_spoiled("malformed"); }},
-    {"RandomAnswers", nothing, [](Growth& test) { test.serve_spoiled("garbage"); }},
-    {"DoubleAnswers", nothing, [](Growth& test) { test.serve_spoiled("duplicate"); }},
-    {"StrayAnswers", nothing, [](Growth& test) { test.serve_spoiled("stray"); }},
-    {"ADeadModem", [](Growth& test) { test.handset->kill_modem(); },
+    {"Refusals", kManyTimes, nothing, [](Growth& test) { test.serve_spoiled("error"); }},
+    {"TruncatedAnswers", kManyTimes, nothing,
+     [](Growth& test) { test.serve_spoiled("truncated bytes=5"); }},
+    {"MalformedAnswers", kManyTimes, nothing,
+     [](Growth& test) { test.serve_spoiled("malformed"); }},
+    {"RandomAnswers", kManyTimes, nothing, [](Growth& test) { test.serve_spoiled("garbage"); }},
+    {"DoubleAnswers", kManyTimes, nothing, [](Growth& test) { test.serve_spoiled("duplicate"); }},
+    {"StrayAnswers", kManyTimes, nothing, [](Growth& test) { test.serve_spoiled("stray"); }},
+    {"ADeadModem", kManyTimes, [](Growth& test) { test.handset->kill_modem(); },
      [](Growth& test) { test.serve(); }},
-    {"AGoneService", nothing,
+    {"AGoneService", kManyTimes, nothing,
      [](Growth& test) {
        test.handset->modem().command("service qorext down");
        test.serve();
        test.handset->modem().command("service qorext up");
      }},
-    {"AClosedReplyPipe",
+    {"AClosedReplyPipe", kManyTimes,
      [](Growth& test) {
        test.handset->daemon().replies() = qorextctl::FramePipe(qorextctl::UniqueFd());
      },
      [](Growth& test) { test.serve(); }},
-    {"AClosedUnsolicitedPipe",
+    {"AClosedUnsolicitedPipe", kManyTimes,
      [](Growth& test) {
        test.handset->daemon().unsolicited() = qorextctl::FramePipe(qorextctl::UniqueFd());
      },
      [](Growth& test) { test.wait_for_failed_write("notify"); }},
-    {"AFullUnsolicitedPipe", nothing, [](Growth& test) { test.fill_unsolicited_pipe(); }},
-    {"RepliesWithoutMemory", nothing, [](Growth& test) { test.lose(Threads::main); }},
-    {"MessagesWithoutMemory", nothing, [](Growth& test) { test.lose(Threads::others); }},
-    {"ShortWrites", [](Growth& test) { test.switches->most_written = 3; },
+    {"AFullUnsolicitedPipe", kFewTimes, nothing,
+     [](Growth& test) { test.fill_unsolicited_pipe(); }},
+    {"RepliesWithoutMemory", kManyTimes, nothing, [](Growth& test) { test.lose(Threads::main); }},
+    {"MessagesWithoutMemory", kManyTimes, nothing,
+     [](Growth& test) { test.lose(Threads::others); }},
+    {"ShortWrites", kManyTimes, [](Growth& test) { test.switches->most_written = 3; },
      [](Growth& test) { test.serve(); }},
-    {"FailedReads", [](Growth& test) { test.switches->read_error = EINTR; },
+    {"FailedReads", kManyTimes, [](Growth& test) { test.switches->read_error = EINTR; },
      [](Growth& test) {
        test.switches->failing_reads = 1;
        test.handset->send(test.band_query);
        test.handset->served();
        test.handset->served();
      }},
-    {"AReadOnlyFileSystem", [](Growth& test) { test.switches->file_error = EROFS; },
+    {"AReadOnlyFileSystem", kManyTimes, [](Growth& test) { test.switches->file_error = EROFS; },
      [](Growth& test) { test.store_package(); }},
-    {"NoDescriptors",
+    {"NoDescriptors", kManyTimes,
      [](Growth& test) {
        test.store_package();
        test.exhaust_descriptors(true);
      },
      [](Growth& test) { test.store_package(); }},
-    {"UnknownRequests", nothing,
+    {"UnknownRequests", kManyTimes, nothing,
      [](Growth& test) { test.handset->serve(hex("FFFFFFFFFFFFFFFFFF")); }},
 };
 
 constexpr int kWarmUps = 10;
-constexpr int kRepetitions = 200;
 constexpr size_t kMostGrowth = 8;  // KiB: two pages, for what comes into memory late
 
 TEST_P(Growth, IsNone) {
@@ -117,7 +125,7 @@ TEST_P(Growth, IsNone) {
   fault.begin(*this);
   for (int i = 0; i < kWarmUps; ++i) fault.provoke(*this);
   ProcessFigures before = figures_of(pid());
-  for (int i = 0; i < kRepetitions; ++i) fault.provoke(*this);
+  for (int i = 0; i < fault.times; ++i) fault.provoke(*this);
   ProcessFigures after = figures_of(pid());
   EXPECT_LE(after.anonymous, before.anonymous + kMostGrowth);
   EXPECT_EQ(after.descriptors, before.descriptors);

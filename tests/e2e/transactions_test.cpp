@@ -1,4 +1,5 @@
 // More exchanges than there are transaction ids.
+#include <fmt/format.h>
 #include <gtest/gtest.h>
 
 #include "handset.h"

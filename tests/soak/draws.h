@@ -29,7 +29,8 @@ class Draws {
   }
   std::string characters(size_t size, char first, uint32_t count) {
     std::string text(size, first);
-    for (char& character : text) character = static_cast<char>(first + below(count));
+    for (char& character : text)
+      character = static_cast<char>(first + static_cast<int>(below(count)));
     return text;
   }
   std::string digits(size_t size) { return characters(size, '0', 10); }
