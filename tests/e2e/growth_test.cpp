@@ -52,6 +52,16 @@ class Growth : public FaultyHandset, public testing::WithParamInterface<Repeated
     EXPECT_EQ(switches->failing_allocation, 0U);
     messages_until_idle();
   }
+  // The thread that tries to save it ends when the modem has been told.
+  void save_block() {
+    size_t threads = figures_of(pid()).threads;
+    size_t before = handset->log().texts().size();
+    handset->modem().command("indicate hob_save");
+    EXPECT_TRUE(handset->log().wait_for("dhob_write: Sending DYNHOB request to BP", before,
+                                        Deadline::in(kPatience)));
+    auto deadline = Deadline::in(kPatience);
+    while (figures_of(pid()).threads > threads && !deadline.passed()) sched_yield();
+  }
   void store_package() {
     report_package(7);
     messages_until_idle();
@@ -113,6 +123,7 @@ constexpr Repeated kRepeated[] = {
        test.exhaust_descriptors(true);
      },
      [](Growth& test) { test.store_package(); }},
+    {"BlocksThatCannotBeSaved", kFewTimes, nothing, [](Growth& test) { test.save_block(); }},
     {"UnknownRequests", kManyTimes, nothing,
      [](Growth& test) { test.handset->serve(hex("FFFFFFFFFFFFFFFFFF")); }},
 };
