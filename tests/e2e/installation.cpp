@@ -14,9 +14,9 @@ namespace fs = std::filesystem;
 
 constexpr uid_t kRadioUser = 1001;
 
-void give_away(const std::string& folder) {
-  bool given = geteuid() != 0 || chown(folder.c_str(), kRadioUser, kRadioUser) == 0;
-  if (!given) throw std::runtime_error("cannot give away " + folder);
+void give_away(const std::string& path) {
+  bool given = geteuid() != 0 || chown(path.c_str(), kRadioUser, kRadioUser) == 0;
+  if (!given) throw std::runtime_error("cannot give away " + path);
 }
 
 }  // namespace
@@ -29,7 +29,8 @@ Installation::Installation() : path_(fs::temp_directory_path() / "qorext-bin.XXX
   if (mkdtemp(path_.data()) == nullptr) throw std::runtime_error("no folder " + path_);
   fs::copy(QOREXT_BIN, path_ + "/bin", fs::copy_options::recursive);
   fs::copy(QOREXT_BIN "/../lib", path_ + "/lib", fs::copy_options::recursive);
-  for (const char* name : {"", "/bin", "/lib"}) give_away(path_ + name);
+  give_away(path_);
+  for (const auto& entry : fs::recursive_directory_iterator(path_)) give_away(entry.path());
 }
 
 Installation::~Installation() {

@@ -211,6 +211,7 @@ void Soak::check_end() {
 Bytes Soak::current_log() const {
   std::error_code error;
   auto log = std::filesystem::read_symlink(phone_->folder() + "/data/vorn/.0001", error);
+  if (error) return {};
   std::ifstream file(phone_->folder() + log.string(), std::ios::binary);
   return {std::istreambuf_iterator<char>(file), {}};
 }
