@@ -69,6 +69,11 @@ void answer_wrong_transaction(const Spoiling& spoiling) {
   spoiling.answer_with(wrong, spoiling.tlvs());
 }
 
+void answer_after_a_stray(const Spoiling& spoiling) {
+  answer_wrong_transaction(spoiling);
+  spoiling.answer(spoiling.exchange.response);
+}
+
 void answer_twice(const Spoiling& spoiling) {
   spoiling.answer(spoiling.exchange.response);
   spoiling.answer(spoiling.exchange.response);
@@ -95,6 +100,7 @@ constexpr KindRow kKinds[] = {
     {"malformed", true, answer_malformed},
     {"garbage", true, answer_garbage},
     {"transaction", true, answer_wrong_transaction},
+    {"stray", true, answer_after_a_stray},
     {"duplicate", true, answer_twice},
     {"close", false, drop_service},
 };

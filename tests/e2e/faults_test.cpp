@@ -50,6 +50,19 @@ TEST_F(Faults, AClosedReplyPipeIsLoggedAndServedOn) {
   EXPECT_EQ(handset.exit_status(), "exit status 0");
 }
 
+TEST_F(Faults, AClosedUnsolicitedPipeIsLoggedAndServedOn) {
+  handset.daemon().unsolicited() = qorextctl::FramePipe(qorextctl::UniqueFd());
+  size_t before = 0;
+  for (const char* indication : {"notify", "generic", "coverage", "carrier_event", "pfp"}) {
+    handset.modem().command(std::string("indicate ") + indication);
+    auto failed = handset.log().wait_for("Write to parent failed 32", before,
+                                         qorextctl::Deadline::in(kPatience));
+    ASSERT_TRUE(failed) << indication;
+    before = *failed + 1;
+    expect_serving();
+  }
+}
+
 struct BadAnswer {
   const char* fault;
   int send_result;  // of the modem client library

@@ -10,21 +10,6 @@ namespace {
 using testing::Contains;
 using testing::ElementsAre;
 
-// A generic-hook request: type 1, 24-bit id and length big-endian, payload.
-Bytes generic(uint32_t id, const Bytes& payload = {}) {
-  auto byte = [](size_t value, unsigned shift) { return static_cast<uint8_t>(value >> shift); };
-  Bytes header = {1, byte(id, 16), byte(id, 8), byte(id, 0)};
-  for (unsigned shift : {24U, 16U, 8U, 0U}) header.push_back(byte(payload.size(), shift));
-  return header + payload;
-}
-
-// Its reply: the length turns little-endian.
-Bytes generic_reply(uint32_t id, const Bytes& data) {
-  Bytes header = generic(id);
-  return Bytes(header.begin(), header.begin() + 4) + le32(static_cast<uint32_t>(data.size())) +
-         data;
-}
-
 class Features : public testing::Test {
  protected:
   void expect_reply(const Bytes& request, const Bytes& reply) {

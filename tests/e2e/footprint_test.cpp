@@ -1,27 +1,19 @@
 // What the daemon needs of the system: libraries, descriptors, memory, processor time.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-#include <unistd.h>
 
-#include <filesystem>
-#include <fstream>
 #include <iostream>
-#include <optional>
 #include <set>
-#include <sstream>
 #include <thread>
 
 #include "command.h"
-#include "handset.h"
+#include "watched_handset.h"
 
 namespace e2e {
 namespace {
 
-namespace fs = std::filesystem;
-
 using testing::ElementsAre;
 
-constexpr uid_t kRadioUser = 1001;
 constexpr size_t kMostPrivateMemory = 1024;  // KiB
 constexpr auto kIdleTime = std::chrono::seconds(2);
 
@@ -53,114 +45,37 @@ TEST(Libraries, AreAllFound) {
   EXPECT_EQ(result.output.find("not found"), std::string::npos) << result.output;
 }
 
-// Copies of the executables and libraries that every user can run.
-class Installation {
- public:
-  Installation() : path_(fs::temp_directory_path() / "qorext-bin.XXXXXX") {
-    if (mkdtemp(path_.data()) == nullptr) throw std::runtime_error("no folder " + path_);
-    fs::copy(QOREXT_BIN, path_ + "/bin", fs::copy_options::recursive);
-    fs::copy(QOREXT_BIN "/../lib", path_ + "/lib", fs::copy_options::recursive);
-    for (const char* name : {"", "/bin", "/lib"}) give_away(path_ + name);
-  }
-  Installation(const Installation&) = delete;
-  Installation& operator=(const Installation&) = delete;
-  ~Installation() {
-    std::error_code ignored;
-    fs::remove_all(path_, ignored);
-  }
-
-  std::string programs() const { return path_ + "/bin"; }
-
- private:
-  static void give_away(const std::string& folder) {
-    bool given = geteuid() != 0 || chown(folder.c_str(), kRadioUser, kRadioUser) == 0;
-    if (!given) throw std::runtime_error("cannot give away " + folder);
-  }
-
-  std::string path_;
-};
-
-// The kernel shows the insides of a process that has changed its user only to the most privileged.
-// So the whole test becomes the radio user, and the daemon has nothing left to change.
-class Footprint : public testing::Test {
+class Footprint : public WatchedHandset {
  protected:
   Footprint() {
-    if (geteuid() == 0 && setuid(kRadioUser) != 0) throw std::runtime_error("cannot change user");
-    handset.emplace(Handset::off);
-    handset->phone().use_programs(installation.programs());
-    handset->start_modem();
-    handset->start_daemon();
-    handset->wait_until_serving();
+    start_modem();
+    start_daemon();
     for (uint32_t id : {0x02000001U, 0x02000011U, 0x020000B0U, 0x020000C0U, 0x020000C1U}) {
       handset->serve(cdma(id));
     }
   }
-
-  fs::path of_daemon(const std::string& name) {
-    return "/proc/" + std::to_string(handset->daemon().process().pid()) + "/" + name;
-  }
-
-  // What each open descriptor is: "pipe", "socket", "anon_inode:[eventfd]", a path.
-  std::multiset<std::string> descriptors() {
-    std::multiset<std::string> kinds;
-    for (const auto& entry : fs::directory_iterator(of_daemon("fd"))) {
-      std::string target = fs::read_symlink(entry.path());
-      bool is_numbered = target.starts_with("pipe:") || target.starts_with("socket:");
-      kinds.insert(is_numbered ? target.substr(0, target.find(':')) : target);
-    }
-    return kinds;
-  }
-
-  // In clock ticks, of all threads.
-  uint64_t processor_time() {
-    std::ifstream file(of_daemon("stat"));
-    std::string text{std::istreambuf_iterator<char>(file), {}};
-    std::istringstream fields(text.substr(text.rfind(')') + 1));
-    std::string skipped;
-    for (int i = 0; i < 11; ++i) fields >> skipped;
-    uint64_t user = 0;
-    uint64_t system = 0;
-    fields >> user >> system;
-    return user + system;
-  }
-
-  // In KiB: its share of every mapping but those of shared libraries' files.
-  size_t private_memory() {
-    std::ifstream file(of_daemon("smaps"));
-    bool is_library = false;
-    size_t sum = 0;
-    for (std::string line; std::getline(file, line);) {
-      bool is_mapping = line.find('-') < line.find(' ');
-      if (is_mapping) is_library = line.find(".so") != std::string::npos;
-      if (!is_library && line.starts_with("Pss:")) sum += std::stoul(line.substr(4));
-    }
-    return sum;
-  }
-
-  Installation installation;
-  std::optional<Handset> handset;
 };
 
 // Beside the parent's pipes and standard input and output: a socket to each of the modem's
 // services, and with it what wakes up a wait for it.
 TEST_F(Footprint, HasNoDescriptorsButThoseOfTheParentAndTheModem) {
-  auto before = descriptors();
+  auto before = descriptors_of(pid());
   EXPECT_EQ(before,
             (std::multiset<std::string>{"/dev/null", "pipe", "pipe", "pipe", "pipe", "pipe",
                                         "socket", "socket", "socket", "anon_inode:[eventfd]",
                                         "anon_inode:[eventfd]", "anon_inode:[eventfd]"}));
   for (int i = 0; i < 50; ++i) handset->serve(cdma(0x020000C0));
-  EXPECT_EQ(descriptors(), before);
+  EXPECT_EQ(descriptors_of(pid()), before);
 }
 
 TEST_F(Footprint, UsesNoProcessorTimeWhenIdle) {
-  uint64_t before = processor_time();
+  uint64_t before = processor_time_of(pid());
   std::this_thread::sleep_for(kIdleTime);
-  EXPECT_EQ(processor_time(), before);
+  EXPECT_EQ(processor_time_of(pid()), before);
 }
 
 TEST_F(Footprint, NeedsLessThanAMebibyteOfItsOwn) {
-  size_t size = private_memory();
+  size_t size = private_memory_of(pid());
   std::cout << "private memory: " << size << " KiB" << std::endl;
   EXPECT_GT(size, 0U);
   EXPECT_LT(size, kMostPrivateMemory);

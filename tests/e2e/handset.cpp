@@ -6,6 +6,8 @@
 #include <iostream>
 #include <stdexcept>
 
+#include "start_daemon.h"
+
 namespace e2e {
 
 namespace {
@@ -48,14 +50,9 @@ void Handset::spoil(const std::string& message, const std::string& fault, unsign
 
 void Handset::start_daemon(unsigned instance) {
   qorextctl::DaemonOptions options;
-  options.executable = phone_.program("qorext_client");
-  options.modem = "unix:" + phone_.modem_socket();
-  options.phone_root = phone_.folder();
   options.instance = instance;
   options.on_log = [this](const std::string& line) { log_.add(line); };
-  auto daemon = qorextctl::Daemon::start(options);
-  if (!daemon) throw std::runtime_error(daemon.error().message);
-  daemon_ = std::move(*daemon);
+  daemon_ = e2e::start_daemon(phone_, options);
   daemon_ended_ = false;
 }
 

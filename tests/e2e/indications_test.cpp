@@ -11,15 +11,6 @@ namespace {
 
 using qorextctl::Deadline;
 
-Bytes cdma_message(uint32_t id, const Bytes& data) {
-  return le32(0) + le32(20) + le32(id) + le32(static_cast<uint32_t>(data.size())) + le32(0) +
-         zeros(6) + data + zeros(2);
-}
-
-Bytes generic_message(const Bytes& id, const Bytes& data) {
-  return le32(1) + le32(8) + id + le32(static_cast<uint32_t>(data.size())) + data + zeros(12);
-}
-
 class Indications : public testing::Test {
  protected:
   std::string next_message() {

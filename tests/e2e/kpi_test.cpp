@@ -27,10 +27,7 @@ constexpr char kCurrentLog[] = "vorn_20260102000000.log";
 constexpr char kPreviousLog[] = "vorn_20260101000000.log";
 constexpr char kTemporary[] = "~vorn0007.log";
 
-Bytes record_message(const Bytes& record) {
-  return le32(1) + le32(8) + hex("01040004") + le32(static_cast<uint32_t>(record.size())) + record +
-         zeros(12);
-}
+Bytes record_message(const Bytes& record) { return generic_message(hex("01040004"), record); }
 
 class Kpi : public testing::Test {
  protected:

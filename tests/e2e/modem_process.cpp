@@ -104,6 +104,8 @@ void ModemProcess::kill() {
   parts_->process.reset();
 }
 
+pid_t ModemProcess::pid() const { return parts_->process->pid(); }
+
 void ModemProcess::command(const std::string& words) { parts_->call(words); }
 
 std::string ModemProcess::value(const std::string& words, const std::string& pointer) {

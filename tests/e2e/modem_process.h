@@ -1,6 +1,8 @@
 // A simulated modem of a test's own.
 #pragma once
 
+#include <sys/types.h>
+
 #include <memory>
 #include <string>
 #include <vector>
@@ -18,6 +20,7 @@ class ModemProcess {
 
   // Ends it as a crash does.
   void kill();
+  pid_t pid() const;
 
   // A command of its control socket, in the words of "qorextctl modem ...". That the modem takes it
   // is expected.

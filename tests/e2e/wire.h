@@ -87,4 +87,29 @@ inline Bytes echo(const Bytes& request, uint32_t status, const Bytes& data = {})
   return head + bytes(12, 18) + data + zeros(2);
 }
 
+// A generic-hook request: type 1, 24-bit id and length big-endian, payload.
+inline Bytes generic(uint32_t id, const Bytes& payload = {}) {
+  auto byte = [](size_t value, unsigned shift) { return static_cast<uint8_t>(value >> shift); };
+  Bytes header = {1, byte(id, 16), byte(id, 8), byte(id, 0)};
+  for (unsigned shift : {24U, 16U, 8U, 0U}) header.push_back(byte(payload.size(), shift));
+  return header + payload;
+}
+
+// Its reply: the length turns little-endian.
+inline Bytes generic_reply(uint32_t id, const Bytes& data) {
+  Bytes header = generic(id);
+  return Bytes(header.begin(), header.begin() + 4) + le32(static_cast<uint32_t>(data.size())) +
+         data;
+}
+
+// Unsolicited messages in their two formats.
+inline Bytes cdma_message(uint32_t id, const Bytes& data) {
+  return le32(0) + le32(20) + le32(id) + le32(static_cast<uint32_t>(data.size())) + le32(0) +
+         zeros(6) + data + zeros(2);
+}
+
+inline Bytes generic_message(const Bytes& id, const Bytes& data) {
+  return le32(1) + le32(8) + id + le32(static_cast<uint32_t>(data.size())) + data + zeros(12);
+}
+
 }  // namespace e2e

@@ -46,7 +46,7 @@ Result<std::unique_ptr<Daemon>> Daemon::start(const DaemonOptions& options) {
 }
 
 Daemon::Daemon(Process process, Ends ends, const DaemonOptions& options)
-    : log_(options.on_log),
+    : log_(options.on_log, options.most_log_lines),
       requests_(std::move(ends.requests)),
       replies_(std::move(ends.replies)),
       unsolicited_(std::move(ends.unsolicited)),

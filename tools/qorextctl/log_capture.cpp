@@ -39,12 +39,13 @@ void LogCapture::add(const std::string& line) {
   if (listener_) listener_(line);
   std::lock_guard lock(mutex_);
   lines_.push_back(line);
+  if (lines_.size() > most_lines_) lines_.pop_front();
   changed_.notify_all();
 }
 
 std::vector<std::string> LogCapture::lines() const {
   std::lock_guard lock(mutex_);
-  return lines_;
+  return {lines_.begin(), lines_.end()};
 }
 
 bool LogCapture::wait_for(const std::string& text, Deadline deadline) const {

@@ -3,6 +3,8 @@
 #pragma once
 
 #include <condition_variable>
+#include <cstdint>
+#include <deque>
 #include <functional>
 #include <mutex>
 #include <optional>
@@ -20,7 +22,9 @@ class LogCapture {
   // Called on the reading thread with every line, without its end.
   using Listener = std::function<void(const std::string&)>;
 
-  explicit LogCapture(Listener listener = {}) : listener_(std::move(listener)) {}
+  // Only the last `most_lines` are kept.
+  explicit LogCapture(Listener listener = {}, size_t most_lines = SIZE_MAX)
+      : listener_(std::move(listener)), most_lines_(most_lines) {}
   // Waits for the end of the log: end the program first.
   ~LogCapture();
 
@@ -40,9 +44,10 @@ class LogCapture {
   void add(const std::string& line);
 
   Listener listener_;
+  size_t most_lines_;
   mutable std::mutex mutex_;
   mutable std::condition_variable changed_;
-  std::vector<std::string> lines_;
+  std::deque<std::string> lines_;
   bool ended_ = true;
   std::thread reader_;
 };

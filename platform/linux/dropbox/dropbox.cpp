@@ -1,6 +1,7 @@
 #include <errno.h>
 
 #include <chrono>
+#include <new>
 #include <string>
 
 #include "NativeDropBoxWriter.h"
@@ -21,13 +22,22 @@ std::string path_of(const std::string& tag, long long milliseconds) {
   return phone_path((kFolder + tag + "@" + std::to_string(milliseconds) + ".txt").c_str());
 }
 
-}  // namespace
-
 // Entries of one tag never share a millisecond: a later one takes the next that is free.
-bool NativeDropBoxWriter::addText(const char* tag, const char* text) {
-  if (tag == nullptr || text == nullptr || !phone_files::is_plain_name(tag)) return false;
+bool add_text(const char* tag, const char* text) {
   for (long long time = milliseconds_now();; ++time) {
     if (phone_files::store(path_of(tag, time), text, phone_files::Existing::keep)) return true;
     if (errno != EEXIST) return false;
+  }
+}
+
+}  // namespace
+
+// Its callers know no exceptions.
+bool NativeDropBoxWriter::addText(const char* tag, const char* text) {
+  if (tag == nullptr || text == nullptr || !phone_files::is_plain_name(tag)) return false;
+  try {
+    return add_text(tag, text);
+  } catch (const std::bad_alloc&) {
+    return false;
   }
 }

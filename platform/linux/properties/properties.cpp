@@ -2,6 +2,7 @@
 #include <string.h>
 #include <unistd.h>
 
+#include <new>
 #include <string>
 
 #include "cutils/properties.h"
@@ -17,9 +18,18 @@ std::string path_of(const char* key) { return phone_path((std::string(kFolder) +
 
 bool is_valid(const char* key) { return key != nullptr && phone_files::is_plain_name(key); }
 
+// Callers know no exceptions: without memory for its path a property is not there.
+int open_property(const char* key) {
+  try {
+    return open(path_of(key).c_str(), O_RDONLY | O_CLOEXEC);
+  } catch (const std::bad_alloc&) {
+    return -1;
+  }
+}
+
 // Returns the length of the text stored in `value`, or -1 when there is no such property.
 ssize_t read_property(const char* key, char* value) {
-  int fd = open(path_of(key).c_str(), O_RDONLY | O_CLOEXEC);
+  int fd = open_property(key);
   if (fd < 0) return -1;
   ssize_t size = read(fd, value, kMaxLength);
   close(fd);
@@ -34,13 +44,18 @@ int property_get(const char* key, char* value, const char* default_value) {
   ssize_t length = is_valid(key) ? read_property(key, value) : -1;
   if (length >= 0) return static_cast<int>(length);
 
-  std::string text = default_value == nullptr ? "" : default_value;
-  text.resize(strnlen(text.c_str(), kMaxLength));
-  memcpy(value, text.c_str(), text.size() + 1);
-  return static_cast<int>(text.size());
+  const char* text = default_value == nullptr ? "" : default_value;
+  size_t size = strnlen(text, kMaxLength);
+  memcpy(value, text, size);
+  value[size] = '\0';
+  return static_cast<int>(size);
 }
 
 int property_set(const char* key, const char* value) {
   if (!is_valid(key) || value == nullptr || strlen(value) > kMaxLength) return -1;
-  return phone_files::store(path_of(key), value, phone_files::Existing::replace) ? 0 : -1;
+  try {
+    return phone_files::store(path_of(key), value, phone_files::Existing::replace) ? 0 : -1;
+  } catch (const std::bad_alloc&) {
+    return -1;
+  }
 }

@@ -1,5 +1,7 @@
 #include "client.h"
 
+#include <new>
+
 #include "qmi_transport/wait.h"
 #include "thread.h"
 
@@ -14,7 +16,13 @@ Client::Client(std::unique_ptr<qmi_transport::Channel> channel, const qmi_idl::S
 
 Connection::OnIndication Client::indication_sink() {
   if (callback_.function == nullptr) return {};
-  return [this](std::span<const uint8_t> packet) { indications_.push(packet); };
+  return [this](std::span<const uint8_t> packet) {
+    try {
+      indications_.push(packet);
+    } catch (const std::bad_alloc&) {
+      // There is no room to keep it: it is lost, and what comes after it is not.
+    }
+  };
 }
 
 // The callback's thread holds the client: it may outlive a release from within the callback.

@@ -98,6 +98,17 @@ TEST_F(Faults, AnswerToAnotherTransactionIsOtherwiseRight) {
   EXPECT_EQ(tlvs_of(packet), right_tlvs);
 }
 
+TEST_F(Faults, StrayAnswerComesBeforeTheRightOne) {
+  add({{"kind", "stray"}});
+  send("get_bsr_timer");
+  auto due = actions();
+  ASSERT_EQ(due.size(), 2U);
+  EXPECT_NE(qmi_idl::load_header(due[0].packet)->transaction, kTransaction);
+  EXPECT_EQ(tlvs_of(due[0].packet), right_tlvs);
+  EXPECT_EQ(qmi_idl::load_header(due[1].packet)->transaction, kTransaction);
+  EXPECT_EQ(tlvs_of(due[1].packet), right_tlvs);
+}
+
 TEST_F(Faults, DuplicateAnswerComesTwice) {
   add({{"kind", "duplicate"}});
   send("get_bsr_timer");

@@ -111,5 +111,15 @@ TEST(LogCapture, WaitingForALineEndsWithTheLog) {
   EXPECT_TRUE(log.wait_end(soon()));
 }
 
+TEST(LogCapture, OnlyTheLastLinesAreKept) {
+  auto pipe = make_pipe();
+  LogCapture log({}, 2);
+  log.start(std::move(pipe->read));
+  ASSERT_EQ(write(pipe->write.get(), "one\ntwo\nthree\n", 14), 14);
+  pipe->write.reset();
+  EXPECT_TRUE(log.wait_end(soon()));
+  EXPECT_EQ(log.lines(), (std::vector<std::string>{"two", "three"}));
+}
+
 }  // namespace
 }  // namespace qorextctl

@@ -1,0 +1,110 @@
+// Put in front of the C library with LD_PRELOAD: what fails seldom fails when a test wants it.
+#include <errno.h>
+#include <fcntl.h>
+#include <signal.h>
+#include <stdarg.h>
+#include <stdlib.h>
+#include <sys/mman.h>
+#include <sys/stat.h>
+#include <sys/syscall.h>
+#include <unistd.h>
+
+#include "switches.h"
+
+// The C library's own names of its allocator.
+extern "C" void* __libc_malloc(size_t size);
+extern "C" void* __libc_calloc(size_t count, size_t size);
+
+namespace {
+
+using e2e::Switches;
+using e2e::Threads;
+
+Switches* g_switches = nullptr;
+
+void count_signal(int) { ++g_switches->caught_signals; }
+
+void catch_signals() {
+  struct sigaction action = {};
+  action.sa_handler = count_signal;  // without SA_RESTART
+  sigaction(SIGUSR1, &action, nullptr);
+}
+
+__attribute__((constructor)) void map_switches() {
+  const char* path = getenv(e2e::kSwitchesVariable);
+  int fd = path == nullptr ? -1 : static_cast<int>(syscall(SYS_openat, AT_FDCWD, path, O_RDWR));
+  if (fd < 0) return;
+  void* address = mmap(nullptr, sizeof(Switches), PROT_READ | PROT_WRITE, MAP_SHARED, fd, 0);
+  close(fd);
+  if (address == MAP_FAILED) return;
+  g_switches = static_cast<Switches*>(address);
+  catch_signals();
+}
+
+bool allocation_fails() {
+  if (g_switches == nullptr || g_switches->failing_allocation == 0) return false;
+  Threads thread = gettid() == getpid() ? Threads::main : Threads::others;
+  if (g_switches->failing_threads != thread) return false;
+  if (g_switches->failing_allocation.fetch_sub(1) != 1) return false;
+  ++g_switches->failed_allocations;
+  errno = ENOMEM;
+  return true;
+}
+
+bool is_pipe(int fd) {
+  struct stat status;
+  return fstat(fd, &status) == 0 && S_ISFIFO(status.st_mode);
+}
+
+// Standard output and error carry the log.
+bool is_parent_pipe(int fd) { return fd > STDERR_FILENO && is_pipe(fd); }
+
+bool take_one(std::atomic<uint32_t>& count) {
+  if (count == 0) return false;
+  --count;
+  return true;
+}
+
+bool file_fails() {
+  if (g_switches == nullptr || g_switches->file_error == 0) return false;
+  errno = static_cast<int>(g_switches->file_error);
+  return true;
+}
+
+}  // namespace
+
+#define EXPORTED extern "C" __attribute__((visibility("default")))
+
+EXPORTED void* malloc(size_t size) { return allocation_fails() ? nullptr : __libc_malloc(size); }
+
+EXPORTED void* calloc(size_t count, size_t size) {
+  return allocation_fails() ? nullptr : __libc_calloc(count, size);
+}
+
+EXPORTED ssize_t write(int fd, const void* bytes, size_t size) {
+  uint32_t most = g_switches == nullptr ? 0 : g_switches->most_written.load();
+  if (most != 0 && size > most && is_parent_pipe(fd)) size = most;
+  return syscall(SYS_write, fd, bytes, size);
+}
+
+EXPORTED ssize_t read(int fd, void* bytes, size_t size) {
+  if (g_switches != nullptr && is_parent_pipe(fd) && take_one(g_switches->failing_reads)) {
+    errno = static_cast<int>(g_switches->read_error);
+    return -1;
+  }
+  return syscall(SYS_read, fd, bytes, size);
+}
+
+EXPORTED int mkdir(const char* path, mode_t mode) {
+  if (file_fails()) return -1;
+  return static_cast<int>(syscall(SYS_mkdirat, AT_FDCWD, path, mode));
+}
+
+EXPORTED int open(const char* path, int flags, ...) {
+  va_list arguments;
+  va_start(arguments, flags);
+  mode_t mode = (flags & O_CREAT) != 0 ? va_arg(arguments, mode_t) : 0;
+  va_end(arguments);
+  if ((flags & O_ACCMODE) != O_RDONLY && file_fails()) return -1;
+  return static_cast<int>(syscall(SYS_openat, AT_FDCWD, path, flags, mode));
+}

@@ -1,0 +1,101 @@
+// System calls that end before their work is done.
+#include <signal.h>
+
+#include <atomic>
+#include <thread>
+
+#include "faulty_handset.h"
+
+namespace e2e {
+namespace {
+
+using testing::Contains;
+using testing::ElementsAre;
+
+class Interruptions : public FaultyHandset {};
+
+// A signal to the daemon, again and again.
+class Signalling {
+ public:
+  explicit Signalling(pid_t pid)
+      : thread_([this, pid] {
+          while (!ended_) {
+            kill(pid, SIGUSR1);
+            std::this_thread::sleep_for(std::chrono::microseconds(100));
+          }
+        }) {}
+  Signalling(const Signalling&) = delete;
+  Signalling& operator=(const Signalling&) = delete;
+  ~Signalling() {
+    ended_ = true;
+    thread_.join();
+  }
+
+ private:
+  std::atomic<bool> ended_ = false;
+  std::thread thread_;
+};
+
+TEST_F(Interruptions, BySignalsCostNothingInAThousandRequests) {
+  constexpr uint32_t kRequests = 1000;
+  constexpr uint32_t kLeastSignals = 100;
+  {
+    Signalling signals(pid());
+    for (uint32_t i = 0; i < kRequests; ++i) {
+      Bytes request = cdma(0x020000B1, le32(i));
+      ASSERT_TRUE(handset->daemon().send(request));
+      auto reply = handset->daemon().receive_reply(qorextctl::ReplyForm::cdma,
+                                                   qorextctl::Deadline::in(kPatience));
+      ASSERT_TRUE(reply) << i;
+      ASSERT_EQ(as_hex(*reply), as_hex(echo(request, 0))) << i;
+      handset->modem().command("indicate notify");
+      ASSERT_NE(next_message(), "nothing");
+    }
+  }
+  EXPECT_GT(switches->caught_signals, kLeastSignals);
+  EXPECT_EQ(handset->modem().value("state", "/state/carrier/bc10"), std::to_string(kRequests - 1));
+  EXPECT_THAT(handset->log().texts(), Contains(" Got EINTR, ignoring"));
+}
+
+TEST_F(Interruptions, OfAReadLeaveTheRequestWhereItIs) {
+  switches->read_error = EINTR;
+  switches->failing_reads = 2;
+  handset->send(band_query);
+  auto reply = handset->daemon().receive_reply(qorextctl::ReplyForm::cdma,
+                                               qorextctl::Deadline::in(kPatience));
+  ASSERT_TRUE(reply);
+  EXPECT_EQ(as_hex(*reply), band_reply);
+  for (int i = 0; i < 2; ++i) {
+    EXPECT_THAT(handset->served().log,
+                ElementsAre("Dispatcher: read failed with errno 4", "Read failed"));
+  }
+  EXPECT_EQ(handset->served().log[0], "Read 18 bytes from pipe");
+}
+
+TEST_F(Interruptions, OfAReplyAreNeitherMadeGoodNorTold) {
+  switches->most_written = 11;
+  Served served = handset->serve(band_query);
+  EXPECT_EQ(served.replies, band_reply.substr(0, 22));
+  EXPECT_EQ(handset->serve(generic(0x70000)).replies, "01070000ffffffff");
+  switches->most_written = 0;
+  EXPECT_EQ(handset->serve(band_query).replies, band_reply);
+  EXPECT_THAT(served.log, testing::Not(Contains(testing::StartsWith("Write to parent failed"))));
+}
+
+TEST_F(Interruptions, OfAMessageAreNeitherMadeGoodNorTold) {
+  std::string message = as_hex(cdma_message(0x020001B0, le32(7)));
+  switches->most_written = 31;
+  handset->modem().command("indicate carrier_event value=7");
+  auto& pipe = handset->daemon().unsolicited();
+  auto deadline = qorextctl::Deadline::in(kPatience);
+  while (pipe.pending().empty() && !deadline.passed()) pipe.read_available();
+  EXPECT_EQ(as_hex(pipe.take_all()), message.substr(0, 62));
+  switches->most_written = 0;
+  handset->modem().command("indicate carrier_event value=7");
+  EXPECT_EQ(next_message(), message);
+  EXPECT_THAT(handset->log().texts(),
+              testing::Not(Contains(testing::StartsWith("Write to parent failed"))));
+}
+
+}  // namespace
+}  // namespace e2e

@@ -1,0 +1,76 @@
+// Descriptors and files that cannot be had.
+#include "faulty_handset.h"
+
+namespace e2e {
+namespace {
+
+using testing::Contains;
+using testing::IsEmpty;
+using testing::SizeIs;
+
+class Resources : public FaultyHandset {
+ protected:
+  Resources() { messages_until_idle(); }
+
+  // The log of what becomes of a package.
+  Texts store(uint8_t package) {
+    size_t before = handset->log().texts().size();
+    report_package(package);
+    EXPECT_THAT(messages_until_idle(), IsEmpty());
+    return handset->log().texts(before);
+  }
+};
+
+const std::string kStored = "vornIndHndlr: received the last pkg of ";
+
+TEST_F(Resources, AReadOnlyFileSystemCostsThePackagesOfItsTime) {
+  switches->file_error = EROFS;
+  EXPECT_THAT(store(1), Contains("vornIndHndlr: create parent dir /data/vorn failed, rc 30"));
+  switches->file_error = 0;
+  EXPECT_THAT(store(1), Contains(kStored + "1"));
+  switches->file_error = EROFS;
+  EXPECT_THAT(store(2),
+              Contains("vornIndHndlr: Unable to open /data/vorn/~vorn0002.log, errno 30"));
+  EXPECT_EQ(handset->serve(band_query).replies, band_reply);
+  switches->file_error = 0;
+  EXPECT_THAT(store(2), Contains(kStored + "2"));
+}
+
+TEST_F(Resources, WithoutDescriptorsEverythingButFilesWorks) {
+  store(1);
+  exhaust_descriptors(true);
+  EXPECT_THAT(store(2),
+              Contains("vornIndHndlr: Unable to open /data/vorn/~vorn0002.log, errno 24"));
+  EXPECT_EQ(handset->serve(band_query).replies, band_reply);
+  EXPECT_EQ(handset->serve(cdma(0x0200000A, {}, "246810")).replies,
+            as_hex(reply(0x0200000A, 0, zeros(6))));
+  handset->modem().command("indicate utils type=7 data=01");
+  handset->modem().command("indicate carrier_event value=7");
+  EXPECT_THAT(messages_until_idle(), SizeIs(1));
+  EXPECT_EQ(handset->phone().property("ril.baseband.rfcable.status"), "(none)");
+
+  exhaust_descriptors(false);
+  EXPECT_THAT(store(2), Contains(kStored + "2"));
+  handset->modem().command("indicate utils type=7 data=01");
+  messages_until_idle();
+  EXPECT_EQ(handset->phone().property("ril.baseband.rfcable.status"), "1");
+}
+
+TEST_F(Resources, WithoutDescriptorsTheModemIsToldThatNothingWasSaved) {
+  handset->modem_requests();
+  exhaust_descriptors(true);
+  size_t before = handset->log().texts().size();
+  handset->modem().command("indicate hob_save");
+  EXPECT_TRUE(handset->log().wait_for("dhob_write: Sending DYNHOB request to BP", before,
+                                      qorextctl::Deadline::in(kPatience)));
+  exhaust_descriptors(false);
+  EXPECT_THAT(handset->log().texts(before),
+              Contains("dhob_write: Unable to open /dev/qor_hob_ram"));
+  auto deadline = qorextctl::Deadline::in(kPatience);
+  Texts requests;
+  while (requests.empty() && !deadline.passed()) requests = handset->modem_requests();
+  EXPECT_THAT(requests, testing::ElementsAre(asked("qorext", "hob", R"({"state":0})")));
+}
+
+}  // namespace
+}  // namespace e2e
