@@ -16,6 +16,7 @@ struct DaemonOptions {
   std::string phone_root;  // QOREXT_PHONE_ROOT
   unsigned instance = 0;
   LogCapture::Listener on_log = {};
+  int log = -1;  // a descriptor that gets the log; -1: it is captured
 };
 
 class Daemon {
