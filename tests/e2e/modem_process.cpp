@@ -16,6 +16,7 @@
 #include "modem_wait.h"
 #include "patience.h"
 #include "process.h"
+#include "value_or_throw.h"
 
 namespace e2e {
 
@@ -42,12 +43,6 @@ bool comes_up(const qorextctl::UniqueFd& ready) {
   char byte = 0;
   return poll(&entry, 1, Deadline::in(kPatience).remaining_ms()) == 1 &&
          read(ready.get(), &byte, 1) == 1;
-}
-
-template <class T>
-T value_or_throw(qorextctl::Result<T> result) {
-  if (!result) throw std::runtime_error(result.error().message);
-  return std::move(*result);
 }
 
 Json parse(const std::string& words) {

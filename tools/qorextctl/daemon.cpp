@@ -37,7 +37,7 @@ Result<std::unique_ptr<Daemon>> Daemon::start(const DaemonOptions& options) {
   for (int fd : launch.descriptors) launch.arguments.push_back(std::to_string(fd));
   launch.arguments.push_back(std::to_string(options.instance));
   launch.environment = {{"QOREXT_MODEM", options.modem}, {"QOREXT_PHONE_ROOT", options.phone_root}};
-  launch.output = log->write.get();
+  launch.output = options.log >= 0 ? options.log : log->write.get();
   auto process = Process::start(launch);
   if (!process) return process.error();
   Ends ends{std::move(requests->write), std::move(replies->read), std::move(unsolicited->read),

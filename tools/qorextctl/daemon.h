@@ -17,6 +17,7 @@ struct DaemonOptions {
   unsigned instance = 0;
   LogCapture::Listener on_log = {};
   size_t most_log_lines = SIZE_MAX;  // kept for log()
+  int log = -1;  // a descriptor that gets the log; -1: it is captured
 };
 
 class Daemon {

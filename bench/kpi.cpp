@@ -1,0 +1,157 @@
+// How fast a log that the modem uploads comes into the phone's files, beside cp and fsync of the
+// same bytes on the same disk (that of $TMPDIR). Prints JSON.
+#include <fcntl.h>
+#include <fmt/format.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <iostream>
+#include <iterator>
+#include <nlohmann/json.hpp>
+#include <random>
+#include <vector>
+
+#include "modem_wait.h"
+#include "phone_files.h"
+#include "rig.h"
+#include "value_or_throw.h"
+
+namespace {
+
+namespace fs = std::filesystem;
+using e2e::value_or_throw;
+using nlohmann::json;
+
+constexpr size_t kMebibyte = 1 << 20;
+constexpr size_t kDefaultSize = 64;
+constexpr int kDefaultRounds = 3;
+constexpr double kModemPatience = 60;  // seconds without progress
+
+std::string content_of(const fs::path& path) {
+  std::ifstream file(path, std::ios::binary);
+  return {std::istreambuf_iterator<char>(file), {}};
+}
+
+void write_log(const fs::path& path, size_t size) {
+  std::minstd_rand random(1);
+  std::string bytes(size, '\0');
+  for (char& byte : bytes) byte = static_cast<char>(random());
+  std::ofstream(path, std::ios::binary) << bytes;
+}
+
+void sync_file(const fs::path& path) {
+  qorextctl::UniqueFd file(open(path.c_str(), O_RDONLY | O_CLOEXEC));
+  if (fsync(file.get()) != 0) throw fs::filesystem_error("fsync", path, std::error_code());
+}
+
+double copy_seconds(const fs::path& from, const fs::path& to) {
+  double start = bench::now();
+  auto copy = value_or_throw(qorextctl::Process::start({.arguments = {"/bin/cp", from, to}}));
+  auto status = copy.wait(bench::patience());
+  if (!status || status->code != 0) throw std::runtime_error("cp failed");
+  sync_file(to);
+  double taken = bench::now() - start;
+  fs::remove(to);
+  return taken;
+}
+
+// What an index link leads to; it holds the path that the file has on a phone.
+std::string linked_content(const fs::path& folder, const char* link) {
+  std::error_code missing;
+  fs::path target = fs::read_symlink(folder / link, missing);
+  return missing ? "" : content_of(folder / target.filename());
+}
+
+// Throws unless the two kept logs, one behind the other, are the end of what was uploaded.
+void check_logs(const fs::path& folder, const std::string& uploaded) {
+  std::string kept = linked_content(folder, ".0002") + linked_content(folder, ".0001");
+  if (kept.empty() || !uploaded.ends_with(kept)) throw std::runtime_error("the logs are not right");
+}
+
+// The daemon keeps the index links' names and the log it has: all of them go.
+void clear(const fs::path& folder) {
+  for (const auto& entry : fs::directory_iterator(folder)) fs::remove(entry.path());
+}
+
+// The modem's commands, each until what it begins has ended.
+class Modem {
+ public:
+  explicit Modem(const std::string& control)
+      : control_(value_or_throw(qorextctl::ModemControl::connect(control))) {}
+
+  void command(const qorextctl::Json& command) {
+    auto answer = value_or_throw(qorextctl::call_to_end(control_, command, kModemPatience));
+    if (!answer.value("ok", false)) throw std::runtime_error(answer.dump());
+  }
+
+ private:
+  qorextctl::ModemControl control_;
+};
+
+struct Upload {
+  double seconds;
+  double processor_seconds;
+};
+
+// Indications are handled in order, and the last one here becomes a message.
+Upload upload(Modem& modem, qorextctl::Daemon& daemon, const fs::path& log) {
+  double processor = bench::processor_seconds(daemon);
+  double start = bench::now();
+  modem.command({{"command", "kpi"}, {"file", log.string()}});
+  modem.command({{"command", "indicate"}, {"indication", "generic"}});
+  if (!daemon.receive_unsolicited(bench::patience())) {
+    throw std::runtime_error("the daemon does not come to the end of the upload");
+  }
+  return {bench::now() - start, bench::processor_seconds(daemon) - processor};
+}
+
+double median(std::vector<double> values) {
+  std::nth_element(values.begin(), values.begin() + static_cast<long>(values.size() / 2),
+                   values.end());
+  return values[values.size() / 2];
+}
+
+json measure(size_t mebibytes, int rounds) {
+  bench::Rig rig(bench::kModemProgram, bench::Spread::free);
+  auto daemon = rig.start(bench::kDaemonProgram);
+  Modem modem(rig.control());
+  fs::path root = rig.phone_root();
+  fs::path log = root / "uploaded.log";
+  fs::path folder = root.string() + qorextctl::kLogFolder;
+  write_log(log, mebibytes * kMebibyte);
+  std::string uploaded = content_of(log);
+
+  std::vector<double> copies;
+  std::vector<double> uploads;
+  std::vector<double> ratios;
+  std::vector<double> processor;
+  for (int round = 0; round < rounds; ++round) {
+    copies.push_back(copy_seconds(log, root / "copy.log"));
+    Upload taken = upload(modem, *daemon, log);
+    check_logs(folder, uploaded);
+    clear(folder);
+    uploads.push_back(taken.seconds);
+    ratios.push_back(taken.seconds / copies.back());
+    processor.push_back(taken.processor_seconds);
+  }
+  auto size = static_cast<double>(mebibytes);
+  return {{"mib", mebibytes},
+          {"rounds", rounds},
+          {"upload_mib_per_s", size / median(uploads)},
+          {"copy_mib_per_s", size / median(copies)},
+          {"upload_to_copy_time", median(ratios)},
+          {"daemon_processor_ms_per_mib", 1000 * median(processor) / size},
+          {"upload_seconds", uploads},
+          {"copy_seconds", copies}};
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  size_t mebibytes = argc > 1 ? std::strtoul(argv[1], nullptr, 10) : kDefaultSize;
+  int rounds = argc > 2 ? std::atoi(argv[2]) : kDefaultRounds;
+  std::cout << measure(mebibytes, rounds).dump(2) << std::endl;
+}

@@ -1,0 +1,41 @@
+#!/usr/bin/env python3
+"""Runs the benchmarks of the release build: a table, and build/bench/results.json.
+
+usage: bench/run.py [NAME...]    without a name all of them
+"""
+
+import json
+import sys
+
+from measures import MEASURES
+from places import RESULTS
+
+
+def earlier_results():
+    return json.loads(RESULTS.read_text()) if RESULTS.exists() else {}
+
+
+def print_table(rows):
+    width = max(len(row["what"]) for row in rows)
+    for row in rows:
+        goal = f"  goal: {row['goal']}" if row.get("goal") else ""
+        print(f"{row['what']:<{width}}  {row['value']:>10.4g} {row['unit']}{goal}")
+
+
+def main(names):
+    unknown = set(names) - set(MEASURES)
+    if unknown:
+        sys.exit(f"bench: no such benchmark: {' '.join(sorted(unknown))}; "
+                 f"there are: {' '.join(MEASURES)}")
+    results = earlier_results()
+    for name in names or MEASURES:
+        print(f"{name} ...", file=sys.stderr, flush=True)
+        measure = MEASURES[name]
+        results[name] = measure.run()
+        print_table(measure.rows(results[name]))
+        RESULTS.parent.mkdir(parents=True, exist_ok=True)
+        RESULTS.write_text(json.dumps(results, indent=1) + "\n")
+
+
+if __name__ == "__main__":
+    main(sys.argv[1:])
