@@ -46,16 +46,22 @@ void Handset::spoil(const std::string& message, const std::string& fault, unsign
   modem_->command(fmt::format("fault {} message={} times=1", fault, message));
 }
 
-void Handset::start_daemon(unsigned instance) {
+qorextctl::DaemonOptions Handset::daemon_options(unsigned instance) const {
   qorextctl::DaemonOptions options;
   options.executable = phone_.program("qorext_client");
-  options.modem = "unix:" + phone_.modem_socket();
-  options.phone_root = phone_.folder();
+  options.modem = phone_.modem();
+  options.phone_root = phone_.daemon_root();
   options.instance = instance;
+  return options;
+}
+
+void Handset::start_daemon(unsigned instance) {
+  auto options = daemon_options(instance);
   options.on_log = [this](const std::string& line) { log_.add(line); };
   auto daemon = qorextctl::Daemon::start(options);
   if (!daemon) throw std::runtime_error(daemon.error().message);
   daemon_ = std::move(*daemon);
+  daemon_ended_ = false;
 }
 
 std::vector<std::string> Handset::wait_until_serving() {
@@ -72,7 +78,10 @@ std::vector<std::string> Handset::log_until_waiting() {
     running = !daemon_->wait_exit(Deadline::in(std::chrono::milliseconds(0)));
     waiting = log_.wait_for(kWaiting, log_mark_, Deadline::in(kGlance));
   }
-  if (!waiting) throw std::runtime_error("the daemon does not come to wait for a request");
+  if (!waiting) {
+    throw std::runtime_error("the daemon does not come to wait for a request; its log:\n" +
+                             log_.describe());
+  }
   auto texts = log_.texts(log_mark_, *waiting);
   log_mark_ = *waiting + 1;
   return texts;

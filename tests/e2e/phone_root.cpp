@@ -28,18 +28,30 @@ void give_to_radio_user(const std::string& path) {
   if (geteuid() == 0 && chown(path.c_str(), kRadioUser, kRadioUser) != 0) fail(path);
 }
 
+void remove_content(const std::string& folder) {
+  for (const auto& entry : fs::directory_iterator(folder)) fs::remove_all(entry.path());
+}
+
 }  // namespace
 
 PhoneRoot::PhoneRoot() : path_(fs::temp_directory_path() / "qorext.XXXXXX") {
   if (mkdtemp(path_.data()) == nullptr) fail(path_);
   chmod(path_.c_str(), kFolderMode);
-  for (const char* name : {"/data/system", "/proc", "/sys", kProperties}) {
+  const char* handset = getenv("QOREXT_HANDSET");
+  folder_ = handset == nullptr ? path_ + "/phone" : handset;
+  daemon_root_ = handset == nullptr ? folder_ : "";
+  modem_ = handset == nullptr ? "unix:" + path_ + "/modem.sock" : "qrtr";
+  make_folders();
+}
+
+void PhoneRoot::make_folders() {
+  for (const char* name : {"/data", "/proc", "/sys", kProperties}) {
     fs::create_directories(folder() + name);
+    remove_content(folder() + name);
+    give_to_radio_user(folder() + name);
   }
-  give_to_radio_user(folder());
-  for (const auto& entry : fs::recursive_directory_iterator(folder())) {
-    give_to_radio_user(entry.path());
-  }
+  fs::create_directory(folder() + "/data/system");
+  give_to_radio_user(folder() + "/data/system");
 }
 
 PhoneRoot::~PhoneRoot() {
