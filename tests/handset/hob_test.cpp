@@ -1,12 +1,13 @@
 // The HOB save on real block devices. What it leaves on the partition is looked at once more when
 // the handset has been switched off: the test that wipes the partition saves to it as well.
-#include <fcntl.h>
 #include <gmock/gmock.h>
+#include <sched.h>
 
+#include <algorithm>
 #include <filesystem>
-#include <regex>
 
 #include "handset.h"
+#include "modem_control.h"
 #include "phone_files.h"
 
 namespace e2e {
@@ -33,15 +34,17 @@ class HobSave : public testing::Test {
     handset.wait_until_serving();
   }
 
-  // The HOB messages of the daemon up to the first one that is no notice of readiness.
+  // The daemon's two HOB messages: that it is ready, and how the save went.
   std::vector<std::string> answers() {
-    std::vector<std::string> found;
+    auto count = [this] {
+      auto requests = qorextctl::Json::parse(handset.modem().value("requests", "/requests"));
+      return std::count_if(requests.begin(), requests.end(),
+                           [](const auto& request) { return request["message"] == "hob"; });
+    };
     Deadline deadline = Deadline::in(kPatience);
-    while ((found.empty() || found.back() == kReady) && !deadline.passed()) {
-      for (const std::string& request : handset.modem_requests()) {
-        if (request.starts_with("qorext hob ")) found.push_back(request);
-      }
-    }
+    while (count() < 2 && !deadline.passed()) sched_yield();
+    auto found = handset.modem_requests();
+    std::erase_if(found, [](const auto& request) { return !request.starts_with("qorext hob "); });
     return found;
   }
   static std::string told(int outcome) {

@@ -34,7 +34,7 @@ class Image:
         self.sysroot = parts / "sysroot"
         self.modules = next((parts / "kernel/lib/modules").iterdir())
         self.root = parts / "root"
-        self.folders = [build / "lib", self.sysroot / "lib/aarch64-linux-gnu",
+        self.folders = [build / "lib", build / "lib/tests", self.sysroot / "lib/aarch64-linux-gnu",
                         self.sysroot / "usr/lib/aarch64-linux-gnu",
                         self.sysroot / "usr/lib/aarch64-linux-gnu/android"]
 
@@ -56,7 +56,8 @@ class Image:
         for name in ("qorext_modem", "qorextctl"):
             self.add(self.build / "bin" / name, f"system/bin/{name}")
         self.add(self.build / "bin/qorext_client", "phone/system/bin/qorext_client")
-        self.add(self.build / "tests/e2e_test", "system/bin/e2e_test")
+        for name in ("qmi_transport_test", "qmi_client_test", "e2e_test"):
+            self.add(self.build / "tests" / name, f"system/bin/{name}")
         self.copy(HERE / "guest/qorext_client", "system/bin/qorext_client")
         self.copy(HERE / "guest/traced", "system/traced/qorext_client")
         self.copy(HERE / "guest/init", "init")

@@ -29,7 +29,6 @@ class Interoperability : public testing::Test {
   std::string tenths(int64_t value) {
     return fmt::format("{:.1f}", static_cast<double>(value) / 10);
   }
-  std::string tenths_of(const std::string& key) { return tenths(std::stol(lte(key))); }
 
   // The modem is node 1, the only one.
   static CommandResult qmicli(const std::string& words) {
@@ -63,8 +62,11 @@ TEST_F(Interoperability, QmicliReadsTheSignal) {
 TEST_F(Interoperability, QmicliReadsReceiversAndTransmitter) {
   CommandResult result = qmicli("--nas-get-tx-rx-info=lte");
   EXPECT_EQ(result.status, 0) << result.errors;
-  std::cout << result.output;
-  EXPECT_THAT(trimmed_lines(result.output), Contains("Power: '" + tenths_of("tx_power") + " dBm'"));
+  auto lines = trimmed_lines(result.output);
+  EXPECT_THAT(lines, IsSupersetOf({std::string("Radio tuned: 'yes'"),
+                                   "Power: '" + tenths(10 * std::stol(lte("rssi"))) + " dBm'",
+                                   "RSRP: '" + tenths(10 * std::stol(lte("rsrp"))) + " dBm'",
+                                   "Power: '" + tenths(std::stol(lte("tx_power"))) + " dBm'"}));
 }
 
 TEST_F(Interoperability, QmicliUnderstandsARefusal) {
