@@ -70,7 +70,10 @@ std::vector<std::string> Handset::log_until_waiting() {
     running = !daemon_->wait_exit(Deadline::in(std::chrono::milliseconds(0)));
     waiting = log_.wait_for(kWaiting, log_mark_, Deadline::in(kGlance));
   }
-  if (!waiting) throw std::runtime_error("the daemon does not come to wait for a request");
+  if (!waiting) {
+    throw std::runtime_error("the daemon does not come to wait for a request; its log:\n" +
+                             log_.describe());
+  }
   auto texts = log_.texts(log_mark_, *waiting);
   log_mark_ = *waiting + 1;
   return texts;

@@ -43,6 +43,7 @@ class Handset {
   // of the modem's, such as "error error=3".
   void spoil(const std::string& message, const std::string& fault, unsigned spared = 0);
 
+  // Also again, when the one before has ended.
   void start_daemon(unsigned instance = 0);
   // The log up to the first "Child process waiting for data"; that it comes is expected.
   std::vector<std::string> wait_until_serving();

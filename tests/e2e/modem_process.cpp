@@ -70,9 +70,13 @@ ModemProcess::ModemProcess(const PhoneRoot& phone) : parts_(std::make_unique<Par
   auto ready = qorextctl::make_pipe().value();
   auto output = qorextctl::make_pipe().value();
   qorextctl::Launch launch;
-  launch.arguments = {
-      phone.program("qorext_modem"), "--listen",   "unix:" + phone.modem_socket(),   "--control",
-      phone.control_socket(),        "--ready-fd", std::to_string(ready.write.get())};
+  launch.arguments = {phone.program("qorext_modem"),
+                      "--listen",
+                      phone.modem(),
+                      "--control",
+                      phone.control_socket(),
+                      "--ready-fd",
+                      std::to_string(ready.write.get())};
   launch.descriptors = {ready.write.get()};
   launch.output = output.write.get();
   OpenToEveryone sockets;

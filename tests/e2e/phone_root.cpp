@@ -24,13 +24,36 @@ constexpr mode_t kFolderMode = 0755;
   throw std::system_error(errno, std::generic_category(), path);
 }
 
+void remove_content(const std::string& folder) {
+  for (const auto& entry : fs::directory_iterator(folder)) fs::remove_all(entry.path());
+}
+
 }  // namespace
 
 PhoneRoot::PhoneRoot(Content content) : path_(fs::temp_directory_path() / "qorext.XXXXXX") {
   if (mkdtemp(path_.data()) == nullptr) fail(path_);
   chmod(path_.c_str(), kFolderMode);
+  if (const char* handset = getenv("QOREXT_HANDSET")) {
+    use_handset(handset);
+    return;
+  }
+  folder_ = path_ + "/phone";
+  daemon_root_ = folder_;
+  modem_ = "unix:" + path_ + "/modem.sock";
   auto error = content == bare ? qorextctl::make_phone_folders(folder())
                                : qorextctl::prepare_phone(folder(), {});
+  if (error) throw std::runtime_error(error->message);
+}
+
+void PhoneRoot::use_handset(const std::string& folder) {
+  folder_ = folder;
+  modem_ = "qrtr";
+  for (const char* name : {"/data", "/proc", "/sys", qorextctl::kPropertiesFolder}) {
+    fs::create_directories(folder_ + name);
+    remove_content(folder_ + name);
+    give_to_daemon(folder_ + name);
+  }
+  auto error = qorextctl::make_phone_folders(folder_);
   if (error) throw std::runtime_error(error->message);
 }
 

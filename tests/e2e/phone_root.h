@@ -1,4 +1,6 @@
-// The phone's files and the modem's sockets: a folder of a test's own.
+// The phone's files and the modem's sockets: a folder of a test's own. In the virtual handset,
+// where QOREXT_HANDSET names the folder that is the daemon's root, the one phone that there is,
+// emptied, and a modem on the kernel's QRTR sockets.
 #pragma once
 
 #include <string>
@@ -18,8 +20,11 @@ class PhoneRoot {
   std::string program(const std::string& name) const { return programs_ + "/" + name; }
   void use_programs(const std::string& folder) { programs_ = folder; }
 
-  std::string folder() const { return path_ + "/phone"; }
-  std::string modem_socket() const { return path_ + "/modem.sock"; }
+  // Where a test finds the phone's files.
+  const std::string& folder() const { return folder_; }
+  // QOREXT_PHONE_ROOT and QOREXT_MODEM, as the daemon needs them.
+  const std::string& daemon_root() const { return daemon_root_; }
+  const std::string& modem() const { return modem_; }
   std::string control_socket() const { return path_ + "/control.sock"; }
 
   // The daemon may write a file that a test has put here.
@@ -30,7 +35,12 @@ class PhoneRoot {
   std::string property(const std::string& name) const;
 
  private:
+  void use_handset(const std::string& folder);
+
   std::string path_;
+  std::string folder_;
+  std::string daemon_root_;
+  std::string modem_;
   std::string programs_ = QOREXT_BIN;
 };
 

@@ -152,8 +152,8 @@ class Arguments : public testing::Test {
     qorextctl::Launch launch;
     launch.arguments = {phone.program("qorext_client")};
     launch.arguments.insert(launch.arguments.end(), arguments.begin(), arguments.end());
-    launch.environment = {{"QOREXT_MODEM", "unix:" + phone.modem_socket()},
-                          {"QOREXT_PHONE_ROOT", phone.folder()}};
+    launch.environment = {{"QOREXT_MODEM", phone.modem()},
+                          {"QOREXT_PHONE_ROOT", phone.daemon_root()}};
     launch.output = output.write.get();
     DaemonLog log;
     qorextctl::LogCapture capture([&log](const std::string& line) { log.add(line); });

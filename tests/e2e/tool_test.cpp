@@ -92,9 +92,8 @@ class GivenModem : public testing::Test {
   CommandResult run(const std::string& words, const std::string& input = "") {
     std::string path = handset.phone().folder() + "/input";
     std::ofstream(path) << input;
-    return run_command("$BIN/qorextctl --modem unix:" + handset.phone().modem_socket() +
-                       " --control " + handset.phone().control_socket() + " " + words + " <" +
-                       path);
+    return run_command("$BIN/qorextctl --modem " + handset.phone().modem() + " --control " +
+                       handset.phone().control_socket() + " " + words + " <" + path);
   }
 
   Handset handset{Handset::off};

@@ -1,0 +1,32 @@
+#include "device_files.h"
+
+#include <fmt/format.h>
+#include <sys/stat.h>
+
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+
+namespace e2e {
+
+std::string content_of(const std::string& path) {
+  std::ifstream file(path, std::ios::binary);
+  return {std::istreambuf_iterator<char>(file), {}};
+}
+
+std::string rights_of(const std::string& path) {
+  struct stat status {};
+  if (stat(path.c_str(), &status) != 0) return "none";
+  return fmt::format("{}:{} {:o}", status.st_uid, status.st_gid, status.st_mode & ALLPERMS);
+}
+
+void put_file(const std::string& path, const std::string& content) {
+  std::filesystem::create_directories(std::filesystem::path(path).parent_path());
+  std::ofstream(path, std::ios::binary) << content;
+}
+
+std::string about_process(pid_t pid, const std::string& name) {
+  return content_of(fmt::format("/proc/{}/{}", pid, name));
+}
+
+}  // namespace e2e

@@ -1,0 +1,21 @@
+// The phone's files, as the tests of the handset look at them.
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "phone_root.h"
+
+namespace e2e {
+
+std::string content_of(const std::string& path);
+
+// "OWNER:GROUP MODE", as in "1001:2002 660"; "none" when there is no such file.
+std::string rights_of(const std::string& path);
+
+void put_file(const std::string& path, const std::string& content);
+
+// What a process says about itself: /proc/PID/`name`.
+std::string about_process(pid_t pid, const std::string& name);
+
+}  // namespace e2e

@@ -1,0 +1,79 @@
+// The modem's logs on the phone's own file system: owners, groups and modes.
+#include <gmock/gmock.h>
+
+#include <filesystem>
+
+#include "device_files.h"
+#include "handset.h"
+#include "vorn.h"
+
+namespace e2e {
+namespace {
+
+namespace fs = std::filesystem;
+
+using testing::SizeIs;
+using testing::StartsWith;
+
+constexpr uintmax_t kFullLog = 0x1E00000;
+
+class KpiLogs : public testing::Test {
+ protected:
+  std::string at(const std::string& path) { return handset.phone().folder() + path; }
+  // What one of the index links says, and where that lies for a test.
+  std::string target(const std::string& link) { return fs::read_symlink(at(link)); }
+
+  // One packet of package 7, taken in.
+  void upload(unsigned sequence, bool is_last, const Bytes& payload) {
+    e2e::upload(handset.modem(), {7, sequence, is_last, payload});
+    // What is indicated behind it arrives behind it.
+    handset.modem().command("indicate generic");
+    EXPECT_TRUE(handset.daemon().receive_unsolicited(qorextctl::Deadline::in(kPatience)));
+  }
+  void upload_package(const std::string& text) {
+    upload(1, true, le32(kLogHeader) + characters(text));
+  }
+
+  Handset handset;
+};
+
+TEST_F(KpiLogs, BelongToTheRadioUserAndTheDiagnosticsGroup) {
+  upload(1, false, le32(kLogHeader) + characters("first, "));
+  EXPECT_EQ(rights_of(at("/data/vorn")), "1001:1001 750");
+  EXPECT_EQ(rights_of(at("/data/vorn/~vorn0007.log")), "1001:1001 740");
+  EXPECT_EQ(content_of(at("/data/vorn/~vorn0007.log")), "first, ");
+
+  upload(2, true, characters("last"));
+  EXPECT_EQ(rights_of(at("/data/vorn/~vorn0007.log")), "none");
+  std::string log = target("/data/vorn/.0001");
+  EXPECT_THAT(log, StartsWith("/data/vorn/vorn_"));
+  EXPECT_EQ(rights_of(at(log)), "1001:2002 660");
+  EXPECT_EQ(content_of(at(log)), "first, last");
+}
+
+TEST_F(KpiLogs, GoToTheDropBoxWhenFull) {
+  upload_package("old");
+  std::string full = target("/data/vorn/.0001");
+  fs::rename(at(full), at("/data/vorn/vorn_full.log"));
+  full = "/data/vorn/vorn_full.log";
+  fs::remove(at("/data/vorn/.0001"));
+  fs::create_symlink(full, at("/data/vorn/.0001"));
+  // The daemon sees the phone's path; from here the link leads elsewhere.
+  fs::resize_file(at(full), kFullLog);
+
+  upload_package("new");
+  std::string log = target("/data/vorn/.0001");
+  EXPECT_EQ(content_of(at(log)), "new");
+  EXPECT_EQ(rights_of(at(log)), "1001:2002 660");
+  EXPECT_EQ(target("/data/vorn/.0002"), full);
+  std::vector<fs::path> entries;
+  for (const auto& entry : fs::directory_iterator(at("/data/system/dropbox"))) {
+    entries.push_back(entry.path());
+  }
+  ASSERT_THAT(entries, SizeIs(1));
+  EXPECT_THAT(entries[0].filename(), StartsWith("modem_vorn@"));
+  EXPECT_EQ(content_of(entries[0]), full);
+}
+
+}  // namespace
+}  // namespace e2e
