@@ -4,7 +4,6 @@
 #include <fmt/format.h>
 #include <unistd.h>
 
-#include <algorithm>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
@@ -14,9 +13,10 @@
 #include <random>
 #include <vector>
 
-#include "modem_wait.h"
+#include "modem.h"
 #include "phone_files.h"
 #include "rig.h"
+#include "samples.h"
 #include "value_or_throw.h"
 
 namespace {
@@ -28,7 +28,6 @@ using nlohmann::json;
 constexpr size_t kMebibyte = 1 << 20;
 constexpr size_t kDefaultSize = 64;
 constexpr int kDefaultRounds = 3;
-constexpr double kModemPatience = 60;  // seconds without progress
 
 std::string content_of(const fs::path& path) {
   std::ifstream file(path, std::ios::binary);
@@ -76,28 +75,13 @@ void clear(const fs::path& folder) {
   for (const auto& entry : fs::directory_iterator(folder)) fs::remove(entry.path());
 }
 
-// The modem's commands, each until what it begins has ended.
-class Modem {
- public:
-  explicit Modem(const std::string& control)
-      : control_(value_or_throw(qorextctl::ModemControl::connect(control))) {}
-
-  void command(const qorextctl::Json& command) {
-    auto answer = value_or_throw(qorextctl::call_to_end(control_, command, kModemPatience));
-    if (!answer.value("ok", false)) throw std::runtime_error(answer.dump());
-  }
-
- private:
-  qorextctl::ModemControl control_;
-};
-
 struct Upload {
   double seconds;
   double processor_seconds;
 };
 
 // Indications are handled in order, and the last one here becomes a message.
-Upload upload(Modem& modem, qorextctl::Daemon& daemon, const fs::path& log) {
+Upload upload(bench::Modem& modem, qorextctl::Daemon& daemon, const fs::path& log) {
   double processor = bench::processor_seconds(daemon);
   double start = bench::now();
   modem.command({{"command", "kpi"}, {"file", log.string()}});
@@ -108,16 +92,10 @@ Upload upload(Modem& modem, qorextctl::Daemon& daemon, const fs::path& log) {
   return {bench::now() - start, bench::processor_seconds(daemon) - processor};
 }
 
-double median(std::vector<double> values) {
-  std::nth_element(values.begin(), values.begin() + static_cast<long>(values.size() / 2),
-                   values.end());
-  return values[values.size() / 2];
-}
-
 json measure(size_t mebibytes, int rounds) {
   bench::Rig rig(bench::kModemProgram, bench::Spread::free);
   auto daemon = rig.start(bench::kDaemonProgram);
-  Modem modem(rig.control());
+  bench::Modem modem(rig.control());
   fs::path root = rig.phone_root();
   fs::path log = root / "uploaded.log";
   fs::path folder = root.string() + qorextctl::kLogFolder;
@@ -140,10 +118,10 @@ json measure(size_t mebibytes, int rounds) {
   auto size = static_cast<double>(mebibytes);
   return {{"mib", mebibytes},
           {"rounds", rounds},
-          {"upload_mib_per_s", size / median(uploads)},
-          {"copy_mib_per_s", size / median(copies)},
-          {"upload_to_copy_time", median(ratios)},
-          {"daemon_processor_ms_per_mib", 1000 * median(processor) / size},
+          {"upload_mib_per_s", size / bench::median(uploads)},
+          {"copy_mib_per_s", size / bench::median(copies)},
+          {"upload_to_copy_time", bench::median(ratios)},
+          {"daemon_processor_ms_per_mib", 1000 * bench::median(processor) / size},
           {"upload_seconds", uploads},
           {"copy_seconds", copies}};
 }

@@ -1,21 +1,24 @@
 // From a request's write to its reply's read, for the daemon and beside it for the limit program,
 // in turns of a few requests each. Prints JSON.
 //
-//   bench_latency ROUNDS         both, everything on one core and on two; $QOREXT_BENCH_PLAN is the
-//                                limit's plan
-//   bench_latency once PROGRAM   every request twice, for a recording of what the program does
+//   bench_latency ROUNDS   both, everything on one core and on two; $QOREXT_BENCH_PLAN is the
+//                          limit's plan
+// and without measuring:
+//   bench_latency record PROGRAM             every request twice, to be recorded
+//   bench_latency repeat PROGRAM NAME COUNT  one request so many times, to be counted
 #include <unistd.h>
 
-#include <algorithm>
 #include <cstdlib>
 #include <cstring>
 #include <iostream>
 #include <nlohmann/json.hpp>
 
 #include "requests.h"
+#include "samples.h"
 
 namespace {
 
+using bench::Samples;
 using nlohmann::json;
 using qorextctl::Daemon;
 
@@ -31,32 +34,20 @@ double serve_once(Daemon& daemon, const qorextctl::Bytes& request) {
   return bench::now() - start;
 }
 
-using Samples = std::vector<double>;
-
 Samples take_turn(Daemon& daemon, const qorextctl::Bytes& request) {
   Samples samples;
   for (int i = 0; i < kRequestsATurn; ++i) samples.push_back(serve_once(daemon, request));
   return samples;
 }
 
-double quantile(const Samples& sorted, double part) {
-  return sorted[static_cast<size_t>(part * static_cast<double>(sorted.size() - 1))];
-}
-
-double median(Samples samples) {
-  std::sort(samples.begin(), samples.end());
-  return quantile(samples, 0.5);
-}
-
-json distribution(Samples samples) {
-  std::sort(samples.begin(), samples.end());
+json distribution(const Samples& samples) {
   constexpr double kMicroseconds = 1e6;
   json points = json::array();
   for (int i = 0; i <= kPoints; ++i) {
-    points.push_back(kMicroseconds * quantile(samples, static_cast<double>(i) / kPoints));
+    points.push_back(kMicroseconds * bench::quantile(samples, static_cast<double>(i) / kPoints));
   }
-  return {{"p50_us", kMicroseconds * quantile(samples, 0.50)},
-          {"p99_us", kMicroseconds * quantile(samples, 0.99)},
+  return {{"p50_us", kMicroseconds * bench::quantile(samples, 0.50)},
+          {"p99_us", kMicroseconds * bench::quantile(samples, 0.99)},
           {"points_us", points}};
 }
 
@@ -68,12 +59,12 @@ json compare(Daemon& daemon, Daemon& limit, const qorextctl::Bytes& request, int
   for (int round = 0; round < rounds; ++round) {
     Samples one = take_turn(daemon, request);
     Samples other = take_turn(limit, request);
-    ratios.push_back(median(one) / median(other));
+    ratios.push_back(bench::median(one) / bench::median(other));
     of_daemon.insert(of_daemon.end(), one.begin(), one.end());
     of_limit.insert(of_limit.end(), other.begin(), other.end());
   }
   json result = {{"daemon", distribution(of_daemon)}, {"limit", distribution(of_limit)}};
-  result["p50_ratio"] = median(ratios);
+  result["p50_ratio"] = bench::median(ratios);
   result["p99_ratio"] =
       result["daemon"]["p99_us"].get<double>() / result["limit"]["p99_us"].get<double>();
   return result;
@@ -90,19 +81,28 @@ json compare_all(bench::Spread spread, int rounds) {
   return results;
 }
 
-void serve_all_twice(const char* program) {
+// The request with this name `count` times; without a name all of them in turns.
+void serve_repeatedly(const char* program, const std::string& name, int count) {
   bench::Rig rig(bench::kQuickModemProgram, bench::Spread::free);
   auto daemon = rig.start(program);
-  for (int i = 0; i < 2; ++i) {
-    for (const auto& measured : bench::measured_requests()) serve_once(*daemon, measured.request);
+  for (int i = 0; i < count; ++i) {
+    for (const auto& measured : bench::measured_requests()) {
+      if (name.empty() || name == measured.name) serve_once(*daemon, measured.request);
+    }
   }
+  daemon->close_requests();
+  if (!daemon->wait_exit(bench::patience())) throw std::runtime_error("the daemon does not end");
 }
 
 }  // namespace
 
 int main(int argc, char** argv) {
-  if (argc == 3 && strcmp(argv[1], "once") == 0) {
-    serve_all_twice(argv[2]);
+  if (argc == 3 && strcmp(argv[1], "record") == 0) {
+    serve_repeatedly(argv[2], "", 2);
+    return 0;
+  }
+  if (argc == 5 && strcmp(argv[1], "repeat") == 0) {
+    serve_repeatedly(argv[2], argv[3], std::atoi(argv[4]));
     return 0;
   }
   int rounds = argc > 1 ? std::atoi(argv[1]) : 1;

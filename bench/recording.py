@@ -48,7 +48,7 @@ def daemon_calls():
     """Every call of the daemon, of all its threads, while it served each request twice."""
     with tempfile.NamedTemporaryFile("r") as trace:
         subprocess.run(["strace", "-f", "-qq", "-xx", "-s", "4096", "-o", trace.name,
-                        bench_program("bench_latency"), "once", str(DAEMON)], check=True)
+                        bench_program("bench_latency"), "record", str(DAEMON)], check=True)
         calls = list(parse(trace.read().splitlines()))
     path = str(DAEMON).encode()
     started = next(i for i, call in enumerate(calls)

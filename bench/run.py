@@ -2,11 +2,14 @@
 """Runs the benchmarks of the release build: a table, and build/bench/results.json.
 
 usage: bench/run.py [NAME...]    without a name all of them
+       bench/run.py --check      compares the instructions of each request with the stored ones
+       bench/run.py --store      stores them anew, in bench/instructions.json
 """
 
 import json
 import sys
 
+import instructions
 from measures import MEASURES
 from places import RESULTS
 
@@ -38,4 +41,8 @@ def main(names):
 
 
 if __name__ == "__main__":
-    main(sys.argv[1:])
+    OPTIONS = {"--check": instructions.check, "--store": instructions.store}
+    if len(sys.argv) == 2 and sys.argv[1] in OPTIONS:
+        OPTIONS[sys.argv[1]]()
+    else:
+        main(sys.argv[1:])
