@@ -1,59 +1,66 @@
 """Instructions that the daemon's process executes for a request, counted by callgrind.
 
-The count of one request is the difference of two runs with different numbers of requests, so that
-start and end are not in it. bench/instructions.json keeps the counts; check() compares with them.
+bench/instructions.json keeps the counts, and check() compares with them.
 """
 
+import collections
 import json
 import re
-import subprocess
 import sys
-import tempfile
-from pathlib import Path
 
-from places import DAEMON, ROOT, bench_program, row
+import valgrind
 from latency import NAMES
+from places import DAEMON, ROOT, row
 
 STORED = ROOT / "bench/instructions.json"
 TOLERANCE = 0.03
-FEW, MANY = 20, 120
+TOOL = "--tool=callgrind --quiet --callgrind-out-file={out}"
 
-WRAPPER = """#!/bin/sh
-exec valgrind --tool=callgrind --vgdb=no --quiet --callgrind-out-file={out} {daemon} "$@"
-"""
-
-
-def total(name, requests):
-    with tempfile.TemporaryDirectory() as folder:
-        # The daemon writes the counts when it has become the radio user.
-        Path(folder).chmod(0o777)
-        out, wrapper = Path(folder, "counts"), Path(folder, "daemon")
-        wrapper.write_text(WRAPPER.format(out=out, daemon=DAEMON))
-        wrapper.chmod(0o755)
-        subprocess.run([bench_program("bench_latency"), "repeat", str(wrapper), name,
-                        str(requests)], check=True)
-        return int(re.search(r"^(?:summary|totals): (\d+)", out.read_text(), re.MULTILINE)[1])
+OBJECT = re.compile(r"^ob=\((\d+)\)(?: (.*))?$")
+COST = re.compile(r"^[\d+*-]\S* (\d+)$")
 
 
-def per_request(name):
-    return round((total(name, MANY) - total(name, FEW)) / (MANY - FEW))
+def by_object(text):
+    """Instructions by executable or library, each without what it calls; and in total."""
+    names, costs = {}, collections.Counter()
+    current, is_call = None, False
+    for line in text.splitlines():
+        if match := OBJECT.match(line):
+            names.setdefault(match[1], (match[2] or "").rsplit("/", 1)[-1])
+            current = names[match[1]]
+        elif match := re.match(r"^cob=\((\d+)\) (.*)$", line):
+            names.setdefault(match[1], match[2].rsplit("/", 1)[-1])
+        elif match := COST.match(line):
+            if not is_call:
+                costs[current] += int(match[1])
+        is_call = line.startswith("calls=")
+    costs["total"] = int(re.search(r"^summary: (\d+)", text, re.MULTILINE)[1])
+    return costs
 
 
 def run():
-    return {name: per_request(name) for name in NAMES}
+    return {name: valgrind.per_request(TOOL, name, by_object) for name in NAMES}
 
 
 def rows(result):
-    return [row(f"{what}: instructions", result[name]) for name, what in NAMES.items()]
+    table = []
+    for name, what in NAMES.items():
+        own = result[name].get(DAEMON.name, 0)
+        table += [row(f"{what}: instructions of the process", result[name]["total"]),
+                  row(f"{what}: of these in the executable itself", own)]
+    return table
+
+
+def totals():
+    return {name: round(found["total"]) for name, found in run().items()}
 
 
 def store():
-    STORED.write_text(json.dumps(run(), indent=2) + "\n")
+    STORED.write_text(json.dumps(totals(), indent=2) + "\n")
 
 
 def check():
-    """Fails when a request has become more than the tolerance dearer, or cheaper without a store."""
-    stored, found = json.loads(STORED.read_text()), run()
+    stored, found = json.loads(STORED.read_text()), totals()
     print(f"{'request':<10} {'stored':>9} {'now':>9}")
     off = []
     for name, count in found.items():

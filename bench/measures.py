@@ -1,11 +1,17 @@
 """The benchmarks by name. Each runs (everything measured, for the file) and tells its rows."""
 
+import exchanges
+import footprint
 import instructions
 import kpi
 import latency
+import parts
 
 MEASURES = {
     "latency": latency,
+    "exchanges": exchanges,
+    "footprint": footprint,
     "instructions": instructions,
+    "parts": parts,
     "kpi": kpi,
 }
