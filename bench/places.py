@@ -6,7 +6,7 @@ import pathlib
 import subprocess
 
 ROOT = pathlib.Path(__file__).resolve().parent.parent
-BUILD = ROOT / "build/release"
+BUILD = pathlib.Path(os.environ.get("QOREXT_BENCH_BUILD", ROOT / "build/release"))
 DAEMON = BUILD / "bin/qorext_client"
 RESULTS = ROOT / "build/bench/results.json"
 

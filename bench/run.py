@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""Runs the benchmarks of the release build: a table, and build/bench/results.json.
+"""Runs the benchmarks of the release build: a table, build/bench/results.json, latency.svg there.
 
 usage: bench/run.py [NAME...]    without a name all of them
        bench/run.py --check      compares the instructions of each request with the stored ones
@@ -12,6 +12,7 @@ import sys
 import instructions
 from measures import MEASURES
 from places import RESULTS
+from plot import picture
 
 
 def earlier_results():
@@ -38,6 +39,8 @@ def main(names):
         print_table(measure.rows(results[name]))
         RESULTS.parent.mkdir(parents=True, exist_ok=True)
         RESULTS.write_text(json.dumps(results, indent=1) + "\n")
+    if "latency" in results:
+        (RESULTS.parent / "latency.svg").write_text(picture(results["latency"]))
 
 
 if __name__ == "__main__":
