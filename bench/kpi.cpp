@@ -1,5 +1,7 @@
 // How fast a log that the modem uploads comes into the phone's files, beside cp and fsync of the
-// same bytes on the same disk (that of $TMPDIR). Prints JSON.
+// same bytes on the same disk (that of $TMPDIR), and beside a loop that brings as many packages to
+// the disk as the daemon does: each written to a file and appended to the log, both synchronised.
+// Prints JSON.
 #include <fcntl.h>
 #include <fmt/format.h>
 #include <unistd.h>
@@ -11,7 +13,6 @@
 #include <iterator>
 #include <nlohmann/json.hpp>
 #include <random>
-#include <vector>
 
 #include "modem.h"
 #include "phone_files.h"
@@ -28,6 +29,7 @@ using nlohmann::json;
 constexpr size_t kMebibyte = 1 << 20;
 constexpr size_t kDefaultSize = 64;
 constexpr int kDefaultRounds = 3;
+constexpr size_t kPackageSize = 255 * 502;  // the largest that the modem uploads
 
 std::string content_of(const fs::path& path) {
   std::ifstream file(path, std::ios::binary);
@@ -54,6 +56,23 @@ double copy_seconds(const fs::path& from, const fs::path& to) {
   sync_file(to);
   double taken = bench::now() - start;
   fs::remove(to);
+  return taken;
+}
+
+double package_seconds(const std::string& bytes, const fs::path& root) {
+  fs::path log = root / "packages.log";
+  fs::path temporary = root / "package";
+  double start = bench::now();
+  for (size_t i = 0; i < bytes.size(); i += kPackageSize) {
+    std::string_view package = std::string_view(bytes).substr(i, kPackageSize);
+    std::ofstream(temporary, std::ios::binary) << package;
+    std::ofstream(log, std::ios::binary | std::ios::app) << package;
+    sync_file(log);
+    sync_file(temporary);
+  }
+  double taken = bench::now() - start;
+  fs::remove(temporary);
+  fs::remove(log);
   return taken;
 }
 
@@ -102,17 +121,21 @@ json measure(size_t mebibytes, int rounds) {
   write_log(log, mebibytes * kMebibyte);
   std::string uploaded = content_of(log);
 
-  std::vector<double> copies;
-  std::vector<double> uploads;
-  std::vector<double> ratios;
-  std::vector<double> processor;
+  bench::Samples copies;
+  bench::Samples uploads;
+  bench::Samples packages;
+  bench::Samples to_copy;
+  bench::Samples to_packages;
+  bench::Samples processor;
   for (int round = 0; round < rounds; ++round) {
     copies.push_back(copy_seconds(log, root / "copy.log"));
+    packages.push_back(package_seconds(uploaded, root));
     Upload taken = upload(modem, *daemon, log);
     check_logs(folder, uploaded);
     clear(folder);
     uploads.push_back(taken.seconds);
-    ratios.push_back(taken.seconds / copies.back());
+    to_copy.push_back(taken.seconds / copies.back());
+    to_packages.push_back(taken.seconds / packages.back());
     processor.push_back(taken.processor_seconds);
   }
   auto size = static_cast<double>(mebibytes);
@@ -120,7 +143,9 @@ json measure(size_t mebibytes, int rounds) {
           {"rounds", rounds},
           {"upload_mib_per_s", size / bench::median(uploads)},
           {"copy_mib_per_s", size / bench::median(copies)},
-          {"upload_to_copy_time", bench::median(ratios)},
+          {"packages_mib_per_s", size / bench::median(packages)},
+          {"upload_to_copy_time", bench::median(to_copy)},
+          {"upload_to_packages_time", bench::median(to_packages)},
           {"daemon_processor_ms_per_mib", 1000 * bench::median(processor) / size},
           {"upload_seconds", uploads},
           {"copy_seconds", copies}};
