@@ -3,19 +3,16 @@
 //
 //   bench_whole ROUNDS
 #include <cstdlib>
-#include <filesystem>
 #include <iostream>
-#include <iterator>
 #include <nlohmann/json.hpp>
 
 #include "modem.h"
-#include "private_memory.h"
+#include "process_figures.h"
 #include "requests.h"
 #include "samples.h"
 
 namespace {
 
-namespace fs = std::filesystem;
 using nlohmann::json;
 using qorextctl::Daemon;
 
@@ -35,11 +32,6 @@ json measure_starts(int rounds) {
   return {{"start_ms", bench::median(times)}, {"start_processor_ms", bench::median(processor)}};
 }
 
-size_t count_threads(const Daemon& daemon) {
-  fs::directory_iterator tasks("/proc/" + std::to_string(daemon.process().pid()) + "/task");
-  return static_cast<size_t>(std::distance(tasks, {}));
-}
-
 void serve(Daemon& daemon, const qorextctl::Bytes& request) {
   uint8_t reply[4096];
   if (!daemon.send(request) || read(daemon.replies().fd(), reply, sizeof reply) <= 0) {
@@ -51,8 +43,8 @@ json measure_footprint() {
   bench::Rig rig(bench::kQuickModemProgram, bench::Spread::free);
   auto daemon = rig.start(bench::kDaemonProgram);
   for (const auto& measured : bench::measured_requests()) serve(*daemon, measured.request);
-  return {{"private_kib", e2e::private_memory(daemon->process().pid())},
-          {"threads", count_threads(*daemon)}};
+  pid_t pid = daemon->process().pid();
+  return {{"private_kib", e2e::private_memory_of(pid)}, {"threads", e2e::figures_of(pid).threads}};
 }
 
 json measure_indications(int rounds) {
