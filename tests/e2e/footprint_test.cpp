@@ -145,11 +145,10 @@ class Footprint : public testing::Test {
 // services, and with it what wakes up a wait for it; and where indications are waited for.
 TEST_F(Footprint, HasNoDescriptorsButThoseOfTheParentAndTheModem) {
   auto before = descriptors();
-  EXPECT_EQ(before,
-            (std::multiset<std::string>{"/dev/null", "pipe", "pipe", "pipe", "pipe", "pipe",
-                                        "socket", "socket", "socket", "anon_inode:[eventfd]",
-                                        "anon_inode:[eventfd]", "anon_inode:[eventfd]",
-                                        "anon_inode:[eventpoll]"}));
+  EXPECT_EQ(before, (std::multiset<std::string>{"/dev/null", "pipe", "pipe", "pipe", "pipe", "pipe",
+                                                "socket", "socket", "socket",
+                                                "anon_inode:[eventfd]", "anon_inode:[eventfd]",
+                                                "anon_inode:[eventfd]", "anon_inode:[eventpoll]"}));
   for (int i = 0; i < 50; ++i) handset->serve(cdma(0x020000C0));
   EXPECT_EQ(descriptors(), before);
 }
