@@ -6,6 +6,7 @@ import instructions
 import kpi
 import latency
 import parts
+import qrtr
 
 MEASURES = {
     "latency": latency,
@@ -14,4 +15,8 @@ MEASURES = {
     "instructions": instructions,
     "parts": parts,
     "kpi": kpi,
+    "qrtr": qrtr,
 }
+
+# Needs more than a workstation's build.
+ONLY_BY_NAME = {"qrtr"}

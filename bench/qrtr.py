@@ -1,18 +1,17 @@
 """Exchanges a second of our client library and of libqmi-glib, on QRTR in the virtual handset.
 
-It needs the handset's parts (tests/handset/fetch build/handset, with libqmi-glib-dev among its
-packages) and the arm64 build's target bench.
+It needs the handset's parts (tests/handset/fetch) and the arm64 build's target bench; ./dev bench
+qrtr sees to both.
 """
 
 import json
-import os
 import statistics
 import subprocess
 import sys
 
 from places import ROOT, row
 
-sys.path.insert(0, os.environ.get("QOREXT_HANDSET_SCRIPTS", str(ROOT / "tests/handset")))
+sys.path.append(str(ROOT / "tests/handset"))
 
 TIME_LIMIT = 600  # seconds
 MACHINE = ("qemu-system-aarch64 -machine virt -cpu cortex-a53 -smp 1 -m 512 -accel tcg "
