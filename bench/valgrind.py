@@ -9,7 +9,7 @@ from places import DAEMON, bench_program
 WRAPPER = """#!/bin/sh
 exec valgrind {tool} --vgdb=no {daemon} "$@"
 """
-FEW, MANY = 20, 120
+FEW, MANY = 20, 520
 
 
 def output(tool, request, count):
