@@ -1,10 +1,11 @@
 // How fast a log that the modem uploads comes into the phone's files, beside cp and fsync of the
-// same bytes on the same disk (that of $TMPDIR). Prints JSON.
+// same bytes on the same disk (that of $TMPDIR), and beside a loop that brings as many packages to
+// the disk as the daemon does: each written to a file and appended to the log, both synchronised.
+// Prints JSON.
 #include <fcntl.h>
 #include <fmt/format.h>
 #include <unistd.h>
 
-#include <algorithm>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
@@ -12,11 +13,11 @@
 #include <iterator>
 #include <nlohmann/json.hpp>
 #include <random>
-#include <vector>
 
-#include "modem_wait.h"
+#include "modem.h"
 #include "phone_files.h"
 #include "rig.h"
+#include "samples.h"
 #include "value_or_throw.h"
 
 namespace {
@@ -28,7 +29,7 @@ using nlohmann::json;
 constexpr size_t kMebibyte = 1 << 20;
 constexpr size_t kDefaultSize = 64;
 constexpr int kDefaultRounds = 3;
-constexpr double kModemPatience = 60;  // seconds without progress
+constexpr size_t kPackageSize = 255 * 502;  // the largest that the modem uploads
 
 std::string content_of(const fs::path& path) {
   std::ifstream file(path, std::ios::binary);
@@ -58,6 +59,23 @@ double copy_seconds(const fs::path& from, const fs::path& to) {
   return taken;
 }
 
+double package_seconds(const std::string& bytes, const fs::path& root) {
+  fs::path log = root / "packages.log";
+  fs::path temporary = root / "package";
+  double start = bench::now();
+  for (size_t i = 0; i < bytes.size(); i += kPackageSize) {
+    std::string_view package = std::string_view(bytes).substr(i, kPackageSize);
+    std::ofstream(temporary, std::ios::binary) << package;
+    std::ofstream(log, std::ios::binary | std::ios::app) << package;
+    sync_file(log);
+    sync_file(temporary);
+  }
+  double taken = bench::now() - start;
+  fs::remove(temporary);
+  fs::remove(log);
+  return taken;
+}
+
 // What an index link leads to; it holds the path that the file has on a phone.
 std::string linked_content(const fs::path& folder, const char* link) {
   std::error_code missing;
@@ -76,28 +94,13 @@ void clear(const fs::path& folder) {
   for (const auto& entry : fs::directory_iterator(folder)) fs::remove(entry.path());
 }
 
-// The modem's commands, each until what it begins has ended.
-class Modem {
- public:
-  explicit Modem(const std::string& control)
-      : control_(value_or_throw(qorextctl::ModemControl::connect(control))) {}
-
-  void command(const qorextctl::Json& command) {
-    auto answer = value_or_throw(qorextctl::call_to_end(control_, command, kModemPatience));
-    if (!answer.value("ok", false)) throw std::runtime_error(answer.dump());
-  }
-
- private:
-  qorextctl::ModemControl control_;
-};
-
 struct Upload {
   double seconds;
   double processor_seconds;
 };
 
 // Indications are handled in order, and the last one here becomes a message.
-Upload upload(Modem& modem, qorextctl::Daemon& daemon, const fs::path& log) {
+Upload upload(bench::Modem& modem, qorextctl::Daemon& daemon, const fs::path& log) {
   double processor = bench::processor_seconds(daemon);
   double start = bench::now();
   modem.command({{"command", "kpi"}, {"file", log.string()}});
@@ -108,42 +111,42 @@ Upload upload(Modem& modem, qorextctl::Daemon& daemon, const fs::path& log) {
   return {bench::now() - start, bench::processor_seconds(daemon) - processor};
 }
 
-double median(std::vector<double> values) {
-  std::nth_element(values.begin(), values.begin() + static_cast<long>(values.size() / 2),
-                   values.end());
-  return values[values.size() / 2];
-}
-
 json measure(size_t mebibytes, int rounds) {
   bench::Rig rig(bench::kModemProgram, bench::Spread::free);
   auto daemon = rig.start(bench::kDaemonProgram);
-  Modem modem(rig.control());
+  bench::Modem modem(rig.control());
   fs::path root = rig.phone_root();
   fs::path log = root / "uploaded.log";
   fs::path folder = root.string() + qorextctl::kLogFolder;
   write_log(log, mebibytes * kMebibyte);
   std::string uploaded = content_of(log);
 
-  std::vector<double> copies;
-  std::vector<double> uploads;
-  std::vector<double> ratios;
-  std::vector<double> processor;
+  bench::Samples copies;
+  bench::Samples uploads;
+  bench::Samples packages;
+  bench::Samples to_copy;
+  bench::Samples to_packages;
+  bench::Samples processor;
   for (int round = 0; round < rounds; ++round) {
     copies.push_back(copy_seconds(log, root / "copy.log"));
+    packages.push_back(package_seconds(uploaded, root));
     Upload taken = upload(modem, *daemon, log);
     check_logs(folder, uploaded);
     clear(folder);
     uploads.push_back(taken.seconds);
-    ratios.push_back(taken.seconds / copies.back());
+    to_copy.push_back(taken.seconds / copies.back());
+    to_packages.push_back(taken.seconds / packages.back());
     processor.push_back(taken.processor_seconds);
   }
   auto size = static_cast<double>(mebibytes);
   return {{"mib", mebibytes},
           {"rounds", rounds},
-          {"upload_mib_per_s", size / median(uploads)},
-          {"copy_mib_per_s", size / median(copies)},
-          {"upload_to_copy_time", median(ratios)},
-          {"daemon_processor_ms_per_mib", 1000 * median(processor) / size},
+          {"upload_mib_per_s", size / bench::median(uploads)},
+          {"copy_mib_per_s", size / bench::median(copies)},
+          {"packages_mib_per_s", size / bench::median(packages)},
+          {"upload_to_copy_time", bench::median(to_copy)},
+          {"upload_to_packages_time", bench::median(to_packages)},
+          {"daemon_processor_ms_per_mib", 1000 * bench::median(processor) / size},
           {"upload_seconds", uploads},
           {"copy_seconds", copies}};
 }

@@ -21,8 +21,13 @@ constexpr double kPatience = 300;  // seconds
 constexpr int kDaemonCore = 0;
 constexpr int kOtherCore = 1;
 
-void bind_daemon(Spread spread) {
-  if (spread != Spread::free) bind_to(kDaemonCore);
+void bind_to(int core) {
+  cpu_set_t cores;
+  CPU_ZERO(&cores);
+  CPU_SET(core, &cores);
+  if (sched_setaffinity(0, sizeof cores, &cores) != 0) {
+    throw std::system_error(errno, std::generic_category(), "cannot bind to a core");
+  }
 }
 
 void bind_others(Spread spread) {
@@ -50,13 +55,19 @@ Rig::Rig(const std::string& modem_program, Spread spread)
   setup_ = value_or_throw(qorextctl::Setup::create(options));
 }
 
+Rig::Rig(const std::string& running_modem) : spread_(Spread::free) {
+  qorextctl::SetupOptions options;
+  options.modem = running_modem;
+  setup_ = value_or_throw(qorextctl::Setup::create(options));
+}
+
 std::unique_ptr<Daemon> Rig::start(const std::string& program) const {
   qorextctl::DaemonOptions options;
   options.executable = program;
   options.modem = setup_->modem();
   options.phone_root = setup_->phone_root();
   options.log = log_.get();
-  bind_daemon(spread_);
+  bind_as_daemon(spread_);
   auto daemon = value_or_throw(Daemon::start(options));
   bind_others(spread_);
   if (!serves(*daemon)) throw std::runtime_error(program + " does not come to serve requests");
@@ -71,13 +82,8 @@ double processor_seconds(const Daemon& daemon) {
   return seconds_of(clock);
 }
 
-void bind_to(int core) {
-  cpu_set_t cores;
-  CPU_ZERO(&cores);
-  CPU_SET(core, &cores);
-  if (sched_setaffinity(0, sizeof cores, &cores) != 0) {
-    throw std::system_error(errno, std::generic_category(), "cannot bind to a core");
-  }
+void bind_as_daemon(Spread spread) {
+  if (spread != Spread::free) bind_to(kDaemonCore);
 }
 
 double now() { return seconds_of(CLOCK_MONOTONIC); }

@@ -24,10 +24,13 @@ class Rig {
  public:
   // Binds the calling thread as its processes are bound.
   Rig(const std::string& modem_program, Spread spread);
+  // With a modem that runs already: "unix:PATH" or "qrtr".
+  explicit Rig(const std::string& running_modem);
 
   // Returns when the program serves requests.
   std::unique_ptr<qorextctl::Daemon> start(const std::string& program) const;
 
+  const std::string& modem() const { return setup_->modem(); }
   const std::string& phone_root() const { return setup_->phone_root(); }
   const std::string& control() const { return setup_->control(); }
 
@@ -46,8 +49,8 @@ constexpr char kLimitProgram[] = QOREXT_BIN "/../bench/bench_limit";
 // Of all its threads, since its start.
 double processor_seconds(const qorextctl::Daemon& daemon);
 
-// Binds the calling thread, and with it the processes that it starts.
-void bind_to(int core);
+// Binds the calling thread, and with it the processes that it starts, as the daemon is bound.
+void bind_as_daemon(Spread spread);
 
 // Seconds of the clock that never jumps.
 double now();

@@ -1,14 +1,18 @@
 #!/usr/bin/env python3
-"""Runs the benchmarks of the release build: a table, and build/bench/results.json.
+"""Runs the benchmarks of the release build: a table, build/bench/results.json, latency.svg there.
 
-usage: bench/run.py [NAME...]    without a name all of them
+usage: bench/run.py [NAME...]    without a name all but qrtr
+       bench/run.py --check      compares the instructions of each request with the stored ones
+       bench/run.py --store      stores them anew, in bench/instructions.json
 """
 
 import json
 import sys
 
-from measures import MEASURES
+import instructions
+from measures import MEASURES, ONLY_BY_NAME
 from places import RESULTS
+from plot import picture
 
 
 def earlier_results():
@@ -28,14 +32,20 @@ def main(names):
         sys.exit(f"bench: no such benchmark: {' '.join(sorted(unknown))}; "
                  f"there are: {' '.join(MEASURES)}")
     results = earlier_results()
-    for name in names or MEASURES:
+    for name in names or [name for name in MEASURES if name not in ONLY_BY_NAME]:
         print(f"{name} ...", file=sys.stderr, flush=True)
         measure = MEASURES[name]
         results[name] = measure.run()
         print_table(measure.rows(results[name]))
         RESULTS.parent.mkdir(parents=True, exist_ok=True)
         RESULTS.write_text(json.dumps(results, indent=1) + "\n")
+    if "latency" in results:
+        (RESULTS.parent / "latency.svg").write_text(picture(results["latency"]))
 
 
 if __name__ == "__main__":
-    main(sys.argv[1:])
+    OPTIONS = {"--check": instructions.check, "--store": instructions.store}
+    if len(sys.argv) == 2 and sys.argv[1] in OPTIONS:
+        OPTIONS[sys.argv[1]]()
+    else:
+        main(sys.argv[1:])

@@ -28,7 +28,7 @@ Connection::OnIndication Client::indication_sink() {
 // The callback's thread holds the client: it may outlive a release from within the callback.
 void Client::start() {
   if (callback_.function == nullptr) return;
-  connection_.reserve_reading();
+  connection_.prepare_reading();
   reader_ = quiet_thread([this] { connection_.read_for_all(); });
   caller_ = quiet_thread([self = shared_from_this()] {
     self->indications_.call_back(self.get(), self->callback_.function, self->callback_.data);

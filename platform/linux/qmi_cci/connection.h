@@ -6,13 +6,14 @@
 
 #include "exchange.h"
 #include "qmi_transport/transport.h"
+#include "read_gate.h"
 #include "stop_event.h"
 
 namespace qmi_cci {
 
-// The exchanges of one client with its service. One thread at a time reads the channel for all:
-// either one that does nothing else (read_for_all), or one of the senders that wait for a response;
-// when that sender is done, another takes over.
+// The exchanges of one client with its service. One thread at a time reads the channel for all: one
+// of the senders that wait for a response, and when that sender is done, another; or, while none
+// waits, a thread that does nothing else (read_for_all). A response thus wakes its sender alone.
 class Connection {
  public:
   // Called by the reading thread with a whole indication, header included.
@@ -24,8 +25,8 @@ class Connection {
   // encoded request. Returns a result code.
   int run(Exchange& exchange, std::span<uint8_t> packet, qmi_transport::Deadline deadline);
 
-  // From now on no sender reads: a thread is about to call read_for_all().
-  void reserve_reading();
+  // To be called once before read_for_all(). Throws std::system_error when there is no descriptor.
+  void prepare_reading();
   // Reads until the service has gone away or stop() is called.
   void read_for_all();
 
@@ -35,24 +36,31 @@ class Connection {
  private:
   using Lock = std::unique_lock<std::mutex>;
 
-  int enter(Exchange& exchange);
-  void send(Exchange& exchange, std::span<uint8_t> packet, qmi_transport::Deadline deadline);
-  int await(Exchange& exchange, qmi_transport::Deadline deadline);
+  // Whether the caller reads from now on. Of these two the caller holds the lock.
+  bool begin_reading();
+  void end_reading();
+
+  void send(Exchange& exchange, std::span<const uint8_t> packet, qmi_transport::Deadline deadline);
+  bool send_reading(Exchange& exchange, std::span<const uint8_t> packet,
+                    qmi_transport::Deadline deadline);
+  int await(Exchange& exchange, qmi_transport::Deadline deadline, bool is_reading);
   void read_until_done(Exchange& exchange, qmi_transport::Deadline deadline, Lock& lock);
-  void read_one(qmi_transport::Deadline deadline);
+  void read_until(qmi_transport::Deadline deadline);
+  void take(qmi_transport::Received received);
   void deliver(std::span<const uint8_t> packet);
   void die(int result);
-  bool is_dead();
 
   std::unique_ptr<qmi_transport::Channel> channel_;
   OnIndication on_indication_;
   StopEvent stop_;
+  std::optional<ReadGate> gate_;                               // of the thread that reads for all
   std::array<uint8_t, qmi_transport::kMaxPacketSize> buffer_;  // the reading thread's
 
   std::mutex mutex_;
   ExchangeTable exchanges_;
   bool being_read_ = false;
-  int death_ = QMI_NO_ERR;  // why the connection is dead; QMI_NO_ERR while it is not
+  std::condition_variable read_;  // being_read_ has become false
+  int death_ = QMI_NO_ERR;        // why the connection is dead; QMI_NO_ERR while it is not
 };
 
 }  // namespace qmi_cci

@@ -60,12 +60,13 @@ void ExchangeTable::fail_all(int result) {
   }
 }
 
-void ExchangeTable::wake_reader() {
+bool ExchangeTable::wake_reader() {
   for (Exchange* exchange = first_; exchange != nullptr; exchange = exchange->next) {
     if (exchange->result || !exchange->can_read) continue;
     exchange->changed.notify_one();
-    return;
+    return true;
   }
+  return false;
 }
 
 }  // namespace qmi_cci

@@ -34,8 +34,8 @@ class ExchangeTable {
   void complete(std::span<const uint8_t> packet);
   // Ends all exchanges that have no result yet.
   void fail_all(int result);
-  // Wakes one sender to take over the reading.
-  void wake_reader();
+  // Wakes one sender to take over the reading; false when none waits.
+  bool wake_reader();
 
  private:
   Exchange* find(uint16_t transaction);

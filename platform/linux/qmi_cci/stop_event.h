@@ -13,6 +13,8 @@ class StopEvent {
   // Throws std::system_error when there is no descriptor to be had.
   StopEvent();
   void set();
+  // Readable from set() on.
+  int fd() const { return event_.get(); }
   // Waits for the event, for something to read from `fd` (none when negative), or for the deadline.
   Ready wait(int fd, qmi_transport::Deadline deadline) const;
 

@@ -46,6 +46,9 @@ class Cursor {
 using Reader = Cursor<const uint8_t>;
 using Writer = Cursor<uint8_t>;
 
+// Whether the numbers are the same bytes on the wire and in the structure.
+bool is_alike(const Shape& shape) { return shape.wire == shape.memory; }
+
 // How many numbers of the element stand in the structure.
 size_t count_in(const Shape& shape, const uint8_t* structure) {
   switch (shape.kind) {
@@ -67,11 +70,26 @@ bool encode_element(const Shape& shape, const uint8_t* structure, Writer& out) {
   if (head == nullptr || body == nullptr) return false;
 
   store(head, shape.count_wire, count);
+  const uint8_t* numbers = structure + shape.offset;
+  if (is_alike(shape)) {
+    memcpy(body, numbers, count * shape.wire);
+    return true;
+  }
   for (size_t i = 0; i < count; ++i) {
-    store(body + i * shape.wire, shape.wire,
-          load(structure + shape.offset + i * shape.memory, shape.memory));
+    store(body + i * shape.wire, shape.wire, load(numbers + i * shape.memory, shape.memory));
   }
   return true;
+}
+
+void decode_numbers(const Shape& shape, const uint8_t* body, size_t count, uint8_t* numbers) {
+  if (is_alike(shape)) {
+    memcpy(numbers, body, count * shape.wire);
+    return;
+  }
+  for (size_t i = 0; i < count; ++i) {
+    uint64_t value = load(body + i * shape.wire, shape.wire);
+    store(numbers + i * shape.memory, shape.memory, extend(value, shape.wire, shape.is_signed));
+  }
 }
 
 bool decode_element(const Shape& shape, Reader& in, uint8_t* structure) {
@@ -86,11 +104,7 @@ bool decode_element(const Shape& shape, Reader& in, uint8_t* structure) {
   const uint8_t* body = in.take(count * shape.wire);
   if (body == nullptr) return false;
 
-  for (size_t i = 0; i < count; ++i) {
-    uint64_t value = load(body + i * shape.wire, shape.wire);
-    store(structure + shape.offset + i * shape.memory, shape.memory,
-          extend(value, shape.wire, shape.is_signed));
-  }
+  decode_numbers(shape, body, count, structure + shape.offset);
   if (shape.kind == Kind::array) store(structure + shape.count_offset, shape.count_memory, count);
   return true;
 }

@@ -66,12 +66,21 @@ class QrtrChannel final : public Channel {
   }
   Received receive(std::span<uint8_t> buffer) override {
     QrtrAddress from;
-    Received received = qrtr_receive(socket_.get(), buffer, from);
+    return judged(qrtr_receive(socket_.get(), buffer, from), buffer, from);
+  }
+  Received receive_waiting(std::span<uint8_t> buffer) override {
+    QrtrAddress from;
+    constexpr int kWaiting = 0;
+    return judged(qrtr_receive(socket_.get(), buffer, from, kWaiting), buffer, from);
+  }
+
+ private:
+  // Only the server's packets are for the caller.
+  Received judged(Received received, std::span<uint8_t> buffer, const QrtrAddress& from) const {
     if (received.status != Status::ok || from == server_) return received;
     return {tells_of_end(buffer.first(received.size), from) ? Status::gone : Status::nothing};
   }
 
- private:
   bool tells_of_end(std::span<uint8_t> packet, const QrtrAddress& from) const {
     auto control = qrtr_control(packet, from);
     return control && control->type == QRTR_TYPE_DEL_SERVER &&
@@ -96,6 +105,7 @@ std::unique_ptr<Channel> qrtr_channel(const ServerAddress& server) {
   if (!socket) return nullptr;
   QrtrWatch watch(std::move(socket), {server.service, version_of(server.instance)});
   if (!watch.has(server, in(kListPatience))) return nullptr;
+  if (!let_receive_wait(watch.fd(), kReceiveTime)) return nullptr;
   return std::make_unique<QrtrChannel>(watch.take_socket(), server);
 }
 

@@ -3,13 +3,11 @@
 #include <errno.h>
 #include <fcntl.h>
 #include <libqrtr.h>
-#include <poll.h>
 #include <sys/socket.h>
 
 #include <thread>
 
 #include "status.h"
-#include "wait.h"
 
 namespace qmi_transport {
 namespace {
@@ -43,11 +41,14 @@ Status qrtr_send(int socket, const QrtrAddress& to, std::span<const uint8_t> pac
   }
 }
 
-Received qrtr_receive(int socket, std::span<uint8_t> buffer, QrtrAddress& from) {
-  if (!wait_for(socket, POLLIN, Deadline::min())) return {Status::nothing};
-  auto room = static_cast<unsigned>(buffer.size());
-  int size = qrtr_recvfrom(socket, buffer.data(), room, &from.node, &from.port);
-  if (size < 0) return {status_of(errno)};
+// Not qrtr_recvfrom(): that one logs whenever there is no packet.
+Received qrtr_receive(int socket, std::span<uint8_t> buffer, QrtrAddress& from, int flags) {
+  sockaddr_qrtr address{};
+  socklen_t length = sizeof(address);
+  auto* sender = reinterpret_cast<sockaddr*>(&address);
+  ssize_t size = recvfrom(socket, buffer.data(), buffer.size(), flags, sender, &length);
+  if (size < 0) return {errno == EINTR ? Status::nothing : status_of(errno)};
+  from = {address.sq_node, address.sq_port};
   return {Status::ok, static_cast<size_t>(size)};
 }
 

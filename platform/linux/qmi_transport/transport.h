@@ -69,7 +69,10 @@ class Channel {
   // Reads one packet without waiting; call when fd() is readable, from one thread at a time. The
   // buffer has room for kMaxPacketSize bytes.
   virtual Received receive(std::span<uint8_t> buffer) = 0;
+  // As receive(), but waits for a packet, kReceiveTime at most: one system call instead of two.
+  virtual Received receive_waiting(std::span<uint8_t> buffer) = 0;
 };
+constexpr std::chrono::milliseconds kReceiveTime{100};
 
 // A client of a server, as the server sees it.
 using Peer = uint64_t;

@@ -39,6 +39,10 @@ class UnixChannel final : public Channel {
   Received receive(std::span<uint8_t> buffer) override {
     return unix_receive(socket_.get(), buffer);
   }
+  Received receive_waiting(std::span<uint8_t> buffer) override {
+    constexpr int kWaiting = 0;
+    return unix_receive(socket_.get(), buffer, kWaiting);
+  }
 
  private:
   ScopedFd socket_;
@@ -78,6 +82,7 @@ std::unique_ptr<Channel> unix_channel(const std::string& path, const ServerAddre
   Deadline deadline = in(kAttachPatience);
   ScopedFd socket = connect_as(path, {QRTR_TYPE_HELLO, server}, deadline);
   if (!socket || !is_welcomed(socket.get(), deadline)) return nullptr;
+  if (!let_receive_wait(socket.get(), kReceiveTime)) return nullptr;
   return std::make_unique<UnixChannel>(std::move(socket));
 }
 

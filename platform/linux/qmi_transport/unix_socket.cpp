@@ -45,7 +45,7 @@ Status unix_send(int socket, std::span<const uint8_t> packet, Deadline deadline)
   }
 }
 
-Received unix_receive(int socket, std::span<uint8_t> buffer) {
+Received unix_receive(int socket, std::span<uint8_t> buffer, int flags) {
   iovec part{buffer.data(), buffer.size()};
   msghdr message{};
   message.msg_iov = &part;
@@ -53,7 +53,7 @@ Received unix_receive(int socket, std::span<uint8_t> buffer) {
 
   ssize_t size = 0;
   do {
-    size = recvmsg(socket, &message, MSG_DONTWAIT);
+    size = recvmsg(socket, &message, flags);
   } while (size < 0 && errno == EINTR);
   if (size < 0) return {status_of(errno)};
   if (size == 0) return {Status::gone};

@@ -8,6 +8,7 @@
 // is a QMI message.
 #pragma once
 
+#include <sys/socket.h>
 #include <sys/un.h>
 
 #include "scoped_fd.h"
@@ -26,7 +27,8 @@ ScopedFd unix_connect(const std::string& path);
 // `nothing`: the other end's queue stayed full until the deadline.
 Status unix_send(int socket, std::span<const uint8_t> packet, Deadline deadline);
 
-// A packet that does not fit into the buffer is a failure with EMSGSIZE.
-Received unix_receive(int socket, std::span<uint8_t> buffer);
+// A packet that does not fit into the buffer is a failure with EMSGSIZE. `flags`: MSG_DONTWAIT, or
+// 0 to wait as the socket is set to.
+Received unix_receive(int socket, std::span<uint8_t> buffer, int flags = MSG_DONTWAIT);
 
 }  // namespace qmi_transport

@@ -1,8 +1,10 @@
 #include "wait.h"
 
 #include <errno.h>
+#include <fcntl.h>
 #include <limits.h>
 #include <poll.h>
+#include <sys/socket.h>
 
 #include <algorithm>
 
@@ -23,6 +25,14 @@ bool wait_for(int fd, short events, Deadline deadline) {
     ready = poll(&one, 1, poll_timeout(deadline));
   } while (ready < 0 && errno == EINTR);
   return ready != 0;
+}
+
+bool let_receive_wait(int socket, std::chrono::milliseconds time) {
+  auto microseconds = std::chrono::microseconds(time).count();
+  timeval limit{microseconds / 1'000'000, microseconds % 1'000'000};
+  int flags = fcntl(socket, F_GETFL);
+  return flags >= 0 && fcntl(socket, F_SETFL, flags & ~O_NONBLOCK) == 0 &&
+         setsockopt(socket, SOL_SOCKET, SO_RCVTIMEO, &limit, sizeof(limit)) == 0;
 }
 
 }  // namespace qmi_transport

@@ -16,4 +16,8 @@ int poll_timeout(Deadline deadline);
 // Waits until one of poll()'s `events` (or an error) is there; false when the deadline passed.
 bool wait_for(int fd, short events, Deadline deadline);
 
+// A receiving call without MSG_DONTWAIT waits from now on, for `time` at most. False on failure
+// (errno tells).
+bool let_receive_wait(int socket, std::chrono::milliseconds time);
+
 }  // namespace qmi_transport

@@ -1,0 +1,29 @@
+// The simulated modem's control socket.
+#pragma once
+
+#include <stdexcept>
+#include <string>
+
+#include "modem_wait.h"
+#include "value_or_throw.h"
+
+namespace bench {
+
+class Modem {
+ public:
+  explicit Modem(const std::string& control)
+      : control_(e2e::value_or_throw(qorextctl::ModemControl::connect(control))) {}
+
+  // Returns when what the command begins has ended.
+  void command(const qorextctl::Json& command) {
+    constexpr double kSecondsWithoutProgress = 60;
+    auto answer =
+        e2e::value_or_throw(qorextctl::call_to_end(control_, command, kSecondsWithoutProgress));
+    if (!answer.value("ok", false)) throw std::runtime_error(answer.dump());
+  }
+
+ private:
+  qorextctl::ModemControl control_;
+};
+
+}  // namespace bench

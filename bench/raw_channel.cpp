@@ -1,0 +1,55 @@
+#include "raw_channel.h"
+
+#include <fcntl.h>
+#include <poll.h>
+#include <sys/socket.h>
+
+#include <stdexcept>
+
+#include "qmi_transport/wait.h"
+
+namespace bench {
+
+namespace {
+
+using qmi_transport::Announcement;
+using qmi_transport::Channel;
+using qmi_transport::Status;
+
+constexpr std::chrono::seconds kPatience{10};
+constexpr uint32_t kVersion = 1;
+
+void check(bool is_good, const char* what) {
+  if (!is_good) throw std::runtime_error(what);
+}
+
+qmi_transport::ServerAddress find_server(const qmi_transport::Endpoint& endpoint,
+                                         uint32_t service) {
+  auto watch = qmi_transport::watch_service(endpoint, service, kVersion);
+  check(watch != nullptr, "no name service");
+  Announcement told{};
+  while (told.kind != Announcement::Kind::appeared || told.server.service != service) {
+    bool is_readable = qmi_transport::wait_for(watch->fd(), POLLIN, qmi_transport::in(kPatience));
+    check(is_readable && watch->next(told) != Status::gone, "no such service");
+  }
+  return told.server;
+}
+
+}  // namespace
+
+std::unique_ptr<Channel> open_raw_channel(uint32_t service) {
+  auto endpoint = qmi_transport::endpoint_from_environment();
+  check(endpoint.has_value(), "no modem is named");
+  auto channel = qmi_transport::open_channel(*endpoint, find_server(*endpoint, service));
+  check(channel != nullptr, "the service cannot be reached");
+  int flags = fcntl(channel->fd(), F_GETFL);
+  check(fcntl(channel->fd(), F_SETFL, flags & ~O_NONBLOCK) == 0, "the socket cannot block");
+  return channel;
+}
+
+void exchange_raw(Channel& channel, std::span<const uint8_t> packet, std::span<uint8_t> response) {
+  bool is_sent = channel.send(packet, qmi_transport::in(kPatience)) == Status::ok;
+  check(is_sent && recv(channel.fd(), response.data(), response.size(), 0) > 0, "no response");
+}
+
+}  // namespace bench
