@@ -3,9 +3,10 @@
 unit tests do not notice.
 
 A mutant is compiled by itself and linked in front of the library of the right objects, so that it
-costs one compilation, one link and as much of the tests as it takes to fail. Nothing in the tree is
-changed: mutants live in the build folder, one place for each worker. Mutants that do not compile do
-not count.
+costs one compilation, one link and as much of the tests as it takes to fail. A header's mutant is
+compiled with every source of the daemon that includes it; the tests keep the right header. Nothing
+in the tree is changed: mutants live in the build folder, one place for each worker. Mutants that do
+not compile do not count.
 """
 
 import argparse
@@ -14,6 +15,7 @@ import os
 import random
 import re
 import shlex
+import shutil
 import subprocess
 import sys
 import time
@@ -118,28 +120,58 @@ class Build:
         self.commands = {}
         for command in commands:  # the daemon's own main has a command of its own; tests come later
             self.commands[Path(command["file"])] = command
-        listed = subprocess.run(["ninja", "-C", folder, "-t", "commands", TESTS], check=True,
-                                capture_output=True, text=True).stdout
-        self.link = listed.strip().split("\n")[-1]
+        self.link = self.ninja("commands", TESTS).strip().split("\n")[-1]
+        self.sources = self.sources_by_header()
 
-    def compile(self, mutant_file, original, output):
-        words = shlex.split(self.commands[original]["command"])
-        words = [str(mutant_file) if word == str(original) else word for word in words]
+    def ninja(self, *arguments):
+        return subprocess.run(["ninja", "-C", self.folder, "-t", *arguments], check=True,
+                              capture_output=True, text=True).stdout
+
+    def sources_by_header(self):
+        """The daemon's sources that each header is part of, whatever includes it."""
+        found = {}
+        for record in self.ninja("deps").split("\n\n"):
+            files = [self.folder / line.strip() for line in record.split("\n")[1:]]
+            sources = [file for file in files if file.suffix == ".cpp" and SOURCES in file.parents]
+            for file in files if sources else []:
+                found.setdefault(file, set()).add(sources[0])
+        return found
+
+    def compile(self, source, text, overlay, output):
+        """Compiles this text in the source's place, with the overlay's headers before all others."""
+        words = shlex.split(self.commands[source]["command"])
+        words = [str(text) if word == str(source) else word for word in words]
         words = [word for word in words if word not in ("-Werror", "-O2", "-g1")]
         words[words.index("-o") + 1] = str(output)
+        first_folder = next(at for at, word in enumerate(words) if word.startswith("-I"))
+        words.insert(first_folder, f"-I{overlay}")
         return subprocess.run(words + ["-O1", "-w"], cwd=self.folder, capture_output=True).returncode == 0
 
-    def link_tests(self, original, mutant_object, program):
-        own = re.sub(r"\.o$", "", self.object_of(original))
+    def compile_mutant(self, file, content, place):
+        """The mutant's objects by the sources that they stand for; None when one does not compile."""
+        overlay = place / "include"
+        text = overlay / file.relative_to(SOURCES)
+        text.parent.mkdir(parents=True, exist_ok=True)
+        text.write_text(content)
+        objects = {}
+        for source in [file] if file.suffix == ".cpp" else sorted(self.sources[file]):
+            objects[source] = place / f"mutant-{len(objects)}.o"
+            if not self.compile(source, text if source == file else source, overlay, objects[source]):
+                return None
+        return objects
+
+    def link_tests(self, objects, program):
         command = self.link.replace(f" -o tests/{TESTS} ", f" -o {program} ")
-        if own + ".o" in command:
-            command = command.replace(own + ".o", str(mutant_object))
-        else:
-            command = command.replace(f" {LIBRARY}", f" {mutant_object} {LIBRARY}", 1)
+        for source, mutant_object in objects.items():
+            own = self.object_of(source)
+            if own in command.split():
+                command = command.replace(own, str(mutant_object))
+            else:
+                command = command.replace(f" {LIBRARY}", f" {mutant_object} {LIBRARY}", 1)
         subprocess.run(command, shell=True, cwd=self.folder, check=True, capture_output=True)
 
-    def object_of(self, original):
-        words = shlex.split(self.commands[original]["command"])
+    def object_of(self, source):
+        words = shlex.split(self.commands[source]["command"])
         return words[words.index("-o") + 1]
 
 
@@ -156,11 +188,13 @@ def judge(build, mutant, place, patience):
     """"caught", "missed" or "not compiled"."""
     lines = mutant.file.read_text().split("\n")
     lines[mutant.line] = mutant.text
-    source, output, program = place / mutant.file.name, place / "mutant.o", place / TESTS
-    source.write_text("\n".join(lines))
-    if not build.compile(source, mutant.file, output):
+    shutil.rmtree(place)
+    place.mkdir()
+    objects = build.compile_mutant(mutant.file, "\n".join(lines), place)
+    if objects is None:
         return "not compiled"
-    build.link_tests(mutant.file, output, program)
+    program = place / TESTS
+    build.link_tests(objects, program)
     return "missed" if passes(program, patience) else "caught"
 
 
@@ -175,7 +209,8 @@ def parse_arguments():
 
 
 def chosen_mutants(arguments):
-    files = [file.resolve() for file in arguments.files] or sorted(SOURCES.rglob("*.cpp"))
+    files = [file.resolve() for file in arguments.files] or sorted(
+        file for file in SOURCES.rglob("*") if file.suffix in (".cpp", ".h"))
     mutants = [mutant for file in files for mutant in mutants_of(file)]
     if arguments.count is None or arguments.count >= len(mutants):
         return mutants

@@ -139,6 +139,7 @@ int __android_log_print(int priority, const char* tag, const char* text, ...) {
   EXPECT_TRUE(priority == ANDROID_LOG_ERROR || priority == ANDROID_LOG_DEBUG) << priority;
   phone().trace.push_back((priority == ANDROID_LOG_DEBUG ? "debug: " : "log: ") + line);
   if (phone().trace.size() == phone().exit_after_lines) exit_with_trace();
+  phone().on_log(line);
   return 1;
 }
 

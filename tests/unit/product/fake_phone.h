@@ -88,7 +88,8 @@ class FakePhone : public testing::Test {
   std::optional<size_t> write_limit;  // the most bytes that one frame write takes
   size_t exit_after_lines = 0;  // non-zero: prints the trace and exits when it has so many lines
   int allocations_left = -1;    // calloc fails once this many have been made; -1: never
-  timespec fake_now{1000, 0};   // what both clocks tell
+  std::function<void(const std::string& text)> on_log = [](const std::string&) {};
+  timespec fake_now{1000, 0};  // what both clocks tell
   std::vector<timespec> deadlines;
 
   // Bytes for the next responses to this message, whatever the service; QMI success without them.

@@ -56,6 +56,15 @@ TEST_F(KpiRotation, LimitItselfRotates) {
   EXPECT_EQ(content(new_log), "12345");
 }
 
+TEST_F(KpiRotation, EmptyPackageIsMergedLikeAnyOther) {
+  put(kTemporary);
+  VornPath temporary = "/data/vorn/~vorn0007.log";
+  vorn_update_current_log(temporary, kpi_store.handed_off);
+  EXPECT_THAT(trace, ElementsAreArray(Lines{kLookUp + kCurrent} + appended(old_log)));
+  EXPECT_EQ(content(old_log), "old");
+  EXPECT_FALSE(has(kTemporary));
+}
+
 TEST_F(KpiRotation, LogOf29MiBAndPackageOf2MiBRotate) {
   grow(old_log, 29u << 20);
   put(kTemporary, std::string((2u << 20) - 1, 'x'));

@@ -178,6 +178,13 @@ TEST_F(OperatorName, ReplyHoldsAtMost512Bytes) {
   }
 }
 
+TEST_F(OperatorName, NameWithoutMemoryForItsReplyIsLost) {
+  allocations_left = 0;
+  Lines lost = name_lines("Telco");
+  lost.pop_back();
+  EXPECT_EQ(judge(named("Telco")), lost);
+}
+
 TEST_F(OperatorName, LengthBeyondTheRecordReadsNothingBehindIt) {
   for (uint32_t length : {uint32_t{kNameRoom} + 1, 0xFFFFu, 0xFFFFFFFFu}) {
     judge({Bytes(kNameRoom, 'a'), length});

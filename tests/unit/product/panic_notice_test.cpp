@@ -141,8 +141,12 @@ TEST_F(PanicNotice, BootInfoIsReadUpToItsByte1023) {
 
 TEST_F(PanicNotice, RestartsOfTheModemSendTheNotice) {
   const std::pair<std::string, std::string> rows[] = {
-      {"1\n", "1"},      {"7", "7"},      {"0012\n", "12"}, {"-1\n", "1"},
-      {"a1 b2\n", "12"}, {"2\n0\n", "2"}, {"0x10\n", "10"}, {" 3 \n", "3"},
+      {"1\n", "1"},      {"7", "7"},
+      {"0012\n", "12"},  {"-1\n", "1"},
+      {"a1 b2\n", "12"}, {"2\n0\n", "2"},
+      {"0x10\n", "10"},  {" 3 \n", "3"},
+      {"9\n", "9"},      {"1023456789\n", "1023456789"},
+      {"/4:5\n", "45"},
   };
   for (const auto& [text, number] : rows) {
     put(kRestarts, text);

@@ -46,6 +46,15 @@ TEST_F(NamWrite, NewCodeWithALetterChangesNoCodeAndWritesTheItems) {
   }
 }
 
+TEST_F(NamWrite, EveryDigitMayStandInANewCode) {
+  for (std::string code : {"012345", "678909", "900000", "000009"}) {
+    nam.new_spc = code;
+    set();
+    ASSERT_TRUE(is_code_changed()) << code;
+    EXPECT_EQ(exchanges.back().request, text(kNamCode + code));
+  }
+}
+
 TEST_F(NamWrite, FirstByteThatIsNoDigitIsTheOneTold) {
   for (char next_to_digits : {'/', ':'}) {
     nam.new_spc = std::string("65") + next_to_digits + "3xx";

@@ -116,6 +116,18 @@ TEST_F(StartUpProperties, UnreadableFlexVersionLeavesItsPropertyAlone) {
   EXPECT_EQ(properties["ril.baseband.config.version"], "before");
 }
 
+TEST_F(StartUpProperties, VersionsAreReadUpToAStatedLengthOf1024) {
+  answer(8, read_answer(8029, 1024, text("A-1")));
+  qor_qmi_read_baseband_config_version();
+  EXPECT_EQ(properties["ril.baseband.config.ver_num"], "1");
+  EXPECT_EQ(properties["ril.baseband.config.version"], "A-1");
+
+  answer(8, read_answer(8029, 1025, text("A-1")));
+  qor_qmi_read_baseband_config_version();
+  EXPECT_EQ(properties["ril.baseband.config.ver_num"], "Unknown");
+  EXPECT_EQ(properties["ril.baseband.config.version"], "");
+}
+
 TEST_F(StartUpProperties, FlexVersionIsCutTo63Characters) {
   for (size_t length : {62u, 63u, 64u, 512u}) {
     items[8028] = Bytes(length, 'f');

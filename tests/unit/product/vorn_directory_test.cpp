@@ -148,6 +148,27 @@ TEST_F(VornDirectory, LinkLeftOverFromAnInterruptedRunIsReplaced) {
   EXPECT_THAT(names(), UnorderedElementsAre(".0001", log.substr(kVorn.size() + 1)));
 }
 
+TEST_F(VornDirectory, LinkThatCannotBeRemadeStaysAsItIs) {
+  make_folder(kVorn + "/.new");
+  put_log(kCurrent, "/data/vorn/a.log", "a");
+  put_log(kPrevious, "/data/vorn/b.log", "b");
+  create(now);
+  EXPECT_EQ(target(kCurrent), "/data/vorn/a.log");
+  EXPECT_EQ(target(kPrevious), "/data/vorn/b.log");
+}
+
+TEST_F(VornDirectory, LogThatIsGoneBeforeItIsLinkedLeavesNoLink) {
+  put_log(kCurrent, "/data/vorn/a.log", "a");
+  on_log = [this](const std::string& text) {
+    if (text.starts_with("vorn_create_new_log: create new")) {
+      std::filesystem::remove(at(log_name(now)));
+    }
+  };
+  create(now);
+  EXPECT_FALSE(has(kCurrent));
+  EXPECT_EQ(target(kPrevious), "/data/vorn/a.log");
+}
+
 TEST_F(VornDirectory, LostCurrentLogIsNotMadeThePreviousOne) {
   put_link(kCurrent, "/data/vorn/lost.log");
   put_log(kPrevious, "/data/vorn/kept.log", "kept");
@@ -251,6 +272,15 @@ TEST_F(VornDirectory, ResetOfAMissingDirectoryIsLogged) {
   std::filesystem::remove(at(kVorn));
   vorn_reset_dir();
   EXPECT_THAT(trace, ElementsAre("log: vorn_reset_dir: can't open /data/vorn, errno 2"));
+}
+
+TEST_F(VornDirectory, NamesThatFitAPathOf149CharactersAreSwept) {
+  std::string fits(138, 'x');
+  put(kVorn + "/" + fits);
+  put(kVorn + "/" + fits + "y");
+  set_age(kVorn + "/" + fits, kTwoDays);
+  vorn_clean_dir();
+  EXPECT_THAT(names(), UnorderedElementsAre(fits + "y"));
 }
 
 TEST_F(VornDirectory, NamesAsLongAsAFileSystemAllowsHarmNothing) {
