@@ -1,3 +1,4 @@
+#include "capture/kpi_logs.h"
 #include "vorn_phone.h"
 
 using testing::Contains;
