@@ -1,5 +1,6 @@
 // Exchanges a second: our client library beside a bare send and receive of the same packets on the
-// same transport, in turns. Prints JSON.
+// same transport, in turns. Threads that send bare packets have a socket each; they share one
+// client, with and without callback, and then have one each. Prints JSON.
 //
 //   bench_exchange ROUNDS          with a modem of its own, on one core and on two
 //   bench_exchange ROUNDS MODEM    with the modem at "unix:PATH" or "qrtr"
@@ -68,7 +69,7 @@ class Echo {
   std::vector<uint8_t> response_ = std::vector<uint8_t>(qmi_transport::kMaxPacketSize);
 };
 
-// What every thread of a turn does; the threads share the clients.
+// What every thread of a turn does.
 using Exchange = std::function<void(size_t thread)>;
 
 // Exchanges a second of all threads.
@@ -89,11 +90,13 @@ json compare(size_t threads, int rounds) {
   Client plain(nullptr);
   Client listening(ignore);
   std::vector<Echo> echoes(threads);
-  bench::Samples rates[3];
-  bench::Samples ratios[3];
-  const Exchange kinds[] = {[&](size_t thread) { echoes[thread].exchange(); },
-                            [&](size_t) { plain.exchange(); },
-                            [&](size_t) { listening.exchange(); }};
+  std::vector<std::unique_ptr<Client>> own;
+  for (size_t i = 0; i < threads; ++i) own.push_back(std::make_unique<Client>(nullptr));
+  bench::Samples rates[4];
+  bench::Samples ratios[4];
+  const Exchange kinds[] = {
+      [&](size_t thread) { echoes[thread].exchange(); }, [&](size_t) { plain.exchange(); },
+      [&](size_t) { listening.exchange(); }, [&](size_t thread) { own[thread]->exchange(); }};
   for (int round = 0; round < rounds; ++round) {
     for (size_t i = 0; i < std::size(kinds); ++i) {
       rates[i].push_back(take_turn(threads, kinds[i]));
@@ -104,7 +107,8 @@ json compare(size_t threads, int rounds) {
           {"client_per_s", bench::median(rates[1])},
           {"listening_client_per_s", bench::median(rates[2])},
           {"client_to_echo", bench::median(ratios[1])},
-          {"listening_client_to_echo", bench::median(ratios[2])}};
+          {"listening_client_to_echo", bench::median(ratios[2])},
+          {"own_client_to_echo", bench::median(ratios[3])}};
 }
 
 json compare_all(const bench::Rig& rig, bench::Spread spread, int rounds) {

@@ -54,10 +54,10 @@ def beyond(counted):
 
 
 def run():
-    result = run_bench("bench_whole", ROUNDS)
+    recorded = recording.write_plan()
+    result = run_bench("bench_whole", ROUNDS, QOREXT_BENCH_PLAN=str(recording.PLAN))
     result["sections"] = sections()
-    result["calls"] = {name: count_calls(calls)
-                       for name, calls in zip(NAMES, recording.write_plan())}
+    result["calls"] = {name: count_calls(calls) for name, calls in zip(NAMES, recorded)}
     result["allocations"] = {name: valgrind.per_request(MEMCHECK, name, allocations)["allocations"]
                              for name in NAMES}
     return result
@@ -66,6 +66,7 @@ def run():
 def rows(result):
     table = [
         row("start, until it has answered a request", result["start_ms"], "ms", "under 10"),
+        row("start, daemon : limit", result["start_ratio"]),
         row("start, processor time", result["start_processor_ms"], "ms"),
         row("indications to the parent", result["indications_per_s"], "/s"),
         row("an indication, processor time", result["indication_processor_us"], "us"),

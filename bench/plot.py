@@ -7,7 +7,7 @@ from latency import NAMES, SPREADS
 WIDTH, HEIGHT = 220, 160  # of one diagram
 LEFT, TOP, GAP = 50, 50, 45
 COLORS = {"daemon": "#c0392b", "limit": "#2c3e50"}
-MOST = 0.98  # what lies above is the machine's noise
+MOST = 2.5  # times the limit's median are shown: above lies the machine's noise
 
 
 def text(x, y, content, anchor="middle", color="#333", size=11):
@@ -19,29 +19,27 @@ def line(x1, y1, x2, y2, color="#ddd"):
     return f'<line x1="{x1:.1f}" y1="{y1:.1f}" x2="{x2:.1f}" y2="{y2:.1f}" stroke="{color}"/>'
 
 
-def ticks(low, high):
-    """1, 2, 5, 10, 20 ... between the two."""
-    for exponent in range(math.floor(math.log10(low)), math.ceil(math.log10(high)) + 1):
-        for digit in (1, 2, 5):
-            if low <= digit * 10 ** exponent <= high:
-                yield digit * 10 ** exponent
+def ticks(high):
+    """About four round numbers up to it."""
+    step = 10 ** math.floor(math.log10(high))
+    while high / step < 3:
+        step /= 2
+    return [step * i for i in range(int(high / step) + 1)]
 
 
 def diagram(x, y, title, found):
-    """How much (upwards) of the requests took at most so long (to the right, logarithmic)."""
-    shown = {who: found[who]["points_us"][:int(MOST * len(found[who]["points_us"]))]
-             for who in COLORS}
-    low = 0.95 * min(points[0] for points in shown.values())
-    high = 1.05 * max(points[-1] for points in shown.values())
+    """How much (upwards) of the requests took at most so long (to the right)."""
+    high = MOST * found["limit"]["p50_us"]
+    shown = {who: [time for time in found[who]["points_us"] if time <= high] for who in COLORS}
 
     def across(time):
-        return x + WIDTH * math.log(time / low) / math.log(high / low)
+        return x + WIDTH * time / high
 
     parts = [text(x + WIDTH / 2, y - 8, title)]
     for share in (0, 0.5, 1):
         parts += [line(x, y + HEIGHT * (1 - share), x + WIDTH, y + HEIGHT * (1 - share)),
                   text(x - 6, y + HEIGHT * (1 - share) + 4, f"{share:.0%}", "end", size=10)]
-    for time in ticks(low, high):
+    for time in ticks(high):
         parts += [line(across(time), y, across(time), y + HEIGHT),
                   text(across(time), y + HEIGHT + 14, f"{time:g}", size=10)]
     for who, points in shown.items():

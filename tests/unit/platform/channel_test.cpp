@@ -55,6 +55,30 @@ TEST_P(Channels, HasNothingToReadWhenNothingWasSent) {
   EXPECT_EQ(channel->receive(buffer).status, Status::nothing);
 }
 
+TEST_P(Channels, WaitsForAPacketInTheReceivingCallButNotForEver) {
+  ScriptedModem modem(endpoint(), echo);
+  modem.publish(kService, kInstance);
+  auto channel = open();
+  ASSERT_NE(channel, nullptr);
+  Bytes buffer(qmi_transport::kMaxPacketSize);
+  // Packets of the name service may still come; they are not for the caller, who gets `nothing`.
+  EXPECT_TRUE(eventually([&] {
+    auto start = std::chrono::steady_clock::now();
+    EXPECT_EQ(channel->receive_waiting(buffer).status, Status::nothing);
+    return std::chrono::steady_clock::now() - start >= qmi_transport::kReceiveTime / 2;
+  }));
+
+  ASSERT_EQ(send(*channel, {7, 8, 9}), Status::ok);
+  qmi_transport::Received received{Status::nothing};
+  EXPECT_TRUE(eventually([&] {
+    received = channel->receive_waiting(buffer);
+    return received.status != Status::nothing;
+  }));
+  EXPECT_EQ(received.status, Status::ok);
+  buffer.resize(received.size);
+  EXPECT_EQ(buffer, Bytes({7, 8, 9}));
+}
+
 TEST_P(Channels, RefusesAChannelToAServerThatIsNotThere) {
   ScriptedModem modem(endpoint());
   modem.publish(kService, kInstance);

@@ -124,6 +124,25 @@ TEST_P(Indications, AllArriveInOrderAtASlowCallbackWhileResponsesAreServed) {
   qmi_client_release(client);
 }
 
+TEST_P(Indications, AllArriveInOrderThatComeBeforeAndBehindResponses) {
+  constexpr uint32_t kRequests = 500;
+  Seen seen;
+  qmi_client_type client = open(Seen::callback, &seen);
+  modem_.answer_with([](Server& server, const Request& request) {
+    server.send(request.peer, utils_indication(2 * number_of(request)));
+    answer(server, request);
+    server.send(request.peer, utils_indication(2 * number_of(request) + 1));
+  });
+  for (uint32_t i = 0; i < kRequests; ++i) {
+    Band band{};
+    ASSERT_EQ(read_band(client, i, band), QMI_NO_ERR);
+    ASSERT_EQ(band.band, i);
+  }
+  EXPECT_TRUE(eventually([&] { return seen.count() == 2 * kRequests; }));
+  for (uint32_t i = 0; i < seen.count(); ++i) ASSERT_EQ(seen.numbers[i], i);
+  qmi_client_release(client);
+}
+
 TEST_P(Indications, ThatWaitWhenTheServiceGoesAwayAreStillDelivered) {
   Gate gate;
   qmi_client_type client = open(Gate::callback, &gate);
