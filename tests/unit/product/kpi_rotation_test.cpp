@@ -88,6 +88,17 @@ TEST_F(KpiRotation, FirstRotationHandsOffAndLinksBothLogs) {
   EXPECT_EQ(mode(new_log), 0660u);
 }
 
+TEST_F(KpiRotation, NewLogThatIsGoneIsMadeAnewForItsFirstPackage) {
+  grow(old_log, kLimit);
+  failing["chmod"] = EPERM;
+  on_log = [this](const std::string& text) {
+    if (text.ends_with("index name " + kPrevious)) std::filesystem::remove(at(new_log));
+  };
+  merge("x");
+  EXPECT_EQ(content(new_log), "x");
+  EXPECT_EQ(mode(new_log), 0770u);
+}
+
 TEST_F(KpiRotation, SecondRotationDeletesTheOldestLog) {
   std::string oldest = log_name(now - 20);
   put_log(kPrevious, oldest, "oldest");
