@@ -39,9 +39,10 @@ SyscallKiller::SyscallKiller(pid_t daemon, unsigned call)
   is_following_.wait(false);
 }
 
-SyscallKiller::~SyscallKiller() {
+bool SyscallKiller::end() {
   is_over_ = true;
-  tracer_.join();
+  if (tracer_.joinable()) tracer_.join();
+  return has_killed_;
 }
 
 // The kernel takes the wishes about a traced thread from one thread alone, and lets it go with
@@ -74,7 +75,9 @@ void SyscallKiller::follow(pid_t thread) {
 }
 
 void SyscallKiller::look_at(pid_t thread) {
-  if (is_the_call(thread)) kill(daemon_, SIGKILL);
+  if (!is_the_call(thread)) return;
+  kill(daemon_, SIGKILL);
+  has_killed_ = true;
 }
 
 bool SyscallKiller::is_the_call(pid_t thread) {

@@ -16,8 +16,10 @@ class SyscallKiller {
  public:
   // Returns when it follows them.
   SyscallKiller(pid_t daemon, unsigned call);
-  // Follows them no longer.
-  ~SyscallKiller();
+  ~SyscallKiller() { end(); }
+
+  // Follows them no longer. Whether the daemon has been killed.
+  bool end();
 
  private:
   void run();
@@ -30,6 +32,7 @@ class SyscallKiller {
   pid_t worker_ = 0;  // the thread that opened a file
   std::atomic<bool> is_following_{false};
   std::atomic<bool> is_over_{false};
+  bool has_killed_ = false;
   std::thread tracer_;
 };
 
