@@ -219,15 +219,21 @@ WORDS = {
 
 def tool_seeds():
     for name, line in WORDS.items():
-        yield name, Seed().number(2, 2).text(line)
+        yield name, Seed().number(2, 4).text(line)
     for name, frame in {
             "cdma": le32(0, 20, 0x0200001D, 232) + bytes(10 + 232 + 2),
             "generic": le32(1, 8, 0x04000401, 8) + le32(0x02C0FFEE) + b"data" + bytes(12)}.items():
-        yield "unsolicited_" + name, Seed().number(1, 2).number(4000, 4096, 1).bytes(frame)
+        yield "unsolicited_" + name, Seed().number(1, 4).number(4000, 4096, 1).bytes(frame)
+        yield "decoded_" + name, Seed().number(3, 4).number(0, 2).bytes(frame)
     for position in range(60):
         reply = le32(0x02000001 + position, 104, 0) + bytes(6) + NAM + bytes(2)
-        seed = Seed().number(0, 2).number(position, 255).number(4000, 4096, 1)
+        seed = Seed().number(0, 4).number(position, 255).number(4000, 4096, 1)
         yield f"reply_{position}", seed.bytes(reply)
+    for name, line in {
+            "item": b"NV Read 8, length 3, data length 3, grde - 000109",
+            "address": b"NV Write with RDE index 25, record number 0, offset 0.",
+            "dump": b"HexDump: Data 0D00"}.items():
+        yield "log_" + name, Seed().number(4, 4).text(line)
 
 
 LINES = {

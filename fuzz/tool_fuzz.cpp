@@ -6,9 +6,11 @@
 #include "arguments.h"
 #include "exchange.h"
 #include "frames.h"
+#include "log_reader.h"
 #include "modem_control.h"
 #include "nam_record.h"
 #include "output.h"
+#include "personal.h"
 #include "require.h"
 #include "session.h"
 
@@ -112,16 +114,45 @@ void check_words(FuzzedDataProvider& input) {
   parse_record(line);
 }
 
+// Bytes of which nobody says what they are, in clear and masked.
+void check_decoded(FuzzedDataProvider& input) {
+  constexpr FrameKind kKinds[] = {FrameKind::request, FrameKind::reply, FrameKind::unsolicited};
+  auto told = input.PickValueInArray(kKinds);
+  Bytes bytes = input.ConsumeRemainingBytes<uint8_t>();
+  FrameKind kind = recognise(bytes).value_or(told);
+  DecodedFrame frame = decode_as(kind, bytes);
+  FUZZ_REQUIRE(hex_of(frame) == to_hex(bytes));
+  check_output([&](Printer& printer) { printer.decoded(kind, frame); });
+  mask(frame);
+  FUZZ_REQUIRE(hex_of(frame).size() == 2 * bytes.size());
+  check_output([&](Printer& printer) { printer.decoded(kind, frame); });
+}
+
+void check_log(FuzzedDataProvider& input) {
+  LogReader reader;
+  while (input.remaining_bytes() != 0) {
+    std::string line = "E/RIL-QOREXT( 1): " + input.ConsumeRandomLengthString(kMostWords);
+    LogEntry entry = reader.read(line);
+    check_output([&](Printer& printer) { printer.log_entry(entry.masked, entry.content); });
+  }
+}
+
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   FuzzedDataProvider input(data, size);
-  switch (input.ConsumeIntegralInRange(0, 2)) {
+  switch (input.ConsumeIntegralInRange(0, 4)) {
     case 0:
       check_replies(input);
       break;
     case 1:
       check_unsolicited(input);
+      break;
+    case 3:
+      check_decoded(input);
+      break;
+    case 4:
+      check_log(input);
       break;
     default:
       check_words(input);

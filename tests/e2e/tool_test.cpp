@@ -67,7 +67,7 @@ TEST(Tool, TellsThatNoModemIsThere) {
   CommandResult result = run_command(
       "$BIN/qorextctl --timeout 0.5 --modem unix:/nonexistent/modem request nv-read rde-id=28");
   EXPECT_EQ(result.status, 3);
-  EXPECT_THAT(result.errors, HasSubstr("no reply to nv-read within 0.5 s"));
+  EXPECT_THAT(result.errors, HasSubstr("no reply to nv-read within 0.5 s; --log shows why"));
 }
 
 TEST(Tool, ListsEveryRequestAndOne) {

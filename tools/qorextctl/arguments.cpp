@@ -134,6 +134,8 @@ Result<Bytes> bounded(Bytes bytes) {
                                  bytes.size(), kMostRequestBytes));
 }
 
+}  // namespace
+
 Error unknown_request(const std::string& name) {
   std::vector<std::string> names;
   for (const Request& request : catalogue()) names.emplace_back(request.name);
@@ -141,8 +143,6 @@ Error unknown_request(const std::string& name) {
   std::string hint = near.empty() ? "" : fmt::format("; did you mean '{}'?", near);
   return usage_error(fmt::format("unknown request '{}'{} (see: qorextctl list)", name, hint));
 }
-
-}  // namespace
 
 Result<Command> parse_command(std::span<const std::string> words, bool stdin_free) {
   if (words.empty()) return usage_error("no request given (see: qorextctl list)");

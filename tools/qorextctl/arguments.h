@@ -19,6 +19,9 @@ struct Command {
 // for the name "-" where `stdin_free`. Errors name the request, what is wrong and where to look.
 Result<Command> parse_command(std::span<const std::string> words, bool stdin_free);
 
+// Says which name comes nearest.
+Error unknown_request(const std::string& name);
+
 // Hex of a whole request, one or more words.
 Result<Bytes> parse_raw(std::span<const std::string> words);
 

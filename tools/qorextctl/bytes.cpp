@@ -51,6 +51,10 @@ void append_be(Bytes& bytes, uint32_t value, size_t width) {
   for (size_t i = width; i > 0; --i) bytes.push_back(static_cast<uint8_t>(value >> (8 * (i - 1))));
 }
 
+bool all_zero(View bytes) {
+  return std::all_of(bytes.begin(), bytes.end(), [](uint8_t byte) { return byte == 0; });
+}
+
 View part(View bytes, size_t offset, size_t size) {
   if (offset >= bytes.size()) return {};
   return bytes.subspan(offset, std::min(size, bytes.size() - offset));
@@ -79,6 +83,10 @@ std::string printable(View text) {
     shown += plain ? std::string(1, static_cast<char>(byte)) : fmt::format("\\x{:02X}", byte);
   }
   return shown;
+}
+
+std::string printable(std::string_view text) {
+  return printable(View(reinterpret_cast<const uint8_t*>(text.data()), text.size()));
 }
 
 }  // namespace qorextctl

@@ -29,10 +29,9 @@ bool is_required(const Argument& argument) {
   return argument.otherwise.kind == Default::Kind::required;
 }
 
-std::string id_text(const Request& request) {
+std::string any_or_id(const Request& request) {
   if (request.id == 0 || request.id == kCdmaIds) return "any";
-  return family_of(request) == Family::cdma ? fmt::format("0x{:08X}", request.id)
-                                            : fmt::format("0x{:06X}", request.id);
+  return id_text(family_of(request), request.id);
 }
 
 // "rde-id= [record=] ...": optional ones in brackets.
@@ -47,7 +46,7 @@ std::string usage(const Request& request) {
 }
 
 std::string row(const Request& request) {
-  return fmt::format("{:<21} {:<11} {}\n", request.name, id_text(request), request.description);
+  return fmt::format("{:<21} {:<11} {}\n", request.name, any_or_id(request), request.description);
 }
 
 std::string argument_row(const Argument& argument) {
@@ -89,7 +88,7 @@ Json catalogue_json(const Request& request) {
   }
   return {{"name", request.name},
           {"family", family_of(request) == Family::cdma ? "cdma" : "generic"},
-          {"id", id_text(request)},
+          {"id", any_or_id(request)},
           {"description", request.description},
           {"arguments", arguments},
           {"json_record", request.payload.takes_record},

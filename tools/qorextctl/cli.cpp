@@ -1,8 +1,11 @@
 #include "cli.h"
 
 #include <CLI/CLI.hpp>
+#include <algorithm>
+#include <map>
 #include <sstream>
 
+#include "help_text.h"
 #include "modem_control.h"
 #include "modem_options.h"
 
@@ -12,29 +15,38 @@ namespace {
 
 constexpr double kMostTimeout = 3600;
 
-constexpr const char* kExamples = R"(examples:
-  qorextctl list                                      every request
-  qorextctl list set-nam                              one request's arguments
-  qorextctl request nv-read rde-id=28                 with a private modem
-  qorextctl request get-nam --json > nam.json         edit it, then:
-  qorextctl request set-nam spc=000000 json=nam.json
-  qorextctl raw 07000002 0000000000000000 000000000000  bytes as they are
-  printf 'modem indicate notify\nwait-unsol\n' | qorextctl session
-  qorextctl --modem unix:/run/m.sock --control /run/c.sock session
-  qorextctl --control /run/c.sock modem nv 28 0A
-  qorextctl --phone-root phone phone prepare          a root to keep
-  qorextctl --phone-root phone phone show             logs, properties, DropBox
+const std::map<std::string, ColourWhen> kColours = {
+    {"auto", ColourWhen::automatic},
+    {"always", ColourWhen::always},
+    {"never", ColourWhen::never},
+};
 
-exit status:
-  0  success reply
-  1  a reply carried a failure status or was malformed
-  2  wrong usage: nothing was sent, nothing was started
-  3  no reply in time, the daemon ended, or the modem is not reachable
-)";
+const std::map<std::string, InputKind> kInputs = {
+    {"request", InputKind::request},
+    {"reply", InputKind::reply},
+    {"unsolicited", InputKind::unsolicited},
+    {"log", InputKind::log},
+};
+
+template <class T>
+T chosen(const char* option, const std::map<std::string, T>& choices, const std::string& name) {
+  auto choice = choices.find(name);
+  if (choice != choices.end()) return choice->second;
+  std::string names;
+  for (const auto& [known, value] : choices) names += names.empty() ? known : ", " + known;
+  throw CLI::ValidationError(option, "'" + name + "' is none of " + names);
+}
 
 void add_shared_options(CLI::App& app, Options& options) {
   app.add_flag("--json", options.json, "one JSON object a line");
   app.add_flag("--log", options.log, "show the daemon's log on standard error");
+  app.add_flag("--show-personal", options.show_personal,
+               "do not mask numbers and codes of the subscriber in decoded frames and logs");
+  app.add_option_function<std::string>(
+         "--color",
+         [&](const std::string& name) { options.colour = chosen("--color", kColours, name); },
+         "auto, always or never; auto honours NO_COLOR")
+      ->option_text("WHEN");
   app.add_option("--timeout", options.timeout, "seconds to wait for a reply")
       ->check(CLI::Range(0.001, kMostTimeout))
       ->capture_default_str();
@@ -58,8 +70,9 @@ void add_shared_options(CLI::App& app, Options& options) {
 }
 
 CLI::App* add_verb(CLI::App& app, Options& options, Verb verb, const char* name,
-                   const char* description) {
+                   const char* description, const std::string& footer) {
   CLI::App* command = app.add_subcommand(name, description);
+  command->footer(footer + "\n" + kExitStatuses);
   command->fallthrough();
   command->callback([&options, verb] { options.verb = verb; });
   return command;
@@ -85,7 +98,8 @@ void add_modem_option(CLI::App& modem, Options& options, const ModemOption& opti
 }
 
 void add_phone(CLI::App& app, Options& options) {
-  CLI::App* phone = add_verb(app, options, Verb::phone, "phone", "prepare or show a phone's root");
+  CLI::App* phone = add_verb(app, options, Verb::phone, "phone", "prepare or show a phone's root",
+                             kPhoneExamples);
   phone->add_option("words", options.words, "prepare (default) or show")
       ->expected(0, 1)
       ->check(CLI::IsMember({"prepare", "show"}));
@@ -111,26 +125,48 @@ void check_phone_root(const Options& options) {
   }
 }
 
+void add_decode(CLI::App& app, Options& options) {
+  CLI::App* decode = add_verb(app, options, Verb::decode, "decode",
+                              "show what frames or a log hold", kDecodeExamples);
+  decode->add_option("words", options.words, "HEX... of one frame; without it lines are read");
+  decode
+      ->add_option_function<std::string>(
+          "--as",
+          [&](const std::string& name) { options.decode.as = chosen("--as", kInputs, name); },
+          "request, reply, unsolicited or log; without it recognised by itself")
+      ->option_text("KIND");
+  decode
+      ->add_option("--input", options.decode.input, "lines of hex or of a log; - is standard input")
+      ->option_text("FILE")
+      ->capture_default_str();
+}
+
 void add_verbs(CLI::App& app, Options& options) {
-  add_verb(app, options, Verb::request, "request", "send one request and show its reply")
+  add_verb(app, options, Verb::request, "request", "send one request and show its reply",
+           kRequestExamples)
       ->add_option("words", options.words, "NAME [KEY=VALUE]...")
       ->required();
-  add_verb(app, options, Verb::raw, "raw", "send bytes as they are and show the reply")
+  add_verb(app, options, Verb::raw, "raw", "send bytes as they are and show the reply",
+           kRawExamples)
       ->add_option("words", options.words, "HEX...")
       ->required();
-  add_verb(app, options, Verb::session, "session", "requests from standard input, one a line")
-      ->footer(
-          "lines: NAME [KEY=VALUE]...  raw HEX  modem COMMAND...  wait-unsol [N] [SECONDS]  "
-          "wait-property NAME VALUE [SECONDS]  wait-log TEXT [N] [SECONDS]  phone show  "
-          "expect-failure LINE  # comment");
-  add_verb(app, options, Verb::list, "list", "all requests, or one with its arguments")
+  add_verb(app, options, Verb::session, "session", "requests from standard input, one a line",
+           kSessionExamples);
+  add_verb(app, options, Verb::list, "list", "all requests, or one with its arguments",
+           kListExamples)
       ->add_option("words", options.words, "[NAME]")
       ->expected(0, 1);
+  add_decode(app, options);
   add_phone(app, options);
-  CLI::App* modem = add_verb(app, options, Verb::modem, "modem", "ask a modem's control socket");
+  CLI::App* modem = add_verb(app, options, Verb::modem, "modem", "ask a modem's control socket",
+                             "commands:\n" + modem_command_help() + "\n" + kModemExamples);
   modem->add_option("words", options.words, "COMMAND [ARGUMENT]...")->required();
-  modem->footer("commands:\n" + modem_command_help());
   for (const ModemOption& option : modem_options()) add_modem_option(*modem, options, option);
+}
+
+// What is wrong has to be told in the right form too, and no parser has got that far then.
+bool wants_json(int argc, const char* const* argv) {
+  return std::find(argv, argv + argc, std::string_view("--json")) != argv + argc;
 }
 
 }  // namespace
@@ -139,7 +175,7 @@ Parsed parse_command_line(int argc, const char* const* argv) {
   Parsed parsed;
   CLI::App app("Drives qorext_client as the radio interface daemon does.", "qorextctl");
   app.set_version_flag("--version", "qorextctl " QOREXT_VERSION);
-  app.footer(kExamples);
+  app.footer(std::string(kExamples) + kExitStatuses);
   app.require_subcommand(0, 1);
   add_shared_options(app, parsed.options);
   add_verbs(app, parsed.options);
@@ -147,14 +183,15 @@ Parsed parse_command_line(int argc, const char* const* argv) {
     app.parse(argc, argv);
     if (app.get_subcommands().empty()) throw CLI::RequiredError("a command");
     check_phone_root(parsed.options);
-    parsed.proceed = true;
     parsed.options.setup.timeout_seconds = parsed.options.timeout;
   } catch (const CLI::ParseError& error) {
+    parsed.options.json = wants_json(argc, argv);
     std::ostringstream text;
-    bool asked = app.exit(error, text, text) == 0;
-    parsed.exit_status = asked ? 0 : static_cast<int>(Outcome::usage);
-    parsed.text = asked ? text.str()
-                        : std::string("qorextctl: ") + error.what() + " (see: qorextctl --help)\n";
+    if (app.exit(error, text, text) == 0) {
+      parsed.text = text.str();
+    } else {
+      parsed.error = usage_error(std::string(error.what()) + " (see: qorextctl --help)");
+    }
   }
   return parsed;
 }

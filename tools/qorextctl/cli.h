@@ -4,32 +4,37 @@
 #include <string>
 #include <vector>
 
+#include "deadline.h"
+#include "decode_input.h"
 #include "output.h"
 #include "phone_files.h"
 #include "private_setup.h"
 
 namespace qorextctl {
 
-enum class Verb { request, raw, session, list, modem, phone };
+enum class Verb { request, raw, session, list, decode, modem, phone };
 
 struct Options {
   Verb verb = Verb::list;
   std::vector<std::string> words;  // behind the verb
   bool json = false;
   bool log = false;
+  bool show_personal = false;
+  ColourWhen colour = ColourWhen::automatic;
   unsigned instance = 0;
-  double timeout = 20;
+  double timeout = kDefaultTimeoutSeconds;
   std::string daemon_executable;  // empty: the one beside this program
   SetupOptions setup;
   PhoneFiles phone;
+  DecodeOptions decode;
 };
 
-// Either the options, or the exit status and the text to print (help, version, what is wrong).
+// The options, or the text that was asked for (help, version), or what is wrong. Whether output is
+// to be JSON, and its colour, is set in any case.
 struct Parsed {
   Options options;
-  bool proceed = false;
-  int exit_status = 0;
   std::string text;
+  std::optional<Error> error;
 };
 Parsed parse_command_line(int argc, const char* const* argv);
 

@@ -1,6 +1,8 @@
 #include "daemon.h"
 
 #include <fmt/format.h>
+#include <poll.h>
+#include <sys/ioctl.h>
 
 #include <cerrno>
 #include <csignal>
@@ -57,6 +59,17 @@ Daemon::Daemon(Process process, Ends ends, const DaemonOptions& options)
 Daemon::~Daemon() {
   close_requests();
   process_.wait(Deadline::in(kEndTime));
+}
+
+bool Daemon::wait_taken(Deadline deadline) const {
+  constexpr int kPauseMs = 1;
+  for (;;) {
+    int waiting = 0;
+    if (ioctl(requests_.get(), FIONREAD, &waiting) != 0 || waiting == 0) return true;
+    if (deadline.passed()) return false;
+    pollfd entry{requests_.get(), 0, 0};  // tells when nobody can read any more
+    if (poll(&entry, 1, kPauseMs) > 0) return true;
+  }
 }
 
 bool Daemon::send(View request) { return write_whole(requests_.get(), request); }

@@ -17,7 +17,7 @@ struct DaemonOptions {
   unsigned instance = 0;
   LogCapture::Listener on_log = {};
   size_t most_log_lines = SIZE_MAX;  // kept for log()
-  int log = -1;  // a descriptor that gets the log; -1: it is captured
+  int log = -1;                      // a descriptor that gets the log; -1: it is captured
 };
 
 class Daemon {
@@ -26,6 +26,10 @@ class Daemon {
   static Result<std::unique_ptr<Daemon>> start(const DaemonOptions& options);
   // Asks the daemon to end by closing the request pipe, then ends it.
   ~Daemon();
+
+  // Whether the daemon has read what was sent, or has gone; waits for it. A request that is sent
+  // before that would be read together with the one in front of it.
+  bool wait_taken(Deadline deadline) const;
 
   // One write, one request. False when the daemon has gone.
   bool send(View request);

@@ -6,6 +6,8 @@
 
 namespace qorextctl {
 
+constexpr double kDefaultTimeoutSeconds = 20;
+
 class Deadline {
  public:
   using Clock = std::chrono::steady_clock;

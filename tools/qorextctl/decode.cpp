@@ -5,6 +5,8 @@
 
 #include <algorithm>
 
+#include "nv_items.h"
+
 namespace qorextctl {
 
 namespace {
@@ -67,20 +69,69 @@ Json array_at(const Field& field, View data, size_t count) {
   return values;
 }
 
+// As many values as there are whole ones, as an argument would give them.
+Json list_in(const Field& field, View content, const Items& items, Problems& problems) {
+  constexpr size_t kWidth = sizeof(uint32_t);
+  size_t numbers = field.type == Type::pairs ? 2 : 1;
+  size_t count =
+      used(content.size() / (kWidth * numbers), field.counted_by, items, field.name, problems);
+  Json values = Json::array();
+  for (size_t i = 0; i < count; ++i) {
+    uint32_t first = load_le(content, i * numbers * kWidth, kWidth);
+    if (numbers == 1) {
+      values.push_back(first);
+    } else {
+      values.push_back(
+          fmt::format("{}/{}", first, load_le(content, (i * numbers + 1) * kWidth, kWidth)));
+    }
+  }
+  return values;
+}
+
+std::string dialled(View digits) {
+  constexpr uint8_t kZero = 10;
+  std::string text;
+  for (uint8_t digit : digits) {
+    text += digit > kZero ? '?' : static_cast<char>('0' + digit % kZero);
+  }
+  return text;
+}
+
+Json content_at(const Field& field, View content, const Items& items, Problems& problems) {
+  switch (field.type) {
+    case Type::address:
+      return address_text(content);
+    case Type::numbers:
+    case Type::pairs:
+      return list_in(field, content, items, problems);
+    case Type::hex:
+    case Type::dial:
+      content = content.first(used(content.size(), field.counted_by, items, field.name, problems));
+      return field.type == Type::hex ? to_hex(content) : dialled(content);
+    default:
+      return text_in(content);
+  }
+}
+
 Json value_at(const Field& field, View data, const Items& items, Problems& problems) {
   if (width_of(field.type) != 0) {
     if (field.count == 1) return number_at(field, data, field.offset);
     return array_at(field, data, used(field.count, field.counted_by, items, field.name, problems));
   }
   View content = part(data, field.offset, field.size == 0 ? data.size() : field.size);
-  if (field.type == Type::address) return address_text(content);
-  if (field.type != Type::hex) return text_in(content);
-  content = content.first(used(content.size(), field.counted_by, items, field.name, problems));
-  return to_hex(content);
+  return content_at(field, content, items, problems);
 }
 
-bool lies_within(const Field& field, View data) {
-  return field.offset + element_size(field) * field.count <= data.size();
+bool is_personal(const Field& field, const Items& items) {
+  if (field.privacy != Privacy::as_item) return field.privacy == Privacy::personal;
+  auto item = counter("rde-id", items);
+  return !item || is_personal_item(*item);
+}
+
+// Also what lies behind the bytes in use.
+ByteRange place_of(const Field& field, View data) {
+  size_t size = element_size(field) * field.count;
+  return {field.offset, size != 0 ? size : data.size() - field.offset};
 }
 
 void decode_into(Items& items, std::span<const Field> fields, View data, Problems& problems) {
@@ -89,7 +140,12 @@ void decode_into(Items& items, std::span<const Field> fields, View data, Problem
       problems.push_back(fmt::format("{} is missing: the data ends before", field.name));
       continue;
     }
-    items.push_back({field.name, value_at(field, data, items, problems), {}, false});
+    items.push_back({field.name,
+                     value_at(field, data, items, problems),
+                     {},
+                     false,
+                     is_personal(field, items),
+                     place_of(field, data)});
   }
 }
 
@@ -105,6 +161,18 @@ Item decode_group(const Group& group, View data, const Items& items, Problems& p
 
 }  // namespace
 
+bool lies_within(const Field& field, View data) {
+  return field.offset + element_size(field) * field.count <= data.size();
+}
+
+void check_size(DecodedFrame& decoded, size_t overhead) {
+  size_t stated = size_t{decoded.length} + overhead;
+  if (decoded.frame.size() == stated) return;
+  decoded.problems.push_back(
+      fmt::format("the length field says {}, the frame has {} bytes instead of {}", decoded.length,
+                  decoded.frame.size(), stated));
+}
+
 Items decode_fields(const Layout& layout, View data, Problems& problems) {
   Items items;
   if (layout.size != 0 && data.size() != layout.size) {
@@ -113,6 +181,10 @@ Items decode_fields(const Layout& layout, View data, Problems& problems) {
   decode_into(items, layout.fields, data, problems);
   if (layout.group) items.push_back(decode_group(*layout.group, data, items, problems));
   return items;
+}
+
+std::string id_text(Family family, uint32_t id) {
+  return family == Family::cdma ? fmt::format("0x{:08X}", id) : fmt::format("0x{:06X}", id);
 }
 
 std::string status_name(uint32_t status) {

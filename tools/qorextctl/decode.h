@@ -19,6 +19,8 @@ struct Item {
   Json value;
   std::vector<std::vector<Item>> records;
   bool is_group = false;
+  bool is_personal = false;
+  ByteRange place = {};  // within the data that was decoded
 };
 using Items = std::vector<Item>;
 
@@ -31,6 +33,8 @@ struct DecodedFrame {
   std::string status_name;
   Items fields;
   std::vector<std::string> problems;  // in what way the frame is not as it ought to be
+  std::vector<ByteRange> personal;    // of the frame, see personal.h
+  bool masked = false;
 };
 
 // Fields that do not lie wholly in the data are left out; what is missing is told in `problems`.
@@ -39,11 +43,21 @@ Items decode_fields(const Layout& layout, View data, std::vector<std::string>& p
 // `request` may be null: an id without a row.
 DecodedFrame decode_reply(const Request* request, ReplyForm form, uint32_t id, View frame);
 DecodedFrame decode_unsolicited(View frame);
+// By the arguments of the row whose payload fits best.
+DecodedFrame decode_request(View frame);
 
 // Of replies that nobody served.
 constexpr uint32_t kNotSupported = 6;
 
 // "success", "failure", ...; "unknown" for a status that no reply is known to carry.
 std::string status_name(uint32_t status);
+
+// As people write it.
+std::string id_text(Family family, uint32_t id);
+
+// For the decoders of the frames.
+bool lies_within(const Field& field, View data);
+// Tells when the frame is not as long as its length field and what lies around the data make it.
+void check_size(DecodedFrame& decoded, size_t overhead);
 
 }  // namespace qorextctl

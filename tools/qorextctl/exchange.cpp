@@ -70,6 +70,12 @@ void Exchange::report_strays() {
 Outcome Exchange::run(View request, const Request* named) {
   Expected expected = expect_reply(request, named);
   report_strays();
+  if (!daemon_.wait_taken(Deadline::in_seconds(timeout_))) {
+    printer_.error(transport_error(
+        fmt::format("{} is not sent: the daemon has not read the request before it within {} s",
+                    named_or_id(expected), timeout_)));
+    return Outcome::transport;
+  }
   Deadline deadline = Deadline::in_seconds(daemon_.send(request) ? timeout_ : 0);
   auto reply = receive(expected, false, deadline);
   if (!reply) return Outcome::transport;
@@ -106,11 +112,13 @@ void Exchange::no_reply(const Expected& expected, bool second) {
       fmt::format("no {}reply to {}", second ? "second " : "", named_or_id(expected));
   std::string why =
       interrupted_ ? " before the interruption" : fmt::format(" within {} s", timeout_);
+  std::string advice = interrupted_ ? "" : "; --log shows why, a longer --timeout waits longer";
   if (daemon_.replies().ended()) {
+    advice.clear();
     auto status = daemon_.wait_exit(Deadline::in_seconds(timeout_));
     why = ": the daemon " + (status ? "ended with " + describe(*status) : "closed its reply pipe");
   }
-  printer_.error(transport_error(which + why + got));
+  printer_.error(transport_error(which + why + got + advice));
 }
 
 Outcome Exchange::wait_unsolicited(size_t count, double seconds) {

@@ -22,9 +22,17 @@ enum class Type : uint8_t {
   string,   // characters and a NUL
   numbers,  // u32 values: 1,2,3
   pairs,    // pairs of u32 values: 1/2,3/4
+  dial,     // a byte a digit, 10 for the digit 0; in NV items only
 };
 
 constexpr size_t kCodeSize = 6;
+
+// Whether a value tells who the subscriber is, or opens something that is locked.
+enum class Privacy : uint8_t {
+  open,
+  personal,
+  as_item,  // as the NV item that the field "rde-id" names
+};
 
 struct Field {
   const char* name;
@@ -33,6 +41,7 @@ struct Field {
   uint16_t size = 0;                 // of bytes and characters; 0: up to the payload's end
   uint16_t count = 1;                // of an array's elements
   const char* counted_by = nullptr;  // the field that says how many elements or bytes are used
+  Privacy privacy = Privacy::open;
 };
 
 // Bytes of one number; 0 for the types that have no fixed width.
@@ -80,6 +89,9 @@ constexpr Field text(const char* name, uint16_t offset, uint16_t size = 0) {
 constexpr Field string(const char* name, uint16_t offset) { return {name, Type::string, offset}; }
 constexpr Field numbers(const char* name, uint16_t offset) { return {name, Type::numbers, offset}; }
 constexpr Field pairs(const char* name, uint16_t offset) { return {name, Type::pairs, offset}; }
+constexpr Field dial(const char* name, uint16_t offset, uint16_t size) {
+  return {name, Type::dial, offset, size};
+}
 
 // `count` numbers one behind the other.
 constexpr Field list(Field field, uint16_t count) {
@@ -88,6 +100,15 @@ constexpr Field list(Field field, uint16_t count) {
 }
 constexpr Field counted(Field field, const char* counter) {
   field.counted_by = counter;
+  return field;
+}
+constexpr Field personal(Field field) {
+  field.privacy = Privacy::personal;
+  return field;
+}
+// The content of an NV item, whose number is the field "rde-id".
+constexpr Field item_data(Field field) {
+  field.privacy = Privacy::as_item;
   return field;
 }
 

@@ -13,9 +13,12 @@ namespace qorextctl {
 constexpr size_t kGenericHeaderSize = 8;
 constexpr size_t kCdmaHeaderSize = 18;
 constexpr size_t kCdmaTrailerSize = 2;
+constexpr size_t kStatusOffset = 8;  // in CDMA-hook headers
+constexpr size_t kCodeOffset = 12;
 constexpr size_t kDataPlmnSize = 568;
 constexpr size_t kUnsolHeaderSize = 16;
-constexpr size_t kUnsolOverhead = 28;  // of both formats, header and trailer
+constexpr uint32_t kUnsolCdmaHeaderSize = 20;  // as an unsolicited CDMA-hook frame states it
+constexpr size_t kUnsolOverhead = 28;          // of both formats, header and trailer
 constexpr uint32_t kGenericError = 0xFFFFFFFF;
 
 // The daemon takes what one read returns as one request.

@@ -13,20 +13,33 @@ namespace qorextctl {
 namespace {
 
 Error unreachable(const std::string& path, const std::string& why) {
-  return transport_error(fmt::format("the modem's control socket {}: {}", path, why));
+  return transport_error(fmt::format(
+      "the modem's control socket {}: {}; does qorext_modem run with --control?", path, why));
+}
+
+std::string reason() { return errno == EAGAIN ? "the modem does not listen" : strerror(errno); }
+
+// Of connecting and sending; receiving has deadlines of its own.
+void limit_time(const UniqueFd& socket, double seconds) {
+  auto time =
+      std::chrono::duration_cast<std::chrono::microseconds>(std::chrono::duration<double>(seconds));
+  constexpr int64_t kMicroseconds = 1'000'000;
+  timeval limit{time.count() / kMicroseconds, time.count() % kMicroseconds};
+  setsockopt(socket.get(), SOL_SOCKET, SO_SNDTIMEO, &limit, sizeof limit);
 }
 
 }  // namespace
 
-Result<ModemControl> ModemControl::connect(const std::string& path) {
+Result<ModemControl> ModemControl::connect(const std::string& path, double seconds) {
   sockaddr_un address{};
   address.sun_family = AF_UNIX;
   if (path.size() >= sizeof address.sun_path) return unreachable(path, "the path is too long");
   memcpy(address.sun_path, path.data(), path.size());
   UniqueFd fd(socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0));
+  limit_time(fd, seconds);
   const auto* target = reinterpret_cast<const sockaddr*>(&address);
   if (!fd.valid() || ::connect(fd.get(), target, sizeof address) != 0) {
-    return unreachable(path, strerror(errno));
+    return unreachable(path, reason());
   }
   return ModemControl(std::move(fd), path);
 }
@@ -61,7 +74,7 @@ Result<std::string> ModemControl::receive_line(Deadline deadline) {
 }
 
 Result<Json> ModemControl::call(const Json& command, Deadline deadline) {
-  if (!send_line(command.dump() + "\n")) return unreachable(path_, strerror(errno));
+  if (!send_line(command.dump() + "\n")) return unreachable(path_, reason());
   auto line = receive_line(deadline);
   if (!line) return line.error();
   Json answer = Json::parse(*line, nullptr, false);

@@ -20,7 +20,9 @@ std::string modem_command_help();
 
 class ModemControl {
  public:
-  static Result<ModemControl> connect(const std::string& path);
+  // Also sending takes no longer than `seconds`, where the modem does not read.
+  static Result<ModemControl> connect(const std::string& path,
+                                      double seconds = kDefaultTimeoutSeconds);
 
   // The modem's answer, whatever it says: {"ok":true,...} or {"ok":false,"error":"..."}.
   Result<Json> call(const Json& command, Deadline deadline);

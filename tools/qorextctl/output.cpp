@@ -6,6 +6,7 @@
 #include <ostream>
 
 #include "catalogue_text.h"
+#include "personal.h"
 #include "spelling.h"
 
 namespace qorextctl {
@@ -44,29 +45,25 @@ std::vector<Line> lines_of(const Items& items) {
   return lines;
 }
 
-// The status of an unsolicited frame is worth a word only when it is none of success.
-std::string status_text(const DecodedFrame& frame, bool is_reply) {
-  if (!frame.status || (!is_reply && *frame.status == 0)) return "";
-  return frame.status_name == "unknown" ? fmt::format("unknown status {}", *frame.status)
-                                        : frame.status_name;
-}
-
 std::string size_text(uint32_t length) {
   if (length == 0) return "";
   return length == 1 ? "1 byte" : fmt::format("{} bytes", length);
 }
 
-// "nv-read (0x02000016): success, 21 bytes".
-std::string summary(const DecodedFrame& frame, std::string_view remark, bool is_reply) {
-  std::string name = frame.name.empty() ? "unknown" : frame.name;
-  std::string text = fmt::format("{} ({}){}", name, frame.id, remark);
-  std::string_view separator = ": ";
-  for (const std::string& part : {status_text(frame, is_reply), size_text(frame.length)}) {
-    if (part.empty()) continue;
-    text.append(separator).append(part);
-    separator = ", ";
+// Every line of a text with something in front.
+std::string indented(std::string_view front, const std::string& text) {
+  std::string result;
+  for (size_t start = 0; start < text.size();) {
+    size_t end = std::min(text.find('\n', start), text.size() - 1) + 1;
+    result.append(front).append(text, start, end - start);
+    start = end;
   }
-  return text;
+  return result;
+}
+
+// "request" is a row of the catalogue.
+const char* type_of(FrameKind kind) {
+  return kind == FrameKind::request ? "request-frame" : name_of(kind);
 }
 
 Json typed(const char* type, const Json& members) {
@@ -97,7 +94,7 @@ Json to_json(const DecodedFrame& frame) {
           {"length", frame.length},
           {"fields", to_json(frame.fields)},
           {"problems", frame.problems},
-          {"hex", to_hex(frame.frame)}};
+          {"hex", hex_of(frame)}};
 }
 
 std::string to_text(const Items& items) {
@@ -120,11 +117,39 @@ void Printer::text(const std::string& text) {
   out_ << text << std::flush;
 }
 
-void Printer::frame(const std::string& title, const DecodedFrame& frame) {
+// The status of an unsolicited frame is worth a word only when it is none of success.
+std::string Printer::status_text(const DecodedFrame& frame, bool is_reply) const {
+  if (!frame.status || (!is_reply && *frame.status == 0)) return "";
+  std::string text = frame.status_name == "unknown"
+                         ? fmt::format("unknown status {}", *frame.status)
+                         : frame.status_name;
+  return *frame.status == 0 ? out_colours_.good(text) : out_colours_.bad(text);
+}
+
+// "nv-read (0x02000016): success, 21 bytes".
+std::string Printer::summary(const DecodedFrame& frame, std::string_view remark,
+                             bool is_reply) const {
+  std::string name = out_colours_.title(frame.name.empty() ? "unknown" : frame.name);
+  std::string text = fmt::format("{} ({}){}", name, frame.id, remark);
+  std::string_view separator = ": ";
+  for (const std::string& part : {status_text(frame, is_reply), size_text(frame.length)}) {
+    if (part.empty()) continue;
+    text.append(separator).append(part);
+    separator = ", ";
+  }
+  return text;
+}
+
+std::string Printer::frame_text(const std::string& title, const DecodedFrame& frame) const {
   std::string shown = title + "\n" + to_text(frame.fields);
-  for (const std::string& problem : frame.problems) shown += "  problem: " + problem + "\n";
-  if (hex_) shown += "  hex: " + to_hex(frame.frame) + "\n";
-  text(shown);
+  for (const std::string& problem : frame.problems) {
+    shown += "  " + out_colours_.bad("problem:") + " " + problem + "\n";
+  }
+  return shown;
+}
+
+void Printer::frame(const std::string& title, const DecodedFrame& frame) {
+  text(frame_text(title, frame) + (hex_ ? "  hex: " + hex_of(frame) + "\n" : ""));
 }
 
 void Printer::reply(const DecodedFrame& reply, bool second) {
@@ -137,6 +162,26 @@ void Printer::reply(const DecodedFrame& reply, bool second) {
 void Printer::unsolicited(const DecodedFrame& message) {
   if (!json_) return frame("unsolicited " + summary(message, "", false), message);
   object(typed("unsolicited", to_json(message)));
+}
+
+void Printer::decoded(FrameKind kind, const DecodedFrame& decoded) {
+  if (json_) return object(typed(type_of(kind), to_json(decoded)));
+  bool is_reply = kind == FrameKind::reply;
+  frame(fmt::format("{} {}", name_of(kind), summary(decoded, "", is_reply)), decoded);
+}
+
+void Printer::log_entry(const std::string& line, const std::optional<LogContent>& content) {
+  if (json_) {
+    Json decoded = content ? typed(content->type, to_json(content->frame)) : Json();
+    return object(typed("log", {{"line", printable(line)}, {"decoded", decoded}}));
+  }
+  std::string shown = line + "\n";
+  if (content) {
+    std::string title = fmt::format("{} {}", content->type,
+                                    summary(content->frame, "", content->frame.status.has_value()));
+    shown += indented("  | ", frame_text(title, content->frame));
+  }
+  text(shown);
 }
 
 void Printer::daemon_exit(const ExitStatus& status) {
@@ -173,11 +218,11 @@ void Printer::request_list(const std::vector<const Request*>& requests) {
 
 void Printer::error(const Error& error) {
   if (json_) {
-    object(
-        typed("error", {{"outcome", static_cast<int>(error.outcome)}, {"message", error.message}}));
+    object(typed("error", {{"outcome", static_cast<int>(error.outcome)},
+                           {"message", printable(error.message)}}));
   }
   std::lock_guard lock(mutex_);
-  err_ << "qorextctl: " << error.message << std::endl;
+  err_ << err_colours_.bad("qorextctl:") << " " << error.message << std::endl;
 }
 
 void Printer::log_line(const std::string& line) {

@@ -7,7 +7,9 @@
 #include <string>
 #include <vector>
 
-#include "decode.h"
+#include "colour.h"
+#include "frame_kind.h"
+#include "log_dumps.h"
 #include "process.h"
 #include "result.h"
 
@@ -18,10 +20,18 @@ class Printer {
   Printer(std::ostream& out, std::ostream& err, bool json) : out_(out), err_(err), json_(json) {}
 
   void show_hex(bool show) { hex_ = show; }  // below every frame; JSON always has it
+  void use_colours(Colours out, Colours err) {
+    out_colours_ = out;
+    err_colours_ = err;
+  }
 
   // `second`: the reply that follows the real one.
   void reply(const DecodedFrame& reply, bool second);
   void unsolicited(const DecodedFrame& message);
+  // A frame that was given, not exchanged.
+  void decoded(FrameKind kind, const DecodedFrame& frame);
+  // A line of a log, and below it what it holds.
+  void log_entry(const std::string& line, const std::optional<LogContent>& content);
   void daemon_exit(const ExitStatus& status);
   void property(const std::string& name, const std::string& value);
   void phone(const std::string& root, const Items& report);
@@ -33,6 +43,9 @@ class Printer {
   void log_tail(const std::string& title, const std::vector<std::string>& lines);
 
  private:
+  std::string summary(const DecodedFrame& frame, std::string_view remark, bool is_reply) const;
+  std::string status_text(const DecodedFrame& frame, bool is_reply) const;
+  std::string frame_text(const std::string& title, const DecodedFrame& frame) const;
   void frame(const std::string& title, const DecodedFrame& frame);
   void object(const Json& object);
   void text(const std::string& text);
@@ -41,6 +54,8 @@ class Printer {
   std::ostream& err_;
   bool json_;
   bool hex_ = false;
+  Colours out_colours_;
+  Colours err_colours_;
   std::mutex mutex_;
 };
 

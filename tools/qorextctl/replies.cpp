@@ -1,9 +1,8 @@
 #include <fmt/format.h>
 
-#include <algorithm>
-
 #include "decode.h"
 #include "frames.h"
+#include "personal.h"
 
 namespace qorextctl {
 
@@ -11,13 +10,6 @@ namespace {
 
 constexpr uint32_t kSuccess = 0;
 constexpr uint32_t kFailure = 5;
-constexpr size_t kStatusOffset = 8;
-constexpr Field kAnyField = hex("data", 0);
-constexpr Layout kAnyData = {{&kAnyField, 1}};
-
-bool is_zero(View bytes) {
-  return std::all_of(bytes.begin(), bytes.end(), [](uint8_t byte) { return byte == 0; });
-}
 
 void set_status(DecodedFrame& decoded, uint32_t status) {
   decoded.status = status;
@@ -25,37 +17,31 @@ void set_status(DecodedFrame& decoded, uint32_t status) {
 }
 
 // A reply that reports a failure may come without the data of a success.
-void add_fields(DecodedFrame& decoded, const Layout* layout, View data) {
+void add_fields(DecodedFrame& decoded, const Request* request, View data) {
   bool failed = decoded.status != kSuccess;
   if (failed && data.empty()) return;
+  const Layout* layout = request ? request->reply.layout : nullptr;
   bool described = layout && (layout->group || !layout->fields.empty());
-  if (!described && is_zero(data)) return;  // such as the six zero bytes of a code check
-  decoded.fields = decode_fields(described ? *layout : kAnyData, data, decoded.problems);
-}
-
-void check_size(DecodedFrame& decoded, size_t overhead) {
-  size_t stated = size_t{decoded.length} + overhead;
-  if (decoded.frame.size() == stated) return;
-  decoded.problems.push_back(
-      fmt::format("the length field says {}, the frame has {} bytes instead of {}", decoded.length,
-                  decoded.frame.size(), stated));
+  if (request && !described && all_zero(data)) return;  // as the six bytes of a code check
+  decoded.fields = decode_fields(described ? *layout : any_data(request), data, decoded.problems);
 }
 
 void decode_cdma(DecodedFrame& decoded, const Request* request, uint32_t id) {
   View frame = decoded.frame;
   uint32_t got = load_le(frame, 0, 4);
-  decoded.id = fmt::format("0x{:08X}", got);
+  decoded.id = id_text(Family::cdma, got);
   decoded.length = load_le(frame, 4, 4);
   set_status(decoded, load_le(frame, kStatusOffset, 4));
   // Whoever does not know a request sends its own id back.
   bool other_id = request && request->reply.id != 0 && decoded.status != kNotSupported;
   uint32_t expected = other_id ? request->reply.id : id;
   if (got != expected) {
-    decoded.problems.push_back(fmt::format("the reply's id is not 0x{:08X}", expected));
+    decoded.problems.push_back("the reply's id is not " + id_text(Family::cdma, expected));
   }
   check_size(decoded, kCdmaHeaderSize + kCdmaTrailerSize);
-  add_fields(decoded, request ? request->reply.layout : &kAnyData,
-             part(frame, kCdmaHeaderSize, decoded.length));
+  add_fields(decoded, request, part(frame, kCdmaHeaderSize, decoded.length));
+  note_personal(decoded, request, kCdmaHeaderSize, kCdmaHeaderSize);
+  note_echo(decoded);
 }
 
 // The failure of most generic requests is one data byte without the data of a success.
@@ -64,14 +50,15 @@ void decode_generic_data(DecodedFrame& decoded, const Request* request, View dat
   bool has_status = request && request->reply.form == ReplyForm::generic_status && !data.empty();
   set_status(decoded, lone_failure ? kFailure : has_status ? data[0] : kSuccess);
   if (lone_failure) return;
-  add_fields(decoded, request ? request->reply.layout : &kAnyData, data);
+  add_fields(decoded, request, data);
+  note_personal(decoded, request, kGenericHeaderSize, kGenericHeaderSize);
 }
 
 void decode_generic(DecodedFrame& decoded, const Request* request, uint32_t id) {
   View frame = decoded.frame;
-  decoded.id = fmt::format("0x{:06X}", load_be(frame, 1, 3));
+  decoded.id = id_text(Family::generic, load_be(frame, 1, 3));
   if (id != 0 && load_be(frame, 1, 3) != id) {
-    decoded.problems.push_back(fmt::format("the reply's id is not 0x{:06X}", id));
+    decoded.problems.push_back("the reply's id is not " + id_text(Family::generic, id));
   }
   uint32_t length = load_le(frame, 4, 4);
   if (length == kGenericError) {
@@ -84,10 +71,11 @@ void decode_generic(DecodedFrame& decoded, const Request* request, uint32_t id) 
 }
 
 void decode_data_plmn(DecodedFrame& decoded, const Request* request, uint32_t id) {
-  decoded.id = fmt::format("0x{:06X}", id);
+  decoded.id = id_text(Family::generic, id);
   decoded.length = static_cast<uint32_t>(decoded.frame.size());
-  set_status(decoded, is_zero(decoded.frame) ? kFailure : kSuccess);
-  add_fields(decoded, request ? request->reply.layout : &kAnyData, decoded.frame);
+  set_status(decoded, all_zero(decoded.frame) ? kFailure : kSuccess);
+  add_fields(decoded, request, decoded.frame);
+  note_personal(decoded, request, 0, 0);
 }
 
 }  // namespace

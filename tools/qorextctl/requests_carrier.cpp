@@ -13,7 +13,8 @@ constexpr uint32_t kBc10Id = 0x020000B0;
 constexpr Argument kStatus[] = {{i32("status", 0), kRequired, "1 enables, 0 disables"}};
 constexpr Argument kRoamingList[] = {
     {u32("size", 0), length_of("data"), "bytes in the segment"},
-    {hex("data", 4), kRequired, "the segment; the modem takes at most 16384 bytes"},
+    {counted(hex("data", 4), "size"), kRequired,
+     "the segment; the modem takes at most 16384 bytes"},
 };
 constexpr Argument kProfile[] = {{i32("profile", 0), kRequired, "profile number"}};
 constexpr Argument kResetFlag[] = {{u8("flag", 0), kAbsent, "kind of reset; without it 255"}};
@@ -22,14 +23,14 @@ constexpr Argument kTimer[] = {{u32("timer", 0), kRequired, "timer value"}};
 constexpr Argument kLteOption[] = {{hex("data", 0), kRequired, "the option's bytes"}};
 constexpr Argument kTot[] = {
     {u16("count", 0), length_of("entries"), "entries in use"},
-    {numbers("entries", 2), kRequired, "VALUE,VALUE,...", 0, kTotEntries},
+    {counted(numbers("entries", 2), "count"), kRequired, "VALUE,VALUE,...", 0, kTotEntries},
 };
 constexpr Argument kAkey[] = {
-    {code("spc", 0), kRequired, "current service programming code", 0, 0, Place::code},
-    {text("akey", 0), kRequired, "the A-key, 26 characters", kAkeySize, kAkeySize},
+    {personal(code("spc", 0)), kRequired, "current service programming code", 0, 0, Place::code},
+    {personal(text("akey", 0)), kRequired, "the A-key, 26 characters", kAkeySize, kAkeySize},
 };
 constexpr Argument kSubsidyLock[] = {
-    {code("code", 0), kRequired, "subsidy-lock code", 0, 0, Place::code},
+    {personal(code("code", 0)), kRequired, "subsidy-lock code", 0, 0, Place::code},
 };
 
 constexpr Field kBandFields[] = {u32("band", 0)};

@@ -28,7 +28,7 @@ constexpr Argument kTune[] = {
 constexpr Argument kUtils[] = {
     {u32("type", 0), kRequired, "utility type"},
     {u32("length", 4), length_of("data"), "bytes in use; with 0 nothing is sent to the modem"},
-    {hex("data", 8), value(""), "the modem's data", 0, kUtilsDataSize},
+    {counted(hex("data", 8), "length"), value(""), "the modem's data", 0, kUtilsDataSize},
 };
 
 constexpr Field kDataFields[] = {hex("data", 0)};

@@ -10,22 +10,22 @@ constexpr uint16_t kPairCount = 20;
 constexpr uint16_t kPairSize = 8;
 constexpr uint32_t kMost16Bit = 0xFFFF;
 
-constexpr Field kMdn = digits("mdn", 0, 16);
-constexpr Field kMin = digits("min", 16, 16);
+constexpr Field kMdn = personal(digits("mdn", 0, 16));
+constexpr Field kMin = personal(digits("min", 16, 16));
 constexpr Field kSid = u32("sid", 32);
 constexpr Field kNid = u32("nid", 36);
 constexpr Field kScm = u32("scm", 40);
-constexpr Field kImsi1112 = digits("imsi-11-12", 44, 4);
-constexpr Field kImsiMcc = digits("imsi-mcc", 48, 4);
+constexpr Field kImsi1112 = personal(digits("imsi-11-12", 44, 4));
+constexpr Field kImsiMcc = personal(digits("imsi-mcc", 48, 4));
 constexpr Field kPrimaryA = u32("primary-a", 52);
 constexpr Field kPrimaryB = u32("primary-b", 56);
 constexpr Field kSecondaryA = u32("secondary-a", 60);
 constexpr Field kSecondaryB = u32("secondary-b", 64);
 constexpr Field kVocoder = u32("vocoder", 68);
-constexpr Field kImsiTMcc = digits("imsi-t-mcc", 72, 4);
-constexpr Field kImsiT = digits("imsi-t", 76, 16);
+constexpr Field kImsiTMcc = personal(digits("imsi-t-mcc", 72, 4));
+constexpr Field kImsiT = personal(digits("imsi-t", 76, 16));
 constexpr Field kOverloadClass = u32("overload-class", 92);
-constexpr Field kNewSpc = code("new-spc", 96);
+constexpr Field kNewSpc = personal(code("new-spc", 96));
 
 // The new programming code is written only, never told.
 constexpr Field kRecordFields[] = {kMdn,        kMin,     kSid,      kNid,      kScm,
@@ -34,7 +34,7 @@ constexpr Field kRecordFields[] = {kMdn,        kMin,     kSid,      kNid,      
 constexpr Layout kRecord = {kRecordFields, kRecordSize};
 
 constexpr Argument kSetNam[] = {
-    {code("spc", 0), kRequired, "current service programming code", 0, 0, Place::code},
+    {personal(code("spc", 0)), kRequired, "current service programming code", 0, 0, Place::code},
     {kMdn, value(""), "directory number", 0, 15},
     {kMin, value("0000000000"), "mobile identification number", 10, 10},
     {kSid, value("0"), "home system", 0, kMost16Bit},

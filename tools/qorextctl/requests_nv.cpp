@@ -16,7 +16,8 @@ constexpr Argument kNvWrite[] = {
     {u32("record", 4), value("0"), "record number"},
     {u32("offset", 8), value("0"), "first byte within the item"},
     {u32("length", 12), length_of("data"), "bytes to write"},
-    {hex("data", 16), kRequired, "the bytes; the modem takes at most 512"},
+    {item_data(counted(hex("data", 16), "length")), kRequired,
+     "the bytes; the modem takes at most 512"},
 };
 
 constexpr Argument kItemData[] = {
@@ -24,7 +25,8 @@ constexpr Argument kItemData[] = {
 };
 
 constexpr Argument kCheckSpc[] = {
-    {code("code", 0), kRequired, "service programming code", 0, 0, Place::code_and_payload},
+    {personal(code("code", 0)), kRequired, "service programming code", 0, 0,
+     Place::code_and_payload},
 };
 
 // The bytes read are followed by four more, not set.
@@ -33,7 +35,7 @@ constexpr Field kNvDataFields[] = {
     u32("record", 4),
     u32("offset", 8),
     u32("length", 12),
-    counted(hex("data", 16), "length"),
+    item_data(counted(hex("data", 16), "length")),
 };
 constexpr Layout kNvData = {kNvDataFields};
 

@@ -16,7 +16,7 @@ constexpr Argument kGeneric[] = {
 constexpr Argument kCdma[] = {
     {u32("id", 0), kRequired, "message id", 0, 0, Place::id},
     {u32("status", 0), value("0"), "the header's status word", 0, 0, Place::status},
-    {code("code", 0), kAbsent, "the header's code field", 0, 0, Place::code},
+    {personal(code("code", 0)), kAbsent, "the header's code field", 0, 0, Place::code},
     {hex("data", 0), value(""), "payload"},
 };
 

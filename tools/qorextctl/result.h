@@ -13,6 +13,7 @@ enum class Outcome : int {
   refused = 1,    // a reply carried a failure status
   usage = 2,      // the command was wrong; nothing was sent
   transport = 3,  // no reply in time, daemon ended, modem not reachable
+  broken = 4,     // the program itself failed
 };
 
 struct Error {

@@ -1,6 +1,7 @@
 #include <unistd.h>
 
 #include "arguments.h"
+#include "decode_input.h"
 #include "phone_report.h"
 #include "session.h"
 
@@ -45,9 +46,7 @@ Outcome run_list(const Options& options, Printer& printer) {
   for (const Request& request : catalogue()) {
     if (options.words.empty() || options.words[0] == request.name) chosen.push_back(&request);
   }
-  if (chosen.empty()) {
-    return fail(printer, usage_error("unknown request '" + options.words[0] + "'"));
-  }
+  if (chosen.empty()) return fail(printer, unknown_request(options.words[0]));
   printer.request_list(chosen);
   return Outcome::success;
 }
@@ -74,6 +73,8 @@ Outcome dispatch(const Options& options, Printer& printer) {
       return run_raw(options, printer);
     case Verb::session:
       return run_session(options, printer);
+    case Verb::decode:
+      return decode_input(options.words, options.decode, options.show_personal, printer);
     case Verb::modem:
       return ask_modem(options, printer);
     case Verb::phone:

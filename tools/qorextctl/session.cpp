@@ -237,7 +237,7 @@ Result<Outcome> run_modem(std::span<const std::string> words, const std::string&
   auto command = modem_command(words);
   if (!command) return command.error();
   if (control.empty()) return usage_error("modem: give --control PATH, the modem's control socket");
-  auto modem = ModemControl::connect(control);
+  auto modem = ModemControl::connect(control, timeout_seconds);
   if (!modem) return modem.error();
   auto answer = call_to_end(*modem, *command, timeout_seconds);
   if (!answer) return answer.error();

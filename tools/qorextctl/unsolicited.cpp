@@ -10,7 +10,7 @@ namespace {
 constexpr uint32_t kCdmaFormat = 0;
 constexpr uint32_t kGenericFormat = 1;
 constexpr size_t kCdmaDataOffset = 26;
-constexpr size_t kStatusOffset = 16;
+constexpr size_t kUnsolStatusOffset = 16;
 
 struct Unsolicited {
   uint32_t format;
@@ -65,17 +65,12 @@ const Unsolicited* find_message(uint32_t format, uint32_t id) {
 }
 
 uint32_t header_size(uint32_t format) {
-  return format == kCdmaFormat ? kCdmaHeaderSize + kCdmaTrailerSize : kGenericHeaderSize;
+  return format == kCdmaFormat ? kUnsolCdmaHeaderSize : kGenericHeaderSize;
 }
 
 void check_frame(DecodedFrame& decoded, uint32_t format) {
   View frame = decoded.frame;
-  size_t stated = size_t{decoded.length} + kUnsolOverhead;
-  if (frame.size() != stated) {
-    decoded.problems.push_back(
-        fmt::format("the length field says {}, the frame has {} bytes instead of {}",
-                    decoded.length, frame.size(), stated));
-  }
+  check_size(decoded, kUnsolOverhead);
   if (format > kGenericFormat) {
     decoded.problems.push_back(fmt::format("unknown header format {}", format));
   } else if (load_le(frame, 4, 4) != header_size(format)) {
@@ -95,7 +90,7 @@ DecodedFrame decode_unsolicited(View frame) {
   decoded.id = fmt::format("0x{:08X}", id);
   decoded.length = load_le(frame, 12, 4);
   if (format == kCdmaFormat) {
-    decoded.status = load_le(frame, kStatusOffset, 4);
+    decoded.status = load_le(frame, kUnsolStatusOffset, 4);
     decoded.status_name = status_name(*decoded.status);
   }
   check_frame(decoded, format);

@@ -17,7 +17,7 @@ class CommandLine : public WithFakeDaemon {
   int run_words(std::vector<const char*> words, bool json = false) {
     words.insert(words.end(), {"--daemon-program", FAKE_DAEMON, "--modem", "unix:/m"});
     Parsed parsed = parse(words);
-    EXPECT_TRUE(parsed.proceed) << parsed.text;
+    EXPECT_FALSE(parsed.error) << parsed.error->message;
     Printer printer(out_, err_, json);
     return run(parsed.options, printer);
   }
@@ -25,7 +25,7 @@ class CommandLine : public WithFakeDaemon {
 
 TEST_F(CommandLine, DefaultsAreThoseOfTheHelp) {
   Parsed parsed = parse({"list"});
-  ASSERT_TRUE(parsed.proceed);
+  ASSERT_FALSE(parsed.error);
   EXPECT_EQ(parsed.options.verb, Verb::list);
   EXPECT_EQ(parsed.options.timeout, 20);
   EXPECT_EQ(parsed.options.instance, 0u);
@@ -36,7 +36,7 @@ TEST_F(CommandLine, DefaultsAreThoseOfTheHelp) {
 TEST_F(CommandLine, OptionsMayStandBehindTheCommand) {
   Parsed parsed = parse({"request", "nv-read", "rde-id=28", "--json", "--timeout", "0.5", "--log",
                          "--instance", "1", "--modem", "qrtr", "--phone-root", "/tmp"});
-  ASSERT_TRUE(parsed.proceed) << parsed.text;
+  ASSERT_FALSE(parsed.error) << parsed.error->message;
   EXPECT_EQ(parsed.options.verb, Verb::request);
   EXPECT_EQ(parsed.options.words, (std::vector<std::string>{"nv-read", "rde-id=28"}));
   EXPECT_TRUE(parsed.options.json);
@@ -50,13 +50,13 @@ TEST_F(CommandLine, OptionsMayStandBehindTheCommand) {
 
 TEST_F(CommandLine, ABurstsOptionsBecomeWords) {
   Parsed parsed = parse({"modem", "indicate", "notify", "--count", "3"});
-  ASSERT_TRUE(parsed.proceed) << parsed.text;
+  ASSERT_FALSE(parsed.error) << parsed.error->message;
   EXPECT_EQ(parsed.options.words, (std::vector<std::string>{"indicate", "notify", "--count", "3"}));
 }
 
 TEST_F(CommandLine, OptionsOfAModemCommandStayAmongItsWords) {
   Parsed parsed = parse({"modem", "kpi", "--file", "log", "--reorder", "--headerless", "--json"});
-  ASSERT_TRUE(parsed.proceed) << parsed.text;
+  ASSERT_FALSE(parsed.error) << parsed.error->message;
   EXPECT_TRUE(parsed.options.json);
   EXPECT_EQ(parsed.options.words,
             (std::vector<std::string>{"kpi", "--file", "log", "--headerless", "--reorder"}));
@@ -65,24 +65,51 @@ TEST_F(CommandLine, OptionsOfAModemCommandStayAmongItsWords) {
 TEST_F(CommandLine, APhonesFilesAreGivenByOptions) {
   Parsed parsed = parse({"phone", "--phone-root", "/no/such/yet", "--modem-restarts", "2",
                          "--ssr-reason", "fatal error", "--hob-seed", "7"});
-  ASSERT_TRUE(parsed.proceed) << parsed.text;
+  ASSERT_FALSE(parsed.error) << parsed.error->message;
   EXPECT_EQ(parsed.options.phone.modem_restarts, "2");
   EXPECT_EQ(parsed.options.phone.ssr_reason, "fatal error");
   EXPECT_EQ(parsed.options.phone.hob_seed, 7U);
-  EXPECT_EQ(parse({"phone", "show"}).exit_status, 2);
-  EXPECT_EQ(parse({"--phone-root", "/no/such/yet", "session"}).exit_status, 2);
+  EXPECT_TRUE(parse({"phone", "show"}).error);
+  EXPECT_TRUE(parse({"--phone-root", "/no/such/yet", "session"}).error);
 }
 
 TEST_F(CommandLine, HelpAndVersionAreSuccesses) {
   Parsed help = parse({"--help"});
-  EXPECT_EQ(help.exit_status, 0);
+  EXPECT_FALSE(help.error);
   for (const char* part : {"examples:", "exit status:", "session", "--timeout"}) {
     EXPECT_NE(help.text.find(part), std::string::npos) << part;
   }
   Parsed version = parse({"--version"});
-  EXPECT_EQ(version.exit_status, 0);
+  EXPECT_FALSE(version.error);
   EXPECT_EQ(version.text.substr(0, 10), "qorextctl ");
   EXPECT_NE(parse({"modem", "--help"}).text.find("clear_faults"), std::string::npos);
+}
+
+TEST_F(CommandLine, EveryCommandsHelpHasExamplesAndExitStatuses) {
+  for (const char* verb : {"request", "raw", "session", "list", "decode", "modem", "phone"}) {
+    std::string help = parse({verb, "--help"}).text;
+    for (const char* part : {"examples:\n  ", "qorextctl", "exit status:\n  0  success"}) {
+      EXPECT_NE(help.find(part), std::string::npos) << verb << " " << part;
+    }
+  }
+}
+
+TEST_F(CommandLine, WrongUsageKnowsThatAScriptWantsJson) {
+  EXPECT_TRUE(parse({"frob", "--json"}).options.json);
+  EXPECT_FALSE(parse({"frob"}).options.json);
+}
+
+TEST_F(CommandLine, DecodeHasOptionsOfItsOwn) {
+  Parsed parsed = parse({"decode", "--as", "unsolicited", "--input", "f", "--show-personal",
+                         "--color", "never", "01", "02"});
+  ASSERT_FALSE(parsed.error) << parsed.error->message;
+  EXPECT_EQ(parsed.options.verb, Verb::decode);
+  EXPECT_EQ(parsed.options.words, (std::vector<std::string>{"01", "02"}));
+  EXPECT_EQ(parsed.options.decode.as, InputKind::unsolicited);
+  EXPECT_EQ(parsed.options.decode.input, "f");
+  EXPECT_TRUE(parsed.options.show_personal);
+  EXPECT_EQ(parsed.options.colour, ColourWhen::never);
+  EXPECT_FALSE(parse({"decode"}).options.show_personal);
 }
 
 TEST_F(CommandLine, WrongUsageIsOneLineAndStatus2) {
@@ -100,12 +127,15 @@ TEST_F(CommandLine, WrongUsageIsOneLineAndStatus2) {
                                              {"list", "--modem", "unix:"},
                                              {"list", "--frob"},
                                              {"list", "--instance", "-1"},
-                                             {"list", "--scenario", "/nowhere"}}) {
+                                             {"list", "--scenario", "/nowhere"},
+                                             {"list", "--color", "pink"},
+                                             {"decode", "--as", "bogus"}}) {
     Parsed parsed = parse(words);
-    EXPECT_FALSE(parsed.proceed);
-    EXPECT_EQ(parsed.exit_status, 2);
-    EXPECT_EQ(std::count(parsed.text.begin(), parsed.text.end(), '\n'), 1) << parsed.text;
-    EXPECT_EQ(parsed.text.substr(0, 11), "qorextctl: ");
+    ASSERT_TRUE(parsed.error);
+    EXPECT_EQ(parsed.text, "");
+    EXPECT_EQ(parsed.error->outcome, Outcome::usage);
+    EXPECT_EQ(parsed.error->message.find('\n'), std::string::npos) << parsed.error->message;
+    EXPECT_NE(parsed.error->message.find("(see: qorextctl --help)"), std::string::npos);
   }
 }
 
@@ -150,7 +180,7 @@ TEST_F(CommandLine, TheListNamesEveryRequestAndRefusesUnknownOnes) {
     EXPECT_NE(out_.str().find(std::string(request.name) + " "), std::string::npos) << request.name;
   }
   EXPECT_EQ(run_words({"list", "frob"}), 2);
-  EXPECT_EQ(err_.str(), "qorextctl: unknown request 'frob'\n");
+  EXPECT_EQ(err_.str(), "qorextctl: unknown request 'frob' (see: qorextctl list)\n");
 }
 
 TEST_F(CommandLine, TheModemIsAskedWithoutADaemon) {

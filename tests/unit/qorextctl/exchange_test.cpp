@@ -70,7 +70,21 @@ TEST_F(ExchangeWith, RepliesThatNobodyAskedForAreToldBeforeTheNextRequest) {
 
 TEST_F(ExchangeWith, SilenceEndsWithTheTimeout) {
   EXPECT_EQ(run("silent", {"get-ddtm"}, 0.05), Outcome::transport);
-  EXPECT_EQ(err_.str(), "qorextctl: no reply to get-ddtm within 0.05 s\n");
+  EXPECT_EQ(
+      err_.str(),
+      "qorextctl: no reply to get-ddtm within 0.05 s; --log shows why, a longer --timeout waits "
+      "longer\n");
+}
+
+TEST_F(ExchangeWith, ARequestIsNotPutBehindOneThatIsNotRead) {
+  EXPECT_EQ(run("deaf", {"get-ddtm"}, 0.05), Outcome::transport);
+  EXPECT_EQ(send({"get-ddtm"}), Outcome::transport);
+  err_.str("");
+  EXPECT_EQ(send({"get-nam"}), Outcome::transport);
+  EXPECT_EQ(err_.str(),
+            "qorextctl: get-nam is not sent: the daemon has not read the request before it within "
+            "0.05 s\n");
+  daemon_->process().signal(SIGKILL);
 }
 
 TEST_F(ExchangeWith, APartOfAReplyIsShown) {

@@ -60,6 +60,9 @@ void answer_and_end(const Channels& channels, const Bytes& request) {
 
 void stay_silent(const Channels& /*channels*/, const Bytes& /*request*/) {}
 
+// Reads no more requests.
+void turn_deaf(const Channels& /*channels*/, const Bytes& /*request*/) { pause(); }
+
 void end(const Channels& /*channels*/, const Bytes& /*request*/) {
   say("leaving\n");
   _exit(3);
@@ -101,6 +104,7 @@ constexpr Mode kModes[] = {
     {"twice", answer_twice},
     {"part", answer_in_part},
     {"silent", stay_silent},
+    {"deaf", turn_deaf},
     {"end", end},
     {"notify", notify},
     {"start", tell_start},

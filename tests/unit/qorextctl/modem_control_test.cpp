@@ -1,6 +1,11 @@
 #include "modem_control.h"
 
 #include <gtest/gtest.h>
+#include <sys/socket.h>
+#include <sys/un.h>
+#include <unistd.h>
+
+#include <cstring>
 
 #include "fake_modem.h"
 
@@ -26,7 +31,8 @@ TEST(ModemControl, AMissingSocketIsATransportError) {
   ASSERT_FALSE(control);
   EXPECT_EQ(control.error().outcome, Outcome::transport);
   EXPECT_EQ(control.error().message,
-            "the modem's control socket /nowhere/control.sock: No such file or directory");
+            "the modem's control socket /nowhere/control.sock: No such file or directory; does "
+            "qorext_modem run with --control?");
 }
 
 TEST(ModemControl, APathThatNoSocketCanHaveIsATransportError) {
@@ -60,6 +66,25 @@ TEST(ModemControl, ASilentModemIsATransportErrorAfterTheDeadline) {
   ASSERT_FALSE(answer);
   EXPECT_EQ(answer.error().outcome, Outcome::transport);
   EXPECT_NE(answer.error().message.find("no answer in time"), std::string::npos);
+}
+
+TEST(ModemControl, AModemThatDoesNotTakeTheConnectionIsNotWaitedForForEver) {
+  sockaddr_un address{};
+  address.sun_family = AF_UNIX;
+  std::string path = testing::TempDir() + "qorextctl_full_" + std::to_string(getpid());
+  strncpy(address.sun_path, path.c_str(), sizeof address.sun_path - 1);
+  unlink(path.c_str());
+  UniqueFd listener(socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0));
+  ASSERT_EQ(bind(listener.get(), reinterpret_cast<sockaddr*>(&address), sizeof address), 0);
+  ASSERT_EQ(listen(listener.get(), 0), 0);
+  auto waiting = ModemControl::connect(path, 0.02);
+  ASSERT_TRUE(waiting);
+  auto refused = ModemControl::connect(path, 0.02);
+  ASSERT_FALSE(refused);
+  EXPECT_NE(refused.error().message.find("the modem does not listen"), std::string::npos);
+  auto sent = waiting->call({{"command", std::string(500'000, 'x')}}, Deadline::in_seconds(0.02));
+  EXPECT_FALSE(sent);
+  unlink(path.c_str());
 }
 
 }  // namespace

@@ -1,10 +1,14 @@
 // What people and scripts see, to the letter.
 #include "output.h"
 
+#include <fcntl.h>
 #include <gtest/gtest.h>
+#include <unistd.h>
 
+#include <cstdlib>
 #include <sstream>
 
+#include "fd.h"
 #include "frame_samples.h"
 #include "frames.h"
 
@@ -81,6 +85,52 @@ TEST(Output, HexIsShownOnRequest) {
   EXPECT_EQ(output.out.str(),
             "unknown (0x050506): obsolete or not supported\n"
             "  hex: 01050506FFFFFFFF\n");
+}
+
+TEST(Output, ColoursAreOnlyPaint) {
+  Output output(false);
+  output.printer.use_colours(Colours(true), Colours(true));
+  output.printer.reply(reply("set-profile", cdma_frame(0x020000B5, 5, {})), false);
+  output.printer.reply(reply("get-bc10", cdma_frame(0x020000B0, 0, {})), false);
+  output.printer.error(usage_error("no such thing"));
+  EXPECT_EQ(output.out.str(),
+            "\x1B[1mset-profile\x1B[0m (0x020000B5): \x1B[31mfailure\x1B[0m\n"
+            "\x1B[1mget-bc10\x1B[0m (0x020000B0): \x1B[32msuccess\x1B[0m\n"
+            "  \x1B[31mproblem:\x1B[0m 0 bytes of data, 4 expected\n"
+            "  \x1B[31mproblem:\x1B[0m band is missing: the data ends before\n");
+  EXPECT_EQ(output.err.str(), "\x1B[31mqorextctl:\x1B[0m no such thing\n");
+}
+
+TEST(Output, JsonIsNeverPainted) {
+  Output output(true);
+  output.printer.use_colours(Colours(true), Colours(false));
+  output.printer.reply(reply("set-profile", cdma_frame(0x020000B5, 5, {})), false);
+  output.printer.error(usage_error("no such thing"));
+  EXPECT_EQ(output.out.str().find('\x1B'), std::string::npos);
+}
+
+TEST(Output, ColoursAreForTerminalsThatWantThem) {
+  auto painted = [](ColourWhen when, int fd) {
+    return Colours::choose(when, fd).title("x") != "x";
+  };
+  int terminal = posix_openpt(O_RDWR | O_NOCTTY);
+  ASSERT_EQ(isatty(terminal), 1);
+  auto pipe = make_pipe();
+  unsetenv("NO_COLOR");
+  setenv("TERM", "xterm", 1);
+  EXPECT_TRUE(painted(ColourWhen::automatic, terminal));
+  EXPECT_FALSE(painted(ColourWhen::automatic, pipe->write.get()));
+  EXPECT_TRUE(painted(ColourWhen::always, pipe->write.get()));
+  EXPECT_FALSE(painted(ColourWhen::never, terminal));
+  setenv("NO_COLOR", "", 1);
+  EXPECT_TRUE(painted(ColourWhen::automatic, terminal));
+  setenv("NO_COLOR", "1", 1);
+  EXPECT_FALSE(painted(ColourWhen::automatic, terminal));
+  EXPECT_TRUE(painted(ColourWhen::always, terminal));
+  unsetenv("NO_COLOR");
+  setenv("TERM", "dumb", 1);
+  EXPECT_FALSE(painted(ColourWhen::automatic, terminal));
+  close(terminal);
 }
 
 TEST(Output, ListsAndRecordsTakeALineEach) {

@@ -1,0 +1,192 @@
+// "qorextctl decode", to the letter.
+#include "decode_input.h"
+
+#include <gtest/gtest.h>
+
+#include <fstream>
+#include <sstream>
+
+#include "frame_samples.h"
+
+namespace qorextctl {
+namespace {
+
+class DecodeInput : public testing::Test {
+ protected:
+  Outcome words(const std::vector<std::string>& words, DecodeOptions options = {}) {
+    return run(words, options);
+  }
+
+  Outcome lines(const std::string& text, InputKind as = InputKind::automatic) {
+    std::string path = testing::TempDir() + "qorextctl_decode_input";
+    std::ofstream(path, std::ios::binary) << text;
+    return run({}, {as, path});
+  }
+
+  bool json_ = false;
+  bool show_personal_ = false;
+  std::ostringstream out_;
+  std::ostringstream err_;
+
+ private:
+  Outcome run(const std::vector<std::string>& words, const DecodeOptions& options) {
+    Printer printer(out_, err_, json_);
+    return decode_input(words, options, show_personal_, printer);
+  }
+};
+
+const std::string kCheck = "0A000002 06000000 00000000 323436383130 323436383130";
+
+constexpr const char* kLog =
+    "--------- beginning of main\n"
+    "11-21 17:14:39.123  1234  1240 E RIL-QOREXT: NV Read 28, length 1, data length 1, grde - 06\n"
+    "11-21 17:14:39.124  1234  1240 E RIL-QOREXT: isSpcChanged = 0, (246810 ~ 246810)\n"
+    "11-21 17:14:39.125  1234  1240 E RIL-QOREXT: NV Read 32, length 6, data length 6, "
+    "grde - 323436383130\n"
+    "11-21 17:14:39.126  1234  1240 E RIL-QOREXT: Dumping modem response for "
+    "QMI_TUNER_REQ_V01...\n"
+    "11-21 17:14:39.127  1234  1240 E RIL-QOREXT: HexDump: Data 020000000A0B\n";
+
+TEST_F(DecodeInput, ARequestIsShownToAPerson) {
+  EXPECT_EQ(words({"16000002", "10000000", "00000000", "000000000000", "1C000000", "01000000",
+                   "02000000", "03000000"}),
+            Outcome::success);
+  EXPECT_EQ(out_.str(),
+            "request nv-read (0x02000016): 16 bytes\n"
+            "  rde-id:  28\n"
+            "  record:  1\n"
+            "  offset:  2\n"
+            "  length:  3\n");
+}
+
+TEST_F(DecodeInput, AReplyIsShownToAScript) {
+  json_ = true;
+  EXPECT_EQ(words({to_hex(cdma_frame(0x020000BC, 0, from_hex("4D000000")))}), Outcome::success);
+  EXPECT_EQ(out_.str(), R"({"type":"reply","name":"get-bsr-timer","id":"0x020000BC","status":0,)"
+                        R"("status_name":"success","length":4,"fields":{"timer":77},"problems":[],)"
+                        R"("hex":"BC00000204000000000000000000000000004D0000000000"})"
+                        "\n");
+}
+
+TEST_F(DecodeInput, AnUnsolicitedFrameIsShown) {
+  EXPECT_EQ(words({to_hex(cdma_unsolicited(0x020001B0, from_hex("07000000")))}), Outcome::success);
+  EXPECT_EQ(out_.str(), "unsolicited carrier-event (0x020001B0): 4 bytes\n  value:  7\n");
+}
+
+TEST_F(DecodeInput, WhatAFrameIsCanBeTold) {
+  EXPECT_EQ(words({"01050019 00000000"}), Outcome::success);
+  EXPECT_EQ(words({"01050019 00000000"}, {InputKind::reply, "-"}), Outcome::success);
+  EXPECT_EQ(out_.str(),
+            "request silent-reboot (0x050019)\n"
+            "reply silent-reboot (0x050019): success\n"
+            "  data:\n");
+}
+
+TEST_F(DecodeInput, PersonalFieldsAreMaskedUnlessAskedFor) {
+  EXPECT_EQ(words({kCheck}), Outcome::success);
+  show_personal_ = true;
+  EXPECT_EQ(words({kCheck}), Outcome::success);
+  EXPECT_EQ(out_.str(),
+            "request check-spc (0x0200000A): 6 bytes\n  code:  ***\n"
+            "request check-spc (0x0200000A): 6 bytes\n  code:  246810\n");
+}
+
+TEST_F(DecodeInput, AMaskedFrameForAScriptHasNoBytesEither) {
+  json_ = true;
+  EXPECT_EQ(words({kCheck}), Outcome::success);
+  EXPECT_EQ(out_.str(),
+            R"({"type":"request-frame","name":"check-spc","id":"0x0200000A","status":null,)"
+            R"("status_name":null,"length":6,"fields":{"code":"***"},"problems":[],)"
+            R"("hex":"0A0000020600000000000000************************"})"
+            "\n");
+}
+
+TEST_F(DecodeInput, LinesOfHexAreFrames) {
+  EXPECT_EQ(lines("01050019 00000000\r\n\n" + kCheck + "\n01050506 FFFFFFFF"), Outcome::success);
+  EXPECT_EQ(out_.str(),
+            "request silent-reboot (0x050019)\n"
+            "\n"
+            "request check-spc (0x0200000A): 6 bytes\n  code:  ***\n"
+            "reply unknown (0x050506): obsolete or not supported\n");
+}
+
+TEST_F(DecodeInput, ALogIsShownWithWhatItHolds) {
+  EXPECT_EQ(lines(kLog), Outcome::success);
+  EXPECT_EQ(out_.str(),
+            "--------- beginning of main\n"
+            "11-21 17:14:39.123  1234  1240 E RIL-QOREXT: NV Read 28, length 1, data length 1, "
+            "grde - 06\n"
+            "  | nv-item mob-p-rev (28): 1 byte\n"
+            "  |   mob-p-rev:  6\n"
+            "11-21 17:14:39.124  1234  1240 E RIL-QOREXT: isSpcChanged = 0, (***\n"
+            "11-21 17:14:39.125  1234  1240 E RIL-QOREXT: NV Read 32, length 6, data length 6, "
+            "grde - ************\n"
+            "  | nv-item spc (32): 6 bytes\n"
+            "  |   spc:  ***\n"
+            "11-21 17:14:39.126  1234  1240 E RIL-QOREXT: Dumping modem response for "
+            "QMI_TUNER_REQ_V01...\n"
+            "11-21 17:14:39.127  1234  1240 E RIL-QOREXT: HexDump: Data 020000000A0B\n"
+            "  | modem-response tune (0x05002A): 6 bytes\n"
+            "  |   length:  2\n"
+            "  |   data:    0A0B\n"
+            "  |   problem: 6 bytes of data, 32 expected\n");
+}
+
+TEST_F(DecodeInput, ALogIsOneObjectALineForAScript) {
+  json_ = true;
+  EXPECT_EQ(
+      lines("a \xFF\tline\nE/RIL-QOREXT( 1): NV Read 32, length 1, data length 1, grde - 31\n"),
+      Outcome::success);
+  EXPECT_EQ(out_.str(),
+            R"({"type":"log","line":"a \\xFF\\x09line","decoded":null})"
+            "\n"
+            R"({"type":"log","line":"E/RIL-QOREXT( 1): NV Read 32, length 1, data length 1, )"
+            R"(grde - **","decoded":{"type":"nv-item","name":"spc","id":"32","status":null,)"
+            R"("status_name":null,"length":1,"fields":{},)"
+            R"("problems":["spc is missing: the data ends before"],"hex":"**"}})"
+            "\n");
+}
+
+TEST_F(DecodeInput, ALogMayBeShownInClear) {
+  show_personal_ = true;
+  EXPECT_EQ(lines(kLog), Outcome::success);
+  EXPECT_NE(out_.str().find("isSpcChanged = 0, (246810 ~ 246810)\n"), std::string::npos);
+  EXPECT_NE(out_.str().find("grde - 323436383130\n"), std::string::npos);
+  EXPECT_NE(out_.str().find("  |   spc:  246810\n"), std::string::npos);
+}
+
+TEST_F(DecodeInput, AMalformedFrameIsARefusal) {
+  EXPECT_EQ(words({"B1000002 05000000 00000000 000000000000 01000000"}), Outcome::refused);
+  EXPECT_EQ(out_.str(),
+            "request set-bc10 (0x020000B1): 5 bytes\n"
+            "  status:  1\n"
+            "  problem: the length field says 5, the frame has 22 bytes instead of 23\n");
+}
+
+TEST_F(DecodeInput, WhatIsNoFrameIsWrongUsageWithItsLine) {
+  EXPECT_EQ(words({"0G"}), Outcome::usage);
+  EXPECT_EQ(words({"FF"}), Outcome::usage);
+  EXPECT_EQ(lines("01050019 00000000\nFFFF\n"), Outcome::usage);
+  EXPECT_EQ(lines("no hex\n", InputKind::reply), Outcome::usage);
+  EXPECT_EQ(err_.str(),
+            "qorextctl: decode: no hex (pairs of digits)\n"
+            "qorextctl: decode: 1 bytes that are no frame; say --as request, reply or unsolicited "
+            "to see them all the same\n"
+            "qorextctl: decode: line 2: 2 bytes that are no frame; say --as request, reply or "
+            "unsolicited to see them all the same\n"
+            "qorextctl: decode: line 1: no hex (pairs of digits)\n");
+}
+
+TEST_F(DecodeInput, ALogMayHaveLinesOfHexWhenItIsToldToBeOne) {
+  EXPECT_EQ(lines("FFFF\n", InputKind::log), Outcome::success);
+  EXPECT_EQ(out_.str(), "FFFF\n");
+}
+
+TEST_F(DecodeInput, AFileThatCannotBeReadIsWrongUsage) {
+  EXPECT_EQ(words({}, {InputKind::automatic, "/nowhere/log"}), Outcome::usage);
+  EXPECT_EQ(err_.str(),
+            "qorextctl: decode: cannot read '/nowhere/log': give a file that you may read\n");
+}
+
+}  // namespace
+}  // namespace qorextctl

@@ -1,0 +1,253 @@
+// The daemon's log lines, and what they hold.
+#include "log_reader.h"
+
+#include <gtest/gtest.h>
+
+#include "frame_samples.h"
+#include "log_line.h"
+#include "output.h"
+#include "personal.h"
+
+namespace qorextctl {
+namespace {
+
+const std::string kHead = "E/RIL-QOREXT( 1234): ";
+
+// The last line's entry.
+LogEntry last_of(const std::vector<std::string>& texts) {
+  LogReader reader;
+  LogEntry entry;
+  for (const std::string& text : texts) entry = reader.read(kHead + text);
+  return entry;
+}
+
+std::string masked(const std::vector<std::string>& texts) {
+  std::string line = last_of(texts).masked;
+  EXPECT_EQ(line.substr(0, kHead.size()), kHead);
+  return line.substr(kHead.size());
+}
+
+std::string shown(const LogEntry& entry) {
+  if (!entry.content) return "nothing";
+  const DecodedFrame& frame = entry.content->frame;
+  std::string problems;
+  for (const std::string& problem : frame.problems) problems += " problem: " + problem;
+  return std::string(entry.content->type) + " " + frame.name + " " + frame.id + " " +
+         to_json(frame.fields).dump() + problems;
+}
+
+TEST(LogLine, TheFormatsOfLogcatAreKnown) {
+  struct {
+    const char* head;
+    const char* source;
+  } const cases[] = {
+      {"E/RIL-QOREXT( 1234): ", " 1234"},
+      {"D/RIL-QOREXT(12345): ", "12345"},
+      {"11-21 17:14:39.123 E/RIL-QOREXT( 1234): ", " 1234"},
+      {"11-21 17:14:39.123  1234  1240 E RIL-QOREXT: ", "1234  1240"},
+      {"2026-11-21 17:14:39.123456 +0000  1234  1240 D RIL-QOREXT: ", "1234  1240"},
+      {"11-21 17:14:39.123 radio  1234  1240 E RIL-QOREXT: ", "1234  1240"},
+      {"11-21 17:14:39.123  1001  1234  1240 E RIL-QOREXT: ", "1234  1240"},
+      {"RIL-QOREXT E 11-21 17:14:39  1234  1240 ", "1234  1240"},
+  };
+  for (const auto& test : cases) {
+    for (const char* end : {"", "\r"}) {
+      std::string line = std::string(test.head) + "  two: words " + end;
+      auto parsed = parse_daemon_line(line);
+      ASSERT_TRUE(parsed) << line;
+      EXPECT_EQ(parsed->head, test.head);
+      EXPECT_EQ(parsed->source, test.source);
+      EXPECT_EQ(parsed->text, "  two: words ");
+    }
+  }
+}
+
+TEST(LogLine, LinesOfOthersAreNotTheDaemons) {
+  for (const char* line :
+       {"", "--------- beginning of main", "E/RILJ    ( 1234): E/RIL-QOREXT( 1): x",
+        "11-21 17:14:39.123  1234  1240 E RILJ    : RIL-QOREXT: x", "RIL-QOREXT",
+        "11-21 17:14:39.123  1234  1240 E RIL-QOREXT2: x", "E/RIL-QOREXT(x): y"}) {
+    EXPECT_FALSE(parse_daemon_line(line)) << line;
+  }
+  EXPECT_FALSE(parse_daemon_line(std::string(1'000'000, ' ') + "E/RIL-QOREXT( 1): x"));
+  EXPECT_TRUE(parse_daemon_line(kHead + std::string(1'000'000, 'x')));
+}
+
+TEST(LogReader, AReplyFrameIsDecoded) {
+  EXPECT_EQ(shown(last_of({"handleNvRsp: response hexdump for p_respHdr->msgId 0x200000d...",
+                           "HexDump: Data 0D00000204000000000000000000000000001E0000000000"})),
+            "reply read-item-10003 0x0200000D {\"data\":\"1E000000\",\"value\":30}");
+}
+
+TEST(LogReader, AnItemIsDecodedByItsNumber) {
+  const std::string write = "qor_qmi_sprint_rde_write: hexdump len 3...";
+  EXPECT_EQ(shown(last_of({"NV Write with RDE index 2, record number 0, offset 0.", write,
+                           "HexDump: Data 000009"})),
+            R"(nv-item overload-class 2 {"nam":0,"overload_class":9})");
+  EXPECT_EQ(shown(last_of({"NV Write with RDE index 8, record number 0, offset 0.", write,
+                           "HexDump: Data 00030109"
+                           "0A000000000000000000000000"})),
+            R"(nv-item mdn 8 {"nam":0,"count":3,"mdn":"190"})");
+  EXPECT_EQ(shown(last_of({"Gen NV Write RdeId 7000, rec num 1, offset 2, len 3. hexdump...",
+                           "HexDump: Data C0FFEE"})),
+            R"(nv-item  7000 {"record":1,"offset":2,"data":"C0FFEE"})");
+  EXPECT_EQ(shown(last_of({"NV Read with RDE index (28), recordNum(0), offset(0).",
+                           "NV Read 28, length 1, data length 1, grde - 06"})),
+            R"(nv-item mob-p-rev 28 {"mob_p_rev":6})");
+  EXPECT_EQ(shown(last_of({"NV Read 28, length 0, data length 0, grde - "})), "nothing");
+  EXPECT_EQ(shown(last_of({"NV Read 29, length 1, data length 1, grde - 00"})),
+            R"(nv-item primary-channels 29 {"nam":0} problem: primary-a is missing: the data ends )"
+            "before problem: primary-b is missing: the data ends before");
+}
+
+TEST(LogReader, WhatTheModemAnsweredIsDecoded) {
+  std::string record = to_hex(counting(568));
+  LogEntry plmn =
+      last_of({"Dumping modem response for QMI_DATA_PLMN_REQ_V01...", "HexDump: Data " + record});
+  EXPECT_EQ(shown(plmn), "modem-response data-plmn 0x060001 {\"record\":\"" + record + "\"}");
+  std::string tuner = to_hex(from_hex("03000000 0A0B0C"));
+  tuner.resize(64, '0');
+  EXPECT_EQ(
+      shown(last_of({"Dumping modem response for QMI_TUNER_REQ_V01...", "HexDump: Data " + tuner})),
+      R"(modem-response tune 0x05002A {"length":3,"data":"0A0B0C"})");
+}
+
+TEST(LogReader, ALineThatTheLogHasCutIsDecodedAsFarAsItGoes) {
+  EXPECT_EQ(shown(last_of({"Dumping modem response for QMI_TUNER_REQ_V01...",
+                           "HexDump: Data 020000000A0B0"})),
+            R"(modem-response tune 0x05002A {"length":2,"data":"0A0B"} )"
+            "problem: 6 bytes of data, 32 expected");
+  EXPECT_EQ(
+      masked({"Dumping modem response for QMI_TUNER_REQ_V01...", "HexDump: Data 020000000A0B0"}),
+      "HexDump: Data 020000000A0B0");
+  EXPECT_EQ(masked({"NV Read 32, length 6, data length 6, grde - 31323"}),
+            "NV Read 32, length 6, data length 6, grde - ***");
+  EXPECT_EQ(masked({"Gen NV Write RdeId 32, rec num 0, offset 0, len 6. hexdump...",
+                    "HexDump: Data 31323"}),
+            "HexDump: Data ****");
+}
+
+TEST(LogReader, TheTextOfAnEngineeringRecordIsUnpacked) {
+  std::string text = to_hex(counting(52));
+  std::string dump = to_hex(Bytes(text.begin(), text.end()));
+  LogEntry entry =
+      last_of({"qorext_hook_sprint_get_evdo_data() hexDump...", "HexDump: Data " + dump});
+  ASSERT_TRUE(entry.content);
+  Json fields = to_json(entry.content->frame.fields);
+  EXPECT_EQ(entry.content->frame.name, "get-evdo");
+  EXPECT_EQ(entry.content->frame.problems, std::vector<std::string>{});
+  EXPECT_EQ(fields["channel"], 0x0201);
+  EXPECT_EQ(fields["pilot_pn"], 0x0A09);
+  EXPECT_EQ(fields["sector_id"][15], 45);
+  EXPECT_EQ(fields["pilot_energy"], 0x302F);
+  EXPECT_EQ(fields["an_auth_status"], 51);
+  EXPECT_EQ(shown(last_of({"qorext_hook_sprint_get_evdo_data() hexDump...", "HexDump: Data 3047"})),
+            R"(engineering get-evdo 0x02000012 {"data":"3047"} )"
+            "problem: the modem's text is not hex (pairs of digits)");
+}
+
+TEST(LogReader, EachThreadHasItsOwnDump) {
+  LogReader reader;
+  const std::string head = "11-21 17:14:39.123  1234  ";
+  reader.read(head + "1240 E RIL-QOREXT: Dumping modem response for QMI_TUNER_REQ_V01...");
+  reader.read(head + "1241 E RIL-QOREXT: NV Write with RDE index 2, record number 0, offset 0.");
+  reader.read(head + "1241 E RIL-QOREXT: qor_qmi_sprint_rde_write: hexdump len 3...");
+  reader.read("11-21 17:14:39.123  9999  1240 E OTHER   : HexDump: Data 00");
+  EXPECT_STREQ(
+      reader.read(head + "1240 E RIL-QOREXT: HexDump: Data " + std::string(64, '0')).content->type,
+      "modem-response");
+  EXPECT_STREQ(reader.read(head + "1241 E RIL-QOREXT: HexDump: Data 000009").content->type,
+               "nv-item");
+}
+
+TEST(LogReader, LinesOfOtherProgramsPassAsTheyAre) {
+  LogReader reader;
+  for (const char* line : {"", "--------- beginning of main", "E/OTHER( 1): HexDump: Data 00",
+                           "I/RILJ( 1): isSpcChanged = 1, (1 ~ 2)", "a \xFF\x01 byte"}) {
+    EXPECT_EQ(reader.read(line).masked, line);
+  }
+}
+
+TEST(LogReader, PersonalItemsAreMasked) {
+  const std::string write = "qor_qmi_sprint_rde_write: hexdump len 3...";
+  for (int item : {8, 16, 17, 18, 20, 21, 22, 25, 26, 32}) {
+    std::string number = std::to_string(item);
+    EXPECT_EQ(masked({"NV Write with RDE index " + number + ", record number 0, offset 0.", write,
+                      "HexDump: Data 010203"}),
+              "HexDump: Data ******");
+    EXPECT_EQ(masked({"Gen NV Write RdeId " + number + ", rec num 0, offset 1, len 3. hexdump...",
+                      "HexDump: Data 010203"}),
+              "HexDump: Data ******");
+    EXPECT_EQ(masked({"NV Read " + number + ", length 2, data length 2, grde - 0102"}),
+              "NV Read " + number + ", length 2, data length 2, grde - ****");
+    // A modem that does not say what it has read.
+    EXPECT_EQ(masked({"NV Read with RDE index (" + number + "), recordNum(0), offset(0).",
+                      "NV Read 0, length 2, data length 2, grde - 0102"}),
+              "NV Read 0, length 2, data length 2, grde - ****");
+  }
+  EXPECT_EQ(
+      masked({"NV Write with RDE index 28, record number 0, offset 0.", write, "HexDump: Data 06"}),
+      "HexDump: Data 06");
+}
+
+TEST(LogReader, DumpsOfWhichNothingIsKnownAreMasked) {
+  EXPECT_EQ(masked({"HexDump: Data 010203"}), "HexDump: Data ******");
+  EXPECT_EQ(masked({"qor_qmi_sprint_rde_write: hexdump len 3...", "HexDump: Data 010203"}),
+            "HexDump: Data ******");
+  EXPECT_EQ(masked({"Gen NV Write RdeId x", "HexDump: Data 010203"}), "HexDump: Data ******");
+  EXPECT_EQ(masked({"Dumping modem response for QMI_TUNER_REQ_V01...",
+                    "HexDump: Data " + std::string(64, '0'), "HexDump: Data 01"}),
+            "HexDump: Data **");
+  EXPECT_EQ(masked({"HexDump: Data 01020"}), "HexDump: Data ***");
+  EXPECT_EQ(masked({"NV Read x, grde - 0102"}), "NV Read x, grde - ****");
+  EXPECT_EQ(masked({"HexDump: Data "}), "HexDump: Data ");
+}
+
+TEST(LogReader, ADumpOfAFrameKeepsItsOpenBytes) {
+  EXPECT_EQ(masked({"handleNvRsp: response hexdump for p_respHdr->msgId 0x2000016...",
+                    "HexDump: Data " +
+                        to_hex(cdma_frame(
+                            0x02000016, 0,
+                            from_hex("20000000 00000000 00000000 02000000 3132 00000000")))}),
+            "HexDump: Data 160000021600000000000000000000000000"
+            "20000000000000000000000002000000************0000");
+}
+
+// clang-format off
+constexpr const char* kPersonalLines[][2] = {
+    {"qorext_hook_sprint_read_mdn_from_nv:  mdn_number 57 ", "qorext_hook_sprint_read_mdn_from_nv:  mdn_number ***"},
+    {"qorext_hook_sprint_read_mdn_from_nv:  mdn_number incremented by 0 57 ", "qorext_hook_sprint_read_mdn_from_nv:  mdn_number incremented by 0 ***"},
+    {"qorext_hook_sprint_read_mdn_from_nv:  nv output 9 ", "qorext_hook_sprint_read_mdn_from_nv:  nv output ***"},
+    {"qorext_hook_sprint_read_mdn_from_nv:  READ NV_DIR_NUMBER_PCS_I COMPLETE 9135550142 ", "qorext_hook_sprint_read_mdn_from_nv:  READ NV_DIR_NUMBER_PCS_I COMPLETE ***"},
+    {"qorext_hook_sprint_set_mdn_to_nv:  mdn_number 57 ", "qorext_hook_sprint_set_mdn_to_nv:  mdn_number ***"},
+    {"qorext_hook_sprint_get_nam_block_request_info:  GET NAM VALUE MDN  9135550142 ", "qorext_hook_sprint_get_nam_block_request_info:  GET NAM VALUE MDN  ***"},
+    {"qorext_hook_sprint_get_nam_block_request_info:  GET NAM VALUE MIN1  7284767 ", "qorext_hook_sprint_get_nam_block_request_info:  GET NAM VALUE MIN1  ***"},
+    {"qorext_hook_sprint_get_nam_block_request_info:  GET NAM VALUE MIN2  802 ", "qorext_hook_sprint_get_nam_block_request_info:  GET NAM VALUE MIN2  ***"},
+    {"qorext_hook_sprint_get_nam_block_request_info:  GET NAM VALUE IMSI_T_S1  7284767 ", "qorext_hook_sprint_get_nam_block_request_info:  GET NAM VALUE IMSI_T_S1  ***"},
+    {"qorext_hook_sprint_get_nam_block_request_info:  GET NAM VALUE IMSI_T_S2  802 ", "qorext_hook_sprint_get_nam_block_request_info:  GET NAM VALUE IMSI_T_S2  ***"},
+    {"qorext_hook_sprint_get_nam_block_request_info:  GET NAM VALUE IMSI_11_12  99 ", "qorext_hook_sprint_get_nam_block_request_info:  GET NAM VALUE IMSI_11_12  ***"},
+    {"qorext_hook_sprint_get_nam_block_request_info:  GET NAM VALUE IMSI_MCC 209 ", "qorext_hook_sprint_get_nam_block_request_info:  GET NAM VALUE IMSI_MCC ***"},
+    {"qorext_hook_sprint_get_nam_block_request_info:  GET NAM VALUE IMSI_MCC_T 209 ", "qorext_hook_sprint_get_nam_block_request_info:  GET NAM VALUE IMSI_MCC_T ***"},
+    {"qorext_hook_sprint_get_nam_block_request_info:  GET NAM VALUE IMSI_T_11_12 99 ", "qorext_hook_sprint_get_nam_block_request_info:  GET NAM VALUE IMSI_T_11_12 ***"},
+    {"qorext_hook_sprint_get_nam_info: NAM INFO imsiT => 310009135550142 ", "qorext_hook_sprint_get_nam_info: NAM INFO imsiT => ***"},
+    {"qorext_hook_sprint_get_nam_info: NAM INFO MIN => 9135550142 ", "qorext_hook_sprint_get_nam_info: NAM INFO MIN => ***"},
+    {"qorext_hook_sprint_get_nam_info: NAM INFO IMSI_11_12 => 00 ", "qorext_hook_sprint_get_nam_info: NAM INFO IMSI_11_12 => ***"},
+    {"qorext_hook_sprint_get_nam_info: NAM INFO Mcc => 310 MccT => 310 ", "qorext_hook_sprint_get_nam_info: NAM INFO Mcc => ***"},
+    {"qorext_hook_sprint_set_nam_info:  SET NAM IMSI_MCC  209 ", "qorext_hook_sprint_set_nam_info:  SET NAM IMSI_MCC  ***"},
+    {"qorext_hook_sprint_set_nam_info:  SET NAM IMSI_11_12  99 ", "qorext_hook_sprint_set_nam_info:  SET NAM IMSI_11_12  ***"},
+    {"qorext_hook_sprint_set_nam_info:  SET NAM MIN1 7284767 MIN2 802 ", "qorext_hook_sprint_set_nam_info:  SET NAM MIN1 ***"},
+    {"qorext_hook_sprint_set_nam_info:  SET NAM MccT 209 imsiT11_12 99 imsiT_s1 7284767 imsiT_s2 802 ", "qorext_hook_sprint_set_nam_info:  SET NAM MccT ***"},
+    {"isSpcChanged = 0, (246810 ~ 246810)", "isSpcChanged = 0, (***"},
+    {"isSpcChanged = 1, (246810 ~ 135791)", "isSpcChanged = 1, (***"},
+    {"qorext_hook_sprint_get_nam_block_request_info:  GET NAM VALUE SID NID  4700 ", "qorext_hook_sprint_get_nam_block_request_info:  GET NAM VALUE SID NID  4700 "},
+    {"qorext_hook_sprint_get_nam_info: NAM INFO hSid => 4700 hNid => 12 scm => 42 ", "qorext_hook_sprint_get_nam_info: NAM INFO hSid => 4700 hNid => 12 scm => 42 "},
+    {"qorext_hook_sprint_set_nam_block_request_info:  SET NAM BLOCK MDN  0 ", "qorext_hook_sprint_set_nam_block_request_info:  SET NAM BLOCK MDN  0 "},
+};
+// clang-format on
+
+TEST(LogReader, ValuesInClearAreMaskedAndOthersAreNot) {
+  for (const auto& [text, expected] : kPersonalLines) EXPECT_EQ(masked({text}), expected);
+}
+
+}  // namespace
+}  // namespace qorextctl

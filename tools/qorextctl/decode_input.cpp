@@ -1,0 +1,108 @@
+#include "decode_input.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <fstream>
+#include <iostream>
+
+#include "log_reader.h"
+#include "personal.h"
+
+namespace qorextctl {
+
+namespace {
+
+std::optional<FrameKind> told(InputKind as) {
+  switch (as) {
+    case InputKind::request:
+      return FrameKind::request;
+    case InputKind::reply:
+      return FrameKind::reply;
+    case InputKind::unsolicited:
+      return FrameKind::unsolicited;
+    default:
+      return std::nullopt;
+  }
+}
+
+class Decoder {
+ public:
+  Decoder(const DecodeOptions& options, bool show_personal, Printer& printer)
+      : as_(options.as), show_personal_(show_personal), printer_(printer) {}
+
+  Outcome frame(const std::string& text) {
+    auto bytes = parse_hex(text);
+    if (!bytes || bytes->empty()) return complain("no hex (pairs of digits)");
+    auto kind = told(as_);
+    if (!kind) kind = recognise(*bytes);
+    if (!kind) {
+      return complain(
+          fmt::format("{} bytes that are no frame; say --as request, reply or "
+                      "unsolicited to see them all the same",
+                      bytes->size()));
+    }
+    DecodedFrame decoded = decode_as(*kind, *bytes);
+    if (!show_personal_) mask(decoded);
+    printer_.decoded(*kind, decoded);
+    return decoded.problems.empty() ? Outcome::success : Outcome::refused;
+  }
+
+  Outcome line(const std::string& line) {
+    ++line_;
+    if (as_ == InputKind::log) return log_line(line);
+    if (told(as_)) return is_blank(line) ? Outcome::success : frame(line);
+    auto bytes = parse_hex(without_end(line));
+    return bytes && !bytes->empty() ? frame(without_end(line)) : log_line(line);
+  }
+
+ private:
+  static bool is_blank(const std::string& line) {
+    return line.find_first_not_of(" \t\r") == std::string::npos;
+  }
+
+  static std::string without_end(const std::string& line) {
+    return line.substr(0, line.find_last_not_of(" \t\r") + 1);
+  }
+
+  Outcome complain(const std::string& what) {
+    std::string where = line_ != 0 ? fmt::format("decode: line {}: ", line_) : "decode: ";
+    printer_.error(usage_error(where + what));
+    return Outcome::usage;
+  }
+
+  Outcome log_line(const std::string& line) {
+    LogEntry entry = reader_.read(line);
+    if (!show_personal_ && entry.content) mask(entry.content->frame);
+    printer_.log_entry(show_personal_ ? line : entry.masked, entry.content);
+    return Outcome::success;
+  }
+
+  InputKind as_;
+  bool show_personal_;
+  Printer& printer_;
+  LogReader reader_;
+  size_t line_ = 0;  // 0: not reading lines
+};
+
+Outcome decode_lines(Decoder& decoder, std::istream& input) {
+  Outcome worst = Outcome::success;
+  for (std::string line; std::getline(input, line);) worst = std::max(worst, decoder.line(line));
+  return worst;
+}
+
+}  // namespace
+
+Outcome decode_input(const std::vector<std::string>& words, const DecodeOptions& options,
+                     bool show_personal, Printer& printer) {
+  Decoder decoder(options, show_personal, printer);
+  if (!words.empty()) return decoder.frame(fmt::format("{}", fmt::join(words, "")));
+  if (options.input == "-") return decode_lines(decoder, std::cin);
+  std::ifstream file(options.input);
+  if (file) return decode_lines(decoder, file);
+  printer.error(usage_error(
+      fmt::format("decode: cannot read '{}': give a file that you may read", options.input)));
+  return Outcome::usage;
+}
+
+}  // namespace qorextctl

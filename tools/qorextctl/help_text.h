@@ -1,0 +1,84 @@
+// What --help says below the options.
+#pragma once
+
+namespace qorextctl {
+
+constexpr const char* kExitStatuses = R"(exit status:
+  0  success
+  1  the modem or the daemon has refused: a reply carried a failure status, or a frame is malformed
+  2  wrong usage: nothing was sent, nothing was started
+  3  transport: no reply in time, the daemon ended, or the modem is not reachable
+  4  the tool itself failed: its output could not be written
+)";
+
+constexpr const char* kExamples = R"(examples:
+  qorextctl list                                      every request
+  qorextctl list set-nam                              one request's arguments
+  qorextctl request nv-read rde-id=28                 with a private modem
+  qorextctl request get-nam --json > nam.json         edit it, then:
+  qorextctl request set-nam spc=000000 json=nam.json
+  qorextctl raw 07000002 0000000000000000 000000000000  bytes as they are
+  qorextctl decode 07000002 0000000000000000 000000000000
+  adb logcat -d | qorextctl decode                    a log with what its hex dumps hold
+  printf 'modem indicate notify\nwait-unsol\n' | qorextctl session
+  qorextctl --modem unix:/run/m.sock --control /run/c.sock session
+  qorextctl --control /run/c.sock modem nv 28 0A
+  qorextctl --phone-root phone phone prepare          a root to keep
+  qorextctl --phone-root phone phone show             logs, properties, DropBox
+
+)";
+
+constexpr const char* kRequestExamples = R"(examples:
+  qorextctl request nv-read rde-id=28
+  qorextctl request nv-write rde-id=7000 data=C0FFEE --json
+  qorextctl request set-nam spc=000000 json=nam.json sid=4139
+  qorextctl request generic id=0x50506 data=AABB
+)";
+
+constexpr const char* kRawExamples = R"(examples:
+  qorextctl raw 07000002 00000000 00000000 000000000000
+  qorextctl raw 01:05:00:19:00:00:00:00
+)";
+
+constexpr const char* kSessionExamples = R"(lines:
+  NAME [KEY=VALUE]...                     a request
+  raw HEX...                              bytes as they are
+  modem COMMAND...                        a command to the modem's control socket
+  wait-unsol [N] [SECONDS]                until N unsolicited frames have come
+  wait-property NAME VALUE [SECONDS]      until the property has the value
+  wait-log TEXT [N] [SECONDS]             until N lines of the daemon's log hold the text
+  phone show                              what lies in the phone's root
+  expect-failure LINE                     a failure is a success then
+  # COMMENT
+
+examples:
+  printf 'set-bsr-timer timer=77\nget-bsr-timer\n' | qorextctl session
+  qorextctl --json --log session < requests.txt
+)";
+
+constexpr const char* kListExamples = R"(examples:
+  qorextctl list
+  qorextctl list set-nam
+  qorextctl --json list | jq -r .name
+)";
+
+constexpr const char* kDecodeExamples = R"(examples:
+  qorextctl decode 1600000210000000 00000000000000000000 1C000000 00000000 00000000 00000000
+  qorextctl decode --as reply 0105001900000000
+  qorextctl decode --input logcat.txt
+  adb logcat -v threadtime | qorextctl decode --json
+  qorextctl decode --show-personal < logcat.txt
+)";
+
+constexpr const char* kModemExamples = R"(examples:
+  qorextctl --control /run/c.sock modem state
+  qorextctl --control /run/c.sock modem nv 28 0A
+  qorextctl --control /run/c.sock modem indicate notify --count 100 --interval-ms 10
+)";
+
+constexpr const char* kPhoneExamples = R"(examples:
+  qorextctl --phone-root phone phone prepare --powerup-reason 0x00020000
+  qorextctl --phone-root phone phone show --json
+)";
+
+}  // namespace qorextctl

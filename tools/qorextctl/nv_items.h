@@ -1,0 +1,22 @@
+// The NV items whose content is known.
+#pragma once
+
+#include <cstdint>
+
+#include "request.h"
+
+namespace qorextctl {
+
+struct NvItem {
+  uint32_t id;  // RDE id
+  const char* name;
+  Layout layout;
+};
+
+// Null when the content is not known.
+const NvItem* find_nv_item(uint32_t id);
+
+// Of the numbers and codes named in personal.h.
+bool is_personal_item(uint32_t id);
+
+}  // namespace qorextctl
