@@ -122,6 +122,11 @@ TEST_F(RequestLoop, LargestRequestIsReadInOnePiece) {
   EXPECT_THAT(replies(), ElementsAre(reply(0x0200000B, 6)));
 }
 
+TEST_F(RequestLoop, OneReadTakesNoMoreThan17408Bytes) {
+  serve({{.data = Bytes(20000, 0xEE)}});
+  EXPECT_THAT(logs(), testing::Contains("Read 17408 bytes from pipe"));
+}
+
 TEST_F(RequestLoop, NothingOfAnEarlierRequestIsSeenByALaterOne) {
   qmi_qorext_hook_client_init();
   Bytes claims_more = le32(0x02000008) + le32(512) + Bytes(10) + from_hex("01020304");
