@@ -89,6 +89,7 @@ TEST_F(KpiRotation, FirstRotationHandsOffAndLinksBothLogs) {
 }
 
 TEST_F(KpiRotation, NewLogThatIsGoneIsMadeAnewForItsFirstPackage) {
+  umask(0);
   grow(old_log, kLimit);
   failing["chmod"] = EPERM;
   on_log = [this](const std::string& text) {

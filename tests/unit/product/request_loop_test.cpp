@@ -1,6 +1,8 @@
 #include "host/request_loop.h"
 
+#include <fcntl.h>
 #include <sys/select.h>
+#include <unistd.h>
 
 #include "fake_phone.h"
 #include "host/parent.h"
@@ -122,6 +124,11 @@ TEST_F(RequestLoop, LargestRequestIsReadInOnePiece) {
   EXPECT_THAT(replies(), ElementsAre(reply(0x0200000B, 6)));
 }
 
+TEST_F(RequestLoop, OneReadTakesNoMoreThan17408Bytes) {
+  serve({{.data = Bytes(20000, 0xEE)}});
+  EXPECT_THAT(logs(), testing::Contains("Read 17408 bytes from pipe"));
+}
+
 TEST_F(RequestLoop, NothingOfAnEarlierRequestIsSeenByALaterOne) {
   qmi_qorext_hook_client_init();
   Bytes claims_more = le32(0x02000008) + le32(512) + Bytes(10) + from_hex("01020304");
@@ -141,6 +148,20 @@ TEST_F(RequestLoop, ClosedReplyPipeDoesNotEndTheLoop) {
   serve({{.data = from_hex("05000001 00000000")}, {.data = from_hex("0B000002 00000000")}});
   EXPECT_THAT(logs(), testing::Contains("Write to parent failed 32").Times(2));
   EXPECT_EQ(trace.back(), "log: Buffer length is zero..Exiting QOREXT");
+}
+
+TEST_F(RequestLoop, DescriptorZeroIsServedLikeAnyOther) {
+  int standard_input = dup(STDIN_FILENO);
+  int ends[2];
+  ASSERT_EQ(pipe2(ends, O_CLOEXEC), 0);
+  close(ends[1]);
+  dup2(ends[0], STDIN_FILENO);
+  close(ends[0]);
+  serve_requests(STDIN_FILENO);
+  dup2(standard_input, STDIN_FILENO);
+  close(standard_input);
+  EXPECT_THAT(trace, ElementsAre(kWaiting, "log: Read 0 bytes from pipe",
+                                 "log: Buffer length is zero..Exiting QOREXT"));
 }
 
 // The loop never ends by itself on such a descriptor: its process ends after two turns.
