@@ -2,6 +2,7 @@
 #include <gmock/gmock.h>
 
 #include "carrier_fixture.h"
+#include "start_daemon.h"
 
 namespace e2e {
 namespace {
