@@ -1,6 +1,5 @@
 #include "raw_channel.h"
 
-#include <fcntl.h>
 #include <poll.h>
 #include <sys/socket.h>
 
@@ -42,8 +41,7 @@ std::unique_ptr<Channel> open_raw_channel(uint32_t service) {
   check(endpoint.has_value(), "no modem is named");
   auto channel = qmi_transport::open_channel(*endpoint, find_server(*endpoint, service));
   check(channel != nullptr, "the service cannot be reached");
-  int flags = fcntl(channel->fd(), F_GETFL);
-  check(fcntl(channel->fd(), F_SETFL, flags & ~O_NONBLOCK) == 0, "the socket cannot block");
+  check(qmi_transport::let_receive_wait(channel->fd(), kPatience), "the socket cannot wait");
   return channel;
 }
 

@@ -79,7 +79,7 @@ json measure_indications(int rounds) {
   }
   processor = bench::processor_seconds(*daemon) - processor;
   return {{"indications_per_s", bench::median(rates)},
-          {"indication_processor_us", 1e6 * processor / (kIndications * rounds)}};
+          {"indication_processor_us", 1e6 * processor / kIndications / rounds}};
 }
 
 }  // namespace
