@@ -68,10 +68,10 @@ class QrtrChannel final : public Channel {
     QrtrAddress from;
     return judged(qrtr_receive(socket_.get(), buffer, from), buffer, from);
   }
+  // The kernel keeps such a socket locked while a receive waits: nobody could send meanwhile.
   Received receive_waiting(std::span<uint8_t> buffer) override {
-    QrtrAddress from;
-    constexpr int kWaiting = 0;
-    return judged(qrtr_receive(socket_.get(), buffer, from, kWaiting), buffer, from);
+    if (!wait_for(socket_.get(), POLLIN, in(kReceiveTime))) return {Status::nothing};
+    return receive(buffer);
   }
 
  private:
@@ -105,7 +105,6 @@ std::unique_ptr<Channel> qrtr_channel(const ServerAddress& server) {
   if (!socket) return nullptr;
   QrtrWatch watch(std::move(socket), {server.service, version_of(server.instance)});
   if (!watch.has(server, in(kListPatience))) return nullptr;
-  if (!let_receive_wait(watch.fd(), kReceiveTime)) return nullptr;
   return std::make_unique<QrtrChannel>(watch.take_socket(), server);
 }
 

@@ -42,11 +42,11 @@ Status qrtr_send(int socket, const QrtrAddress& to, std::span<const uint8_t> pac
 }
 
 // Not qrtr_recvfrom(): that one logs whenever there is no packet.
-Received qrtr_receive(int socket, std::span<uint8_t> buffer, QrtrAddress& from, int flags) {
+Received qrtr_receive(int socket, std::span<uint8_t> buffer, QrtrAddress& from) {
   sockaddr_qrtr address{};
   socklen_t length = sizeof(address);
   auto* sender = reinterpret_cast<sockaddr*>(&address);
-  ssize_t size = recvfrom(socket, buffer.data(), buffer.size(), flags, sender, &length);
+  ssize_t size = recvfrom(socket, buffer.data(), buffer.size(), MSG_DONTWAIT, sender, &length);
   if (size < 0) return {errno == EINTR ? Status::nothing : status_of(errno)};
   from = {address.sq_node, address.sq_port};
   return {Status::ok, static_cast<size_t>(size)};

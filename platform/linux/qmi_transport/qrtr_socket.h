@@ -1,8 +1,6 @@
 // QRTR sockets, as both ends of the QRTR transport use them.
 #pragma once
 
-#include <sys/socket.h>
-
 #include "control.h"
 #include "scoped_fd.h"
 
@@ -21,10 +19,8 @@ ScopedFd qrtr_socket();
 Status qrtr_send(int socket, const QrtrAddress& to, std::span<const uint8_t> packet,
                  Deadline deadline);
 
-// Reads one packet and tells who sent it. `flags`: MSG_DONTWAIT, or 0 to wait as the socket is set
-// to.
-Received qrtr_receive(int socket, std::span<uint8_t> buffer, QrtrAddress& from,
-                      int flags = MSG_DONTWAIT);
+// Reads one packet without waiting and tells who sent it.
+Received qrtr_receive(int socket, std::span<uint8_t> buffer, QrtrAddress& from);
 
 // The content of a packet from the name service; nothing for any other packet. For
 // QRTR_TYPE_DEL_CLIENT the client's address stands in node and port.

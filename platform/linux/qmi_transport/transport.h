@@ -69,7 +69,8 @@ class Channel {
   // Reads one packet without waiting; call when fd() is readable, from one thread at a time. The
   // buffer has room for kMaxPacketSize bytes.
   virtual Received receive(std::span<uint8_t> buffer) = 0;
-  // As receive(), but waits for a packet, kReceiveTime at most: one system call instead of two.
+  // As receive(), but waits for a packet, kReceiveTime at most; in one system call where sending
+  // goes on meanwhile.
   virtual Received receive_waiting(std::span<uint8_t> buffer) = 0;
 };
 constexpr std::chrono::milliseconds kReceiveTime{100};
