@@ -128,7 +128,7 @@ TEST_P(Discovery, ANotifierIsReleasedAtOnce) {
     ASSERT_EQ(qmi_client_release(notifier.handle), QMI_NO_ERR);
     notifier.handle = nullptr;
   }
-  EXPECT_LT(std::chrono::steady_clock::now() - before, 4s);
+  EXPECT_LT(std::chrono::steady_clock::now() - before, 20s);
 }
 
 TEST_P(Discovery, ANotifierNeedsAllItsParameters) {
