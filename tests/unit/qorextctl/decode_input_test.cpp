@@ -2,6 +2,7 @@
 #include "decode_input.h"
 
 #include <gtest/gtest.h>
+#include <unistd.h>
 
 #include <fstream>
 #include <sstream>
@@ -18,9 +19,11 @@ class DecodeInput : public testing::Test {
   }
 
   Outcome lines(const std::string& text, InputKind as = InputKind::automatic) {
-    std::string path = testing::TempDir() + "qorextctl_decode_input";
+    std::string path = testing::TempDir() + "qorextctl_decode_input." + std::to_string(getpid());
     std::ofstream(path, std::ios::binary) << text;
-    return run({}, {as, path});
+    Outcome outcome = run({}, {as, path});
+    unlink(path.c_str());
+    return outcome;
   }
 
   bool json_ = false;
