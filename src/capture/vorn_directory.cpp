@@ -20,6 +20,7 @@ namespace {
 
 constexpr mode_t kLogMode = 0740;
 constexpr double kStaleSeconds = 172800;
+constexpr int kLinkedLogs = 2;
 
 // A link is made under this name and then renamed over the one it replaces, so that an index link
 // once made is never missing: without one the next merge would clear the directory.
@@ -34,7 +35,7 @@ void build_index_name(int index, VornPath& name) {
   snprintf(name, sizeof name, "%s/.%04d", kVornDirectory, index);
 }
 
-void index_name(int index, VornPath& name) {
+void announce_index_name(int index, VornPath& name) {
   build_index_name(index, name);
   LOGE("vorn_get_index_filename: index name %s", name);
 }
@@ -56,7 +57,7 @@ bool is_linked(const VornPath& log) {
 
 void point_index_to(int index, const VornPath& log) {
   VornPath link;
-  index_name(index, link);
+  announce_index_name(index, link);
   if (!exists(log)) {
     unlink(phone_path(link));
     return;
@@ -79,7 +80,7 @@ void dated_name(time_t when, VornPath& name) {
 void next_free_name(VornPath& name) {
   time_t when = time(nullptr);
   dated_name(when, name);
-  for (int taken = 0; taken < kPreviousIndex && is_linked(name); ++taken) dated_name(++when, name);
+  for (int taken = 0; taken < kLinkedLogs && is_linked(name); ++taken) dated_name(++when, name);
 }
 
 bool create_empty(const VornPath& log) {
@@ -130,7 +131,7 @@ bool stat_file(const VornPath& path, struct stat& status) {
 
 int vorn_get_filename(int index, VornPath& target) {
   VornPath link;
-  index_name(index, link);
+  announce_index_name(index, link);
   if (!read_link(link, target)) {
     LOGE("vorn_get_filename: get real name of %s failed, rc %d", link, errno);
     return -1;

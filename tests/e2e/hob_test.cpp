@@ -8,6 +8,7 @@
 #include <filesystem>
 #include <fstream>
 
+#include "files.h"
 #include "handset.h"
 #include "log_texts.h"
 #include "phone_files.h"
@@ -27,11 +28,6 @@ constexpr size_t kPartitionSize = 65536;
 constexpr char kSuccessful[] = "dhob_write: Save RF to HOB successful";
 constexpr char kOpened[] = "dhob_write: qor_shared_ram open success";
 constexpr char kAnswering[] = "dhob_write: Sending DYNHOB request to BP";
-
-std::string content_of(const std::string& path) {
-  std::ifstream file(path, std::ios::binary);
-  return {std::istreambuf_iterator<char>(file), {}};
-}
 
 class Hob : public testing::Test {
  protected:

@@ -12,7 +12,6 @@ namespace {
 
 using qorextctl::Deadline;
 
-constexpr size_t kLogLimit = 31457280;
 constexpr long kThreeDays = 3 * 86400;
 
 constexpr char kCurrentLog[] = "vorn_20260102000000.log";

@@ -22,7 +22,6 @@ using testing::IsSupersetOf;
 using testing::Not;
 using testing::StartsWith;
 
-constexpr size_t kLogLimit = 31457280;
 constexpr char kCurrentLog[] = "vorn_20260102000000.log";
 constexpr char kPreviousLog[] = "vorn_20260101000000.log";
 constexpr char kTemporary[] = "~vorn0007.log";

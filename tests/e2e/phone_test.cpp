@@ -6,6 +6,7 @@
 #include <fstream>
 
 #include "command.h"
+#include "files.h"
 #include "handset.h"
 #include "phone_files.h"
 #include "vorn.h"
@@ -21,11 +22,6 @@ using testing::HasSubstr;
 
 constexpr const char* kMerged = "vorn_update_current_log: update";
 constexpr size_t kPackageBytes = size_t{255} * 502;
-
-std::string content_of(const fs::path& path) {
-  std::ifstream file(path, std::ios::binary);
-  return {std::istreambuf_iterator<char>(file), {}};
-}
 
 class Uploads : public testing::Test {
  protected:
@@ -96,7 +92,6 @@ TEST_F(Uploads, TheModemServesRequestsMeanwhile) {
 // A log is deleted when it is neither the current nor the previous one any more, so that they are
 // looked at after each of two rotations.
 TEST_F(Uploads, SixtyFourMebibytesArriveByteForByteOverTheRotations) {
-  constexpr size_t kLogLimit = 31457280;
   constexpr size_t kFirstPart = size_t{40} << 20;
   VornFolder vorn(handset.phone());
   std::string log = made_up_log(size_t{64} << 20);

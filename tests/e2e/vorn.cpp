@@ -9,8 +9,9 @@
 #include <ctime>
 #include <filesystem>
 #include <fstream>
-#include <sstream>
 #include <system_error>
+
+#include "files.h"
 
 namespace e2e {
 
@@ -83,11 +84,7 @@ std::set<std::string> VornFolder::names() const {
 
 bool VornFolder::has(const std::string& name) const { return fs::exists(path(name)); }
 
-std::string VornFolder::content(const std::string& name) const {
-  std::ostringstream content;
-  content << std::ifstream(path(name), std::ios::binary).rdbuf();
-  return std::move(content).str();
-}
+std::string VornFolder::content(const std::string& name) const { return content_of(path(name)); }
 
 bool VornFolder::begins_with(const std::string& name, const std::string& text) const {
   std::ifstream file(path(name), std::ios::binary);

@@ -12,6 +12,9 @@ namespace e2e {
 
 constexpr uint32_t kLogHeader = 0x01C0FFEE;
 
+// A log that would reach this size is rotated.
+constexpr size_t kLogLimit = 31457280;
+
 struct KpiPacket {
   unsigned package;
   unsigned sequence;  // the first packet of a package is 1

@@ -5,14 +5,8 @@
 
 #include <filesystem>
 #include <fstream>
-#include <iterator>
 
 namespace e2e {
-
-std::string content_of(const std::string& path) {
-  std::ifstream file(path, std::ios::binary);
-  return {std::istreambuf_iterator<char>(file), {}};
-}
 
 std::string rights_of(const std::string& path) {
   struct stat status {};

@@ -4,11 +4,10 @@
 #include <string>
 #include <vector>
 
+#include "files.h"
 #include "phone_root.h"
 
 namespace e2e {
-
-std::string content_of(const std::string& path);
 
 // "OWNER:GROUP MODE", as in "1001:2002 660"; "none" when there is no such file.
 std::string rights_of(const std::string& path);

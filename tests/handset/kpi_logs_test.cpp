@@ -15,8 +15,6 @@ namespace fs = std::filesystem;
 using testing::SizeIs;
 using testing::StartsWith;
 
-constexpr uintmax_t kFullLog = 0x1E00000;
-
 class KpiLogs : public testing::Test {
  protected:
   std::string at(const std::string& path) { return handset.phone().folder() + path; }
@@ -59,7 +57,7 @@ TEST_F(KpiLogs, GoToTheDropBoxWhenFull) {
   fs::remove(at("/data/vorn/.0001"));
   fs::create_symlink(full, at("/data/vorn/.0001"));
   // The daemon sees the phone's path; from here the link leads elsewhere.
-  fs::resize_file(at(full), kFullLog);
+  fs::resize_file(at(full), kLogLimit);
 
   upload_package("new");
   std::string log = target("/data/vorn/.0001");

@@ -1,0 +1,14 @@
+#include "files.h"
+
+#include <fstream>
+#include <sstream>
+
+namespace e2e {
+
+std::string content_of(const std::string& path) {
+  std::ostringstream content;
+  content << std::ifstream(path, std::ios::binary).rdbuf();
+  return std::move(content).str();
+}
+
+}  // namespace e2e

@@ -1,0 +1,10 @@
+#pragma once
+
+#include <string>
+
+namespace e2e {
+
+// Everything in the file; empty when there is none.
+std::string content_of(const std::string& path);
+
+}  // namespace e2e
