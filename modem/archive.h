@@ -36,6 +36,9 @@ struct Sizes {
 constexpr Sizes exactly(size_t size) { return {size, size}; }
 constexpr Sizes up_to(size_t size) { return {0, size}; }
 
+// Of whatever goes by a name: a message, a fault, a value.
+constexpr size_t kMaxName = 64;
+
 // What an integer of at most 32 bits holds.
 template <std::integral T>
 constexpr int64_t kLowest = std::is_signed_v<T> ? -(int64_t{1} << (8 * sizeof(T) - 1)) : 0;

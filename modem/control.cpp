@@ -16,7 +16,6 @@ namespace {
 using nlohmann::json;
 
 constexpr uint32_t kMaxIntervalMs = 3600000;  // so that the last of a burst has a time of its own
-constexpr size_t kMaxName = 64;
 
 struct CommandError : std::invalid_argument {
   using std::invalid_argument::invalid_argument;

@@ -8,7 +8,6 @@
 namespace modem {
 namespace {
 
-constexpr size_t kMaxName = 64;
 constexpr size_t kTlvLengthOffset = qmi_idl::kHeaderSize + 1;
 constexpr size_t kFirstTlvEnd = qmi_idl::kHeaderSize + 3;
 constexpr uint16_t kTransactionFlip = 0x5555;

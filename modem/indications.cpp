@@ -5,12 +5,6 @@
 #include "services.h"
 
 namespace modem {
-namespace {
-
-// Indications answer nobody.
-constexpr uint16_t kNoTransaction = 0;
-
-}  // namespace
 
 void indicate(Outbox& outbox, const IndicationBurst& burst) {
   const qmi_idl::Service& service = qorext_service();

@@ -7,7 +7,6 @@ namespace modem {
 namespace {
 
 constexpr int64_t kKpiIndication = 1;  // among the types of the utility indication
-constexpr uint16_t kNoTransaction = 0;
 
 void append_le(Bytes& bytes, uint32_t value, size_t size) {
   for (size_t i = 0; i < size; ++i) bytes.push_back(static_cast<uint8_t>(value >> (8 * i)));

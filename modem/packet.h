@@ -10,6 +10,9 @@ namespace modem {
 
 using qmi_json::Bytes;
 
+// Indications answer nobody.
+constexpr uint16_t kNoTransaction = 0;
+
 Bytes make_packet(qmi_idl::WireType type, uint16_t transaction, uint32_t message_id,
                   std::span<const uint8_t> tlvs);
 

@@ -35,9 +35,8 @@ const char* direction_text(Direction direction) {
 }
 
 // UTC with milliseconds, as ISO 8601 writes it.
-std::string now_text() {
-  auto now = std::chrono::system_clock::now().time_since_epoch();
-  auto ms = std::chrono::duration_cast<std::chrono::milliseconds>(now).count();
+std::string time_text(std::chrono::system_clock::time_point time) {
+  auto ms = std::chrono::duration_cast<std::chrono::milliseconds>(time.time_since_epoch()).count();
   return fmt::format("{:%Y-%m-%dT%H:%M:%S}.{:03}Z", fmt::gmtime(ms / 1000), ms % 1000);
 }
 
@@ -66,10 +65,21 @@ std::string packet_text(const qmi_idl::Service& service, std::span<const uint8_t
 void RequestLog::record(const qmi_idl::Service& service, const qmi_idl::Header& header,
                         std::span<const uint8_t> tlvs) {
   if (requests_.size() == kMaxRequests) requests_.pop_front();
-  requests_.push_back({{"service", service.name},
-                       {"message", message_name(service, Direction::request, header.message_id)},
-                       {"fields", fields_of(service, header, tlvs)},
-                       {"time", now_text()}});
+  requests_.push_back(
+      {&service, header, {tlvs.begin(), tlvs.end()}, std::chrono::system_clock::now()});
+}
+
+json RequestLog::all() const {
+  json list = json::array();
+  for (const Request& request : requests_) list.push_back(request.as_json());
+  return list;
+}
+
+json RequestLog::Request::as_json() const {
+  return {{"service", service->name},
+          {"message", message_name(*service, Direction::request, header.message_id)},
+          {"fields", fields_of(*service, header, tlvs)},
+          {"time", time_text(time)}};
 }
 
 }  // namespace modem

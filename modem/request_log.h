@@ -1,9 +1,11 @@
 // The requests that the modem was sent, for whoever wants to look at them afterwards.
 #pragma once
 
+#include <chrono>
 #include <deque>
 #include <nlohmann/json.hpp>
 #include <span>
+#include <vector>
 
 #include "qmi_idl/codec.h"
 
@@ -18,14 +20,25 @@ std::string packet_text(const qmi_idl::Service& service, std::span<const uint8_t
 
 class RequestLog {
  public:
-  // {"service", "message", "fields", "time"}; the oldest ones are dropped above 10000.
+  // The oldest ones are dropped above 10000.
   void record(const qmi_idl::Service& service, const qmi_idl::Header& header,
               std::span<const uint8_t> tlvs);
   void clear() { requests_.clear(); }
-  nlohmann::json all() const { return requests_; }
+  // An array of {"service", "message", "fields", "time"}, the oldest first.
+  nlohmann::json all() const;
 
  private:
-  std::deque<nlohmann::json> requests_;
+  // As it came: a request is taken apart when somebody looks at it.
+  struct Request {
+    const qmi_idl::Service* service;
+    qmi_idl::Header header;
+    std::vector<uint8_t> tlvs;
+    std::chrono::system_clock::time_point time;
+
+    nlohmann::json as_json() const;
+  };
+
+  std::deque<Request> requests_;
 };
 
 }  // namespace modem

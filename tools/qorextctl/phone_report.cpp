@@ -114,8 +114,9 @@ Items phone_report(const std::string& root) {
         .records.push_back(is_link ? link_record(root, path) : file_record(root, path));
   }
   Item properties = group("properties");
-  for (const std::string& name : names_in(root + kPropertiesFolder)) {
-    std::string value = text_of(root + kPropertiesFolder + "/" + name);
+  const std::string folder = root + kPropertiesFolder + "/";
+  for (const std::string& name : names_in(folder)) {
+    std::string value = text_of(folder + name);
     properties.records.push_back({{"name", name, {}}, {"value", value, {}}});
   }
   Item dropbox = group("dropbox");
