@@ -57,7 +57,10 @@ void Recorder::add_frame(FrameKind kind, View frame) {
   add({monotonic_now() - start_, FrameEvent{kind, {frame.begin(), frame.end()}}});
 }
 
-void Recorder::add_log(const std::string& line) { add({monotonic_now() - start_, LogEvent{line}}); }
+void Recorder::add_log(const std::string& line) {
+  if (line.empty()) return;  // the log library ends a line that ends itself once more
+  add({monotonic_now() - start_, LogEvent{line}});
+}
 
 void Recorder::add_exit(const ExitStatus& status) { add({monotonic_now() - start_, status}); }
 
