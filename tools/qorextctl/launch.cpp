@@ -3,7 +3,8 @@
 namespace qorextctl {
 
 Result<std::unique_ptr<Daemon>> launch_daemon(const Options& options, const Setup& setup,
-                                              LogCapture::Listener on_log) {
+                                              LogCapture::Listener on_log,
+                                              LogCapture::TimedListener on_timed_log) {
   DaemonOptions launch;
   launch.executable = options.daemon_executable;
   if (launch.executable.empty()) launch.executable = sibling("qorext_client");
@@ -14,6 +15,7 @@ Result<std::unique_ptr<Daemon>> launch_daemon(const Options& options, const Setu
   launch.phone_root = setup.phone_root();
   launch.instance = options.instance;
   launch.on_log = std::move(on_log);
+  launch.on_timed_log = std::move(on_timed_log);
   return Daemon::start(launch);
 }
 

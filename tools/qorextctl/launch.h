@@ -7,6 +7,7 @@
 namespace qorextctl {
 
 Result<std::unique_ptr<Daemon>> launch_daemon(const Options& options, const Setup& setup,
-                                              LogCapture::Listener on_log);
+                                              LogCapture::Listener on_log,
+                                              LogCapture::TimedListener on_timed_log = {});
 
 }  // namespace qorextctl

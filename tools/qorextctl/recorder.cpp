@@ -50,6 +50,7 @@ std::optional<Error> Recorder::watch(const std::string& control, double timeout_
 
 void Recorder::add(Event event) {
   std::lock_guard lock(mutex_);
+  event.time = std::max(event.time, int64_t{0});
   recording_.events.push_back(std::move(event));
 }
 
@@ -57,9 +58,9 @@ void Recorder::add_frame(FrameKind kind, View frame) {
   add({monotonic_now() - start_, FrameEvent{kind, {frame.begin(), frame.end()}}});
 }
 
-void Recorder::add_log(const std::string& line) {
+void Recorder::add_log(const std::string& line, int64_t time) {
   if (line.empty()) return;  // the log library ends a line that ends itself once more
-  add({monotonic_now() - start_, LogEvent{line}});
+  add({time - start_, LogEvent{line}});
 }
 
 void Recorder::add_exit(const ExitStatus& status) { add({monotonic_now() - start_, status}); }

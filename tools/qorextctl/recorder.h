@@ -20,7 +20,7 @@ class Recorder {
 
   // Any thread may add.
   void add_frame(FrameKind kind, View frame);
-  void add_log(const std::string& line);
+  void add_log(const std::string& line, int64_t time);  // of the monotonic clock
   void add_exit(const ExitStatus& status);
 
   // Takes the messages that the modem has told so far. They come on a channel of their own: before

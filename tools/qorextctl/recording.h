@@ -66,6 +66,8 @@ bool write_recording(const Recording& recording, std::ostream& file);
 
 // A file that is no recording, or not of this version, is a `usage` error that names the line.
 Result<Recording> read_recording(const std::string& path);
+// The same of a file that is open; `name` stands in front of what is wrong.
+Result<Recording> read_recording(std::istream& file, const std::string& name);
 
 // The first event whose bytes are masked; null when there is none.
 const Event* first_masked(const Recording& recording);

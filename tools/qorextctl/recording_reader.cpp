@@ -133,6 +133,10 @@ void add(Recording& recording, Event event, size_t line) {
 Result<Recording> read_recording(const std::string& path) {
   std::ifstream file(path);
   if (!file) return usage_error(fmt::format("cannot read '{}'", path));
+  return read_recording(file, path);
+}
+
+Result<Recording> read_recording(std::istream& file, const std::string& name) {
   Recording recording;
   size_t number = 0;
   try {
@@ -146,9 +150,9 @@ Result<Recording> read_recording(const std::string& path) {
       }
     }
   } catch (const BadLine& bad) {
-    return usage_error(fmt::format("{}: line {}: {}", path, number, bad.what()));
+    return usage_error(fmt::format("{}: line {}: {}", name, number, printable(bad.what())));
   }
-  if (number == 0) return usage_error(fmt::format("{}: is no recording, it is empty", path));
+  if (number == 0) return usage_error(fmt::format("{}: is no recording, it is empty", name));
   return recording;
 }
 

@@ -4,6 +4,7 @@
 #include "arguments.h"
 #include "decode_input.h"
 #include "phone_report.h"
+#include "recorder.h"
 #include "replay.h"
 #include "session.h"
 #include "trace.h"

@@ -12,6 +12,7 @@
 #include "modem_wait.h"
 #include "phone_report.h"
 #include "properties.h"
+#include "recorder.h"
 #include "values.h"
 
 namespace qorextctl {
@@ -44,20 +45,20 @@ std::optional<Error> Session::open() {
   if (recorder_) {
     if (auto error = recorder_->watch(setup_->control(), options_.timeout)) return error;
   }
-  auto daemon = launch_daemon(options_, *setup_, log_listener());
+  LogCapture::Listener on_log;
+  LogCapture::TimedListener on_timed_log;
+  if (options_.log) on_log = [this](const std::string& line) { printer_.log_line(line); };
+  if (recorder_) {
+    on_timed_log = [this](const std::string& line, int64_t time) {
+      recorder_->add_log(line, time);
+    };
+  }
+  auto daemon = launch_daemon(options_, *setup_, std::move(on_log), std::move(on_timed_log));
   if (!daemon) return daemon.error();
   daemon_ = std::move(*daemon);
   exchange_.emplace(*daemon_, printer_, options_.timeout, interrupts_.fd());
   if (recorder_) record_exchange();
   return std::nullopt;
-}
-
-LogCapture::Listener Session::log_listener() {
-  if (!options_.log && !recorder_) return {};
-  return [this](const std::string& line) {
-    if (recorder_) recorder_->add_log(line);
-    if (options_.log) printer_.log_line(line);
-  };
 }
 
 // What the daemon does by itself stands in front of the first request then.

@@ -8,9 +8,10 @@
 #include "exchange.h"
 #include "interrupts.h"
 #include "private_setup.h"
-#include "recorder.h"
 
 namespace qorextctl {
+
+class Recorder;
 
 class Session {
  public:
@@ -37,7 +38,6 @@ class Session {
   Session(const Options& options, Printer& printer, Recorder* recorder)
       : options_(options), printer_(printer), recorder_(recorder) {}
   std::optional<Error> open();
-  LogCapture::Listener log_listener();
   void record_exchange();
   Outcome finish_recording();
   Outcome complain(Error error);

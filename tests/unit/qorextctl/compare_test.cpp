@@ -49,7 +49,7 @@ TEST(Compare, NamesTheFieldThatIsDifferent) {
 
 TEST(Compare, NamesAllFieldsThatAreDifferent) {
   EXPECT_EQ(differences(reply(kMobPRev, {6}), reply(29, {6, 7})),
-            (Texts{"length 21 22", "fields.rde_id 28 29", "fields.length 1 2",
+            (Texts{"length 17 18", "fields.rde_id 28 29", "fields.length 1 2",
                    R"(fields.data "06" "0607")"}));
 }
 
