@@ -8,12 +8,14 @@ as marks, arrows from request to reply. Without times the picture shows everythi
 """
 
 import json
+import math
 import sys
 from html import escape
 
 LEFT, RIGHT, TOP = 150, 14, 34
 WIDTH = 960  # of the time axis
 SLICE, GAP, MARKS = 18, 10, 16
+TICKS = 10
 COLORS = ("#7fb3d5", "#f0b27a", "#82c99b", "#c39bd3", "#f1948a", "#a3b8c2", "#d7bf72")
 CHARACTER = 5.6  # width of one, of the font size that is used
 
@@ -25,6 +27,12 @@ def text(x, y, content, anchor="start", color="#333", size=10):
 
 def line(x1, y1, x2, y2, color):
     return f'<line x1="{x1:.1f}" y1="{y1:.1f}" x2="{x2:.1f}" y2="{y2:.1f}" stroke="{color}"/>'
+
+
+def round_step(least):
+    """The next number of the row 1, 2, 5, 10, 20, ..."""
+    power = 10 ** math.floor(math.log10(least))
+    return next(power * factor for factor in (1, 2, 5, 10) if power * factor >= least)
 
 
 def with_depths(slices):
@@ -56,14 +64,11 @@ class Picture:
         return event["ts"] + event.get("dur", 0) >= self.begin and event["ts"] <= self.end
 
     def draw_axis(self, height):
-        step = 10 ** len(str(int((self.end - self.begin) / 20)))
-        time = -(-self.begin // step) * step
-        while time <= self.end:
-            x = self.across(time)
+        step = round_step((self.end - self.begin) / TICKS)
+        for i in range(int((self.end - self.begin) / step) + 1):
+            x = self.across(self.begin + i * step)
             self.parts += [line(x, TOP - 6, x, height, "#e5e5e5"),
-                           text(x, TOP - 12, f"{(time - self.begin) / 1000:g} ms", "middle",
-                                "#777")]
-            time += step
+                           text(x, TOP - 12, f"{i * step / 1000:g} ms", "middle", "#777")]
 
     def draw_slice(self, event, y):
         left = max(self.across(event["ts"]), LEFT)
