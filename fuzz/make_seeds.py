@@ -44,6 +44,7 @@ def le32(*values):
     return struct.pack(f"<{len(values)}I", *values)
 
 
+ROOT = Path(__file__).resolve().parent.parent
 REQUEST_SIZE = 17408
 ELEMENT_SIZE = 540
 
@@ -219,21 +220,26 @@ WORDS = {
 
 def tool_seeds():
     for name, line in WORDS.items():
-        yield name, Seed().number(2, 4).text(line)
+        yield name, Seed().number(2, 5).text(line)
     for name, frame in {
             "cdma": le32(0, 20, 0x0200001D, 232) + bytes(10 + 232 + 2),
             "generic": le32(1, 8, 0x04000401, 8) + le32(0x02C0FFEE) + b"data" + bytes(12)}.items():
-        yield "unsolicited_" + name, Seed().number(1, 4).number(4000, 4096, 1).bytes(frame)
-        yield "decoded_" + name, Seed().number(3, 4).number(0, 2).bytes(frame)
+        yield "unsolicited_" + name, Seed().number(1, 5).number(4000, 4096, 1).bytes(frame)
+        yield "decoded_" + name, Seed().number(3, 5).number(0, 2).bytes(frame)
     for position in range(60):
         reply = le32(0x02000001 + position, 104, 0) + bytes(6) + NAM + bytes(2)
-        seed = Seed().number(0, 4).number(position, 255).number(4000, 4096, 1)
+        seed = Seed().number(0, 5).number(position, 255).number(4000, 4096, 1)
         yield f"reply_{position}", seed.bytes(reply)
     for name, line in {
             "item": b"NV Read 8, length 3, data length 3, grde - 000109",
             "address": b"NV Write with RDE index 25, record number 0, offset 0.",
             "dump": b"HexDump: Data 0D00"}.items():
-        yield "log_" + name, Seed().number(4, 4).text(line)
+        yield "log_" + name, Seed().number(4, 5).text(line)
+    for recording in (ROOT / "tests" / "recordings").glob("*.jsonl"):
+        events = recording.read_bytes().splitlines()[1:]
+        for number in range(0, len(events), 16):
+            part = b"\n".join(events[number:number + 16])
+            yield f"{recording.stem}_{number}", Seed().number(5, 5).bytes(part)
 
 
 LINES = {

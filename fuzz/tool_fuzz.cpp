@@ -11,8 +11,10 @@
 #include "nam_record.h"
 #include "output.h"
 #include "personal.h"
+#include "replay_script.h"
 #include "require.h"
 #include "session.h"
+#include "timeline.h"
 
 namespace {
 
@@ -137,11 +139,34 @@ void check_log(FuzzedDataProvider& input) {
   }
 }
 
+// A file that says of itself that it is a recording.
+void check_recording(FuzzedDataProvider& input) {
+  std::string events = input.ConsumeRemainingBytesAsString();
+  std::istringstream file(
+      R"({"type":"recording","version":1,"started":"","instance":0,"masked":false})"
+      "\n" +
+      events);
+  auto recording = read_recording(file, "recording");
+  if (!recording) {
+    FUZZ_REQUIRE(recording.error().message.find('\n') == std::string::npos);
+    return;
+  }
+  EventText text(false);
+  std::vector<Json> shown;
+  for (const Event& event : recording->events) shown.push_back(text.show(event));
+  FUZZ_REQUIRE(timeline(shown)["traceEvents"].is_array());
+  if (first_masked(*recording)) return;
+  ReplayScript script(*recording);
+  for (size_t i = 0; i < recording->events.size(); ++i) {
+    if (script.request_of(i)) FUZZ_REQUIRE(script.answer(i, 1).size() >= qmi_idl::kHeaderSize);
+  }
+}
+
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   FuzzedDataProvider input(data, size);
-  switch (input.ConsumeIntegralInRange(0, 4)) {
+  switch (input.ConsumeIntegralInRange(0, 5)) {
     case 0:
       check_replies(input);
       break;
@@ -153,6 +178,9 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
       break;
     case 4:
       check_log(input);
+      break;
+    case 5:
+      check_recording(input);
       break;
     default:
       check_words(input);

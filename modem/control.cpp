@@ -130,7 +130,8 @@ json tell_version(Simulator& /*simulator*/, Nothing& /*arguments*/) {
   return {{"version", kVersion}};
 }
 
-json quit(Simulator& /*simulator*/, Nothing& /*arguments*/) { return json::object(); }
+// The control channel does the rest.
+json agree(Simulator& /*simulator*/, Nothing& /*arguments*/) { return json::object(); }
 
 template <json (*act)(Simulator&)>
 json run_alone(Simulator& simulator, Nothing& /*arguments*/) {
@@ -149,6 +150,7 @@ struct CommandRow {
   json (*run)(Simulator& simulator, const json& arguments);
 };
 
+constexpr const char* kWatch = "watch";
 constexpr const char* kQuit = "quit";
 
 constexpr CommandRow kCommands[] = {
@@ -168,7 +170,8 @@ constexpr CommandRow kCommands[] = {
     {"requests", run_with<Nothing, list_requests>},
     {"clear_requests", run_with<Nothing, clear_requests>},
     {"version", run_with<Nothing, tell_version>},
-    {kQuit, run_with<Nothing, quit>},
+    {kWatch, run_with<Nothing, agree>},
+    {kQuit, run_with<Nothing, agree>},
 };
 
 const CommandRow& find_command(const std::string& name) {
@@ -193,12 +196,14 @@ json failure(const std::string& what) { return {{"ok", false}, {"error", what}};
 }  // namespace
 
 json Control::run(const std::string& line) {
+  watch_wanted_ = false;
   try {
     json given = json::parse(line);
     std::string name = take_name(given);
     json answer = find_command(name).run(simulator_, given);
     answer["ok"] = true;
     quit_wanted_ = quit_wanted_ || name == kQuit;
+    watch_wanted_ = name == kWatch;
     return answer;
   } catch (const json::parse_error&) {
     return failure("the line is not JSON");

@@ -17,11 +17,15 @@ class Control {
   // Whether "quit" was commanded.
   bool quit_wanted() const { return quit_wanted_; }
 
+  // Whether the last line was "watch": its sender wants to be told of all messages from now on.
+  bool watch_wanted() const { return watch_wanted_; }
+
  private:
   nlohmann::json run(const std::string& line);
 
   Simulator& simulator_;
   bool quit_wanted_ = false;
+  bool watch_wanted_ = false;
 };
 
 }  // namespace modem

@@ -6,6 +6,7 @@
 #include <sys/socket.h>
 #include <sys/un.h>
 
+#include <algorithm>
 #include <system_error>
 
 namespace modem {
@@ -113,11 +114,31 @@ bool ControlServer::read_lines(Connection& connection) {
   input.append(buffer, static_cast<size_t>(size));
   size_t start = 0;
   for (size_t end = input.find('\n'); end != std::string::npos; end = input.find('\n', start)) {
-    connection.output += answer_(input.substr(start, end - start)) + '\n';
+    Answered answered = answer_(input.substr(start, end - start));
+    connection.output += answered.line + '\n';
+    connection.watches = connection.watches || answered.watches;
     start = end + 1;
   }
   input.erase(0, start);
   return input.size() <= kMaxLine && connection.output.size() <= kMaxOutput;
+}
+
+// Written when the loop comes to it: whoever tells may be in the middle of serving the connection.
+void ControlServer::tell(const std::string& line) {
+  for (auto& [fd, connection] : connections_) {
+    if (!connection.watches) continue;
+    connection.output += line + '\n';
+    if (connection.output.size() > kMaxOutput) {
+      connection.watches = false;
+      shutdown(fd, SHUT_RDWR);
+    }
+    watch(connection, true);
+  }
+}
+
+bool ControlServer::is_watched() const {
+  return std::any_of(connections_.begin(), connections_.end(),
+                     [](const auto& entry) { return entry.second.watches; });
 }
 
 bool ControlServer::write_output(Connection& connection) {

@@ -12,8 +12,11 @@ namespace modem {
 
 class ControlServer {
  public:
-  // From one line to its answer, both without the line end.
-  using Answer = std::function<std::string(const std::string& line)>;
+  struct Answered {
+    std::string line;      // without the line end
+    bool watches = false;  // the connection gets what tell() is given from now on
+  };
+  using Answer = std::function<Answered(const std::string& line)>;
 
   // Listens on `path`. Throws std::system_error when it cannot, also when another process listens
   // there; a socket file that nobody serves is replaced.
@@ -26,11 +29,16 @@ class ControlServer {
   int fd() const { return epoll_.get(); }
   void serve();
 
+  // A line for every connection that watches. One that does not read for long is closed.
+  void tell(const std::string& line);
+  bool is_watched() const;
+
  private:
   struct Connection {
     qmi_transport::ScopedFd socket;
     std::string input;   // behind the last whole line
     std::string output;  // not yet taken by the client
+    bool watches = false;
   };
 
   void accept_client();

@@ -18,6 +18,14 @@ using qmi_idl::WireType;
 
 constexpr size_t kMaxRequests = 10000;
 
+// UTC with milliseconds, as ISO 8601 writes it.
+std::string time_text(std::chrono::system_clock::time_point time) {
+  auto ms = std::chrono::duration_cast<std::chrono::milliseconds>(time.time_since_epoch()).count();
+  return fmt::format("{:%Y-%m-%dT%H:%M:%S}.{:03}Z", fmt::gmtime(ms / 1000), ms % 1000);
+}
+
+}  // namespace
+
 Direction direction_of(WireType type) {
   switch (type) {
     case WireType::request:
@@ -33,14 +41,6 @@ const char* direction_text(Direction direction) {
   constexpr const char* kTexts[] = {"request", "response", "indication"};
   return kTexts[static_cast<size_t>(direction)];
 }
-
-// UTC with milliseconds, as ISO 8601 writes it.
-std::string time_text(std::chrono::system_clock::time_point time) {
-  auto ms = std::chrono::duration_cast<std::chrono::milliseconds>(time.time_since_epoch()).count();
-  return fmt::format("{:%Y-%m-%dT%H:%M:%S}.{:03}Z", fmt::gmtime(ms / 1000), ms % 1000);
-}
-
-}  // namespace
 
 json fields_of(const qmi_idl::Service& service, const qmi_idl::Header& header,
                std::span<const uint8_t> tlvs) {

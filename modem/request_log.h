@@ -11,6 +11,10 @@
 
 namespace modem {
 
+qmi_idl::Direction direction_of(qmi_idl::WireType type);
+// "request", "response", "indication".
+const char* direction_text(qmi_idl::Direction direction);
+
 // A packet's fields by name; null when it cannot be decoded.
 nlohmann::json fields_of(const qmi_idl::Service& service, const qmi_idl::Header& header,
                          std::span<const uint8_t> tlvs);

@@ -11,6 +11,7 @@
 #include <system_error>
 
 #include "services.h"
+#include "watch.h"
 
 namespace modem {
 namespace {
@@ -18,8 +19,6 @@ namespace {
 using qmi_transport::ScopedFd;
 
 constexpr int kWaitForever = -1;
-constexpr uint32_t kInstance = 1;
-constexpr uint32_t kInstanceShift = 8;
 // Of an upload, between two looks at what clients want.
 constexpr int kPacketsATurn = 16;
 
@@ -93,7 +92,7 @@ void ServerLoop::receive() {
   if (service == nullptr) return;
 
   auto packet = std::span<const uint8_t>(buffer_).first(event.size);
-  trace(event.service, packet);
+  show(event.service, event.peer, packet);
   simulator_.receive(*service, event.peer, packet);
 }
 
@@ -110,10 +109,11 @@ void ServerLoop::perform(const Action& action) {
       broadcast(action.service, action.packet);
       return;
     case Action::Kind::withdraw:
+      tell_service(action.service, false);
       return server_->withdraw(action.service);
     case Action::Kind::publish:
-      server_->publish(action.service,
-                       kInstance << kInstanceShift | find_service(action.service)->version);
+      tell_service(action.service, true);
+      server_->publish(action.service, instance_of(*find_service(action.service)));
       return;
   }
 }
@@ -128,7 +128,7 @@ bool ServerLoop::broadcast(uint32_t service, const Bytes& packet) {
 }
 
 bool ServerLoop::send(uint32_t service, uint64_t peer, const Bytes& packet) {
-  trace(service, packet);
+  show(service, peer, packet);
   return server_->send(peer, packet) == qmi_transport::Status::ok;
 }
 
@@ -152,9 +152,17 @@ void ServerLoop::continue_upload() {
   }
 }
 
-void ServerLoop::trace(uint32_t service, std::span<const uint8_t> packet) const {
-  if (!is_verbose_) return;
-  fmt::print(stderr, "{}\n", packet_text(*find_service(service), packet));
+// Before it is sent, after it was received: so nothing stands in front of what it follows from.
+void ServerLoop::show(uint32_t service, uint64_t peer, std::span<const uint8_t> packet) {
+  const qmi_idl::Service& known = *find_service(service);
+  if (is_verbose_) fmt::print(stderr, "{}\n", packet_text(known, packet));
+  if (control_server_ && control_server_->is_watched()) {
+    control_server_->tell(watched_message(known, peer, packet));
+  }
+}
+
+void ServerLoop::tell_service(uint32_t service, bool is_up) {
+  if (control_server_) control_server_->tell(watched_service(*find_service(service), is_up));
 }
 
 int ServerLoop::timeout_ms() const {
@@ -166,10 +174,10 @@ int ServerLoop::timeout_ms() const {
 }
 
 // What a command brings about is done before its answer goes out.
-std::string ServerLoop::answer(const std::string& line) {
+ControlServer::Answered ServerLoop::answer(const std::string& line) {
   std::string text = control_.answer(line);
   perform_due();
-  return text;
+  return {text, control_.watch_wanted()};
 }
 
 }  // namespace modem

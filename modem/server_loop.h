@@ -33,9 +33,10 @@ class ServerLoop {
   bool can_upload() const;
   bool broadcast(uint32_t service, const Bytes& packet);
   bool send(uint32_t service, uint64_t peer, const Bytes& packet);
-  void trace(uint32_t service, std::span<const uint8_t> packet) const;
+  void show(uint32_t service, uint64_t peer, std::span<const uint8_t> packet);
+  void tell_service(uint32_t service, bool is_up);
   int timeout_ms() const;
-  std::string answer(const std::string& line);
+  ControlServer::Answered answer(const std::string& line);
 
   Simulator& simulator_;
   std::unique_ptr<qmi_transport::Server> server_;

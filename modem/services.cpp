@@ -45,6 +45,12 @@ const Service* find_service(std::string_view name) {
   return nullptr;
 }
 
+uint32_t instance_of(const Service& service) {
+  constexpr uint32_t kInstance = 1;
+  constexpr uint32_t kInstanceShift = 8;
+  return kInstance << kInstanceShift | service.version;
+}
+
 std::string message_name(const Service& service, qmi_idl::Direction direction, uint32_t id) {
   const qmi_idl::Message* message = find(service, direction, id);
   return message == nullptr ? fmt::format("0x{:X}", id) : message->name;

@@ -20,7 +20,10 @@ const qmi_idl::Service& qorext_service();
 const qmi_idl::Service* find_service(uint32_t id);
 const qmi_idl::Service* find_service(std::string_view name);
 
-// "qorext element_read request", or the number of a message that is not described.
+// As it is published: the first instance.
+uint32_t instance_of(const qmi_idl::Service& service);
+
+// "element_read", or the number of a message that is not described.
 std::string message_name(const qmi_idl::Service& service, qmi_idl::Direction direction,
                          uint32_t id);
 

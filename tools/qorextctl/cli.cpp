@@ -141,6 +141,27 @@ void add_decode(CLI::App& app, Options& options) {
       ->capture_default_str();
 }
 
+CLI::Option* add_output(CLI::App& verb, Options& options, const char* help) {
+  return verb.add_option("--output", options.output, help)->option_text("FILE");
+}
+
+void add_recordings(CLI::App& app, Options& options) {
+  add_output(*add_verb(app, options, Verb::record, "record",
+                       "a session, with all that is exchanged written to a file", kRecordExamples),
+             options, "the recording")
+      ->required();
+  add_verb(app, options, Verb::replay, "replay",
+           "play a recording back against the daemon and show the differences", kReplayExamples)
+      ->add_option("words", options.words, "RECORDING")
+      ->required()
+      ->expected(1);
+  CLI::App* trace = add_verb(app, options, Verb::trace, "trace",
+                             "a recording as a timeline for Perfetto", kTraceExamples);
+  trace->add_option("words", options.words, "RECORDING")->required()->expected(1);
+  add_output(*trace, options, "the timeline, Chrome trace event JSON; - is standard output")
+      ->default_str("-");
+}
+
 void add_verbs(CLI::App& app, Options& options) {
   add_verb(app, options, Verb::request, "request", "send one request and show its reply",
            kRequestExamples)
@@ -152,6 +173,7 @@ void add_verbs(CLI::App& app, Options& options) {
       ->required();
   add_verb(app, options, Verb::session, "session", "requests from standard input, one a line",
            kSessionExamples);
+  add_recordings(app, options);
   add_verb(app, options, Verb::list, "list", "all requests, or one with its arguments",
            kListExamples)
       ->add_option("words", options.words, "[NAME]")

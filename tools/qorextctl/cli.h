@@ -12,7 +12,7 @@
 
 namespace qorextctl {
 
-enum class Verb { request, raw, session, list, decode, modem, phone };
+enum class Verb { request, raw, session, list, decode, modem, phone, record, replay, trace };
 
 struct Options {
   Verb verb = Verb::list;
@@ -27,6 +27,7 @@ struct Options {
   SetupOptions setup;
   PhoneFiles phone;
   DecodeOptions decode;
+  std::string output;  // of record and trace; "-" is standard output
 };
 
 // The options, or the text that was asked for (help, version), or what is wrong. Whether output is

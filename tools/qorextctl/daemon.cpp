@@ -29,7 +29,7 @@ Result<std::unique_ptr<Daemon>> Daemon::start(const DaemonOptions& options) {
   auto requests = make_pipe();
   auto replies = make_pipe();
   auto unsolicited = make_pipe();
-  auto log = make_pipe();
+  auto log = options.on_timed_log ? make_timed_pipe() : make_pipe();
   if (!requests || !replies || !unsolicited || !log) {
     return transport_error(fmt::format("no pipes: {}", strerror(errno)));
   }
@@ -53,7 +53,7 @@ Daemon::Daemon(Process process, Ends ends, const DaemonOptions& options)
       replies_(std::move(ends.replies)),
       unsolicited_(std::move(ends.unsolicited)),
       process_(std::move(process)) {
-  log_.start(std::move(ends.log));
+  log_.start(std::move(ends.log), options.on_timed_log);
 }
 
 Daemon::~Daemon() {

@@ -16,6 +16,7 @@ struct DaemonOptions {
   std::string phone_root;  // QOREXT_PHONE_ROOT
   unsigned instance = 0;
   LogCapture::Listener on_log = {};
+  LogCapture::TimedListener on_timed_log = {};
   size_t most_log_lines = SIZE_MAX;  // kept for log()
   int log = -1;                      // a descriptor that gets the log; -1: it is captured
 };

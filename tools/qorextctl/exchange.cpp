@@ -54,6 +54,7 @@ bool Exchange::pump(Done done, int extra_fd, const Deadline* deadline) {
 void Exchange::print_unsolicited() {
   daemon_.unsolicited().read_available();
   while (auto frame = daemon_.unsolicited().take(unsolicited_size)) {
+    tell(FrameKind::unsolicited, *frame);
     printer_.unsolicited(decode_unsolicited(*frame));
     ++unsolicited_;
   }
@@ -63,6 +64,7 @@ void Exchange::report_strays() {
   daemon_.replies().read_available();
   Bytes strays = daemon_.replies().take_all();
   if (strays.empty()) return;
+  tell(FrameKind::reply, strays);
   printer_.error(
       {Outcome::refused, fmt::format("bytes that no request asked for: {}", to_hex(strays))});
 }
@@ -76,6 +78,7 @@ Outcome Exchange::run(View request, const Request* named) {
                     named_or_id(expected), timeout_)));
     return Outcome::transport;
   }
+  tell(FrameKind::request, request);
   Deadline deadline = Deadline::in_seconds(daemon_.send(request) ? timeout_ : 0);
   auto reply = receive(expected, false, deadline);
   if (!reply) return Outcome::transport;
@@ -100,6 +103,7 @@ std::optional<DecodedFrame> Exchange::receive(const Expected& expected, bool sec
     no_reply(expected, second);
     return std::nullopt;
   }
+  tell(FrameKind::reply, *frame);
   DecodedFrame reply = decode_reply(expected.request, expected.form, expected.id, *frame);
   printer_.reply(reply, second);
   return reply;
@@ -107,6 +111,7 @@ std::optional<DecodedFrame> Exchange::receive(const Expected& expected, bool sec
 
 void Exchange::no_reply(const Expected& expected, bool second) {
   Bytes rest = daemon_.replies().take_all();
+  if (!rest.empty()) tell(FrameKind::reply, rest);
   std::string got = rest.empty() ? "" : fmt::format(", only a part came: {}", to_hex(rest));
   std::string which =
       fmt::format("no {}reply to {}", second ? "second " : "", named_or_id(expected));

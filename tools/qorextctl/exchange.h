@@ -2,7 +2,10 @@
 // comes.
 #pragma once
 
+#include <functional>
+
 #include "daemon.h"
+#include "frame_kind.h"
 #include "output.h"
 
 namespace qorextctl {
@@ -17,6 +20,9 @@ struct Expected {
 // `named` is the row that the request was built from; null for raw bytes.
 Expected expect_reply(View request, const Request* named);
 
+// Gets every frame: before it is written, after it was read.
+using FrameListener = std::function<void(FrameKind kind, View frame)>;
+
 class Exchange {
  public:
   // A readable `interrupt_fd` ends every wait.
@@ -25,6 +31,8 @@ class Exchange {
         printer_(printer),
         timeout_(timeout_seconds),
         interrupt_fd_(interrupt_fd) {}
+
+  void listen(FrameListener listener) { listener_ = std::move(listener); }
 
   // Sends one request and prints its replies, and unsolicited frames that come meanwhile. The next
   // request may follow only then: two requests in one read would be taken as one.
@@ -48,6 +56,9 @@ class Exchange {
  private:
   // Nothing when no reply came, which is told already.
   std::optional<DecodedFrame> receive(const Expected& expected, bool second, Deadline deadline);
+  void tell(FrameKind kind, View frame) const {
+    if (listener_) listener_(kind, frame);
+  }
   void no_reply(const Expected& expected, bool second);
   void report_strays();
   template <class Done>
@@ -57,6 +68,7 @@ class Exchange {
   Printer& printer_;
   double timeout_;
   int interrupt_fd_;
+  FrameListener listener_;
   bool interrupted_ = false;
   size_t unsolicited_ = 0;  // not counted by a wait
 };

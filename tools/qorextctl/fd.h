@@ -30,4 +30,7 @@ struct Pipe {
 // Nothing when the system has no more descriptors (errno tells).
 std::optional<Pipe> make_pipe();
 
+// The same for log_capture.h: every write is noted with its time, and read by itself.
+std::optional<Pipe> make_timed_pipe();
+
 }  // namespace qorextctl

@@ -21,6 +21,9 @@ constexpr const char* kExamples = R"(examples:
   qorextctl decode 07000002 0000000000000000 000000000000
   adb logcat -d | qorextctl decode                    a log with what its hex dumps hold
   printf 'modem indicate notify\nwait-unsol\n' | qorextctl session
+  qorextctl record --output nam.jsonl < nam.session   all that is exchanged, in a file
+  qorextctl replay nam.jsonl                          and once more: what is different?
+  qorextctl trace nam.jsonl --output nam.trace.json   and as a timeline
   qorextctl --modem unix:/run/m.sock --control /run/c.sock session
   qorextctl --control /run/c.sock modem nv 28 0A
   qorextctl --phone-root phone phone prepare          a root to keep
@@ -54,6 +57,24 @@ constexpr const char* kSessionExamples = R"(lines:
 examples:
   printf 'set-bsr-timer timer=77\nget-bsr-timer\n' | qorextctl session
   qorextctl --json --log session < requests.txt
+)";
+
+constexpr const char* kRecordExamples = R"(The lines are those of a session.
+
+examples:
+  printf 'tune data=0A0B\nget-bsr-timer\n' | qorextctl record --output tune.jsonl
+  qorextctl record --show-personal --output nam.jsonl < nam.session
+  qorextctl --modem qrtr --control /run/c.sock record --output tune.jsonl < tune.session
+)";
+
+constexpr const char* kReplayExamples = R"(examples:
+  qorextctl replay nam.jsonl
+  qorextctl --daemon-program build/new/bin/qorext_client replay nam.jsonl --json
+)";
+
+constexpr const char* kTraceExamples = R"(examples:
+  qorextctl trace nam.jsonl --output nam.trace.json    open it in https://ui.perfetto.dev
+  qorextctl trace nam.jsonl | jq '.traceEvents | length'
 )";
 
 constexpr const char* kListExamples = R"(examples:

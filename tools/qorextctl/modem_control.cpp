@@ -75,11 +75,14 @@ Result<std::string> ModemControl::receive_line(Deadline deadline) {
 
 Result<Json> ModemControl::call(const Json& command, Deadline deadline) {
   if (!send_line(command.dump() + "\n")) return unreachable(path_, reason());
-  auto line = receive_line(deadline);
-  if (!line) return line.error();
-  Json answer = Json::parse(*line, nullptr, false);
-  if (!answer.is_object()) return unreachable(path_, "the answer is no JSON object: " + *line);
-  return answer;
+  for (;;) {
+    auto line = receive_line(deadline);
+    if (!line) return line.error();
+    Json answer = Json::parse(*line, nullptr, false);
+    if (!answer.is_object()) return unreachable(path_, "the answer is no JSON object: " + *line);
+    if (answer.contains("ok")) return answer;
+    told_.push_back(std::move(answer));
+  }
 }
 
 }  // namespace qorextctl

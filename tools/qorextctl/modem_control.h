@@ -3,6 +3,8 @@
 
 #include <span>
 #include <string>
+#include <utility>
+#include <vector>
 
 #include "deadline.h"
 #include "decode.h"
@@ -27,6 +29,9 @@ class ModemControl {
   // The modem's answer, whatever it says: {"ok":true,...} or {"ok":false,"error":"..."}.
   Result<Json> call(const Json& command, Deadline deadline);
 
+  // What the modem has told before the last answer, after the command "watch".
+  std::vector<Json> take_told() { return std::exchange(told_, {}); }
+
  private:
   ModemControl(UniqueFd socket, std::string path)
       : socket_(std::move(socket)), path_(std::move(path)) {}
@@ -36,6 +41,7 @@ class ModemControl {
   UniqueFd socket_;
   std::string path_;
   std::string rest_;  // received behind the last line
+  std::vector<Json> told_;
 };
 
 }  // namespace qorextctl

@@ -211,6 +211,11 @@ void Printer::phone(const std::string& root, const Items& report) {
   object(typed("phone", members));
 }
 
+void Printer::result(const Json& json, const std::string& plain) {
+  if (json_) return object(json);
+  text(plain + "\n");
+}
+
 void Printer::request_list(const std::vector<const Request*>& requests) {
   if (!json_) return text(catalogue_text(requests));
   for (const Request* request : requests) object(typed("request", catalogue_json(*request)));

@@ -36,6 +36,8 @@ class Printer {
   void property(const std::string& name, const std::string& value);
   void phone(const std::string& root, const Items& report);
   void modem_answer(const std::string& command, const Json& answer);
+  // One result: the object where JSON is wanted, else the text.
+  void result(const Json& object, const std::string& text);
   void request_list(const std::vector<const Request*>& requests);
   void error(const Error& error);
   void log_line(const std::string& line);

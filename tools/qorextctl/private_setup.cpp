@@ -30,7 +30,8 @@ Result<std::unique_ptr<Setup>> Setup::create(const SetupOptions& options, int in
   std::optional<Error> error;
   if (private_modem || private_root) error = setup->make_folder();
   if (!error && private_root) error = setup->make_phone_root();
-  if (!error && private_modem) error = setup->start_modem(options);
+  if (private_modem) setup->modem_ = "unix:" + setup->modem_socket();
+  if (!error && private_modem && !options.serves_modem) error = setup->start_modem(options);
   if (error) return *error;
   return setup;
 }
@@ -65,8 +66,6 @@ std::optional<Error> Setup::start_modem(const SetupOptions& options) {
   auto ready = make_pipe();
   auto output = make_pipe();
   if (!ready || !output) return failed("make pipes for", executable, strerror(errno));
-  std::string socket = folder_ + "/modem.sock";
-  modem_ = "unix:" + socket;
   control_ = folder_ + "/control.sock";
   Launch launch;
   launch.arguments = {executable,
@@ -88,7 +87,7 @@ std::optional<Error> Setup::start_modem(const SetupOptions& options) {
   output->write.reset();
   modem_log_.start(std::move(output->read));
   auto error = wait_ready(ready->read, options.timeout_seconds);
-  if (!error) give_to_radio_user(socket);
+  if (!error) give_to_radio_user(modem_socket());
   return error;
 }
 

@@ -18,6 +18,7 @@ struct SetupOptions {
   std::string phone_root;        // empty: a private one
   std::string modem_executable;  // empty: the one beside this program
   double timeout_seconds = 20;
+  bool serves_modem = false;  // the caller does, at modem(): none is started
 };
 
 class Setup {
@@ -27,7 +28,8 @@ class Setup {
   ~Setup();
 
   const std::string& modem() const { return modem_; }
-  const std::string& control() const { return control_; }  // empty: none is known
+  std::string modem_socket() const { return folder_ + "/modem.sock"; }  // of a private one
+  const std::string& control() const { return control_; }               // empty: none is known
   const std::string& phone_root() const { return phone_root_; }
   const LogCapture& modem_log() const { return modem_log_; }
 

@@ -1,9 +1,13 @@
+#include <fmt/format.h>
 #include <unistd.h>
 
 #include "arguments.h"
 #include "decode_input.h"
 #include "phone_report.h"
+#include "recorder.h"
+#include "replay.h"
 #include "session.h"
+#include "trace.h"
 
 namespace qorextctl {
 
@@ -41,6 +45,27 @@ Outcome run_session(const Options& options, Printer& printer) {
   return (*session)->finish(outcome, true);
 }
 
+void show_summary(const Options& options, const Recording& recording, Printer& printer) {
+  const char* use = recording.masked ? "personal data is masked" : "with all personal data";
+  size_t count = recording.events.size();
+  printer.result({{"type", "recording"},
+                  {"file", options.output},
+                  {"events", count},
+                  {"masked", recording.masked}},
+                 fmt::format("{}: {} events, {}", options.output, count, use));
+}
+
+Outcome run_record(const Options& options, Printer& printer) {
+  auto recorder = Recorder::create(options.output, options.instance, options.show_personal);
+  if (!recorder) return fail(printer, recorder.error());
+  auto session = Session::start(options, printer, recorder->get());
+  if (!session) return fail(printer, session.error());
+  Outcome outcome = (*session)->run_lines(STDIN_FILENO);
+  outcome = (*session)->finish(outcome, true);
+  show_summary(options, (*recorder)->recording(), printer);
+  return outcome;
+}
+
 Outcome run_list(const Options& options, Printer& printer) {
   std::vector<const Request*> chosen;
   for (const Request& request : catalogue()) {
@@ -75,6 +100,12 @@ Outcome dispatch(const Options& options, Printer& printer) {
       return run_session(options, printer);
     case Verb::decode:
       return decode_input(options.words, options.decode, options.show_personal, printer);
+    case Verb::record:
+      return run_record(options, printer);
+    case Verb::replay:
+      return replay(options, printer);
+    case Verb::trace:
+      return write_trace(options, printer);
     case Verb::modem:
       return ask_modem(options, printer);
     case Verb::phone:

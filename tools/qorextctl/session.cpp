@@ -7,10 +7,12 @@
 #include <cerrno>
 
 #include "arguments.h"
+#include "launch.h"
 #include "modem_control.h"
 #include "modem_wait.h"
 #include "phone_report.h"
 #include "properties.h"
+#include "recorder.h"
 #include "values.h"
 
 namespace qorextctl {
@@ -27,35 +29,51 @@ std::optional<double> parse_seconds(const std::string& text) {
   return good ? std::optional(seconds) : std::nullopt;
 }
 
-Error no_daemon() {
-  return transport_error("qorext_client is not beside qorextctl; use --daemon-program");
-}
-
 }  // namespace
 
-Result<std::unique_ptr<Session>> Session::start(const Options& options, Printer& printer) {
-  std::unique_ptr<Session> session(new Session(options, printer));
+Result<std::unique_ptr<Session>> Session::start(const Options& options, Printer& printer,
+                                                Recorder* recorder) {
+  std::unique_ptr<Session> session(new Session(options, printer, recorder));
   if (auto error = session->open()) return *error;
   return session;
 }
 
 std::optional<Error> Session::open() {
-  DaemonOptions launch;
-  launch.executable = options_.daemon_executable;
-  if (launch.executable.empty()) launch.executable = sibling("qorext_client");
-  if (launch.executable.empty()) return no_daemon();
   auto setup = Setup::create(options_.setup, interrupts_.fd());
   if (!setup) return setup.error();
   setup_ = std::move(*setup);
-  launch.modem = setup_->modem();
-  launch.phone_root = setup_->phone_root();
-  launch.instance = options_.instance;
-  if (options_.log) launch.on_log = [this](const std::string& line) { printer_.log_line(line); };
-  auto daemon = Daemon::start(launch);
+  if (recorder_) {
+    if (auto error = recorder_->watch(setup_->control(), options_.timeout)) return error;
+  }
+  LogCapture::Listener on_log;
+  LogCapture::TimedListener on_timed_log;
+  if (options_.log) on_log = [this](const std::string& line) { printer_.log_line(line); };
+  if (recorder_) {
+    on_timed_log = [this](const std::string& line, int64_t time) {
+      recorder_->add_log(line, time);
+    };
+  }
+  auto daemon = launch_daemon(options_, *setup_, std::move(on_log), std::move(on_timed_log));
   if (!daemon) return daemon.error();
   daemon_ = std::move(*daemon);
   exchange_.emplace(*daemon_, printer_, options_.timeout, interrupts_.fd());
+  if (recorder_) record_exchange();
   return std::nullopt;
+}
+
+// What the daemon does by itself stands in front of the first request then.
+void Session::record_exchange() {
+  exchange_->listen([this](FrameKind kind, View frame) { recorder_->add_frame(kind, frame); });
+  daemon_->log().wait_for("waiting for data", Deadline::in_seconds(options_.timeout));
+}
+
+Outcome Session::finish_recording() {
+  Deadline deadline = Deadline::in_seconds(options_.timeout);
+  daemon_->log().wait_end(deadline);
+  if (auto status = daemon_->wait_exit(deadline)) recorder_->add_exit(*status);
+  recorder_->collect();
+  auto error = recorder_->write();
+  return error ? complain(*error) : Outcome::success;
 }
 
 Outcome Session::complain(Error error) {
@@ -171,6 +189,7 @@ Outcome Session::run_whole_lines(std::string& text) {
     ++line_;
     worst = std::max(worst, run_line(text.substr(start, end - start)));
     exchange_->print_unsolicited();
+    if (recorder_) recorder_->collect();
     start = end + 1;
   }
   text.erase(0, start);
@@ -197,6 +216,7 @@ Outcome Session::run_lines(int fd) {
 
 Outcome Session::finish(Outcome outcome, bool print_exit) {
   outcome = std::max(outcome, judged(exchange_->finish(print_exit)));
+  if (recorder_) outcome = std::max(outcome, finish_recording());
   if (!daemon_failed_ || options_.log) return outcome;
   daemon_->log().wait_end(Deadline::in_seconds(options_.timeout));
   printer_.log_tail("the daemon's log", daemon_->log().lines());

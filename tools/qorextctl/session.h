@@ -11,10 +11,14 @@
 
 namespace qorextctl {
 
+class Recorder;
+
 class Session {
  public:
-  // Starts what `options` ask for. The printer must outlive the session.
-  static Result<std::unique_ptr<Session>> start(const Options& options, Printer& printer);
+  // Starts what `options` ask for, and has it recorded where there is a recorder; then the daemon
+  // has come to its first wait for a request. Printer and recorder must outlive the session.
+  static Result<std::unique_ptr<Session>> start(const Options& options, Printer& printer,
+                                                Recorder* recorder = nullptr);
 
   // One line: "NAME key=value...", "raw HEX", "modem ...", "wait-unsol [N] [SECONDS]",
   // "wait-property NAME VALUE [SECONDS]", "wait-log TEXT [N] [SECONDS]", "phone show",
@@ -31,8 +35,11 @@ class Session {
   Outcome finish(Outcome outcome, bool print_exit);
 
  private:
-  Session(const Options& options, Printer& printer) : options_(options), printer_(printer) {}
+  Session(const Options& options, Printer& printer, Recorder* recorder)
+      : options_(options), printer_(printer), recorder_(recorder) {}
   std::optional<Error> open();
+  void record_exchange();
+  Outcome finish_recording();
   Outcome complain(Error error);
   Outcome judged(Outcome outcome);
   Outcome run_words(const std::vector<std::string>& words);
@@ -46,6 +53,7 @@ class Session {
 
   const Options& options_;
   Printer& printer_;
+  Recorder* recorder_;
   Interrupts interrupts_;
   std::unique_ptr<Setup> setup_;
   std::unique_ptr<Daemon> daemon_;

@@ -104,6 +104,55 @@ TEST_F(ModemProcess, BadPacketsDoNotEndIt) {
   EXPECT_EQ(good.ask("get_bsr_timer")["timer"], 300);
 }
 
+TEST_F(ModemProcess, WatchersAreToldOfEveryMessageInItsOrder) {
+  start();
+  ControlClient watcher(control_path);
+  EXPECT_EQ(watcher.command({{"command", "watch"}}), (json{{"ok", true}}));
+  ServiceClient client(endpoint, modem::qorext_service());
+  client.ask("get_bsr_timer");
+  ControlClient other(control_path);
+  other.command({{"command", "indicate"}, {"indication", "notify"}});
+  other.command({{"command", "service"}, {"name", "nas"}, {"up", false}});
+
+  json request = json::parse(watcher.read_line())["message"];
+  json response = json::parse(watcher.read_line())["message"];
+  json indication = json::parse(watcher.read_line())["message"];
+  json service = json::parse(watcher.read_line())["service"];
+  EXPECT_EQ(request["service"], "qorext");
+  EXPECT_EQ(request["packet"].get<std::string>().substr(0, 2), "00");
+  EXPECT_EQ(response["packet"].get<std::string>().substr(0, 2), "02");
+  EXPECT_EQ(indication["packet"], "04000001000000");
+  EXPECT_EQ(request["client"], response["client"]);
+  EXPECT_EQ(request["client"], indication["client"]);
+  EXPECT_LT(request["time"], response["time"]);
+  EXPECT_LT(response["time"], indication["time"]);
+  EXPECT_LT(indication["time"], service["time"]);
+  EXPECT_EQ(service["name"], "nas");
+  EXPECT_EQ(service["up"], false);
+  // Who does not watch is told nothing.
+  EXPECT_EQ(other.command({{"command", "version"}})["ok"], true);
+}
+
+TEST_F(ModemProcess, AWatcherStillGetsAnswersBehindWhatItIsTold) {
+  start();
+  ControlClient watcher(control_path);
+  watcher.command({{"command", "watch"}});
+  ServiceClient client(endpoint, modem::qorext_service());
+  client.ask("get_bsr_timer");
+  watcher.send_text("{\"command\":\"version\"}\n");
+  EXPECT_TRUE(json::parse(watcher.read_line()).contains("message"));
+  EXPECT_TRUE(json::parse(watcher.read_line()).contains("message"));
+  EXPECT_EQ(json::parse(watcher.read_line())["ok"], true);
+}
+
+TEST_F(ModemProcess, AWatcherThatDoesNotReadHoldsUpNobody) {
+  start();
+  ControlClient deaf(control_path);
+  deaf.command({{"command", "watch"}});
+  ServiceClient client(endpoint, modem::qorext_service());
+  for (int i = 0; i < 5000; ++i) ASSERT_EQ(client.ask("get_bsr_timer")["timer"], 300);
+}
+
 TEST_F(ModemProcess, ControlAnswersSeveralConnectionsLineByLine) {
   start();
   ControlClient first(control_path);

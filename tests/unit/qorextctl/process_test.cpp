@@ -111,6 +111,28 @@ TEST(LogCapture, WaitingForALineEndsWithTheLog) {
   EXPECT_TRUE(log.wait_end(soon()));
 }
 
+TEST(LogCapture, TellsWhenALineWasWrittenNotWhenItIsRead) {
+  auto log = make_timed_pipe();
+  ASSERT_TRUE(log);
+  auto now = [] { return std::chrono::nanoseconds(Deadline::Clock::now().time_since_epoch()); };
+  auto before = now();
+  ASSERT_EQ(write(log->write.get(), "line\n", 5), 5);
+  auto after = now();
+  log->write.reset();
+  while (now() < after + std::chrono::milliseconds(20)) {
+  }
+  std::vector<std::pair<std::string, int64_t>> seen;
+  LogCapture capture;
+  capture.start(std::move(log->read),
+                [&seen](const std::string& line, int64_t time) { seen.emplace_back(line, time); });
+  ASSERT_TRUE(capture.wait_end(Deadline::in(std::chrono::seconds(10))));
+  ASSERT_EQ(seen.size(), 1U);
+  EXPECT_EQ(seen[0].first, "line");
+  constexpr int64_t kClocksApart = 5'000'000;
+  EXPECT_GE(seen[0].second, before.count() - kClocksApart);
+  EXPECT_LE(seen[0].second, after.count() + kClocksApart);
+}
+
 TEST(LogCapture, OnlyTheLastLinesAreKept) {
   auto pipe = make_pipe();
   LogCapture log({}, 2);

@@ -1,0 +1,352 @@
+// Recordings of real daemons and modems: made, played back, shown as timelines.
+#include <fmt/format.h>
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <fstream>
+#include <map>
+#include <nlohmann/json.hpp>
+
+#include "command.h"
+#include "files.h"
+#include "handset.h"
+
+namespace e2e {
+namespace {
+
+using testing::AllOf;
+using testing::Contains;
+using testing::ElementsAre;
+using testing::EndsWith;
+using testing::HasSubstr;
+using testing::Not;
+using Json = nlohmann::ordered_json;
+
+constexpr const char* kKept[] = {"provisioning", "features", "trouble"};
+
+std::string kept(const std::string& name) {
+  return std::string(QOREXT_RECORDINGS) + "/" + name + ".jsonl";
+}
+
+// Files in a folder of the test's own.
+class Recordings : public testing::Test {
+ protected:
+  std::string path(const std::string& name) const { return phone_.folder() + "/" + name; }
+
+  CommandResult run(const std::string& words, const std::string& input = "") const {
+    std::ofstream(path("input")) << input;
+    return run_command("$BIN/qorextctl " + words + " <" + path("input"));
+  }
+  CommandResult record(const std::string& options, const std::string& session) const {
+    return run(options + " record --output " + path("recording"), session);
+  }
+
+  static std::vector<Json> objects_of(const std::string& text) {
+    std::vector<Json> objects;
+    for (const std::string& line : lines_of(text)) objects.push_back(Json::parse(line));
+    return objects;
+  }
+
+  void write(const std::vector<std::string>& lines) const {
+    std::ofstream file(path("recording"));
+    for (const std::string& line : lines) file << line << '\n';
+  }
+
+  // A kept recording of which the first line with this text has another one instead. Returns the
+  // line's number.
+  size_t change(const std::string& name, const std::string& in, const std::string& from,
+                const std::string& to) const {
+    auto lines = lines_of(content_of(kept(name)));
+    size_t number = 0;
+    while (number < lines.size() && lines[number].find(in) == std::string::npos) ++number;
+    if (number == lines.size()) return 0;
+    size_t place = lines[number].rfind(from);
+    if (place == std::string::npos) return 0;
+    lines[number].replace(place, from.size(), to);
+    write(lines);
+    return number + 1;
+  }
+
+  // The differences, then the summary.
+  std::vector<Json> replayed(const std::string& options = "") const {
+    return objects_of(run("--json " + options + " replay " + path("recording")).output);
+  }
+
+  PhoneRoot phone_;
+};
+
+TEST_F(Recordings, KeptOnesAreStillTrue) {
+  for (const char* name : kKept) {
+    CommandResult result = run("replay " + kept(name));
+    EXPECT_EQ(result.status, 0) << name << '\n' << result.output << result.errors;
+    EXPECT_THAT(lines_of(result.output), ElementsAre(EndsWith("compared, 0 differences")));
+  }
+}
+
+TEST_F(Recordings, TellAFieldOfAReplyThatIsDifferent) {
+  size_t line =
+      change("features", R"("kind":"reply","name":"get-bsr-timer")", "2C010000", "2B010000");
+  ASSERT_NE(line, 0U);
+  CommandResult result = run("replay " + path("recording"));
+  EXPECT_EQ(result.status, 1);
+  EXPECT_THAT(lines_of(result.output),
+              ElementsAre(fmt::format("line {}: reply get-bsr-timer: fields.timer: expected 299, "
+                                      "got 300",
+                                      line),
+                          EndsWith("compared, 1 difference")));
+  auto objects = replayed();
+  ASSERT_EQ(objects.size(), 2U);
+  EXPECT_EQ(objects[0].dump(),
+            fmt::format(R"({{"type":"difference","line":{},"what":"reply get-bsr-timer",)"
+                        R"("field":"fields.timer","expected":299,"got":300}})",
+                        line));
+  EXPECT_EQ(objects[1]["differences"], 1);
+}
+
+TEST_F(Recordings, TellAFieldOfAMessageThatIsDifferent) {
+  size_t line = change("trouble", R"("direction":"request","name":"set_bsr_timer")",
+                       "0104004D000000", "0104004E000000");
+  ASSERT_NE(line, 0U);
+  auto objects = replayed();
+  ASSERT_EQ(objects.size(), 2U);
+  EXPECT_EQ(objects[0]["what"], "qorext set_bsr_timer request");
+  EXPECT_EQ(objects[0]["field"], "fields.timer");
+  EXPECT_EQ(objects[0]["expected"], 78);
+  EXPECT_EQ(objects[0]["got"], 77);
+}
+
+TEST_F(Recordings, HidePersonalValuesInTheirDifferences) {
+  const std::string mdn = "393133353535303134323030303030";
+  size_t line =
+      change("provisioning", R"("kind":"reply","name":"get-nam")", mdn, "38" + mdn.substr(2));
+  ASSERT_NE(line, 0U);
+  auto hidden = replayed();
+  ASSERT_EQ(hidden.size(), 2U);
+  EXPECT_EQ(hidden[0]["field"], "fields.mdn");
+  EXPECT_EQ(hidden[0]["expected"], "***");
+  EXPECT_EQ(hidden[0]["got"], "***");
+  auto shown = replayed("--show-personal");
+  ASSERT_EQ(shown.size(), 2U);
+  EXPECT_EQ(shown[0]["expected"], "813555014200000");
+  EXPECT_EQ(shown[0]["got"], "913555014200000");
+}
+
+TEST_F(Recordings, TellWhatNobodyExpected) {
+  auto lines = lines_of(content_of(kept("features")));
+  std::erase_if(lines, [](const std::string& line) {
+    return line.find(R"("kind":"unsolicited","name":"generic")") != std::string::npos;
+  });
+  write(lines);
+  auto objects = replayed();
+  ASSERT_EQ(objects.size(), 2U);
+  EXPECT_EQ(objects[0]["what"], "unsolicited generic");
+  EXPECT_EQ(objects[0]["expected"], nullptr);
+  EXPECT_EQ(objects[0]["got"]["id"], "0x06000200");
+}
+
+TEST_F(Recordings, TellWhatIsMissing) {
+  std::vector<std::string> lines;
+  Json request;
+  for (const std::string& line : lines_of(content_of(kept("features")))) {
+    lines.push_back(line);
+    Json object = Json::parse(line);
+    if (object["name"] != "tuner") continue;
+    if (object["direction"] == "request") request = object;
+    if (object["direction"] != "response") continue;
+    request["time"] = object["time"];
+    lines.push_back(request.dump());
+  }
+  write(lines);
+  EXPECT_THAT(lines_of(run("replay " + path("recording")).output),
+              ElementsAre(EndsWith(": qorext tuner request: is missing"),
+                          EndsWith("compared, 1 difference")));
+}
+
+TEST_F(Recordings, TellThatTheDaemonHasEnded) {
+  CommandResult result = run("--daemon-program /bin/true replay " + kept("features"));
+  EXPECT_EQ(result.status, 1);
+  auto lines = lines_of(result.output);
+  ASSERT_EQ(lines.size(), 2U) << result.output;
+  EXPECT_EQ(lines[0],
+            "line 2: qorext element_read request: daemon: expected runs, got exit status 0");
+}
+
+TEST_F(Recordings, AreMadePlayedBackAndShown) {
+  CommandResult made = record("--show-personal",
+                              "nv-read rde-id=28\n"
+                              "modem indicate pfp rat=3\n"
+                              "wait-unsol\n"
+                              "set-profile profile=4\n"
+                              "modem hob-save\n");
+  EXPECT_EQ(made.status, 0) << made.errors;
+  EXPECT_THAT(lines_of(made.output), Contains(HasSubstr("events, with all personal data")));
+  CommandResult played = run("replay " + path("recording"));
+  EXPECT_EQ(played.status, 0) << played.output << played.errors;
+
+  CommandResult shown = run("trace " + path("recording") + " --output " + path("trace"));
+  EXPECT_EQ(shown.status, 0) << shown.errors;
+  EXPECT_EQ(shown.output, "");
+  Json trace = Json::parse(content_of(path("trace")));
+  EXPECT_EQ(trace, Json::parse(run("trace " + path("recording")).output));
+}
+
+// What a viewer of the format needs, and what engineers look for.
+class Trace : public Recordings {
+ protected:
+  void SetUp() override {
+    record("", "nv-read rde-id=28\nmodem indicate pfp\nwait-unsol\nmodem hob-save\ntune data=0A\n");
+    trace_ = Json::parse(run("trace " + path("recording")).output)["traceEvents"];
+    for (const Json& event : trace_) {
+      if (event["name"] == "thread_name") threads_[event["args"]["name"]] = event["tid"];
+    }
+  }
+
+  std::vector<Json> events(const std::string& phase, const std::string& thread) {
+    std::vector<Json> found;
+    for (const Json& event : trace_) {
+      if (event["ph"] == phase && event["tid"] == threads_[thread]) found.push_back(event);
+    }
+    return found;
+  }
+  std::vector<std::string> names(const std::string& phase, const std::string& thread) {
+    std::vector<std::string> found;
+    for (const Json& event : events(phase, thread)) found.push_back(event["name"]);
+    return found;
+  }
+  Json slice(const std::string& thread, const std::string& name) {
+    for (const Json& event : events("X", thread)) {
+      if (event["name"] == name) return event;
+    }
+    ADD_FAILURE() << "no slice " << name;
+    return {{"ts", 0}, {"dur", 0}};
+  }
+  static bool lies_in(const Json& inner, const Json& outer) {
+    double begin = inner["ts"];
+    double end = begin + inner.value("dur", 0.0);
+    return begin >= outer["ts"].get<double>() &&
+           end <= outer["ts"].get<double>() + outer["dur"].get<double>() + 1e-6;
+  }
+
+  Json trace_;
+  std::map<std::string, int> threads_;
+};
+
+TEST_F(Trace, HasFiveTracksAndEventsInTheOrderOfTime) {
+  EXPECT_EQ(threads_.size(), 5U);
+  double last = 0;
+  for (const Json& event : trace_) {
+    ASSERT_TRUE(event.contains("pid") && event.contains("tid"));
+    if (event["ph"] == "M") continue;
+    EXPECT_GE(event["ts"], last);
+    last = event["ts"];
+  }
+}
+
+TEST_F(Trace, HasRequestsWithTheirExchangesInside) {
+  EXPECT_THAT(names("X", "parent"), ElementsAre("nv-read", "reply nv-read", "tune", "reply tune"));
+  Json request = slice("main thread", "nv-read");
+  EXPECT_TRUE(lies_in(request, slice("parent", "nv-read")));
+  int inside = 0;
+  for (const Json& exchange : events("X", "main thread")) {
+    bool reads = exchange["name"] == "qorext element_read" && lies_in(exchange, request);
+    if (reads && exchange["args"]["response"]["data"] == "06") ++inside;
+  }
+  EXPECT_EQ(inside, 1);
+  EXPECT_THAT(names("X", "modem"), Contains("qorext tuner"));
+}
+
+TEST_F(Trace, HasTheLogOnTheThreadsThatWroteIt) {
+  EXPECT_THAT(names("i", "main thread"), Contains("Read 34 bytes from pipe"));
+  EXPECT_THAT(names("i", "callback thread"), Contains("Handling unsol msg 10"));
+  EXPECT_THAT(names("i", "HOB thread"), Contains("dhob_write: Save RF to HOB successful"));
+  EXPECT_THAT(names("X", "HOB thread"), ElementsAre("save the hand-off block", "qorext hob"));
+  EXPECT_THAT(names("i", "modem"), Contains("qorext pfp indication"));
+  EXPECT_THAT(names("i", "parent"), ElementsAre("unsolicited pfp"));
+}
+
+TEST_F(Trace, LeadsArrowsThroughSlices) {
+  auto starts = events("s", "parent");
+  auto steps = events("t", "main thread");
+  auto ends = events("f", "parent");
+  ASSERT_EQ(starts.size(), 2U);
+  ASSERT_EQ(steps.size(), 2U);
+  ASSERT_EQ(ends.size(), 2U);
+  EXPECT_TRUE(lies_in(starts[0], slice("parent", "nv-read")));
+  EXPECT_TRUE(lies_in(steps[0], slice("main thread", "nv-read")));
+  EXPECT_TRUE(lies_in(ends[0], slice("parent", "reply nv-read")));
+  for (size_t i = 0; i < 2; ++i) {
+    EXPECT_EQ(starts[i]["id"], steps[i]["id"]);
+    EXPECT_EQ(starts[i]["id"], ends[i]["id"]);
+  }
+}
+
+// Codes and numbers of a subscriber, as they are given and as they go over the wire.
+constexpr const char* kPersonal[] = {"271828", "323731383238", "9135550199",
+                                     "39313335353530313939"};
+
+TEST_F(Recordings, HoldAndShowNoPersonalDataUnlessItIsWanted) {
+  const std::string session =
+      "set-nam spc=000000 new-spc=271828 mdn=9135550199 min=9135550199\nget-nam\n";
+  EXPECT_EQ(record("", session).status, 0);
+  std::string masked = content_of(path("recording"));
+  EXPECT_EQ(record("--show-personal", session).status, 0);
+  std::string whole = content_of(path("recording"));
+  std::string trace = run("trace " + path("recording")).output;
+  std::string whole_trace = run("--show-personal trace " + path("recording")).output;
+  for (const char* personal : kPersonal) {
+    EXPECT_THAT(masked, Not(HasSubstr(personal)));
+    EXPECT_THAT(whole, HasSubstr(personal));
+    EXPECT_THAT(trace, Not(HasSubstr(personal)));
+  }
+  EXPECT_THAT(whole_trace, HasSubstr("9135550199"));
+}
+
+TEST_F(Recordings, AreNotPlayedBackWhereTheyAreMasked) {
+  record("", "nv-read rde-id=28\nget-nam\n");
+  CommandResult result = run("replay " + path("recording"));
+  EXPECT_EQ(result.status, 2);
+  EXPECT_EQ(result.output, "");
+  EXPECT_THAT(lines_of(result.errors), ElementsAre(AllOf(HasSubstr("personal data is masked"),
+                                                         HasSubstr("--show-personal"))));
+}
+
+TEST_F(Recordings, ArePlayedBackWhereNothingPersonalWasToBeMasked) {
+  record("", "nv-read rde-id=28\n");
+  EXPECT_THAT(content_of(path("recording")), HasSubstr(R"("masked":true)"));
+  EXPECT_EQ(run("replay " + path("recording")).status, 0);
+}
+
+TEST_F(Recordings, OfABrokenFileAreRefusedInOneLine) {
+  std::ofstream(path("recording")) << R"({"type":"recording","version":9})" << '\n';
+  for (const char* verb : {"replay ", "trace "}) {
+    CommandResult result = run(verb + path("recording"));
+    EXPECT_EQ(result.status, 2);
+    EXPECT_EQ(result.output, "");
+    EXPECT_THAT(lines_of(result.errors),
+                ElementsAre(EndsWith("recording: line 1: version 9 is not known, only 1")));
+  }
+}
+
+TEST_F(Recordings, AreNotMadeWhereTheyCannotBeWrittenOrWatched) {
+  CommandResult unwritable = run("record --output /nonexistent/recording");
+  EXPECT_EQ(unwritable.status, 2);
+  EXPECT_THAT(unwritable.errors, HasSubstr("cannot write '/nonexistent/recording'"));
+  CommandResult unwatched = record("--modem unix:" + path("modem"), "");
+  EXPECT_EQ(unwatched.status, 2);
+  EXPECT_THAT(unwatched.errors, HasSubstr("give --control PATH"));
+}
+
+TEST(RecordingOf, AModemThatRunsAlreadyHoldsItsMessages) {
+  Handset handset{Handset::off};
+  handset.start_modem();
+  std::string path = handset.phone().folder() + "/recording";
+  CommandResult made =
+      run_command("echo tune data=0A0B | $BIN/qorextctl --modem " + handset.phone().modem() +
+                  " --control " + handset.phone().control_socket() + " record --output " + path);
+  EXPECT_EQ(made.status, 0) << made.errors;
+  EXPECT_THAT(content_of(path), HasSubstr(R"("direction":"request","name":"tuner")"));
+  EXPECT_EQ(run_command("$BIN/qorextctl replay " + path).status, 0);
+}
+
+}  // namespace
+}  // namespace e2e

@@ -1,0 +1,92 @@
+#include "replay_script.h"
+
+#include <gtest/gtest.h>
+
+#include "qmi_samples.h"
+
+namespace qorextctl {
+namespace {
+
+Event sent(const Bytes& packet) { return {0, MessageEvent{"qorext", 4, packet}}; }
+
+Event asked() {
+  return {0, FrameEvent{FrameKind::request, from_hex("07000002 00000000 00000000 000000000000")}};
+}
+
+class Script : public testing::Test {
+ protected:
+  ReplayScript& script(std::vector<Event> events) {
+    recording_.events = std::move(events);
+    return script_.emplace(recording_);
+  }
+
+  // The event that the request is taken for.
+  std::optional<size_t> match(const Bytes& packet) {
+    return script_->match(*reader_.read("qorext", 9, packet));
+  }
+
+  Recording recording_;
+  std::optional<ReplayScript> script_;
+  QmiReader reader_;
+};
+
+TEST_F(Script, TakesEqualRequestsInTheirOrder) {
+  script({sent(read_request(1, 5)), sent(read_request(2, 5))});
+  EXPECT_EQ(match(read_request(70, 5)), 0U);
+  EXPECT_EQ(match(read_request(71, 5)), 1U);
+  EXPECT_FALSE(match(read_request(72, 5)));
+}
+
+TEST_F(Script, PrefersTheSameContent) {
+  script({sent(read_request(1, 5)), sent(read_request(2, 6))});
+  EXPECT_EQ(match(read_request(70, 6)), 1U);
+  EXPECT_FALSE(script_->is_matched(0));
+  EXPECT_TRUE(script_->is_matched(1));
+}
+
+TEST_F(Script, TakesTheSameMessageOfAnotherContentInOrder) {
+  script({sent(hob_request(1, 1)), sent(read_request(2, 5)), sent(read_request(3, 6))});
+  EXPECT_EQ(match(read_request(70, 7)), 1U);
+}
+
+TEST_F(Script, LooksBehindTheParentsNextRequestForTheSameContentOnly) {
+  script({sent(read_request(1, 5)), asked(), sent(read_request(2, 6)), sent(hob_request(3, 1))});
+  EXPECT_EQ(match(hob_request(70, 1)), 3U);
+  EXPECT_EQ(match(read_request(71, 7)), 0U);
+  EXPECT_FALSE(match(read_request(72, 7)));
+  EXPECT_EQ(match(read_request(73, 6)), 2U);
+}
+
+TEST_F(Script, DoesNotLookBehindItsPosition) {
+  script({sent(read_request(1, 5)), asked(), sent(read_request(2, 6))});
+  script_->reach(1);
+  EXPECT_EQ(match(read_request(70, 5)), 2U);
+}
+
+TEST_F(Script, KnowsWhatIsEarly) {
+  script({sent(read_request(1, 5)), sent(hob_request(2, 1))});
+  EXPECT_TRUE(script_->is_early(1));
+  match(read_request(70, 5));
+  EXPECT_FALSE(script_->is_early(1));
+}
+
+TEST_F(Script, AnswersWithTheTransactionThatCame) {
+  script({sent(read_request(1, 5)), sent(read_response(1, 5, {6}))});
+  ASSERT_EQ(script_->request_of(1), 0U);
+  EXPECT_EQ(script_->answer(1, 0x1234), read_response(0x1234, 5, {6}));
+}
+
+TEST_F(Script, KeepsAWrongTransactionWrong) {
+  script({sent(read_request(0x0001, 5)), sent(read_response(0x5554, 5, {6}))});
+  ASSERT_EQ(script_->request_of(1), 0U);
+  EXPECT_EQ(script_->answer(1, 0x0002), read_response(0x5557, 5, {6}));
+}
+
+TEST_F(Script, LeavesAResponseToNobodyUnsent) {
+  script({sent(read_response(1, 5, {6})), sent(qmi(kQmiIndication, 0, 1, {}))});
+  EXPECT_FALSE(script_->request_of(0));
+  EXPECT_FALSE(script_->request_of(1));
+}
+
+}  // namespace
+}  // namespace qorextctl
