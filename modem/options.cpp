@@ -9,6 +9,19 @@ namespace {
 
 constexpr int kUsageError = 2;
 
+constexpr char kFooter[] =
+    R"(examples:
+  qorext_modem --listen unix:/tmp/modem.sock --control /tmp/control.sock &
+  qorextctl --modem unix:/tmp/modem.sock request get-nam
+  qorextctl --control /tmp/control.sock modem state
+  qorext_modem --listen qrtr --scenario lab.toml
+
+exit status:
+  0  it was told to end
+  1  it cannot run: a socket cannot be made
+  2  wrong usage, or a wrong scenario
+)";
+
 std::string check_endpoint(const std::string& text) {
   return qmi_transport::parse_endpoint(text) ? "" : "\"" + text + "\" is not unix:PATH or qrtr";
 }
@@ -26,6 +39,7 @@ std::variant<Options, int> parse_options(int argc, char** argv) {
   Options options{};
   std::string listen;
   CLI::App app("A simulated modem: the qorext, NAS and DMS services over QMI.", "qorext_modem");
+  app.footer(kFooter);
   app.add_option("--listen", listen,
                  "unix:PATH or qrtr (default: $QOREXT_MODEM, else unix:/run/qorext_modem.sock)")
       ->check(check_endpoint);
