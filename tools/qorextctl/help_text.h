@@ -5,7 +5,8 @@ namespace qorextctl {
 
 constexpr const char* kExitStatuses = R"(exit status:
   0  success
-  1  the modem or the daemon has refused: a reply carried a failure status, or a frame is malformed
+  1  the modem or the daemon has refused: a reply carried a failure status, or a frame is malformed;
+     a replay has found differences
   2  wrong usage: nothing was sent, nothing was started
   3  transport: no reply in time, the daemon ended, or the modem is not reachable
   4  the tool itself failed: its output could not be written
