@@ -280,6 +280,19 @@ TEST_F(Trace, LeadsArrowsThroughSlices) {
   }
 }
 
+TEST_F(Trace, IsDrawnAsAPicture) {
+  run("trace " + path("recording") + " --output " + path("trace"));
+  CommandResult drawn =
+      run_command("python3 " QOREXT_DRAW_TRACE " " + path("trace") + " " + path("picture"));
+  EXPECT_EQ(drawn.status, 0) << drawn.errors;
+  std::string picture = content_of(path("picture"));
+  EXPECT_THAT(picture, HasSubstr("<svg"));
+  for (const char* shown : {"callback thread", "<title>tune</title>", "<title>qorext tuner</title>",
+                            "<title>unsolicited pfp</title>", "marker-end"}) {
+    EXPECT_THAT(picture, HasSubstr(shown));
+  }
+}
+
 // Codes and numbers of a subscriber, as they are given and as they go over the wire.
 constexpr const char* kPersonal[] = {"271828", "323731383238", "9135550199",
                                      "39313335353530313939"};
