@@ -134,14 +134,17 @@ TEST_F(Recordings, HidePersonalValuesInTheirDifferences) {
 TEST_F(Recordings, TellWhatNobodyExpected) {
   auto lines = lines_of(content_of(kept("features")));
   std::erase_if(lines, [](const std::string& line) {
-    return line.find(R"("kind":"unsolicited","name":"generic")") != std::string::npos;
+    return line.find(R"("name":"tuner")") != std::string::npos;
   });
   write(lines);
   auto objects = replayed();
-  ASSERT_EQ(objects.size(), 2U);
-  EXPECT_EQ(objects[0]["what"], "unsolicited generic");
+  ASSERT_GE(objects.size(), 3U);
+  EXPECT_EQ(objects[0]["line"], nullptr);
+  EXPECT_EQ(objects[0]["what"], "qorext tuner request");
   EXPECT_EQ(objects[0]["expected"], nullptr);
-  EXPECT_EQ(objects[0]["got"]["id"], "0x06000200");
+  EXPECT_EQ(objects[0]["got"]["fields"]["data"], "0a0b0c");
+  // It is refused, and so the parent's request is.
+  EXPECT_EQ(objects[1]["what"], "reply tune");
 }
 
 TEST_F(Recordings, TellWhatIsMissing) {
@@ -277,6 +280,19 @@ TEST_F(Trace, LeadsArrowsThroughSlices) {
   for (size_t i = 0; i < 2; ++i) {
     EXPECT_EQ(starts[i]["id"], steps[i]["id"]);
     EXPECT_EQ(starts[i]["id"], ends[i]["id"]);
+  }
+}
+
+TEST_F(Trace, IsDrawnAsAPicture) {
+  run("trace " + path("recording") + " --output " + path("trace"));
+  CommandResult drawn =
+      run_command("python3 " QOREXT_DRAW_TRACE " " + path("trace") + " " + path("picture"));
+  EXPECT_EQ(drawn.status, 0) << drawn.errors;
+  std::string picture = content_of(path("picture"));
+  EXPECT_THAT(picture, HasSubstr("<svg"));
+  for (const char* shown : {"callback thread", "<title>tune</title>", "<title>qorext tuner</title>",
+                            "<title>unsolicited pfp</title>", "marker-end"}) {
+    EXPECT_THAT(picture, HasSubstr(shown));
   }
 }
 

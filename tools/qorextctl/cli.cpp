@@ -41,7 +41,8 @@ void add_shared_options(CLI::App& app, Options& options) {
   app.add_flag("--json", options.json, "one JSON object a line");
   app.add_flag("--log", options.log, "show the daemon's log on standard error");
   app.add_flag("--show-personal", options.show_personal,
-               "do not mask numbers and codes of the subscriber in decoded frames and logs");
+               "do not mask numbers and codes of the subscriber in decoded frames, logs, "
+               "recordings and timelines");
   app.add_option_function<std::string>(
          "--color",
          [&](const std::string& name) { options.colour = chosen("--color", kColours, name); },

@@ -5,7 +5,8 @@ namespace qorextctl {
 
 constexpr const char* kExitStatuses = R"(exit status:
   0  success
-  1  the modem or the daemon has refused: a reply carried a failure status, or a frame is malformed
+  1  the modem or the daemon has refused: a reply carried a failure status, or a frame is malformed;
+     a replay has found differences
   2  wrong usage: nothing was sent, nothing was started
   3  transport: no reply in time, the daemon ended, or the modem is not reachable
   4  the tool itself failed: its output could not be written
@@ -21,9 +22,9 @@ constexpr const char* kExamples = R"(examples:
   qorextctl decode 07000002 0000000000000000 000000000000
   adb logcat -d | qorextctl decode                    a log with what its hex dumps hold
   printf 'modem indicate notify\nwait-unsol\n' | qorextctl session
-  qorextctl record --output nam.jsonl < nam.session   all that is exchanged, in a file
-  qorextctl replay nam.jsonl                          and once more: what is different?
-  qorextctl trace nam.jsonl --output nam.trace.json   and as a timeline
+  echo tune data=0A0B | qorextctl record --output tune.jsonl   all that is exchanged, in a file
+  qorextctl replay tune.jsonl                         and once more: what is different?
+  qorextctl trace tune.jsonl --output tune.trace.json and as a timeline
   qorextctl --modem unix:/run/m.sock --control /run/c.sock session
   qorextctl --control /run/c.sock modem nv 28 0A
   qorextctl --phone-root phone phone prepare          a root to keep

@@ -3,7 +3,6 @@
 #include <fstream>
 #include <stdexcept>
 
-#include "frames.h"
 #include "personal.h"
 #include "recording.h"
 #include "recording_format.h"

@@ -15,6 +15,7 @@ namespace qorextctl {
 namespace {
 
 constexpr int kPauseMs = 1;  // between two looks at the request pipe
+constexpr std::chrono::milliseconds kSettleTime{100};
 constexpr uint16_t kRefused = 1;
 constexpr uint16_t kNotSupportedError = 94;
 
@@ -186,10 +187,13 @@ void Replay::take_unexpected_reply() {
   report_.unexpected("reply " + reply.name, reply);
 }
 
-// Ends the daemon: what it sends until then nobody expects.
+// Ends the daemon: what it sends until then nobody expects. At the end of its requests it leaves
+// everything else undone, so that it needs some time for indications that came last.
 void Replay::end_daemon() {
-  daemon().close_requests();
   stage_->note_activity();
+  Deadline settled = Deadline::in(kSettleTime);
+  stage_->wait([&] { return settled.passed(); }, kPauseMs);
+  daemon().close_requests();
   stage_->wait([] { return false; });
   take_unexpected_reply();
   while (auto frame = daemon().unsolicited().take(unsolicited_size)) {

@@ -3,14 +3,13 @@
 #include <fmt/format.h>
 
 #include <map>
-#include <optional>
 #include <set>
 #include <tuple>
 #include <utility>
 
-#include "log_line.h"
 #include "qmi_message.h"
 #include "recording_format.h"
+#include "shown_event.h"
 #include "trace_tracks.h"
 
 namespace qorextctl {
@@ -19,55 +18,6 @@ namespace {
 
 constexpr int64_t kReplyShown = 20'000;  // nanoseconds: arrows need a slice to end in
 constexpr std::string_view kBlockText = "dhob_write";
-
-// Members of another type count as missing: what a masked line shows has been checked by nobody.
-const Json* member(const Json& event, const char* key) {
-  auto found = event.find(key);
-  return found == event.end() ? nullptr : &*found;
-}
-
-std::string text_of(const Json& event, const char* key) {
-  const Json* value = member(event, key);
-  return value && value->is_string() ? value->get<std::string>() : "";
-}
-
-uint64_t number_of(const Json& event, const char* key) {
-  const Json* value = member(event, key);
-  return value && value->is_number_integer() ? value->get<uint64_t>() : 0;
-}
-
-int64_t time_of(const Json& event) { return static_cast<int64_t>(number_of(event, "time")); }
-
-Json fields_of(const Json& event) {
-  const Json* fields = member(event, "fields");
-  return fields ? *fields : Json();
-}
-
-Json arguments_of(const Json& event) {
-  Json arguments = Json::object();
-  for (const char* key : {"id", "status_name", "fields", "problems"}) {
-    if (event.contains(key) && !event[key].is_null()) arguments[key] = event[key];
-  }
-  return arguments;
-}
-
-// Of a line of the daemon's log.
-struct Speaker {
-  std::string thread;
-  bool is_main;
-  std::string text;
-};
-
-std::optional<Speaker> speaker_of(const Json& event) {
-  std::string line = text_of(event, "line");
-  auto parsed = parse_daemon_line(line);
-  if (!parsed) return std::nullopt;
-  std::string_view source = parsed->source;
-  size_t blank = source.find(' ');
-  if (blank == std::string_view::npos) return std::nullopt;
-  std::string_view thread = source.substr(source.find_last_of(' ') + 1);
-  return Speaker{std::string(thread), source.substr(0, blank) == thread, std::string(parsed->text)};
-}
 
 class Timeline {
  public:
@@ -243,14 +193,6 @@ class Timeline {
                   {{Track::parent, begin}, {Track::main, taken}, {Track::parent, time}});
   }
 
-  static std::string name_of(const Json& event) {
-    std::string name = text_of(event, "name");
-    return name.empty() ? text_of(event, "id") : name;
-  }
-  static std::string title_of(const Json& event) {
-    return fmt::format("{} {} {}", text_of(event, "service"), text_of(event, "name"),
-                       text_of(event, "direction"));
-  }
   static Key key_of(const Json& event) {
     return {text_of(event, "service"), number_of(event, "client"), number_of(event, "transaction")};
   }

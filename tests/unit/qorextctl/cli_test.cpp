@@ -1,5 +1,9 @@
 #include "cli.h"
 
+#include <unistd.h>
+
+#include <fstream>
+
 #include "fake_modem.h"
 #include "fake_setup.h"
 
@@ -86,7 +90,8 @@ TEST_F(CommandLine, HelpAndVersionAreSuccesses) {
 }
 
 TEST_F(CommandLine, EveryCommandsHelpHasExamplesAndExitStatuses) {
-  for (const char* verb : {"request", "raw", "session", "list", "decode", "modem", "phone"}) {
+  for (const char* verb : {"request", "raw", "session", "list", "decode", "modem", "phone",
+                           "record", "replay", "trace"}) {
     std::string help = parse({verb, "--help"}).text;
     for (const char* part : {"examples:\n  ", "qorextctl", "exit status:\n  0  success"}) {
       EXPECT_NE(help.find(part), std::string::npos) << verb << " " << part;
@@ -112,6 +117,27 @@ TEST_F(CommandLine, DecodeHasOptionsOfItsOwn) {
   EXPECT_FALSE(parse({"decode"}).options.show_personal);
 }
 
+TEST_F(CommandLine, ARecordingIsGivenByItsFile) {
+  Parsed record = parse({"record", "--output", "r.jsonl", "--control", "/c"});
+  ASSERT_FALSE(record.error) << record.error->message;
+  EXPECT_EQ(record.options.verb, Verb::record);
+  EXPECT_EQ(record.options.output, "r.jsonl");
+  Parsed trace = parse({"trace", "r.jsonl"});
+  ASSERT_FALSE(trace.error) << trace.error->message;
+  EXPECT_EQ(trace.options.verb, Verb::trace);
+  EXPECT_EQ(trace.options.words, std::vector<std::string>{"r.jsonl"});
+  EXPECT_EQ(parse({"replay", "r.jsonl"}).options.verb, Verb::replay);
+}
+
+TEST_F(CommandLine, AReplayIsItsOwnModem) {
+  std::string path = testing::TempDir() + "own_modem" + std::to_string(getpid());
+  std::ofstream(path)
+      << R"({"type":"recording","version":1,"started":"","instance":0,"masked":false})" << '\n';
+  EXPECT_EQ(run_words({"replay", path.c_str()}), 2);
+  EXPECT_EQ(err_.str(),
+            "qorextctl: replay: --modem is not for replays, the recording is the modem\n");
+}
+
 TEST_F(CommandLine, WrongUsageIsOneLineAndStatus2) {
   for (const std::vector<const char*>& words :
        std::vector<std::vector<const char*>>{{},
@@ -129,7 +155,11 @@ TEST_F(CommandLine, WrongUsageIsOneLineAndStatus2) {
                                              {"list", "--instance", "-1"},
                                              {"list", "--scenario", "/nowhere"},
                                              {"list", "--color", "pink"},
-                                             {"decode", "--as", "bogus"}}) {
+                                             {"decode", "--as", "bogus"},
+                                             {"record"},
+                                             {"replay"},
+                                             {"replay", "a", "b"},
+                                             {"trace", "--output", "a"}}) {
     Parsed parsed = parse(words);
     ASSERT_TRUE(parsed.error);
     EXPECT_EQ(parsed.text, "");
