@@ -6,6 +6,7 @@
 #include <sstream>
 
 #include "help_text.h"
+#include "help_topics.h"
 #include "modem_control.h"
 #include "modem_options.h"
 
@@ -151,7 +152,9 @@ void add_verbs(CLI::App& app, Options& options) {
       ->add_option("words", options.words, "HEX...")
       ->required();
   add_verb(app, options, Verb::session, "session", "requests from standard input, one a line",
-           kSessionExamples);
+           "lines:\n" + session_lines() + kSessionExamples);
+  add_verb(app, options, Verb::shell, "shell", "a session at a terminal, with completion",
+           kShellKeys + ("lines:\n" + session_lines()) + kShellExamples);
   add_verb(app, options, Verb::list, "list", "all requests, or one with its arguments",
            kListExamples)
       ->add_option("words", options.words, "[NAME]")

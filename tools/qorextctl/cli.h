@@ -12,7 +12,7 @@
 
 namespace qorextctl {
 
-enum class Verb { request, raw, session, list, decode, modem, phone };
+enum class Verb { request, raw, session, shell, list, decode, modem, phone };
 
 struct Options {
   Verb verb = Verb::list;

@@ -21,6 +21,7 @@ constexpr const char* kExamples = R"(examples:
   qorextctl decode 07000002 0000000000000000 000000000000
   adb logcat -d | qorextctl decode                    a log with what its hex dumps hold
   printf 'modem indicate notify\nwait-unsol\n' | qorextctl session
+  qorextctl shell                                     the same typed, with completion
   qorextctl --modem unix:/run/m.sock --control /run/c.sock session
   qorextctl --control /run/c.sock modem nv 28 0A
   qorextctl --phone-root phone phone prepare          a root to keep
@@ -40,20 +41,24 @@ constexpr const char* kRawExamples = R"(examples:
   qorextctl raw 01:05:00:19:00:00:00:00
 )";
 
-constexpr const char* kSessionExamples = R"(lines:
-  NAME [KEY=VALUE]...                     a request
-  raw HEX...                              bytes as they are
-  modem COMMAND...                        a command to the modem's control socket
-  wait-unsol [N] [SECONDS]                until N unsolicited frames have come
-  wait-property NAME VALUE [SECONDS]      until the property has the value
-  wait-log TEXT [N] [SECONDS]             until N lines of the daemon's log hold the text
-  phone show                              what lies in the phone's root
-  expect-failure LINE                     a failure is a success then
-  # COMMENT
-
+constexpr const char* kSessionExamples = R"(
 examples:
   printf 'set-bsr-timer timer=77\nget-bsr-timer\n' | qorextctl session
   qorextctl --json --log session < requests.txt
+)";
+
+constexpr const char* kShellKeys = R"(keys:
+  Tab                                     completes names, arguments and values, or lists them
+  Up, Down, Ctrl-R                        earlier lines, also of earlier runs
+  Ctrl-C                                  clears the line, or ends what is waited for
+  Ctrl-D                                  ends the daemon and the shell
+
+)";
+
+constexpr const char* kShellExamples = R"(
+examples:
+  qorextctl shell
+  qorextctl --log --modem unix:/run/m.sock --control /run/c.sock shell
 )";
 
 constexpr const char* kListExamples = R"(examples:

@@ -9,6 +9,8 @@
 
 #include "colour.h"
 #include "frame_kind.h"
+#include "help_topics.h"
+#include "input_line.h"
 #include "log_dumps.h"
 #include "process.h"
 #include "result.h"
@@ -25,8 +27,13 @@ class Printer {
     err_colours_ = err;
   }
 
+  // What is typed meanwhile makes room for what is printed; null: nothing is.
+  void share_screen_with(InputLine* line) { input_line_ = line; }
+
   // `second`: the reply that follows the real one.
   void reply(const DecodedFrame& reply, bool second);
+  // Of a request whose wait has ended before.
+  void late_reply(const DecodedFrame& reply);
   void unsolicited(const DecodedFrame& message);
   // A frame that was given, not exchanged.
   void decoded(FrameKind kind, const DecodedFrame& frame);
@@ -37,6 +44,7 @@ class Printer {
   void phone(const std::string& root, const Items& report);
   void modem_answer(const std::string& command, const Json& answer);
   void request_list(const std::vector<const Request*>& requests);
+  void help(const HelpTopic& topic);
   void error(const Error& error);
   void log_line(const std::string& line);
   // The end of a log, for a person who asks why something failed.
@@ -49,6 +57,7 @@ class Printer {
   void frame(const std::string& title, const DecodedFrame& frame);
   void object(const Json& object);
   void text(const std::string& text);
+  void write(std::ostream& stream, const std::string& text);
 
   std::ostream& out_;
   std::ostream& err_;
@@ -56,6 +65,7 @@ class Printer {
   bool hex_ = false;
   Colours out_colours_;
   Colours err_colours_;
+  InputLine* input_line_ = nullptr;
   std::mutex mutex_;
 };
 

@@ -4,6 +4,7 @@
 #include "decode_input.h"
 #include "phone_report.h"
 #include "session.h"
+#include "shell.h"
 
 namespace qorextctl {
 
@@ -37,7 +38,8 @@ Outcome run_raw(const Options& options, Printer& printer) {
 Outcome run_session(const Options& options, Printer& printer) {
   auto session = Session::start(options, printer);
   if (!session) return fail(printer, session.error());
-  Outcome outcome = (*session)->run_lines(STDIN_FILENO);
+  bool is_shell = options.verb == Verb::shell;
+  Outcome outcome = is_shell ? run_shell(**session, printer) : (*session)->run_lines(STDIN_FILENO);
   return (*session)->finish(outcome, true);
 }
 
@@ -72,6 +74,7 @@ Outcome dispatch(const Options& options, Printer& printer) {
     case Verb::raw:
       return run_raw(options, printer);
     case Verb::session:
+    case Verb::shell:
       return run_session(options, printer);
     case Verb::decode:
       return decode_input(options.words, options.decode, options.show_personal, printer);
