@@ -202,6 +202,7 @@ TEST_F(Shell, EndsAWaitAtCtrlCAndGoesOn) {
        {"wait-unsol 9 3000", "wait-log nothing 1 3000", "wait-property none x 3000"}) {
     terminal->type(std::string(line) + "\n");
     terminal->wait_for_row(line);
+    terminal->wait_for_cursor("");
     terminal->type(kCancel);
     terminal->wait_for_cursor(kPrompt);
   }
@@ -216,6 +217,7 @@ TEST_F(Shell, ShowsALateReplyAsWhatItIs) {
   handset.modem().command("fault delay message=element_read delay_ms=1500 times=1");
   terminal->type("nv-read rde-id=28\n");
   terminal->wait_for_row("nv-read rde-id=28");
+  terminal->wait_for_cursor("");
   terminal->type(kCancel);
   terminal->wait_for_row("no reply to nv-read before the interruption");
   terminal->wait_for_row("nv-read (0x02000016), late reply: success");
@@ -227,6 +229,18 @@ TEST_F(Shell, TellsThatTheDaemonHasEnded) {
   open({"--daemon-program", "/bin/true"});
   EXPECT_EQ(terminal->exit_status(), 0);
   EXPECT_THAT(terminal->screen().rows(), Contains("daemon ended with exit status 0"));
+}
+
+TEST_F(Shell, ShowsHowFarALoadIs) {
+  terminal.emplace(
+      std::vector<std::string>{QOREXT_BIN "/qorextctl", "--modem", handset.phone().modem(), "load",
+                               "--count", "100", "--rate", "100", "--mix", "nv-read:3,unknown"},
+      Terminal::Environment{});
+  terminal->wait_for(
+      "the bar", [](const Screen& screen) { return screen.row_of_cursor().rfind("[#", 0) == 0; });
+  EXPECT_EQ(terminal->exit_status(), 0);
+  EXPECT_THAT(terminal->text(), HasSubstr("100 requests in"));
+  EXPECT_THAT(terminal->text(), Not(HasSubstr("[#")));
 }
 
 TEST_F(Shell, IsASessionWithoutATerminal) {

@@ -142,6 +142,29 @@ void add_decode(CLI::App& app, Options& options) {
       ->capture_default_str();
 }
 
+void add_load(CLI::App& app, LoadOptions& load, Options& options) {
+  constexpr size_t kMostRequests = 10'000'000;
+  constexpr double kMostRate = 1'000'000;
+  constexpr double kMostSeconds = 86400;
+  CLI::App* verb =
+      add_verb(app, options, Verb::load, "load", "many requests at a given rate", kLoadExamples);
+  verb->add_option("--count", load.count, "requests to send")
+      ->check(CLI::Range(size_t{1}, kMostRequests))
+      ->capture_default_str();
+  verb->add_option("--rate", load.rate, "requests a second; 0 sends one behind the other")
+      ->check(CLI::Range(0.0, kMostRate))
+      ->capture_default_str();
+  auto* mix =
+      verb->add_option("--mix", load.mix, "NAME[:WEIGHT],... of requests")->capture_default_str();
+  verb->add_option("--mix-file", load.mix_file, "lines of a weight and a session's line")
+      ->check(CLI::ExistingFile)
+      ->excludes(mix);
+  verb->add_option("--seed", load.seed, "of the choice of requests")->capture_default_str();
+  verb->add_option("--time-limit", load.time_limit, "seconds for the whole run")
+      ->check(CLI::Range(0.001, kMostSeconds))
+      ->capture_default_str();
+}
+
 void add_verbs(CLI::App& app, Options& options) {
   add_verb(app, options, Verb::request, "request", "send one request and show its reply",
            kRequestExamples)
@@ -160,6 +183,7 @@ void add_verbs(CLI::App& app, Options& options) {
       ->add_option("words", options.words, "[NAME]")
       ->expected(0, 1);
   add_decode(app, options);
+  add_load(app, options.load, options);
   add_phone(app, options);
   CLI::App* modem = add_verb(app, options, Verb::modem, "modem", "ask a modem's control socket",
                              "commands:\n" + modem_command_help() + "\n" + kModemExamples);

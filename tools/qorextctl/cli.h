@@ -6,13 +6,14 @@
 
 #include "deadline.h"
 #include "decode_input.h"
+#include "load_options.h"
 #include "output.h"
 #include "phone_files.h"
 #include "private_setup.h"
 
 namespace qorextctl {
 
-enum class Verb { request, raw, session, shell, list, decode, modem, phone };
+enum class Verb { request, raw, session, shell, load, list, decode, modem, phone };
 
 struct Options {
   Verb verb = Verb::list;
@@ -27,6 +28,7 @@ struct Options {
   SetupOptions setup;
   PhoneFiles phone;
   DecodeOptions decode;
+  LoadOptions load;
 };
 
 // The options, or the text that was asked for (help, version), or what is wrong. Whether output is

@@ -22,6 +22,7 @@ constexpr const char* kExamples = R"(examples:
   adb logcat -d | qorextctl decode                    a log with what its hex dumps hold
   printf 'modem indicate notify\nwait-unsol\n' | qorextctl session
   qorextctl shell                                     the same typed, with completion
+  qorextctl load --count 10000 --rate 500             how long requests take
   qorextctl --modem unix:/run/m.sock --control /run/c.sock session
   qorextctl --control /run/c.sock modem nv 28 0A
   qorextctl --phone-root phone phone prepare          a root to keep
@@ -59,6 +60,11 @@ constexpr const char* kShellExamples = R"(
 examples:
   qorextctl shell
   qorextctl --log --modem unix:/run/m.sock --control /run/c.sock shell
+)";
+
+constexpr const char* kLoadExamples = R"(examples:
+  qorextctl load --count 10000 --rate 500 --mix nv-read:3,get-nam:1,unknown:2
+  qorextctl load --count 10000 --mix-file mix.txt --seed 7 --json
 )";
 
 constexpr const char* kListExamples = R"(examples:

@@ -157,6 +157,7 @@ void Printer::frame(const std::string& title, const DecodedFrame& frame) {
 }
 
 void Printer::reply(const DecodedFrame& reply, bool second) {
+  if (!frames_) return;
   if (!json_) return frame(summary(reply, second ? ", second reply" : "", true), reply);
   Json members = to_json(reply);
   members["second"] = second;
@@ -164,6 +165,7 @@ void Printer::reply(const DecodedFrame& reply, bool second) {
 }
 
 void Printer::late_reply(const DecodedFrame& reply) {
+  if (!frames_) return;
   if (!json_) return frame(summary(reply, ", late reply", true), reply);
   Json members = to_json(reply);
   members["late"] = true;
@@ -171,6 +173,7 @@ void Printer::late_reply(const DecodedFrame& reply) {
 }
 
 void Printer::unsolicited(const DecodedFrame& message) {
+  if (!frames_) return;
   if (!json_) return frame("unsolicited " + summary(message, "", false), message);
   object(typed("unsolicited", to_json(message)));
 }
@@ -231,6 +234,11 @@ void Printer::help(const HelpTopic& topic) {
   if (!json_) return text(topic.text);
   if (topic.request) return request_list({topic.request});
   object(typed("help", {{"text", topic.text}}));
+}
+
+void Printer::load(const LoadReport& report) {
+  if (!json_) return text(report.text());
+  for (const Json& part : report.objects()) object(part);
 }
 
 void Printer::error(const Error& error) {

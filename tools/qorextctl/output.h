@@ -11,6 +11,7 @@
 #include "frame_kind.h"
 #include "help_topics.h"
 #include "input_line.h"
+#include "load_report.h"
 #include "log_dumps.h"
 #include "process.h"
 #include "result.h"
@@ -26,6 +27,8 @@ class Printer {
     out_colours_ = out;
     err_colours_ = err;
   }
+
+  void show_frames(bool show) { frames_ = show; }  // replies and unsolicited ones
 
   // What is typed meanwhile makes room for what is printed; null: nothing is.
   void share_screen_with(InputLine* line) { input_line_ = line; }
@@ -45,6 +48,7 @@ class Printer {
   void modem_answer(const std::string& command, const Json& answer);
   void request_list(const std::vector<const Request*>& requests);
   void help(const HelpTopic& topic);
+  void load(const LoadReport& report);
   void error(const Error& error);
   void log_line(const std::string& line);
   // The end of a log, for a person who asks why something failed.
@@ -63,6 +67,7 @@ class Printer {
   std::ostream& err_;
   bool json_;
   bool hex_ = false;
+  bool frames_ = true;
   Colours out_colours_;
   Colours err_colours_;
   InputLine* input_line_ = nullptr;

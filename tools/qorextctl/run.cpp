@@ -2,6 +2,7 @@
 
 #include "arguments.h"
 #include "decode_input.h"
+#include "load.h"
 #include "phone_report.h"
 #include "session.h"
 #include "shell.h"
@@ -43,6 +44,15 @@ Outcome run_session(const Options& options, Printer& printer) {
   return (*session)->finish(outcome, true);
 }
 
+Outcome run_load(const Options& options, Printer& printer) {
+  auto mix = mix_of(options.load);
+  if (!mix) return fail(printer, mix.error());
+  auto session = Session::start(options, printer);
+  if (!session) return fail(printer, session.error());
+  Outcome outcome = run_load(**session, options.load, *mix, printer);
+  return (*session)->finish(outcome, false);
+}
+
 Outcome run_list(const Options& options, Printer& printer) {
   std::vector<const Request*> chosen;
   for (const Request& request : catalogue()) {
@@ -76,6 +86,8 @@ Outcome dispatch(const Options& options, Printer& printer) {
     case Verb::session:
     case Verb::shell:
       return run_session(options, printer);
+    case Verb::load:
+      return run_load(options, printer);
     case Verb::decode:
       return decode_input(options.words, options.decode, options.show_personal, printer);
     case Verb::modem:

@@ -31,6 +31,14 @@ class Session {
 
   Outcome send(View request, const Request* named);
 
+  // The same, but a failure is no reason to show the log at the end.
+  Outcome exchange(View request, const Request* named) { return exchange_->run(request, named); }
+
+  // Takes what comes without being asked for, until the deadline.
+  void take_until(Deadline deadline) {
+    exchange_->wait_until([] { return false; }, deadline);
+  }
+
   // Lines from a descriptor until its end, or until the daemon has gone. The worst outcome.
   Outcome run_lines(int fd);
 
