@@ -1,7 +1,9 @@
 #include "screen.h"
 
 #include <algorithm>
+#include <cstddef>
 #include <cstdlib>
+#include <utility>
 
 namespace e2e {
 

@@ -5,6 +5,7 @@
 #include <map>
 #include <sstream>
 
+#include "completion.h"
 #include "help_text.h"
 #include "help_topics.h"
 #include "modem_control.h"
@@ -196,16 +197,75 @@ bool wants_json(int argc, const char* const* argv) {
   return std::find(argv, argv + argc, std::string_view("--json")) != argv + argc;
 }
 
-}  // namespace
-
-Parsed parse_command_line(int argc, const char* const* argv) {
-  Parsed parsed;
-  CLI::App app("Drives qorext_client as the radio interface daemon does.", "qorextctl");
+void add_everything(CLI::App& app, Options& options) {
+  app.description("Drives qorext_client as the radio interface daemon does.");
+  app.name("qorextctl");
   app.set_version_flag("--version", "qorextctl " QOREXT_VERSION);
   app.footer(std::string(kExamples) + kExitStatuses);
   app.require_subcommand(0, 1);
-  add_shared_options(app, parsed.options);
-  add_verbs(app, parsed.options);
+  add_shared_options(app, options);
+  add_verbs(app, options);
+}
+
+using completion::Candidate;
+using Candidates = std::vector<Candidate>;
+
+template <class T>
+Candidates names_of(const std::map<std::string, T>& choices) {
+  Candidates names;
+  for (const auto& [name, value] : choices) names.push_back({name});
+  return names;
+}
+
+// Those that the option's checks do not tell.
+Candidates values_of(const CLI::Option& option) {
+  std::string name = option.get_name();
+  if (name == "--color") return names_of(kColours);
+  if (name == "--as") return names_of(kInputs);
+  if (name == "--modem") return {{"qrtr"}, {"unix:"}};
+  return completion::values_of(option);
+}
+
+Candidates names_of_requests(const completion::Place& place) {
+  return place.positionals.size() == 1 ? complete_request(place.positionals) : Candidates();
+}
+
+Candidates words_of(const completion::Place& place) {
+  std::string verb = place.verb->get_name();
+  if (verb == "request") return complete_request(place.positionals);
+  if (verb == "list") return names_of_requests(place);
+  if (verb == "modem") return complete_modem(place.positionals, {});
+  if (verb == "phone") return {{"prepare"}, {"show"}};
+  return {};
+}
+
+}  // namespace
+
+std::string complete_command_line(const std::vector<std::string>& words) {
+  CLI::App app;
+  Options options;
+  add_everything(app, options);
+  completion::Place place = completion::place_in(app, words);
+  Candidates candidates;
+  if (place.option) {
+    candidates = values_of(*place.option);
+  } else if (!place.word.empty() && place.word.front() == '-') {
+    candidates = completion::options_at(app, place);
+  } else {
+    candidates = place.verb ? words_of(place) : completion::verbs_of(app);
+  }
+  return completion::to_text(completion::beginning_with(place.word, candidates));
+}
+
+Parsed parse_command_line(int argc, const char* const* argv) {
+  Parsed parsed;
+  if (argc > 1 && argv[1] == completion::kVerb) {
+    parsed.text = complete_command_line({argv + 2, argv + argc});
+    parsed.is_text = true;
+    return parsed;
+  }
+  CLI::App app;
+  add_everything(app, parsed.options);
   try {
     app.parse(argc, argv);
     if (app.get_subcommands().empty()) throw CLI::RequiredError("a command");
@@ -216,6 +276,7 @@ Parsed parse_command_line(int argc, const char* const* argv) {
     std::ostringstream text;
     if (app.exit(error, text, text) == 0) {
       parsed.text = text.str();
+      parsed.is_text = true;
     } else {
       parsed.error = usage_error(std::string(error.what()) + " (see: qorextctl --help)");
     }

@@ -31,14 +31,18 @@ struct Options {
   LoadOptions load;
 };
 
-// The options, or the text that was asked for (help, version), or what is wrong. Whether output is
-// to be JSON, and its colour, is set in any case.
+// The options, or the text that was asked for (help, version, completion), or what is wrong.
+// Whether output is to be JSON, and its colour, is set in any case.
 struct Parsed {
   Options options;
   std::string text;
+  bool is_text = false;
   std::optional<Error> error;
 };
 Parsed parse_command_line(int argc, const char* const* argv);
+
+// What may stand for the last word of a command line, as command_line.h tells it.
+std::string complete_command_line(const std::vector<std::string>& words);
 
 // Does what the options say. Returns the exit status.
 int run(const Options& options, Printer& printer);

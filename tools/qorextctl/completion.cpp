@@ -17,6 +17,7 @@ namespace {
 
 using Words = std::vector<std::string>;
 using Candidates = std::vector<Candidate>;
+using completion::beginning_with;
 
 Words behind(const Words& words) { return {words.begin() + 1, words.end()}; }
 
@@ -174,14 +175,6 @@ std::string Completion::common() const {
     shared.erase(differs.first, shared.end());
   }
   return shared;
-}
-
-Candidates beginning_with(const std::string& word, Candidates candidates) {
-  candidates.erase(
-      std::remove_if(candidates.begin(), candidates.end(),
-                     [&](const Candidate& one) { return one.text.rfind(word, 0) != 0; }),
-      candidates.end());
-  return candidates;
 }
 
 Completion complete_line(const std::string& line, const StateKeys& state_keys) {

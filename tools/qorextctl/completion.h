@@ -5,12 +5,11 @@
 #include <string>
 #include <vector>
 
+#include "command_line.h"
+
 namespace qorextctl {
 
-struct Candidate {
-  std::string text;
-  std::string remark = {};  // a few words on it; may be empty
-};
+using completion::Candidate;
 
 struct Completion {
   size_t start = 0;                   // of the word, within the line
@@ -31,8 +30,5 @@ Completion complete_line(const std::string& line, const StateKeys& state_keys);
 std::vector<Candidate> complete_request(const std::vector<std::string>& words);
 std::vector<Candidate> complete_modem(const std::vector<std::string>& words,
                                       const StateKeys& state_keys);
-
-// Those that begin with the word.
-std::vector<Candidate> beginning_with(const std::string& word, std::vector<Candidate> candidates);
 
 }  // namespace qorextctl

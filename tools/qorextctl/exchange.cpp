@@ -62,6 +62,13 @@ void Exchange::print_unsolicited() {
   }
 }
 
+// Without an id no frame could be told from another one's.
+void Exchange::owe(const Expected& expected, bool second) {
+  if (expected.id == 0) return;
+  owed_ = expected;
+  if (second) owed_->replies = 1;
+}
+
 // A reply whose wait has ended belongs to its own request, not to the next one.
 void Exchange::print_late() {
   while (owed_) {
@@ -119,8 +126,7 @@ std::optional<DecodedFrame> Exchange::receive(const Expected& expected, bool sec
   };
   if (!pump(got_frame, -1, &deadline)) {
     no_reply(expected, second);
-    owed_ = expected;
-    if (second) owed_->replies = 1;
+    owe(expected, second);
     return std::nullopt;
   }
   DecodedFrame reply = decode_reply(expected.request, expected.form, expected.id, *frame);

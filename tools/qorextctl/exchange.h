@@ -59,6 +59,7 @@ class Exchange {
   // Nothing when no reply came, which is told already.
   std::optional<DecodedFrame> receive(const Expected& expected, bool second, Deadline deadline);
   void no_reply(const Expected& expected, bool second);
+  void owe(const Expected& expected, bool second);
   void print_late();
   void report_strays();
   template <class Done>

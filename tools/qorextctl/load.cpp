@@ -5,6 +5,7 @@
 
 #include <thread>
 
+#include "arguments.h"
 #include "load_report.h"
 #include "progress.h"
 
@@ -13,6 +14,9 @@ namespace qorextctl {
 namespace {
 
 using Clock = Deadline::Clock;
+
+// Answered by the daemon itself, with a refusal.
+const std::vector<std::string> kHarmless = {"obsolete-bb"};
 
 float milliseconds(Clock::duration time) {
   return std::chrono::duration<float, std::milli>(time).count();
@@ -29,7 +33,6 @@ class Load {
         options_(options),
         mix_(mix),
         printer_(printer),
-        limit_(Deadline::in_seconds(options.time_limit)),
         random_(options.seed),
         progress_(options.count, STDERR_FILENO) {
     printer_.share_screen_with(&progress_);
@@ -42,7 +45,15 @@ class Load {
   Load(const Load&) = delete;
   Load& operator=(const Load&) = delete;
 
+  // The daemon answers when it has found the modem: its start is no request's latency.
+  Outcome wait_until_serving() {
+    auto harmless = parse_command(kHarmless, false);
+    Outcome outcome = session_.exchange(harmless->bytes, harmless->request);
+    return outcome == Outcome::transport ? outcome : Outcome::success;
+  }
+
   LoadReport run() {
+    limit_ = Deadline::in_seconds(options_.time_limit);
     auto start = Clock::now();
     for (size_t i = 0; i < options_.count && !session_.over() && !limit_.passed(); ++i) {
       progress_.update(i);
@@ -96,7 +107,7 @@ class Load {
   const LoadOptions& options_;
   const Mix& mix_;
   Printer& printer_;
-  Deadline limit_;
+  Deadline limit_ = Deadline::in_seconds(0);  // counts from the first request
   std::mt19937 random_;
   Progress progress_;
   LoadReport report_;
@@ -114,6 +125,8 @@ Outcome run_load(Session& session, const LoadOptions& options, const Mix& mix, P
   LoadReport report;
   {
     Load load(session, options, mix, printer);
+    outcome = load.wait_until_serving();
+    if (outcome != Outcome::success) return outcome;
     report = load.run();
     outcome = load.outcome();
   }

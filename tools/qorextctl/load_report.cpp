@@ -67,6 +67,9 @@ std::vector<LoadReport::Bucket> LoadReport::histogram() const {
       ++buckets[place].count;
     }
   }
+  auto first = std::find_if(buckets.begin(), buckets.end(),
+                            [](const Bucket& bucket) { return bucket.count != 0; });
+  buckets.erase(buckets.begin(), first);
   return buckets;
 }
 

@@ -46,7 +46,7 @@ class LoadReport {
     double below;  // milliseconds
     size_t count;
   };
-  std::vector<Bucket> histogram() const;
+  std::vector<Bucket> histogram() const;  // from the first bucket that is not empty
   double rate() const;
 
   std::map<std::string, Samples> names_;

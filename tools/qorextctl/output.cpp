@@ -110,6 +110,11 @@ std::string to_text(const Items& items) {
   return text;
 }
 
+void Printer::share_screen_with(InputLine* line) {
+  std::lock_guard lock(mutex_);
+  input_line_ = line;
+}
+
 void Printer::object(const Json& object) { text(object.dump() + "\n"); }
 
 void Printer::text(const std::string& text) { write(out_, text); }

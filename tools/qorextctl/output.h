@@ -31,7 +31,7 @@ class Printer {
   void show_frames(bool show) { frames_ = show; }  // replies and unsolicited ones
 
   // What is typed meanwhile makes room for what is printed; null: nothing is.
-  void share_screen_with(InputLine* line) { input_line_ = line; }
+  void share_screen_with(InputLine* line);
 
   // `second`: the reply that follows the real one.
   void reply(const DecodedFrame& reply, bool second);

@@ -247,7 +247,7 @@ bool Session::wait_input(int fd) {
 }
 
 bool Session::resume() {
-  if (!exchange_->interrupted() || !interrupts_.take()) return false;
+  if (!interrupts_.take()) return false;
   exchange_->resume();
   return !exchange_->over();
 }

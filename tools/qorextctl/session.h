@@ -48,7 +48,7 @@ class Session {
 
   bool over() const { return exchange_->over(); }
 
-  // Goes on after a Ctrl-C, which ends no more than one wait. False: it is to end.
+  // Goes on, also after a Ctrl-C, which ends no more than one wait. False: it is to end.
   bool resume();
 
   const std::string& control() const { return setup_->control(); }

@@ -54,7 +54,7 @@ class Shell {
     while (auto line = editor_.read_line()) {
       remember(*line);
       session_.run_line(*line);
-      if (session_.over() && !session_.resume()) return;
+      if (!session_.resume()) return;
     }
   }
 
