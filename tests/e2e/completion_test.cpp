@@ -57,6 +57,9 @@ TEST(BashCompletion, OffersTheValuesOfOptions) {
 
 TEST(BashCompletion, OffersNothingWhereNothingFits) {
   EXPECT_THAT(offered("qorextctl frob"), IsEmpty());
+  EXPECT_THAT(offered("qorextctl load --count "), IsEmpty());
+  EXPECT_THAT(offered("qorextctl raw "), IsEmpty());
+  EXPECT_THAT(offered("qorextctl list get-nam "), IsEmpty());
   EXPECT_THAT(offered("qorextctl request frob x"), IsEmpty());
 }
 

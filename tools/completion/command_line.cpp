@@ -2,6 +2,7 @@
 
 #include <CLI/CLI.hpp>
 #include <algorithm>
+#include <sstream>
 
 namespace completion {
 
@@ -85,19 +86,27 @@ Candidates verbs_of(const CLI::App& app) {
   return candidates;
 }
 
-// The checks' descriptions are "FILE", "DIR" and "{a,b,c}".
+// Checks are told behind the type: "TEXT:FILE", "TEXT:DIR", "TEXT:{a,b,c}".
 Candidates values_of(const CLI::Option& option) {
   std::string type = option.get_type_name();
   size_t open = type.find('{');
   size_t close = type.find('}');
   Candidates candidates;
   if (open == std::string::npos || close == std::string::npos) {
-    if (option.get_items_expected_min() > 0) candidates.push_back({kFiles});
+    bool is_path = type.find("FILE") != std::string::npos || type.find("DIR") != std::string::npos;
+    if (is_path || (type == "TEXT" && !option.get_positional())) candidates.push_back({kFiles});
     return candidates;
   }
   std::istringstream names(type.substr(open + 1, close - open - 1));
   for (std::string name; std::getline(names, name, ',');) candidates.push_back({name});
   return candidates;
+}
+
+Candidates positionals_of(const CLI::App& verb) {
+  for (const CLI::Option* option : verb.get_options()) {
+    if (option->get_positional()) return values_of(*option);
+  }
+  return {};
 }
 
 Candidates complete(const CLI::App& app, const Words& words) {

@@ -38,8 +38,10 @@ Place place_in(const CLI::App& app, const std::vector<std::string>& words);
 std::vector<Candidate> options_at(const CLI::App& app, const Place& place);
 std::vector<Candidate> verbs_of(const CLI::App& app);
 
-// What an option's checks tell of its value: one of a set, or a file.
+// What an option's checks and type tell of its value: one of a set, or a file. A text without a
+// check may be a file too; a word behind the verb is none without a check that says so.
 std::vector<Candidate> values_of(const CLI::Option& option);
+std::vector<Candidate> positionals_of(const CLI::App& verb);
 
 // Options, verbs and options' values, for programs that take nothing else.
 std::vector<Candidate> complete(const CLI::App& app, const std::vector<std::string>& words);

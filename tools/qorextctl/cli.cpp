@@ -5,7 +5,8 @@
 #include <map>
 #include <sstream>
 
-#include "completion.h"
+#include "command_app.h"
+#include "command_line.h"
 #include "help_text.h"
 #include "help_topics.h"
 #include "modem_control.h"
@@ -29,6 +30,13 @@ const std::map<std::string, InputKind> kInputs = {
     {"unsolicited", InputKind::unsolicited},
     {"log", InputKind::log},
 };
+
+template <class T>
+std::vector<std::string> names_of(const std::map<std::string, T>& choices) {
+  std::vector<std::string> names;
+  for (const auto& [name, value] : choices) names.push_back(name);
+  return names;
+}
 
 template <class T>
 T chosen(const char* option, const std::map<std::string, T>& choices, const std::string& name) {
@@ -197,7 +205,9 @@ bool wants_json(int argc, const char* const* argv) {
   return std::find(argv, argv + argc, std::string_view("--json")) != argv + argc;
 }
 
-void add_everything(CLI::App& app, Options& options) {
+}  // namespace
+
+void describe_command_line(CLI::App& app, Options& options) {
   app.description("Drives qorext_client as the radio interface daemon does.");
   app.name("qorextctl");
   app.set_version_flag("--version", "qorextctl " QOREXT_VERSION);
@@ -207,54 +217,11 @@ void add_everything(CLI::App& app, Options& options) {
   add_verbs(app, options);
 }
 
-using completion::Candidate;
-using Candidates = std::vector<Candidate>;
-
-template <class T>
-Candidates names_of(const std::map<std::string, T>& choices) {
-  Candidates names;
-  for (const auto& [name, value] : choices) names.push_back({name});
-  return names;
-}
-
-// Those that the option's checks do not tell.
-Candidates values_of(const CLI::Option& option) {
-  std::string name = option.get_name();
-  if (name == "--color") return names_of(kColours);
-  if (name == "--as") return names_of(kInputs);
-  if (name == "--modem") return {{"qrtr"}, {"unix:"}};
-  return completion::values_of(option);
-}
-
-Candidates names_of_requests(const completion::Place& place) {
-  return place.positionals.size() == 1 ? complete_request(place.positionals) : Candidates();
-}
-
-Candidates words_of(const completion::Place& place) {
-  std::string verb = place.verb->get_name();
-  if (verb == "request") return complete_request(place.positionals);
-  if (verb == "list") return names_of_requests(place);
-  if (verb == "modem") return complete_modem(place.positionals, {});
-  if (verb == "phone") return {{"prepare"}, {"show"}};
+std::vector<std::string> choices_of(const std::string& option) {
+  if (option == "--color") return names_of(kColours);
+  if (option == "--as") return names_of(kInputs);
+  if (option == "--modem") return {"qrtr", "unix:"};
   return {};
-}
-
-}  // namespace
-
-std::string complete_command_line(const std::vector<std::string>& words) {
-  CLI::App app;
-  Options options;
-  add_everything(app, options);
-  completion::Place place = completion::place_in(app, words);
-  Candidates candidates;
-  if (place.option) {
-    candidates = values_of(*place.option);
-  } else if (!place.word.empty() && place.word.front() == '-') {
-    candidates = completion::options_at(app, place);
-  } else {
-    candidates = place.verb ? words_of(place) : completion::verbs_of(app);
-  }
-  return completion::to_text(completion::beginning_with(place.word, candidates));
 }
 
 Parsed parse_command_line(int argc, const char* const* argv) {
@@ -265,7 +232,7 @@ Parsed parse_command_line(int argc, const char* const* argv) {
     return parsed;
   }
   CLI::App app;
-  add_everything(app, parsed.options);
+  describe_command_line(app, parsed.options);
   try {
     app.parse(argc, argv);
     if (app.get_subcommands().empty()) throw CLI::RequiredError("a command");
