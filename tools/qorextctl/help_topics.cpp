@@ -30,7 +30,7 @@ std::string requests_text() {
 std::string session_lines() {
   std::string text = row("NAME [KEY=VALUE]...", "a request");
   for (const LineCommand& command : Session::commands()) text += row(command);
-  return text + row("# COMMENT", "");
+  return text + row("# COMMENT", "is passed over");
 }
 
 HelpTopic all_help() { return {nullptr, session_lines() + "requests:\n" + requests_text()}; }
