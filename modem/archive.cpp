@@ -14,8 +14,16 @@ bool holds(Sizes sizes, size_t size) { return size >= sizes.least && size <= siz
 
 }  // namespace
 
+std::string Archive::range_text(int64_t low, int64_t high) {
+  return std::to_string(low) + " to " + std::to_string(high);
+}
+
+std::string Archive::list_text(size_t most) {
+  return "at most " + std::to_string(most) + " numbers, ";
+}
+
 bool Archive::text(const char* key, std::string& value, Sizes sizes) {
-  if (!reading()) return write(key, value);
+  if (!reading()) return write(key, value, "text, " + sizes_text(sizes) + " bytes");
   const std::string* given = take_text(key);
   if (given == nullptr) return false;
   if (!holds(sizes, given->size())) refuse(key, "wants " + sizes_text(sizes) + " characters");
@@ -24,7 +32,7 @@ bool Archive::text(const char* key, std::string& value, Sizes sizes) {
 }
 
 bool Archive::digits(const char* key, std::string& value, Sizes sizes) {
-  if (!reading()) return write(key, value);
+  if (!reading()) return write(key, value, "text, " + sizes_text(sizes) + " digits");
   const std::string* given = take_text(key);
   if (given == nullptr) return false;
   bool all_digits = std::all_of(given->begin(), given->end(),
@@ -37,7 +45,9 @@ bool Archive::digits(const char* key, std::string& value, Sizes sizes) {
 }
 
 bool Archive::hex(const char* key, qmi_json::Bytes& value, Sizes sizes) {
-  if (!reading()) return write(key, qmi_json::to_hex(value));
+  if (!reading()) {
+    return write(key, qmi_json::to_hex(value), "hex text, " + sizes_text(sizes) + " bytes");
+  }
   const std::string* given = take_text(key);
   if (given == nullptr) return false;
   auto bytes = qmi_json::from_hex(*given);
@@ -48,7 +58,7 @@ bool Archive::hex(const char* key, qmi_json::Bytes& value, Sizes sizes) {
 }
 
 bool Archive::flag(const char* key, bool& value) {
-  if (!reading()) return write(key, value);
+  if (!reading()) return write(key, value, "true or false");
   const json* given = take(key);
   if (given == nullptr) return false;
   if (!given->is_boolean()) refuse(key, "wants true or false");
@@ -57,14 +67,14 @@ bool Archive::flag(const char* key, bool& value) {
 }
 
 bool Archive::raw(const char* key, json& value) {
-  if (!reading()) return write(key, value);
+  if (!reading()) return write(key, value, "any value");
   const json* given = take(key);
   if (given != nullptr) value = *given;
   return given != nullptr;
 }
 
 bool Archive::numbers(const char* key, std::vector<uint32_t>& values, size_t most) {
-  if (!reading()) return write(key, values);
+  if (!reading()) return write(key, values, list_text(most) + range_text(0, UINT32_MAX));
   const json* given = take_list(key, most);
   if (given == nullptr) return false;
   values.clear();

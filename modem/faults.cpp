@@ -136,6 +136,7 @@ void describe(Archive& archive, Fault& fault) {
   archive.number("result", fault.result);
   archive.number("error", fault.error);
   archive.number("bytes", fault.bytes);
+  if (!archive.reading()) return;
 
   if (fault.service != "any" && find_service(fault.service) == nullptr) {
     archive.refuse("service", "there is no service \"" + fault.service + "\"");

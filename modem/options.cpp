@@ -1,7 +1,10 @@
 #include "options.h"
 
+#include <fmt/format.h>
+
 #include <CLI/CLI.hpp>
 
+#include "command_line.h"
 #include "version.h"
 
 namespace modem {
@@ -52,6 +55,10 @@ std::variant<Options, int> parse_options(int argc, char** argv) {
   app.add_flag("--verbose", options.is_verbose, "one line a message on stderr");
   app.set_version_flag("--version", kVersion);
 
+  if (argc > 1 && argv[1] == completion::kVerb) {
+    fmt::print("{}", completion::to_text(completion::complete(app, {argv + 2, argv + argc})));
+    return 0;
+  }
   try {
     app.parse(argc, argv);
     options.endpoint = chosen_endpoint(listen);

@@ -27,12 +27,12 @@ void describe(Archive& archive, NvItem& item) {
   archive.require(archive.number("rde_id", item.rde_id), "rde_id");
   archive.number("record", item.record);
   archive.hex("data", item.data, up_to(kMaxItemSize));
-  if (archive.reading()) archive.flag("absent", item.is_absent);
+  if (archive.reading() || archive.telling_names()) archive.flag("absent", item.is_absent);
 }
 
 void describe_nv(Archive& archive, NvStore& nv) {
   std::vector<NvItem> items;
-  if (!archive.reading()) {
+  if (!archive.reading() && !archive.telling_names()) {
     for (const auto& [key, data] : nv.items())
       items.push_back({key.rde_id, key.record, data, false});
   }

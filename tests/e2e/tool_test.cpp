@@ -5,6 +5,7 @@
 #include <fstream>
 
 #include "command.h"
+#include "decode.h"
 #include "handset.h"
 
 namespace e2e {
@@ -145,6 +146,31 @@ TEST_F(GivenModem, GoesOnBehindAWrongLineOfASession) {
   EXPECT_THAT(result.errors, HasSubstr("line 1: "));
   EXPECT_THAT(result.output, HasSubstr("set-bsr-timer (0x020000BD): success"));
   EXPECT_EQ(handset.modem().value("state", "/state/carrier/bsr_timer"), "5");
+}
+
+TEST_F(GivenModem, TellsHowLongRequestsTake) {
+  CommandResult result =
+      run("--json load --count 200 --rate 2000 --mix nv-read:3,get-nam:1,unknown:2 --seed 5");
+  EXPECT_EQ(result.status, 0) << result.errors;
+  EXPECT_EQ(result.errors, "");
+  auto lines = lines_of(result.output);
+  ASSERT_EQ(lines.size(), 4U) << result.output;
+  size_t count = 0;
+  for (size_t i = 0; i < 3; ++i) {
+    auto object = qorextctl::Json::parse(lines[i]);
+    EXPECT_EQ(object["failed"], 0) << lines[i];
+    EXPECT_GT(object["latency_ms"]["p50"], 0) << lines[i];
+    EXPECT_GE(object["latency_ms"]["max"], object["service_ms"]["max"]) << lines[i];
+    count += object["count"].get<size_t>();
+  }
+  EXPECT_EQ(count, 200U);
+  EXPECT_EQ(qorextctl::Json::parse(lines[3])["count"], 200);
+}
+
+TEST_F(GivenModem, CountsTheFailuresOfALoad) {
+  CommandResult result = run("load --count 10 --mix-file /dev/stdin", "1 nv-read rde-id=7777\n");
+  EXPECT_EQ(result.status, 1);
+  EXPECT_THAT(result.output, HasSubstr("nv-read                      10      10"));
 }
 
 // "./dev run" plays it.

@@ -4,34 +4,16 @@
 
 #include <algorithm>
 
+#include "field_text.h"
+#include "spelling.h"
 #include "values.h"
 
 namespace qorextctl {
 
 namespace {
 
-std::string default_text(const Default& otherwise) {
-  switch (otherwise.kind) {
-    case Default::Kind::required:
-      return "required";
-    case Default::Kind::absent:
-      return "left out";
-    case Default::Kind::value:
-      return *otherwise.text ? fmt::format("default {}", otherwise.text) : "default empty";
-    case Default::Kind::length_of:
-      return fmt::format("default the length of {}", otherwise.text);
-    default:
-      return fmt::format("default {}", otherwise.text);
-  }
-}
-
 bool is_required(const Argument& argument) {
   return argument.otherwise.kind == Default::Kind::required;
-}
-
-std::string any_or_id(const Request& request) {
-  if (request.id == 0 || request.id == kCdmaIds) return "any";
-  return id_text(family_of(request), request.id);
 }
 
 // "rde-id= [record=] ...": optional ones in brackets.
@@ -54,6 +36,20 @@ std::string argument_row(const Argument& argument) {
                      argument.help, describe(argument), default_text(argument.otherwise));
 }
 
+std::string field_row(const char* indent, const Field& field) {
+  return fmt::format("{}{:<20} {}\n", indent, field.name, type_text(field));
+}
+
+// The data of a reply that is a success.
+std::string reply_text(const Layout& layout) {
+  std::string text = "reply:\n";
+  for (const Field& field : layout.fields) text += field_row("  ", field);
+  if (!layout.group) return text;
+  text += fmt::format("  {:<20} {}\n", layout.group->name, type_text(*layout.group));
+  for (const Field& field : layout.group->fields) text += field_row("    ", field);
+  return text;
+}
+
 std::string details(const Request& request) {
   std::string text = row(request);
   for (const Argument& argument : request.payload.arguments) text += argument_row(argument);
@@ -61,10 +57,51 @@ std::string details(const Request& request) {
     text += fmt::format("  {:<16} {}\n",
                         "json=", "a JSON record with any of these; - is standard input");
   }
-  return text;
+  return request.reply.layout ? text + reply_text(*request.reply.layout) : text;
+}
+
+Json fields_json(std::span<const Field> fields) {
+  Json all = Json::array();
+  for (const Field& field : fields) {
+    all.push_back({{"name", json_key(field.name)}, {"type", type_text(field)}});
+  }
+  return all;
+}
+
+// Under the names that the fields of a decoded reply have.
+Json reply_json(const Request& request) {
+  if (!request.reply.layout) return Json::array();
+  Json all = fields_json(request.reply.layout->fields);
+  const Group* group = request.reply.layout->group;
+  if (group) {
+    all.push_back({{"name", group->name},
+                   {"type", type_text(*group)},
+                   {"fields", fields_json(group->fields)}});
+  }
+  return all;
 }
 
 }  // namespace
+
+std::string default_text(const Default& otherwise) {
+  switch (otherwise.kind) {
+    case Default::Kind::required:
+      return "required";
+    case Default::Kind::absent:
+      return "left out";
+    case Default::Kind::value:
+      return *otherwise.text ? fmt::format("default {}", otherwise.text) : "default empty";
+    case Default::Kind::length_of:
+      return fmt::format("default the length of {}", otherwise.text);
+    default:
+      return fmt::format("default {}", otherwise.text);
+  }
+}
+
+std::string any_or_id(const Request& request) {
+  if (request.id == 0 || request.id == kCdmaIds) return "any";
+  return id_text(family_of(request), request.id);
+}
 
 std::string catalogue_text(const std::vector<const Request*>& requests) {
   if (requests.size() == 1) return details(*requests[0]);
@@ -92,6 +129,7 @@ Json catalogue_json(const Request& request) {
           {"description", request.description},
           {"arguments", arguments},
           {"json_record", request.payload.takes_record},
+          {"reply_fields", reply_json(request)},
           {"replies", request.reply.second == Second::none ? 1 : 2}};
 }
 

@@ -5,7 +5,10 @@
 #include <map>
 #include <sstream>
 
+#include "command_app.h"
+#include "command_line.h"
 #include "help_text.h"
+#include "help_topics.h"
 #include "modem_control.h"
 #include "modem_options.h"
 
@@ -27,6 +30,13 @@ const std::map<std::string, InputKind> kInputs = {
     {"unsolicited", InputKind::unsolicited},
     {"log", InputKind::log},
 };
+
+template <class T>
+std::vector<std::string> names_of(const std::map<std::string, T>& choices) {
+  std::vector<std::string> names;
+  for (const auto& [name, value] : choices) names.push_back(name);
+  return names;
+}
 
 template <class T>
 T chosen(const char* option, const std::map<std::string, T>& choices, const std::string& name) {
@@ -163,6 +173,29 @@ void add_recordings(CLI::App& app, Options& options) {
       ->default_str("-");
 }
 
+void add_load(CLI::App& app, LoadOptions& load, Options& options) {
+  constexpr size_t kMostRequests = 10'000'000;
+  constexpr double kMostRate = 1'000'000;
+  constexpr double kMostSeconds = 86400;
+  CLI::App* verb =
+      add_verb(app, options, Verb::load, "load", "many requests at a given rate", kLoadExamples);
+  verb->add_option("--count", load.count, "requests to send")
+      ->check(CLI::Range(size_t{1}, kMostRequests))
+      ->capture_default_str();
+  verb->add_option("--rate", load.rate, "requests a second; 0 sends one behind the other")
+      ->check(CLI::Range(0.0, kMostRate))
+      ->capture_default_str();
+  auto* mix =
+      verb->add_option("--mix", load.mix, "NAME[:WEIGHT],... of requests")->capture_default_str();
+  verb->add_option("--mix-file", load.mix_file, "lines of a weight and a session's line")
+      ->check(CLI::ExistingFile)
+      ->excludes(mix);
+  verb->add_option("--seed", load.seed, "of the choice of requests")->capture_default_str();
+  verb->add_option("--time-limit", load.time_limit, "seconds for the whole run")
+      ->check(CLI::Range(0.001, kMostSeconds))
+      ->capture_default_str();
+}
+
 void add_verbs(CLI::App& app, Options& options) {
   add_verb(app, options, Verb::request, "request", "send one request and show its reply",
            kRequestExamples)
@@ -173,13 +206,16 @@ void add_verbs(CLI::App& app, Options& options) {
       ->add_option("words", options.words, "HEX...")
       ->required();
   add_verb(app, options, Verb::session, "session", "requests from standard input, one a line",
-           kSessionExamples);
+           "lines:\n" + session_lines() + kSessionExamples);
+  add_verb(app, options, Verb::shell, "shell", "a session at a terminal, with completion",
+           kShellKeys + ("lines:\n" + session_lines()) + kShellExamples);
   add_recordings(app, options);
   add_verb(app, options, Verb::list, "list", "all requests, or one with its arguments",
            kListExamples)
       ->add_option("words", options.words, "[NAME]")
       ->expected(0, 1);
   add_decode(app, options);
+  add_load(app, options.load, options);
   add_phone(app, options);
   CLI::App* modem = add_verb(app, options, Verb::modem, "modem", "ask a modem's control socket",
                              "commands:\n" + modem_command_help() + "\n" + kModemExamples);
@@ -194,14 +230,32 @@ bool wants_json(int argc, const char* const* argv) {
 
 }  // namespace
 
-Parsed parse_command_line(int argc, const char* const* argv) {
-  Parsed parsed;
-  CLI::App app("Drives qorext_client as the radio interface daemon does.", "qorextctl");
+void describe_command_line(CLI::App& app, Options& options) {
+  app.description("Drives qorext_client as the radio interface daemon does.");
+  app.name("qorextctl");
   app.set_version_flag("--version", "qorextctl " QOREXT_VERSION);
   app.footer(std::string(kExamples) + kExitStatuses);
   app.require_subcommand(0, 1);
-  add_shared_options(app, parsed.options);
-  add_verbs(app, parsed.options);
+  add_shared_options(app, options);
+  add_verbs(app, options);
+}
+
+std::vector<std::string> choices_of(const std::string& option) {
+  if (option == "--color") return names_of(kColours);
+  if (option == "--as") return names_of(kInputs);
+  if (option == "--modem") return {"qrtr", "unix:"};
+  return {};
+}
+
+Parsed parse_command_line(int argc, const char* const* argv) {
+  Parsed parsed;
+  if (argc > 1 && argv[1] == completion::kVerb) {
+    parsed.text = complete_command_line({argv + 2, argv + argc});
+    parsed.is_text = true;
+    return parsed;
+  }
+  CLI::App app;
+  describe_command_line(app, parsed.options);
   try {
     app.parse(argc, argv);
     if (app.get_subcommands().empty()) throw CLI::RequiredError("a command");
@@ -212,6 +266,7 @@ Parsed parse_command_line(int argc, const char* const* argv) {
     std::ostringstream text;
     if (app.exit(error, text, text) == 0) {
       parsed.text = text.str();
+      parsed.is_text = true;
     } else {
       parsed.error = usage_error(std::string(error.what()) + " (see: qorextctl --help)");
     }

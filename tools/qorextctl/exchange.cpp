@@ -32,19 +32,22 @@ Expected expect_reply(View request, const Request* named) {
 }
 
 // Handles what comes until `done` says so or `extra_fd` is readable (true), or until the daemon has
-// ended, the user wants an end or the time has passed (false).
+// ended, the user wants an end or the time has passed (false). Asks `done` again after `most_ms`.
 template <class Done>
-bool Exchange::pump(Done done, int extra_fd, const Deadline* deadline) {
+bool Exchange::pump(Done done, int extra_fd, const Deadline* deadline, int most_ms) {
   for (;;) {
     print_unsolicited();
+    print_late();
     if (done()) return true;
     if (over()) return false;
     pollfd entries[] = {{open_fd(daemon_.replies()), POLLIN, 0},
                         {open_fd(daemon_.unsolicited()), POLLIN, 0},
                         {extra_fd, POLLIN, 0},
                         {interrupt_fd_, POLLIN, 0}};
-    int ready = poll(entries, std::size(entries), deadline ? deadline->remaining_ms() : -1);
-    if (ready == 0) return false;
+    int time = deadline ? deadline->remaining_ms() : -1;
+    bool is_last = most_ms < 0 || time <= most_ms;
+    int ready = poll(entries, std::size(entries), is_last ? time : most_ms);
+    if (ready == 0 && is_last) return false;
     if (entries[0].revents != 0) daemon_.replies().read_available();
     interrupted_ = entries[3].revents != 0;
     if (entries[2].revents != 0) return true;
@@ -60,8 +63,30 @@ void Exchange::print_unsolicited() {
   }
 }
 
+// Without an id no frame could be told from another one's.
+void Exchange::owe(const Expected& expected, bool second) {
+  if (expected.id == 0) return;
+  owed_ = expected;
+  if (second) owed_->replies = 1;
+}
+
+// A reply whose wait has ended belongs to its own request, not to the next one.
+void Exchange::print_late() {
+  while (owed_) {
+    View come = daemon_.replies().pending();
+    auto size = reply_size(come, owed_->form);
+    if (!size || *size > come.size()) return;
+    DecodedFrame late = decode_reply(owed_->request, owed_->form, owed_->id, part(come, 0, *size));
+    if (!late.problems.empty()) return;
+    daemon_.replies().take([&](View) { return size; });
+    printer_.late_reply(late);
+    if (--owed_->replies == 0) owed_.reset();
+  }
+}
+
 void Exchange::report_strays() {
   daemon_.replies().read_available();
+  print_late();
   Bytes strays = daemon_.replies().take_all();
   if (strays.empty()) return;
   tell(FrameKind::reply, strays);
@@ -72,10 +97,13 @@ void Exchange::report_strays() {
 Outcome Exchange::run(View request, const Request* named) {
   Expected expected = expect_reply(request, named);
   report_strays();
-  if (!daemon_.wait_taken(Deadline::in_seconds(timeout_))) {
-    printer_.error(transport_error(
-        fmt::format("{} is not sent: the daemon has not read the request before it within {} s",
-                    named_or_id(expected), timeout_)));
+  bool taken = wait_until([&] { return daemon_.wait_taken(Deadline::in_seconds(0)); },
+                          Deadline::in_seconds(timeout_));
+  if (!taken) {
+    std::string why =
+        fmt::format("the daemon has not read the request before it within {} s", timeout_);
+    printer_.error(transport_error(fmt::format("{} is not sent: {}", named_or_id(expected),
+                                               interrupted_ ? "interrupted" : why)));
     return Outcome::transport;
   }
   tell(FrameKind::request, request);
@@ -101,6 +129,7 @@ std::optional<DecodedFrame> Exchange::receive(const Expected& expected, bool sec
   };
   if (!pump(got_frame, -1, &deadline)) {
     no_reply(expected, second);
+    owe(expected, second);
     return std::nullopt;
   }
   tell(FrameKind::reply, *frame);
@@ -135,6 +164,11 @@ Outcome Exchange::wait_unsolicited(size_t count, double seconds) {
   }
   unsolicited_ -= std::min(unsolicited_, count);
   return came ? Outcome::success : Outcome::transport;
+}
+
+bool Exchange::wait_until(const std::function<bool()>& done, Deadline deadline) {
+  constexpr int kPauseMs = 5;
+  return pump(done, -1, &deadline, kPauseMs);
 }
 
 void Exchange::wait_readable(int fd) {

@@ -47,11 +47,19 @@ class Exchange {
   // Prints unsolicited frames until the descriptor is readable or the daemon has ended.
   void wait_readable(int fd);
 
+  // Prints what comes until `done` says so. False when the time has passed before, the daemon has
+  // ended or the user wants an end.
+  bool wait_until(const std::function<bool()>& done, Deadline deadline);
+
   // Closes the request pipe and prints what is left and how the daemon ended.
   Outcome finish(bool print_exit);
 
   // The daemon has gone, or the user wants an end.
   bool over() const { return interrupted_ || daemon_.replies().ended(); }
+
+  // Whether the user wants an end; resume() takes it as meant for the wait that it has ended only.
+  bool interrupted() const { return interrupted_; }
+  void resume() { interrupted_ = false; }
 
  private:
   // Nothing when no reply came, which is told already.
@@ -60,9 +68,11 @@ class Exchange {
     if (listener_) listener_(kind, frame);
   }
   void no_reply(const Expected& expected, bool second);
+  void owe(const Expected& expected, bool second);
+  void print_late();
   void report_strays();
   template <class Done>
-  bool pump(Done done, int extra_fd, const Deadline* deadline);
+  bool pump(Done done, int extra_fd, const Deadline* deadline, int most_ms = -1);
 
   Daemon& daemon_;
   Printer& printer_;
@@ -70,7 +80,8 @@ class Exchange {
   int interrupt_fd_;
   FrameListener listener_;
   bool interrupted_ = false;
-  size_t unsolicited_ = 0;  // not counted by a wait
+  size_t unsolicited_ = 0;        // not counted by a wait
+  std::optional<Expected> owed_;  // the last one that nobody waits for any more
 };
 
 }  // namespace qorextctl

@@ -22,6 +22,8 @@ constexpr const char* kExamples = R"(examples:
   qorextctl decode 07000002 0000000000000000 000000000000
   adb logcat -d | qorextctl decode                    a log with what its hex dumps hold
   printf 'modem indicate notify\nwait-unsol\n' | qorextctl session
+  qorextctl shell                                     the same typed, with completion
+  qorextctl load --count 10000 --rate 500             how long requests take
   echo tune data=0A0B | qorextctl record --output tune.jsonl   all that is exchanged, in a file
   qorextctl replay tune.jsonl                         and once more: what is different?
   qorextctl trace tune.jsonl --output tune.trace.json and as a timeline
@@ -44,17 +46,7 @@ constexpr const char* kRawExamples = R"(examples:
   qorextctl raw 01:05:00:19:00:00:00:00
 )";
 
-constexpr const char* kSessionExamples = R"(lines:
-  NAME [KEY=VALUE]...                     a request
-  raw HEX...                              bytes as they are
-  modem COMMAND...                        a command to the modem's control socket
-  wait-unsol [N] [SECONDS]                until N unsolicited frames have come
-  wait-property NAME VALUE [SECONDS]      until the property has the value
-  wait-log TEXT [N] [SECONDS]             until N lines of the daemon's log hold the text
-  phone show                              what lies in the phone's root
-  expect-failure LINE                     a failure is a success then
-  # COMMENT
-
+constexpr const char* kSessionExamples = R"(
 examples:
   printf 'set-bsr-timer timer=77\nget-bsr-timer\n' | qorextctl session
   qorextctl --json --log session < requests.txt
@@ -76,6 +68,25 @@ constexpr const char* kReplayExamples = R"(examples:
 constexpr const char* kTraceExamples = R"(examples:
   qorextctl trace nam.jsonl --output nam.trace.json    open it in https://ui.perfetto.dev
   qorextctl trace nam.jsonl | jq '.traceEvents | length'
+)";
+
+constexpr const char* kShellKeys = R"(keys:
+  Tab                                     completes names, arguments and values, or lists them
+  Up, Down, Ctrl-R                        earlier lines, also of earlier runs
+  Ctrl-C                                  clears the line, or ends what is waited for
+  Ctrl-D                                  ends the daemon and the shell
+
+)";
+
+constexpr const char* kShellExamples = R"(
+examples:
+  qorextctl shell
+  qorextctl --log --modem unix:/run/m.sock --control /run/c.sock shell
+)";
+
+constexpr const char* kLoadExamples = R"(examples:
+  qorextctl load --count 10000 --rate 500 --mix nv-read:3,get-nam:1,unknown:2
+  qorextctl load --count 10000 --mix-file mix.txt --seed 7 --json
 )";
 
 constexpr const char* kListExamples = R"(examples:

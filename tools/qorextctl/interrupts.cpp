@@ -13,11 +13,18 @@ Interrupts::Interrupts() {
   fd_ = UniqueFd(signalfd(-1, &signals, SFD_CLOEXEC | SFD_NONBLOCK));
 }
 
-// A signal that came is taken, not delivered late.
-Interrupts::~Interrupts() {
+bool Interrupts::take() const {
+  bool harmless = true;
   signalfd_siginfo taken{};
   while (read(fd_.get(), &taken, sizeof taken) > 0) {
+    harmless = harmless && taken.ssi_signo == SIGINT;
   }
+  return harmless;
+}
+
+// A signal that came is taken, not delivered late.
+Interrupts::~Interrupts() {
+  take();
   pthread_sigmask(SIG_SETMASK, &before_, nullptr);
 }
 

@@ -17,6 +17,9 @@ class Interrupts {
 
   int fd() const { return fd_.get(); }
 
+  // Takes what has come. Whether it is nothing more than Ctrl-C at the terminal.
+  bool take() const;
+
  private:
   sigset_t before_{};
   UniqueFd fd_;

@@ -15,7 +15,7 @@ int run_parsed(const qorextctl::Parsed& parsed, qorextctl::Printer& printer) {
     printer.error(*parsed.error);
     return static_cast<int>(parsed.error->outcome);
   }
-  if (parsed.text.empty()) return qorextctl::run(parsed.options, printer);
+  if (!parsed.is_text) return qorextctl::run(parsed.options, printer);
   std::cout << parsed.text;
   return 0;
 }

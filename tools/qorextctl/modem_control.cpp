@@ -62,10 +62,11 @@ Result<std::string> ModemControl::receive_line(Deadline deadline) {
       rest_.erase(0, end + 1);
       return line;
     }
-    pollfd entry{socket_.get(), POLLIN, 0};
-    int ready = poll(&entry, 1, deadline.remaining_ms());
+    pollfd entries[] = {{socket_.get(), POLLIN, 0}, {interrupt_fd_, POLLIN, 0}};
+    int ready = poll(entries, std::size(entries), deadline.remaining_ms());
     if (ready == 0) return unreachable(path_, "no answer in time");
     if (ready < 0) continue;
+    if (entries[1].revents != 0) return transport_error("modem: interrupted");
     char buffer[65536];
     ssize_t size = recv(socket_.get(), buffer, sizeof buffer, 0);
     if (size == 0 || (size < 0 && errno != EINTR)) return unreachable(path_, "the modem has gone");

@@ -17,6 +17,13 @@ namespace qorextctl {
 // A word that begins with '{' is taken as the whole object.
 Result<Json> modem_command(std::span<const std::string> words);
 
+struct ModemCommand {
+  const char* name;
+  const char* arguments;
+  const char* help;
+};
+std::vector<ModemCommand> modem_commands();
+
 // One line a command, for --help.
 std::string modem_command_help();
 
@@ -25,6 +32,9 @@ class ModemControl {
   // Also sending takes no longer than `seconds`, where the modem does not read.
   static Result<ModemControl> connect(const std::string& path,
                                       double seconds = kDefaultTimeoutSeconds);
+
+  // A readable `interrupt_fd` ends the waits for answers.
+  void watch(int interrupt_fd) { interrupt_fd_ = interrupt_fd; }
 
   // The modem's answer, whatever it says: {"ok":true,...} or {"ok":false,"error":"..."}.
   Result<Json> call(const Json& command, Deadline deadline);
@@ -40,6 +50,7 @@ class ModemControl {
 
   UniqueFd socket_;
   std::string path_;
+  int interrupt_fd_ = -1;
   std::string rest_;  // received behind the last line
   std::vector<Json> told_;
 };

@@ -209,11 +209,17 @@ Result<Json> modem_command(std::span<const std::string> words) {
       fmt::format("modem: unknown command '{}' (see: qorextctl modem --help)", words[0]));
 }
 
+std::vector<ModemCommand> modem_commands() {
+  std::vector<ModemCommand> all;
+  for (const CommandRow& row : kCommands) all.push_back({row.name, row.arguments, row.help});
+  return all;
+}
+
 std::string modem_command_help() {
   std::string text;
-  for (const CommandRow& row : kCommands) {
-    std::string usage = fmt::format("{} {}", row.name, row.arguments);
-    text += fmt::format("  {:<60} {}\n", usage, row.help);
+  for (const ModemCommand& command : modem_commands()) {
+    std::string usage = fmt::format("{} {}", command.name, command.arguments);
+    text += fmt::format("  {:<60} {}\n", usage, command.help);
   }
   return text;
 }

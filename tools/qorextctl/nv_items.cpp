@@ -66,6 +66,8 @@ constexpr NvItem kItems[] = {
 
 }  // namespace
 
+std::span<const NvItem> known_nv_items() { return kItems; }
+
 const NvItem* find_nv_item(uint32_t id) {
   for (const NvItem& item : kItems) {
     if (item.id == id) return &item;

@@ -13,6 +13,8 @@ struct NvItem {
   Layout layout;
 };
 
+std::span<const NvItem> known_nv_items();
+
 // Null when the content is not known.
 const NvItem* find_nv_item(uint32_t id);
 

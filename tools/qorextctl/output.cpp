@@ -110,11 +110,20 @@ std::string to_text(const Items& items) {
   return text;
 }
 
+void Printer::share_screen_with(InputLine* line) {
+  std::lock_guard lock(mutex_);
+  input_line_ = line;
+}
+
 void Printer::object(const Json& object) { text(object.dump() + "\n"); }
 
-void Printer::text(const std::string& text) {
+void Printer::text(const std::string& text) { write(out_, text); }
+
+void Printer::write(std::ostream& stream, const std::string& text) {
   std::lock_guard lock(mutex_);
-  out_ << text << std::flush;
+  if (input_line_) input_line_->hide();
+  stream << text << std::flush;
+  if (input_line_) input_line_->show();
 }
 
 // The status of an unsolicited frame is worth a word only when it is none of success.
@@ -153,13 +162,23 @@ void Printer::frame(const std::string& title, const DecodedFrame& frame) {
 }
 
 void Printer::reply(const DecodedFrame& reply, bool second) {
+  if (!frames_) return;
   if (!json_) return frame(summary(reply, second ? ", second reply" : "", true), reply);
   Json members = to_json(reply);
   members["second"] = second;
   object(typed("reply", members));
 }
 
+void Printer::late_reply(const DecodedFrame& reply) {
+  if (!frames_) return;
+  if (!json_) return frame(summary(reply, ", late reply", true), reply);
+  Json members = to_json(reply);
+  members["late"] = true;
+  object(typed("reply", members));
+}
+
 void Printer::unsolicited(const DecodedFrame& message) {
+  if (!frames_) return;
   if (!json_) return frame("unsolicited " + summary(message, "", false), message);
   object(typed("unsolicited", to_json(message)));
 }
@@ -221,19 +240,26 @@ void Printer::request_list(const std::vector<const Request*>& requests) {
   for (const Request* request : requests) object(typed("request", catalogue_json(*request)));
 }
 
+void Printer::help(const HelpTopic& topic) {
+  if (!json_) return text(topic.text);
+  if (topic.request) return request_list({topic.request});
+  object(typed("help", {{"text", topic.text}}));
+}
+
+void Printer::load(const LoadReport& report) {
+  if (!json_) return text(report.text());
+  for (const Json& part : report.objects()) object(part);
+}
+
 void Printer::error(const Error& error) {
   if (json_) {
     object(typed("error", {{"outcome", static_cast<int>(error.outcome)},
                            {"message", printable(error.message)}}));
   }
-  std::lock_guard lock(mutex_);
-  err_ << err_colours_.bad("qorextctl:") << " " << error.message << std::endl;
+  write(err_, err_colours_.bad("qorextctl:") + " " + error.message + "\n");
 }
 
-void Printer::log_line(const std::string& line) {
-  std::lock_guard lock(mutex_);
-  err_ << line << std::endl;
-}
+void Printer::log_line(const std::string& line) { write(err_, line + "\n"); }
 
 void Printer::log_tail(const std::string& title, const std::vector<std::string>& lines) {
   if (lines.empty()) return;

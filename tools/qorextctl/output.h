@@ -9,6 +9,9 @@
 
 #include "colour.h"
 #include "frame_kind.h"
+#include "help_topics.h"
+#include "input_line.h"
+#include "load_report.h"
 #include "log_dumps.h"
 #include "process.h"
 #include "result.h"
@@ -25,8 +28,15 @@ class Printer {
     err_colours_ = err;
   }
 
+  void show_frames(bool show) { frames_ = show; }  // replies and unsolicited ones
+
+  // What is typed meanwhile makes room for what is printed; null: nothing is.
+  void share_screen_with(InputLine* line);
+
   // `second`: the reply that follows the real one.
   void reply(const DecodedFrame& reply, bool second);
+  // Of a request whose wait has ended before.
+  void late_reply(const DecodedFrame& reply);
   void unsolicited(const DecodedFrame& message);
   // A frame that was given, not exchanged.
   void decoded(FrameKind kind, const DecodedFrame& frame);
@@ -39,6 +49,8 @@ class Printer {
   // One result: the object where JSON is wanted, else the text.
   void result(const Json& object, const std::string& text);
   void request_list(const std::vector<const Request*>& requests);
+  void help(const HelpTopic& topic);
+  void load(const LoadReport& report);
   void error(const Error& error);
   void log_line(const std::string& line);
   // The end of a log, for a person who asks why something failed.
@@ -51,13 +63,16 @@ class Printer {
   void frame(const std::string& title, const DecodedFrame& frame);
   void object(const Json& object);
   void text(const std::string& text);
+  void write(std::ostream& stream, const std::string& text);
 
   std::ostream& out_;
   std::ostream& err_;
   bool json_;
   bool hex_ = false;
+  bool frames_ = true;
   Colours out_colours_;
   Colours err_colours_;
+  InputLine* input_line_ = nullptr;
   std::mutex mutex_;
 };
 

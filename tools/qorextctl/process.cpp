@@ -64,6 +64,7 @@ void restore_signals() {
 
 [[noreturn]] void run_child(const Launch& launch, const Image& image, int report, int null) {
   prctl(PR_SET_PDEATHSIG, SIGTERM);
+  setpgid(0, 0);  // Ctrl-C at the terminal is meant for this program, which may well go on
   restore_signals();
   dup2(null, STDIN_FILENO);
   if (launch.output >= 0) {

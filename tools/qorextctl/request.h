@@ -36,7 +36,13 @@ struct Argument {
   uint32_t least = 0;  // value of a number, length of bytes, text and lists
   uint32_t most = 0;   // 0: what the type holds
   Place place = Place::payload;
+  const char* choices = "";  // values worth offering, blanks between them
 };
+
+constexpr Argument offering(const char* choices, Argument argument) {
+  argument.choices = choices;
+  return argument;
+}
 
 // A reply's data, or an unsolicited message's.
 struct Group {

@@ -10,7 +10,9 @@ constexpr uint16_t kTotSize = 2 + 4 * kTotEntries;
 constexpr uint32_t kAkeySize = 26;
 constexpr uint32_t kBc10Id = 0x020000B0;
 
-constexpr Argument kStatus[] = {{i32("status", 0), kRequired, "1 enables, 0 disables"}};
+constexpr Argument kStatus[] = {
+    offering("1 0", {i32("status", 0), kRequired, "1 enables, 0 disables"}),
+};
 constexpr Argument kRoamingList[] = {
     {u32("size", 0), length_of("data"), "bytes in the segment"},
     {counted(hex("data", 4), "size"), kRequired,
@@ -18,7 +20,9 @@ constexpr Argument kRoamingList[] = {
 };
 constexpr Argument kProfile[] = {{i32("profile", 0), kRequired, "profile number"}};
 constexpr Argument kResetFlag[] = {{u8("flag", 0), kAbsent, "kind of reset; without it 255"}};
-constexpr Argument kDdtm[] = {{u8("ddtm", 0), kRequired, "1 enables, 0 disables"}};
+constexpr Argument kDdtm[] = {
+    offering("1 0", {u8("ddtm", 0), kRequired, "1 enables, 0 disables"}),
+};
 constexpr Argument kTimer[] = {{u32("timer", 0), kRequired, "timer value"}};
 constexpr Argument kLteOption[] = {{hex("data", 0), kRequired, "the option's bytes"}};
 constexpr Argument kTot[] = {

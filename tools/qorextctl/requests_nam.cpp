@@ -46,7 +46,7 @@ constexpr Argument kSetNam[] = {
     {kPrimaryB, value("384"), "primary channel, system B", 0, kMost16Bit},
     {kSecondaryA, value("691"), "secondary channel, system A", 0, kMost16Bit},
     {kSecondaryB, value("777"), "secondary channel, system B", 0, kMost16Bit},
-    {kVocoder, value("0"), "vocoder code, 0 to 6"},
+    offering("0 1 2 3 4 5 6", {kVocoder, value("0"), "vocoder code, 0 to 6"}),
     {kImsiTMcc, value("310"), "IMSI_T country code", 3, 3},
     {kImsiT, value("310000000000000"), "IMSI_T", 15, 15},
     {kOverloadClass, value("0"), "access overload class", 0, 255},

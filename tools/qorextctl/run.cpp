@@ -3,10 +3,12 @@
 
 #include "arguments.h"
 #include "decode_input.h"
+#include "load.h"
 #include "phone_report.h"
 #include "recorder.h"
 #include "replay.h"
 #include "session.h"
+#include "shell.h"
 #include "trace.h"
 
 namespace qorextctl {
@@ -41,7 +43,8 @@ Outcome run_raw(const Options& options, Printer& printer) {
 Outcome run_session(const Options& options, Printer& printer) {
   auto session = Session::start(options, printer);
   if (!session) return fail(printer, session.error());
-  Outcome outcome = (*session)->run_lines(STDIN_FILENO);
+  bool is_shell = options.verb == Verb::shell;
+  Outcome outcome = is_shell ? run_shell(**session, printer) : (*session)->run_lines(STDIN_FILENO);
   return (*session)->finish(outcome, true);
 }
 
@@ -64,6 +67,15 @@ Outcome run_record(const Options& options, Printer& printer) {
   outcome = (*session)->finish(outcome, true);
   show_summary(options, (*recorder)->recording(), printer);
   return outcome;
+}
+
+Outcome run_load(const Options& options, Printer& printer) {
+  auto mix = mix_of(options.load);
+  if (!mix) return fail(printer, mix.error());
+  auto session = Session::start(options, printer);
+  if (!session) return fail(printer, session.error());
+  Outcome outcome = run_load(**session, options.load, *mix, printer);
+  return (*session)->finish(outcome, false);
 }
 
 Outcome run_list(const Options& options, Printer& printer) {
@@ -97,7 +109,10 @@ Outcome dispatch(const Options& options, Printer& printer) {
     case Verb::raw:
       return run_raw(options, printer);
     case Verb::session:
+    case Verb::shell:
       return run_session(options, printer);
+    case Verb::load:
+      return run_load(options, printer);
     case Verb::decode:
       return decode_input(options.words, options.decode, options.show_personal, printer);
     case Verb::record:

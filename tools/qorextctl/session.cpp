@@ -7,6 +7,7 @@
 #include <cerrno>
 
 #include "arguments.h"
+#include "help_topics.h"
 #include "launch.h"
 #include "modem_control.h"
 #include "modem_wait.h"
@@ -30,6 +31,30 @@ std::optional<double> parse_seconds(const std::string& text) {
 }
 
 }  // namespace
+
+struct Session::Line {
+  LineCommand command;
+  Outcome (Session::*run)(const std::vector<std::string>& words);
+};
+
+// clang-format off
+const Session::Line Session::kLines[] = {
+    {{"raw", "HEX...", "bytes as they are"}, &Session::send_raw},
+    {{"modem", "COMMAND...", "a command to the modem's control socket"}, &Session::ask_modem},
+    {{"wait-unsol", "[N] [SECONDS]", "until N unsolicited frames have come"}, &Session::wait_unsolicited},
+    {{"wait-property", "NAME VALUE [SECONDS]", "until the property has the value"}, &Session::wait_property},
+    {{"wait-log", "TEXT [N] [SECONDS]", "until N lines of the daemon's log hold the text"}, &Session::wait_log},
+    {{"phone", "show", "what lies in the phone's root"}, &Session::show_phone},
+    {{"expect-failure", "LINE", "a failure is a success then"}, &Session::expect_failure},
+    {{"help", "[NAME]", "all lines, or a request's arguments and its reply's fields"}, &Session::help},
+};
+// clang-format on
+
+std::vector<LineCommand> Session::commands() {
+  std::vector<LineCommand> all;
+  for (const Line& line : kLines) all.push_back(line.command);
+  return all;
+}
 
 Result<std::unique_ptr<Session>> Session::start(const Options& options, Printer& printer,
                                                 Recorder* recorder) {
@@ -99,18 +124,24 @@ Outcome Session::run_line(const std::string& line) {
 
 Outcome Session::run_words(const std::vector<std::string>& words) {
   std::vector<std::string> behind(words.begin() + 1, words.end());
-  if (words[0] == "expect-failure") return expect_failure(behind);
-  if (words[0] == "wait-unsol") return wait_unsolicited(behind);
-  if (words[0] == "wait-property") return wait_property(behind);
-  if (words[0] == "wait-log") return wait_log(behind);
-  if (words[0] == "phone") return show_phone(behind);
-  if (words[0] == "modem") return ask_modem(behind);
-  if (words[0] == "raw") {
-    auto bytes = parse_raw(behind);
-    return bytes ? send(*bytes, nullptr) : complain(bytes.error());
+  for (const Line& line : kLines) {
+    if (words[0] == line.command.name) return (this->*line.run)(behind);
   }
   auto command = parse_command(words, false);
   return command ? send(command->bytes, command->request) : complain(command.error());
+}
+
+Outcome Session::send_raw(const std::vector<std::string>& words) {
+  auto bytes = parse_raw(words);
+  return bytes ? send(*bytes, nullptr) : complain(bytes.error());
+}
+
+Outcome Session::help(const std::vector<std::string>& words) {
+  if (words.size() > 1) return complain(usage_error("help: give one name, or none"));
+  auto topic = words.empty() ? all_help() : help_on(words[0]);
+  if (!topic) return complain(topic.error());
+  printer_.help(*topic);
+  return Outcome::success;
 }
 
 Outcome Session::expect_failure(const std::vector<std::string>& words) {
@@ -127,7 +158,7 @@ Outcome Session::expect_failure(const std::vector<std::string>& words) {
 }
 
 Outcome Session::ask_modem(const std::vector<std::string>& words) {
-  auto outcome = run_modem(words, setup_->control(), options_.timeout, printer_);
+  auto outcome = run_modem(words, setup_->control(), options_.timeout, printer_, interrupts_.fd());
   return outcome ? *outcome : complain(outcome.error());
 }
 
@@ -146,9 +177,12 @@ Outcome Session::wait_property(const std::vector<std::string>& words) {
   if (words.size() < 2 || words.size() > 3 || !seconds) {
     return complain(usage_error("wait-property: give a name, a value and a number of seconds"));
   }
-  auto value =
-      wait_for_property(setup_->phone_root(), words[0], words[1], Deadline::in_seconds(*seconds));
-  if (value == words[1]) {
+  std::optional<std::string> value;
+  auto has_value = [&] {
+    value = read_property(setup_->phone_root(), words[0]);
+    return value == words[1];
+  };
+  if (exchange_->wait_until(has_value, Deadline::in_seconds(*seconds))) {
     printer_.property(words[0], words[1]);
     return Outcome::success;
   }
@@ -164,14 +198,26 @@ Outcome Session::wait_log(const std::vector<std::string>& words) {
   }
   Deadline deadline = Deadline::in_seconds(*seconds);
   for (int64_t come = 0; come < *count; ++come) {
-    auto found = daemon_->log().find(words[0], next_log_line_, deadline);
-    if (!found) {
+    if (!find_in_log(words[0], deadline)) {
       return judged(complain(transport_error(
           fmt::format("{} of {} lines with '{}' came in the log", come, *count, words[0]))));
     }
-    next_log_line_ = *found + 1;
   }
   return Outcome::success;
+}
+
+// The last lines of a daemon that has ended may still be on their way.
+bool Session::find_in_log(const std::string& text, Deadline deadline) {
+  constexpr std::chrono::milliseconds kPause{20};
+  std::optional<size_t> found;
+  auto look = [&](Deadline until) {
+    found = daemon_->log().find(text, next_log_line_, until);
+    return found.has_value();
+  };
+  exchange_->wait_until([&] { return look(Deadline::in(kPause)); }, deadline);
+  if (!found && !exchange_->interrupted()) look(deadline);
+  if (found) next_log_line_ = *found + 1;
+  return found.has_value();
 }
 
 Outcome Session::show_phone(const std::vector<std::string>& words) {
@@ -214,6 +260,17 @@ Outcome Session::run_lines(int fd) {
   return worst;
 }
 
+bool Session::wait_input(int fd) {
+  exchange_->wait_readable(fd);
+  return !exchange_->over();
+}
+
+bool Session::resume() {
+  if (!interrupts_.take()) return false;
+  exchange_->resume();
+  return !exchange_->over();
+}
+
 Outcome Session::finish(Outcome outcome, bool print_exit) {
   outcome = std::max(outcome, judged(exchange_->finish(print_exit)));
   if (recorder_) outcome = std::max(outcome, finish_recording());
@@ -224,41 +281,14 @@ Outcome Session::finish(Outcome outcome, bool print_exit) {
   return outcome;
 }
 
-std::optional<std::vector<std::string>> split_line(const std::string& line) {
-  std::vector<std::string> words;
-  std::string word;
-  char quote = 0;
-  bool begun = false;
-  for (char character : line) {
-    bool blank = character == ' ' || character == '\t' || character == '\r';
-    if (quote == 0 && blank) {
-      if (begun) words.push_back(word);
-      word.clear();
-      begun = false;
-      continue;
-    }
-    if (quote == 0 && !begun && character == '#') break;
-    begun = true;
-    if (character == quote) {
-      quote = 0;
-    } else if (quote == 0 && (character == '"' || character == '\'')) {
-      quote = character;
-    } else {
-      word += character;
-    }
-  }
-  if (quote != 0) return std::nullopt;
-  if (begun) words.push_back(word);
-  return words;
-}
-
 Result<Outcome> run_modem(std::span<const std::string> words, const std::string& control,
-                          double timeout_seconds, Printer& printer) {
+                          double timeout_seconds, Printer& printer, int interrupt_fd) {
   auto command = modem_command(words);
   if (!command) return command.error();
   if (control.empty()) return usage_error("modem: give --control PATH, the modem's control socket");
   auto modem = ModemControl::connect(control, timeout_seconds);
   if (!modem) return modem.error();
+  modem->watch(interrupt_fd);
   auto answer = call_to_end(*modem, *command, timeout_seconds);
   if (!answer) return answer.error();
   printer.modem_answer(command->value("command", "?"), *answer);

@@ -7,29 +7,58 @@
 #include "cli.h"
 #include "exchange.h"
 #include "interrupts.h"
+#include "line_words.h"
 #include "private_setup.h"
 
 namespace qorextctl {
 
 class Recorder;
 
+// A line that is no request.
+struct LineCommand {
+  const char* name;
+  const char* arguments;
+  const char* help;
+};
+
 class Session {
  public:
+  static std::vector<LineCommand> commands();
+
   // Starts what `options` ask for, and has it recorded where there is a recorder; then the daemon
   // has come to its first wait for a request. Printer and recorder must outlive the session.
   static Result<std::unique_ptr<Session>> start(const Options& options, Printer& printer,
                                                 Recorder* recorder = nullptr);
 
-  // One line: "NAME key=value...", "raw HEX", "modem ...", "wait-unsol [N] [SECONDS]",
-  // "wait-property NAME VALUE [SECONDS]", "wait-log TEXT [N] [SECONDS]", "phone show",
-  // "expect-failure" before one of the others, a comment.
-  // Words in quotes may hold blanks.
+  // One line: "NAME key=value..." is a request; one of commands(); a comment.
   Outcome run_line(const std::string& line);
 
   Outcome send(View request, const Request* named);
 
+  // The same, but a failure is no reason to show the log at the end.
+  Outcome exchange(View request, const Request* named) { return exchange_->run(request, named); }
+
+  // Takes what comes without being asked for, until the deadline.
+  void take_until(Deadline deadline) {
+    exchange_->wait_until([] { return false; }, deadline);
+  }
+
   // Lines from a descriptor until its end, or until the daemon has gone. The worst outcome.
   Outcome run_lines(int fd);
+
+  // Prints what comes without being asked for, until the descriptor is readable (true), or until
+  // the daemon has gone or the user wants an end.
+  bool wait_input(int fd);
+
+  bool over() const { return exchange_->over(); }
+
+  // Goes on, also after a Ctrl-C, which ends no more than one wait. False: it is to end.
+  bool resume();
+
+  const std::string& control() const { return setup_->control(); }
+
+  // For a person, who was told at once: finish() shows no log because of what has failed before.
+  void forget_failures() { daemon_failed_ = false; }
 
   // Ends the daemon; shows the log's end when a request has failed, unless the log is shown anyway.
   Outcome finish(Outcome outcome, bool print_exit);
@@ -42,11 +71,16 @@ class Session {
   Outcome finish_recording();
   Outcome complain(Error error);
   Outcome judged(Outcome outcome);
+  struct Line;
+  static const Line kLines[];
   Outcome run_words(const std::vector<std::string>& words);
+  Outcome send_raw(const std::vector<std::string>& words);
+  Outcome help(const std::vector<std::string>& words);
   Outcome expect_failure(const std::vector<std::string>& words);
   Outcome wait_unsolicited(const std::vector<std::string>& words);
   Outcome wait_property(const std::vector<std::string>& words);
   Outcome wait_log(const std::vector<std::string>& words);
+  bool find_in_log(const std::string& text, Deadline deadline);
   Outcome show_phone(const std::vector<std::string>& words);
   Outcome ask_modem(const std::vector<std::string>& words);
   Outcome run_whole_lines(std::string& text);
@@ -63,11 +97,9 @@ class Session {
   size_t line_ = 0;             // 0: not reading lines
 };
 
-// A line's words; nothing when a quote is not closed.
-std::optional<std::vector<std::string>> split_line(const std::string& line);
-
-// Asks the modem and prints its answer; an error is left to the caller to print.
+// Asks the modem and prints its answer; an error is left to the caller to print. A readable
+// `interrupt_fd` ends the wait for the answer.
 Result<Outcome> run_modem(std::span<const std::string> words, const std::string& control,
-                          double timeout_seconds, Printer& printer);
+                          double timeout_seconds, Printer& printer, int interrupt_fd = -1);
 
 }  // namespace qorextctl

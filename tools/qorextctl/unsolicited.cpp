@@ -1,3 +1,5 @@
+#include "unsolicited.h"
+
 #include <fmt/format.h>
 
 #include "decode.h"
@@ -11,13 +13,6 @@ constexpr uint32_t kCdmaFormat = 0;
 constexpr uint32_t kGenericFormat = 1;
 constexpr size_t kCdmaDataOffset = 26;
 constexpr size_t kUnsolStatusOffset = 16;
-
-struct Unsolicited {
-  uint32_t format;
-  uint32_t id;  // the four id bytes as a little-endian number, in both formats
-  const char* name;
-  const Layout* layout;
-};
 
 constexpr Field kTextFields[] = {text("text", 0, 22)};
 constexpr Layout kText = {kTextFields, 22};
@@ -41,7 +36,7 @@ constexpr Field kDataFields[] = {hex("data", 0)};
 constexpr Layout kData = {kDataFields};
 constexpr Layout kEmpty = {};
 
-constexpr Unsolicited kMessages[] = {
+constexpr UnsolicitedMessage kMessages[] = {
     {kCdmaFormat, 0x00000457, "notify", &kText},
     {kCdmaFormat, 0x0200001D, "pfp", &kPfp},
     {kCdmaFormat, 0x020001B0, "carrier-event", &kValue},
@@ -57,8 +52,8 @@ constexpr Unsolicited kMessages[] = {
     {kGenericFormat, 0x04001500, "utils-9", &kByte},
 };
 
-const Unsolicited* find_message(uint32_t format, uint32_t id) {
-  for (const Unsolicited& message : kMessages) {
+const UnsolicitedMessage* find_message(uint32_t format, uint32_t id) {
+  for (const UnsolicitedMessage& message : kMessages) {
     if (message.format == format && message.id == id) return &message;
   }
   return nullptr;
@@ -80,12 +75,14 @@ void check_frame(DecodedFrame& decoded, uint32_t format) {
 
 }  // namespace
 
+std::span<const UnsolicitedMessage> unsolicited_messages() { return kMessages; }
+
 DecodedFrame decode_unsolicited(View frame) {
   DecodedFrame decoded;
   decoded.frame.assign(frame.begin(), frame.end());
   uint32_t format = load_le(frame, 0, 4);
   uint32_t id = load_le(frame, 8, 4);
-  const Unsolicited* message = find_message(format, id);
+  const UnsolicitedMessage* message = find_message(format, id);
   decoded.name = message ? message->name : "";
   decoded.id = fmt::format("0x{:08X}", id);
   decoded.length = load_le(frame, 12, 4);

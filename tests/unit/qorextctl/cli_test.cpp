@@ -90,8 +90,8 @@ TEST_F(CommandLine, HelpAndVersionAreSuccesses) {
 }
 
 TEST_F(CommandLine, EveryCommandsHelpHasExamplesAndExitStatuses) {
-  for (const char* verb : {"request", "raw", "session", "list", "decode", "modem", "phone",
-                           "record", "replay", "trace"}) {
+  for (const char* verb : {"request", "raw", "session", "shell", "load", "list", "decode", "modem",
+                           "phone", "record", "replay", "trace"}) {
     std::string help = parse({verb, "--help"}).text;
     for (const char* part : {"examples:\n  ", "qorextctl", "exit status:\n  0  success"}) {
       EXPECT_NE(help.find(part), std::string::npos) << verb << " " << part;

@@ -114,6 +114,35 @@ TEST_F(ExchangeWith, UnsolicitedFramesAreShownAsTheyComeAndCanBeWaitedFor) {
   EXPECT_EQ(err_.str(), "qorextctl: 0 of 1 unsolicited frames came within 0.02 s\n");
 }
 
+TEST_F(ExchangeWith, ALateReplyIsNotTakenForTheNextRequests) {
+  EXPECT_EQ(run("late", {"set-bc10", "status=1"}, 0.05), Outcome::transport);
+  EXPECT_EQ(send({"set-ddtm", "ddtm=1"}), Outcome::success);
+  EXPECT_EQ(out_.str(),
+            "set-bc10 (0x020000B1), late reply: success\n"
+            "set-ddtm (0x020000B8): success\n");
+}
+
+TEST_F(ExchangeWith, AnInterruptionMayBeMeantForOneWaitOnly) {
+  auto interrupt = make_pipe();
+  ASSERT_EQ(write(interrupt->write.get(), "x", 1), 1);
+  daemon_ = start("late");
+  exchange_.emplace(*daemon_, printer_, 60, interrupt->read.get());
+  EXPECT_EQ(send({"set-bc10", "status=1"}), Outcome::transport);
+  EXPECT_TRUE(exchange_->interrupted());
+  char taken = 0;
+  ASSERT_EQ(read(interrupt->read.get(), &taken, 1), 1);
+  exchange_->resume();
+  EXPECT_FALSE(exchange_->over());
+  EXPECT_EQ(send({"set-ddtm", "ddtm=1"}), Outcome::success);
+}
+
+TEST_F(ExchangeWith, AConditionIsWaitedForWhileFramesAreShown) {
+  EXPECT_EQ(run("notify", {"set-ddtm", "ddtm=1"}), Outcome::success);
+  auto has_come = [&] { return out_.str().find("utils-9") != std::string::npos; };
+  EXPECT_TRUE(exchange_->wait_until(has_come, Deadline::in_seconds(10)));
+  EXPECT_FALSE(exchange_->wait_until([] { return false; }, Deadline::in_seconds(0.02)));
+}
+
 TEST_F(ExchangeWith, AnInterruptionEndsTheWait) {
   auto interrupt = make_pipe();
   ASSERT_EQ(write(interrupt->write.get(), "x", 1), 1);

@@ -60,6 +60,16 @@ void answer_and_end(const Channels& channels, const Bytes& request) {
 
 void stay_silent(const Channels& /*channels*/, const Bytes& /*request*/) {}
 
+// Answers the first request when the second one comes.
+void answer_late(const Channels& channels, const Bytes& request) {
+  static Bytes first;
+  bool is_first = first.empty();
+  if (is_first) first = request;
+  if (is_first) return;
+  answer(channels, first);
+  answer(channels, request);
+}
+
 // Reads no more requests.
 void turn_deaf(const Channels& /*channels*/, const Bytes& /*request*/) { pause(); }
 
@@ -104,6 +114,7 @@ constexpr Mode kModes[] = {
     {"twice", answer_twice},
     {"part", answer_in_part},
     {"silent", stay_silent},
+    {"late", answer_late},
     {"deaf", turn_deaf},
     {"end", end},
     {"notify", notify},

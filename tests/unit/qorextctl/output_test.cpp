@@ -251,17 +251,18 @@ TEST(Output, ASingleRequestIsListedWithItsArguments) {
 TEST(Output, TheListAsJsonIsAnObjectARequest) {
   Output output(true);
   output.printer.request_list({find_request("factory-reset"), find_request("set-profile")});
-  EXPECT_EQ(output.out.str(),
-            R"({"type":"request","name":"factory-reset","family":"cdma","id":"0x020000B6",)"
-            R"("description":"reset the modem's settings","arguments":[{"name":"flag",)"
-            R"("required":false,"accepts":"0 to 255","otherwise":"left out",)"
-            R"("help":"kind of reset; without it 255"}],"json_record":false,"replies":1})"
-            "\n"
-            R"({"type":"request","name":"set-profile","family":"cdma","id":"0x020000B5",)"
-            R"("description":"switch the active profile","arguments":[{"name":"profile",)"
-            R"("required":true,"accepts":"-2147483648 to 2147483647","otherwise":"required",)"
-            R"("help":"profile number"}],"json_record":false,"replies":2})"
-            "\n");
+  EXPECT_EQ(
+      output.out.str(),
+      R"({"type":"request","name":"factory-reset","family":"cdma","id":"0x020000B6",)"
+      R"("description":"reset the modem's settings","arguments":[{"name":"flag",)"
+      R"("required":false,"accepts":"0 to 255","otherwise":"left out",)"
+      R"("help":"kind of reset; without it 255"}],"json_record":false,"reply_fields":[],"replies":1})"
+      "\n"
+      R"({"type":"request","name":"set-profile","family":"cdma","id":"0x020000B5",)"
+      R"("description":"switch the active profile","arguments":[{"name":"profile",)"
+      R"("required":true,"accepts":"-2147483648 to 2147483647","otherwise":"required",)"
+      R"("help":"profile number"}],"json_record":false,"reply_fields":[],"replies":2})"
+      "\n");
 }
 
 }  // namespace

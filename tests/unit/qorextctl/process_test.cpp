@@ -74,6 +74,13 @@ TEST(Process, SignalsIgnoredOrBlockedHereAreNotThere) {
   EXPECT_EQ(lines.size(), 2u);
 }
 
+TEST(Process, CtrlCAtTheTerminalIsNotMeantForIt) {
+  auto process = Process::start(shell("exec sleep 60"));
+  ASSERT_TRUE(process);
+  EXPECT_EQ(getpgid(process->pid()), process->pid());
+  EXPECT_NE(getpgid(process->pid()), getpgrp());
+}
+
 TEST(Process, ItIsEndedWithItsOwner) {
   pid_t pid = 0;
   {

@@ -106,6 +106,38 @@ TEST_F(SessionWith, WrongLinesAndSilenceAreNoExpectedFailures) {
   EXPECT_EQ(run("end", "expect-failure set-ddtm ddtm=1\n"), Outcome::transport);
 }
 
+TEST_F(SessionWith, HelpNamesTheFieldsOfRequestAndReply) {
+  EXPECT_EQ(run("answer", "help set-bsr-timer\nhelp get-bsr-timer\nhelp wait-log\n"),
+            Outcome::success);
+  EXPECT_EQ(out_.str(),
+            "set-bsr-timer         0x020000BD  set the better service reselection timer\n"
+            "  timer=           timer value (0 to 4294967295; required)\n"
+            "get-bsr-timer         0x020000BC  better service reselection timer\n"
+            "reply:\n"
+            "  timer                u32\n"
+            "  wait-log TEXT [N] [SECONDS]             until N lines of the daemon's log hold the "
+            "text\n"
+            "daemon ended with exit status 0\n");
+}
+
+TEST_F(SessionWith, HelpAloneNamesEveryLine) {
+  EXPECT_EQ(run("answer", "help\n"), Outcome::success);
+  for (const LineCommand& command : Session::commands()) {
+    EXPECT_NE(out_.str().find(command.help), std::string::npos) << command.name;
+  }
+  for (const Request& request : catalogue()) {
+    EXPECT_NE(out_.str().find(request.description), std::string::npos) << request.name;
+  }
+}
+
+TEST_F(SessionWith, HelpOnAnUnknownNameIsWrongUsage) {
+  EXPECT_EQ(run("answer", "help nv-raed\nhelp a b\n"), Outcome::usage);
+  EXPECT_EQ(err_.str(),
+            "qorextctl: line 1: unknown request 'nv-raed'; did you mean 'nv-read'? (see: qorextctl "
+            "list)\n"
+            "qorextctl: line 2: help: give one name, or none\n");
+}
+
 TEST_F(SessionWith, UnsolicitedFramesCanBeWaitedFor) {
   EXPECT_EQ(run("notify", "set-ddtm ddtm=1\nwait-unsol 2 5\n"), Outcome::success);
   EXPECT_EQ(run("answer", "wait-unsol 1 0.02\n"), Outcome::transport);

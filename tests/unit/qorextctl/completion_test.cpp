@@ -1,0 +1,111 @@
+#include "completion.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+#include <filesystem>
+#include <fstream>
+
+#include "modem_control.h"
+#include "request.h"
+#include "session.h"
+#include "values.h"
+
+namespace qorextctl {
+namespace {
+
+using testing::Contains;
+using testing::ElementsAre;
+using testing::IsEmpty;
+using Texts = std::vector<std::string>;
+
+Texts texts_of(const std::vector<Candidate>& candidates) {
+  Texts texts;
+  for (const Candidate& candidate : candidates) texts.push_back(candidate.text);
+  return texts;
+}
+
+Texts at_end_of(const std::string& line) {
+  return texts_of(complete_line(line, [] { return Texts{"lte.mcc", "lte.mnc"}; }).candidates);
+}
+
+TEST(Completion, EveryRequestAndEveryOtherLineIsOffered) {
+  Texts all = at_end_of("");
+  for (const Request& request : catalogue()) EXPECT_THAT(all, Contains(request.name));
+  for (const LineCommand& command : Session::commands()) EXPECT_THAT(all, Contains(command.name));
+}
+
+TEST(Completion, OnlyWhatBeginsWithTheWordIsOffered) {
+  EXPECT_THAT(at_end_of("nv-"), ElementsAre("nv-read", "nv-write"));
+  EXPECT_THAT(at_end_of("  wait-l"), ElementsAre("wait-log"));
+  EXPECT_THAT(at_end_of("frob"), IsEmpty());
+}
+
+TEST(Completion, TheWordIsToldByWhereItStarts) {
+  Completion completion = complete_line("nv-read rde", {});
+  EXPECT_EQ(completion.start, 8U);
+  EXPECT_EQ(completion.common(), "rde-id=");
+  EXPECT_EQ(complete_line("nv", {}).common(), "nv-");
+}
+
+TEST(Completion, ArgumentsThatAreNotGivenYetAreOffered) {
+  EXPECT_THAT(at_end_of("nv-read "), ElementsAre("rde-id=", "record=", "offset=", "length="));
+  EXPECT_THAT(at_end_of("nv-read record=0 "), ElementsAre("rde-id=", "offset=", "length="));
+  EXPECT_THAT(at_end_of("set-nam "), Contains("json="));
+  EXPECT_THAT(at_end_of("get-nam "), IsEmpty());
+}
+
+TEST(Completion, ValuesAreOfferedWhereTheyCanBeCounted) {
+  EXPECT_THAT(at_end_of("set-ddtm ddtm="), ElementsAre("ddtm=1", "ddtm=0"));
+  EXPECT_THAT(at_end_of("set-nam vocoder="), testing::SizeIs(7));
+  EXPECT_THAT(at_end_of("nv-read rde-id=2"), Contains("rde-id=28"));
+  EXPECT_THAT(at_end_of("set-bsr-timer timer="), IsEmpty());
+}
+
+TEST(Completion, OfferedValuesAreTakenByTheirArguments) {
+  for (const Request& request : catalogue()) {
+    for (const Argument& argument : request.payload.arguments) {
+      std::string key = argument.field.name + std::string("=");
+      for (const std::string& text : at_end_of(request.name + std::string(" ") + key)) {
+        EXPECT_TRUE(encode(argument, text.substr(key.size()))) << request.name << " " << text;
+      }
+    }
+  }
+}
+
+TEST(Completion, ALineBehindExpectFailureIsCompletedToo) {
+  EXPECT_THAT(at_end_of("expect-failure set-ddtm ddtm="), ElementsAre("ddtm=1", "ddtm=0"));
+  EXPECT_THAT(at_end_of("help nv-r"), ElementsAre("nv-read"));
+  EXPECT_THAT(at_end_of("phone "), ElementsAre("show"));
+}
+
+TEST(Completion, ModemCommandsWithTheirArgumentsAreOffered) {
+  Texts all = at_end_of("modem ");
+  for (const ModemCommand& command : modem_commands()) EXPECT_THAT(all, Contains(command.name));
+  EXPECT_THAT(at_end_of("modem fault silent me"), ElementsAre("message="));
+  EXPECT_THAT(at_end_of("modem service nas "), ElementsAre("up", "down"));
+  EXPECT_THAT(at_end_of("modem hob_save --n"), ElementsAre("--no-wait"));
+  EXPECT_THAT(at_end_of("modem set lte.mn"), ElementsAre("lte.mnc="));
+}
+
+TEST(Completion, FilesAreOfferedWhereOneIsNamed) {
+  namespace fs = std::filesystem;
+  fs::path folder = fs::temp_directory_path() / ("completion_" + std::to_string(getpid()));
+  fs::create_directories(folder / "nams");
+  std::ofstream(folder / "nam.json") << "{}";
+  EXPECT_THAT(at_end_of("set-nam json=" + (folder / "nam.").string()),
+              ElementsAre("json=" + (folder / "nam.json").string()));
+  EXPECT_THAT(at_end_of("modem kpi --file " + (folder / "nams").string()),
+              ElementsAre((folder / "nams").string() + "/"));
+  fs::remove_all(folder);
+}
+
+TEST(Completion, WordsOfAShellAreCompletedAsThoseOfALine) {
+  EXPECT_THAT(texts_of(complete_request({"nv-read", "rde"})), ElementsAre("rde-id="));
+  EXPECT_THAT(texts_of(complete_request({"wait-l"})), IsEmpty());
+  EXPECT_THAT(texts_of(complete_modem({"hob"}, {})), ElementsAre("hob_save", "hob"));
+}
+
+}  // namespace
+}  // namespace qorextctl

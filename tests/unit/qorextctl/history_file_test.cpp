@@ -1,0 +1,108 @@
+#include "history_file.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+
+#include "private_line.h"
+
+namespace qorextctl {
+namespace {
+
+using testing::ElementsAre;
+namespace fs = std::filesystem;
+
+class History : public testing::Test {
+ protected:
+  ~History() override { fs::remove_all(folder_); }
+
+  unsigned mode() const {
+    struct stat status {};
+    return stat(path_.c_str(), &status) == 0 ? status.st_mode & 0777U : 0;
+  }
+
+  fs::path folder_ = fs::temp_directory_path() / ("history_" + std::to_string(getpid()));
+  std::string path_ = folder_ / "state" / "history";
+  HistoryFile history_{path_};
+};
+
+TEST_F(History, LinesComeBackInTheirOrder) {
+  EXPECT_TRUE(history_.load()->empty());
+  EXPECT_FALSE(history_.add("get-nam"));
+  EXPECT_FALSE(HistoryFile(path_).add("get-ddtm"));
+  EXPECT_THAT(*history_.load(), ElementsAre("get-nam", "get-ddtm"));
+}
+
+TEST_F(History, TheFileIsPrivateAlsoWhenItWasNot) {
+  fs::create_directories(folder_ / "state");
+  std::ofstream(path_) << "old\n";
+  fs::permissions(path_, fs::perms::all);
+  EXPECT_FALSE(history_.add("get-nam"));
+  EXPECT_EQ(mode(), 0600U);
+}
+
+TEST_F(History, OldLinesLeaveTheFile) {
+  fs::create_directories(folder_ / "state");
+  {
+    std::ofstream file(path_);
+    for (size_t i = 0; i < kMostHistoryLines + 5; ++i) file << "line " << i << "\n";
+  }
+  auto lines = history_.load();
+  ASSERT_EQ(lines->size(), kMostHistoryLines);
+  EXPECT_EQ(lines->front(), "line 5");
+  EXPECT_EQ(HistoryFile(path_).load()->size(), kMostHistoryLines);
+  EXPECT_EQ(mode(), 0600U);
+}
+
+TEST_F(History, AFileThatCannotBeWrittenIsToldInOneLine) {
+  auto error = HistoryFile("/proc/nothing/history").add("get-nam");
+  ASSERT_TRUE(error);
+  EXPECT_EQ(error->message, "no history is kept: /proc/nothing/history: No such file or directory");
+}
+
+TEST_F(History, WithoutAPathNothingIsKept) {
+  EXPECT_FALSE(HistoryFile("").add("get-nam"));
+  EXPECT_TRUE(HistoryFile("").load()->empty());
+}
+
+TEST_F(History, ThePathFollowsTheEnvironment) {
+  setenv("HOME", "/home/a", 1);
+  setenv("XDG_STATE_HOME", "/state", 1);
+  EXPECT_EQ(history_path(), "/state/qorextctl/history");
+  setenv("XDG_STATE_HOME", "relative", 1);
+  EXPECT_EQ(history_path(), "/home/a/.local/state/qorextctl/history");
+  unsetenv("XDG_STATE_HOME");
+  EXPECT_EQ(history_path(), "/home/a/.local/state/qorextctl/history");
+  unsetenv("HOME");
+  EXPECT_EQ(history_path(), "");
+}
+
+TEST(PrivateLine, PersonalValuesAreRecognisedWhereverTheyStand) {
+  for (const char* line :
+       {"check-spc code=123456", "set-nam spc=000000 sid=1", "set-nam spc=0", "set-nam mdn=5551234",
+        "expect-failure check-spc code=123456", "nv-write rde-id=32 data=313233343536",
+        "cdma id=0x02000016 code=123456", "raw 0A000002 00000000 00000000 313233343536",
+        "cdma id=0x02000015 data=20000000000000000000000006000000313233343536",
+        "modem set nam.mdn=9135550199", "modem set settings.spc=123456",
+        "modem set security.subsidy_lock_code=123456", "modem nv 32 313233343536",
+        "modem {\"command\":\"set\"}", "raw 0g", "set-nam 'spc=1"}) {
+    EXPECT_TRUE(is_private_line(line)) << line;
+  }
+}
+
+TEST(PrivateLine, OtherLinesAreKept) {
+  for (const char* line :
+       {"get-nam", "nv-read rde-id=32", "nv-write rde-id=7000 data=01", "frob", "",
+        "raw 07000002 00000000 00000000 000000000000", "modem nv 32", "modem nv 28 0A",
+        "modem set lte.mcc=310", "modem indicate notify", "wait-unsol 2 5", "# spc"}) {
+    EXPECT_FALSE(is_private_line(line)) << line;
+  }
+}
+
+}  // namespace
+}  // namespace qorextctl

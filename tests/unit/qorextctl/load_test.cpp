@@ -1,0 +1,218 @@
+#include "load.h"
+
+#include <gmock/gmock.h>
+#include <unistd.h>
+
+#include <cmath>
+#include <filesystem>
+#include <fstream>
+
+#include "fake_setup.h"
+#include "load_report.h"
+#include "progress.h"
+
+namespace qorextctl {
+namespace {
+
+using testing::HasSubstr;
+
+std::vector<std::string> names_of(const Mix& mix, uint32_t seed, size_t count) {
+  std::mt19937 random(seed);
+  std::vector<std::string> names;
+  for (size_t i = 0; i < count; ++i) names.push_back(mix.choose(random).name);
+  return names;
+}
+
+TEST(Mix, WeightsSayHowOftenEachComes) {
+  auto mix = Mix::parse("nv-read:3,get-nam");
+  ASSERT_TRUE(mix) << mix.error().message;
+  auto names = names_of(*mix, 1, 4000);
+  auto reads = std::count(names.begin(), names.end(), "nv-read");
+  EXPECT_NEAR(static_cast<double>(reads), 3000, 150);
+}
+
+TEST(Mix, TheSameSeedGivesTheSameRequests) {
+  auto mix = Mix::parse("nv-read:3,get-nam:1,unknown:2");
+  EXPECT_EQ(names_of(*mix, 7, 100), names_of(*mix, 7, 100));
+  EXPECT_NE(names_of(*mix, 7, 100), names_of(*mix, 8, 100));
+}
+
+TEST(Mix, NeededArgumentsAreThoseThatCompletionOffers) {
+  auto mix = Mix::parse("set-ddtm");
+  ASSERT_TRUE(mix) << mix.error().message;
+  EXPECT_EQ(to_hex(mix->entries()[0].bytes),
+            "B80000020100000000000000000000000000"
+            "01");
+}
+
+TEST(Mix, AnUnknownRequestIsExpectedToFail) {
+  auto mix = Mix::parse("unknown");
+  ASSERT_TRUE(mix) << mix.error().message;
+  EXPECT_TRUE(mix->entries()[0].wants_failure);
+  EXPECT_EQ(mix->entries()[0].name, "unknown");
+}
+
+TEST(Mix, WhatIsWrongIsTold) {
+  EXPECT_EQ(Mix::parse("get-nam:0").error().message, "'0' is no weight from 1 to 1000000");
+  EXPECT_EQ(Mix::parse("get-nam:x").error().message, "'x' is no weight from 1 to 1000000");
+  EXPECT_THAT(Mix::parse("get-nma").error().message, HasSubstr("did you mean 'get-nam'?"));
+  EXPECT_THAT(Mix::parse("set-bsr-timer").error().message,
+              HasSubstr("timer (timer value) is missing"));
+  EXPECT_THAT(Mix::parse("").error().message, HasSubstr("--mix: give requests"));
+}
+
+class MixFile : public testing::Test {
+ protected:
+  ~MixFile() override { std::filesystem::remove(path_); }
+
+  Result<Mix> read(const std::string& text) {
+    std::ofstream(path_) << text;
+    return Mix::read(path_);
+  }
+
+  std::string path_ = "/tmp/mix_" + std::to_string(getpid());
+};
+
+TEST_F(MixFile, LinesAreAWeightAndASessionsLine) {
+  auto mix = read("# a comment\n\n3 nv-read rde-id=28\n1 expect-failure raw 14000002 00000000\n");
+  ASSERT_TRUE(mix) << mix.error().message;
+  ASSERT_EQ(mix->entries().size(), 2U);
+  EXPECT_EQ(mix->entries()[0].name, "nv-read");
+  EXPECT_EQ(mix->entries()[0].weight, 3U);
+  EXPECT_EQ(mix->entries()[1].name, "raw");
+  EXPECT_EQ(mix->entries()[1].request, nullptr);
+  EXPECT_TRUE(mix->entries()[1].wants_failure);
+}
+
+TEST_F(MixFile, ErrorsNameFileAndLine) {
+  EXPECT_EQ(read("1 get-nam\nnv-read\n").error().message,
+            path_ + ":2: 'nv-read' is no weight from 1 to 1000000");
+  EXPECT_THAT(read("1 frob\n").error().message, HasSubstr(path_ + ":1: unknown request 'frob'"));
+  EXPECT_EQ(read("1 'get-nam\n").error().message, path_ + ":1: a quote is not closed");
+  EXPECT_THAT(read("1\n").error().message, HasSubstr(":1: no request given"));
+  EXPECT_EQ(read("").error().message, path_ + ": holds no request");
+  EXPECT_EQ(Mix::read("/nowhere").error().message, "cannot read '/nowhere'");
+}
+
+TEST(Quantiles, AreValuesThatHaveCome) {
+  std::vector<float> values;
+  for (int i = 100; i >= 1; --i) values.push_back(static_cast<float>(i));
+  Quantiles times = quantiles_of(values);
+  EXPECT_EQ(times.min, 1);
+  EXPECT_EQ(times.p50, 50);
+  EXPECT_EQ(times.p90, 90);
+  EXPECT_EQ(times.p99, 99);
+  EXPECT_EQ(times.max, 100);
+  EXPECT_EQ(quantiles_of({3}).p50, 3);
+  EXPECT_EQ(quantiles_of({}).max, 0);
+}
+
+LoadReport report() {
+  LoadReport made;
+  made.add("b", {0.05F, 0.04F, false});
+  made.add("b", {0.2F, 0.1F, false});
+  made.add("a", {1.5F, 1.0F, true});
+  made.set_seconds(2);
+  return made;
+}
+
+TEST(LoadReport, IsATableAndAHistogram) {
+  EXPECT_EQ(report().text(),
+            "request                   count  failed       min       p50       p90       p99       "
+            "max  ms\n"
+            "a                             1       1     1.500     1.500     1.500     1.500     "
+            "1.500\n"
+            "b                             2       0     0.050     0.050     0.200     0.200     "
+            "0.200\n"
+            "3 requests in 2.000 s, 1.5 a second, 1 failed\n"
+            "  up to      0.062 ms         1 ########################################\n"
+            "  up to      0.125 ms         0\n"
+            "  up to      0.250 ms         1 ########################################\n"
+            "  up to      0.500 ms         0\n"
+            "  up to      1.000 ms         0\n"
+            "  up to      2.000 ms         1 ########################################\n");
+}
+
+TEST(LoadReport, IsAnObjectANameAndOneOfTheWhole) {
+  auto objects = report().objects();
+  ASSERT_EQ(objects.size(), 3U);
+  EXPECT_EQ(objects[1].dump(),
+            R"({"type":"load","name":"b","count":2,"failed":0,)"
+            R"("latency_ms":{"min":0.05,"p50":0.05,"p90":0.2,"p99":0.2,"max":0.2},)"
+            R"("service_ms":{"min":0.04,"p50":0.04,"p90":0.1,"p99":0.1,"max":0.1}})");
+  EXPECT_EQ(objects[2]["type"], "load-total");
+  EXPECT_EQ(objects[2]["count"], 3);
+  EXPECT_EQ(objects[2]["failed"], 1);
+  EXPECT_EQ(objects[2]["rate"], 1.5);
+  EXPECT_EQ(objects[2]["histogram"].size(), 6U);
+}
+
+TEST(Progress, TellsHowFarItIs) {
+  EXPECT_EQ(progress_text(0, 10, 0), "[..............................] 0/10");
+  EXPECT_EQ(progress_text(5, 10, 2), "[###############...............] 5/10, 2 a second, 2 s left");
+  EXPECT_EQ(progress_text(10, 10, 4),
+            "[##############################] 10/10, 2 a second, 0 s left");
+}
+
+class LoadOn : public WithFakeDaemon {
+ protected:
+  LoadOn() {
+    options_.daemon_executable = FAKE_DAEMON;
+    options_.setup.modem = "unix:/m";
+    options_.timeout = 0.2;
+    options_.load.count = 20;
+    options_.load.mix = "set-ddtm";
+  }
+
+  Outcome run(const char* mode) {
+    behave(mode);
+    auto mix = mix_of(options_.load);
+    EXPECT_TRUE(mix) << mix.error().message;
+    auto session = Session::start(options_, printer_);
+    EXPECT_TRUE(session) << session.error().message;
+    Outcome outcome = run_load(**session, options_.load, *mix, printer_);
+    return (*session)->finish(outcome, false);
+  }
+
+  Options options_;
+};
+
+TEST_F(LoadOn, ADaemonThatAnswersIsASuccess) {
+  EXPECT_EQ(run("answer"), Outcome::success);
+  EXPECT_THAT(out_.str(), HasSubstr("set-ddtm                     20       0"));
+  EXPECT_THAT(out_.str(), Not(HasSubstr("set-ddtm (0x020000B8)")));
+  EXPECT_EQ(err_.str(), "");
+}
+
+TEST_F(LoadOn, RefusalsAreCounted) {
+  EXPECT_EQ(run("refuse"), Outcome::refused);
+  EXPECT_THAT(out_.str(), HasSubstr("set-ddtm                     20      20"));
+}
+
+TEST_F(LoadOn, SilenceEndsTheRun) {
+  EXPECT_EQ(run("silent"), Outcome::transport);
+  EXPECT_EQ(out_.str(), "");
+}
+
+TEST_F(LoadOn, TheDaemonsEndEndsTheRun) {
+  EXPECT_EQ(run("end"), Outcome::transport);
+  EXPECT_EQ(out_.str(), "");
+  EXPECT_THAT(err_.str(), HasSubstr("the daemon ended with exit status 3"));
+}
+
+TEST_F(LoadOn, TheTimeLimitEndsTheRun) {
+  options_.load.rate = 10;
+  options_.load.time_limit = 0.15;
+  EXPECT_EQ(run("answer"), Outcome::transport);
+  EXPECT_THAT(err_.str(), HasSubstr("of 20 requests were sent within 0.15 s"));
+}
+
+TEST_F(LoadOn, ARateSpreadsTheRequests) {
+  options_.load.rate = 100;
+  auto start = std::chrono::steady_clock::now();
+  EXPECT_EQ(run("answer"), Outcome::success);
+  EXPECT_GE(std::chrono::steady_clock::now() - start, std::chrono::milliseconds(190));
+}
+
+}  // namespace
+}  // namespace qorextctl

@@ -1,0 +1,17 @@
+#include "pages.h"
+
+namespace docs {
+
+namespace {
+
+constexpr Page kPages[] = {
+    {"host-protocol.md", host_protocol},
+    {"modem-messages.md", modem_messages},
+    {"scenario-keys.md", scenario_keys},
+};
+
+}  // namespace
+
+std::span<const Page> pages() { return kPages; }
+
+}  // namespace docs

@@ -1,0 +1,24 @@
+// Pages of docs/ that are made from the tables that the programs work with.
+#pragma once
+
+#include <span>
+#include <string>
+
+namespace docs {
+
+struct Page {
+  const char* file;  // in docs/
+  std::string (*text)();
+};
+std::span<const Page> pages();
+
+// Requests, replies and unsolicited frames between the daemon and its parent.
+std::string host_protocol();
+
+// The QMI messages between the daemon and the modem.
+std::string modem_messages();
+
+// What a scenario file may hold.
+std::string scenario_keys();
+
+}  // namespace docs
