@@ -34,6 +34,7 @@ const std::map<std::string, InputKind> kInputs = {
 template <class T>
 std::vector<std::string> names_of(const std::map<std::string, T>& choices) {
   std::vector<std::string> names;
+  names.reserve(choices.size());
   for (const auto& [name, value] : choices) names.push_back(name);
   return names;
 }

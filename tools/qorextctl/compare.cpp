@@ -36,7 +36,7 @@ void add_leaves(Leaves& leaves, const std::string& path, const Json& value) {
     return;
   }
   for (const auto& [name, member] : value.items()) {
-    add_leaves(leaves, path.empty() ? name : path + "." + name, member);
+    add_leaves(leaves, path.empty() ? name : fmt::format("{}.{}", path, name), member);
   }
 }
 

@@ -59,8 +59,10 @@ Candidates files(const std::string& front, const std::string& begun) {
   std::error_code error;
   Candidates names;
   for (const auto& entry : fs::directory_iterator(folder.empty() ? "." : folder, error)) {
-    std::string end = entry.is_directory(error) ? "/" : "";
-    names.push_back({front + folder + entry.path().filename().string() + end});
+    std::string name = front + folder;
+    name += entry.path().filename().string();
+    if (entry.is_directory(error)) name += '/';
+    names.push_back({name});
   }
   return names;
 }

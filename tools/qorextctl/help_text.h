@@ -21,7 +21,7 @@ constexpr const char* kExamples = R"(examples:
   qorextctl raw 07000002 0000000000000000 000000000000  bytes as they are
   qorextctl decode 07000002 0000000000000000 000000000000
   adb logcat -d | qorextctl decode                    a log with what its hex dumps hold
-  printf 'modem indicate notify\nwait-unsol\n' | qorextctl session
+  printf 'get-nam\nmodem indicate notify\nwait-unsol\n' | qorextctl session
   qorextctl shell                                     the same typed, with completion
   qorextctl load --count 10000 --rate 500             how long requests take
   echo tune data=0A0B | qorextctl record --output tune.jsonl   all that is exchanged, in a file

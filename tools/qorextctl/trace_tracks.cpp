@@ -59,7 +59,7 @@ void TraceTracks::slice(Track track, std::string name, int64_t begin, int64_t en
   slices_.push_back({track, std::move(name), begin, std::max(begin, end), std::move(args)});
 }
 
-void TraceTracks::instant(Track track, std::string name, int64_t time, Json args) {
+void TraceTracks::instant(Track track, const std::string& name, int64_t time, Json args) {
   Json made = event("i", name, track, time);
   made["s"] = "t";
   made["args"] = std::move(args);

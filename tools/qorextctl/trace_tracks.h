@@ -16,7 +16,7 @@ class TraceTracks {
   // Slices of a track lie one in another or one behind the other: one that ends behind the end of
   // the one that it begins in is cut there.
   void slice(Track track, std::string name, int64_t begin, int64_t end, Json args);
-  void instant(Track track, std::string name, int64_t time, Json args);
+  void instant(Track track, const std::string& name, int64_t time, Json args);
 
   // An arrow through the slices that lie on these tracks at these times, at least two.
   struct Stop {
