@@ -71,7 +71,8 @@ LineEditor::LineEditor(const char* prompt, Hooks hooks)
   el_set(editor_, EL_EDITOR, "emacs");
   el_set(editor_, EL_HIST, history, history_);
   el_set(editor_, EL_GETCFN, next_character);
-  el_set(editor_, EL_ADDFN, "complete-word", "complete the word", complete_word);
+  // (The narrow call would copy the texts and never free them.)
+  el_wset(editor_, EL_ADDFN, L"complete-word", L"complete the word", complete_word);
   el_source(editor_, nullptr);  // how the user likes to edit
   el_set(editor_, EL_BIND, "^I", "complete-word", nullptr);
   take_terminal();
