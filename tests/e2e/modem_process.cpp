@@ -119,7 +119,8 @@ std::vector<std::string> ModemProcess::requests() {
     nlohmann::json fields = nlohmann::json::parse(request["fields"].dump());  // sorts its members
     requests.push_back(asked(request["service"], request["message"], fields.dump()));
   }
-  command("clear_requests");
+  // Who polls loses none that comes between the two commands.
+  if (!requests.empty()) command("clear_requests");
   return requests;
 }
 
