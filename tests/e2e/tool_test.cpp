@@ -168,7 +168,8 @@ TEST_F(GivenModem, TellsHowLongRequestsTake) {
 }
 
 TEST_F(GivenModem, CountsTheFailuresOfALoad) {
-  CommandResult result = run("load --count 10 --mix-file /proc/self/fd/0", "1 nv-read rde-id=7777\n");
+  CommandResult result =
+      run("load --count 10 --mix-file /proc/self/fd/0", "1 nv-read rde-id=7777\n");
   EXPECT_EQ(result.status, 1);
   EXPECT_THAT(result.output, HasSubstr("nv-read                      10      10"));
 }
