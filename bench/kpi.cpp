@@ -15,7 +15,7 @@
 #include <random>
 
 #include "modem.h"
-#include "phone_files.h"
+#include "phone/phone_files.h"
 #include "rig.h"
 #include "samples.h"
 #include "value_or_throw.h"

@@ -4,7 +4,7 @@
 #include <stdexcept>
 #include <string>
 
-#include "modem_wait.h"
+#include "modem/modem_wait.h"
 #include "value_or_throw.h"
 
 namespace bench {

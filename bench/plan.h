@@ -13,7 +13,7 @@
 #include <string>
 #include <vector>
 
-#include "bytes.h"
+#include "base/bytes.h"
 
 namespace bench {
 

@@ -9,11 +9,11 @@
 #include <unordered_map>
 #include <vector>
 
-#include "dispatch.h"
-#include "factory.h"
+#include "handlers/dispatch.h"
+#include "messages/services.h"
 #include "options.h"
 #include "qmi_transport/wait.h"
-#include "services.h"
+#include "state/factory.h"
 
 namespace {
 

@@ -5,8 +5,8 @@
 #include <memory>
 #include <string>
 
-#include "daemon.h"
-#include "private_setup.h"
+#include "daemon/daemon.h"
+#include "daemon/private_setup.h"
 
 namespace bench {
 

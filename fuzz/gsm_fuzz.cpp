@@ -4,9 +4,9 @@
 #include <memory>
 
 #include "features/gsm_alphabet.h"
-#include "gsm_alphabet.h"
 #include "phone.h"
 #include "require.h"
+#include "state/gsm_alphabet.h"
 
 namespace {
 

@@ -2,7 +2,7 @@
 #include <algorithm>
 #include <memory>
 
-#include "bytes.h"
+#include "base/bytes.h"
 #include "carrier/engineering_text.h"
 #include "host/hex.h"
 #include "phone.h"

@@ -1,12 +1,12 @@
 // The simulated modem's two inputs: lines of its control socket and packets of its clients.
 #include <fuzzer/FuzzedDataProvider.h>
 
-#include "archive.h"
-#include "control.h"
-#include "factory.h"
+#include "control/control.h"
+#include "messages/services.h"
 #include "require.h"
-#include "services.h"
-#include "state_keys.h"
+#include "state/archive.h"
+#include "state/factory.h"
+#include "state/state_keys.h"
 
 namespace {
 

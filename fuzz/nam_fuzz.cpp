@@ -4,9 +4,9 @@
 
 #include "carrier/carrier_operations.h"
 #include "carrier/digits.h"
-#include "nam_encoding.h"
 #include "phone.h"
 #include "require.h"
+#include "state/nam_encoding.h"
 #include "vendor/rde_messages.h"
 
 namespace {

@@ -3,18 +3,18 @@
 
 #include <sstream>
 
-#include "arguments.h"
-#include "exchange.h"
-#include "frames.h"
-#include "log_reader.h"
-#include "modem_control.h"
-#include "nam_record.h"
-#include "output.h"
-#include "personal.h"
-#include "replay_script.h"
+#include "catalogue/nam_record.h"
+#include "frames/arguments.h"
+#include "frames/frames.h"
+#include "frames/personal.h"
+#include "log/log_reader.h"
+#include "modem/modem_control.h"
+#include "output/output.h"
+#include "replay/replay_script.h"
 #include "require.h"
-#include "session.h"
-#include "timeline.h"
+#include "session/exchange.h"
+#include "session/session.h"
+#include "trace/timeline.h"
 
 namespace {
 

@@ -5,10 +5,10 @@
 
 #include <system_error>
 
-#include "factory.h"
 #include "options.h"
 #include "scenario.h"
 #include "server_loop.h"
+#include "state/factory.h"
 
 namespace {
 

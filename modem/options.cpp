@@ -5,7 +5,7 @@
 #include <CLI/CLI.hpp>
 
 #include "command_line.h"
-#include "version.h"
+#include "control/version.h"
 
 namespace modem {
 namespace {

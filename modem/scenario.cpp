@@ -3,8 +3,8 @@
 #include <fmt/format.h>
 #include <toml++/toml.h>
 
-#include "factory.h"
-#include "state_keys.h"
+#include "state/factory.h"
+#include "state/state_keys.h"
 
 namespace modem {
 namespace {

@@ -5,8 +5,8 @@
 #include <string>
 #include <vector>
 
-#include "faults.h"
-#include "state.h"
+#include "simulator/faults.h"
+#include "state/state.h"
 
 namespace modem {
 

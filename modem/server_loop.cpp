@@ -10,8 +10,8 @@
 #include <algorithm>
 #include <system_error>
 
-#include "services.h"
-#include "watch.h"
+#include "control/watch.h"
+#include "messages/services.h"
 
 namespace modem {
 namespace {

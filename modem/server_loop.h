@@ -5,11 +5,11 @@
 #include <optional>
 #include <string>
 
-#include "control.h"
-#include "control_server.h"
+#include "control/control.h"
+#include "control/control_server.h"
 #include "qmi_transport/scoped_fd.h"
 #include "qmi_transport/transport.h"
-#include "simulator.h"
+#include "simulator/simulator.h"
 
 namespace modem {
 

@@ -7,7 +7,7 @@
 #include <regex>
 
 #include "command.h"
-#include "log_line.h"
+#include "log/log_line.h"
 #include "phone_root.h"
 
 namespace e2e {

@@ -11,7 +11,7 @@
 #include "files.h"
 #include "handset.h"
 #include "log_texts.h"
-#include "phone_files.h"
+#include "phone/phone_files.h"
 
 namespace e2e {
 namespace {

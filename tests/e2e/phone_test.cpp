@@ -8,7 +8,7 @@
 #include "command.h"
 #include "files.h"
 #include "handset.h"
-#include "phone_files.h"
+#include "phone/phone_files.h"
 #include "vorn.h"
 
 namespace e2e {

@@ -8,7 +8,7 @@
 #include <set>
 
 #include "command.h"
-#include "decode.h"
+#include "frames/decode.h"
 #include "request_samples.h"
 
 namespace e2e {

@@ -5,7 +5,7 @@
 #include <fstream>
 
 #include "command.h"
-#include "decode.h"
+#include "frames/decode.h"
 #include "handset.h"
 
 namespace e2e {

@@ -8,7 +8,7 @@
 
 #include "device_files.h"
 #include "handset.h"
-#include "modem_control.h"
+#include "modem/modem_control.h"
 
 namespace e2e {
 namespace {

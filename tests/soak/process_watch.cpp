@@ -7,7 +7,7 @@
 #include <algorithm>
 #include <iostream>
 
-#include "deadline.h"
+#include "base/deadline.h"
 #include "patience.h"
 
 namespace soak {

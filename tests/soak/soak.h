@@ -9,7 +9,7 @@
 #include <optional>
 #include <string>
 
-#include "daemon.h"
+#include "daemon/daemon.h"
 #include "families.h"
 #include "installation.h"
 #include "modem_process.h"

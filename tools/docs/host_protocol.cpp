@@ -2,13 +2,13 @@
 
 #include <algorithm>
 
-#include "catalogue_text.h"
-#include "decode.h"
-#include "field_text.h"
+#include "catalogue/request.h"
+#include "catalogue/values.h"
+#include "frames/decode.h"
+#include "frames/field_text.h"
+#include "frames/unsolicited.h"
+#include "output/catalogue_text.h"
 #include "pages.h"
-#include "request.h"
-#include "unsolicited.h"
-#include "values.h"
 
 namespace docs {
 

@@ -1,8 +1,8 @@
 #include <fmt/format.h>
 
+#include "messages/services.h"
 #include "pages.h"
 #include "qmi_idl/descriptor.h"
-#include "services.h"
 
 namespace docs {
 

@@ -1,8 +1,8 @@
 #include <fmt/format.h>
 
-#include "factory.h"
 #include "pages.h"
 #include "scenario.h"
+#include "state/factory.h"
 
 namespace docs {
 

@@ -6,8 +6,8 @@
 #include <fstream>
 #include <iostream>
 
-#include "log_reader.h"
-#include "personal.h"
+#include "frames/personal.h"
+#include "log/log_reader.h"
 
 namespace qorextctl {
 

@@ -1,20 +1,13 @@
 // Frames and logs that were recorded elsewhere.
 #pragma once
 
-#include <optional>
 #include <string>
 #include <vector>
 
-#include "output.h"
+#include "options/options.h"
+#include "output/output.h"
 
 namespace qorextctl {
-
-enum class InputKind { automatic, request, reply, unsolicited, log };
-
-struct DecodeOptions {
-  InputKind as = InputKind::automatic;
-  std::string input = "-";  // a file; "-" is standard input
-};
 
 // `words` are the hex of one frame; without them lines are read, each the hex of a frame or a
 // log's. Malformed frames are `refused`, bytes that are no frame `usage`; a log's dumps are shown

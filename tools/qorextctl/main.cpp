@@ -3,7 +3,8 @@
 #include <exception>
 #include <iostream>
 
-#include "cli.h"
+#include "cli/cli.h"
+#include "run.h"
 
 namespace {
 

@@ -1,15 +1,18 @@
+#include "run.h"
+
 #include <fmt/format.h>
 #include <unistd.h>
 
-#include "arguments.h"
 #include "decode_input.h"
-#include "load.h"
-#include "phone_report.h"
-#include "recorder.h"
-#include "replay.h"
-#include "session.h"
-#include "shell.h"
-#include "trace.h"
+#include "frames/arguments.h"
+#include "load/load.h"
+#include "modem/ask_modem.h"
+#include "phone/phone_report.h"
+#include "recording/recorder.h"
+#include "replay/replay.h"
+#include "session/session.h"
+#include "shell/shell.h"
+#include "trace/trace.h"
 
 namespace qorextctl {
 
@@ -88,8 +91,8 @@ Outcome run_list(const Options& options, Printer& printer) {
   return Outcome::success;
 }
 
-Outcome ask_modem(const Options& options, Printer& printer) {
-  auto outcome = run_modem(options.words, options.setup.control, options.timeout, printer);
+Outcome run_modem(const Options& options, Printer& printer) {
+  auto outcome = ask_modem(options.words, options.setup.control, options.timeout, printer);
   return outcome ? *outcome : fail(printer, outcome.error());
 }
 
@@ -122,7 +125,7 @@ Outcome dispatch(const Options& options, Printer& printer) {
     case Verb::trace:
       return write_trace(options, printer);
     case Verb::modem:
-      return ask_modem(options, printer);
+      return run_modem(options, printer);
     case Verb::phone:
       return run_phone(options, printer);
     default:

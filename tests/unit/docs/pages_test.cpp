@@ -6,11 +6,11 @@
 
 #include <fstream>
 
-#include "factory.h"
-#include "request.h"
+#include "catalogue/request.h"
+#include "frames/unsolicited.h"
+#include "messages/services.h"
 #include "scenario.h"
-#include "services.h"
-#include "unsolicited.h"
+#include "state/factory.h"
 
 namespace docs {
 namespace {

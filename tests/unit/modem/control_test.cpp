@@ -1,7 +1,8 @@
-#include "control.h"
+#include "control/control.h"
 
+#include "messages/fault_kinds.h"
 #include "modem_test.h"
-#include "state_keys.h"
+#include "state/state_keys.h"
 
 namespace {
 
@@ -177,6 +178,13 @@ TEST_F(ControlLines, FaultsAreAddedListedAndCleared) {
   EXPECT_EQ(command({{"command", "faults"}})["faults"][0]["times"], 2);
   EXPECT_EQ(command({{"command", "clear_faults"}})["ok"], true);
   EXPECT_EQ(command({{"command", "faults"}})["faults"], json::array());
+}
+
+TEST_F(ControlLines, EveryKindOfFaultIsTaken) {
+  for (const char* kind : modem::kFaultKinds) {
+    EXPECT_EQ(command({{"command", "fault"}, {"kind", kind}})["ok"], true) << kind;
+  }
+  EXPECT_EQ(simulator.faults.all().size(), std::size(modem::kFaultKinds));
 }
 
 TEST_F(ControlLines, WrongFaultsAreRefused) {

@@ -5,7 +5,7 @@
 #include <fstream>
 #include <sstream>
 
-#include "control.h"
+#include "control/control.h"
 #include "modem_test.h"
 #include "scenario.h"
 

@@ -1,6 +1,6 @@
-#include "kpi_upload.h"
+#include "kpi/kpi_upload.h"
 
-#include "control.h"
+#include "control/control.h"
 #include "modem_test.h"
 
 namespace {

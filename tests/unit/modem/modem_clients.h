@@ -13,11 +13,11 @@
 #include <optional>
 #include <string>
 
-#include "packet.h"
+#include "messages/packet.h"
+#include "messages/request_log.h"
 #include "qmi_json/json_fields.h"
 #include "qmi_transport/scoped_fd.h"
 #include "qmi_transport/transport.h"
-#include "request_log.h"
 
 using modem::Bytes;
 using nlohmann::json;

@@ -6,10 +6,10 @@
 
 #include <vector>
 
-#include "factory.h"
+#include "messages/services.h"
 #include "qmi_json/json_fields.h"
-#include "services.h"
-#include "simulator.h"
+#include "simulator/simulator.h"
+#include "state/factory.h"
 
 class ModemTest : public ::testing::Test {
  protected:

@@ -7,7 +7,7 @@
 #include <fstream>
 
 #include "modem_test.h"
-#include "nam.h"
+#include "state/nam.h"
 
 namespace {
 

@@ -1,9 +1,9 @@
-#include "bytes.h"
+#include "base/bytes.h"
 
 #include <gtest/gtest.h>
 
-#include "deadline.h"
-#include "spelling.h"
+#include "base/deadline.h"
+#include "base/spelling.h"
 
 namespace qorextctl {
 namespace {

@@ -1,4 +1,4 @@
-#include "cli.h"
+#include "cli/cli.h"
 
 #include <unistd.h>
 
@@ -6,6 +6,7 @@
 
 #include "fake_modem.h"
 #include "fake_setup.h"
+#include "run.h"
 
 namespace qorextctl {
 namespace {

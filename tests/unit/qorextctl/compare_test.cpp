@@ -1,9 +1,9 @@
-#include "compare.h"
+#include "replay/compare.h"
 
 #include <gtest/gtest.h>
 
-#include "conversation.h"
 #include "qmi_samples.h"
+#include "recording/conversation.h"
 
 namespace qorextctl {
 namespace {

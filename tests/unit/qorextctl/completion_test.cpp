@@ -1,4 +1,4 @@
-#include "completion.h"
+#include "session/completion.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -7,10 +7,10 @@
 #include <filesystem>
 #include <fstream>
 
-#include "modem_control.h"
-#include "request.h"
-#include "session.h"
-#include "values.h"
+#include "catalogue/request.h"
+#include "catalogue/values.h"
+#include "modem/modem_control.h"
+#include "session/session.h"
 
 namespace qorextctl {
 namespace {
@@ -85,8 +85,25 @@ TEST(Completion, ModemCommandsWithTheirArgumentsAreOffered) {
   for (const ModemCommand& command : modem_commands()) EXPECT_THAT(all, Contains(command.name));
   EXPECT_THAT(at_end_of("modem fault silent me"), ElementsAre("message="));
   EXPECT_THAT(at_end_of("modem service nas "), ElementsAre("up", "down"));
+  EXPECT_THAT(at_end_of("modem nv 28 "), ElementsAre("record="));
   EXPECT_THAT(at_end_of("modem hob_save --n"), ElementsAre("--no-wait"));
   EXPECT_THAT(at_end_of("modem set lte.mn"), ElementsAre("lte.mnc="));
+}
+
+TEST(Completion, IndicationsAndTheirFieldsAreOffered) {
+  EXPECT_THAT(at_end_of("modem indicate pf"), ElementsAre("pfp"));
+  EXPECT_THAT(at_end_of("modem indicate pfp "), Contains("tbl_idx="));
+  EXPECT_THAT(at_end_of("modem indicate carrier v"), Contains("value="));
+  EXPECT_THAT(at_end_of("modem indicate pfp rat=3 --c"), ElementsAre("--count"));
+  EXPECT_THAT(at_end_of("modem indicate frob t"), IsEmpty());
+}
+
+TEST(Completion, ServicesRequestsAndFaultsOfTheModemAreOffered) {
+  EXPECT_THAT(at_end_of("modem service "), testing::UnorderedElementsAre("nas", "dms", "qorext"));
+  EXPECT_THAT(at_end_of("modem fault "), Contains("stray"));
+  EXPECT_THAT(at_end_of("modem fault silent service=d"), ElementsAre("service=dms"));
+  EXPECT_THAT(at_end_of("modem fault silent message=element_"),
+              ElementsAre("message=element_read", "message=element_write"));
 }
 
 TEST(Completion, FilesAreOfferedWhereOneIsNamed) {

@@ -1,4 +1,4 @@
-#include "daemon.h"
+#include "daemon/daemon.h"
 
 #include <fcntl.h>
 #include <unistd.h>

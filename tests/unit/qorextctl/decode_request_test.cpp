@@ -1,12 +1,12 @@
 // Requests are shown by the rows that build them.
 #include <gtest/gtest.h>
 
-#include "arguments.h"
-#include "decode.h"
+#include "base/spelling.h"
 #include "frame_samples.h"
+#include "frames/arguments.h"
+#include "frames/decode.h"
 #include "request_samples.h"
-#include "session.h"
-#include "spelling.h"
+#include "session/session.h"
 
 namespace qorextctl {
 namespace {

@@ -1,7 +1,7 @@
-#include "exchange.h"
+#include "session/exchange.h"
 
-#include "arguments.h"
 #include "fake_setup.h"
+#include "frames/arguments.h"
 
 namespace qorextctl {
 namespace {

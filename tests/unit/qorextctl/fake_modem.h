@@ -4,7 +4,7 @@
 #include <string>
 #include <thread>
 
-#include "fd.h"
+#include "base/fd.h"
 
 namespace qorextctl {
 

@@ -6,8 +6,8 @@
 #include <cstdlib>
 #include <sstream>
 
-#include "daemon.h"
-#include "output.h"
+#include "daemon/daemon.h"
+#include "output/output.h"
 
 namespace qorextctl {
 

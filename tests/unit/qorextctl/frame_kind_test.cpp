@@ -1,5 +1,5 @@
 // Frames that say themselves what they are.
-#include "frame_kind.h"
+#include "frames/frame_kind.h"
 
 #include <gtest/gtest.h>
 

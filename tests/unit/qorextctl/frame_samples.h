@@ -1,7 +1,7 @@
 // Frames as the daemon writes them, for the tests of their decoders.
 #pragma once
 
-#include "bytes.h"
+#include "base/bytes.h"
 
 namespace qorextctl {
 

@@ -1,8 +1,8 @@
-#include "frames.h"
+#include "frames/frames.h"
 
 #include <gtest/gtest.h>
 
-#include "exchange.h"
+#include "frames/expected_reply.h"
 
 namespace qorextctl {
 namespace {

@@ -1,4 +1,4 @@
-#include "history_file.h"
+#include "shell/history_file.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -9,7 +9,7 @@
 #include <filesystem>
 #include <fstream>
 
-#include "private_line.h"
+#include "shell/private_line.h"
 
 namespace qorextctl {
 namespace {

@@ -1,4 +1,4 @@
-#include "load.h"
+#include "load/load.h"
 
 #include <gmock/gmock.h>
 #include <unistd.h>
@@ -8,8 +8,8 @@
 #include <fstream>
 
 #include "fake_setup.h"
-#include "load_report.h"
-#include "progress.h"
+#include "load/load_report.h"
+#include "load/progress.h"
 
 namespace qorextctl {
 namespace {

@@ -1,12 +1,12 @@
 // The daemon's log lines, and what they hold.
-#include "log_reader.h"
+#include "log/log_reader.h"
 
 #include <gtest/gtest.h>
 
 #include "frame_samples.h"
-#include "log_line.h"
-#include "output.h"
-#include "personal.h"
+#include "frames/item_text.h"
+#include "frames/personal.h"
+#include "log/log_line.h"
 
 namespace qorextctl {
 namespace {

@@ -1,4 +1,4 @@
-#include "modem_control.h"
+#include "modem/modem_control.h"
 
 #include <gtest/gtest.h>
 #include <sys/socket.h>

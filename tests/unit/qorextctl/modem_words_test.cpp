@@ -1,7 +1,7 @@
 #include <gtest/gtest.h>
 
-#include "modem_control.h"
-#include "session.h"
+#include "modem/modem_control.h"
+#include "session/session.h"
 
 namespace qorextctl {
 namespace {

@@ -1,4 +1,4 @@
-#include "nam_record.h"
+#include "catalogue/nam_record.h"
 
 #include <gtest/gtest.h>
 
@@ -8,8 +8,8 @@
 #include <filesystem>
 #include <fstream>
 
-#include "arguments.h"
-#include "output.h"
+#include "frames/arguments.h"
+#include "frames/item_text.h"
 
 namespace qorextctl {
 namespace {

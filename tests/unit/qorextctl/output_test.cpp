@@ -1,5 +1,5 @@
 // What people and scripts see, to the letter.
-#include "output.h"
+#include "output/output.h"
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
@@ -8,9 +8,9 @@
 #include <cstdlib>
 #include <sstream>
 
-#include "fd.h"
+#include "base/fd.h"
 #include "frame_samples.h"
-#include "frames.h"
+#include "frames/frames.h"
 
 namespace qorextctl {
 namespace {

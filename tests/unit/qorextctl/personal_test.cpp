@@ -1,13 +1,13 @@
 // What must not be seen in what is kept and passed on.
-#include "personal.h"
+#include "frames/personal.h"
 
 #include <gtest/gtest.h>
 
-#include "arguments.h"
-#include "frame_kind.h"
 #include "frame_samples.h"
-#include "output.h"
-#include "session.h"
+#include "frames/arguments.h"
+#include "frames/frame_kind.h"
+#include "frames/item_text.h"
+#include "session/session.h"
 
 namespace qorextctl {
 namespace {

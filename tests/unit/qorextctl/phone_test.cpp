@@ -5,9 +5,10 @@
 #include <fstream>
 #include <iterator>
 
-#include "output.h"
-#include "phone_files.h"
-#include "phone_report.h"
+#include "frames/item_text.h"
+#include "output/output.h"
+#include "phone/phone_files.h"
+#include "phone/phone_report.h"
 
 namespace qorextctl {
 namespace {

@@ -1,11 +1,11 @@
-#include "process.h"
+#include "daemon/process.h"
 
 #include <gtest/gtest.h>
 #include <unistd.h>
 
 #include <csignal>
 
-#include "log_capture.h"
+#include "daemon/log_capture.h"
 
 namespace qorextctl {
 namespace {

@@ -1,4 +1,4 @@
-#include "qmi_message.h"
+#include "recording/qmi_message.h"
 
 #include <gtest/gtest.h>
 

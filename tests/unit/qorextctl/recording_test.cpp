@@ -1,4 +1,4 @@
-#include "recording.h"
+#include "recording/recording.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

@@ -1,4 +1,4 @@
-#include "replay_script.h"
+#include "replay/replay_script.h"
 
 #include <gtest/gtest.h>
 

@@ -1,10 +1,10 @@
 // Every reply decoder with hand-made frames, also with frames that lie.
 #include <gtest/gtest.h>
 
-#include "decode.h"
 #include "frame_samples.h"
-#include "frames.h"
-#include "output.h"
+#include "frames/decode.h"
+#include "frames/frames.h"
+#include "frames/item_text.h"
 
 namespace qorextctl {
 namespace {

@@ -3,9 +3,9 @@
 
 #include <set>
 
-#include "arguments.h"
+#include "frames/arguments.h"
 #include "request_samples.h"
-#include "session.h"
+#include "session/session.h"
 
 namespace qorextctl {
 namespace {

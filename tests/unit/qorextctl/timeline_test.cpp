@@ -1,11 +1,11 @@
-#include "timeline.h"
+#include "trace/timeline.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <map>
 
-#include "trace_tracks.h"
+#include "trace/trace_tracks.h"
 
 namespace qorextctl {
 namespace {

@@ -1,9 +1,9 @@
 // Every unsolicited frame with hand-made bytes, also with frames that lie.
 #include <gtest/gtest.h>
 
-#include "decode.h"
 #include "frame_samples.h"
-#include "output.h"
+#include "frames/decode.h"
+#include "frames/item_text.h"
 
 namespace qorextctl {
 namespace {

@@ -1,0 +1,91 @@
+#include <algorithm>
+#include <iterator>
+
+#include "handlers/handlers.h"
+#include "handlers/outcome.h"
+#include "messages/indications.h"
+
+namespace modem {
+namespace {
+
+constexpr milliseconds kPfpIndicationDelay{20};
+
+// One utility request: the data it carries, and the data to answer with.
+using UtilsHandler = void (*)(Features& features, const Bytes& data, Bytes& answer);
+
+void silent_reboot(Features& features, const Bytes& /*data*/, Bytes& answer) {
+  answer = features.silent_reboot_answer;
+}
+
+void notice_auto_verify(Features& features, const Bytes& data, Bytes& /*answer*/) {
+  features.auto_verify = data;
+}
+
+void set_system_info_filter(Features& features, const Bytes& data, Bytes& /*answer*/) {
+  features.system_info_filter = data.empty() ? uint8_t{0} : data[0];
+}
+
+// A mode, then a text that ends at its first zero byte.
+void set_coverage(Features& features, const Bytes& data, Bytes& /*answer*/) {
+  if (data.empty()) return;
+  auto text = data.begin() + 1;
+  features.coverage_mode = data[0];
+  features.coverage_text.assign(text, std::find(text, data.end(), uint8_t{0}));
+}
+
+void get_call_end_radio_state(Features& features, const Bytes& /*data*/, Bytes& answer) {
+  answer = features.call_end_radio_state;
+}
+
+struct UtilsRow {
+  uint32_t type;
+  UtilsHandler handler;
+};
+
+constexpr UtilsRow kUtilsRows[] = {
+    {3, silent_reboot}, {4, notice_auto_verify},       {5, set_system_info_filter},
+    {6, set_coverage},  {7, get_call_end_radio_state},
+};
+
+}  // namespace
+
+void request_pfp(Device& device, const Fields& request, Fields& /*response*/) {
+  const Pfp& pfp = device.state.pfp;
+  indicate(device.outbox, {.indication = "pfp",
+                           .fields = {{"version", pfp.version},
+                                      {"rat", pfp.rat},
+                                      {"tbl_idx", request.number("table")},
+                                      {"table", qmi_json::to_hex(pfp.table)}},
+                           .delay = kPfpIndicationDelay});
+}
+
+void serve_utils(Device& device, const Fields& request, Fields& response) {
+  uint32_t type = request.number("type");
+  const UtilsRow* row =
+      std::find_if(std::begin(kUtilsRows), std::end(kUtilsRows),
+                   [type](const UtilsRow& candidate) { return candidate.type == type; });
+  if (row == std::end(kUtilsRows)) return report_failure(response, kErrorNotSupported);
+
+  Bytes answer;
+  row->handler(device.state.features, request.bytes("data"), answer);
+  response.set("data", answer);
+}
+
+void report_hob(Device& device, const Fields& request, Fields& /*response*/) {
+  auto& states = device.state.features.hob_states;
+  if (states.size() == kMaxHobStates) states.erase(states.begin());
+  states.push_back(request.number("state"));
+  if (states.back() != kHobReady) ++device.hob_answers;
+}
+
+void get_data_plmn(Device& device, const Fields& /*request*/, Fields& response) {
+  response.set("record", device.state.carrier.data_plmn);
+}
+
+void set_tuner(Device& device, const Fields& request, Fields& response) {
+  Bytes& tuner = device.state.features.tuner;
+  tuner = request.bytes("data");
+  response.set("data", tuner);
+}
+
+}  // namespace modem

@@ -1,0 +1,59 @@
+#include "messages/services.h"
+
+#include <fmt/format.h>
+
+#include "device_management_service_v01.h"
+#include "network_access_service_v01.h"
+#include "qorext_vendor_service_v01.h"
+
+namespace modem {
+
+using qmi_idl::Service;
+using qmi_idl::service_of;
+
+const Service& nas_service() {
+  static const Service& service = service_of(nas_get_service_object_internal_v01(1, 175, 6));
+  return service;
+}
+
+const Service& dms_service() {
+  static const Service& service = service_of(dms_get_service_object_internal_v01(1, 56, 6));
+  return service;
+}
+
+const Service& qorext_service() {
+  static const Service& service = service_of(qorext_vs_get_service_object_internal_v01(1, 1, 4));
+  return service;
+}
+
+std::span<const Service* const> services() {
+  static const Service* const kServices[] = {&nas_service(), &dms_service(), &qorext_service()};
+  return kServices;
+}
+
+const Service* find_service(uint32_t id) {
+  for (const Service* service : services()) {
+    if (service->id == id) return service;
+  }
+  return nullptr;
+}
+
+const Service* find_service(std::string_view name) {
+  for (const Service* service : services()) {
+    if (name == service->name) return service;
+  }
+  return nullptr;
+}
+
+uint32_t instance_of(const Service& service) {
+  constexpr uint32_t kInstance = 1;
+  constexpr uint32_t kInstanceShift = 8;
+  return kInstance << kInstanceShift | service.version;
+}
+
+std::string message_name(const Service& service, qmi_idl::Direction direction, uint32_t id) {
+  const qmi_idl::Message* message = find(service, direction, id);
+  return message == nullptr ? fmt::format("0x{:X}", id) : message->name;
+}
+
+}  // namespace modem

@@ -1,0 +1,27 @@
+// The modem without its sockets: requests go in, actions come out of the outbox.
+#pragma once
+
+#include <span>
+
+#include "handlers/dispatch.h"
+#include "kpi/kpi_upload.h"
+#include "messages/request_log.h"
+#include "simulator/faults.h"
+
+namespace modem {
+
+class Simulator {
+ public:
+  // Starts from `start`, which is also what a factory reset brings back.
+  Simulator(const State& start, uint32_t seed) : device{start, start, {}}, faults(seed) {}
+
+  // Takes one packet of a client of the service. Anything but a request is dropped.
+  void receive(const qmi_idl::Service& service, uint64_t peer, std::span<const uint8_t> packet);
+
+  Device device;
+  Faults faults;
+  RequestLog requests;
+  KpiUploads uploads;
+};
+
+}  // namespace modem

@@ -1,0 +1,53 @@
+// What a person knows of the phone's NV items, and where in the items it lies. The items are the
+// truth; these are views of them.
+#pragma once
+
+#include <stdint.h>
+
+#include <string>
+
+#include "state/nv_store.h"
+
+namespace modem {
+
+constexpr size_t kSpcSize = 6;
+constexpr NvKey kSpcItem{32};
+
+// The CDMA number assignment module 0.
+struct Nam {
+  std::string mdn;         // at most 15 digits
+  std::string min;         // 10 digits
+  std::string imsi_mcc;    // 3 digits
+  std::string imsi_11_12;  // 2 digits
+  std::string imsi_t;      // 15 digits: MCC, IMSI_11_12, 10-digit IMSI_S
+  uint16_t home_sid = 0;
+  uint16_t home_nid = 0;
+  uint8_t scm = 0;
+  uint16_t primary_channel_a = 0;
+  uint16_t primary_channel_b = 0;
+  uint16_t secondary_channel_a = 0;
+  uint16_t secondary_channel_b = 0;
+  uint16_t vocoder = 0;
+  uint8_t overload_class = 0;
+};
+
+// Missing items read as zeros.
+Nam load_nam(const NvStore& nv);
+// Texts have the digits named above. Bytes of the items that hold nothing of the NAM stay.
+void store_nam(NvStore& nv, const Nam& nam);
+
+struct Settings {
+  std::string spc;  // 6 digits
+  uint8_t mob_p_rev = 0;
+  uint8_t lte_option = 0;
+  uint8_t ddtm = 0;
+  uint8_t imei_sv = 0;
+  uint32_t lte_bands = 0;  // one bit a band, band 1 in bit 0
+  std::string fsg_version;
+  std::string flex_version;
+};
+
+Settings load_settings(const NvStore& nv);
+void store_settings(NvStore& nv, const Settings& settings);
+
+}  // namespace modem

@@ -1,0 +1,125 @@
+// What the modem remembers. Plain values: a copy is a snapshot.
+#pragma once
+
+#include <stdint.h>
+
+#include <string>
+#include <vector>
+
+#include "state/engineering.h"
+#include "state/nv_store.h"
+
+namespace modem {
+
+constexpr size_t kTotOrderEntries = 15;
+constexpr size_t kMaxApns = 8;
+constexpr size_t kApnNameSize = 103;
+constexpr size_t kMaxOperatorName = 64;
+constexpr size_t kAkeySize = 26;
+constexpr size_t kDataPlmnSize = 560;
+constexpr size_t kPfpTableSize = 224;
+constexpr size_t kRadioStateSize = 17;
+constexpr size_t kTunerSize = 28;
+constexpr size_t kMaxRoamingSegment = 16384;
+constexpr size_t kMaxUtilsData = 256;
+constexpr size_t kMaxUtilsAnswer = 512;
+constexpr size_t kMaxHobStates = 1024;
+constexpr size_t kMaxEngineeringText = 1000;
+
+// What the phone says of the hand-off block.
+enum HobState : uint8_t { kHobFailed = 0, kHobSaved = 1, kHobReady = 0xFF };
+
+enum ServiceState : uint8_t { kNoService = 0, kLimitedService = 1, kFullService = 2 };
+
+// The LTE cell that the phone camps on.
+struct LteCell {
+  uint8_t service_state = kNoService;
+  uint16_t mcc = 0;
+  uint16_t mnc = 0;
+  std::string network_description;
+  uint32_t cell_id = 0;
+  uint16_t uplink_channel = 0;
+  uint16_t downlink_channel = 0;
+  uint8_t band = 0;
+  uint8_t bandwidth = 0;
+  int8_t rssi = 0;   // dBm
+  int8_t rsrq = 0;   // dB
+  int16_t rsrp = 0;  // dBm
+  int16_t snr = 0;   // tenths of a dB
+  uint8_t in_traffic = 0;
+  int32_t tx_power = 0;  // tenths of a dBm
+};
+
+struct Apn {
+  std::string name;
+  uint32_t address_type = 0;
+  uint32_t ipv4 = 0;  // 192.0.2.1 is 0xC0000201
+  Bytes ipv6;         // 16 bytes
+};
+
+// Names are UTF-8 here and GSM 7-bit (3GPP TS 23.038) on the air.
+struct Operator {
+  uint16_t mcc = 0;
+  uint16_t mnc = 0;
+  std::string short_name;
+  std::string long_name;
+};
+
+struct Security {
+  std::string subsidy_lock_code;  // 6 characters
+  std::string akey;               // 26 digits; empty until one is written
+};
+
+struct RoamingList {
+  uint32_t segments = 0;  // received so far
+  Bytes last_segment;
+};
+
+struct Carrier {
+  uint32_t bc10 = 0;
+  uint32_t bc14 = 0;
+  uint32_t active_profile = 0;
+  uint32_t bsr_timer = 0;
+  std::vector<uint32_t> tot_order;
+  Bytes data_plmn;  // 560 bytes
+  RoamingList roaming_list;
+};
+
+struct Engineering {
+  CallProcessingRecord call_processing = {};
+  EvdoRecord evdo = {};
+  // Given out in place of the records' text when not empty.
+  std::string call_processing_text;
+  std::string evdo_text;
+};
+
+struct Pfp {
+  uint16_t version = 0;
+  uint16_t rat = 0;
+  Bytes table;  // 224 bytes
+};
+
+struct Features {
+  Bytes tuner;
+  Bytes silent_reboot_answer;
+  Bytes auto_verify;  // what the last notice carried
+  uint8_t system_info_filter = 0;
+  uint8_t coverage_mode = 0;
+  std::string coverage_text;
+  Bytes call_end_radio_state;        // 17 bytes
+  std::vector<uint32_t> hob_states;  // the last bytes received, the newest one last
+};
+
+struct State {
+  NvStore nv;
+  LteCell lte;
+  std::vector<Apn> ehrpd_apns;
+  std::vector<Operator> operators;
+  Security security;
+  Carrier carrier;
+  Engineering engineering;
+  Pfp pfp;
+  Features features;
+};
+
+}  // namespace modem

@@ -1,0 +1,191 @@
+#include "state/state_keys.h"
+
+#include <arpa/inet.h>
+
+#include <array>
+
+#include "state/gsm_alphabet.h"
+
+namespace modem {
+namespace {
+
+constexpr size_t kMaxItems = 4096;
+constexpr size_t kMaxOperators = 256;
+constexpr size_t kMaxText = 255;
+constexpr size_t kMaxPlmnDigits = 999;
+constexpr size_t kMdnDigits = 15;
+constexpr size_t kIpv6Size = 16;
+
+struct NvItem {
+  uint32_t rde_id = 0;
+  uint32_t record = 0;
+  Bytes data;
+  bool is_absent = false;
+};
+
+void describe(Archive& archive, NvItem& item) {
+  archive.require(archive.number("rde_id", item.rde_id), "rde_id");
+  archive.number("record", item.record);
+  archive.hex("data", item.data, up_to(kMaxItemSize));
+  if (archive.reading() || archive.telling_names()) archive.flag("absent", item.is_absent);
+}
+
+void describe_nv(Archive& archive, NvStore& nv) {
+  std::vector<NvItem> items;
+  if (!archive.reading() && !archive.telling_names()) {
+    for (const auto& [key, data] : nv.items())
+      items.push_back({key.rde_id, key.record, data, false});
+  }
+  archive.list("nv", items, kMaxItems);
+  for (const NvItem& item : items) {
+    NvKey key{item.rde_id, item.record};
+    item.is_absent ? nv.erase(key) : nv.put(key, item.data);
+  }
+}
+
+// A text in the form that inet_pton knows, for an address of `size` bytes.
+void describe_address(Archive& archive, const char* key, int family, std::span<uint8_t> address) {
+  char text[INET6_ADDRSTRLEN] = "";
+  inet_ntop(family, address.data(), text, sizeof text);
+  std::string value = text;
+  if (!archive.text(key, value, up_to(sizeof text)) || !archive.reading()) return;
+  if (inet_pton(family, value.c_str(), address.data()) != 1) {
+    archive.refuse(key, family == AF_INET ? "wants an IPv4 address" : "wants an IPv6 address");
+  }
+}
+
+void describe_name(Archive& archive, const char* key, std::string& name) {
+  archive.text(key, name, up_to(kMaxText));
+  auto encoded = encode_gsm(name);
+  if (!encoded) archive.refuse(key, "has a character that is not in the GSM alphabet");
+  if (encoded->size() > kMaxOperatorName) archive.refuse(key, "has more than 64 characters");
+}
+
+}  // namespace
+
+void describe(Archive& archive, Nam& nam) {
+  archive.digits("mdn", nam.mdn, up_to(kMdnDigits));
+  archive.digits("min", nam.min, exactly(10));
+  archive.digits("imsi_mcc", nam.imsi_mcc, exactly(3));
+  archive.digits("imsi_11_12", nam.imsi_11_12, exactly(2));
+  archive.digits("imsi_t", nam.imsi_t, exactly(15));
+  archive.number("home_sid", nam.home_sid);
+  archive.number("home_nid", nam.home_nid);
+  archive.number("scm", nam.scm);
+  archive.number("primary_channel_a", nam.primary_channel_a);
+  archive.number("primary_channel_b", nam.primary_channel_b);
+  archive.number("secondary_channel_a", nam.secondary_channel_a);
+  archive.number("secondary_channel_b", nam.secondary_channel_b);
+  archive.number("vocoder", nam.vocoder);
+  archive.number("overload_class", nam.overload_class);
+}
+
+void describe(Archive& archive, Settings& settings) {
+  archive.digits("spc", settings.spc, exactly(kSpcSize));
+  archive.number("mob_p_rev", settings.mob_p_rev);
+  archive.number("lte_option", settings.lte_option);
+  archive.number("ddtm", settings.ddtm);
+  archive.number("imei_sv", settings.imei_sv);
+  archive.number("lte_bands", settings.lte_bands);
+  archive.text("fsg_version", settings.fsg_version, up_to(kMaxText));
+  archive.text("flex_version", settings.flex_version, up_to(kMaxText));
+}
+
+void describe(Archive& archive, LteCell& cell) {
+  archive.number("service_state", cell.service_state, kNoService, kFullService);
+  archive.number("mcc", cell.mcc, 0, kMaxPlmnDigits);
+  archive.number("mnc", cell.mnc, 0, kMaxPlmnDigits);
+  archive.text("network_description", cell.network_description, up_to(kMaxText));
+  archive.number("cell_id", cell.cell_id);
+  archive.number("uplink_channel", cell.uplink_channel);
+  archive.number("downlink_channel", cell.downlink_channel);
+  archive.number("band", cell.band);
+  archive.number("bandwidth", cell.bandwidth);
+  archive.number("rssi", cell.rssi);
+  archive.number("rsrq", cell.rsrq);
+  archive.number("rsrp", cell.rsrp);
+  archive.number("snr", cell.snr);
+  archive.number("in_traffic", cell.in_traffic, 0, 1);
+  archive.number("tx_power", cell.tx_power);
+}
+
+void describe(Archive& archive, Apn& apn) {
+  std::array<uint8_t, sizeof apn.ipv4> ipv4{};
+  for (size_t i = 0; i < ipv4.size(); ++i) {
+    ipv4[i] = static_cast<uint8_t>(apn.ipv4 >> (24 - 8 * i));
+  }
+  apn.ipv6.resize(kIpv6Size);
+
+  archive.text("name", apn.name, up_to(kApnNameSize));
+  archive.number("address_type", apn.address_type);
+  describe_address(archive, "ipv4", AF_INET, ipv4);
+  describe_address(archive, "ipv6", AF_INET6, apn.ipv6);
+
+  apn.ipv4 = 0;
+  for (uint8_t byte : ipv4) apn.ipv4 = apn.ipv4 << 8 | byte;
+}
+
+void describe(Archive& archive, Operator& entry) {
+  archive.number("mcc", entry.mcc, 0, kMaxPlmnDigits);
+  archive.number("mnc", entry.mnc, 0, kMaxPlmnDigits);
+  describe_name(archive, "short_name", entry.short_name);
+  describe_name(archive, "long_name", entry.long_name);
+}
+
+void describe(Archive& archive, Security& security) {
+  archive.text("subsidy_lock_code", security.subsidy_lock_code, exactly(kSpcSize));
+  archive.text("akey", security.akey, up_to(kAkeySize));
+}
+
+void describe(Archive& archive, RoamingList& list) {
+  archive.number("segments", list.segments);
+  archive.hex("last_segment", list.last_segment, up_to(kMaxRoamingSegment));
+}
+
+void describe(Archive& archive, Carrier& carrier) {
+  archive.number("bc10", carrier.bc10);
+  archive.number("bc14", carrier.bc14);
+  archive.number("active_profile", carrier.active_profile);
+  archive.number("bsr_timer", carrier.bsr_timer);
+  archive.numbers("tot_order", carrier.tot_order, kTotOrderEntries);
+  archive.hex("data_plmn", carrier.data_plmn, up_to(kDataPlmnSize));
+  archive.section("roaming_list", carrier.roaming_list);
+}
+
+void describe(Archive& archive, Pfp& pfp) {
+  archive.number("version", pfp.version);
+  archive.number("rat", pfp.rat);
+  archive.hex("table", pfp.table, up_to(kPfpTableSize));
+}
+
+void describe(Archive& archive, Features& features) {
+  archive.hex("tuner", features.tuner, up_to(kTunerSize));
+  archive.hex("silent_reboot_answer", features.silent_reboot_answer, up_to(kMaxUtilsAnswer));
+  archive.hex("auto_verify", features.auto_verify, up_to(kMaxUtilsData));
+  archive.number("system_info_filter", features.system_info_filter);
+  archive.number("coverage_mode", features.coverage_mode);
+  archive.text("coverage_text", features.coverage_text, up_to(kMaxUtilsData));
+  archive.hex("call_end_radio_state", features.call_end_radio_state, up_to(kMaxUtilsAnswer));
+  archive.numbers("hob_states", features.hob_states, kMaxHobStates);
+}
+
+void describe(Archive& archive, State& state) {
+  Nam nam = load_nam(state.nv);
+  Settings settings = load_settings(state.nv);
+  bool has_nam = archive.section("nam", nam);
+  bool has_settings = archive.section("settings", settings);
+  if (archive.reading() && has_nam) store_nam(state.nv, nam);
+  if (archive.reading() && has_settings) store_settings(state.nv, settings);
+  describe_nv(archive, state.nv);
+
+  archive.section("lte", state.lte);
+  archive.list("ehrpd_apns", state.ehrpd_apns, kMaxApns);
+  archive.list("operators", state.operators, kMaxOperators);
+  archive.section("security", state.security);
+  archive.section("carrier", state.carrier);
+  archive.section("engineering", state.engineering);
+  archive.section("pfp", state.pfp);
+  archive.section("features", state.features);
+}
+
+}  // namespace modem

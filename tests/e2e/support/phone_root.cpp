@@ -1,0 +1,79 @@
+#include "phone_root.h"
+
+#include <sys/stat.h>
+
+#include <cerrno>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <stdexcept>
+#include <system_error>
+
+#include "phone/phone_files.h"
+
+namespace e2e {
+
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr mode_t kFolderMode = 0755;
+
+[[noreturn]] void fail(const std::string& path) {
+  throw std::system_error(errno, std::generic_category(), path);
+}
+
+void remove_content(const std::string& folder) {
+  for (const auto& entry : fs::directory_iterator(folder)) fs::remove_all(entry.path());
+}
+
+}  // namespace
+
+PhoneRoot::PhoneRoot(Content content) : path_(fs::temp_directory_path() / "qorext.XXXXXX") {
+  if (mkdtemp(path_.data()) == nullptr) fail(path_);
+  chmod(path_.c_str(), kFolderMode);
+  if (const char* handset = getenv("QOREXT_HANDSET")) {
+    use_handset(handset);
+    return;
+  }
+  folder_ = path_ + "/phone";
+  daemon_root_ = folder_;
+  modem_ = "unix:" + path_ + "/modem.sock";
+  auto error = content == bare ? qorextctl::make_phone_folders(folder())
+                               : qorextctl::prepare_phone(folder(), {});
+  if (error) throw std::runtime_error(error->message);
+}
+
+void PhoneRoot::use_handset(const std::string& folder) {
+  folder_ = folder;
+  modem_ = "qrtr";
+  for (const char* name : {"/data", "/proc", "/sys", qorextctl::kPropertiesFolder}) {
+    fs::create_directories(folder_ + name);
+    remove_content(folder_ + name);
+    give_to_daemon(folder_ + name);
+  }
+  auto error = qorextctl::make_phone_folders(folder_);
+  if (error) throw std::runtime_error(error->message);
+}
+
+PhoneRoot::~PhoneRoot() {
+  std::error_code ignored;
+  fs::remove_all(path_, ignored);
+}
+
+void PhoneRoot::give_to_daemon(const std::string& path) const {
+  if (!qorextctl::give_to_radio_user(path)) fail(path);
+}
+
+void PhoneRoot::set_property(const std::string& name, const std::string& value) const {
+  std::ofstream(folder() + qorextctl::kPropertiesFolder + "/" + name) << value;
+}
+
+std::string PhoneRoot::property(const std::string& name) const {
+  std::ifstream file(folder() + qorextctl::kPropertiesFolder + "/" + name);
+  if (!file) return "(none)";
+  return {std::istreambuf_iterator<char>(file), {}};
+}
+
+}  // namespace e2e

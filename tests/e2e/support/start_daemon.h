@@ -1,0 +1,17 @@
+#pragma once
+
+#include <memory>
+
+#include "daemon/daemon.h"
+#include "phone_root.h"
+
+namespace e2e {
+
+// The daemon on this phone and its modem; of the options, those that the phone does not tell count.
+std::unique_ptr<qorextctl::Daemon> start_daemon(const PhoneRoot& phone,
+                                                qorextctl::DaemonOptions options);
+
+// For so many requests that their log cannot be kept.
+constexpr size_t kLastLogLines = 200;
+
+}  // namespace e2e

@@ -1,0 +1,114 @@
+// The request catalogue: one row a request. The rows carry everything that is known of a request,
+// for building it, for decoding its reply and for showing it to people.
+#pragma once
+
+#include <cstdint>
+#include <span>
+#include <string_view>
+
+#include "catalogue/field.h"
+
+namespace qorextctl {
+
+enum class Family : uint8_t {
+  generic,  // 8-byte big-endian header
+  cdma,     // 18-byte little-endian header, ids 0x02xxxxxx
+};
+
+// Where an argument lies when not in the payload.
+enum class Place : uint8_t { payload, id, type, status, code, code_and_payload };
+
+// The value of an argument that is not given.
+struct Default {
+  enum class Kind : uint8_t { required, absent, value, length_of, same_as } kind;
+  const char* text;  // the value, or the name of the other argument
+};
+constexpr Default kRequired = {Default::Kind::required, ""};
+constexpr Default kAbsent = {Default::Kind::absent, ""};  // its bytes are left out
+constexpr Default value(const char* text) { return {Default::Kind::value, text}; }
+constexpr Default length_of(const char* name) { return {Default::Kind::length_of, name}; }
+constexpr Default same_as(const char* name) { return {Default::Kind::same_as, name}; }
+
+struct Argument {
+  Field field;
+  Default otherwise;
+  const char* help;
+  uint32_t least = 0;  // value of a number, length of bytes, text and lists
+  uint32_t most = 0;   // 0: what the type holds
+  Place place = Place::payload;
+  const char* choices = "";  // values worth offering, blanks between them
+};
+
+constexpr Argument offering(const char* choices, Argument argument) {
+  argument.choices = choices;
+  return argument;
+}
+
+// A reply's data, or an unsolicited message's.
+struct Group {
+  const char* name;
+  uint16_t offset;
+  uint16_t stride;
+  uint16_t count;
+  std::span<const Field> fields;  // offsets from the record's start
+  const char* counted_by = nullptr;
+};
+struct Layout {
+  std::span<const Field> fields;
+  uint32_t size = 0;  // 0: varies
+  const Group* group = nullptr;
+};
+
+enum class ReplyForm : uint8_t {
+  cdma,            // 18-byte header with a status, data, two zero bytes
+  generic,         // 8-byte header, data; the single data byte 5 is a failure
+  generic_status,  // the same, the first data byte is a status
+  data_plmn,       // 568 bytes without a header, all zero after a failure
+};
+
+// Requests whose real reply is followed by a "not supported" reply for the same id. A daemon that
+// does not know the request sends only the latter.
+enum class Second : uint8_t { none, always, with_payload };
+
+struct Reply {
+  ReplyForm form = ReplyForm::cdma;
+  const Layout* layout = nullptr;  // none: no data
+  uint32_t id = 0;                 // 0: the request's
+  Second second = Second::none;
+};
+
+struct Payload {
+  std::span<const Argument> arguments;
+  uint32_t size = 0;          // at least so many bytes, zero where no argument lies
+  bool takes_record = false;  // json=FILE gives arguments as a JSON object
+};
+
+struct Request {
+  const char* name;
+  uint32_t id;
+  const char* description;
+  Payload payload = {};
+  Reply reply = {};
+};
+
+constexpr uint32_t kCdmaIds = 0x02000000;
+constexpr Family family_of(const Request& request) {
+  return (request.id & 0xFF000000) == kCdmaIds ? Family::cdma : Family::generic;
+}
+
+// Every request in the order in which people read them.
+std::span<const Request> catalogue();
+
+// Null when there is none.
+const Request* find_request(std::string_view name);
+const Request* find_request(Family family, uint32_t id);
+
+// The families' tables.
+std::span<const Request> nv_requests();
+std::span<const Request> nam_requests();
+std::span<const Request> carrier_requests();
+std::span<const Request> engineering_requests();
+std::span<const Request> feature_requests();
+std::span<const Request> raw_requests();
+
+}  // namespace qorextctl

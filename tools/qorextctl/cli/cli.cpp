@@ -1,0 +1,105 @@
+#include "cli/cli.h"
+
+#include <CLI/CLI.hpp>
+#include <algorithm>
+#include <sstream>
+
+#include "cli/choices.h"
+#include "cli/command_app.h"
+#include "cli/help_text.h"
+#include "cli/verbs.h"
+#include "command_line.h"
+
+namespace qorextctl {
+
+namespace {
+
+constexpr double kMostTimeout = 3600;
+
+void add_shared_options(CLI::App& app, Options& options) {
+  app.add_flag("--json", options.json, "one JSON object a line");
+  app.add_flag("--log", options.log, "show the daemon's log on standard error");
+  app.add_flag("--show-personal", options.show_personal,
+               "do not mask numbers and codes of the subscriber in decoded frames, logs, "
+               "recordings and timelines");
+  app.add_option_function<std::string>(
+         "--color", [&](const std::string& name) { options.colour = colour_named(name); },
+         "auto, always or never; auto honours NO_COLOR")
+      ->option_text("WHEN");
+  app.add_option("--timeout", options.timeout, "seconds to wait for a reply")
+      ->check(CLI::Range(0.001, kMostTimeout))
+      ->capture_default_str();
+  app.add_option("--instance", options.instance, "the daemon's instance id")->capture_default_str();
+  app.add_option("--modem", options.setup.modem, "unix:PATH or qrtr; without it a private modem")
+      ->check([](const std::string& modem) {
+        bool good = modem == "qrtr" || (modem.rfind("unix:", 0) == 0 && modem.size() > 5);
+        return good ? "" : "'" + modem + "' is neither qrtr nor unix:PATH";
+      });
+  app.add_option("--control", options.setup.control, "control socket of the modem");
+  app.add_option("--scenario", options.setup.scenario, "start state of the private modem")
+      ->check(CLI::ExistingFile);
+  app.add_option("--phone-root", options.setup.phone_root,
+                 "folder of the phone's files; without it a private one");
+  app.add_option("--daemon-program", options.daemon_executable,
+                 "the daemon; without it qorext_client beside qorextctl")
+      ->check(CLI::ExistingFile);
+  app.add_option("--modem-program", options.setup.modem_executable,
+                 "the private modem; without it qorext_modem beside qorextctl")
+      ->check(CLI::ExistingFile);
+}
+
+// Only "phone" makes the folder.
+void check_phone_root(const Options& options) {
+  const std::string& root = options.setup.phone_root;
+  if (options.verb == Verb::phone) {
+    if (root.empty()) throw CLI::RequiredError("--phone-root");
+  } else if (!root.empty() && !CLI::ExistingDirectory(root).empty()) {
+    throw CLI::ValidationError("--phone-root", CLI::ExistingDirectory(root));
+  }
+}
+
+// What is wrong has to be told in the right form too, and no parser has got that far then.
+bool wants_json(int argc, const char* const* argv) {
+  return std::find(argv, argv + argc, std::string_view("--json")) != argv + argc;
+}
+
+}  // namespace
+
+void describe_command_line(CLI::App& app, Options& options) {
+  app.description("Drives qorext_client as the radio interface daemon does.");
+  app.name("qorextctl");
+  app.set_version_flag("--version", "qorextctl " QOREXT_VERSION);
+  app.footer(std::string(kExamples) + kExitStatuses);
+  app.require_subcommand(0, 1);
+  add_shared_options(app, options);
+  add_verbs(app, options);
+}
+
+Parsed parse_command_line(int argc, const char* const* argv) {
+  Parsed parsed;
+  if (argc > 1 && argv[1] == completion::kVerb) {
+    parsed.text = complete_command_line({argv + 2, argv + argc});
+    parsed.is_text = true;
+    return parsed;
+  }
+  CLI::App app;
+  describe_command_line(app, parsed.options);
+  try {
+    app.parse(argc, argv);
+    if (app.get_subcommands().empty()) throw CLI::RequiredError("a command");
+    check_phone_root(parsed.options);
+    parsed.options.setup.timeout_seconds = parsed.options.timeout;
+  } catch (const CLI::ParseError& error) {
+    parsed.options.json = wants_json(argc, argv);
+    std::ostringstream text;
+    if (app.exit(error, text, text) == 0) {
+      parsed.text = text.str();
+      parsed.is_text = true;
+    } else {
+      parsed.error = usage_error(std::string(error.what()) + " (see: qorextctl --help)");
+    }
+  }
+  return parsed;
+}
+
+}  // namespace qorextctl

@@ -1,0 +1,149 @@
+#include "cli/verbs.h"
+
+#include <CLI/CLI.hpp>
+
+#include "cli/choices.h"
+#include "cli/help_text.h"
+#include "modem/modem_control.h"
+#include "modem/modem_options.h"
+#include "session/help_topics.h"
+
+namespace qorextctl {
+
+namespace {
+
+CLI::App* add_verb(CLI::App& app, Options& options, Verb verb, const char* name,
+                   const char* description, const std::string& footer) {
+  CLI::App* command = app.add_subcommand(name, description);
+  command->footer(footer + "\n" + kExitStatuses);
+  command->fallthrough();
+  command->callback([&options, verb] { options.verb = verb; });
+  return command;
+}
+
+// What CLI11 takes for an option of its own goes back among the words.
+void add_modem_option(CLI::App& modem, Options& options, const ModemOption& option) {
+  std::string name = option.name;
+  auto& words = options.words;
+  if (option.kind == ModemOption::Kind::flag) {
+    modem.add_flag_callback(
+        name, [&words, name] { words.push_back(name); }, option.help);
+    return;
+  }
+  auto* added = modem.add_option_function<std::string>(
+      name,
+      [&words, name](const std::string& value) {
+        words.push_back(name);
+        if (!value.empty()) words.push_back(value);
+      },
+      option.help);
+  if (option.kind == ModemOption::Kind::number_or_not) added->expected(0, 1);
+}
+
+void add_phone(CLI::App& app, Options& options) {
+  CLI::App* phone = add_verb(app, options, Verb::phone, "phone", "prepare or show a phone's root",
+                             kPhoneExamples);
+  phone->add_option("words", options.words, "prepare (default) or show")
+      ->expected(0, 1)
+      ->check(CLI::IsMember({"prepare", "show"}));
+  PhoneFiles& files = options.phone;
+  phone->add_option("--powerup-reason", files.power_up_reason, "0x00020000 is a kernel panic")
+      ->capture_default_str();
+  phone->add_option("--modem-restarts", files.modem_restarts, "since the boot")
+      ->capture_default_str();
+  phone->add_option("--ssr-reason", files.ssr_reason, "of the modem's last restart");
+  phone->add_option("--hob-seed", files.hob_seed, "makes up the hand-off block's content")
+      ->capture_default_str();
+  phone->add_option("--hob", files.hob_file, "the hand-off block, 32768 bytes")
+      ->check(CLI::ExistingFile);
+}
+
+void add_decode(CLI::App& app, Options& options) {
+  CLI::App* decode = add_verb(app, options, Verb::decode, "decode",
+                              "show what frames or a log hold", kDecodeExamples);
+  decode->add_option("words", options.words, "HEX... of one frame; without it lines are read");
+  decode
+      ->add_option_function<std::string>(
+          "--as", [&](const std::string& name) { options.decode.as = input_named(name); },
+          "request, reply, unsolicited or log; without it recognised by itself")
+      ->option_text("KIND");
+  decode
+      ->add_option("--input", options.decode.input, "lines of hex or of a log; - is standard input")
+      ->option_text("FILE")
+      ->capture_default_str();
+}
+
+CLI::Option* add_output(CLI::App& verb, Options& options, const char* help) {
+  return verb.add_option("--output", options.output, help)->option_text("FILE");
+}
+
+void add_recordings(CLI::App& app, Options& options) {
+  add_output(*add_verb(app, options, Verb::record, "record",
+                       "a session, with all that is exchanged written to a file", kRecordExamples),
+             options, "the recording")
+      ->required();
+  add_verb(app, options, Verb::replay, "replay",
+           "play a recording back against the daemon and show the differences", kReplayExamples)
+      ->add_option("words", options.words, "RECORDING")
+      ->required()
+      ->expected(1);
+  CLI::App* trace = add_verb(app, options, Verb::trace, "trace",
+                             "a recording as a timeline for Perfetto", kTraceExamples);
+  trace->add_option("words", options.words, "RECORDING")->required()->expected(1);
+  add_output(*trace, options, "the timeline, Chrome trace event JSON; - is standard output")
+      ->default_str("-");
+}
+
+void add_load(CLI::App& app, LoadOptions& load, Options& options) {
+  constexpr size_t kMostRequests = 10'000'000;
+  constexpr double kMostRate = 1'000'000;
+  constexpr double kMostSeconds = 86400;
+  CLI::App* verb =
+      add_verb(app, options, Verb::load, "load", "many requests at a given rate", kLoadExamples);
+  verb->add_option("--count", load.count, "requests to send")
+      ->check(CLI::Range(size_t{1}, kMostRequests))
+      ->capture_default_str();
+  verb->add_option("--rate", load.rate, "requests a second; 0 sends one behind the other")
+      ->check(CLI::Range(0.0, kMostRate))
+      ->capture_default_str();
+  auto* mix =
+      verb->add_option("--mix", load.mix, "NAME[:WEIGHT],... of requests")->capture_default_str();
+  verb->add_option("--mix-file", load.mix_file, "lines of a weight and a session's line")
+      ->check(CLI::ExistingFile)
+      ->excludes(mix);
+  verb->add_option("--seed", load.seed, "of the choice of requests")->capture_default_str();
+  verb->add_option("--time-limit", load.time_limit, "seconds for the whole run")
+      ->check(CLI::Range(0.001, kMostSeconds))
+      ->capture_default_str();
+}
+
+}  // namespace
+
+void add_verbs(CLI::App& app, Options& options) {
+  add_verb(app, options, Verb::request, "request", "send one request and show its reply",
+           kRequestExamples)
+      ->add_option("words", options.words, "NAME [KEY=VALUE]...")
+      ->required();
+  add_verb(app, options, Verb::raw, "raw", "send bytes as they are and show the reply",
+           kRawExamples)
+      ->add_option("words", options.words, "HEX...")
+      ->required();
+  add_verb(app, options, Verb::session, "session", "requests from standard input, one a line",
+           "lines:\n" + session_lines() + kSessionExamples);
+  add_verb(app, options, Verb::shell, "shell", "a session at a terminal, with completion",
+           kShellKeys + ("lines:\n" + session_lines()) + kShellExamples);
+  add_recordings(app, options);
+  add_verb(app, options, Verb::list, "list", "all requests, or one with its arguments",
+           kListExamples)
+      ->add_option("words", options.words, "[NAME]")
+      ->expected(0, 1);
+  add_decode(app, options);
+  add_load(app, options.load, options);
+  add_phone(app, options);
+  CLI::App* modem = add_verb(app, options, Verb::modem, "modem", "ask a modem's control socket",
+                             "commands:\n" + modem_command_help() + "\n" + kModemExamples);
+  modem->add_option("words", options.words, "COMMAND [ARGUMENT]...")->required();
+  for (const ModemOption& option : modem_options()) add_modem_option(*modem, options, option);
+}
+
+}  // namespace qorextctl

@@ -1,0 +1,76 @@
+// The parent's ends of the three pipes.
+#pragma once
+
+#include <optional>
+#include <variant>
+
+#include "base/bytes.h"
+#include "base/deadline.h"
+#include "base/fd.h"
+#include "frames/frames.h"
+
+namespace qorextctl {
+
+enum class Silence {
+  timeout,  // no whole frame until the deadline; bytes of a part of one are kept
+  ended,    // the other end has closed the pipe
+};
+
+// A frame, or why there is none.
+class Received {
+ public:
+  Received(Bytes frame) : content_(std::move(frame)) {}
+  Received(Silence silence) : content_(silence) {}
+
+  explicit operator bool() const { return content_.index() == 0; }
+  const Bytes& operator*() const { return std::get<0>(content_); }
+  Silence silence() const { return std::get<1>(content_); }
+
+ private:
+  std::variant<Bytes, Silence> content_;
+};
+
+// Frames out of a pipe, however its bytes come: several in one read, one in many.
+class FramePipe {
+ public:
+  explicit FramePipe(UniqueFd input) : input_(std::move(input)) {}
+
+  int fd() const { return input_.get(); }
+  bool ended() const { return ended_; }
+
+  // Reads what is there without waiting.
+  void read_available();
+  // The next whole frame of those read already.
+  template <class SizeOf>
+  std::optional<Bytes> take(SizeOf size_of) {
+    return buffer_.take(size_of);
+  }
+  template <class SizeOf>
+  Received receive(SizeOf size_of, Deadline deadline);
+
+  const Bytes& pending() const { return buffer_.pending(); }
+  Bytes take_all() { return buffer_.take_all(); }
+
+ private:
+  bool readable(Deadline deadline) const;
+  void read_once();
+
+  UniqueFd input_;
+  FrameBuffer buffer_;
+  bool ended_ = false;
+};
+
+template <class SizeOf>
+Received FramePipe::receive(SizeOf size_of, Deadline deadline) {
+  for (;;) {
+    if (auto frame = buffer_.take(size_of)) return *frame;
+    if (ended_) return Silence::ended;
+    if (!readable(deadline)) return Silence::timeout;
+    read_once();
+  }
+}
+
+// One write() of all bytes; false when the pipe is closed or takes only a part (errno tells).
+bool write_whole(int fd, View bytes);
+
+}  // namespace qorextctl

@@ -1,0 +1,13 @@
+// The daemon beside a modem and a phone.
+#pragma once
+
+#include "daemon/daemon.h"
+#include "daemon/private_setup.h"
+
+namespace qorextctl {
+
+// `options` without modem and phone, which are the setup's. Without an executable it is
+// qorext_client beside this program.
+Result<std::unique_ptr<Daemon>> launch_daemon(DaemonOptions options, const Setup& setup);
+
+}  // namespace qorextctl

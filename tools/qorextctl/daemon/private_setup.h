@@ -1,0 +1,57 @@
+// What the daemon needs around it: a modem and a phone's file system. What is not given is made for
+// this run only, in a temporary folder that is removed afterwards.
+#pragma once
+
+#include <memory>
+#include <optional>
+#include <string>
+
+#include "daemon/log_capture.h"
+#include "daemon/process.h"
+
+namespace qorextctl {
+
+struct SetupOptions {
+  std::string modem = {};        // "unix:PATH" or "qrtr"; empty: a private one
+  std::string control;           // of the given modem; empty: none
+  std::string scenario;          // file for the private modem; empty: its default
+  std::string phone_root;        // empty: a private one
+  std::string modem_executable;  // empty: the one beside this program
+  double timeout_seconds = 20;
+  bool serves_modem = false;  // the caller does, at modem(): none is started
+};
+
+class Setup {
+ public:
+  // A readable `interrupt_fd` ends the wait for the private modem.
+  static Result<std::unique_ptr<Setup>> create(const SetupOptions& options, int interrupt_fd = -1);
+  ~Setup();
+
+  const std::string& modem() const { return modem_; }
+  std::string modem_socket() const { return folder_ + "/modem.sock"; }  // of a private one
+  const std::string& control() const { return control_; }               // empty: none is known
+  const std::string& phone_root() const { return phone_root_; }
+  const LogCapture& modem_log() const { return modem_log_; }
+
+ private:
+  Setup(const SetupOptions& options, int interrupt_fd)
+      : interrupt_fd_(interrupt_fd),
+        modem_(options.modem),
+        control_(options.control),
+        phone_root_(options.phone_root) {}
+
+  std::optional<Error> make_folder();
+  std::optional<Error> make_phone_root();
+  std::optional<Error> start_modem(const SetupOptions& options);
+  std::optional<Error> wait_ready(const UniqueFd& ready, double seconds);
+
+  int interrupt_fd_;
+  std::string folder_;  // empty: nothing private
+  std::string modem_;
+  std::string control_;
+  std::string phone_root_;
+  LogCapture modem_log_;  // ends after the process
+  std::optional<Process> process_;
+};
+
+}  // namespace qorextctl

@@ -1,0 +1,144 @@
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <limits>
+
+#include "frames/decode.h"
+#include "frames/frames.h"
+#include "frames/personal.h"
+
+namespace qorextctl {
+
+namespace {
+
+// What a row's payload may hold.
+struct Sizes {
+  size_t least;
+  size_t most;
+};
+
+constexpr size_t kNoBound = std::numeric_limits<size_t>::max();
+
+bool in_payload(const Argument& argument) {
+  return argument.place == Place::payload || argument.place == Place::code_and_payload;
+}
+
+bool is_required(const Argument& argument) {
+  return argument.otherwise.kind == Default::Kind::required;
+}
+
+size_t size_of(const Field& field) {
+  size_t width = width_of(field.type);
+  return width != 0 ? width : field.size;
+}
+
+Sizes sizes_of(const Request& request) {
+  Sizes sizes{request.payload.size, request.payload.size};
+  for (const Argument& argument : request.payload.arguments) {
+    if (!in_payload(argument)) continue;
+    size_t end = argument.field.offset + size_of(argument.field);
+    if (is_required(argument)) sizes.least = std::max(sizes.least, end);
+    sizes.most = size_of(argument.field) == 0 ? kNoBound : std::max(sizes.most, end);
+  }
+  if (request.payload.size != 0) sizes.most = request.payload.size;
+  return sizes;
+}
+
+bool fits(const Request& request, size_t size) {
+  Sizes sizes = sizes_of(request);
+  return size >= sizes.least && size <= sizes.most;
+}
+
+// The first row of this id that fits, or the first of this id.
+const Request* row_for(Family family, uint32_t id, size_t payload_size) {
+  for (const Request& request : catalogue()) {
+    bool same = family_of(request) == family && request.id == id;
+    if (same && fits(request, payload_size)) return &request;
+  }
+  return find_request(family, id);
+}
+
+// Describes any request of its family.
+const Request& any_row(Family family) {
+  return *find_request(family, family == Family::cdma ? kCdmaIds : 0);
+}
+
+size_t header_size(Family family) {
+  return family == Family::cdma ? kCdmaHeaderSize : kGenericHeaderSize;
+}
+
+// Where the argument lies in the frame.
+Field in_frame(const Argument& argument, Family family) {
+  Field field = argument.field;
+  if (argument.place == Place::type) field.offset = 0;
+  if (argument.place == Place::status) field.offset = kStatusOffset;
+  if (argument.place == Place::code) field.offset = kCodeOffset;
+  if (in_payload(argument)) {
+    field.offset = static_cast<uint16_t>(field.offset + header_size(family));
+  }
+  return field;
+}
+
+// Arguments that may be left out are, where the frame ends before them.
+std::vector<Field> fields_in(const Request& request, Family family, View frame) {
+  std::vector<Field> fields;
+  for (const Argument& argument : request.payload.arguments) {
+    if (argument.place == Place::id) continue;
+    Field field = in_frame(argument, family);
+    if (is_required(argument) || lies_within(field, frame)) fields.push_back(field);
+  }
+  return fields;
+}
+
+void check_payload(DecodedFrame& decoded, const Request& request, size_t size) {
+  Sizes sizes = sizes_of(request);
+  if (size >= sizes.least && size <= sizes.most) return;
+  size_t expected = size < sizes.least ? sizes.least : sizes.most;
+  decoded.problems.push_back(fmt::format("{} bytes of data, {} expected", size, expected));
+}
+
+void add_arguments(DecodedFrame& decoded, const Request& request, Family family) {
+  size_t header = header_size(family);
+  View frame = part(decoded.frame, 0, header + decoded.length);
+  View payload = part(frame, header, decoded.length);
+  check_payload(decoded, request, payload.size());
+  std::vector<Field> fields = fields_in(request, family, frame);
+  if (sizes_of(request).most == 0 && !payload.empty()) {
+    Field unexpected = any_data(&request).fields[0];
+    unexpected.offset = static_cast<uint16_t>(header);
+    fields.push_back(unexpected);
+  }
+  decoded.fields = decode_fields({fields}, frame, decoded.problems);
+  note_personal(decoded, &request, 0, header);
+}
+
+void decode_known(DecodedFrame& decoded, Family family, uint32_t id) {
+  size_t header = header_size(family);
+  bool is_cdma = family == Family::cdma;
+  decoded.id = id_text(family, id);
+  decoded.length = is_cdma ? load_le(decoded.frame, 4, 4) : load_be(decoded.frame, 4, 4);
+  check_size(decoded, header);
+  size_t size = part(decoded.frame, header, decoded.length).size();
+  const Request* row = row_for(family, id, size);
+  decoded.name = row ? row->name : "";
+  add_arguments(decoded, row ? *row : any_row(family), family);
+  if (is_cdma) note_code(decoded);
+}
+
+}  // namespace
+
+DecodedFrame decode_request(View frame) {
+  DecodedFrame decoded;
+  decoded.frame.assign(frame.begin(), frame.end());
+  Classified classified = classify(frame);
+  if (classified.kind == Classified::Kind::unknown) {
+    decoded.id = "0x" + to_hex(part(frame, 0, sizeof(uint32_t)));
+    decoded.problems.emplace_back("the header is of neither family of requests");
+    return decoded;
+  }
+  bool is_cdma = classified.kind == Classified::Kind::cdma;
+  decode_known(decoded, is_cdma ? Family::cdma : Family::generic, classified.id);
+  return decoded;
+}
+
+}  // namespace qorextctl

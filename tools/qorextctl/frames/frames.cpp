@@ -1,0 +1,71 @@
+#include "frames/frames.h"
+
+#include <algorithm>
+
+namespace qorextctl {
+
+namespace {
+
+constexpr uint32_t kCdmaFamily = 2;   // of the bytes 1 to 3 of every CDMA-hook request
+constexpr uint8_t kFirstBadType = 3;  // header types of generic requests lie below
+constexpr size_t kLengthOffset = 4;   // in replies of both families
+constexpr size_t kUnsolLengthOffset = 12;
+
+Bytes build_generic(const RequestDraft& draft) {
+  Bytes frame{draft.type};
+  append_be(frame, draft.id, 3);
+  append_be(frame, static_cast<uint32_t>(draft.payload.size()), 4);
+  return frame;
+}
+
+Bytes build_cdma(const RequestDraft& draft) {
+  Bytes frame;
+  append_le(frame, draft.id, 4);
+  append_le(frame, static_cast<uint32_t>(draft.payload.size()), 4);
+  append_le(frame, draft.status, 4);
+  frame.insert(frame.end(), draft.code.begin(), draft.code.end());
+  return frame;
+}
+
+size_t plausible(size_t size, View bytes) { return size > kMostFrameBytes ? bytes.size() : size; }
+
+}  // namespace
+
+Bytes build(const RequestDraft& draft) {
+  Bytes frame = draft.family == Family::generic ? build_generic(draft) : build_cdma(draft);
+  frame.insert(frame.end(), draft.payload.begin(), draft.payload.end());
+  return frame;
+}
+
+Classified classify(View request) {
+  if (request.size() < kGenericHeaderSize) return {Classified::Kind::unknown, 0};
+  uint32_t id = load_be(request, 1, 3);
+  if (id == kCdmaFamily) return {Classified::Kind::cdma, load_le(request, 0, 4)};
+  if (request[0] < kFirstBadType) return {Classified::Kind::generic, id};
+  return {Classified::Kind::unknown, 0};
+}
+
+std::optional<size_t> reply_size(View bytes, ReplyForm form) {
+  if (bytes.size() < kGenericHeaderSize) return std::nullopt;
+  uint32_t length = load_le(bytes, kLengthOffset, 4);
+  if (form == ReplyForm::cdma) {
+    return plausible(size_t{length} + kCdmaHeaderSize + kCdmaTrailerSize, bytes);
+  }
+  if (length == kGenericError) return kGenericHeaderSize;
+  if (form == ReplyForm::data_plmn) return kDataPlmnSize;
+  return plausible(size_t{length} + kGenericHeaderSize, bytes);
+}
+
+std::optional<size_t> unsolicited_size(View bytes) {
+  if (bytes.size() < kUnsolHeaderSize) return std::nullopt;
+  return plausible(size_t{load_le(bytes, kUnsolLengthOffset, 4)} + kUnsolOverhead, bytes);
+}
+
+Bytes FrameBuffer::take_bytes(size_t size) {
+  auto end = bytes_.begin() + static_cast<ptrdiff_t>(size);
+  Bytes frame(bytes_.begin(), end);
+  bytes_.erase(bytes_.begin(), end);
+  return frame;
+}
+
+}  // namespace qorextctl

@@ -1,0 +1,73 @@
+// The frames on the three pipes: building requests, telling where a reply or an unsolicited frame
+// ends.
+#pragma once
+
+#include <array>
+#include <optional>
+
+#include "base/bytes.h"
+#include "catalogue/request.h"
+
+namespace qorextctl {
+
+constexpr size_t kGenericHeaderSize = 8;
+constexpr size_t kCdmaHeaderSize = 18;
+constexpr size_t kCdmaTrailerSize = 2;
+constexpr size_t kStatusOffset = 8;  // in CDMA-hook headers
+constexpr size_t kCodeOffset = 12;
+constexpr size_t kDataPlmnSize = 568;
+constexpr size_t kUnsolHeaderSize = 16;
+constexpr uint32_t kUnsolCdmaHeaderSize = 20;  // as an unsolicited CDMA-hook frame states it
+constexpr size_t kUnsolOverhead = 28;          // of both formats, header and trailer
+constexpr uint32_t kGenericError = 0xFFFFFFFF;
+
+// The daemon takes what one read returns as one request.
+constexpr size_t kMostRequestBytes = 17408;
+
+// A frame that claims to be longer has a broken length field.
+constexpr size_t kMostFrameBytes = 65536;
+
+struct RequestDraft {
+  Family family = Family::cdma;
+  uint32_t id = 0;
+  uint8_t type = 1;                       // generic requests
+  uint32_t status = 0;                    // CDMA-hook requests
+  std::array<uint8_t, kCodeSize> code{};  // CDMA-hook requests
+  Bytes payload = {};
+};
+Bytes build(const RequestDraft& draft);
+
+// How the daemon will take the bytes of a request.
+struct Classified {
+  enum class Kind { unknown, generic, cdma } kind;
+  uint32_t id;
+};
+Classified classify(View request);
+
+// The size of the frame that the bytes begin with; nothing while its header is not whole. A length
+// field that cannot be gives the size of all bytes present: they are beyond repair.
+std::optional<size_t> reply_size(View bytes, ReplyForm form);
+std::optional<size_t> unsolicited_size(View bytes);
+
+// Bytes as they came from a pipe, in pieces of any size.
+class FrameBuffer {
+ public:
+  void append(View bytes) { bytes_.insert(bytes_.end(), bytes.begin(), bytes.end()); }
+  const Bytes& pending() const { return bytes_; }
+
+  // Takes the first frame out; nothing while it is not whole. `size_of` is one of the two above.
+  template <class SizeOf>
+  std::optional<Bytes> take(SizeOf size_of) {
+    std::optional<size_t> size = size_of(View(bytes_));
+    if (!size || *size > bytes_.size() || *size == 0) return std::nullopt;
+    return take_bytes(*size);
+  }
+  Bytes take_all() { return take_bytes(bytes_.size()); }
+
+ private:
+  Bytes take_bytes(size_t size);
+
+  Bytes bytes_;
+};
+
+}  // namespace qorextctl

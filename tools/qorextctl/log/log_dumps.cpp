@@ -1,0 +1,140 @@
+#include "log/log_dumps.h"
+
+#include <fmt/format.h>
+
+#include "catalogue/nv_items.h"
+#include "frames/frame_kind.h"
+
+namespace qorextctl {
+
+namespace {
+
+constexpr Field kPieceFields[] = {hex("data", 0)};
+constexpr Layout kPiece = {kPieceFields};
+
+constexpr Field kTunerFields[] = {u32("length", 0), counted(hex("data", 4), "length")};
+constexpr Layout kTuner = {kTunerFields, 32};
+
+// As the modem packs them; the names are those of the reply's fields.
+constexpr Field kCallFields[] = {
+    u32("fer", 0),
+    u8("active-pilots", 12),
+    u8("neighbor-pilots", 13),
+    u8("candidate-pilots", 14),
+    u16("best-active-pilot", 16),
+    u16("best-active-strength", 18),
+    u16("best-neighbor-pilot", 20),
+    u16("best-neighbor-strength", 22),
+    u16("sid", 24),
+    u16("nid", 26),
+    u16("channel", 28),
+    u16("service-option", 30),
+    u8("p-rev-in-use", 32),
+    u8("band", 33),
+    u8("lna-status", 34),
+    u16("cp-state", 36),
+    i16("tx-power", 38),
+    u16("rssi", 40),
+    u16("base-id", 42),
+    i32("base-latitude", 44),
+    i32("base-longitude", 48),
+    list(u16("active-set-pn", 52), 6),
+    list(u16("active-set-strength", 64), 6),
+    list(u16("neighbor-set-pn", 76), 40),
+    u16("calls", 156),
+    u16("dropped-calls", 158),
+    u16("last-call-indicator", 160),
+    u16("rate-reduction", 162),
+};
+constexpr Layout kCall = {kCallFields, 164};
+
+constexpr Field kEvdoFields[] = {
+    u16("channel", 0),
+    u8("uati-color-code", 2),
+    u32("tx-uati", 4),
+    u16("pilot-pn", 8),
+    u16("rssi", 10),
+    i32("rx0-power-dbm", 12),
+    i32("rx1-power-dbm", 16),
+    u16("measured-packets", 20),
+    u16("error-packets", 22),
+    u8("session-state", 24),
+    u8("at-state", 25),
+    u8("users", 26),
+    u8("hybrid-mode", 27),
+    u8("mac-index", 28),
+    list(u8("sector-id", 29), 16),
+    i16("pilot-energy", 46),
+    u8("drc-cover", 48),
+    u8("sinr", 49),
+    u8("an-auth-status", 50),
+};
+constexpr Layout kEvdo = {kEvdoFields, 52};
+
+LogContent content(const char* type, const std::string& name, const std::string& id,
+                   const Layout& layout, const Bytes& bytes) {
+  DecodedFrame frame;
+  frame.name = name;
+  frame.id = id;
+  frame.frame = bytes;
+  frame.length = static_cast<uint32_t>(bytes.size());
+  frame.fields = decode_fields(layout, bytes, frame.problems);
+  return {type, frame};
+}
+
+// What belongs to a request of the generic family or of the carrier's.
+LogContent content_for(const char* type, const char* request, const Layout& layout,
+                       const Bytes& bytes) {
+  const Request& row = *find_request(request);
+  return content(type, row.name, id_text(family_of(row), row.id), layout, bytes);
+}
+
+// The modem gives these records as hexadecimal text, and the text is what is dumped.
+LogContent engineering(const char* request, const Layout& layout, const Bytes& text) {
+  auto record = parse_hex({reinterpret_cast<const char*>(text.data()), text.size()});
+  if (record) return content_for("engineering", request, layout, *record);
+  LogContent found = content_for("engineering", request, kPiece, text);
+  found.frame.problems.emplace_back("the modem's text is not hex (pairs of digits)");
+  return found;
+}
+
+}  // namespace
+
+LogContent decode_item(const ItemAddress& address, const Bytes& bytes) {
+  const NvItem* item = find_nv_item(address.item);
+  bool is_whole = address.record == 0 && address.offset == 0;
+  LogContent found = content("nv-item", item ? item->name : "", std::to_string(address.item),
+                             item && is_whole ? item->layout : kPiece, bytes);
+  if (!is_whole) {
+    Items at = {{"record", address.record, {}}, {"offset", address.offset, {}}};
+    found.frame.fields.insert(found.frame.fields.begin(), at.begin(), at.end());
+  }
+  if (!is_personal_item(address.item)) return found;
+  found.frame.personal.push_back({0, bytes.size()});
+  if (!is_whole) found.frame.fields.back().is_personal = true;
+  return found;
+}
+
+std::optional<LogContent> decode_dump(Dump dump, const std::optional<ItemAddress>& address,
+                                      const Bytes& bytes) {
+  if (bytes.empty()) return std::nullopt;
+  switch (dump) {
+    case Dump::reply:
+      return LogContent{"reply", decode_as(FrameKind::reply, bytes)};
+    case Dump::nv_item:
+      return address ? std::optional(decode_item(*address, bytes)) : std::nullopt;
+    case Dump::data_plmn:
+      return content_for("modem-response", "data-plmn", *find_request("data-plmn")->reply.layout,
+                         bytes);
+    case Dump::tuner:
+      return content_for("modem-response", "tune", kTuner, bytes);
+    case Dump::call_processing:
+      return engineering("get-call-processing", kCall, bytes);
+    case Dump::evdo:
+      return engineering("get-evdo", kEvdo, bytes);
+    default:
+      return std::nullopt;
+  }
+}
+
+}  // namespace qorextctl

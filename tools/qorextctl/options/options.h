@@ -1,0 +1,54 @@
+// What the command line can ask for.
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "base/deadline.h"
+#include "daemon/private_setup.h"
+#include "options/load_options.h"
+#include "output/colour.h"
+#include "phone/phone_files.h"
+
+namespace qorextctl {
+
+enum class Verb {
+  request,
+  raw,
+  session,
+  shell,
+  load,
+  list,
+  decode,
+  modem,
+  phone,
+  record,
+  replay,
+  trace
+};
+
+enum class InputKind { automatic, request, reply, unsolicited, log };
+
+struct DecodeOptions {
+  InputKind as = InputKind::automatic;
+  std::string input = "-";  // a file; "-" is standard input
+};
+
+struct Options {
+  Verb verb = Verb::list;
+  std::vector<std::string> words;  // behind the verb
+  bool json = false;
+  bool log = false;
+  bool show_personal = false;
+  ColourWhen colour = ColourWhen::automatic;
+  unsigned instance = 0;
+  double timeout = kDefaultTimeoutSeconds;
+  std::string daemon_executable;  // empty: the one beside this program
+  SetupOptions setup;
+  PhoneFiles phone;
+  DecodeOptions decode;
+  std::string output;  // of record and trace; "-" is standard output
+  LoadOptions load;
+};
+
+}  // namespace qorextctl

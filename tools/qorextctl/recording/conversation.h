@@ -1,0 +1,23 @@
+// The frames of one daemon, decoded in their order: what a reply holds is told by the request in
+// front of it.
+#pragma once
+
+#include <optional>
+
+#include "frames/expected_reply.h"
+#include "frames/frame_kind.h"
+
+namespace qorextctl {
+
+class Conversation {
+ public:
+  DecodedFrame decode(FrameKind kind, View frame);
+
+  // Of the last request; nothing before the first one.
+  const std::optional<Expected>& expected() const { return expected_; }
+
+ private:
+  std::optional<Expected> expected_;
+};
+
+}  // namespace qorextctl

@@ -1,0 +1,13 @@
+// A recording played back against the daemon.
+#pragma once
+
+#include "options/options.h"
+#include "output/output.h"
+
+namespace qorextctl {
+
+// Starts the daemon with a modem that answers from the recording, sends the recorded requests and
+// shows what is different. `refused` when something is; `usage` for a file that cannot be played.
+Outcome replay(const Options& options, Printer& printer);
+
+}  // namespace qorextctl

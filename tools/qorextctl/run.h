@@ -1,0 +1,12 @@
+// Every command's work.
+#pragma once
+
+#include "options/options.h"
+#include "output/output.h"
+
+namespace qorextctl {
+
+// Does what the options say. Returns the exit status.
+int run(const Options& options, Printer& printer);
+
+}  // namespace qorextctl

@@ -1,0 +1,184 @@
+#include "session/exchange.h"
+
+#include <fmt/format.h>
+#include <poll.h>
+
+namespace qorextctl {
+
+namespace {
+
+std::string named_or_id(const Expected& expected) {
+  return expected.request ? expected.request->name : fmt::format("0x{:X}", expected.id);
+}
+
+int open_fd(const FramePipe& pipe) { return pipe.ended() ? -1 : pipe.fd(); }
+
+}  // namespace
+
+// Handles what comes until `done` says so or `extra_fd` is readable (true), or until the daemon has
+// ended, the user wants an end or the time has passed (false). Asks `done` again after `most_ms`.
+template <class Done>
+bool Exchange::pump(Done done, int extra_fd, const Deadline* deadline, int most_ms) {
+  for (;;) {
+    print_unsolicited();
+    print_late();
+    if (done()) return true;
+    if (over()) return false;
+    pollfd entries[] = {{open_fd(daemon_.replies()), POLLIN, 0},
+                        {open_fd(daemon_.unsolicited()), POLLIN, 0},
+                        {extra_fd, POLLIN, 0},
+                        {interrupt_fd_, POLLIN, 0}};
+    int time = deadline ? deadline->remaining_ms() : -1;
+    bool is_last = most_ms < 0 || time <= most_ms;
+    int ready = poll(entries, std::size(entries), is_last ? time : most_ms);
+    if (ready == 0 && is_last) return false;
+    if (entries[0].revents != 0) daemon_.replies().read_available();
+    interrupted_ = entries[3].revents != 0;
+    if (entries[2].revents != 0) return true;
+  }
+}
+
+void Exchange::print_unsolicited() {
+  daemon_.unsolicited().read_available();
+  while (auto frame = daemon_.unsolicited().take(unsolicited_size)) {
+    tell(FrameKind::unsolicited, *frame);
+    printer_.unsolicited(decode_unsolicited(*frame));
+    ++unsolicited_;
+  }
+}
+
+// Without an id no frame could be told from another one's.
+void Exchange::owe(const Expected& expected, bool second) {
+  if (expected.id == 0) return;
+  owed_ = expected;
+  if (second) owed_->replies = 1;
+}
+
+// A reply whose wait has ended belongs to its own request, not to the next one.
+void Exchange::print_late() {
+  while (owed_) {
+    View come = daemon_.replies().pending();
+    auto size = reply_size(come, owed_->form);
+    if (!size || *size > come.size()) return;
+    DecodedFrame late = decode_reply(owed_->request, owed_->form, owed_->id, part(come, 0, *size));
+    if (!late.problems.empty()) return;
+    daemon_.replies().take([&](View) { return size; });
+    printer_.late_reply(late);
+    if (--owed_->replies == 0) owed_.reset();
+  }
+}
+
+void Exchange::report_strays() {
+  daemon_.replies().read_available();
+  print_late();
+  Bytes strays = daemon_.replies().take_all();
+  if (strays.empty()) return;
+  tell(FrameKind::reply, strays);
+  printer_.error(
+      {Outcome::refused, fmt::format("bytes that no request asked for: {}", to_hex(strays))});
+}
+
+Outcome Exchange::run(View request, const Request* named) {
+  Expected expected = expect_reply(request, named);
+  report_strays();
+  bool taken = wait_until([&] { return daemon_.wait_taken(Deadline::in_seconds(0)); },
+                          Deadline::in_seconds(timeout_));
+  if (!taken) {
+    std::string why =
+        fmt::format("the daemon has not read the request before it within {} s", timeout_);
+    printer_.error(transport_error(fmt::format("{} is not sent: {}", named_or_id(expected),
+                                               interrupted_ ? "interrupted" : why)));
+    return Outcome::transport;
+  }
+  tell(FrameKind::request, request);
+  Deadline deadline = Deadline::in_seconds(daemon_.send(request) ? timeout_ : 0);
+  auto reply = receive(expected, false, deadline);
+  if (!reply) return Outcome::transport;
+  bool good = reply->problems.empty() && reply->status.value_or(0) == 0;
+  if (expected.replies == 2 && reply->status != kNotSupported) {
+    auto second = receive(expected, true, deadline);
+    if (!second) return Outcome::transport;
+    good = good && second->problems.empty();
+  }
+  return good ? Outcome::success : Outcome::refused;
+}
+
+std::optional<DecodedFrame> Exchange::receive(const Expected& expected, bool second,
+                                              Deadline deadline) {
+  std::optional<Bytes> frame;
+  auto size_of = [&](View bytes) { return reply_size(bytes, expected.form); };
+  auto got_frame = [&] {
+    frame = daemon_.replies().take(size_of);
+    return frame.has_value();
+  };
+  if (!pump(got_frame, -1, &deadline)) {
+    no_reply(expected, second);
+    owe(expected, second);
+    return std::nullopt;
+  }
+  tell(FrameKind::reply, *frame);
+  DecodedFrame reply = decode_reply(expected.request, expected.form, expected.id, *frame);
+  printer_.reply(reply, second);
+  return reply;
+}
+
+void Exchange::no_reply(const Expected& expected, bool second) {
+  Bytes rest = daemon_.replies().take_all();
+  if (!rest.empty()) tell(FrameKind::reply, rest);
+  std::string got = rest.empty() ? "" : fmt::format(", only a part came: {}", to_hex(rest));
+  std::string which =
+      fmt::format("no {}reply to {}", second ? "second " : "", named_or_id(expected));
+  std::string why =
+      interrupted_ ? " before the interruption" : fmt::format(" within {} s", timeout_);
+  std::string advice = interrupted_ ? "" : "; --log shows why, a longer --timeout waits longer";
+  if (daemon_.replies().ended()) {
+    advice.clear();
+    auto status = daemon_.wait_exit(Deadline::in_seconds(timeout_));
+    why = ": the daemon " + (status ? "ended with " + describe(*status) : "closed its reply pipe");
+  }
+  printer_.error(transport_error(which + why + got + advice));
+}
+
+Outcome Exchange::wait_unsolicited(size_t count, double seconds) {
+  Deadline deadline = Deadline::in_seconds(seconds);
+  bool came = pump([&] { return unsolicited_ >= count; }, -1, &deadline);
+  if (!came) {
+    printer_.error(transport_error(
+        fmt::format("{} of {} unsolicited frames came within {} s", unsolicited_, count, seconds)));
+  }
+  unsolicited_ -= std::min(unsolicited_, count);
+  return came ? Outcome::success : Outcome::transport;
+}
+
+bool Exchange::wait_until(const std::function<bool()>& done, Deadline deadline) {
+  constexpr int kPauseMs = 5;
+  return pump(done, -1, &deadline, kPauseMs);
+}
+
+void Exchange::wait_readable(int fd) {
+  pump([] { return false; }, fd, nullptr);
+}
+
+Outcome Exchange::finish(bool print_exit) {
+  daemon_.close_requests();
+  auto status = daemon_.wait_exit(Deadline::in_seconds(timeout_));
+  print_unsolicited();
+  report_strays();
+  if (!status) {
+    printer_.error(
+        transport_error(fmt::format("the daemon still runs {} s after its end", timeout_)));
+    return Outcome::transport;
+  }
+  if (print_exit) printer_.daemon_exit(*status);
+  if (interrupted_) {
+    printer_.error(transport_error("interrupted"));
+    return Outcome::transport;
+  }
+  bool good = status->signal == 0 && status->code == 0;
+  if (!good && !print_exit) {
+    printer_.error(transport_error("the daemon ended with " + describe(*status)));
+  }
+  return good ? Outcome::success : Outcome::transport;
+}
+
+}  // namespace qorextctl

@@ -1,0 +1,153 @@
+#include "session/modem_completion.h"
+
+#include <algorithm>
+
+#include "messages/fault_kinds.h"
+#include "messages/services.h"
+#include "modem/modem_control.h"
+#include "modem/modem_options.h"
+#include "qmi_json/fields.h"
+#include "session/completed_files.h"
+
+namespace qorextctl {
+
+namespace {
+
+using qmi_idl::Direction;
+using Words = std::vector<std::string>;
+using Candidates = std::vector<Candidate>;
+
+Candidates service_names(const std::string& front) {
+  Candidates names;
+  for (const qmi_idl::Service* service : modem::services()) names.push_back({front + service->name});
+  return names;
+}
+
+void add_messages(Candidates& names, const qmi_idl::Service& service, Direction direction,
+                  const std::string& front) {
+  for (const qmi_idl::Message& message : service.messages) {
+    if (message.direction == direction) names.push_back({front + message.name});
+  }
+}
+
+Candidates indication_names() {
+  Candidates names;
+  add_messages(names, modem::qorext_service(), Direction::indication, "");
+  return names;
+}
+
+Candidates fields_of(const std::string& indication) {
+  Candidates fields;
+  const qmi_idl::Message* message = qmi_json::find_by_name(
+      modem::qorext_service(), Direction::indication, modem_indication(indication));
+  if (!message) return fields;
+  for (const qmi_idl::Element& element : message->elements) {
+    fields.push_back({element.name + std::string("=")});
+  }
+  return fields;
+}
+
+Candidates fault_kinds() {
+  Candidates kinds;
+  for (const char* kind : modem::kFaultKinds) kinds.push_back({kind});
+  return kinds;
+}
+
+Candidates request_names(const std::string& front) {
+  Candidates names;
+  for (const qmi_idl::Service* service : modem::services()) {
+    add_messages(names, *service, Direction::request, front);
+  }
+  return names;
+}
+
+Candidates option_names() {
+  Candidates names;
+  for (const ModemOption& option : modem_options()) names.push_back({option.name, option.help});
+  return names;
+}
+
+Candidates state_pairs(const StateKeys& state_keys) {
+  Candidates pairs;
+  if (!state_keys) return pairs;
+  for (const std::string& key : state_keys()) pairs.push_back({key + "="});
+  return pairs;
+}
+
+Words split_usage(const std::string& usage) {
+  Words words(1);
+  for (char character : usage) {
+    bool parts = character == ' ' || character == '|';
+    bool is_mark = character == '[' || character == ']' || character == '.';
+    if (!parts && !is_mark) words.back() += character;
+    if (parts && !words.back().empty()) words.emplace_back();
+  }
+  return words;
+}
+
+// What the usage of a command names itself, as "KIND [service=] [--count N] up|down". Words in
+// capitals stand for something else.
+Candidates named_in(const std::string& usage) {
+  Candidates candidates;
+  for (const std::string& word : split_usage(usage)) {
+    bool stands_for_another = word.empty() || (word.front() >= 'A' && word.front() <= 'Z');
+    size_t equals = word.find('=');
+    size_t size = equals == std::string::npos ? word.size() : equals + 1;
+    if (!stands_for_another) candidates.push_back({word.substr(0, size)});
+  }
+  return candidates;
+}
+
+bool begins_with(const std::string& word, std::string_view front) {
+  return word.rfind(front, 0) == 0;
+}
+
+// What the first word behind a command may be, where a table tells it.
+Candidates first_words(const std::string& command) {
+  if (command == "indicate") return indication_names();
+  if (command == "service") return service_names("");
+  if (command == "fault") return fault_kinds();
+  return {};
+}
+
+// What may stand behind that, besides what the command's usage names. `words` begin with the command.
+Candidates further_words(const Words& words) {
+  const std::string& word = words.back();
+  if (words[0] == "indicate") return fields_of(words[1]);
+  if (words[0] != "fault") return {};
+  if (begins_with(word, "service=")) return service_names("service=");
+  if (begins_with(word, "message=")) return request_names("message=");
+  return {};
+}
+
+Candidates arguments_of(const ModemCommand& command, const Words& words,
+                        const StateKeys& state_keys) {
+  if (words[0] == "set") return state_pairs(state_keys);
+  if (words[words.size() - 2] == "--file") return files_beginning_with("", words.back());
+  Candidates names = words.size() == 2 ? first_words(words[0]) : further_words(words);
+  bool takes_value = words.back().find('=') != std::string::npos;
+  if (takes_value || (words.size() == 2 && !names.empty())) return names;
+  for (Candidate& name : named_in(command.arguments)) names.push_back(std::move(name));
+  bool wants_option = begins_with(words.back(), "--");
+  return wants_option && names.empty() ? option_names() : names;
+}
+
+}  // namespace
+
+Candidates words_of_modem(const Words& words, const StateKeys& state_keys) {
+  Candidates names;
+  for (const ModemCommand& command : modem_commands()) {
+    if (words.size() == 1) {
+      names.push_back({command.name, command.help});
+    } else if (words[0] == command.name) {
+      return arguments_of(command, words, state_keys);
+    }
+  }
+  return names;
+}
+
+Candidates complete_modem(const Words& words, const StateKeys& state_keys) {
+  return completion::beginning_with(words.back(), words_of_modem(words, state_keys));
+}
+
+}  // namespace qorextctl

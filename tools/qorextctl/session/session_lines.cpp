@@ -1,0 +1,159 @@
+#include <fmt/format.h>
+
+#include "catalogue/values.h"
+#include "frames/arguments.h"
+#include "modem/ask_modem.h"
+#include "phone/phone_report.h"
+#include "phone/properties.h"
+#include "session/help_topics.h"
+#include "session/session.h"
+
+namespace qorextctl {
+
+namespace {
+
+constexpr size_t kMostWaitedFrames = 1'000'000;
+constexpr double kMostSeconds = 86400;
+
+std::optional<double> parse_seconds(const std::string& text) {
+  char* end = nullptr;
+  double seconds = strtod(text.c_str(), &end);
+  bool good = end != text.c_str() && *end == '\0' && seconds >= 0 && seconds <= kMostSeconds;
+  return good ? std::optional(seconds) : std::nullopt;
+}
+
+}  // namespace
+
+struct Session::Line {
+  LineCommand command;
+  Outcome (Session::*run)(const std::vector<std::string>& words);
+};
+
+// clang-format off
+const Session::Line Session::kLines[] = {
+    {{"raw", "HEX...", "bytes as they are"}, &Session::send_raw},
+    {{"modem", "COMMAND...", "a command to the modem's control socket"}, &Session::tell_modem},
+    {{"wait-unsol", "[N] [SECONDS]", "until N unsolicited frames have come"}, &Session::wait_unsolicited},
+    {{"wait-property", "NAME VALUE [SECONDS]", "until the property has the value"}, &Session::wait_property},
+    {{"wait-log", "TEXT [N] [SECONDS]", "until N lines of the daemon's log hold the text"}, &Session::wait_log},
+    {{"phone", "show", "what lies in the phone's root"}, &Session::show_phone},
+    {{"expect-failure", "LINE", "a failure is a success then"}, &Session::expect_failure},
+    {{"help", "[NAME]", "all lines, or a request's arguments and its reply's fields"}, &Session::help},
+};
+// clang-format on
+
+std::vector<LineCommand> Session::commands() {
+  std::vector<LineCommand> all;
+  for (const Line& line : kLines) all.push_back(line.command);
+  return all;
+}
+
+Outcome Session::run_words(const std::vector<std::string>& words) {
+  std::vector<std::string> behind(words.begin() + 1, words.end());
+  for (const Line& line : kLines) {
+    if (words[0] == line.command.name) return (this->*line.run)(behind);
+  }
+  auto command = parse_command(words, false);
+  return command ? send(command->bytes, command->request) : complain(command.error());
+}
+
+Outcome Session::send_raw(const std::vector<std::string>& words) {
+  auto bytes = parse_raw(words);
+  return bytes ? send(*bytes, nullptr) : complain(bytes.error());
+}
+
+Outcome Session::help(const std::vector<std::string>& words) {
+  if (words.size() > 1) return complain(usage_error("help: give one name, or none"));
+  auto topic = words.empty() ? all_help() : help_on(words[0]);
+  if (!topic) return complain(topic.error());
+  if (topic->request) {
+    printer_.request_list({topic->request});
+  } else {
+    printer_.help(topic->text);
+  }
+  return Outcome::success;
+}
+
+Outcome Session::expect_failure(const std::vector<std::string>& words) {
+  if (words.empty()) return complain(usage_error("expect-failure: give a request or a command"));
+  bool failed_before = daemon_failed_;
+  Outcome outcome = run_words(words);
+  if (outcome != Outcome::refused) {
+    return outcome == Outcome::success
+               ? complain({Outcome::refused, fmt::format("{}: a success, not a failure", words[0])})
+               : outcome;
+  }
+  daemon_failed_ = failed_before;
+  return Outcome::success;
+}
+
+Outcome Session::tell_modem(const std::vector<std::string>& words) {
+  auto outcome = ask_modem(words, setup_->control(), options_.timeout, printer_, interrupts_.fd());
+  return outcome ? *outcome : complain(outcome.error());
+}
+
+Outcome Session::wait_unsolicited(const std::vector<std::string>& words) {
+  auto count = words.empty() ? std::optional<int64_t>(1) : parse_number(words[0]);
+  auto seconds = words.size() < 2 ? std::optional(options_.timeout) : parse_seconds(words[1]);
+  bool good = count && *count > 0 && *count <= int64_t{kMostWaitedFrames} && seconds;
+  if (!good || words.size() > 2) {
+    return complain(usage_error("wait-unsol: give a number of frames and a number of seconds"));
+  }
+  return judged(exchange_->wait_unsolicited(static_cast<size_t>(*count), *seconds));
+}
+
+Outcome Session::wait_property(const std::vector<std::string>& words) {
+  auto seconds = words.size() < 3 ? std::optional(options_.timeout) : parse_seconds(words[2]);
+  if (words.size() < 2 || words.size() > 3 || !seconds) {
+    return complain(usage_error("wait-property: give a name, a value and a number of seconds"));
+  }
+  std::optional<std::string> value;
+  auto has_value = [&] {
+    value = read_property(setup_->phone_root(), words[0]);
+    return value == words[1];
+  };
+  if (exchange_->wait_until(has_value, Deadline::in_seconds(*seconds))) {
+    printer_.property(words[0], words[1]);
+    return Outcome::success;
+  }
+  std::string told = value ? fmt::format("is '{}'", *value) : "is not set";
+  return complain(transport_error(fmt::format("property {} {}", words[0], told)));
+}
+
+Outcome Session::wait_log(const std::vector<std::string>& words) {
+  auto count = words.size() < 2 ? std::optional<int64_t>(1) : parse_number(words[1]);
+  auto seconds = words.size() < 3 ? std::optional(options_.timeout) : parse_seconds(words[2]);
+  if (words.empty() || words.size() > 3 || !count || *count < 1 || !seconds) {
+    return complain(usage_error("wait-log: give a text, a number of lines and of seconds"));
+  }
+  Deadline deadline = Deadline::in_seconds(*seconds);
+  for (int64_t come = 0; come < *count; ++come) {
+    if (!find_in_log(words[0], deadline)) {
+      return judged(complain(transport_error(
+          fmt::format("{} of {} lines with '{}' came in the log", come, *count, words[0]))));
+    }
+  }
+  return Outcome::success;
+}
+
+// The last lines of a daemon that has ended may still be on their way.
+bool Session::find_in_log(const std::string& text, Deadline deadline) {
+  constexpr std::chrono::milliseconds kPause{20};
+  std::optional<size_t> found;
+  auto look = [&](Deadline until) {
+    found = daemon_->log().find(text, next_log_line_, until);
+    return found.has_value();
+  };
+  exchange_->wait_until([&] { return look(Deadline::in(kPause)); }, deadline);
+  if (!found && !exchange_->interrupted()) look(deadline);
+  if (found) next_log_line_ = *found + 1;
+  return found.has_value();
+}
+
+Outcome Session::show_phone(const std::vector<std::string>& words) {
+  if (words.size() != 1 || words[0] != "show") return complain(usage_error("phone: give show"));
+  printer_.phone(setup_->phone_root(), phone_report(setup_->phone_root()));
+  return Outcome::success;
+}
+
+}  // namespace qorextctl

@@ -1,0 +1,44 @@
+#include "trace/trace.h"
+
+#include <fmt/format.h>
+
+#include <fstream>
+#include <iostream>
+
+#include "recording/recording.h"
+#include "trace/timeline.h"
+
+namespace qorextctl {
+
+namespace {
+
+Outcome fail(const Error& error, Printer& printer) {
+  printer.error(error);
+  return error.outcome;
+}
+
+std::vector<Json> shown(const Recording& recording, bool show_personal) {
+  EventText text(show_personal);
+  std::vector<Json> events;
+  for (const Event& event : recording.events) events.push_back(text.show(event));
+  return events;
+}
+
+}  // namespace
+
+Outcome write_trace(const Options& options, Printer& printer) {
+  auto recording = read_recording(options.words[0]);
+  if (!recording) return fail(recording.error(), printer);
+  std::string text = timeline(shown(*recording, options.show_personal))
+                         .dump(-1, ' ', false, Json::error_handler_t::replace);
+  if (options.output.empty() || options.output == "-") {
+    std::cout << text << '\n';
+    return Outcome::success;
+  }
+  std::ofstream file(options.output);
+  if (!file) return fail(usage_error("trace: cannot write '" + options.output + "'"), printer);
+  if (file << text << '\n' << std::flush) return Outcome::success;
+  return fail({Outcome::broken, "trace: '" + options.output + "' cannot be written"}, printer);
+}
+
+}  // namespace qorextctl

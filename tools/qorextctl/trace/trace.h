@@ -1,0 +1,12 @@
+// A recording as a timeline.
+#pragma once
+
+#include "options/options.h"
+#include "output/output.h"
+
+namespace qorextctl {
+
+// Reads the recording and writes its timeline where the options say.
+Outcome write_trace(const Options& options, Printer& printer);
+
+}  // namespace qorextctl
