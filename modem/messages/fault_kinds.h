@@ -4,9 +4,9 @@
 namespace modem {
 
 constexpr const char* kFaultKinds[] = {
-    "silent",   // none comes
-    "delay",    // it comes late
-    "error",    // a refusal instead of it
+    "silent",  // none comes
+    "delay",   // it comes late
+    "error",   // a refusal instead of it
     "truncated",
     "malformed",    // its first TLV claims more bytes than there are
     "garbage",      // random bytes instead of its TLVs

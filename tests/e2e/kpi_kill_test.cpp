@@ -33,14 +33,15 @@ class KilledStore : public testing::Test {
     return static_cast<bool>(handset.daemon().receive_unsolicited(Deadline::in(kPatience)));
   }
 
-  // Uploads "new log" as package 7 once for each system call of its last packet, in the directory
-  // that `prepare` makes, and lets `look` look at what is left each time.
+  // Uploads "new log" as package 7 once for every kKillStep-th system call of its last packet, in
+  // the directory that `prepare` makes, and lets `look` look at what is left each time.
   template <class Prepare, class Look>
   void kill_at_each_call(Prepare prepare, Look look) {
     unsigned call = 0;
     bool killed = true;
     while (killed && !HasFailure()) {
-      SCOPED_TRACE(fmt::format("killed at system call {}", ++call));
+      call += kKillStep;
+      SCOPED_TRACE(fmt::format("killed at system call {}", call));
       killed = upload_and_kill(call, prepare);
       look(killed);
       if (killed) start_daemon();
@@ -71,6 +72,7 @@ class KilledStore : public testing::Test {
     return true;
   }
 
+  static constexpr unsigned kKillStep = QOREXT_KILL_STEP;
   // Fewer system calls cannot store a log.
   static constexpr unsigned kFewestCalls = 30;
 

@@ -185,7 +185,7 @@ TEST_F(NamWrite, NumbersAreCutToTheirItems) {
 
 TEST_F(NamWrite, EveryRecordThatIsSetIsReadBack) {
   RandomDigits random(20655501);
-  for (int i = 0; i < 300; ++i) {
+  for (int i = 0; i < 40; ++i) {
     nam.mdn = random.digits(15);
     nam.min = random.digits(10);
     nam.imsi_11_12 = random.digits(2);

@@ -251,11 +251,13 @@ TEST(Replies, AFailureWithoutDataIsNoBrokenFrame) {
 }
 
 // Nothing outside the frame is read, which the sanitizers watch, and nothing is made up.
-TEST(Replies, FramesCutAtEveryByteAreDecodedAsFarAsTheyGo) {
+TEST(Replies, CutFramesAreDecodedAsFarAsTheyGo) {
+  constexpr size_t kCutAtEveryByte = 200;  // the longest header and record
+  constexpr size_t kStep = 7;
   for (const Request& request : catalogue()) {
     Bytes whole = counting(request.reply.layout ? 1100 : 40);
     append_le(whole, 0xFFFFFFFF, 4);
-    for (size_t size = 0; size <= whole.size(); ++size) {
+    for (size_t size = 0; size <= whole.size(); size += size < kCutAtEveryByte ? 1 : kStep) {
       Bytes cut(whole.begin(), whole.begin() + static_cast<ptrdiff_t>(size));
       DecodedFrame reply = decode_reply(&request, request.reply.form, request.id, cut);
       EXPECT_EQ(reply.frame, cut);

@@ -1,7 +1,8 @@
 #include "cli/choices.h"
 
-#include <CLI/CLI.hpp>
 #include <map>
+
+#include "cli/command_app.h"
 
 namespace qorextctl {
 
@@ -34,7 +35,7 @@ T chosen(const char* option, const std::map<std::string, T>& choices, const std:
   if (choice != choices.end()) return choice->second;
   std::string names;
   for (const auto& [known, value] : choices) names += names.empty() ? known : ", " + known;
-  throw CLI::ValidationError(option, "'" + name + "' is none of " + names);
+  refuse_value(option, "'" + name + "' is none of " + names);
 }
 
 }  // namespace

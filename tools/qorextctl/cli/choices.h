@@ -8,8 +8,8 @@
 
 namespace qorextctl {
 
-// The value that goes by the name. Throws CLI::ValidationError, which tells the names that there
-// are.
+// The value that goes by the name. Without one the command line is refused, and told which names
+// there are.
 ColourWhen colour_named(const std::string& name);
 InputKind input_named(const std::string& name);
 

@@ -65,6 +65,10 @@ bool wants_json(int argc, const char* const* argv) {
 
 }  // namespace
 
+void refuse_value(const char* option, const std::string& why) {
+  throw CLI::ValidationError(option, why);
+}
+
 void describe_command_line(CLI::App& app, Options& options) {
   app.description("Drives qorext_client as the radio interface daemon does.");
   app.name("qorextctl");

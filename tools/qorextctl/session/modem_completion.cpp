@@ -19,7 +19,8 @@ using Candidates = std::vector<Candidate>;
 
 Candidates service_names(const std::string& front) {
   Candidates names;
-  for (const qmi_idl::Service* service : modem::services()) names.push_back({front + service->name});
+  for (const qmi_idl::Service* service : modem::services())
+    names.push_back({front + service->name});
   return names;
 }
 
@@ -110,7 +111,8 @@ Candidates first_words(const std::string& command) {
   return {};
 }
 
-// What may stand behind that, besides what the command's usage names. `words` begin with the command.
+// What may stand behind that, besides what the command's usage names. `words` begin with the
+// command.
 Candidates further_words(const Words& words) {
   const std::string& word = words.back();
   if (words[0] == "indicate") return fields_of(words[1]);
