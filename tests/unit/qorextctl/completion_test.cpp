@@ -87,6 +87,7 @@ TEST(Completion, ModemCommandsWithTheirArgumentsAreOffered) {
   EXPECT_THAT(at_end_of("modem service nas "), ElementsAre("up", "down"));
   EXPECT_THAT(at_end_of("modem nv 28 "), ElementsAre("record="));
   EXPECT_THAT(at_end_of("modem hob_save --n"), ElementsAre("--no-wait"));
+  EXPECT_THAT(at_end_of("modem hob-save --n"), ElementsAre("--no-wait"));
   EXPECT_THAT(at_end_of("modem set lte.mn"), ElementsAre("lte.mnc="));
 }
 

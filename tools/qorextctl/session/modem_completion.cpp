@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "base/spelling.h"
 #include "messages/fault_kinds.h"
 #include "messages/services.h"
 #include "modem/modem_control.h"
@@ -141,7 +142,7 @@ Candidates words_of_modem(const Words& words, const StateKeys& state_keys) {
   for (const ModemCommand& command : modem_commands()) {
     if (words.size() == 1) {
       names.push_back({command.name, command.help});
-    } else if (words[0] == command.name) {
+    } else if (json_key(words[0]) == command.name) {
       return arguments_of(command, words, state_keys);
     }
   }
