@@ -63,8 +63,14 @@ TEST(BashCompletion, OffersNothingWhereNothingFits) {
   EXPECT_THAT(offered("qorextctl request frob x"), IsEmpty());
 }
 
-// Starts with the completion in place and no settings of the user's.
+constexpr const char* kFirstPrompt = "ready>";
+const Terminal::Environment kEnvironment = {
+    {"HOME", "/nonexistent"}, {"PATH", "/usr/bin:/bin"}, {"PS1", "ready> "}};
+
+// Starts with the completion in place and no settings of the user's. What is typed before the first
+// prompt may be taken for something else than a line.
 void expect_completion(Terminal& shell, const std::string& preparation, const std::string& prompt) {
+  shell.wait_for_cursor(kFirstPrompt);
   shell.type("PS1='" + prompt + " '; cd " QOREXT_BIN "; PATH=" QOREXT_BIN ":$PATH; " + preparation +
              "\n");
   shell.wait_for_cursor(prompt);
@@ -77,8 +83,6 @@ void expect_completion(Terminal& shell, const std::string& preparation, const st
   shell.wait_for_cursor(prompt + " qorext_modem --scenario");
   shell.type("\nexit 0\n");
 }
-
-const Terminal::Environment kEnvironment = {{"HOME", "/nonexistent"}, {"PATH", "/usr/bin:/bin"}};
 
 TEST(BashCompletion, WorksAtATerminal) {
   Terminal shell({"/bin/bash", "--norc", "-i"}, kEnvironment);
@@ -93,6 +97,7 @@ TEST(ZshCompletion, WorksAtATerminal) {
 
 TEST(ZshCompletion, TellsWhatTheCandidatesAre) {
   Terminal shell({"/bin/zsh", "-f", "-i"}, kEnvironment);
+  shell.wait_for_cursor(kFirstPrompt);
   shell.type("PS1='zsh> '; PATH=" QOREXT_BIN ":$PATH; fpath=(" QOREXT_COMPLETION
              " $fpath); autoload -U compinit; compinit -D -u\n");
   shell.wait_for_cursor("zsh>");
