@@ -71,12 +71,12 @@ TEST_P(Exchange, DeliversAFailureResultAsAnAnswer) {
 }
 
 TEST_P(Exchange, MatchesAnswersThatComeInAnotherOrder) {
-  std::vector<Request> held;
-  modem_.answer_with([&held](Server& server, const Request& request) {
-    held.push_back(request);
-    if (held.size() < 4) return;
-    for (auto each = held.rbegin(); each != held.rend(); ++each) answer(server, *each);
-  });
+  modem_.answer_with(
+      [held = std::vector<Request>()](Server& server, const Request& request) mutable {
+        held.push_back(request);
+        if (held.size() < 4) return;
+        for (auto each = held.rbegin(); each != held.rend(); ++each) answer(server, *each);
+      });
   std::vector<std::thread> senders;
   for (uint32_t number = 1; number <= 4; ++number) {
     senders.emplace_back([this, number] {
@@ -124,12 +124,12 @@ TEST_P(Exchange, EndsInTimeWhenTheModemDoesNotReadRequests) {
 }
 
 TEST_P(Exchange, TakesNoLateAnswerForItsOwn) {
-  std::vector<Request> held;
-  modem_.answer_with([&held](Server& server, const Request& request) {
-    held.push_back(request);
-    if (held.size() == 1) return;
-    for (const auto& each : held) answer(server, each);
-  });
+  modem_.answer_with(
+      [held = std::vector<Request>()](Server& server, const Request& request) mutable {
+        held.push_back(request);
+        if (held.size() == 1) return;
+        for (const auto& each : held) answer(server, each);
+      });
   Band band{};
   EXPECT_EQ(read_band(client_, 1, band, 50), QMI_TIMEOUT_ERR);
   EXPECT_EQ(read_band(client_, 2, band), QMI_NO_ERR);
