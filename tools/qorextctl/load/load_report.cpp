@@ -9,8 +9,8 @@ namespace qorextctl {
 
 namespace {
 
-constexpr double kLeastBucket =
-    0.0625;  // milliseconds; each bucket is twice as wide as the one before
+// Milliseconds; each bucket reaches twice as far as the one before.
+constexpr double kLeastBucket = 0.0625;
 constexpr size_t kMostHashes = 40;
 
 double at_rank(const std::vector<float>& sorted, double share) {

@@ -9,6 +9,7 @@
 #include "modem/modem_options.h"
 #include "qmi_json/fields.h"
 #include "session/completed_files.h"
+#include "session/line_words.h"
 
 namespace qorextctl {
 
@@ -76,15 +77,12 @@ Candidates state_pairs(const StateKeys& state_keys) {
   return pairs;
 }
 
-Words split_usage(const std::string& usage) {
-  Words words(1);
-  for (char character : usage) {
-    bool parts = character == ' ' || character == '|';
-    bool is_mark = character == '[' || character == ']' || character == '.';
-    if (!parts && !is_mark) words.back() += character;
-    if (parts && !words.back().empty()) words.emplace_back();
-  }
-  return words;
+Words split_usage(std::string usage) {
+  constexpr std::string_view kMarks = "[]|.";
+  std::replace_if(
+      usage.begin(), usage.end(),
+      [&](char character) { return kMarks.find(character) != std::string_view::npos; }, ' ');
+  return split_line(usage).value_or(Words());
 }
 
 // What the usage of a command names itself, as "KIND [service=] [--count N] up|down". Words in
@@ -92,16 +90,12 @@ Words split_usage(const std::string& usage) {
 Candidates named_in(const std::string& usage) {
   Candidates candidates;
   for (const std::string& word : split_usage(usage)) {
-    bool stands_for_another = word.empty() || (word.front() >= 'A' && word.front() <= 'Z');
+    bool stands_for_another = word.front() >= 'A' && word.front() <= 'Z';
     size_t equals = word.find('=');
     size_t size = equals == std::string::npos ? word.size() : equals + 1;
     if (!stands_for_another) candidates.push_back({word.substr(0, size)});
   }
   return candidates;
-}
-
-bool begins_with(const std::string& word, std::string_view front) {
-  return word.rfind(front, 0) == 0;
 }
 
 // What the first word behind a command may be, where a table tells it.
@@ -118,8 +112,8 @@ Candidates further_words(const Words& words) {
   const std::string& word = words.back();
   if (words[0] == "indicate") return fields_of(words[1]);
   if (words[0] != "fault") return {};
-  if (begins_with(word, "service=")) return service_names("service=");
-  if (begins_with(word, "message=")) return request_names("message=");
+  if (word.starts_with("service=")) return service_names("service=");
+  if (word.starts_with("message=")) return request_names("message=");
   return {};
 }
 
@@ -131,7 +125,7 @@ Candidates arguments_of(const ModemCommand& command, const Words& words,
   bool takes_value = words.back().find('=') != std::string::npos;
   if (takes_value || (words.size() == 2 && !names.empty())) return names;
   for (Candidate& name : named_in(command.arguments)) names.push_back(std::move(name));
-  bool wants_option = begins_with(words.back(), "--");
+  bool wants_option = words.back().starts_with("--");
   return wants_option && names.empty() ? option_names() : names;
 }
 

@@ -21,20 +21,26 @@ constexpr std::string_view kStateKeys[] = {"subsidy-lock-code", "data", "text"};
 bool is_personal_argument(const std::string& name) {
   for (const Request& request : catalogue()) {
     for (const Argument& argument : request.payload.arguments) {
-      bool is_closed = argument.field.privacy == Privacy::personal;
-      if (is_closed && name == argument.field.name) return true;
+      bool is_personal = argument.field.privacy == Privacy::personal;
+      if (is_personal && name == argument.field.name) return true;
     }
   }
   return false;
 }
 
-// "nam.mdn=..." has the name mdn.
-bool names_personal(const std::string& word) {
+// "nam.mdn=..." has the name mdn; a word that gives no value has none.
+std::string name_in(const std::string& word) {
   size_t equals = word.find('=');
-  if (equals == std::string::npos) return false;
+  if (equals == std::string::npos) return "";
   std::string name = argument_name(word.substr(0, equals));
-  name.erase(0, name.find_last_of('.') + 1);
-  return is_personal_argument(name);
+  return name.substr(name.find_last_of('.') + 1);
+}
+
+bool names_personal(const std::string& word) { return is_personal_argument(name_in(word)); }
+
+bool names_private_state(const std::string& word) {
+  return std::find(std::begin(kStateKeys), std::end(kStateKeys), name_in(word)) !=
+         std::end(kStateKeys);
 }
 
 bool is_private_frame(View request) { return !decode_request(request).personal.empty(); }
@@ -43,13 +49,7 @@ bool is_private_frame(View request) { return !decode_request(request).personal.e
 bool is_private_modem_command(const Words& words) {
   if (words.size() < 2) return false;
   if (words[1].front() == '{') return true;
-  auto holds = [](const std::string& word) {
-    std::string name = argument_name(word.substr(0, word.find('=')));
-    name.erase(0, name.find_last_of('.') + 1);
-    return word.find('=') != std::string::npos &&
-           std::find(std::begin(kStateKeys), std::end(kStateKeys), name) != std::end(kStateKeys);
-  };
-  if (std::any_of(words.begin(), words.end(), holds)) return true;
+  if (std::any_of(words.begin(), words.end(), names_private_state)) return true;
   if (words[1] != "nv" || words.size() < 4) return false;
   auto item = parse_number(words[2]);
   return !item || is_personal_item(static_cast<uint32_t>(*item));
