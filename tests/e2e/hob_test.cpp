@@ -27,6 +27,7 @@ constexpr size_t kPartitionSize = 65536;
 
 constexpr char kSuccessful[] = "dhob_write: Save RF to HOB successful";
 constexpr char kOpened[] = "dhob_write: qor_shared_ram open success";
+constexpr char kDuplicate[] = "dhob_write: Duplicate request: Save to HOB already in progress";
 constexpr char kAnswering[] = "dhob_write: Sending DYNHOB request to BP";
 
 class Hob : public testing::Test {
@@ -202,8 +203,7 @@ TEST_F(SlowPartition, SecondRequestDuringASaveIsAnsweredWithZeroAtOnce) {
   EXPECT_TRUE(handset.log().wait_for(kOpened, 0, Deadline::in(kPatience)));
   handset.modem().command("indicate hob_save");
   expect_told("[255,0]");
-  EXPECT_THAT(handset.log().texts(),
-              Contains("dhob_write: Duplicate request: Save to HOB already in progress"));
+  EXPECT_TRUE(handset.log().wait_for(kDuplicate, 0, Deadline::in(kPatience)));
   EXPECT_THAT(handset.log().texts(), Not(Contains(kAnswering)));
 
   EXPECT_TRUE(drain() == region);
