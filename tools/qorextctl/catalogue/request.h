@@ -39,6 +39,10 @@ struct Argument {
   const char* choices = "";  // values worth offering, blanks between them
 };
 
+constexpr bool is_required(const Argument& argument) {
+  return argument.otherwise.kind == Default::Kind::required;
+}
+
 constexpr Argument offering(const char* choices, Argument argument) {
   argument.choices = choices;
   return argument;

@@ -37,6 +37,8 @@ class FramePipe {
 
   int fd() const { return input_.get(); }
   bool ended() const { return ended_; }
+  // -1, which poll() passes over, once the other end has closed the pipe.
+  int poll_fd() const { return ended_ ? -1 : input_.get(); }
 
   // Reads what is there without waiting.
   void read_available();

@@ -23,10 +23,6 @@ bool in_payload(const Argument& argument) {
   return argument.place == Place::payload || argument.place == Place::code_and_payload;
 }
 
-bool is_required(const Argument& argument) {
-  return argument.otherwise.kind == Default::Kind::required;
-}
-
 size_t size_of(const Field& field) {
   size_t width = width_of(field.type);
   return width != 0 ? width : field.size;

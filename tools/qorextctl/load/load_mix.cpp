@@ -37,7 +37,7 @@ Words with_offered_arguments(const std::string& name) {
   const Request* request = find_request(name);
   if (!request) return words;
   for (const Argument& argument : request->payload.arguments) {
-    if (argument.otherwise.kind != Default::Kind::required) continue;
+    if (!is_required(argument)) continue;
     auto values = complete_request({name, argument.field.name + std::string("=")});
     if (!values.empty()) words.push_back(values[0].text);
   }

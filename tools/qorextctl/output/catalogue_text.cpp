@@ -12,10 +12,6 @@ namespace qorextctl {
 
 namespace {
 
-bool is_required(const Argument& argument) {
-  return argument.otherwise.kind == Default::Kind::required;
-}
-
 // "rde-id= [record=] ...": optional ones in brackets.
 std::string usage(const Request& request) {
   std::vector<std::string> names;

@@ -9,12 +9,6 @@
 
 namespace qorextctl {
 
-namespace {
-
-int open_fd(const FramePipe& pipe) { return pipe.ended() ? -1 : pipe.fd(); }
-
-}  // namespace
-
 Result<std::unique_ptr<ReplayStage>> ReplayStage::start(const Options& options, Printer& printer,
                                                         OnRequest on_request) {
   std::unique_ptr<ReplayStage> stage(new ReplayStage(options.timeout, std::move(on_request)));
@@ -49,8 +43,8 @@ bool ReplayStage::wait(const std::function<bool()>& done, int most_ms) {
     if (done()) return true;
     if (interrupted_ || has_ended()) return false;
     pollfd entries[] = {{modem_->fd(), POLLIN, 0},
-                        {open_fd(daemon_->replies()), POLLIN, 0},
-                        {open_fd(daemon_->unsolicited()), POLLIN, 0},
+                        {daemon_->replies().poll_fd(), POLLIN, 0},
+                        {daemon_->unsolicited().poll_fd(), POLLIN, 0},
                         {interrupts_.fd(), POLLIN, 0}};
     int left = std::min(deadline.remaining_ms(), quiet_.remaining_ms());
     int ready = poll(entries, std::size(entries), std::min(left, most_ms));

@@ -11,8 +11,6 @@ std::string named_or_id(const Expected& expected) {
   return expected.request ? expected.request->name : fmt::format("0x{:X}", expected.id);
 }
 
-int open_fd(const FramePipe& pipe) { return pipe.ended() ? -1 : pipe.fd(); }
-
 }  // namespace
 
 // Handles what comes until `done` says so or `extra_fd` is readable (true), or until the daemon has
@@ -24,8 +22,8 @@ bool Exchange::pump(Done done, int extra_fd, const Deadline* deadline, int most_
     print_late();
     if (done()) return true;
     if (over()) return false;
-    pollfd entries[] = {{open_fd(daemon_.replies()), POLLIN, 0},
-                        {open_fd(daemon_.unsolicited()), POLLIN, 0},
+    pollfd entries[] = {{daemon_.replies().poll_fd(), POLLIN, 0},
+                        {daemon_.unsolicited().poll_fd(), POLLIN, 0},
                         {extra_fd, POLLIN, 0},
                         {interrupt_fd_, POLLIN, 0}};
     int time = deadline ? deadline->remaining_ms() : -1;
