@@ -42,7 +42,6 @@ constexpr Place kImeiSv = {41, 0, 1, 1};
 constexpr Place kLteBands = {53, 0, 4, 8};
 
 constexpr NvKey kMdnItem{8};
-constexpr size_t kMdnDigits = 15;
 constexpr size_t kMdnHead = 2;  // the NAM and the number of digits
 constexpr NvKey kFsgVersionItem{8029};
 constexpr NvKey kFlexVersionItem{8028};

@@ -13,9 +13,11 @@ namespace modem {
 constexpr size_t kSpcSize = 6;
 constexpr NvKey kSpcItem{32};
 
+constexpr size_t kMdnDigits = 15;
+
 // The CDMA number assignment module 0.
 struct Nam {
-  std::string mdn;         // at most 15 digits
+  std::string mdn;         // at most kMdnDigits
   std::string min;         // 10 digits
   std::string imsi_mcc;    // 3 digits
   std::string imsi_11_12;  // 2 digits

@@ -13,7 +13,6 @@ constexpr size_t kMaxItems = 4096;
 constexpr size_t kMaxOperators = 256;
 constexpr size_t kMaxText = 255;
 constexpr size_t kMaxPlmnDigits = 999;
-constexpr size_t kMdnDigits = 15;
 constexpr size_t kIpv6Size = 16;
 
 struct NvItem {

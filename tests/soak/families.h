@@ -35,6 +35,9 @@ std::span<const Family> network_families();
 std::span<const Family> feature_families();
 std::span<const Family> foreign_families();
 
+// The one error that means something to the daemon.
+constexpr uint16_t kNoRadio = 93;
+
 // The parent's status for an operation's outcome.
 constexpr uint32_t status_of(bool done) { return done ? 0 : 5; }
 

@@ -99,7 +99,7 @@ Case utility(Draws& draws, ModemModel& modem) {
   return {request, reply(kId, 0, done ? utility_answer(type, modem.network()) : Bytes())};
 }
 
-constexpr Family kFamilies[] = {
+constexpr Family kFeatureFamilies[] = {
     {"silent reboot", 3, silent_reboot, {{"utils"}}},
     {"filter", 3, filter, {{"utils"}}},
     {"coverage", 3, coverage, {{"utils"}}},
@@ -113,6 +113,6 @@ constexpr Family kFamilies[] = {
 
 }  // namespace
 
-std::span<const Family> feature_families() { return kFamilies; }
+std::span<const Family> feature_families() { return kFeatureFamilies; }
 
 }  // namespace soak

@@ -40,7 +40,7 @@ Case misshapen(Draws& draws, ModemModel& /*modem*/) {
   return {request, error_reply(request)};
 }
 
-constexpr Family kFamilies[] = {
+constexpr Family kForeignFamilies[] = {
     {"obsolete", 3, obsolete},
     {"unknown", 3, unknown},
     {"unknown generic", 3, unknown_generic},
@@ -49,6 +49,6 @@ constexpr Family kFamilies[] = {
 
 }  // namespace
 
-std::span<const Family> foreign_families() { return kFamilies; }
+std::span<const Family> foreign_families() { return kForeignFamilies; }
 
 }  // namespace soak

@@ -9,7 +9,6 @@ namespace {
 using e2e::as_hex;
 using nlohmann::json;
 
-constexpr size_t kMostItemBytes = 512;
 constexpr uint32_t kFullService = 2;
 
 Cell draw_cell(Draws& draws) {

@@ -56,6 +56,7 @@ struct Network {
   Bytes pfp_table;  // 224 bytes
 };
 
+constexpr uint32_t kMostItemBytes = 512;
 constexpr size_t kSidNidValues = 40;
 
 struct Nam {

@@ -156,7 +156,7 @@ Case set_pairs(Draws& draws, ModemModel& modem) {
   return {request, echo(request, status_of(exchange.is_answered()))};
 }
 
-constexpr Family kFamilies[] = {
+constexpr Family kNamFamilies[] = {
     {"NAM get", 2, get_nam, {{"element_read", kNamItems}}},
     {"NAM set",
      2,
@@ -168,6 +168,6 @@ constexpr Family kFamilies[] = {
 
 }  // namespace
 
-std::span<const Family> nam_families() { return kFamilies; }
+std::span<const Family> nam_families() { return kNamFamilies; }
 
 }  // namespace soak

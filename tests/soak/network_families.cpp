@@ -10,7 +10,6 @@ using namespace e2e;
 
 constexpr size_t kApnListSize = 1017;
 constexpr uint32_t kTotEntries = 15;
-constexpr uint32_t kNoRadio = 93;
 
 // All requests are made until one of the NAS service fails.
 struct LteAnswers {
@@ -113,7 +112,7 @@ Case write_akey(Draws& draws, ModemModel& modem) {
   return {request, echo(request, status_of(done)) + reply(kId, 6)};
 }
 
-constexpr Family kFamilies[] = {
+constexpr Family kNetworkFamilies[] = {
     {"LTE data",
      3,
      get_lte_data,
@@ -132,6 +131,6 @@ constexpr Family kFamilies[] = {
 
 }  // namespace
 
-std::span<const Family> network_families() { return kFamilies; }
+std::span<const Family> network_families() { return kNetworkFamilies; }
 
 }  // namespace soak

@@ -9,8 +9,7 @@ using namespace e2e;
 
 constexpr uint32_t kFirstItem = 7000;
 constexpr uint32_t kItems = 8;
-constexpr uint32_t kRecords = 2;
-constexpr uint32_t kMostBytes = 512;
+constexpr uint32_t kRecordsOfItem = 2;
 
 struct Address {
   ItemKey key;
@@ -18,13 +17,13 @@ struct Address {
 };
 
 Address draw_address(Draws& draws) {
-  return {{kFirstItem + draws.below(kItems), draws.below(kRecords)},
+  return {{kFirstItem + draws.below(kItems), draws.below(kRecordsOfItem)},
           draws.one_in(20) ? draws.below(600) : draws.below(40)};
 }
 
 // Most are short; some are around the limit.
 uint32_t draw_length(Draws& draws) {
-  return draws.one_in(20) ? draws.between(kMostBytes - 2, kMostBytes + 2) : draws.below(48);
+  return draws.one_in(20) ? draws.between(kMostItemBytes - 2, kMostItemBytes + 2) : draws.below(48);
 }
 
 Case general_read(Draws& draws, ModemModel& modem) {
@@ -41,9 +40,9 @@ Case general_write(Draws& draws, ModemModel& modem) {
   constexpr uint32_t kId = 0x02000015;
   auto [key, offset] = draw_address(draws);
   uint32_t length = draws.one_in(50) ? draws.word() | 0x80000000 : draw_length(draws);
-  Bytes data = draws.bytes(std::min(length, kMostBytes + 2));
+  Bytes data = draws.bytes(std::min(length, kMostItemBytes + 2));
   Bytes request = cdma(kId, words({key.rde_id, key.record, offset, length}) + data);
-  bool done = length <= kMostBytes && modem.write_item(key, offset, data);
+  bool done = length <= kMostItemBytes && modem.write_item(key, offset, data);
   return {request, reply(kId, status_of(done))};
 }
 
@@ -70,7 +69,7 @@ Case useless_read(uint32_t id, uint32_t item, ModemModel& modem) {
 
 Case fixed_write(uint32_t id, uint32_t item, Draws& draws, ModemModel& modem) {
   Bytes data = draws.bytes(draw_length(draws));
-  bool done = data.size() <= kMostBytes && modem.write_item({item, 0}, 0, data);
+  bool done = data.size() <= kMostItemBytes && modem.write_item({item, 0}, 0, data);
   return {cdma(id, data), reply(id, status_of(done))};
 }
 
@@ -98,7 +97,7 @@ Case draw_fixed_write(Draws& draws, ModemModel& modem) {
   return fixed_write(row.read_id + 1, row.item, draws, modem);
 }
 
-constexpr Family kFamilies[] = {
+constexpr Family kNvFamilies[] = {
     {"general NV read", 8, general_read, {{"element_read"}}},
     {"general NV write", 8, general_write, {{"element_write"}}},
     {"mobile revision", 2, mobile_revision, {{"element_read"}}},
@@ -108,6 +107,6 @@ constexpr Family kFamilies[] = {
 
 }  // namespace
 
-std::span<const Family> nv_families() { return kFamilies; }
+std::span<const Family> nv_families() { return kNvFamilies; }
 
 }  // namespace soak

@@ -7,7 +7,6 @@ namespace {
 
 using namespace e2e;
 
-constexpr uint32_t kMostItemBytes = 512;
 constexpr uint32_t kNotSupported = 6;
 
 // A setting request without a payload is declined: nobody behind the carrier handler knows it.
@@ -103,7 +102,7 @@ Case set_bsr_timer(Draws& draws, ModemModel& modem) {
   return {request, echo(request, status_of(exchange.is_answered()))};
 }
 
-constexpr Family kFamilies[] = {
+constexpr Family kSettingFamilies[] = {
     {"band get", 4, get_band, {{"read_band"}}},
     {"band set", 4, set_band, {{"write_band"}}},
     {"roaming list", 2, set_roaming_list, {{"set_roaming_list_segment"}}},
@@ -119,6 +118,6 @@ constexpr Family kFamilies[] = {
 
 }  // namespace
 
-std::span<const Family> setting_families() { return kFamilies; }
+std::span<const Family> setting_families() { return kSettingFamilies; }
 
 }  // namespace soak

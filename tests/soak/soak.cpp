@@ -93,7 +93,6 @@ void Soak::spoil_some(const Family& family) {
                     [](const Target& target) { return target.message != nullptr; }));
   if (!is_spoiled || count == 0) return;
 
-  constexpr uint32_t kNoRadio = 93;  // the one error that means something to the daemon
   const Target& target = family.targets[draws_.below(count)];
   const SpoilingKind& kind = draws_.one_of(is_slow ? slow_spoilings() : all_spoilings());
   auto code = [&] { return static_cast<uint16_t>(draws_.between(1, UINT16_MAX)); };

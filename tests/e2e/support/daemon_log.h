@@ -18,7 +18,8 @@ class DaemonLog {
   // the error priority: not every release of the log library shows them.
   void add(const std::string& line);
 
-  // The messages from number `first` to before number `end`, without line ends.
+  // The messages from number `first` to before number `end`, without line ends. The daemon's last
+  // ones may still be on their way: wait for one, or for one behind it.
   std::vector<std::string> texts(size_t first = 0, size_t end = SIZE_MAX) const;
 
   // The number of the first message with this text, counted from `first`; waits for it.

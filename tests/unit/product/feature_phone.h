@@ -15,6 +15,13 @@ inline Bytes be32(uint32_t value) {
           static_cast<uint8_t>(value >> 8), static_cast<uint8_t>(value)};
 }
 
+inline constexpr unsigned int kUtilityMessage = 0x0F;
+
+// The response to it, whose first word says nothing.
+inline Bytes utility_response(uint32_t length, const Bytes& data) {
+  return le32(0xEEEEEEEE) + le32(length) + data;
+}
+
 // A generic request whose header claims a length, whatever the payload.
 inline Request generic_claiming(uint32_t length, uint32_t id, const Bytes& payload = {}) {
   Request request = Request::generic(id, payload);

@@ -12,7 +12,6 @@ namespace {
 
 constexpr size_t kLimit = 31457280;
 constexpr time_t kHalfADay = 43200;
-constexpr time_t kTwoDays = 172800;
 
 // A store whose current log was made ten seconds ago.
 class KpiRotation : public VornPhone {

@@ -9,7 +9,6 @@ namespace {
 
 constexpr uint32_t kCoverage = 0x50020;
 constexpr uint32_t kCoverageWithMode = 0x50029;
-constexpr unsigned int kUtilityMessage = 0x0F;
 constexpr unsigned int kCoverageIndication = 0x10C;
 
 const Lines kNotTerminated = {"log: sig_cov warning: no NULL found at the end of string"};

@@ -10,11 +10,6 @@ namespace {
 constexpr uint32_t kSilentReboot = 0x50019;
 constexpr uint32_t kSysInfoFilter = 0x5001E;
 constexpr uint32_t kCallEndRadioState = 0x50505;
-constexpr unsigned int kUtilityMessage = 0x0F;
-
-Bytes utility_response(uint32_t length, const Bytes& data) {
-  return le32(0xEEEEEEEE) + le32(length) + data;
-}
 
 class SysInfoFilter : public FeaturePhone {
  protected:

@@ -7,16 +7,11 @@ using testing::IsEmpty;
 namespace {
 
 constexpr uint32_t kUtilityRequest = 0x0200001E;
-constexpr unsigned int kUtilityMessage = 0x0F;
 
 Bytes utility_payload(uint32_t type, uint32_t length, const Bytes& data) {
   Bytes payload = le32(type) + le32(length) + data;
   payload.resize(264);
   return payload;
-}
-
-Bytes utility_response(uint32_t length, const Bytes& data) {
-  return le32(0xEEEEEEEE) + le32(length) + data;
 }
 
 // What the trace shows behind the modem's part of a request.

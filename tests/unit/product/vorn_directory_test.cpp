@@ -11,8 +11,6 @@ using testing::UnorderedElementsAre;
 
 namespace {
 
-constexpr time_t kTwoDays = 172800;
-
 class VornDirectory : public VornPhone {
  protected:
   VornDirectory() { make_folder(kVorn); }

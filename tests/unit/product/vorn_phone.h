@@ -15,6 +15,8 @@ inline const std::string kCurrent = "/data/vorn/.0001";
 inline const std::string kPrevious = "/data/vorn/.0002";
 inline const std::string kTemporary = "/data/vorn/~vorn0007.log";  // of package 7
 
+inline constexpr time_t kTwoDays = 172800;
+
 inline const std::string kLookUp = "log: vorn_get_index_filename: index name ";
 
 // A log created at this moment.

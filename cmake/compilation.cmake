@@ -1,12 +1,10 @@
 # Most of a source's compilation is its headers', so sources can be compiled several at a time. Not
 # those that go into a phone: these are compiled one by one in every build.
-option(QOREXT_UNITY_TESTS "compile the tests' sources together" OFF)
-option(QOREXT_UNITY_TOOLS "compile the sources of the modem and the tool together" OFF)
+option(QOREXT_UNITY "compile sources of the modem, the tool and the tests together" OFF)
 
 # The sources of one folder become one.
 function(compile_folders_together target)
-  set_target_properties(${target} PROPERTIES
-    UNITY_BUILD ${QOREXT_UNITY_TOOLS} UNITY_BUILD_MODE GROUP)
+  set_target_properties(${target} PROPERTIES UNITY_BUILD ${QOREXT_UNITY} UNITY_BUILD_MODE GROUP)
   get_target_property(sources ${target} SOURCES)
   foreach(source ${sources})
     get_filename_component(folder ${source} DIRECTORY)
@@ -17,4 +15,17 @@ endfunction()
 # For sources whose file-local names are another's, too.
 function(compile_alone)
   set_source_files_properties(${ARGN} PROPERTIES SKIP_UNITY_BUILD_INCLUSION ON)
+endfunction()
+
+# Headers compiled beforehand, where the target has sources enough to make it pay.
+function(precompile target)
+  set(few 2)
+  if(QOREXT_UNITY)
+    set(few 16)
+  endif()
+  get_target_property(sources ${target} SOURCES)
+  list(LENGTH sources count)
+  if(count GREATER few)
+    target_precompile_headers(${target} PRIVATE ${ARGN})
+  endif()
 endfunction()
