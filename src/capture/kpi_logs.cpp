@@ -27,7 +27,7 @@ constexpr char kDropBoxTag[] = "modem_vorn";
 // The size of the file, or -1 with errno.
 off_t size_of(const VornPath& path) {
   struct stat status;
-  return stat_file(path, status) ? status.st_size : -1;
+  return stat(phone_path(path), &status) == 0 ? status.st_size : -1;
 }
 
 void find_current_log(VornPath& log) {
@@ -75,27 +75,55 @@ void give_to_readers(const VornPath& log) {
   }
 }
 
-void copy(const ScopedFd& from, const ScopedFd& to) {
-  char chunk[kChunkSize];
-  for (;;) {
-    ssize_t size = read(from.get(), chunk, sizeof chunk);
-    if (size <= 0) break;
-    [[maybe_unused]] ssize_t written = write(to.get(), chunk, static_cast<size_t>(size));
+// False with errno when not all of it was written.
+bool write_all(const ScopedFd& file, const char* bytes, size_t size) {
+  while (size > 0) {
+    ssize_t written = write(file.get(), bytes, size);
+    if (written == 0) errno = ENOSPC;
+    if (written <= 0) return false;
+    bytes += written;
+    size -= static_cast<size_t>(written);
   }
-  fsync(to.get());
-  fsync(from.get());
+  return true;
 }
 
-bool append(const VornPath& temporary, const VornPath& log, bool is_new) {
-  ScopedFd to(open(phone_path(log), O_RDWR | O_APPEND | O_CREAT | O_CLOEXEC, kCreationMode));
-  ScopedFd from(to ? open(phone_path(temporary), O_RDONLY | O_CLOEXEC) : -1);
-  if (!from) {
+struct OpenFile {
+  const VornPath& path;
+  ScopedFd fd;
+};
+
+bool report(const char* what, const OpenFile& file) {
+  LOGE("vorn_update_current_log: Unable to %s %s, errno %d", what, file.path, errno);
+  return false;
+}
+
+// Until `to` is on the disk. False after logging what failed.
+bool copy(const OpenFile& from, const OpenFile& to) {
+  char chunk[kChunkSize];
+  ssize_t size;
+  while ((size = read(from.fd.get(), chunk, sizeof chunk)) > 0) {
+    if (!write_all(to.fd, chunk, static_cast<size_t>(size))) return report("write", to);
+  }
+  if (size < 0) return report("read", from);
+  if (fsync(to.fd.get()) != 0) return report("write", to);
+  fsync(from.fd.get());
+  return true;
+}
+
+// A failed merge leaves the log as it was before: of `size` bytes.
+bool append(const VornPath& temporary, const VornPath& log, off_t size) {
+  OpenFile to = {
+      log, ScopedFd(open(phone_path(log), O_RDWR | O_APPEND | O_CREAT | O_CLOEXEC, kCreationMode))};
+  OpenFile from = {temporary,
+                   ScopedFd(to.fd ? open(phone_path(temporary), O_RDONLY | O_CLOEXEC) : -1)};
+  if (!from.fd) {
     LOGE("vorn_update_current_log: Unable to open files, errno %d", errno);
     return false;
   }
-  if (is_new) give_to_readers(log);
-  copy(from, to);
-  return true;
+  if (size == 0) give_to_readers(log);
+  if (copy(from, to)) return true;
+  if (ftruncate(to.fd.get(), size) != 0) report("truncate", to);
+  return false;
 }
 
 }  // namespace
@@ -117,7 +145,7 @@ void vorn_update_current_log(const VornPath& temporary, time_t& handed_off) {
   time_t now = time(nullptr);
   bool is_due = is_rotation_due(size + added, now, handed_off);
   if (is_due && !rotate(log, size, now, handed_off)) return;
-  if (!append(temporary, log, size == 0)) return;
+  if (!append(temporary, log, size)) return;
   LOGE("vorn_update_current_log: update %s succeed.", log);
   unlink(phone_path(temporary));
 }

@@ -15,43 +15,58 @@ namespace {
 constexpr mode_t kDirectoryMode = 0750;
 constexpr mode_t kTemporaryMode = 0740;
 
-bool make_directory(KpiStore& store) {
-  if (store.has_directory) return true;
+// These return 0, or errno after logging it.
+
+int make_directory(KpiStore& store) {
+  if (store.has_directory) return 0;
   if (mkdir(phone_path(kVornDirectory), kDirectoryMode) != 0 && errno != EEXIST) {
-    LOGE("vornIndHndlr: create parent dir %s failed, rc %d", kVornDirectory, errno);
-    return false;
+    int error = errno;
+    LOGE("vornIndHndlr: create parent dir %s failed, rc %d", kVornDirectory, error);
+    return error;
   }
   store.has_directory = true;
-  return true;
+  return 0;
 }
 
-ScopedFd open_temporary(const VornPath& path, const KpiPacket& packet) {
-  int start = packet.sequence_id == kFirstSequence ? O_TRUNC : O_APPEND;
-  int fd = open(phone_path(path), O_RDWR | O_CREAT | O_CLOEXEC | start, kTemporaryMode);
-  if (fd < 0) LOGE("vornIndHndlr: Unable to open %s, errno %d", path, errno);
-  return ScopedFd(fd);
-}
-
-bool write_payload(const ScopedFd& file, const VornPath& path, const KpiPacket& packet,
-                   uint32_t skip) {
+// What a full disk writes first is short, without an errno.
+int write_payload(const ScopedFd& file, const VornPath& path, const KpiPacket& packet,
+                  uint32_t skip) {
   ssize_t size = ssize_t{packet.size} - skip;
-  if (write(file.get(), packet.payload + skip, static_cast<size_t>(size)) == size) return true;
+  ssize_t written = write(file.get(), packet.payload + skip, static_cast<size_t>(size));
+  if (written == size) return 0;
+  int error = written < 0 ? errno : ENOSPC;
   LOGE("vornIndHndlr: Write to file %s failed, errno %d", path, errno);
-  return false;
+  return error;
+}
+
+int add_to_temporary(const VornPath& path, const KpiPacket& packet, uint32_t skip) {
+  int start = packet.sequence_id == kFirstSequence ? O_TRUNC : O_APPEND;
+  ScopedFd file(open(phone_path(path), O_RDWR | O_CREAT | O_CLOEXEC | start, kTemporaryMode));
+  if (file) return write_payload(file, path, packet, skip);
+  int error = errno;
+  LOGE("vornIndHndlr: Unable to open %s, errno %d", path, error);
+  return error;
 }
 
 }  // namespace
 
 void store_kpi_packet(KpiStore& store, KpiReceiver& receiver, const KpiPacket& packet,
                       uint32_t skip) {
-  if (!make_directory(store)) return;
-
+  int& lost = store.lost[packet.package_id];
+  if (packet.sequence_id == kFirstSequence) lost = 0;
   VornPath path;
   snprintf(path, sizeof path, "%s/~vorn%04d%s", kVornDirectory, packet.package_id, kVornSuffix);
-  ScopedFd file = open_temporary(path, packet);
-  if (!file || !write_payload(file, path, packet, skip) || !packet.is_last) return;
+
+  int error = make_directory(store);
+  if (error == 0) error = add_to_temporary(path, packet, skip);
+  if (error != 0) lost = error;
+  if (error != 0 || !packet.is_last) return;
 
   LOGE("vornIndHndlr: received the last pkg of %d", packet.package_id);
   receiver.reset();
-  vorn_update_current_log(path, store.handed_off);
+  if (lost == 0) {
+    vorn_update_current_log(path, store.handed_off);
+  } else {
+    LOGE("vorn_update_current_log: Unable to write %s, errno %d", path, lost);
+  }
 }

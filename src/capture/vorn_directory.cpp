@@ -28,7 +28,7 @@ constexpr char kNewLink[] = "/data/vorn/.new";
 
 bool exists(const VornPath& path) {
   struct stat status;
-  return stat_file(path, status);
+  return stat(phone_path(path), &status) == 0;
 }
 
 void build_index_name(int index, VornPath& name) {
@@ -55,15 +55,54 @@ bool is_linked(const VornPath& log) {
   return false;
 }
 
-void point_index_to(int index, const VornPath& log) {
-  VornPath link;
-  announce_index_name(index, link);
-  if (!exists(log)) {
-    unlink(phone_path(link));
-    return;
-  }
+bool make_link(const VornPath& log, const char* link) {
+  if (symlink(log, phone_path(link)) == 0) return true;
+  LOGE("vorn_create_new_log: Unable to link %s, errno %d", link, errno);
+  return false;
+}
+
+bool replace_link(const VornPath& log, const VornPath& link) {
   unlink(phone_path(kNewLink));
-  if (symlink(log, phone_path(kNewLink)) == 0) rename(phone_path(kNewLink), phone_path(link));
+  if (!make_link(log, kNewLink)) return false;
+  if (rename(phone_path(kNewLink), phone_path(link)) == 0) return true;
+  LOGE("vorn_create_new_log: Unable to rename %s, errno %d", kNewLink, errno);
+  unlink(phone_path(kNewLink));
+  return false;
+}
+
+// Without a log the link is deleted. A link that cannot be replaced is deleted and made: the old
+// one would have the same log handed off at every merge.
+void point_index_to(int index, const VornPath& log, bool has_log) {
+  VornPath link;
+  build_index_name(index, link);
+  if (has_log && replace_link(log, link)) return;
+  unlink(phone_path(link));
+  if (has_log) make_link(log, link);
+}
+
+// Some file systems (f2fs) keep a changed link only when its directory is synced.
+void sync_directory() {
+  ScopedFd directory(open(phone_path(kVornDirectory), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+  if (directory && fsync(directory.get()) == 0) return;
+  LOGE("vorn_create_new_log: Unable to sync %s, errno %d", kVornDirectory, errno);
+}
+
+// Makes `created` the current log and stores the path of the log that no link names any more, or an
+// empty one. The previous link changes first: a power cut between the two must leave a link to
+// every log with packages in it.
+void shift_links(const VornPath& created, VornPath& unlinked) {
+  VornPath link;
+  VornPath current;
+  unlinked[0] = '\0';
+  vorn_get_filename(kCurrentIndex, current);
+  announce_index_name(kCurrentIndex, link);
+  bool has_created = exists(created);
+  if (exists(current)) {
+    vorn_get_filename(kPreviousIndex, unlinked);
+    announce_index_name(kPreviousIndex, link);
+    point_index_to(kPreviousIndex, current, exists(current));
+  }
+  point_index_to(kCurrentIndex, created, has_created);
 }
 
 void dated_name(time_t when, VornPath& name) {
@@ -76,7 +115,7 @@ void dated_name(time_t when, VornPath& name) {
 }
 
 // Two logs of one second would share a name, and creating the second would empty the first: a name
-// in use by one of the two kept logs is passed over.
+// in use by one of the two kept logs is skipped.
 void next_free_name(VornPath& name) {
   time_t when = time(nullptr);
   dated_name(when, name);
@@ -97,7 +136,7 @@ bool is_kept(const VornPath& path, int index) {
 void delete_if_stale(const VornPath& path, time_t now) {
   if (is_kept(path, kCurrentIndex) || is_kept(path, kPreviousIndex)) return;
   struct stat status;
-  if (!stat_file(path, status)) return;
+  if (stat(phone_path(path), &status) != 0) return;
   if (fabs(difftime(now, status.st_mtime)) < kStaleSeconds) return;
   LOGE("vorn_clean_dir: unexpected %s", path);
   unlink(phone_path(path));
@@ -123,12 +162,6 @@ bool for_each_entry(char spared, Act act) {
 
 }  // namespace
 
-bool stat_file(const VornPath& path, struct stat& status) {
-  if (path[0] != '\0') return stat(phone_path(path), &status) == 0;
-  errno = ENOENT;
-  return false;
-}
-
 int vorn_get_filename(int index, VornPath& target) {
   VornPath link;
   announce_index_name(index, link);
@@ -146,18 +179,14 @@ int vorn_create_new_log(VornPath& name) {
   memcpy(name, created, sizeof name);
   LOGE("vorn_create_new_log: create new %s.", created);
 
-  VornPath current;
-  VornPath previous;
-  vorn_get_filename(kCurrentIndex, current);
-  point_index_to(kCurrentIndex, created);
-  if (!exists(current)) return 0;
+  VornPath unlinked;
+  shift_links(created, unlinked);
+  sync_directory();
+  // After a power cut within a shift both links name one log, which is then the previous one.
+  if (!exists(unlinked) || is_linked(unlinked)) return 0;
 
-  vorn_get_filename(kPreviousIndex, previous);
-  point_index_to(kPreviousIndex, current);
-  if (!exists(previous)) return 0;
-
-  unlink(phone_path(previous));
-  LOGE("vorn_create_new_log: remove old %s", previous);
+  unlink(phone_path(unlinked));
+  LOGE("vorn_create_new_log: remove old %s", unlinked);
   vorn_clean_dir();
   return 0;
 }

@@ -1,16 +1,10 @@
 // The directory of the KPI logs: index links, dated logs, sweeps.
 #pragma once
 
-#include <sys/stat.h>
-
 #include "capture/kpi_logs.h"
 
 constexpr int kCurrentIndex = 1;
 constexpr int kPreviousIndex = 2;
-
-// What stat() tells of the file; false with errno when it tells nothing. An empty path names no
-// file.
-bool stat_file(const VornPath& path, struct stat& status);
 
 // Stores where index link k points to, empty when there is none. 0 when that exists, else -1.
 int vorn_get_filename(int index, VornPath& target);

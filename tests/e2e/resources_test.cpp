@@ -1,5 +1,6 @@
 // Descriptors and files that cannot be had.
 #include "faulty_handset.h"
+#include "vorn.h"
 
 namespace e2e {
 namespace {
@@ -34,6 +35,33 @@ TEST_F(Resources, AReadOnlyFileSystemCostsThePackagesOfItsTime) {
   EXPECT_EQ(handset->serve(band_query).replies, band_reply);
   switches->file_error = 0;
   EXPECT_THAT(store(2), Contains(kStored + "2"));
+}
+
+// Four uploads of 45,000 bytes where a log can take 160,000.
+TEST_F(Resources, AFullDiskIsNoSuccess) {
+  switches->largest_file = 160000;
+  std::vector<std::string> uploads;
+  Texts log;
+  for (unsigned package = 1; package <= 4; ++package) {
+    uploads.push_back(made_up_log(45000 + package));
+    size_t before = handset->log().texts().size();
+    upload_in_packets(handset->modem(), package, uploads.back());
+    EXPECT_THAT(messages_until_idle(), IsEmpty());
+    Texts one = handset->log().texts(before);
+    log.insert(log.end(), one.begin(), one.end());
+  }
+  VornFolder vorn(handset->phone());
+  std::string name = vorn.linked(1);
+  EXPECT_THAT(
+      log, Contains("vorn_update_current_log: update /data/vorn/" + name + " succeed.").Times(3));
+  EXPECT_THAT(
+      log, Contains("vorn_update_current_log: Unable to write /data/vorn/" + name + ", errno 28"));
+  EXPECT_TRUE(vorn.content(name) == uploads[0] + uploads[1] + uploads[2]);
+  EXPECT_TRUE(vorn.content("~vorn0004.log") == uploads[3]);
+
+  switches->largest_file = 0;
+  EXPECT_THAT(store(4),
+              Contains("vorn_update_current_log: update /data/vorn/" + name + " succeed."));
 }
 
 TEST_F(Resources, WithoutDescriptorsEverythingButFilesWorks) {

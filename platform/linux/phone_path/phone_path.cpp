@@ -4,14 +4,29 @@
 #include <cstdio>
 #include <cstdlib>
 
+namespace {
+
+// One character more than a path may have. The workstation's own file of that name is never taken
+// in place of the phone's.
+struct TooLong {
+  char text[PATH_MAX + 1];
+  constexpr TooLong() : text() {
+    for (char& character : text) character = '/';
+    text[PATH_MAX] = '\0';
+  }
+};
+constexpr TooLong kTooLong;
+
+}  // namespace
+
 const char* phone_path(const char* path) {
   thread_local char mapped[2][PATH_MAX];
   thread_local unsigned turn = 0;
 
   const char* root = getenv("QOREXT_PHONE_ROOT");
-  if (root == nullptr || *root == '\0') return path;
+  if (root == nullptr || *root == '\0' || *path == '\0') return path;
 
   char* text = mapped[turn++ % 2];
   int length = snprintf(text, PATH_MAX, "%s%s", root, path);
-  return length < PATH_MAX ? text : path;
+  return length < PATH_MAX ? text : kTooLong.text;
 }

@@ -59,6 +59,15 @@ bool is_pipe(int fd) {
 // Standard output and error carry the log.
 bool is_parent_pipe(int fd) { return fd > STDERR_FILENO && is_pipe(fd); }
 
+// How many more bytes a file takes; as many as there are in everything else.
+size_t room_in(int fd, size_t size) {
+  struct stat status;
+  size_t largest = g_switches == nullptr ? 0 : g_switches->largest_file.load();
+  if (largest == 0 || fstat(fd, &status) != 0 || !S_ISREG(status.st_mode)) return size;
+  auto used = static_cast<size_t>(status.st_size);
+  return used < largest ? largest - used : 0;
+}
+
 bool take_one(std::atomic<uint32_t>& count) {
   if (count == 0) return false;
   --count;
@@ -84,7 +93,12 @@ EXPORTED void* calloc(size_t count, size_t size) {
 EXPORTED ssize_t write(int fd, const void* bytes, size_t size) {
   uint32_t most = g_switches == nullptr ? 0 : g_switches->most_written.load();
   if (most != 0 && size > most && is_parent_pipe(fd)) size = most;
-  return syscall(SYS_write, fd, bytes, size);
+  size_t room = room_in(fd, size);
+  if (room == 0 && size > 0) {
+    errno = ENOSPC;
+    return -1;
+  }
+  return syscall(SYS_write, fd, bytes, room < size ? room : size);
 }
 
 EXPORTED ssize_t read(int fd, void* bytes, size_t size) {

@@ -25,6 +25,9 @@ struct Switches {
   std::atomic<uint32_t> failing_reads;
   std::atomic<uint32_t> read_error;
 
+  // A file takes no byte beyond this size, as on a full disk; 0: no limit.
+  std::atomic<uint32_t> largest_file;
+
   // Opening a file for writing, or making a folder, fails with this errno; 0: it does not.
   std::atomic<uint32_t> file_error;
 

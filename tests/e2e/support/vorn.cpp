@@ -40,6 +40,16 @@ void upload_log(ModemProcess& modem, unsigned package, const std::string& text) 
   upload(modem, {package, 1, true, le32(kLogHeader) + characters(text)});
 }
 
+void upload_in_packets(ModemProcess& modem, unsigned package, const std::string& text) {
+  constexpr size_t kPacket = 500;
+  for (size_t at = 0; at < text.size(); at += kPacket) {
+    Bytes payload = characters(text.substr(at, kPacket));
+    if (at == 0) payload = le32(kLogHeader) + payload;
+    upload(modem, {package, static_cast<unsigned>(at / kPacket + 1), at + kPacket >= text.size(),
+                   payload});
+  }
+}
+
 std::string made_up_log(size_t size) {
   std::string log(size, '\0');
   uint32_t value = 1;

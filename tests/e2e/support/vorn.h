@@ -27,6 +27,9 @@ void upload(ModemProcess& modem, const KpiPacket& packet);
 // A package of one packet.
 void upload_log(ModemProcess& modem, unsigned package, const std::string& text);
 
+// A package of as many packets as it takes.
+void upload_in_packets(ModemProcess& modem, unsigned package, const std::string& text);
+
 // Bytes that repeat nowhere near a packet's size.
 std::string made_up_log(size_t size);
 

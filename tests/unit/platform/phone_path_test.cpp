@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 #include <limits.h>
+#include <unistd.h>
 
 #include <thread>
 
@@ -34,12 +35,24 @@ TEST(PhonePath, ServesTwoPathsAtATime) {
   EXPECT_STREQ(second, "/r/b");
 }
 
-TEST(PhonePath, LeavesAPathThatWouldBecomeTooLong) {
+TEST(PhonePath, LeavesAnEmptyPathEmpty) {
+  ScopedEnv root("QOREXT_PHONE_ROOT", "/tmp");
+  EXPECT_STREQ(phone_path(""), "");
+}
+
+TEST(PhonePath, RefusesAPathThatWouldBecomeTooLong) {
   ScopedEnv root("QOREXT_PHONE_ROOT", "/r");
   std::string fits = "/" + std::string(PATH_MAX - 4, 'a');
   std::string too_long = fits + "a";
   EXPECT_EQ(phone_path(fits.c_str()), "/r" + fits);
-  EXPECT_EQ(phone_path(too_long.c_str()), too_long);
+  EXPECT_EQ(access(phone_path(too_long.c_str()), F_OK), -1);
+  EXPECT_EQ(errno, ENAMETOOLONG);
+}
+
+TEST(PhonePath, NeverTakesTheWorkstationsOwnFileForThePhones) {
+  ScopedEnv root("QOREXT_PHONE_ROOT", ("/" + std::string(PATH_MAX, 'r')).c_str());
+  EXPECT_EQ(access(phone_path("/proc/self/stat"), F_OK), -1);
+  EXPECT_EQ(errno, ENAMETOOLONG);
 }
 
 TEST(PhonePath, IsKeptApartForEachThread) {

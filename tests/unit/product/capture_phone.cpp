@@ -155,11 +155,29 @@ int __wrap_chmod(const char* path, mode_t mode) {
 
 int __real_fsync(int);
 int __wrap_fsync(int fd) {
-  if (g_phone != nullptr) {
-    auto path = std::filesystem::read_symlink("/proc/self/fd/" + std::to_string(fd));
-    phone().trace.push_back("call fsync " + g_phone->phone_path_of(path));
-  }
-  return __real_fsync(fd);
+  if (g_phone == nullptr) return __real_fsync(fd);
+  auto path = std::filesystem::read_symlink("/proc/self/fd/" + std::to_string(fd));
+  std::string name = g_phone->phone_path_of(path);
+  phone().trace.push_back("call fsync " + name);
+  return fails("fsync " + name) ? -1 : __real_fsync(fd);
+}
+
+int __real_ftruncate(int, off_t);
+int __wrap_ftruncate(int fd, off_t size) {
+  return g_phone != nullptr && fails("ftruncate") ? -1 : __real_ftruncate(fd, size);
+}
+
+int __real_symlink(const char*, const char*);
+int __wrap_symlink(const char* target, const char* link) {
+  if (g_phone != nullptr && fails("symlink " + g_phone->phone_path_of(link))) return -1;
+  return __real_symlink(target, link);
+}
+
+int __real_rename(const char*, const char*);
+int __wrap_rename(const char* from, const char* to) {
+  if (g_phone == nullptr) return __real_rename(from, to);
+  g_phone->on_rename(g_phone->phone_path_of(to));
+  return fails("rename") ? -1 : __real_rename(from, to);
 }
 
 // Not passed on: the machine's other disks are none of a test's business.

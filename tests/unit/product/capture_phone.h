@@ -30,8 +30,10 @@ class CapturePhone : public FakePhone {
   mode_t mode(const std::string& path) const;
   bool has(const std::string& path) const;  // a dangling link is there too
 
-  // Scripts for "chmod", "chown" and "open PATH": each such call fails with this errno.
+  // Scripts for "chmod", "chown", "ftruncate", "rename" and, each with a path, "open", "fsync",
+  // "symlink": each such call fails with this errno.
   std::map<std::string, int> failing;
+  std::function<void(const std::string& to)> on_rename = [](const std::string&) {};  // before it
   bool drop_box_accepts = true;
   time_t now;  // what time() tells: the moment the test began, unless it says otherwise
 

@@ -271,7 +271,10 @@ ssize_t __wrap_read(int fd, void* buffer, size_t size) {
 
 ssize_t __real_write(int, const void*, size_t);
 ssize_t __wrap_write(int fd, const void* buffer, size_t size) {
-  if (fd != kReplyFd && fd != kUnsolicitedFd) return __real_write(fd, buffer, size);
+  if (fd != kReplyFd && fd != kUnsolicitedFd) {
+    size_t limit = g_phone != nullptr ? phone().file_write_limit.value_or(size) : size;
+    return __real_write(fd, buffer, std::min(size, limit));
+  }
   if (phone().write_errno != 0) {
     errno = phone().write_errno;
     return -1;

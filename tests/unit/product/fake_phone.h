@@ -84,8 +84,9 @@ class FakePhone : public testing::Test {
   qmi_client_ind_cb indication_callback = nullptr;
 
   std::deque<PipeStep> pipe;
-  int write_errno = 0;                // non-zero: every frame write fails with it
-  std::optional<size_t> write_limit;  // the most bytes that one frame write takes
+  int write_errno = 0;                     // non-zero: every frame write fails with it
+  std::optional<size_t> write_limit;       // the most bytes that one frame write takes
+  std::optional<size_t> file_write_limit;  // the same for other writes
   size_t exit_after_lines = 0;  // non-zero: prints the trace and exits when it has so many lines
   int allocations_left = -1;    // calloc fails once this many have been made; -1: never
   std::function<void(const std::string& text)> on_log = [](const std::string&) {};

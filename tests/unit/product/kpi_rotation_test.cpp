@@ -10,7 +10,6 @@ using testing::UnorderedElementsAre;
 
 namespace {
 
-constexpr size_t kLimit = 31457280;
 constexpr time_t kHalfADay = 43200;
 
 // A store whose current log was made ten seconds ago.
@@ -42,17 +41,17 @@ class KpiRotation : public VornPhone {
 };
 
 TEST_F(KpiRotation, OneByteBelowTheLimitIsAppended) {
-  grow(old_log, kLimit - 6);
+  grow(old_log, kLogLimit - 6);
   merge("12345");
   expect_not_rotated();
-  EXPECT_EQ(std::filesystem::file_size(at(old_log)), kLimit - 1);
+  EXPECT_EQ(std::filesystem::file_size(at(old_log)), kLogLimit - 1);
 }
 
 TEST_F(KpiRotation, LimitItselfRotates) {
-  grow(old_log, kLimit - 5);
+  grow(old_log, kLogLimit - 5);
   merge("12345");
   expect_rotated();
-  EXPECT_EQ(std::filesystem::file_size(at(old_log)), kLimit - 5);
+  EXPECT_EQ(std::filesystem::file_size(at(old_log)), kLogLimit - 5);
   EXPECT_EQ(content(new_log), "12345");
 }
 
@@ -76,11 +75,11 @@ TEST_F(KpiRotation, LogOf29MiBAndPackageOf2MiBRotate) {
 }
 
 TEST_F(KpiRotation, FirstRotationHandsOffAndLinksBothLogs) {
-  grow(old_log, kLimit);
+  grow(old_log, kLogLimit);
   EXPECT_THAT(merge("x"),
               ElementsAreArray(taken() + Lines{kLookUp + kCurrent} + handed_off(old_log) +
                                created(new_log) + Lines{kLookUp + kCurrent, kLookUp + kCurrent} +
-                               not_linked(kPrevious) + Lines{kLookUp + kPrevious} +
+                               not_linked(kPrevious) + Lines{kLookUp + kPrevious} + links_synced() +
                                given_to_readers(new_log) + appended(new_log)));
   expect_rotated();
   EXPECT_EQ(kpi_store.handed_off, now);
@@ -89,7 +88,7 @@ TEST_F(KpiRotation, FirstRotationHandsOffAndLinksBothLogs) {
 
 TEST_F(KpiRotation, NewLogThatIsGoneIsMadeAnewForItsFirstPackage) {
   umask(0);
-  grow(old_log, kLimit);
+  grow(old_log, kLogLimit);
   failing["chmod"] = EPERM;
   on_log = [this](const std::string& text) {
     if (text.ends_with("index name " + kPrevious)) std::filesystem::remove(at(new_log));
@@ -102,10 +101,11 @@ TEST_F(KpiRotation, NewLogThatIsGoneIsMadeAnewForItsFirstPackage) {
 TEST_F(KpiRotation, SecondRotationDeletesTheOldestLog) {
   std::string oldest = log_name(now - 20);
   put_log(kPrevious, oldest, "oldest");
-  grow(old_log, kLimit);
+  grow(old_log, kLogLimit);
   merge("x");
-  Lines middle = {kLookUp + kCurrent, kLookUp + kCurrent, kLookUp + kPrevious, kLookUp + kPrevious,
-                  "log: vorn_create_new_log: remove old " + oldest};
+  Lines middle =
+      Lines{kLookUp + kCurrent, kLookUp + kCurrent, kLookUp + kPrevious, kLookUp + kPrevious} +
+      links_synced() + Lines{"log: vorn_create_new_log: remove old " + oldest};
   auto expected =
       taken() + Lines{kLookUp + kCurrent} + handed_off(old_log) + created(new_log) + middle;
   ASSERT_GE(trace.size(), expected.size());
@@ -117,7 +117,7 @@ TEST_F(KpiRotation, SecondRotationDeletesTheOldestLog) {
 
 TEST_F(KpiRotation, TwoLogsAreKeptHoweverManyRotationsThereAre) {
   for (int i = 0; i < 4; ++i) {
-    grow(target(kCurrent), kLimit);
+    grow(target(kCurrent), kLogLimit);
     now += 1;
     merge("x");
   }
@@ -134,7 +134,7 @@ TEST_F(KpiRotation, RotationThatDeletesALogCleansTheDirectoryByAge) {
   set_age(kVorn + "/stray", kTwoDays);
   set_age(kVorn + "/ahead", -kTwoDays);
   set_age(old_log, 2 * kTwoDays);
-  grow(old_log, kLimit);
+  grow(old_log, kLogLimit);
   set_age(old_log, 2 * kTwoDays);
   merge("x");
   EXPECT_THAT(logs(), IsSupersetOf({"vorn_clean_dir: unexpected /data/vorn/stray",
@@ -147,7 +147,7 @@ TEST_F(KpiRotation, RotationThatDeletesALogCleansTheDirectoryByAge) {
 TEST_F(KpiRotation, RotationThatDeletesNoLogDoesNotClean) {
   put(kVorn + "/stray");
   set_age(kVorn + "/stray", kTwoDays);
-  grow(old_log, kLimit);
+  grow(old_log, kLogLimit);
   merge("x");
   EXPECT_TRUE(has(kVorn + "/stray"));
 }
@@ -161,7 +161,7 @@ TEST_F(KpiRotation, FirstMergeOnlyStartsTheTimer) {
 }
 
 TEST_F(KpiRotation, FirstMergeRotatesBySize) {
-  grow(old_log, kLimit);
+  grow(old_log, kLogLimit);
   merge("x");
   expect_rotated();
 }
@@ -217,7 +217,7 @@ TEST_F(KpiRotation, EmptyLogIsRotatedButNotHandedOffAndDoesNotResetTheTimer) {
 
 TEST_F(KpiRotation, DropBoxThatRefusesIsLoggedAndTheRotationGoesOn) {
   drop_box_accepts = false;
-  grow(old_log, kLimit);
+  grow(old_log, kLogLimit);
   auto expected = taken() + Lines{kLookUp + kCurrent} + handed_off(old_log) +
                   Lines{"log: vorn: send to dropbox failed!."} + created(new_log);
   merge("x");
@@ -231,7 +231,7 @@ TEST_F(KpiRotation, DropBoxThatRefusesIsLoggedAndTheRotationGoesOn) {
 
 TEST_F(KpiRotation, NewLogThatCannotBeCreatedLeavesTheTemporaryFileAndTheLinks) {
   make_folder(new_log);
-  grow(old_log, kLimit);
+  grow(old_log, kLogLimit);
   EXPECT_THAT(merge("x"),
               ElementsAreArray(
                   taken() + Lines{kLookUp + kCurrent} + handed_off(old_log) +

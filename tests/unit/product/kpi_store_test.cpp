@@ -118,7 +118,7 @@ TEST_F(KpiStoreTest, FirstRunResetsTheDirectoryAndMergesIntoAFreshLog) {
                                      "log: vorn_update_current_log: clean the whole dir!",
                                      "log: vorn_reset_dir DONE!"} +
                                created(log) + not_linked(kCurrent) + Lines{kLookUp + kCurrent} +
-                               given_to_readers(log) + appended(log)));
+                               links_synced() + given_to_readers(log) + appended(log)));
   EXPECT_EQ(content(log), "hello");
   EXPECT_EQ(mode(log), 0660u);
   EXPECT_EQ(target(kCurrent), log);
@@ -205,8 +205,8 @@ TEST_F(KpiStoreTest, LinkToAMissingLogResetsTheDirectoryToo) {
           taken() +
           Lines{kLookUp + kCurrent, "log: vorn_update_current_log: Unable to get cur log file",
                 "log: vorn_update_current_log: clean the whole dir!", "log: vorn_reset_dir DONE!"} +
-          created(log) + not_linked(kCurrent) + Lines{kLookUp + kCurrent} + given_to_readers(log) +
-          appended(log)));
+          created(log) + not_linked(kCurrent) + Lines{kLookUp + kCurrent} + links_synced() +
+          given_to_readers(log) + appended(log)));
   EXPECT_EQ(target(kCurrent), log);
 }
 

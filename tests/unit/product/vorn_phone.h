@@ -15,6 +15,7 @@ inline const std::string kCurrent = "/data/vorn/.0001";
 inline const std::string kPrevious = "/data/vorn/.0002";
 inline const std::string kTemporary = "/data/vorn/~vorn0007.log";  // of package 7
 
+inline constexpr size_t kLogLimit = 31457280;  // a log that would reach this size is rotated
 inline constexpr time_t kTwoDays = 172800;
 
 inline const std::string kLookUp = "log: vorn_get_index_filename: index name ";
@@ -77,6 +78,7 @@ class VornPhone : public CapturePhone {
   static Lines created(const std::string& log) {
     return {"log: vorn_create_new_log: create new " + log + "."};
   }
+  static Lines links_synced() { return {"call fsync " + kVorn}; }
   static Lines given_to_readers(const std::string& log) {
     return {"call chown " + log + " " + std::to_string(getuid()) + " 2002",
             "call chmod " + log + " 0660"};

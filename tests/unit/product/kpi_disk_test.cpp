@@ -1,0 +1,260 @@
+// KPI logs on a disk that is full, that fails, or that loses power.
+#include "capture/kpi_logs.h"
+#include "vorn_phone.h"
+
+using testing::Contains;
+using testing::ElementsAre;
+using testing::ElementsAreArray;
+using testing::Not;
+using testing::StartsWith;
+
+namespace {
+
+const std::string kNewLink = "/data/vorn/.new";
+
+class KpiDisk : public VornPhone {
+ protected:
+  KpiDisk() : log(log_name(now - 10)), new_log(log_name(now)) { put_log(kCurrent, log, "one"); }
+
+  void fill_log() const { std::filesystem::resize_file(at(log), kLogLimit); }
+  static std::string not_written(const std::string& path, int error) {
+    return "log: vorn_update_current_log: Unable to write " + path + ", errno " +
+           std::to_string(error);
+  }
+  void expect_not_merged() const {
+    EXPECT_EQ(content(log), "one");
+    EXPECT_THAT(logs(), Not(Contains(testing::HasSubstr("succeed"))));
+  }
+
+  std::string log;
+  std::string new_log;
+};
+
+TEST_F(KpiDisk, ShortWriteIntoTheLogIsContinued) {
+  put(kTemporary, std::string(1000, 'x'));
+  file_write_limit = 100;
+  VornPath temporary = "/data/vorn/~vorn0007.log";
+  vorn_update_current_log(temporary, kpi_store.handed_off);
+  EXPECT_EQ(content(log), "one" + std::string(1000, 'x'));
+  EXPECT_FALSE(has(kTemporary));
+}
+
+TEST_F(KpiDisk, FullDiskIsAFailedMergeThatLeavesTheLogAsItWas) {
+  put(kTemporary, std::string(1000, 'x'));
+  VornPath temporary = "/data/vorn/~vorn0007.log";
+  FileSizeLimit limit(600);
+  vorn_update_current_log(temporary, kpi_store.handed_off);
+  EXPECT_THAT(trace, ElementsAre(kLookUp + kCurrent, not_written(log, EFBIG)));
+  expect_not_merged();
+  EXPECT_EQ(content(kTemporary), std::string(1000, 'x'));
+}
+
+TEST_F(KpiDisk, FileThatTakesNothingIsAFailedMerge) {
+  put(kTemporary, "x");
+  VornPath temporary = "/data/vorn/~vorn0007.log";
+  file_write_limit = 0;
+  vorn_update_current_log(temporary, kpi_store.handed_off);
+  EXPECT_THAT(logs(), Contains(StartsWith("vorn_update_current_log: Unable to write " + log)));
+  expect_not_merged();
+}
+
+TEST_F(KpiDisk, LogThatCannotBeSyncedIsAFailedMerge) {
+  failing["fsync " + log] = EIO;
+  EXPECT_THAT(merge("two"),
+              ElementsAreArray(
+                  taken() + Lines{kLookUp + kCurrent, "call fsync " + log, not_written(log, EIO)}));
+  expect_not_merged();
+  EXPECT_EQ(content(kTemporary), "two");
+}
+
+TEST_F(KpiDisk, TemporaryFileThatCannotBeReadIsAFailedMerge) {
+  make_folder(kTemporary);  // it can be opened, and reading fails
+  VornPath temporary = "/data/vorn/~vorn0007.log";
+  vorn_update_current_log(temporary, kpi_store.handed_off);
+  EXPECT_THAT(trace,
+              ElementsAre(kLookUp + kCurrent, "log: vorn_update_current_log: Unable to read " +
+                                                  kTemporary + ", errno 21"));
+  expect_not_merged();
+  EXPECT_TRUE(has(kTemporary));
+}
+
+TEST_F(KpiDisk, LogThatCannotBeCutBackIsLogged) {
+  failing = {{"fsync " + log, EIO}, {"ftruncate", EROFS}};
+  merge("two");
+  EXPECT_EQ(trace.back(), "log: vorn_update_current_log: Unable to truncate " + log + ", errno 30");
+  EXPECT_EQ(content(log), "onetwo");
+}
+
+TEST_F(KpiDisk, MergeAfterAFailedOneIsWhole) {
+  failing["fsync " + log] = ENOSPC;
+  merge("two");
+  failing.clear();
+  merge("three");
+  EXPECT_EQ(content(log), "onethree");
+}
+
+TEST_F(KpiDisk, FailedFirstMergeLeavesAnEmptyLogThatIsGivenToItsReadersAgain) {
+  put(log);
+  failing["fsync " + log] = EIO;
+  merge("two");
+  failing.clear();
+  EXPECT_THAT(merge("two"), ElementsAreArray(taken() + Lines{kLookUp + kCurrent} +
+                                             given_to_readers(log) + appended(log)));
+}
+
+TEST_F(KpiDisk, PackageThatLacksAPacketIsNotMerged) {
+  store(1, "a");
+  {
+    FileSizeLimit limit(3);
+    store(2, "bcde");
+  }
+  trace.clear();
+  store(3, "f", true);
+  ASSERT_EQ(trace.size(), 2u);
+  EXPECT_EQ(trace[0], taken()[0]);
+  EXPECT_THAT(trace[1], StartsWith("log: vorn_update_current_log: Unable to write " + kTemporary));
+  expect_not_merged();
+  EXPECT_TRUE(has(kTemporary));
+  EXPECT_EQ(receiver.package_id, -1);
+}
+
+TEST_F(KpiDisk, PackageWhoseFileCouldNotBeOpenedOnceIsNotMerged) {
+  put(kTemporary, "of an earlier package");
+  failing["open " + kTemporary] = EMFILE;
+  store(1, "a");
+  failing.clear();
+  trace.clear();
+  store(2, "b", true);
+  EXPECT_THAT(trace, ElementsAreArray(taken() + Lines{not_written(kTemporary, EMFILE)}));
+  expect_not_merged();
+}
+
+TEST_F(KpiDisk, PackageThatBeginsAgainIsMerged) {
+  failing["open " + kTemporary] = EMFILE;
+  store(1, "a");
+  failing.clear();
+  EXPECT_THAT(merge("two"), ElementsAreArray(taken() + Lines{kLookUp + kCurrent} + appended(log)));
+  EXPECT_EQ(content(log), "onetwo");
+}
+
+TEST_F(KpiDisk, LostPacketOfOnePackageIsNotAnotherOnes) {
+  failing["open " + kTemporary] = EMFILE;
+  store(1, "a");
+  failing.clear();
+  uint8_t payload = 'x';
+  store_kpi_packet(kpi_store, receiver, {8, 2, true, 1, &payload}, 0);
+  EXPECT_EQ(content(log), "onex");
+}
+
+TEST_F(KpiDisk, LinksAreSyncedBeforeSuccessIsLogged) {
+  fill_log();
+  merge("x");
+  auto synced = std::find(trace.begin(), trace.end(), "call fsync " + kVorn);
+  auto succeeded = std::find(trace.begin(), trace.end(),
+                             "log: vorn_update_current_log: update " + new_log + " succeed.");
+  ASSERT_NE(succeeded, trace.end());
+  EXPECT_LT(synced, succeeded);
+}
+
+TEST_F(KpiDisk, LinksAreSyncedBeforeTheOldestLogIsDeleted) {
+  std::string oldest = log_name(now - 20);
+  put_log(kPrevious, oldest, "oldest");
+  fill_log();
+  on_log = [&](const std::string& text) {
+    if (!text.starts_with("vorn_create_new_log: remove old")) return;
+    EXPECT_THAT(trace, Contains("call fsync " + kVorn));
+  };
+  merge("x");
+  EXPECT_FALSE(has(oldest));
+}
+
+TEST_F(KpiDisk, MergeThatChangesNoLinkSyncsNoDirectory) {
+  merge("x");
+  EXPECT_THAT(trace, Not(Contains("call fsync " + kVorn)));
+}
+
+TEST_F(KpiDisk, DirectoryThatCannotBeSyncedIsLoggedAndTheMergeGoesOn) {
+  fill_log();
+  failing["fsync " + kVorn] = EIO;
+  merge("x");
+  EXPECT_THAT(logs(), Contains("vorn_create_new_log: Unable to sync /data/vorn, errno 5"));
+  EXPECT_EQ(content(new_log), "x");
+}
+
+TEST_F(KpiDisk, DirectoryThatCannotBeOpenedForItsSyncIsLogged) {
+  fill_log();
+  failing["open " + kVorn] = EMFILE;
+  merge("x");
+  EXPECT_THAT(logs(), Contains("vorn_create_new_log: Unable to sync /data/vorn, errno 24"));
+}
+
+TEST_F(KpiDisk, LinkThatCannotBeMadeUnderAnotherNameIsMadeInPlace) {
+  failing["symlink " + kNewLink] = ENOSPC;
+  fill_log();
+  merge("x");
+  EXPECT_THAT(logs(),
+              Contains("vorn_create_new_log: Unable to link " + kNewLink + ", errno 28").Times(2));
+  EXPECT_EQ(target(kCurrent), new_log);
+  EXPECT_EQ(target(kPrevious), log);
+}
+
+TEST_F(KpiDisk, LinkThatCannotBeRenamedIsMadeInPlace) {
+  failing["rename"] = EIO;
+  fill_log();
+  merge("x");
+  EXPECT_THAT(logs(), Contains("vorn_create_new_log: Unable to rename " + kNewLink + ", errno 5"));
+  EXPECT_EQ(target(kCurrent), new_log);
+  EXPECT_EQ(target(kPrevious), log);
+  EXPECT_FALSE(has(kNewLink));
+}
+
+TEST_F(KpiDisk, LinkThatCannotBeMadeAtAllIsLoggedAndGone) {
+  failing = {{"symlink " + kNewLink, EACCES}, {"symlink " + kCurrent, EACCES}};
+  fill_log();
+  merge("x");
+  EXPECT_THAT(logs(), Contains("vorn_create_new_log: Unable to link " + kCurrent + ", errno 13"));
+  EXPECT_FALSE(has(kCurrent));
+}
+
+// A folder in the place of the link's other name once left the old link: each package then handed
+// the same log off again, or cleared the directory.
+TEST_F(KpiDisk, FolderInTheWayOfALinkDoesNotHandALogOffTwice) {
+  make_folder(kNewLink);
+  fill_log();
+  for (const char* payload : {"a", "b", "c"}) merge(payload);
+  EXPECT_THAT(trace, Not(Contains(StartsWith("call addText"))));
+  EXPECT_EQ(content(new_log), "abc");
+}
+
+TEST_F(KpiDisk, FolderInTheWayOfTheFirstLinkDoesNotClearTheDirectoryAtEachPackage) {
+  std::filesystem::remove(at(kCurrent));
+  std::filesystem::remove(at(log));
+  make_folder(kNewLink);
+  for (const char* payload : {"a", "b", "c"}) merge(payload);
+  EXPECT_EQ(content(new_log), "abc");
+}
+
+// At no moment between two system calls is a log with acknowledged packages without a link.
+TEST_F(KpiDisk, RotatedLogIsThePreviousOneBeforeANewOneIsCurrent) {
+  put_log(kPrevious, log_name(now - 20), "oldest");
+  fill_log();
+  on_rename = [&](const std::string& link) {
+    if (link == kCurrent) {
+      EXPECT_EQ(target(kPrevious), log);
+    }
+  };
+  merge("x");
+  EXPECT_EQ(target(kCurrent), new_log);
+}
+
+// What a power cut between the two renames leaves.
+TEST_F(KpiDisk, LogNamedByBothLinksIsKept) {
+  put_link(kPrevious, log);
+  fill_log();
+  merge("x");
+  EXPECT_EQ(target(kCurrent), new_log);
+  EXPECT_EQ(target(kPrevious), log);
+  EXPECT_TRUE(has(log));
+}
+
+}  // namespace
