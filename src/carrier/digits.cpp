@@ -7,7 +7,8 @@ constexpr unsigned kMiddleShift = 10;
 constexpr uint32_t kGroupMask = 0x3FF;
 constexpr uint32_t kMiddleMask = 0xF;
 
-int counted(char digit) { return digit == '0' ? 10 : digit - '0'; }
+// As the phone's compiler reads it: without a sign.
+int counted(char digit) { return digit == '0' ? 10 : static_cast<uint8_t>(digit) - '0'; }
 
 // A decimal place of 9 stands for the digit 0.
 char digit_of_place(unsigned place) { return static_cast<char>('0' + (place % 10 + 1) % 10); }

@@ -6,7 +6,7 @@
 
 #include <stdint.h>
 
-// Characters that are no digits give an unspecified code, never an error.
+// A character that is no digit counts as its unsigned value less that of '0'; it is never an error.
 uint16_t encode_three_digits(const char* digits);
 uint8_t encode_two_digits(const char* digits);
 

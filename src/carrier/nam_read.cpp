@@ -35,9 +35,11 @@ void take_mdn(const NamReader& item, char (&mdn)[16]) {
   size_t count = std::min<size_t>(size_t{item.byte(kMdnCountAt)} + 1, kMdnDigits);
   strncpy(mdn, reinterpret_cast<const char*>(item.at(kMdnDigitsAt)), count);
   for (size_t i = 0; i < kMdnDigits; ++i) {
-    LOGE("qorext_hook_sprint_read_mdn_from_nv:  mdn_number %d \n", mdn[i]);
-    mdn[i] = decode_dial_digit(static_cast<uint8_t>(mdn[i]));
-    LOGE("qorext_hook_sprint_read_mdn_from_nv:  mdn_number incremented by 0 %d ", mdn[i]);
+    auto code = static_cast<uint8_t>(mdn[i]);
+    LOGE("qorext_hook_sprint_read_mdn_from_nv:  mdn_number %d \n", code);
+    mdn[i] = decode_dial_digit(code);
+    LOGE("qorext_hook_sprint_read_mdn_from_nv:  mdn_number incremented by 0 %d ",
+         static_cast<uint8_t>(mdn[i]));
   }
 }
 

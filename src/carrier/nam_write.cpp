@@ -109,7 +109,7 @@ void write_mdn(NamWriter& writer, const char (&mdn)[16]) {
   size_t count = strnlen(mdn, kMdnDigits);
   buffer[kMdnCountAt] = static_cast<uint8_t>(count);
   for (size_t i = 0; i < count; ++i) {
-    LOGE("qorext_hook_sprint_set_mdn_to_nv:  mdn_number %d \n", mdn[i]);
+    LOGE("qorext_hook_sprint_set_mdn_to_nv:  mdn_number %d \n", static_cast<uint8_t>(mdn[i]));
     buffer[kMdnDigitsAt + i] = encode_dial_digit(mdn[i]);
     LOGE("qorext_hook_sprint_read_mdn_from_nv:  nv output %d \n", buffer[kMdnDigitsAt + i]);
   }

@@ -72,6 +72,18 @@ TEST(Digits, NamedGroups) {
   EXPECT_EQ(encode_two_digits("48"), 37);
 }
 
+TEST(Digits, CharactersThatAreNoDigitsCountWithoutASign) {
+  EXPECT_EQ(encode_three_digits("\xC3\xA9"
+                                "1"),
+            15800);
+  EXPECT_EQ(encode_three_digits("\xFF\xFF\xFF"), 207 * 111 - 111);
+  EXPECT_EQ(encode_two_digits("\x80\xFF"), (800 + 207 - 11) & 0xFF);
+  EXPECT_EQ(encode_dial_digit('\xFF'), 207);
+  EXPECT_EQ(encode_seven_digits("111\xFE"
+                                "111"),
+            (206u & 0xF) << 10);
+}
+
 TEST(Digits, NumberOfTenZerosIs999And999And10And999) {
   const std::string zeros(10, '0');
   EXPECT_EQ(encode_three_digits(zeros.data()), 999);

@@ -52,6 +52,13 @@ Lines mdn_digits(const Bytes& read, const std::string& characters) {
   return lines;
 }
 
+TEST_F(NamRead, NumbersBytesAreLoggedWithoutASign) {
+  items[8][2] = 0xC3;
+  get();
+  EXPECT_THAT(logs(), Contains(kMdn + "mdn_number 195 \n"));
+  EXPECT_THAT(logs(), Contains(kMdn + "mdn_number incremented by 0 243 "));
+}
+
 TEST_F(NamRead, EveryStepIsLogged) {
   get();
   const std::string kNumber = Nam().mdn;

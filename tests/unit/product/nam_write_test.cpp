@@ -136,6 +136,13 @@ TEST_F(NamWrite, NumberOf20DigitsWritesFifteen) {
   EXPECT_THAT(logs(), Contains(StartsWith(kMdn + "mdn_number ")).Times(15));
 }
 
+TEST_F(NamWrite, NumbersCharactersAreLoggedWithoutASign) {
+  nam.mdn = "\xFF";
+  set();
+  EXPECT_THAT(logs(), Contains(kMdn + "mdn_number 255 \n"));
+  EXPECT_EQ(written(8), "00 01 CF"_hex + hex(Bytes(14)));
+}
+
 TEST_F(NamWrite, ShorterNumberIsWrittenWithItsCount) {
   nam.mdn = "507";
   set();
