@@ -1,6 +1,7 @@
 // The whole way of the modem's indications: callback, intake, handlers, unsolicited frames, KPI
 // packets to the store, the hand-off block to its partition.
 #include "capture/kpi_intake.h"
+#include "features/utility_messages.h"
 #include "host/framing.h"
 #include "phone.h"
 #include "qorext_vendor_service_v01.h"
@@ -29,8 +30,8 @@ void make_file(const char* path, uintmax_t size) {
 
 // The store as a new process finds it. A packet that says nothing ends the package before it.
 void empty_store() {
-  const uint8_t packet = 0;
-  vornIndHndlr(&packet, 0);
+  const uint8_t packet[kUtilityDataSize] = {};
+  vornIndHndlr(packet);
   for (const auto& entry : std::filesystem::directory_iterator(phone_root() / "data/vorn")) {
     std::filesystem::remove(entry);
   }

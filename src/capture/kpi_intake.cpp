@@ -2,8 +2,6 @@
 
 #include <string.h>
 
-#include <algorithm>
-
 #include "capture/kpi_packets.h"
 #include "capture/kpi_store.h"
 #include "features/utility_messages.h"
@@ -45,9 +43,8 @@ void vorn_handle_kpi_data(const KpiPacket& packet) {
 
 }  // namespace
 
-void vornIndHndlr(const uint8_t* packet, size_t length) {
-  memset(g_packet, 0, kUtilityDataSize);
-  memcpy(g_packet, packet, std::min<size_t>(length, kUtilityDataSize));
+void vornIndHndlr(const uint8_t* packet) {
+  memcpy(g_packet, packet, kUtilityDataSize);
   KpiPacket parsed = parse_packet(g_packet);
 
   switch (check_kpi_packet(g_receiver, parsed)) {

@@ -64,7 +64,7 @@ void act_on(const utils_ind_msg_v01& indication) {
   if (const ForwardedType* row = find_forwarded(indication.type)) {
     forward(*row, indication);
   } else if (indication.type == kKpiPacket) {
-    vornIndHndlr(indication.data, sizeof indication.data);
+    vornIndHndlr(indication.data);
   } else if (indication.type == kRfCableStatus) {
     update_rf_status(indication);
   } else {

@@ -40,6 +40,7 @@ int handleUtilsRequest(const uint8_t* request, uint32_t) {
     rc = qorext_exchange(kUtilityMessage, message, response);
   }
   LOGE("UTILS: Sending request result is %d", rc);
-  handleUtilsResponse(request, response, response.length);
+  // A failed send may leave anything in the response.
+  handleUtilsResponse(request, response, rc == 0 ? response.length : 0);
   return rc;
 }

@@ -40,9 +40,10 @@ class KpiIntake : public CapturePhone {
     trace.clear();
   }
 
-  void take(const Bytes& bytes) {
+  void take(Bytes bytes) {
     trace.clear();
-    vornIndHndlr(bytes.data(), bytes.size());
+    bytes.resize(512);
+    vornIndHndlr(bytes.data());
   }
 };
 

@@ -62,6 +62,18 @@ TEST_F(UtilityRequest, WithoutDataIsNotSentAndAnsweredWithSuccess) {
   EXPECT_THAT(exchanges, IsEmpty());
 }
 
+TEST_F(UtilityRequest, ThatCannotBeSentIsAnsweredWithoutWhatTheLibraryLeftInTheResponse) {
+  modem = [](const Exchange&, std::span<uint8_t> response) {
+    std::fill(response.begin(), response.end(), uint8_t{1});
+    return -3;
+  };
+  EXPECT_EQ(serve(utility_payload(5, 1, {9})), -3);
+  EXPECT_EQ(trace, (Lines{"log: UTILS: req.req_data[0]9, "
+                          "req.req_data[UTILS_REQ_DATA_SIZE_V01-1] 0",
+                          "send vendor 0xf"}) +
+                       answered(-3, 0, {}));
+}
+
 TEST_F(UtilityRequest, ThatCannotBeSentIsAnsweredWithSuccessAndNoData) {
   fail_send(kUtilityMessage, -3);
   EXPECT_EQ(serve(utility_payload(5, 1, {9})), -3);
