@@ -7,7 +7,7 @@
 
 namespace e2e {
 
-// The daemon on this phone and its modem; of the options, those that the phone does not tell count.
+// The daemon on this phone and, unless the options name another, its modem.
 std::unique_ptr<qorextctl::Daemon> start_daemon(const PhoneRoot& phone,
                                                 qorextctl::DaemonOptions options);
 

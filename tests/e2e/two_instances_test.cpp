@@ -1,0 +1,51 @@
+// A phone with two instances of the daemon on one modem: every upload reaches both.
+#include <gmock/gmock.h>
+
+#include "handset.h"
+#include "start_daemon.h"
+#include "vorn.h"
+
+namespace e2e {
+namespace {
+
+using qorextctl::Deadline;
+
+constexpr unsigned kPackages = 40;
+constexpr size_t kPackageSize = 1700;
+
+std::string package_text(unsigned package) {
+  return "<" + std::to_string(package) + ":" + made_up_log(kPackageSize) + ">";
+}
+
+class TwoInstances : public testing::Test {
+ protected:
+  TwoInstances() {
+    qorextctl::DaemonOptions options;
+    options.instance = 1;
+    options.modem = first.phone().modem();
+    second = start_daemon(second_phone, options);
+    EXPECT_TRUE(second->log().find("Child process waiting for data", 0, Deadline::in(kPatience)));
+  }
+
+  Handset first;
+  PhoneRoot second_phone;
+  std::unique_ptr<qorextctl::Daemon> second;
+};
+
+TEST_F(TwoInstances, EachKeepsEveryPackageInADirectoryOfItsOwn) {
+  std::string all;
+  for (unsigned package = 1; package <= kPackages; ++package) {
+    upload_in_packets(first.modem(), package, package_text(package));
+    all += package_text(package);
+  }
+  first.modem().command("indicate generic");
+  EXPECT_TRUE(first.daemon().receive_unsolicited(Deadline::in(kPatience)));
+  EXPECT_TRUE(second->receive_unsolicited(Deadline::in(kPatience)));
+  for (PhoneRoot* phone : {&first.phone(), &second_phone}) {
+    VornFolder vorn(*phone);
+    EXPECT_TRUE(vorn.content(vorn.linked(1)) == all);
+  }
+}
+
+}  // namespace
+}  // namespace e2e
