@@ -13,6 +13,7 @@ get_filename_component(liblog_folder ${QOREXT_LIBLOG} DIRECTORY)
 set(own_libraries "$ORIGIN/../lib/qorext;$ORIGIN/../lib")
 set_target_properties(${programs} ${libraries} PROPERTIES BUILD_WITH_INSTALL_RPATH ON)
 set_target_properties(qorext_client PROPERTIES INSTALL_RPATH "${own_libraries};${liblog_folder}")
+set_target_properties(qmi_cci PROPERTIES INSTALL_RPATH "${liblog_folder}")
 set_target_properties(qorext_modem qorextctl PROPERTIES INSTALL_RPATH "${own_libraries}")
 
 install(TARGETS ${programs} RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})

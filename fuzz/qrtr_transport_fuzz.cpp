@@ -127,16 +127,22 @@ int __wrap_qrtr_new_lookup(int, uint32_t, uint16_t, uint16_t) { return fails() ?
 int __wrap_qrtr_publish(int, uint32_t, uint16_t, uint16_t) { return fails() ? -1 : 0; }
 int __wrap_qrtr_bye(int, uint32_t, uint16_t, uint16_t) { return fails() ? -1 : 0; }
 
-int __wrap_qrtr_recvfrom(int, void* buffer, unsigned int room, uint32_t* node, uint32_t* port) {
+ssize_t __wrap_recvmsg(int, msghdr* message, int) {
   if (input().remaining_bytes() == 0) errno = ENETRESET;
   if (input().remaining_bytes() == 0 || fails()) return -1;
-  *node = input().ConsumeIntegralInRange(0U, kNodes);
-  *port = input().ConsumeBool() ? QRTR_PORT_CTRL : input().ConsumeIntegralInRange(0U, kPorts);
-  const Bytes packet = drawn_packet(*port);
-  FUZZ_REQUIRE(packet.empty() || buffer != nullptr);
-  size_t size = std::min<size_t>(packet.size(), room);
-  if (size > 0) memcpy(buffer, packet.data(), size);
-  return static_cast<int>(size);
+  uint32_t node = input().ConsumeIntegralInRange(0U, kNodes);
+  uint32_t port =
+      input().ConsumeBool() ? QRTR_PORT_CTRL : input().ConsumeIntegralInRange(0U, kPorts);
+  const sockaddr_qrtr sender{AF_QIPCRTR, node, port};
+  FUZZ_REQUIRE(message->msg_namelen == sizeof(sender) && message->msg_iovlen == 1);
+  memcpy(message->msg_name, &sender, sizeof(sender));
+
+  const Bytes packet = drawn_packet(port);
+  const iovec& part = message->msg_iov[0];
+  size_t size = std::min(packet.size(), part.iov_len);
+  if (size > 0) memcpy(part.iov_base, packet.data(), size);
+  message->msg_flags = size < packet.size() ? MSG_TRUNC : 0;
+  return static_cast<ssize_t>(size);
 }
 
 ssize_t __wrap_sendto(int, const void* packet, size_t size, int, const sockaddr* to, socklen_t) {

@@ -1,5 +1,7 @@
 #include "connection.h"
 
+#include "log.h"
+
 namespace qmi_cci {
 namespace {
 
@@ -127,6 +129,7 @@ void Connection::read_for_all() {
 
 void Connection::take(qmi_transport::Received received) {
   if (received.status == Status::ok) deliver(std::span(buffer_).first(received.size));
+  if (received.status == Status::too_long) drop_too_long(std::span(buffer_).first(received.size));
   if (received.status == Status::gone) die(QMI_SERVICE_ERR);
   if (received.status == Status::failed) die(QMI_TRANSPORT_ERR);
 }
@@ -138,6 +141,13 @@ void Connection::deliver(std::span<const uint8_t> packet) {
   }
   std::lock_guard lock(mutex_);
   exchanges_.complete(packet);
+}
+
+// A sender whose response this was need not wait for its timeout.
+void Connection::drop_too_long(std::span<const uint8_t> start) {
+  LOGE("Dropped a packet of more than %zu bytes", buffer_.size());
+  std::lock_guard lock(mutex_);
+  exchanges_.refuse(start);
 }
 
 void Connection::die(int result) {

@@ -48,6 +48,7 @@ class Connection {
   void read_until(qmi_transport::Deadline deadline);
   void take(qmi_transport::Received received);
   void deliver(std::span<const uint8_t> packet);
+  void drop_too_long(std::span<const uint8_t> start);
   void die(int result);
 
   std::unique_ptr<qmi_transport::Channel> channel_;

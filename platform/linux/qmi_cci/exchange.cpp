@@ -47,11 +47,21 @@ void ExchangeTable::leave(Exchange& exchange) {
   *link = exchange.next;
 }
 
-void ExchangeTable::complete(std::span<const uint8_t> packet) {
+Exchange* ExchangeTable::find_waiting(std::span<const uint8_t> packet) {
   auto transaction = transaction_of(packet);
   Exchange* exchange = transaction ? find(*transaction) : nullptr;
-  if (exchange == nullptr || exchange->result) return;
+  return exchange == nullptr || exchange->result ? nullptr : exchange;
+}
+
+void ExchangeTable::complete(std::span<const uint8_t> packet) {
+  Exchange* exchange = find_waiting(packet);
+  if (exchange == nullptr) return;
   finish(*exchange, decode_response(packet, *exchange) ? QMI_NO_ERR : QMI_MALFORMED_ERR);
+}
+
+void ExchangeTable::refuse(std::span<const uint8_t> packet) {
+  Exchange* exchange = find_waiting(packet);
+  if (exchange != nullptr) finish(*exchange, QMI_MALFORMED_ERR);
 }
 
 void ExchangeTable::fail_all(int result) {

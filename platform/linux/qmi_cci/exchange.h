@@ -32,6 +32,8 @@ class ExchangeTable {
 
   // Decodes a response into the exchange that it belongs to; a late one belongs to none.
   void complete(std::span<const uint8_t> packet);
+  // Ends the exchange that a response belongs to, which cannot be decoded, as malformed.
+  void refuse(std::span<const uint8_t> packet);
   // Ends all exchanges that have no result yet.
   void fail_all(int result);
   // Wakes one sender to take over the reading; false when none waits.
@@ -39,6 +41,8 @@ class ExchangeTable {
 
  private:
   Exchange* find(uint16_t transaction);
+  // The exchange that waits for this response; null when none does.
+  Exchange* find_waiting(std::span<const uint8_t> packet);
 
   Exchange* first_ = nullptr;
   uint16_t last_transaction_ = 0;

@@ -29,6 +29,7 @@ class QrtrWatch final : public ServiceWatch {
     std::array<uint8_t, kControlSize> packet;
     QrtrAddress from;
     Received received = qrtr_receive(socket_.get(), packet, from);
+    if (received.status == Status::too_long) return Status::nothing;  // not of the name service
     if (received.status != Status::ok) return received.status;
     auto control = qrtr_control(std::span(packet).first(received.size), from);
     return read_announcement(control, wanted_, announcement);
@@ -77,7 +78,8 @@ class QrtrChannel final : public Channel {
  private:
   // Only the server's packets are for the caller.
   Received judged(Received received, std::span<uint8_t> buffer, const QrtrAddress& from) const {
-    if (received.status != Status::ok || from == server_) return received;
+    bool is_packet = received.status == Status::ok || received.status == Status::too_long;
+    if (!is_packet || from == server_) return received;
     return {tells_of_end(buffer.first(received.size), from) ? Status::gone : Status::nothing};
   }
 

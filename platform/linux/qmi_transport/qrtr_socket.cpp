@@ -41,15 +41,21 @@ Status qrtr_send(int socket, const QrtrAddress& to, std::span<const uint8_t> pac
   }
 }
 
-// Not qrtr_recvfrom(): that one logs whenever there is no packet.
+// Not qrtr_recvfrom(): that one logs whenever there is no packet, and cuts one that is too long.
 Received qrtr_receive(int socket, std::span<uint8_t> buffer, QrtrAddress& from) {
   sockaddr_qrtr address{};
-  socklen_t length = sizeof(address);
-  auto* sender = reinterpret_cast<sockaddr*>(&address);
-  ssize_t size = recvfrom(socket, buffer.data(), buffer.size(), MSG_DONTWAIT, sender, &length);
+  iovec part{buffer.data(), buffer.size()};
+  msghdr message{};
+  message.msg_name = &address;
+  message.msg_namelen = sizeof(address);
+  message.msg_iov = &part;
+  message.msg_iovlen = 1;
+
+  ssize_t size = recvmsg(socket, &message, MSG_DONTWAIT);
   if (size < 0) return {errno == EINTR ? Status::nothing : status_of(errno)};
   from = {address.sq_node, address.sq_port};
-  return {Status::ok, static_cast<size_t>(size)};
+  bool is_cut = (message.msg_flags & MSG_TRUNC) != 0;
+  return {is_cut ? Status::too_long : Status::ok, static_cast<size_t>(size)};
 }
 
 std::optional<Control> qrtr_control(std::span<uint8_t> packet, const QrtrAddress& from) {

@@ -37,9 +37,10 @@ struct Announcement {
 
 enum class Status {
   ok,
-  nothing,  // no packet for the caller this time; not sent within the time allowed
-  gone,     // the service or the peer has gone away, for good
-  failed,   // the socket failed; errno tells
+  nothing,   // no packet for the caller this time; not sent within the time allowed
+  gone,      // the service or the peer has gone away, for good
+  failed,    // the socket failed; errno tells
+  too_long,  // a packet that the buffer has no room for: it holds the start, the rest is dropped
 };
 
 using Deadline = std::chrono::steady_clock::time_point;
@@ -67,7 +68,7 @@ class Channel {
   // send.
   virtual Status send(std::span<const uint8_t> packet, Deadline deadline) = 0;
   // Reads one packet without waiting; call when fd() is readable, from one thread at a time. The
-  // buffer has room for kMaxPacketSize bytes.
+  // buffer has room for kMaxPacketSize bytes; the channel goes on after a longer packet.
   virtual Received receive(std::span<uint8_t> buffer) = 0;
   // As receive(), but waits for a packet, kReceiveTime at most; in one system call where sending
   // goes on meanwhile.

@@ -18,6 +18,7 @@ class UnixWatch final : public ServiceWatch {
   Status next(Announcement& announcement) override {
     std::array<uint8_t, kControlSize> packet;
     Received received = unix_receive(socket_.get(), packet);
+    if (received.status == Status::too_long) return Status::nothing;  // not of the name service
     if (received.status != Status::ok) return received.status;
     auto control = decode_control(std::span(packet).first(received.size));
     return read_announcement(control, wanted_, announcement);
@@ -62,6 +63,7 @@ bool is_welcomed(int socket, Deadline deadline) {
   if (!wait_for(socket, POLLIN, deadline)) return false;
   Received received = unix_receive(socket, packet);
   if (received.status == Status::gone) errno = ECONNREFUSED;
+  if (received.status == Status::too_long) errno = EPROTO;
   if (received.status != Status::ok) return false;
   auto control = decode_control(std::span(packet).first(received.size));
   errno = EPROTO;

@@ -57,11 +57,8 @@ Received unix_receive(int socket, std::span<uint8_t> buffer, int flags) {
   } while (size < 0 && errno == EINTR);
   if (size < 0) return {status_of(errno)};
   if (size == 0) return {Status::gone};
-  if ((message.msg_flags & MSG_TRUNC) != 0) {
-    errno = EMSGSIZE;
-    return {Status::failed};
-  }
-  return {Status::ok, static_cast<size_t>(size)};
+  bool is_cut = (message.msg_flags & MSG_TRUNC) != 0;
+  return {is_cut ? Status::too_long : Status::ok, static_cast<size_t>(size)};
 }
 
 }  // namespace qmi_transport

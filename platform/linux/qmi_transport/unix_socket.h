@@ -27,8 +27,7 @@ ScopedFd unix_connect(const std::string& path);
 // `nothing`: the other end's queue stayed full until the deadline.
 Status unix_send(int socket, std::span<const uint8_t> packet, Deadline deadline);
 
-// A packet that does not fit into the buffer is a failure with EMSGSIZE. `flags`: MSG_DONTWAIT, or
-// 0 to wait as the socket is set to.
+// `flags`: MSG_DONTWAIT, or 0 to wait as the socket is set to.
 Received unix_receive(int socket, std::span<uint8_t> buffer, int flags = MSG_DONTWAIT);
 
 }  // namespace qmi_transport

@@ -29,6 +29,29 @@ TEST_P(Channels, CarriesTheLargestPacket) {
   EXPECT_EQ(receive(*channel), Answer(Status::ok, packet));
 }
 
+TEST_P(Channels, GoesOnAfterAPacketThatTheBufferHasNoRoomFor) {
+  ScriptedModem modem(endpoint(), echo);
+  modem.publish(kService, kInstance);
+  auto channel = open();
+  ASSERT_NE(channel, nullptr);
+  const Bytes packet = {1, 2, 3, 4};
+  Bytes buffer(packet.size() - 1);
+  using Receive = qmi_transport::Received (Channel::*)(std::span<uint8_t>);
+  for (Receive receive_one : {Receive(&Channel::receive), Receive(&Channel::receive_waiting)}) {
+    ASSERT_EQ(send(*channel, packet), Status::ok);
+    auto received = qmi_transport::Received{Status::nothing};
+    EXPECT_TRUE(eventually([&] {
+      received = ((*channel).*receive_one)(buffer);
+      return received.status != Status::nothing;
+    }));
+    EXPECT_EQ(received.status, Status::too_long);
+    EXPECT_EQ(received.size, buffer.size());
+    EXPECT_EQ(buffer, Bytes({1, 2, 3}));
+    ASSERT_EQ(send(*channel, {7}), Status::ok);
+    EXPECT_EQ(receive(*channel), Answer(Status::ok, {7}));
+  }
+}
+
 TEST_P(Channels, KeepsThePacketsOfOneSenderInOrder) {
   ScriptedModem modem(endpoint(), echo);
   modem.publish(kService, kInstance);

@@ -54,6 +54,10 @@ int real_socket(int domain, int type, int protocol) {
   static auto* const call = next<int(int, int, int)>("socket");
   return call(domain, type, protocol);
 }
+ssize_t real_recvmsg(int fd, msghdr* message, int flags) {
+  static auto* const call = next<ssize_t(int, msghdr*, int)>("recvmsg");
+  return call(fd, message, flags);
+}
 int real_close(int fd) {
   static auto* const call = next<int(int)>("close");
   return call(fd);
@@ -144,9 +148,10 @@ ssize_t send_emulated(uint32_t port, const void* data, size_t size, const sockad
   return error == 0 ? static_cast<ssize_t>(size) : -1;
 }
 
-ssize_t receive_emulated(int fd, void* data, size_t size, int flags, Sender& sender) {
+ssize_t receive_emulated(int fd, void* data, size_t size, int& flags, Sender& sender) {
   Scatter scatter(&sender, data, size);
-  ssize_t received = recvmsg(fd, &scatter.message, flags);
+  ssize_t received = real_recvmsg(fd, &scatter.message, flags);
+  flags = scatter.message.msg_flags;
   return received < 0 ? received : received - static_cast<ssize_t>(sizeof(sender));
 }
 
@@ -242,5 +247,18 @@ EXPORTED ssize_t recvfrom(int fd, void* data, size_t size, int flags, sockaddr* 
   sockaddr_qrtr origin{AF_QIPCRTR, sender.node, sender.port};
   memcpy(from, &origin, std::min<size_t>(*length, sizeof(origin)));
   *length = sizeof(origin);
+  return received;
+}
+
+EXPORTED ssize_t recvmsg(int fd, msghdr* message, int flags) {
+  if (port_of(fd) == 0) return real_recvmsg(fd, message, flags);
+  const iovec& part = message->msg_iov[0];
+  Sender sender{};
+  message->msg_flags = flags;
+  ssize_t received = receive_emulated(fd, part.iov_base, part.iov_len, message->msg_flags, sender);
+  if (received < 0) return received;
+  sockaddr_qrtr origin{AF_QIPCRTR, sender.node, sender.port};
+  memcpy(message->msg_name, &origin, std::min<size_t>(message->msg_namelen, sizeof(origin)));
+  message->msg_namelen = sizeof(origin);
   return received;
 }

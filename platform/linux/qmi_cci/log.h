@@ -1,0 +1,6 @@
+// The library's own lines in the Android log.
+#pragma once
+
+#include <android/log.h>
+
+#define LOGE(...) static_cast<void>(__android_log_print(ANDROID_LOG_ERROR, "qmi_cci", __VA_ARGS__))
