@@ -47,6 +47,9 @@ typedef enum {
 
 // Called on a thread of the library, one indication at a time and in the order of arrival. `buffer`
 // holds the encoded message (TLVs, without the QMI header) and lives until the callback returns.
+// Indications that come meanwhile are queued; the memory for them is bounded, and beyond the bound
+// the newest are dropped. On a workstation the bound is 64 MiB for each client, or the number of
+// bytes in the environment variable QOREXT_INDICATION_QUEUE.
 typedef void (*qmi_client_ind_cb)(qmi_client_type client, unsigned int message_id, void* buffer,
                                   unsigned int length, void* callback_data);
 

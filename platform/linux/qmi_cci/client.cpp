@@ -1,8 +1,7 @@
 #include "client.h"
 
-#include <new>
-
 #include "qmi_transport/wait.h"
+#include "queue_bound.h"
 #include "thread.h"
 
 namespace qmi_cci {
@@ -12,17 +11,14 @@ using qmi_idl::Message;
 
 Client::Client(std::unique_ptr<qmi_transport::Channel> channel, const qmi_idl::Service& service,
                Callback callback)
-    : service_(service), callback_(callback), connection_(std::move(channel), indication_sink()) {}
+    : service_(service),
+      callback_(callback),
+      indications_(callback.function == nullptr ? 0 : queue_bound_from_environment()),
+      connection_(std::move(channel), indication_sink()) {}
 
 Connection::OnIndication Client::indication_sink() {
   if (callback_.function == nullptr) return {};
-  return [this](std::span<const uint8_t> packet) {
-    try {
-      indications_.push(packet);
-    } catch (const std::bad_alloc&) {
-      // There is no room to keep it: it is lost, and what comes after it is not.
-    }
-  };
+  return [this](std::span<const uint8_t> packet) { indications_.push(packet); };
 }
 
 // The callback's thread holds the client: it may outlive a release from within the callback.

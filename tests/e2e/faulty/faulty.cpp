@@ -42,10 +42,12 @@ __attribute__((constructor)) void map_switches() {
 }
 
 bool allocation_fails() {
-  if (g_switches == nullptr || g_switches->failing_allocation == 0) return false;
+  if (g_switches == nullptr) return false;
+  bool always = g_switches->without_memory != 0;
+  if (!always && g_switches->failing_allocation == 0) return false;
   Threads thread = gettid() == getpid() ? Threads::main : Threads::others;
   if (g_switches->failing_threads != thread) return false;
-  if (g_switches->failing_allocation.fetch_sub(1) != 1) return false;
+  if (!always && g_switches->failing_allocation.fetch_sub(1) != 1) return false;
   ++g_switches->failed_allocations;
   errno = ENOMEM;
   return true;

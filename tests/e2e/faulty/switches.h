@@ -16,6 +16,7 @@ struct Switches {
   // Memory: the n-th allocation of the threads named from now on fails; 0: none does.
   std::atomic<uint32_t> failing_allocation;
   std::atomic<Threads> failing_threads;
+  std::atomic<uint32_t> without_memory;  // not 0: every allocation of theirs fails
   std::atomic<uint32_t> failed_allocations;
 
   // A write of more bytes than these to a pipe writes these alone; 0: no limit.

@@ -55,6 +55,11 @@ std::optional<size_t> DaemonLog::wait_for(const std::string& text, size_t first,
   return find(text, first);
 }
 
+std::vector<std::string> DaemonLog::other_lines() const {
+  std::lock_guard lock(mutex_);
+  return other_lines_;
+}
+
 std::string DaemonLog::describe() const {
   std::lock_guard lock(mutex_);
   std::string text;

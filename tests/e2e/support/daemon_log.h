@@ -26,6 +26,9 @@ class DaemonLog {
   std::optional<size_t> wait_for(const std::string& text, size_t first,
                                  qorextctl::Deadline deadline) const;
 
+  // What is kept apart, such as messages of the phone's libraries, as it was written.
+  std::vector<std::string> other_lines() const;
+
   // Everything, for a person who looks into a failure.
   std::string describe() const;
 
