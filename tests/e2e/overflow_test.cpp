@@ -77,6 +77,18 @@ TEST_F(Overflow, OfAParentThatDoesNotReadIsBoundedAndReported) {
   expect_new_messages_arrive();
 }
 
+TEST_F(Overflow, IsReportedWhenTheDaemonEndsInIt) {
+  indicate(30'000);
+  EXPECT_EQ(handset->serve(band_query).replies, band_reply);
+  EXPECT_THAT(reports(), IsEmpty());
+  handset->end_of_file();
+  EXPECT_EQ(handset->exit_status(), "exit status 0");
+  auto deadline = qorextctl::Deadline::in(kPatience);
+  while (reports().empty() && !deadline.passed()) sched_yield();
+  EXPECT_THAT(reports(), testing::ElementsAre(testing::ContainsRegex(
+                             "^Dropped [1-9][0-9]+ indications: the queue is full, ")));
+}
+
 TEST_F(Overflow, WithoutMemoryIsReportedToo) {
   constexpr uint32_t kMessages = 500;
   switches->failing_threads = Threads::others;

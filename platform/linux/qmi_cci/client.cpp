@@ -35,6 +35,7 @@ void Client::close() {
   indications_.stop();
   connection_.stop();
   if (reader_.joinable()) reader_.join();
+  indications_.report_burst();
   if (!caller_.joinable()) return;
   if (caller_.get_id() == std::this_thread::get_id()) {
     caller_.detach();

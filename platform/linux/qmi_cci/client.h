@@ -22,6 +22,7 @@ class Client final : public Handle, public std::enable_shared_from_this<Client> 
 
   void start() override;
   void close() override;
+  void exiting() override { indications_.report_burst(); }
 
   const qmi_idl::Service& service() const { return service_; }
 

@@ -128,7 +128,7 @@ void Connection::read_for_all() {
 }
 
 void Connection::take(qmi_transport::Received received) {
-  if (received.status == Status::ok) deliver(std::span(buffer_).first(received.size));
+  if (received.status == Status::ok) return deliver(std::span(buffer_).first(received.size));
   if (received.status == Status::too_long) drop_too_long(std::span(buffer_).first(received.size));
   if (received.status == Status::gone) die(QMI_SERVICE_ERR);
   if (received.status == Status::failed) die(QMI_TRANSPORT_ERR);

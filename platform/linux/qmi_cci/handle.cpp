@@ -1,5 +1,7 @@
 #include "handle.h"
 
+#include <stdlib.h>
+
 #include <mutex>
 #include <unordered_map>
 
@@ -16,9 +18,21 @@ struct Registry {
   std::unordered_map<void*, Entry> entries;
 };
 
+Registry& registry();
+
+void announce_exit() {
+  std::lock_guard lock(registry().mutex);
+  for (const auto& [handle, entry] : registry().entries) entry.object->exiting();
+}
+
+Registry* make_registry() {
+  atexit(announce_exit);
+  return new Registry;
+}
+
 // Never destroyed: clients that are still open when the process exits have threads that go on.
 Registry& registry() {
-  static Registry& instance = *new Registry;
+  static Registry& instance = *make_registry();
   return instance;
 }
 

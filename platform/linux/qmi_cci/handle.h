@@ -14,6 +14,8 @@ class Handle {
   virtual void start() = 0;
   // Ends its threads and fails the calls that wait in it. Called once.
   virtual void close() = 0;
+  // The process exits while the handle is open; the object's threads go on for the time being.
+  virtual void exiting() {}
 };
 
 // Makes the handle known, stores it in `out` and starts the object.

@@ -81,12 +81,16 @@ void IndicationQueue::call_back(qmi_client_type client, qmi_client_ind_cb callba
 }
 
 void IndicationQueue::stop() {
+  std::lock_guard lock(mutex_);
+  stopped_ = true;
+  changed_.notify_one();
+}
+
+void IndicationQueue::report_burst() {
   Burst ended;
   {
     std::lock_guard lock(mutex_);
-    stopped_ = true;
     ended = std::exchange(burst_, {});
-    changed_.notify_one();
   }
   report(ended);
 }

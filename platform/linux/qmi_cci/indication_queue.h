@@ -23,8 +23,10 @@ class IndicationQueue {
   void push(std::span<const uint8_t> packet);
   // Calls back for each indication, in their order, until stop().
   void call_back(qmi_client_type client, qmi_client_ind_cb callback, void* callback_data);
-  // What is still queued is dropped without a line, a burst under way gets its line.
+  // What is still queued is dropped without a line.
   void stop();
+  // Ends the burst under way, if there is one.
+  void report_burst();
 
  private:
   struct Burst {
