@@ -14,9 +14,7 @@ from places import ROOT, row
 sys.path.append(str(ROOT / "tests/handset"))
 
 TIME_LIMIT = 600  # seconds
-MACHINE = ("qemu-system-aarch64 -machine virt -cpu cortex-a53 -smp 1 -m 512 -accel tcg "
-           "-nic none -nographic -no-reboot").split()
-KERNEL = "console=ttyAMA0 quiet panic=-1 nokaslr kpti=off mitigations=off"
+MEMORY = 512      # MiB
 PROGRAMS = {"bin/qorext_modem", "bench/bench_modem", "bench/bench_exchange",
             "bench/bench_qmi_glib"}
 MODEMS = {"bench_modem": "modem that repeats its answers", "qorext_modem": "simulated modem"}
@@ -39,9 +37,10 @@ def make_image(build, parts):
 
 def boot(parts):
     """The lines that the guest prints."""
-    kernel = next((parts / "kernel/boot").glob("vmlinuz-*"))
-    machine = [*MACHINE, "-kernel", kernel, "-initrd", parts / "bench.initramfs", "-append", KERNEL]
-    done = subprocess.run(["timeout", "--foreground", str(TIME_LIMIT), *map(str, machine)],
+    import machine  # of the handset's tests
+
+    words = machine.command(parts, parts / "bench.initramfs", "", {}, MEMORY)
+    done = subprocess.run(["timeout", "--foreground", str(TIME_LIMIT), *words],
                           stdin=subprocess.DEVNULL, stdout=subprocess.PIPE, text=True)
     return [line.strip() for line in done.stdout.splitlines() if line.startswith("bench ")]
 

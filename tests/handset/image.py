@@ -7,9 +7,6 @@ import shutil
 import subprocess
 
 HERE = pathlib.Path(__file__).resolve().parent
-PROGRAMS = ("bin/busybox", "usr/sbin/chroot", "usr/bin/strace", "usr/bin/qmicli",
-            "usr/bin/qrtr-lookup")
-MODULES = ("virtio_mmio", "virtio_blk", "crc32c_generic", "ext4", "qrtr", "brd")
 HOB_SIZE = 0x8000
 DHOB_SIZE = 0x20000
 UNTOUCHED = b"\xee"  # what a partition holds that nobody has written
@@ -29,11 +26,19 @@ def needed_libraries(path):
 
 
 class Image:
-    def __init__(self, build, parts):
+    programs = ("bin/busybox", "usr/sbin/chroot", "usr/bin/strace", "usr/bin/qmicli",
+                "usr/bin/qrtr-lookup")
+    tests = ("qmi_transport_test", "qmi_client_test", "e2e_test")
+    guest = {"guest/qorext_client": "system/bin/qorext_client",
+             "guest/traced": "system/traced/qorext_client",
+             "guest/init": "init"}
+    needed_modules = ("virtio_mmio", "virtio_blk", "crc32c_generic", "ext4", "qrtr", "brd")
+
+    def __init__(self, build, parts, root="root"):
         self.build = build            # the arm64 build
         self.sysroot = parts / "sysroot"
         self.modules = next((parts / "kernel/lib/modules").iterdir())
-        self.root = parts / "root"
+        self.root = parts / root      # where the initramfs is put together
         self.folders = [build / "lib", build / "lib/tests", self.sysroot / "lib/aarch64-linux-gnu",
                         self.sysroot / "usr/lib/aarch64-linux-gnu",
                         self.sysroot / "usr/lib/aarch64-linux-gnu/android"]
@@ -51,16 +56,15 @@ class Image:
                            cwd=self.root, input=names.stdout, stdout=archive, check=True)
 
     def add_programs(self):
-        for name in PROGRAMS:
+        for name in self.programs:
             self.add(self.sysroot / name, name)
         for name in ("qorext_modem", "qorextctl"):
             self.add(self.build / "bin" / name, f"system/bin/{name}")
         self.add(self.build / "bin/qorext_client", "phone/system/bin/qorext_client")
-        for name in ("qmi_transport_test", "qmi_client_test", "e2e_test"):
+        for name in self.tests:
             self.add(self.build / "tests" / name, f"system/bin/{name}")
-        self.copy(HERE / "guest/qorext_client", "system/bin/qorext_client")
-        self.copy(HERE / "guest/traced", "system/traced/qorext_client")
-        self.copy(HERE / "guest/init", "init")
+        for source, name in self.guest.items():
+            self.copy(HERE / source, name)
         self.copy(self.sysroot / "lib/ld-linux-aarch64.so.1", "lib/ld-linux-aarch64.so.1")
 
     def add(self, source, name):
@@ -89,7 +93,7 @@ class Image:
         for line in (self.modules / "modules.dep").read_text().splitlines():
             path, dependencies = line.split(":")
             known[pathlib.Path(path).stem.replace("-", "_")] = [path, *dependencies.split()]
-        for path in {path for module in MODULES for path in known[module]}:
+        for path in {path for module in self.needed_modules for path in known[module]}:
             self.copy(self.modules / path, f"{target}/{path}")
         for name in ("modules.order", "modules.builtin", "modules.builtin.modinfo"):
             self.copy(self.modules / name, f"{target}/{name}")
