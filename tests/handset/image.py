@@ -29,9 +29,10 @@ class Image:
     programs = ("bin/busybox", "usr/sbin/chroot", "usr/bin/strace", "usr/bin/qmicli",
                 "usr/bin/qrtr-lookup")
     tests = ("qmi_transport_test", "qmi_client_test", "e2e_test")
-    guest = {"guest/qorext_client": "system/bin/qorext_client",
-             "guest/traced": "system/traced/qorext_client",
-             "guest/init": "init"}
+    guest = {"guest/base": "base",
+             "guest/init": "init",
+             "guest/qorext_client": "system/bin/qorext_client",
+             "guest/traced": "system/traced/qorext_client"}
     needed_modules = ("virtio_mmio", "virtio_blk", "crc32c_generic", "ext4", "qrtr", "brd")
 
     def __init__(self, build, parts, root="root"):

@@ -36,6 +36,7 @@ class Machine:
     def __init__(self, words, console):
         self.process = subprocess.Popen(words, stdin=subprocess.DEVNULL, stdout=subprocess.PIPE,
                                         stderr=subprocess.STDOUT)
+        self.is_switched_off = False
         self.lines = queue.SimpleQueue()
         self.reader = threading.Thread(target=self.read_console, args=(console,), daemon=True)
         self.reader.start()
@@ -53,9 +54,10 @@ class Machine:
 
     def switch_off(self):
         """Without a warning; the lines that came before can still be read."""
+        self.is_switched_off = True
         self.process.kill()
 
     def close(self):
-        self.switch_off()
+        self.process.kill()
         self.process.wait()
         self.reader.join()

@@ -1,0 +1,154 @@
+"""A drive with a volatile cache, as a server of network block devices (NBD) for one machine.
+
+What was written is on the medium only after a flush. When the power fails, each block that is still
+in the cache has reached the medium or has not, in any combination.
+"""
+
+import contextlib
+import socket
+import struct
+import tempfile
+import threading
+
+BLOCK = 4096  # what reaches the medium as a whole
+
+HANDSHAKE = struct.Struct(">8s8sH")
+OPTION = struct.Struct(">8sII")
+OPTION_REPLY = struct.Struct(">QIII")
+EXPORT = struct.Struct(">HQH")
+REQUEST = struct.Struct(">IHHQQI")
+REPLY = struct.Struct(">IIQ")
+
+FIXED_NEWSTYLE, NO_ZEROES = 1, 2
+OPTION_REPLY_MAGIC = 0x3E889045565A9
+OPTION_ABORT, OPTION_INFO, OPTION_GO = 2, 6, 7
+ACK, INFO, UNSUPPORTED = 1, 3, 0x80000001
+INFO_EXPORT = 0
+HAS_FLAGS, HAS_FLUSH = 1, 4
+REQUEST_MAGIC, REPLY_MAGIC = 0x25609513, 0x67446698
+READ, WRITE, DISCONNECT, FLUSH = range(4)
+INVALID = 22  # EINVAL
+
+
+class Disconnected(Exception):
+    """The machine has gone."""
+
+
+class Drive:
+    def __init__(self, image):
+        """`image` is what is on the medium."""
+        self.medium = bytearray(image)
+        self.content = bytearray(image)  # as the machine sees it
+        self.cache = []                  # (offset, bytes) not yet on the medium
+        self.lock = threading.Lock()
+        self.left = None                 # writes and flushes until the power fails
+        self.folder = tempfile.TemporaryDirectory()
+        self.path = f"{self.folder.name}/drive"  # of the socket that the machine connects to
+        self.listener = socket.socket(socket.AF_UNIX)
+        self.listener.bind(self.path)
+        self.listener.listen(1)
+        self.thread = threading.Thread(target=self.serve, daemon=True)
+        self.thread.start()
+
+    def backing(self):
+        """As QEMU's -drive takes it. A flush here is a flush of the machine's, and no other."""
+        return (f"format=raw,cache=writeback,file.driver=nbd,file.server.type=unix,"
+                f"file.server.path={self.path}")
+
+    def fail_after(self, commands, act):
+        """After so many writes and flushes the drive is dead, and `act` is called once."""
+        with self.lock:
+            self.left, self.act = commands, act
+
+    def settle(self, rng):
+        """After the power has failed: brings none, all or half of the cache to the medium.
+
+        Returns how many blocks were in the cache and how many of them have reached the medium.
+        """
+        share = rng.choice((0, 0.5, 1))
+        blocks = [(offset + at, data[at:at + BLOCK])
+                  for offset, data in self.cache for at in range(0, len(data), BLOCK)]
+        kept = [block for block in blocks if rng.random() < share]
+        for offset, data in kept:
+            self.medium[offset:offset + len(data)] = data
+        return len(blocks), len(kept)
+
+    def close(self):
+        """Ends the server; a machine that was connected has to be off."""
+        with contextlib.suppress(OSError):
+            self.listener.shutdown(socket.SHUT_RDWR)
+        self.listener.close()
+        self.thread.join()
+        self.folder.cleanup()
+
+    def serve(self):
+        try:
+            self.peer, _ = self.listener.accept()
+            with self.peer:
+                self.shake_hands()
+                while True:
+                    self.answer_request()
+        except (Disconnected, OSError):
+            pass
+
+    def receive(self, size):
+        data = bytearray()
+        while len(data) < size:
+            piece = self.peer.recv(size - len(data))
+            if not piece:
+                raise Disconnected
+            data += piece
+        return bytes(data)
+
+    def shake_hands(self):
+        self.peer.sendall(HANDSHAKE.pack(b"NBDMAGIC", b"IHAVEOPT", FIXED_NEWSTYLE | NO_ZEROES))
+        self.receive(4)
+        while True:
+            _, option, size = OPTION.unpack(self.receive(OPTION.size))
+            self.receive(size)
+            if option in (OPTION_GO, OPTION_INFO):
+                export = EXPORT.pack(INFO_EXPORT, len(self.content), HAS_FLAGS | HAS_FLUSH)
+                self.reply_option(option, INFO, export)
+            is_known = option in (OPTION_GO, OPTION_INFO, OPTION_ABORT)
+            self.reply_option(option, ACK if is_known else UNSUPPORTED)
+            if option == OPTION_GO:
+                return
+
+    def reply_option(self, option, kind, data=b""):
+        self.peer.sendall(OPTION_REPLY.pack(OPTION_REPLY_MAGIC, option, kind, len(data)) + data)
+
+    def answer_request(self):
+        magic, _, kind, handle, offset, size = REQUEST.unpack(self.receive(REQUEST.size))
+        if magic != REQUEST_MAGIC or kind == DISCONNECT:
+            raise Disconnected
+        data = self.receive(size) if kind == WRITE else b""
+        answer = self.read(offset, size) if kind == READ else b""
+        if kind in (WRITE, FLUSH):
+            self.change(kind, offset, data)
+        error = 0 if kind in (READ, WRITE, FLUSH) else INVALID
+        self.peer.sendall(REPLY.pack(REPLY_MAGIC, error, handle) + answer)
+
+    def read(self, offset, size):
+        return bytes(self.content[offset:offset + size])
+
+    def change(self, kind, offset, data):
+        if kind == WRITE:
+            self.content[offset:offset + len(data)] = data
+            self.cache.append((offset, data))
+        else:
+            for place, piece in self.cache:
+                self.medium[place:place + len(piece)] = piece
+            self.cache.clear()
+        self.count_down()
+
+    def count_down(self):
+        with self.lock:
+            if self.left is None:
+                return
+            self.left -= 1
+            if self.left > 0:
+                return
+        self.act()
+        while self.peer.recv(1 << 16):  # What is still asked for gets no answer.
+            pass
+        raise Disconnected
