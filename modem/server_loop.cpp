@@ -21,6 +21,7 @@ using qmi_transport::ScopedFd;
 constexpr int kWaitForever = -1;
 // Of an upload, between two looks at what clients want.
 constexpr int kPacketsATurn = 16;
+constexpr const char* kLostClient = "a client was lost";
 
 [[noreturn]] void fail(const char* what) {
   throw std::system_error(errno, std::generic_category(), what);
@@ -86,14 +87,28 @@ void ServerLoop::handle(int fd) {
 }
 
 void ServerLoop::receive() {
+  using Kind = qmi_transport::ServerEvent::Kind;
   qmi_transport::ServerEvent event = server_->next(buffer_);
-  if (event.kind != qmi_transport::ServerEvent::Kind::packet) return;
+  if (event.kind == Kind::peer_dropped) note_drop(event);
+  if (event.kind == Kind::no_descriptors) {
+    fmt::print(stderr, "qorext_modem: new clients have to wait: no descriptors are left\n");
+  }
+  if (event.kind != Kind::packet) return;
   const qmi_idl::Service* service = find_service(event.service);
   if (service == nullptr) return;
 
   auto packet = std::span<const uint8_t>(buffer_).first(event.size);
   show(event.service, event.peer, packet);
   simulator_.receive(*service, event.peer, packet);
+}
+
+// What it has not taken of an upload is lost.
+void ServerLoop::note_drop(const qmi_transport::ServerEvent& event) {
+  fmt::print(stderr, "qorext_modem: client {} of {} is closed: it has not read {} bytes\n",
+             event.peer, find_service(event.service)->name, event.size);
+  KpiUpload* upload = simulator_.uploads.current();
+  bool is_hit = event.service == qorext_service().id && upload != nullptr && upload->has_begun();
+  if (is_hit) upload->fail(kLostClient);
 }
 
 void ServerLoop::perform_due() {
@@ -118,7 +133,7 @@ void ServerLoop::perform(const Action& action) {
   }
 }
 
-// Waits for clients that are behind. False when one was lost.
+// False when one was lost.
 bool ServerLoop::broadcast(uint32_t service, const Bytes& packet) {
   bool has_reached_all = true;
   for (uint64_t peer : server_->peers(service)) {
@@ -136,7 +151,8 @@ bool ServerLoop::can_upload() const {
   return simulator_.uploads.current() != nullptr && !server_->peers(qorext_service().id).empty();
 }
 
-// An upload waits for its first client, and ends with the loss of any.
+// An upload waits for its first client, goes as fast as the clients read, and ends with the loss of
+// any.
 void ServerLoop::continue_upload() {
   KpiUpload* upload = simulator_.uploads.current();
   if (upload == nullptr) return;
@@ -145,10 +161,10 @@ void ServerLoop::continue_upload() {
     if (upload->has_begun()) upload->fail("the client has gone");
     return;
   }
-  for (int i = 0; i < kPacketsATurn; ++i) {
+  for (int i = 0; i < kPacketsATurn && server_->has_room(service); ++i) {
     auto packet = upload->next();
     if (!packet) return;
-    if (!broadcast(service, *packet)) return upload->fail("a client was lost");
+    if (!broadcast(service, *packet)) return upload->fail(kLostClient);
   }
 }
 
@@ -166,7 +182,7 @@ void ServerLoop::tell_service(uint32_t service, bool is_up) {
 }
 
 int ServerLoop::timeout_ms() const {
-  if (can_upload()) return 0;
+  if (can_upload() && server_->has_room(qorext_service().id)) return 0;
   auto due = simulator_.device.outbox.next_due();
   if (!due) return kWaitForever;
   auto left = std::chrono::ceil<milliseconds>(*due - Clock::now()).count();

@@ -27,6 +27,7 @@ class ServerLoop {
   void watch(int fd);
   void handle(int fd);
   void receive();
+  void note_drop(const qmi_transport::ServerEvent& event);
   void perform_due();
   void perform(const Action& action);
   void continue_upload();

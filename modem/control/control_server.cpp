@@ -1,6 +1,8 @@
 #include "control/control_server.h"
 
 #include <errno.h>
+#include <poll.h>
+#include <stdio.h>
 #include <string.h>
 #include <sys/epoll.h>
 #include <sys/socket.h>
@@ -9,13 +11,17 @@
 #include <algorithm>
 #include <system_error>
 
+#include "qmi_transport/accept.h"
+#include "qmi_transport/wait.h"
+
 namespace modem {
 namespace {
 
 using qmi_transport::ScopedFd;
 
 constexpr int kBacklog = 16;
-// Connections beyond these are closed at once.
+// With as many as these, a new connection takes the place of one that has sent nothing; where there
+// is none it is closed at once.
 constexpr size_t kMaxConnections = 64;
 constexpr size_t kReadSize = 65536;
 // A line may carry a whole state; an answer may carry the longest request log.
@@ -67,6 +73,10 @@ bool set_events(int epoll, int operation, int fd, uint32_t events) {
   return epoll_ctl(epoll, operation, fd, &event) == 0;
 }
 
+bool is_readable(int fd) {
+  return qmi_transport::wait_for(fd, POLLIN, qmi_transport::Deadline::min());
+}
+
 }  // namespace
 
 ControlServer::ControlServer(const std::string& path, Answer answer)
@@ -74,7 +84,9 @@ ControlServer::ControlServer(const std::string& path, Answer answer)
       answer_(std::move(answer)),
       epoll_(epoll_create1(EPOLL_CLOEXEC)),
       listener_(listen_on(path)) {
-  if (!set_events(epoll_.get(), EPOLL_CTL_ADD, listener_.get(), EPOLLIN)) fail(path);
+  bool is_ready = set_events(epoll_.get(), EPOLL_CTL_ADD, listener_.get(), EPOLLIN) &&
+                  set_events(epoll_.get(), EPOLL_CTL_ADD, pause_.fd(), EPOLLIN);
+  if (!is_ready) fail(path);
 }
 
 ControlServer::~ControlServer() { unlink(path_.c_str()); }
@@ -84,6 +96,7 @@ void ControlServer::serve() {
   if (epoll_wait(epoll_.get(), &event, 1, 0) != 1) return;
   int fd = event.data.fd;
   if (fd == listener_.get()) return accept_client();
+  if (fd == pause_.fd()) return resume_accepting();
 
   auto found = connections_.find(fd);
   if (found != connections_.end() && !handle(found->second, event.events)) {
@@ -92,11 +105,42 @@ void ControlServer::serve() {
 }
 
 void ControlServer::accept_client() {
-  ScopedFd client(accept4(listener_.get(), nullptr, nullptr, SOCK_CLOEXEC | SOCK_NONBLOCK));
-  if (!client || connections_.size() >= kMaxConnections) return;
+  auto [client, is_exhausted] = qmi_transport::accept_from(listener_.get());
+  // The one that is closed makes room: the next call takes the connection that waits.
+  if (is_exhausted && !close_silent()) return pause_accepting();
+  if (!client) return;
+  is_short_ = false;
+  if (connections_.size() >= kMaxConnections && !close_silent()) return;
   int fd = client.get();
   if (!set_events(epoll_.get(), EPOLL_CTL_ADD, fd, EPOLLIN)) return;
-  connections_[fd].socket = std::move(client);
+  connections_[fd] = {.socket = std::move(client), .number = ++last_number_};
+}
+
+void ControlServer::pause_accepting() {
+  set_events(epoll_.get(), EPOLL_CTL_MOD, listener_.get(), 0);
+  pause_.start(qmi_transport::kAcceptPause);
+  if (is_short_) return;
+  is_short_ = true;
+  fprintf(stderr, "qorext_modem: %s: new connections have to wait: no descriptors are left\n",
+          path_.c_str());
+}
+
+void ControlServer::resume_accepting() {
+  pause_.expire();
+  set_events(epoll_.get(), EPOLL_CTL_MOD, listener_.get(), EPOLLIN);
+}
+
+// The oldest connection that has sent nothing; false when there is none.
+bool ControlServer::close_silent() {
+  auto oldest = connections_.end();
+  for (auto each = connections_.begin(); each != connections_.end(); ++each) {
+    if (!each->second.is_silent || is_readable(each->first)) continue;
+    bool is_older = oldest == connections_.end() || each->second.number < oldest->second.number;
+    if (is_older) oldest = each;
+  }
+  if (oldest == connections_.end()) return false;
+  connections_.erase(oldest);
+  return true;
 }
 
 bool ControlServer::handle(Connection& connection, uint32_t events) {
@@ -110,6 +154,7 @@ bool ControlServer::read_lines(Connection& connection) {
   if (size < 0) return errno == EAGAIN || errno == EINTR;
   if (size == 0) return false;
 
+  connection.is_silent = false;
   std::string& input = connection.input;
   input.append(buffer, static_cast<size_t>(size));
   size_t start = 0;

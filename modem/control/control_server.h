@@ -7,6 +7,7 @@
 #include <string>
 
 #include "qmi_transport/scoped_fd.h"
+#include "qmi_transport/timer.h"
 
 namespace modem {
 
@@ -36,12 +37,17 @@ class ControlServer {
  private:
   struct Connection {
     qmi_transport::ScopedFd socket;
-    std::string input;   // behind the last whole line
-    std::string output;  // not yet taken by the client
+    std::string input = {};   // behind the last whole line
+    std::string output = {};  // not yet taken by the client
     bool watches = false;
+    bool is_silent = true;  // has sent nothing yet
+    uint64_t number = 0;    // in the order of their coming
   };
 
   void accept_client();
+  void pause_accepting();
+  void resume_accepting();
+  bool close_silent();
   // Each returns false when the connection is at its end.
   bool handle(Connection& connection, uint32_t events);
   bool read_lines(Connection& connection);
@@ -52,7 +58,10 @@ class ControlServer {
   Answer answer_;
   qmi_transport::ScopedFd epoll_;
   qmi_transport::ScopedFd listener_;
+  qmi_transport::Timer pause_;
   std::map<int, Connection> connections_;
+  uint64_t last_number_ = 0;
+  bool is_short_ = false;  // of descriptors, which has been reported
 };
 
 }  // namespace modem

@@ -35,9 +35,9 @@ std::unique_ptr<Channel> open_channel(const Endpoint& endpoint, const ServerAddr
   return unix_channel(endpoint.path, server);
 }
 
-std::unique_ptr<Server> serve(const Endpoint& endpoint, std::chrono::milliseconds patience) {
-  if (endpoint.kind == Endpoint::Kind::qrtr) return qrtr_serve(patience);
-  return unix_serve(endpoint.path, patience);
+std::unique_ptr<Server> serve(const Endpoint& endpoint, const ServerLimits& limits) {
+  if (endpoint.kind == Endpoint::Kind::qrtr) return qrtr_serve(limits);
+  return unix_serve(endpoint.path, limits);
 }
 
 }  // namespace qmi_transport

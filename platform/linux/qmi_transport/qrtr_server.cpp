@@ -2,26 +2,38 @@
 #include <libqrtr.h>
 
 #include <algorithm>
+#include <deque>
 #include <map>
 
 #include "epoll.h"
 #include "implementations.h"
+#include "output_queue.h"
 #include "qrtr_socket.h"
-#include "wait.h"
+#include "timer.h"
 
 namespace qmi_transport {
 namespace {
 
+constexpr uint64_t kTimer = 0;  // in epoll's data; the ports count from 1
+// The kernel does not report that a client has taken something: it is tried again, less often while
+// nobody takes anything.
+constexpr std::chrono::milliseconds kShortestPause{1};
+constexpr std::chrono::milliseconds kLongestPause{50};
+
 class QrtrServer final : public Server {
  public:
-  QrtrServer(ScopedFd epoll, std::chrono::milliseconds patience)
-      : epoll_(std::move(epoll)), patience_(patience) {}
+  explicit QrtrServer(const ServerLimits& limits) : limits_(limits) {}
+
+  // False when the server cannot be used, with errno set.
+  bool prepare() { return epoll_ && timer_ && add_to_epoll(epoll_.get(), timer_.fd(), kTimer); }
 
   int fd() const override { return epoll_.get(); }
   bool publish(uint32_t service, uint32_t instance) override;
   void withdraw(uint32_t service) override;
+  void withdraw_instance(uint32_t service, uint32_t instance) override;
   ServerEvent next(std::span<uint8_t> buffer) override;
   Status send(Peer peer, std::span<const uint8_t> packet) override;
+  bool has_room(uint32_t service) const override;
   std::vector<Peer> peers(uint32_t service) const override;
 
  private:
@@ -35,16 +47,27 @@ class QrtrServer final : public Server {
     uint32_t service;
     uint64_t port;  // key of its Port
     QrtrAddress address;
+    OutputQueue output;
   };
 
+  ServerEvent on_timer();
+  bool flush_all();
+  void drop_stuck();
+  Status drop(Peer peer);
+  OutputQueue::Send sender(const Client& client) const;
+  template <typename Condition>
+  void withdraw_if(Condition condition);
   ServerEvent on_control(uint64_t port, const Control& control);
   std::map<Peer, Client>::iterator find_client(uint64_t port, const QrtrAddress& address);
   Peer peer_of(uint64_t port, const QrtrAddress& address);
 
-  ScopedFd epoll_;
-  std::chrono::milliseconds patience_;
+  ScopedFd epoll_{epoll_create1(EPOLL_CLOEXEC)};
+  Timer timer_;
+  std::chrono::milliseconds pause_ = kShortestPause;
+  ServerLimits limits_;
   std::map<uint64_t, Port> ports_;
   std::map<Peer, Client> clients_;
+  std::deque<ServerEvent> reports_;  // not handed out yet
   uint64_t last_port_ = 0;
   Peer last_peer_ = 0;
 };
@@ -66,23 +89,33 @@ bool QrtrServer::publish(uint32_t service, uint32_t instance) {
   return true;
 }
 
-// The kernel tells of a closed socket by itself, but not before the last holder has closed it.
 void QrtrServer::withdraw(uint32_t service) {
+  withdraw_if([=](const Port& port) { return port.service == service; });
+}
+
+void QrtrServer::withdraw_instance(uint32_t service, uint32_t instance) {
+  withdraw_if(
+      [=](const Port& port) { return port.service == service && port.instance == instance; });
+}
+
+// The kernel tells of a closed socket by itself, but not before the last holder has closed it.
+template <typename Condition>
+void QrtrServer::withdraw_if(Condition condition) {
   for (const auto& [key, port] : ports_) {
-    if (port.service != service) continue;
+    if (!condition(port)) continue;
     auto version = static_cast<uint16_t>(version_of(port.instance));
     auto number = static_cast<uint16_t>(port.instance >> kInstanceShift);
-    qrtr_bye(port.socket.get(), service, version, number);
+    qrtr_bye(port.socket.get(), port.service, version, number);
   }
-  auto of_service = [service](const auto& entry) { return entry.second.service == service; };
-  std::erase_if(ports_, of_service);
-  std::erase_if(clients_, of_service);
+  std::erase_if(ports_, [&](const auto& entry) { return condition(entry.second); });
+  std::erase_if(clients_, [&](const auto& entry) { return !ports_.contains(entry.second.port); });
 }
 
 ServerEvent QrtrServer::next(std::span<uint8_t> buffer) {
   epoll_event event{};
   if (epoll_wait(epoll_.get(), &event, 1, 0) != 1) return {};
   uint64_t key = event.data.u64;
+  if (key == kTimer) return on_timer();
   auto port = ports_.find(key);
   if (port == ports_.end()) return {};
 
@@ -114,18 +147,84 @@ std::map<Peer, QrtrServer::Client>::iterator QrtrServer::find_client(uint64_t po
 Peer QrtrServer::peer_of(uint64_t port, const QrtrAddress& address) {
   auto known = find_client(port, address);
   if (known != clients_.end()) return known->first;
-  clients_[++last_peer_] = {ports_[port].service, port, address};
+  clients_[++last_peer_] = {ports_[port].service, port, address, {}};
   return last_peer_;
 }
 
+OutputQueue::Send QrtrServer::sender(const Client& client) const {
+  int socket = ports_.at(client.port).socket.get();
+  return [socket, &client](std::span<const uint8_t> packet) {
+    return qrtr_send(socket, client.address, packet, Deadline::min());
+  };
+}
+
 Status QrtrServer::send(Peer peer, std::span<const uint8_t> packet) {
-  auto client = clients_.find(peer);
-  if (client == clients_.end()) return Status::gone;
-  const auto& [service, port, address] = client->second;
-  Status status = qrtr_send(ports_[port].socket.get(), address, packet, in(patience_));
-  if (status == Status::nothing) status = Status::gone;
-  if (status == Status::gone) clients_.erase(client);
+  auto found = clients_.find(peer);
+  if (found == clients_.end()) return Status::gone;
+  Client& client = found->second;
+  Status status = client.output.put(packet, limits_.queue, sender(client));
+  bool is_behind = !client.output.empty();
+  if (status == Status::nothing) return drop(peer);
+  if (status == Status::gone) clients_.erase(found);
+  if (is_behind && !timer_.is_running()) timer_.start(pause_);
   return status;
+}
+
+ServerEvent QrtrServer::on_timer() {
+  timer_.expire();
+  pause_ = flush_all() ? kShortestPause : std::min(2 * pause_, kLongestPause);
+  drop_stuck();
+  ServerEvent report{};
+  if (!reports_.empty()) {
+    report = reports_.front();
+    reports_.pop_front();
+  }
+  bool is_one_behind = std::any_of(clients_.begin(), clients_.end(),
+                                   [](const auto& entry) { return !entry.second.output.empty(); });
+  if (is_one_behind) timer_.start(pause_);
+  if (!reports_.empty()) timer_.start({});
+  return report;
+}
+
+// Whether one has taken something.
+bool QrtrServer::flush_all() {
+  bool has_moved = false;
+  for (auto each = clients_.begin(); each != clients_.end();) {
+    auto& [peer, client] = *each;
+    size_t before = client.output.bytes();
+    bool is_gone = client.output.flush(sender(client)) == Status::gone;
+    has_moved = has_moved || client.output.bytes() != before;
+    if (is_gone) reports_.push_back({ServerEvent::Kind::peer_gone, client.service, peer, 0});
+    each = is_gone ? clients_.erase(each) : std::next(each);
+  }
+  return has_moved;
+}
+
+void QrtrServer::drop_stuck() {
+  std::vector<Peer> stuck;
+  for (const auto& [peer, client] : clients_) {
+    if (client.output.is_stuck(limits_.patience)) stuck.push_back(peer);
+  }
+  for (Peer peer : stuck) drop(peer);
+}
+
+// It is reported by one of the next calls of next().
+Status QrtrServer::drop(Peer peer) {
+  auto found = clients_.find(peer);
+  const Client& client = found->second;
+  reports_.push_back(
+      {ServerEvent::Kind::peer_dropped, client.service, peer, client.output.bytes()});
+  clients_.erase(found);
+  timer_.start({});
+  return Status::gone;
+}
+
+bool QrtrServer::has_room(uint32_t service) const {
+  Pace pace;
+  for (const auto& [peer, client] : clients_) {
+    if (client.service == service) pace.add(client.output);
+  }
+  return pace.has_room();
 }
 
 std::vector<Peer> QrtrServer::peers(uint32_t service) const {
@@ -138,11 +237,10 @@ std::vector<Peer> QrtrServer::peers(uint32_t service) const {
 
 }  // namespace
 
-std::unique_ptr<Server> qrtr_serve(std::chrono::milliseconds patience) {
+std::unique_ptr<Server> qrtr_serve(const ServerLimits& limits) {
   if (!qrtr_socket()) return nullptr;
-  ScopedFd epoll(epoll_create1(EPOLL_CLOEXEC));
-  if (!epoll) return nullptr;
-  return std::make_unique<QrtrServer>(std::move(epoll), patience);
+  auto server = std::make_unique<QrtrServer>(limits);
+  return server->prepare() ? std::move(server) : nullptr;
 }
 
 }  // namespace qmi_transport

@@ -80,15 +80,26 @@ constexpr std::chrono::milliseconds kReceiveTime{100};
 using Peer = uint64_t;
 
 struct ServerEvent {
-  enum class Kind { nothing, packet, peer_gone } kind = Kind::nothing;
+  enum class Kind {
+    nothing,
+    packet,
+    peer_gone,       // the peer has ended
+    peer_dropped,    // the server has closed it, because it does not read
+    no_descriptors,  // connections wait until descriptors are free; once a shortage
+  } kind = Kind::nothing;
   uint32_t service = 0;
   Peer peer = 0;
-  size_t size = 0;  // of the packet, in the buffer given
+  size_t size = 0;  // packet: in the buffer given; peer_dropped: the bytes that it had not taken
 };
 
-// How long a server waits for a peer that does not read before it drops it. Long, because a client
-// may be slow and still must not lose an indication.
-constexpr std::chrono::seconds kPeerPatience{30};
+// What a server puts up with from a peer that does not read.
+struct ServerLimits {
+  // A peer that has packets waiting and takes none for this long is dropped. Long, because a client
+  // may be slow and still must not lose an indication.
+  std::chrono::milliseconds patience = std::chrono::seconds(30);
+  // A peer with more bytes waiting than this is dropped at once.
+  size_t queue = size_t{64} << 20;
+};
 
 // The side of the modem: publishes services, serves their clients. For one thread.
 class Server {
@@ -102,13 +113,18 @@ class Server {
   // Takes all instances of a service down. Their clients see it go away; they are forgotten here
   // without a `peer_gone`.
   virtual void withdraw(uint32_t service) = 0;
+  // The same for one instance, if it is up.
+  virtual void withdraw_instance(uint32_t service, uint32_t instance) = 0;
   // Handles one event without waiting; packets are read into `buffer`, which has room for
   // kMaxPacketSize bytes.
   virtual ServerEvent next(std::span<uint8_t> buffer) = 0;
-  // Waits while the peer's queue is full, but not longer than the patience given
-  // to serve(). `gone`: the peer has
-  // gone away or was dropped because it does not read; it is forgotten without a `peer_gone`.
+  // Never waits: what the peer does not take yet is kept and sent by next(). `gone`: the peer has
+  // gone away and is forgotten without a `peer_gone`, or it is dropped for what it has not taken.
   virtual Status send(Peer peer, std::span<const uint8_t> packet) = 0;
+  // Whether the service has clients that are ready for more: what is sent without end waits for
+  // this. Clients that read are waited for; one that has stopped reading is not, unless it is
+  // alone.
+  virtual bool has_room(uint32_t service) const = 0;
   // The clients of a service that can be sent indications. Over QRTR the server learns of a client
   // from its first packet.
   virtual std::vector<Peer> peers(uint32_t service) const = 0;
@@ -130,8 +146,7 @@ std::unique_ptr<ServiceWatch> watch_service(const Endpoint& endpoint, uint32_t s
 // Null when the server cannot be reached (errno tells).
 std::unique_ptr<Channel> open_channel(const Endpoint& endpoint, const ServerAddress& server);
 // Null when the endpoint cannot be served, for example because another server is there (errno
-// tells). `patience` is how long Server::send waits for a peer.
-std::unique_ptr<Server> serve(const Endpoint& endpoint,
-                              std::chrono::milliseconds patience = kPeerPatience);
+// tells).
+std::unique_ptr<Server> serve(const Endpoint& endpoint, const ServerLimits& limits = {});
 
 }  // namespace qmi_transport

@@ -90,7 +90,7 @@ Report parse(const std::string& line) {
 
 class Overflow : public testing::TestWithParam<TransportKind> {
  protected:
-  Overflow() : place_(GetParam()), modem_(place_.endpoint(), answer) {
+  Overflow() : place_(GetParam()), modem_(place_.endpoint(), answer, {.queue = 2 * kDefaultBound}) {
     modem_.publish(qorext().id, vendor_instance());
     take_log_lines();
   }

@@ -9,8 +9,8 @@ namespace test_support {
 using qmi_transport::ServerEvent;
 
 ScriptedModem::ScriptedModem(const qmi_transport::Endpoint& endpoint, Handler handler,
-                             std::chrono::milliseconds patience)
-    : server_(qmi_transport::serve(endpoint, patience)), handler_(std::move(handler)) {
+                             const qmi_transport::ServerLimits& limits)
+    : server_(qmi_transport::serve(endpoint, limits)), handler_(std::move(handler)) {
   if (server_ == nullptr) abort();
   thread_ = std::thread([this] { serve(); });
 }
@@ -64,6 +64,11 @@ size_t ScriptedModem::peers_gone() const {
   return peers_gone_;
 }
 
+size_t ScriptedModem::peers_dropped() const {
+  std::lock_guard lock(mutex_);
+  return peers_dropped_;
+}
+
 void ScriptedModem::serve() {
   Bytes buffer(qmi_transport::kMaxPacketSize);
   while (!ending_) {
@@ -77,10 +82,10 @@ void ScriptedModem::serve() {
 
 void ScriptedModem::handle_events(std::span<uint8_t> buffer) {
   ServerEvent event = server_->next(buffer);
-  if (event.kind == ServerEvent::Kind::nothing) return;
-  if (event.kind == ServerEvent::Kind::peer_gone) {
+  if (event.kind != ServerEvent::Kind::packet) {
     std::lock_guard lock(mutex_);
-    ++peers_gone_;
+    if (event.kind == ServerEvent::Kind::peer_gone) ++peers_gone_;
+    if (event.kind == ServerEvent::Kind::peer_dropped) ++peers_dropped_;
     return;
   }
   auto packet = buffer.first(event.size);

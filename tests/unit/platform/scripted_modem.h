@@ -27,7 +27,7 @@ class ScriptedModem {
   using Handler = std::function<void(Server&, const Request&)>;
 
   explicit ScriptedModem(const qmi_transport::Endpoint& endpoint, Handler handler = {},
-                         std::chrono::milliseconds patience = qmi_transport::kPeerPatience);
+                         const qmi_transport::ServerLimits& limits = {});
   ScriptedModem(const ScriptedModem&) = delete;
   ScriptedModem& operator=(const ScriptedModem&) = delete;
   ~ScriptedModem();
@@ -44,6 +44,7 @@ class ScriptedModem {
   std::vector<Request> requests() const;
   size_t request_count() const;
   size_t peers_gone() const;
+  size_t peers_dropped() const;
 
  private:
   void serve();
@@ -57,6 +58,7 @@ class ScriptedModem {
   std::vector<std::function<void(Server&)>> work_;
   std::vector<Request> requests_;
   size_t peers_gone_ = 0;
+  size_t peers_dropped_ = 0;
   bool ending_ = false;
   std::thread thread_;
 };

@@ -1,0 +1,46 @@
+#include "output_queue.h"
+
+namespace qmi_transport {
+namespace {
+
+// Small packets cost more for what holds them than for themselves.
+constexpr size_t kPacketCost = 64;
+// Longer than a client that reads takes for a packet, also on a loaded machine.
+constexpr std::chrono::seconds kSlow{1};
+
+size_t cost_of(std::span<const uint8_t> packet) { return packet.size() + kPacketCost; }
+
+}  // namespace
+
+Status OutputQueue::put(std::span<const uint8_t> packet, size_t limit, const Send& send) {
+  if (empty()) {
+    Status status = send(packet);
+    if (status != Status::nothing) return status;
+    taken_ = std::chrono::steady_clock::now();
+  }
+  if (bytes_ + cost_of(packet) > limit) return Status::nothing;
+  packets_.emplace_back(packet.begin(), packet.end());
+  bytes_ += cost_of(packet);
+  return Status::ok;
+}
+
+Status OutputQueue::flush(const Send& send) {
+  while (!empty()) {
+    Status status = send(packets_.front());
+    if (status == Status::nothing || status == Status::gone) return status;
+    bytes_ -= cost_of(packets_.front());
+    packets_.pop_front();
+    taken_ = std::chrono::steady_clock::now();
+  }
+  return Status::ok;
+}
+
+void Pace::add(const OutputQueue& queue) {
+  if (queue.empty()) {
+    is_one_level_ = true;
+  } else if (!queue.is_stuck(kSlow)) {
+    is_one_behind_ = true;
+  }
+}
+
+}  // namespace qmi_transport

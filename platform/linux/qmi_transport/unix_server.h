@@ -1,0 +1,77 @@
+// The server's side of the Unix transport.
+#pragma once
+
+#include <sys/epoll.h>
+
+#include <deque>
+#include <map>
+
+#include "control.h"
+#include "output_queue.h"
+#include "timer.h"
+#include "unix_listener.h"
+
+namespace qmi_transport {
+
+class UnixServer final : public Server {
+ public:
+  UnixServer(const std::string& path, ScopedFd listener, const ServerLimits& limits)
+      : file_(path), listener_(std::move(listener)), limits_(limits) {}
+
+  // False when the server cannot be used, with errno set.
+  bool prepare();
+
+  int fd() const override { return epoll_.get(); }
+  bool publish(uint32_t service, uint32_t instance) override;
+  void withdraw(uint32_t service) override;
+  void withdraw_instance(uint32_t service, uint32_t instance) override;
+  ServerEvent next(std::span<uint8_t> buffer) override;
+  Status send(Peer peer, std::span<const uint8_t> packet) override;
+  bool has_room(uint32_t service) const override;
+  std::vector<Peer> peers(uint32_t service) const override;
+
+ private:
+  enum class Role { newcomer, watcher, client };
+  struct Connection {
+    ScopedFd socket;
+    Role role = Role::newcomer;
+    ServerAddress server;  // a client's; of a watcher's the service alone
+    OutputQueue output;
+  };
+  using Entry = std::map<Peer, Connection>::value_type;
+
+  // The name service and the first packets of connections: unix_services.cpp.
+  bool greet(Connection& connection, std::span<const uint8_t> packet);
+  bool begin_watch(Connection& connection, uint32_t service);
+  bool attach(Connection& connection, const Control& hello);
+  void announce(uint32_t type, const ServerAddress& server);
+  template <typename Condition>
+  void withdraw_if(Condition condition);
+
+  // Sockets: unix_server.cpp.
+  ServerEvent on_timer();
+  void accept_one();
+  void pause_accepting();
+  bool close_silent();
+  ServerEvent serve(Entry& entry, uint32_t events, std::span<uint8_t> buffer);
+  ServerEvent end(Peer peer);
+  Status flush(Entry& entry);
+  Status drop(Peer peer);
+  void drop_stuck();
+  void tick_soon();
+
+  SocketFile file_;
+  ScopedFd listener_;
+  ScopedFd epoll_{epoll_create1(EPOLL_CLOEXEC)};
+  Timer timer_;
+  ServerLimits limits_;
+  std::vector<ServerAddress> servers_;
+  std::map<Peer, Connection> connections_;
+  std::deque<ServerEvent> reports_;  // not handed out yet
+  Peer last_peer_ = 0;
+  uint32_t last_port_ = 0;
+  bool is_paused_ = false;  // the listener is not looked at
+  bool is_short_ = false;   // of descriptors, which has been reported
+};
+
+}  // namespace qmi_transport

@@ -1,0 +1,92 @@
+// The name service over Unix sockets, and what a connection becomes by its first packet.
+#include <errno.h>
+
+#include <algorithm>
+
+#include "unix_server.h"
+#include "unix_socket.h"
+
+namespace qmi_transport {
+namespace {
+
+constexpr uint32_t kNode = 1;
+
+// Name service packets are few: a watcher whose queue is full of them does not read.
+bool tell(int socket, uint32_t type, const ServerAddress& server) {
+  return unix_send(socket, encode_control({type, server}), Deadline::min()) == Status::ok;
+}
+
+}  // namespace
+
+bool UnixServer::publish(uint32_t service, uint32_t instance) {
+  bool is_up = std::any_of(servers_.begin(), servers_.end(), [&](const ServerAddress& server) {
+    return server.service == service && server.instance == instance;
+  });
+  if (is_up) {
+    errno = EADDRINUSE;
+    return false;
+  }
+  servers_.push_back({service, instance, kNode, ++last_port_});
+  announce(QRTR_TYPE_NEW_SERVER, servers_.back());
+  return true;
+}
+
+void UnixServer::withdraw(uint32_t service) {
+  withdraw_if([=](const ServerAddress& server) { return server.service == service; });
+}
+
+void UnixServer::withdraw_instance(uint32_t service, uint32_t instance) {
+  withdraw_if([=](const ServerAddress& server) {
+    return server.service == service && server.instance == instance;
+  });
+}
+
+template <typename Condition>
+void UnixServer::withdraw_if(Condition condition) {
+  for (const ServerAddress& server : servers_) {
+    if (condition(server)) announce(QRTR_TYPE_DEL_SERVER, server);
+  }
+  std::erase_if(servers_, condition);
+  std::erase_if(connections_, [&](const Entry& entry) {
+    return entry.second.role == Role::client && condition(entry.second.server);
+  });
+}
+
+void UnixServer::announce(uint32_t type, const ServerAddress& server) {
+  std::erase_if(connections_, [&](const Entry& entry) {
+    const Connection& watcher = entry.second;
+    bool concerned = watcher.role == Role::watcher && watcher.server.service == server.service;
+    return concerned && !tell(watcher.socket.get(), type, server);
+  });
+}
+
+bool UnixServer::greet(Connection& connection, std::span<const uint8_t> packet) {
+  auto control = decode_control(packet);
+  if (!control || connection.role != Role::newcomer) return false;
+  if (control->type == QRTR_TYPE_NEW_LOOKUP) {
+    return begin_watch(connection, control->server.service);
+  }
+  return control->type == QRTR_TYPE_HELLO && attach(connection, *control);
+}
+
+bool UnixServer::begin_watch(Connection& connection, uint32_t service) {
+  connection.role = Role::watcher;
+  connection.server.service = service;
+  int socket = connection.socket.get();
+  for (const ServerAddress& server : servers_) {
+    if (server.service == service && !tell(socket, QRTR_TYPE_NEW_SERVER, server)) return false;
+  }
+  return tell(socket, QRTR_TYPE_NEW_SERVER, {});
+}
+
+bool UnixServer::attach(Connection& connection, const Control& hello) {
+  auto server = std::find_if(servers_.begin(), servers_.end(), [&](const ServerAddress& each) {
+    return each.node == hello.server.node && each.port == hello.server.port;
+  });
+  if (server == servers_.end()) return false;
+  connection.role = Role::client;
+  connection.server = *server;
+  return tell(connection.socket.get(), QRTR_TYPE_HELLO, hello.server);
+}
+
+}  // namespace qmi_transport
