@@ -1,6 +1,9 @@
 // The waits that take their time: for a modem that is not there, and for one that does not answer.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <sys/socket.h>
+#include <sys/stat.h>
+#include <sys/un.h>
 
 #include <chrono>
 
@@ -51,6 +54,34 @@ TEST(AbsentModem, IsGivenUpAfter25Seconds) {
       Texts(log.begin() + 2, log.end()),
       ElementsAreArray(attempts() + Texts{"qmi_qorext_sprint_client_init: NAS Client Init rc: -2",
                                           "main:qmi_qorext_sprint_client_init failed = -2"}));
+}
+
+// Takes connections where the modem would be, and answers none.
+class SilentSocket {
+ public:
+  explicit SilentSocket(const std::string& endpoint) {
+    sockaddr_un address{};
+    address.sun_family = AF_UNIX;
+    std::string path = endpoint.substr(endpoint.find(':') + 1);
+    path.copy(address.sun_path, sizeof address.sun_path - 1);
+    EXPECT_EQ(bind(fd_.get(), reinterpret_cast<sockaddr*>(&address), sizeof address), 0);
+    EXPECT_EQ(chmod(path.c_str(), 0777), 0);
+    constexpr int kAllOfTheDaemons = 128;
+    EXPECT_EQ(listen(fd_.get(), kAllOfTheDaemons), 0);
+  }
+
+ private:
+  qorextctl::UniqueFd fd_{socket(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC, 0)};
+};
+
+TEST(SilentNameService, IsGivenUpAsSoonAsAnAbsentModem) {
+  Handset handset(Handset::off);
+  SilentSocket silent(handset.phone().modem());
+  auto start = Clock::now();
+  handset.start_daemon();
+  EXPECT_EQ(handset.exit_status(), "exit status 0");
+  EXPECT_LE(Clock::now() - start, seconds(35));
+  EXPECT_THAT(handset.log().texts(), Contains("main:qmi_qorext_sprint_client_init failed = -2"));
 }
 
 TEST(SilentModem, FailsTheRequestAfter15Seconds) {

@@ -2,6 +2,7 @@
 
 #include <time.h>
 
+#include "name_service.h"
 #include "qmi_transport/wait.h"
 #include "thread.h"
 
@@ -36,6 +37,8 @@ Notifier::Notifier(qmi_transport::Endpoint endpoint, const qmi_idl::Service& ser
 }
 
 void Notifier::start() {
+  begin_watch();
+  if (watch_ != nullptr) read_list(endpoint_, *watch_);
   watcher_ = quiet_thread([this] { watch_for_ever(); });
 }
 
@@ -44,11 +47,18 @@ void Notifier::close() {
   if (watcher_.joinable()) watcher_.join();
 }
 
+void Notifier::begin_watch() {
+  watch_ = qmi_transport::watch_service(endpoint_, service_.id, service_.version);
+}
+
+// A name service that is new, or has come back, has only instances that have come up meanwhile.
 void Notifier::watch_for_ever() {
-  do {
-    auto watch = qmi_transport::watch_service(endpoint_, service_.id, service_.version);
-    if (watch != nullptr) follow(*watch);
-  } while (stop_.wait(-1, qmi_transport::in(kRetryPause)) != Ready::stopped);
+  for (;;) {
+    if (watch_ != nullptr) follow(*watch_);
+    watch_.reset();
+    if (stop_.wait(-1, qmi_transport::in(kRetryPause)) == Ready::stopped) return;
+    begin_watch();
+  }
 }
 
 void Notifier::follow(qmi_transport::ServiceWatch& watch) {
@@ -56,7 +66,9 @@ void Notifier::follow(qmi_transport::ServiceWatch& watch) {
   while (stop_.wait(watch.fd(), Deadline::max()) == Ready::readable) {
     Status status = watch.next(announcement);
     if (status == Status::gone || status == Status::failed) return;
-    if (status == Status::ok && announcement.kind == Announcement::Kind::appeared) raise();
+    if (status != Status::ok) continue;
+    if (announcement.kind == Announcement::Kind::appeared) raise();
+    if (announcement.kind == Announcement::Kind::end_of_list) note_answer(endpoint_);
   }
 }
 

@@ -10,7 +10,7 @@
 namespace qmi_cci {
 
 // The instances of the service (of its version) that are up now. Asks the name service and waits
-// for its answer about a second at most; empty at once when there is no name service.
+// for its answer as read_list() does; empty at once when there is no name service.
 std::vector<qmi_transport::ServerAddress> list_servers(const qmi_transport::Endpoint& endpoint,
                                                        const qmi_idl::Service& service);
 
