@@ -38,6 +38,7 @@ std::unique_ptr<qmi_transport::Server> open_server(const Options& options) {
 void run(const Options& options) {
   modem::Scenario scenario = start_scenario(options);
   modem::Simulator simulator(scenario.state, options.seed);
+  simulator.instances = options.instances.value_or(scenario.instances);
   for (const modem::Fault& fault : scenario.faults) simulator.faults.add(fault);
 
   modem::ServerLoop loop(simulator, open_server(options), options.control_path, options.is_verbose);

@@ -6,6 +6,7 @@
 
 #include "command_line.h"
 #include "control/version.h"
+#include "simulator/simulator.h"
 
 namespace modem {
 namespace {
@@ -48,6 +49,9 @@ std::variant<Options, int> parse_options(int argc, char** argv) {
       ->check(check_endpoint);
   app.add_option("--control", options.control_path, "Unix socket for commands, one JSON a line");
   app.add_option("--scenario", options.scenario_path, "TOML file with the state to start from");
+  app.add_option("--instances", options.instances,
+                 "of the vendor's service: 2 is a phone with a separate modem chip (1)")
+      ->check(CLI::Range(uint32_t{1}, kMaxInstances));
   app.add_option("--ready-fd", options.ready_fd,
                  "gets one byte and is closed when everything is up")
       ->check(CLI::NonNegativeNumber);

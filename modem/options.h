@@ -3,6 +3,7 @@
 
 #include <stdint.h>
 
+#include <optional>
 #include <string>
 #include <variant>
 
@@ -12,8 +13,9 @@ namespace modem {
 
 struct Options {
   qmi_transport::Endpoint endpoint;
-  std::string control_path;   // empty: no control socket
-  std::string scenario_path;  // empty: the factory's content
+  std::string control_path;           // empty: no control socket
+  std::string scenario_path;          // empty: the factory's content
+  std::optional<uint32_t> instances;  // of the vendor's service; the scenario's without it
   int ready_fd = -1;
   uint32_t seed = 1;
   bool is_verbose = false;

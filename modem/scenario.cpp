@@ -3,6 +3,7 @@
 #include <fmt/format.h>
 #include <toml++/toml.h>
 
+#include "simulator/simulator.h"
 #include "state/factory.h"
 #include "state/state_keys.h"
 
@@ -56,6 +57,7 @@ toml::source_index line_of(const toml::table& table, std::string path) {
 }  // namespace
 
 void describe(Archive& archive, Scenario& scenario) {
+  archive.number("instances", scenario.instances, 1, kMaxInstances);
   describe(archive, scenario.state);
   archive.list("faults", scenario.faults, kMaxFaults);
 }

@@ -13,6 +13,7 @@ namespace modem {
 struct Scenario {
   State state;
   std::vector<Fault> faults;
+  uint32_t instances = 1;  // of the vendor's service
 };
 
 void describe(Archive& archive, Scenario& scenario);

@@ -125,11 +125,26 @@ void ServerLoop::perform(const Action& action) {
       return;
     case Action::Kind::withdraw:
       tell_service(action.service, false);
+      up_.erase(action.service);
       return server_->withdraw(action.service);
     case Action::Kind::publish:
       tell_service(action.service, true);
-      server_->publish(action.service, instance_of(*find_service(action.service)));
+      up_.insert(action.service);
+      return publish_instances(*find_service(action.service));
+    case Action::Kind::resize:
+      if (up_.contains(action.service)) publish_instances(*find_service(action.service));
       return;
+  }
+}
+
+// Those that are up already stay as they are.
+void ServerLoop::publish_instances(const qmi_idl::Service& service) {
+  uint32_t wanted = &service == &qorext_service() ? simulator_.instances : 1;
+  for (uint32_t number = 1; number <= wanted; ++number) {
+    server_->publish(service.id, instance_of(service, number));
+  }
+  for (uint32_t number = wanted + 1; number <= kMaxInstances; ++number) {
+    server_->withdraw_instance(service.id, instance_of(service, number));
   }
 }
 

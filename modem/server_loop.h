@@ -3,6 +3,7 @@
 
 #include <memory>
 #include <optional>
+#include <set>
 #include <string>
 
 #include "control/control.h"
@@ -30,6 +31,7 @@ class ServerLoop {
   void note_drop(const qmi_transport::ServerEvent& event);
   void perform_due();
   void perform(const Action& action);
+  void publish_instances(const qmi_idl::Service& service);
   void continue_upload();
   bool can_upload() const;
   bool broadcast(uint32_t service, const Bytes& packet);
@@ -44,6 +46,7 @@ class ServerLoop {
   Control control_;
   bool is_verbose_;
   bool is_ending_ = false;
+  std::set<uint32_t> up_;  // services
   Bytes buffer_;
   qmi_transport::ScopedFd epoll_;
   qmi_transport::ScopedFd signals_;

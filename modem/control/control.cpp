@@ -40,6 +40,10 @@ struct ServiceArguments {
   bool up = true;
 };
 
+struct InstancesArguments {
+  uint32_t count = 0;  // as many as there are
+};
+
 void describe(Archive& /*archive*/, Nothing& /*arguments*/) {}
 
 void describe(Archive& archive, SetArguments& arguments) {
@@ -64,6 +68,10 @@ void describe(Archive& archive, IndicateArguments& arguments) {
 void describe(Archive& archive, ServiceArguments& arguments) {
   archive.require(archive.text("name", arguments.name, up_to(kMaxName)), "name");
   archive.require(archive.flag("up", arguments.up), "up");
+}
+
+void describe(Archive& archive, InstancesArguments& arguments) {
+  archive.number("count", arguments.count, 1, kMaxInstances);
 }
 
 json get_state(Simulator& simulator, Nothing& /*arguments*/) {
@@ -117,6 +125,14 @@ json move_service(Simulator& simulator, ServiceArguments& arguments) {
   return json::object();
 }
 
+json set_instances(Simulator& simulator, InstancesArguments& arguments) {
+  if (arguments.count != 0) {
+    simulator.instances = arguments.count;
+    simulator.device.outbox.add({Action::Kind::resize, qorext_service().id, 0, {}});
+  }
+  return {{"count", simulator.instances}};
+}
+
 json list_requests(Simulator& simulator, Nothing& /*arguments*/) {
   return {{"requests", simulator.requests.all()}};
 }
@@ -167,6 +183,7 @@ constexpr CommandRow kCommands[] = {
     {"faults", run_with<Nothing, list_faults>},
     {"clear_faults", run_with<Nothing, clear_faults>},
     {"service", run_with<ServiceArguments, move_service>},
+    {"instances", run_with<InstancesArguments, set_instances>},
     {"requests", run_with<Nothing, list_requests>},
     {"clear_requests", run_with<Nothing, clear_requests>},
     {"version", run_with<Nothing, tell_version>},

@@ -19,7 +19,8 @@ struct Action {
     send,       // the packet to one client
     broadcast,  // the packet to all clients of the service
     withdraw,   // the service goes away
-    publish,    // the service comes up
+    publish,    // the service comes up, with as many instances as it is to have
+    resize,     // the same if it is up, and those beyond go away
   } kind;
   uint32_t service = 0;
   uint64_t peer = 0;

@@ -45,10 +45,9 @@ const Service* find_service(std::string_view name) {
   return nullptr;
 }
 
-uint32_t instance_of(const Service& service) {
-  constexpr uint32_t kInstance = 1;
+uint32_t instance_of(const Service& service, uint32_t number) {
   constexpr uint32_t kInstanceShift = 8;
-  return kInstance << kInstanceShift | service.version;
+  return number << kInstanceShift | service.version;
 }
 
 std::string message_name(const Service& service, qmi_idl::Direction direction, uint32_t id) {

@@ -20,8 +20,8 @@ const qmi_idl::Service& qorext_service();
 const qmi_idl::Service* find_service(uint32_t id);
 const qmi_idl::Service* find_service(std::string_view name);
 
-// As it is published: the first instance.
-uint32_t instance_of(const qmi_idl::Service& service);
+// As instance `number` is published, counted from 1.
+uint32_t instance_of(const qmi_idl::Service& service, uint32_t number = 1);
 
 // "element_read", or the number of a message that is not described.
 std::string message_name(const qmi_idl::Service& service, qmi_idl::Direction direction,

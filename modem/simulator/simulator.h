@@ -10,6 +10,10 @@
 
 namespace modem {
 
+// A phone with a modem chip of its own has the vendor's service on both processors: it is published
+// twice. All instances are ways to the same state.
+constexpr uint32_t kMaxInstances = 16;
+
 class Simulator {
  public:
   // Starts from `start`, which is also what a factory reset brings back.
@@ -22,6 +26,7 @@ class Simulator {
   Faults faults;
   RequestLog requests;
   KpiUploads uploads;
+  uint32_t instances = 1;  // of the vendor's service, while it is up
 };
 
 }  // namespace modem

@@ -88,6 +88,7 @@ TEST(ScenarioKeys, AreAllThatTheStateHas) {
     std::string name = pointer.substr(pointer.find_last_of('/') + 1);
     if (isdigit(static_cast<unsigned char>(name[0])) != 0) continue;
     bool is_told = page.find("." + name + "`") != std::string::npos ||
+                   page.find("`" + name + "`") != std::string::npos ||
                    page.find("`" + name + "[]`") != std::string::npos;
     EXPECT_TRUE(is_told) << pointer;
   }

@@ -214,6 +214,21 @@ TEST_F(ControlLines, ServicesGoAndCome) {
             "up: wants true or false");
 }
 
+TEST_F(ControlLines, InstancesAreCountedAndShown) {
+  EXPECT_EQ(command({{"command", "instances"}})["count"], 1);
+  EXPECT_TRUE(actions().empty());
+  EXPECT_EQ(command({{"command", "instances"}, {"count", 2}})["count"], 2);
+  EXPECT_EQ(simulator.instances, 2U);
+  auto due = actions();
+  ASSERT_EQ(due.size(), 1U);
+  EXPECT_EQ(due[0].kind, Action::Kind::resize);
+  EXPECT_EQ(error_of({{"command", "instances"}, {"count", 0}}),
+            "count: wants a number from 1 to 16");
+  EXPECT_EQ(error_of({{"command", "instances"}, {"count", 17}}),
+            "count: wants a number from 1 to 16");
+  EXPECT_EQ(simulator.instances, 2U);
+}
+
 TEST_F(ControlLines, RequestsAreListedUntilCleared) {
   ask_qorext("set_bsr_timer", {{"timer", 5}});
   ask(modem::nas_service(), "get_sig_info");

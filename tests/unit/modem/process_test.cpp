@@ -5,7 +5,9 @@
 
 namespace {
 
+using ::testing::ElementsAre;
 using ::testing::HasSubstr;
+using ::testing::IsEmpty;
 
 TEST_F(ModemProcess, ServesAllThreeServices) {
   start();
@@ -77,6 +79,74 @@ TEST_F(ModemProcess, ServiceGoesAwayAndComesBack) {
   EXPECT_TRUE(client.next(qmi_transport::Announcement::Kind::appeared).has_value());
   ServiceClient next(endpoint, modem::qorext_service());
   EXPECT_EQ(next.ask("get_bsr_timer")["timer"], 300);
+}
+
+// The instances of the vendor's service that the name service lists.
+std::vector<uint32_t> instances_at(const qmi_transport::Endpoint& endpoint) {
+  const auto& service = modem::qorext_service();
+  auto watch = qmi_transport::watch_service(endpoint, service.id, service.version);
+  qmi_transport::Announcement announcement{};
+  std::vector<uint32_t> instances;
+  while (watch && wait_readable(watch->fd())) {
+    if (watch->next(announcement) != qmi_transport::Status::ok) break;
+    if (announcement.kind == qmi_transport::Announcement::Kind::end_of_list) break;
+    instances.push_back(announcement.server.instance >> 8);
+  }
+  return instances;
+}
+
+TEST_F(ModemProcess, InstancesComeAndGo) {
+  start();
+  EXPECT_THAT(instances_at(endpoint), ElementsAre(1));
+  ServiceClient first(endpoint, modem::qorext_service());
+  ControlClient control(control_path);
+  EXPECT_EQ(control.command({{"command", "instances"}, {"count", 3}})["count"], 3);
+  EXPECT_THAT(instances_at(endpoint), ElementsAre(1, 2, 3));
+  EXPECT_EQ(first.ask("get_bsr_timer")["timer"], 300);
+  control.command({{"command", "instances"}, {"count", 2}});
+  EXPECT_THAT(instances_at(endpoint), ElementsAre(1, 2));
+  EXPECT_EQ(first.ask("get_bsr_timer")["timer"], 300);
+
+  control.command({{"command", "service"}, {"name", "qorext"}, {"up", false}});
+  EXPECT_THAT(instances_at(endpoint), IsEmpty());
+  control.command({{"command", "instances"}, {"count", 4}});
+  EXPECT_THAT(instances_at(endpoint), IsEmpty());
+  control.command({{"command", "service"}, {"name", "qorext"}, {"up", true}});
+  EXPECT_THAT(instances_at(endpoint), ElementsAre(1, 2, 3, 4));
+}
+
+TEST_F(ModemProcess, ClientsOfAnInstanceEndWithIt) {
+  start({"--instances", "2"});
+  ServiceClient first(endpoint, modem::qorext_service());
+  ControlClient control(control_path);
+  auto watch = qmi_transport::watch_service(endpoint, modem::qorext_service().id,
+                                            modem::qorext_service().version);
+  qmi_transport::Announcement second{};
+  for (int i = 0; i < 2; ++i) {
+    ASSERT_TRUE(wait_readable(watch->fd()));
+    ASSERT_EQ(watch->next(second), qmi_transport::Status::ok);
+  }
+  auto channel = qmi_transport::open_channel(endpoint, second.server);
+  ASSERT_NE(channel, nullptr);
+  control.command({{"command", "instances"}, {"count", 1}});
+  Bytes buffer(qmi_transport::kMaxPacketSize);
+  ASSERT_TRUE(wait_readable(channel->fd()));
+  EXPECT_EQ(channel->receive(buffer).status, qmi_transport::Status::gone);
+  EXPECT_EQ(first.ask("get_bsr_timer")["timer"], 300);
+}
+
+TEST_F(ModemProcess, InstancesAreThoseOfTheOptionOrElseOfTheScenario) {
+  std::ofstream(file("scenario.toml")) << "instances = 2\n";
+  start({"--scenario", file("scenario.toml")});
+  EXPECT_THAT(instances_at(endpoint), ElementsAre(1, 2));
+  kill(pid_, SIGTERM);
+  EXPECT_EQ(wait_for_end(), 0);
+  start({"--scenario", file("scenario.toml"), "--instances", "3"});
+  EXPECT_THAT(instances_at(endpoint), ElementsAre(1, 2, 3));
+  kill(pid_, SIGTERM);
+  EXPECT_EQ(wait_for_end(), 0);
+  launch({"--instances", "17"});
+  EXPECT_EQ(wait_for_end(), 2);
 }
 
 TEST_F(ModemProcess, CloseFaultDropsTheClients) {

@@ -88,6 +88,13 @@ TEST(ModemWords, ServicesGoUpAndDown) {
   EXPECT_EQ(command("service qorext up"), R"({"command":"service","name":"qorext","up":true})");
 }
 
+TEST(ModemWords, InstancesAreCountedOrShown) {
+  EXPECT_EQ(command("instances 2"), R"({"command":"instances","count":2})");
+  EXPECT_EQ(command("instances"), R"({"command":"instances"})");
+  EXPECT_EQ(command("instances two"), "modem instances: give a number, or nothing to be shown it");
+  EXPECT_EQ(command("instances 2 3"), "modem instances: give a number, or nothing to be shown it");
+}
+
 TEST(ModemWords, AValueHasNoMembers) {
   EXPECT_EQ(command("set lte=1 lte.mcc=2"),
             "modem: 'lte.mcc=2' names a member of what has a value");
@@ -132,8 +139,9 @@ TEST(ModemWords, WrongWordsAreRefused) {
 }
 
 TEST(ModemWords, TheHelpNamesEveryCommand) {
-  for (const char* name : {"state", "set", "nv", "indicate", "fault", "faults", "clear_faults",
-                           "service", "requests", "clear_requests", "version", "quit"}) {
+  for (const char* name :
+       {"state", "set", "nv", "indicate", "fault", "faults", "clear_faults", "service", "instances",
+        "requests", "clear_requests", "version", "quit"}) {
     EXPECT_NE(modem_command_help().find(std::string("  ") + name + " "), std::string::npos) << name;
   }
 }

@@ -149,6 +149,15 @@ Result<Json> service(Json command, Words words) {
   return command;
 }
 
+Result<Json> instances(Json command, Words words) {
+  auto count = words.empty() ? std::nullopt : parse_number(words[0]);
+  if (words.size() > 1 || (!words.empty() && !count)) {
+    return usage_error("modem instances: give a number, or nothing to be shown it");
+  }
+  if (count) command["count"] = *count;
+  return command;
+}
+
 struct CommandRow {
   const char* name;
   Result<Json> (*build)(Json command, Words words);
@@ -173,6 +182,7 @@ constexpr CommandRow kCommands[] = {
     {"faults", plain, "", "faults in force"},
     {"clear_faults", plain, "", "end all faults"},
     {"service", service, "NAME up|down", "publish or withdraw qorext, nas or dms"},
+    {"instances", instances, "[N]", "how many instances qorext has; with N change it"},
     {"requests", plain, "", "what the modem was asked"},
     {"clear_requests", plain, "", "forget what the modem was asked"},
     {"version", plain, "", "the modem's version"},
