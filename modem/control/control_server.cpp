@@ -105,15 +105,15 @@ void ControlServer::serve() {
 }
 
 void ControlServer::accept_client() {
-  auto [client, is_exhausted] = qmi_transport::accept_from(listener_.get());
+  qmi_transport::Accepted accepted = qmi_transport::accept_from(listener_.get());
   // The one that is closed makes room: the next call takes the connection that waits.
-  if (is_exhausted && !close_silent()) return pause_accepting();
-  if (!client) return;
+  if (accepted.is_exhausted && !close_silent()) return pause_accepting();
+  if (!accepted.socket) return;
   is_short_ = false;
   if (connections_.size() >= kMaxConnections && !close_silent()) return;
-  int fd = client.get();
+  int fd = accepted.socket.get();
   if (!set_events(epoll_.get(), EPOLL_CTL_ADD, fd, EPOLLIN)) return;
-  connections_[fd] = {.socket = std::move(client), .number = ++last_number_};
+  connections_[fd] = {.socket = std::move(accepted.socket), .number = ++last_number_};
 }
 
 void ControlServer::pause_accepting() {

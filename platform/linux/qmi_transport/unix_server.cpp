@@ -74,14 +74,15 @@ ServerEvent UnixServer::on_timer() {
 }
 
 void UnixServer::accept_one() {
-  auto [socket, is_exhausted] = accept_from(listener_.get());
+  Accepted accepted = accept_from(listener_.get());
+  const ScopedFd& socket = accepted.socket;
   if (socket) is_short_ = false;
   // The one that is closed makes room: the next call takes the connection that waits.
-  if (is_exhausted && !close_silent()) return pause_accepting();
+  if (accepted.is_exhausted && !close_silent()) return pause_accepting();
   if (!socket || (connections_.size() >= kMaxConnections && !close_silent())) return;
   setsockopt(socket.get(), SOL_SOCKET, SO_SNDBUF, &kSendBuffer, sizeof(kSendBuffer));
   if (!add_to_epoll(epoll_.get(), socket.get(), ++last_peer_)) return;
-  connections_[last_peer_].socket = std::move(socket);
+  connections_[last_peer_].socket = std::move(accepted.socket);
 }
 
 void UnixServer::pause_accepting() {

@@ -68,6 +68,31 @@ TEST_P(NameService, PublishesAnInstanceOnlyOnce) {
   EXPECT_EQ(present().size(), 1u);
 }
 
+TEST_P(NameService, WithdrawsOneInstanceWithItsClients) {
+  ScriptedModem modem(endpoint(), echo);
+  modem.publish(kService, kInstance);
+  auto first = open();
+  modem.publish(kService, kSecond);
+  auto servers = present();
+  ASSERT_EQ(servers.size(), 2u);
+  auto& second_server = servers[0].instance == kSecond ? servers[0] : servers[1];
+  auto second = qmi_transport::open_channel(endpoint(), second_server);
+  auto names = watch();
+  while (told(*names)->kind != Announcement::Kind::end_of_list) {
+  }
+
+  modem.run([](Server& server) { server.withdraw_instance(kService, kSecond); });
+  auto went = told(*names);
+  ASSERT_TRUE(went);
+  EXPECT_EQ(went->kind, Announcement::Kind::gone);
+  EXPECT_EQ(went->server, second_server);
+  EXPECT_EQ(receive(*second).first, Status::gone);
+  EXPECT_EQ(send(*first, {1}), Status::ok);
+  EXPECT_EQ(receive(*first), Answer(Status::ok, {1}));
+  ASSERT_EQ(present().size(), 1u);
+  EXPECT_EQ(present()[0].instance, kInstance);
+}
+
 TEST_P(NameService, HasNoServicesAfterTheServersEnd) {
   auto modem = std::make_unique<ScriptedModem>(endpoint());
   modem->publish(kService, kInstance);
