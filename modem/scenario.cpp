@@ -3,9 +3,13 @@
 #include <fmt/format.h>
 #include <toml++/toml.h>
 
+#include <fstream>
+#include <iterator>
+
 #include "simulator/simulator.h"
 #include "state/factory.h"
 #include "state/state_keys.h"
+#include "toml_levels.h"
 
 namespace modem {
 namespace {
@@ -13,6 +17,8 @@ namespace {
 using nlohmann::json;
 
 constexpr size_t kMaxFaults = 1024;
+// As much as a control line may carry.
+constexpr size_t kMaxSize = size_t{4} << 20;
 
 json to_json(const toml::node& node);
 
@@ -50,8 +56,20 @@ toml::source_index line_of(const toml::table& table, std::string path) {
   return table.at_path(path).node()->source().begin.line;
 }
 
-[[noreturn]] void fail(const std::string& path, toml::source_index line, std::string_view what) {
+[[noreturn]] void fail(const std::string& path, size_t line, std::string_view what) {
   throw ScenarioError(fmt::format("{}:{}: {}", path, line, what));
+}
+
+// No more than what is one byte too much.
+std::string content_of(const std::string& path) {
+  std::ifstream file(path, std::ios::binary);
+  std::string text(kMaxSize + 1, '\0');
+  file.read(text.data(), static_cast<std::streamsize>(text.size()));
+  if (file.gcount() == 0 && !file.eof()) {
+    throw ScenarioError(fmt::format("{}: cannot be read", path));
+  }
+  text.resize(static_cast<size_t>(file.gcount()));
+  return text;
 }
 
 }  // namespace
@@ -62,10 +80,18 @@ void describe(Archive& archive, Scenario& scenario) {
   archive.list("faults", scenario.faults, kMaxFaults);
 }
 
-Scenario load_scenario(const std::string& path) {
+Scenario load_scenario(const std::string& path) { return read_scenario(content_of(path), path); }
+
+Scenario read_scenario(std::string_view text, const std::string& path) {
+  if (text.size() > kMaxSize) {
+    throw ScenarioError(fmt::format("{}: is longer than {} bytes", path, kMaxSize));
+  }
+  if (size_t line = find_excess_levels(text)) {
+    fail(path, line, fmt::format("is nested deeper than {} levels", kMostTomlLevels));
+  }
   toml::table table;
   try {
-    table = toml::parse_file(path);
+    table = toml::parse(text);
   } catch (const toml::parse_error& error) {
     fail(path, error.source().begin.line, error.description());
   }

@@ -3,6 +3,7 @@
 
 #include <stdexcept>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "simulator/faults.h"
@@ -23,7 +24,11 @@ struct ScenarioError : std::runtime_error {
   using std::runtime_error::runtime_error;
 };
 
-// The factory's content with what the file changes. Throws ScenarioError.
+// The factory's content with what the file changes. Throws ScenarioError; also for a file of more
+// than 4 MiB, or nested deeper than kMostTomlLevels.
 Scenario load_scenario(const std::string& path);
+
+// The same from the file's text; errors name `path`.
+Scenario read_scenario(std::string_view text, const std::string& path);
 
 }  // namespace modem

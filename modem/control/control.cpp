@@ -7,6 +7,7 @@
 #include "control/version.h"
 #include "messages/indications.h"
 #include "messages/services.h"
+#include "qmi_json/foreign_json.h"
 #include "state/archive.h"
 #include "state/state_keys.h"
 
@@ -199,6 +200,13 @@ const CommandRow& find_command(const std::string& name) {
   return *row;
 }
 
+json parse_line(const std::string& line) {
+  auto parsed = qmi_json::parse_foreign<json>(line);
+  if (parsed.excess != nullptr) throw CommandError(std::string("the line ") + parsed.excess);
+  if (parsed.value.is_discarded()) throw CommandError("the line is not JSON");
+  return std::move(parsed.value);
+}
+
 std::string take_name(json& given) {
   if (!given.is_object() || !given.contains("command") || !given["command"].is_string()) {
     throw CommandError("a line is an object with a \"command\"");
@@ -215,15 +223,13 @@ json failure(const std::string& what) { return {{"ok", false}, {"error", what}};
 json Control::run(const std::string& line) {
   watch_wanted_ = false;
   try {
-    json given = json::parse(line);
+    json given = parse_line(line);
     std::string name = take_name(given);
     json answer = find_command(name).run(simulator_, given);
     answer["ok"] = true;
     quit_wanted_ = quit_wanted_ || name == kQuit;
     watch_wanted_ = name == kWatch;
     return answer;
-  } catch (const json::parse_error&) {
-    return failure("the line is not JSON");
   } catch (const ArchiveError& error) {
     return failure(error.describe());
   } catch (const std::exception& error) {

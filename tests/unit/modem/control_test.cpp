@@ -254,6 +254,46 @@ TEST_F(ControlLines, WrongLinesGetOneClearError) {
   EXPECT_FALSE(control.quit_wanted());
 }
 
+std::string nested(size_t levels, const std::string& open, const std::string& close) {
+  std::string text;
+  for (size_t i = 0; i < levels; ++i) text += open;
+  text += "1";
+  for (size_t i = 0; i < levels; ++i) text += close;
+  return text;
+}
+
+TEST_F(ControlLines, NestingWithoutEndGetsOneClearError) {
+  constexpr size_t kMany = 74'300;
+  const std::string kTooDeep = "the line is nested deeper than 64 levels";
+  EXPECT_EQ(line(R"({"command":"set","state":)" + nested(kMany, "[", "]") + "}")["error"],
+            kTooDeep);
+  EXPECT_EQ(line(nested(kMany, R"({"a":)", "}"))["error"], kTooDeep);
+  EXPECT_EQ(line(std::string(kMany, '['))["error"], kTooDeep);
+  EXPECT_EQ(line(R"({"\"":)" + nested(kMany, "[", "]") + "}")["error"], kTooDeep);
+  EXPECT_EQ(line(R"({"command":"version"})")["ok"], true);
+}
+
+TEST_F(ControlLines, SixtyFourLevelsAreTaken) {
+  std::string start = R"({"command":"set","state":)";
+  EXPECT_EQ(line(start + nested(63, "[", "]") + "}")["error"], "wants named values");
+  EXPECT_EQ(line(start + nested(64, "[", "]") + "}")["error"],
+            "the line is nested deeper than 64 levels");
+}
+
+TEST_F(ControlLines, BracketsAndColonsInATextAreNoLevels) {
+  std::string text = std::string(100'000, '[') + R"(\\\")" + std::string(100'000, ':');
+  json answer = line(R"({"command":"service","up":true,"name":")" + text + "\"}");
+  EXPECT_EQ(answer["error"], "name: wants 0 to 64 characters");
+}
+
+TEST_F(ControlLines, AnObjectHasAtMost4096Members) {
+  std::string members;
+  for (int i = 0; i < 4096; ++i) members += ",\"" + std::to_string(i) + "\":1";
+  EXPECT_EQ(line("{" + members.substr(1) + "}")["error"], "a line is an object with a \"command\"");
+  EXPECT_EQ(line("{\"a\":1" + members + "}")["error"],
+            "the line has an object of more than 4096 members");
+}
+
 TEST_F(ControlLines, MissingArgumentsAreToldByName) {
   EXPECT_EQ(error_of({{"command", "set"}}), "state: is missing");
   EXPECT_EQ(error_of({{"command", "nv"}}), "rde_id: is missing");

@@ -235,6 +235,16 @@ TEST_F(ModemProcess, ControlAnswersSeveralConnectionsLineByLine) {
   EXPECT_EQ(json::parse(first.read_line())["faults"], json::array());
 }
 
+TEST_F(ModemProcess, DeepControlLineLeavesItsConnectionOpen) {
+  start();
+  ControlClient control(control_path);
+  constexpr size_t kMany = 74'300;
+  control.send_text(R"({"command":"set","state":)" + std::string(kMany, '[') +
+                    std::string(kMany, ']') + "}\n");
+  EXPECT_EQ(json::parse(control.read_line())["error"], "the line is nested deeper than 64 levels");
+  EXPECT_EQ(control.command({{"command", "version"}})["ok"], true);
+}
+
 TEST_F(ModemProcess, EndlessControlLineEndsOnlyItsConnection) {
   start();
   ControlClient flood(control_path);
@@ -320,6 +330,15 @@ TEST_F(ModemProcess, WrongScenarioIsOneLineAndStatus2) {
   EXPECT_EQ(wait_for_end(), 2);
   EXPECT_EQ(text_of("errors"),
             file("scenario.toml") + ":2: carrier.bsr_timer: wants a number from 0 to 4294967295\n");
+}
+
+TEST_F(ModemProcess, DeepScenarioIsOneLineAndStatus2) {
+  std::ofstream deep(file("scenario.toml"));
+  for (int i = 0; i < 200'000; ++i) deep << "a.";
+  deep << "a = 1\n" << std::flush;
+  launch({"--listen", "unix:" + endpoint.path, "--scenario", file("scenario.toml")});
+  EXPECT_EQ(wait_for_end(), 2);
+  EXPECT_EQ(text_of("errors"), file("scenario.toml") + ":1: is nested deeper than 64 levels\n");
 }
 
 TEST_F(ModemProcess, WrongOptionsAreRefusedWithStatus2) {

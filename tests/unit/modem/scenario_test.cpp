@@ -106,6 +106,54 @@ TEST_F(ScenarioFile, SyntaxErrorsNameFileAndLineOnOneLine) {
   EXPECT_EQ(error.find('\n'), std::string::npos);
 }
 
+std::string repeated(const std::string& text, size_t times) {
+  std::string all;
+  for (size_t i = 0; i < times; ++i) all += text;
+  return all;
+}
+
+constexpr size_t kMany = 200'000;
+const std::string kTooDeep = "is nested deeper than 64 levels";
+
+TEST_F(ScenarioFile, EndlessKeysAreOneError) {
+  std::string key = repeated("a.", kMany) + "a";
+  EXPECT_EQ(error_of("\n" + key + " = 1\n"), "scenario.toml:2: " + kTooDeep);
+  EXPECT_EQ(error_of("[" + key + "]\n"), "scenario.toml:1: " + kTooDeep);
+  EXPECT_EQ(error_of("[[" + key + "]]\n"), "scenario.toml:1: " + kTooDeep);
+  EXPECT_EQ(error_of(repeated("\"a b\" . ", kMany) + "a = 1\n"), "scenario.toml:1: " + kTooDeep);
+  EXPECT_EQ(error_of("# a \"quote\n" + key + " = 1\n"), "scenario.toml:2: " + kTooDeep);
+  EXPECT_EQ(error_of("x = '''\n''''\n" + key + " = 1\n"), "scenario.toml:3: " + kTooDeep);
+  EXPECT_EQ(error_of("x = \"\\\"\"\n" + key + " = 1\n"), "scenario.toml:2: " + kTooDeep);
+}
+
+TEST_F(ScenarioFile, EndlessBracketsAreOneError) {
+  EXPECT_EQ(error_of("x = " + repeated("[", kMany)), "scenario.toml:1: " + kTooDeep);
+  EXPECT_EQ(error_of("x = " + repeated("{a=", kMany)), "scenario.toml:1: " + kTooDeep);
+  EXPECT_EQ(error_of("x = [\n" + repeated("{a=[", kMany)), "scenario.toml:2: " + kTooDeep);
+}
+
+// Each is short, together they are deep.
+TEST_F(ScenarioFile, LevelsOfHeadersKeysAndBracketsAddUp) {
+  std::string half = repeated("a.", 29) + "a";
+  std::string rest = half + " = {b.b.b.b.b.b = 1}\n";
+  EXPECT_EQ(error_of("[" + half + "]\n" + rest), "scenario.toml:2: " + kTooDeep);
+  EXPECT_EQ(error_of("[" + half + "]\nx = 1\n[c]\n" + rest), "scenario.toml:1: a: unknown key");
+}
+
+TEST_F(ScenarioFile, PointsThatAreNoLevelsAreNotCounted) {
+  std::string points = repeated(".", kMany);
+  EXPECT_EQ(error_of("x = \"" + points + "\"\n"), "scenario.toml:1: x: unknown key");
+  EXPECT_EQ(error_of("x = '''" + points + "\n'''\n"), "scenario.toml:1: x: unknown key");
+  EXPECT_EQ(error_of("# " + points + "\nx = 1\n"), "scenario.toml:2: x: unknown key");
+  EXPECT_EQ(error_of("x = [" + repeated("1.5,\n", 1000) + "]\n"),
+            "scenario.toml:1: x: unknown key");
+}
+
+TEST_F(ScenarioFile, AFileWithoutEndIsAnError) {
+  EXPECT_EQ(error_of(repeated("# a comment that says nothing\n", kMany)),
+            "scenario.toml: is longer than 4194304 bytes");
+}
+
 TEST_F(ScenarioFile, MissingFileIsAnError) {
   EXPECT_THROW(modem::load_scenario(path), modem::ScenarioError);
 }

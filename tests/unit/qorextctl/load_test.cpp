@@ -89,6 +89,8 @@ TEST_F(MixFile, ErrorsNameFileAndLine) {
             path_ + ":2: 'nv-read' is no weight from 1 to 1000000");
   EXPECT_THAT(read("1 frob\n").error().message, HasSubstr(path_ + ":1: unknown request 'frob'"));
   EXPECT_EQ(read("1 'get-nam\n").error().message, path_ + ":1: a quote is not closed");
+  EXPECT_EQ(read("1 get-nam\n1 " + std::string(1 << 20, 'x') + "\n").error().message,
+            path_ + ":2: is longer than 1048576 bytes");
   EXPECT_THAT(read("1\n").error().message, HasSubstr(":1: no request given"));
   EXPECT_EQ(read("").error().message, path_ + ": holds no request");
   EXPECT_EQ(Mix::read("/nowhere").error().message, "cannot read '/nowhere'");

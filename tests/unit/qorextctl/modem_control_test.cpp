@@ -55,6 +55,48 @@ TEST(ModemControl, AnAnswerThatIsNoObjectIsATransportError) {
   EXPECT_NE(answer.error().message.find("the answer is no JSON object: [1]"), std::string::npos);
 }
 
+TEST(ModemControl, AnAnswerOfEndlessLevelsIsATransportError) {
+  constexpr size_t kMany = 200'000;
+  FakeModem modem(R"({"ok":true,"state":)" + std::string(kMany, '[') + std::string(kMany, ']') +
+                  "}\n");
+  auto answer = ask(modem);
+  ASSERT_FALSE(answer);
+  EXPECT_EQ(answer.error().outcome, Outcome::transport);
+  EXPECT_NE(answer.error().message.find("the answer is nested deeper than 64 levels"),
+            std::string::npos);
+}
+
+TEST(ModemControl, OfALongAnswerThatIsNoObjectTheStartIsShown) {
+  FakeModem modem("\x1b" + std::string(100'000, 'x') + "\n");
+  auto answer = ask(modem);
+  ASSERT_FALSE(answer);
+  EXPECT_NE(answer.error().message.find("no JSON object: \\x1Bxxx"), std::string::npos);
+  EXPECT_LT(answer.error().message.size(), 500U);
+}
+
+TEST(ModemControl, AModemThatTellsAndNeverAnswersIsATransportErrorAfterTheDeadline) {
+  std::string told;
+  for (int i = 0; i < 200'000; ++i) told += "{\"message\":{}}\n";
+  FakeModem modem(told);
+  auto answer = ask(modem, 0.02);
+  ASSERT_FALSE(answer);
+  EXPECT_NE(answer.error().message.find("no answer in time"), std::string::npos);
+}
+
+TEST(ModemControl, ALineWithoutEndIsATransportErrorAfterTheDeadline) {
+  FakeModem modem(std::string(60'000'000, 'x'));
+  auto answer = ask(modem, 0.001);
+  ASSERT_FALSE(answer);
+  EXPECT_NE(answer.error().message.find("no answer in time"), std::string::npos);
+}
+
+TEST(ModemControl, ALineWithoutEndIsNotKept) {
+  FakeModem modem(std::string(70'000'000, 'x'));
+  auto answer = ask(modem);
+  ASSERT_FALSE(answer);
+  EXPECT_NE(answer.error().message.find("the answer's line has no end"), std::string::npos);
+}
+
 TEST(ModemControl, ASilentModemIsATransportErrorAfterTheDeadline) {
   FakeModem modem("too late\n");
   auto control = ModemControl::connect(modem.path());

@@ -109,6 +109,20 @@ TEST(ModemWords, StateIsSetByPath) {
             R"("flag":true}})");
 }
 
+TEST(ModemWords, NestingWithoutEndIsRefused) {
+  constexpr size_t kMany = 100'000;
+  std::string deep = std::string(kMany, '[') + std::string(kMany, ']');
+  EXPECT_EQ(command("set lte.mcc=" + deep),
+            "modem: the value of 'mcc' is nested deeper than 64 levels");
+  EXPECT_EQ(command("'{\"command\":" + deep + "}'"),
+            "modem: the word in braces is nested deeper than 64 levels");
+  std::string path;
+  for (size_t i = 0; i < kMany; ++i) path += "a.";
+  EXPECT_EQ(command("set " + path + "a=1"),
+            "modem: '" + path.substr(0, 200) + "...' has more than 64 levels");
+  EXPECT_EQ(command("set " + path.substr(0, 2 * 63) + "a=1").substr(0, 10), R"({"command")");
+}
+
 TEST(ModemWords, AWholeObjectIsTakenAsItIs) {
   EXPECT_EQ(command(R"('{"command":"nv","rde_id":1}')"), R"({"command":"nv","rde_id":1})");
 }

@@ -40,6 +40,23 @@ Bytes nam_reply() {
   return reply;
 }
 
+TEST_F(NamRecord, LevelsWithoutEndAreRefused) {
+  constexpr size_t kMany = 200'000;
+  write("{\"fields\":" + std::string(kMany, '[') + std::string(kMany, ']') + "}");
+  auto command = set_nam({"spc=000000"});
+  ASSERT_FALSE(command);
+  EXPECT_EQ(command.error().outcome, Outcome::usage);
+  EXPECT_NE(command.error().message.find("the record is nested deeper than 64 levels"),
+            std::string::npos);
+}
+
+TEST_F(NamRecord, AFileWithoutEndIsRefused) {
+  auto command = parse_command(std::vector<std::string>{"set-nam", "json=/dev/zero"}, true);
+  ASSERT_FALSE(command);
+  EXPECT_NE(command.error().message.find("the record is longer than 1048576 bytes"),
+            std::string::npos);
+}
+
 TEST_F(NamRecord, APrintedReplyGivenBackWritesTheSameRecord) {
   Bytes reply = nam_reply();
   DecodedFrame decoded = decode_reply(find_request("get-nam"), ReplyForm::cdma, 0x02000001, reply);

@@ -120,6 +120,10 @@ TEST_F(ARecording, IsRefusedWithTheLineThatIsWrong) {
   EXPECT_EQ(error_of(R"({"type":"log","time":0,"line":""})"),
             ": line 1: is not the head of a recording");
   EXPECT_EQ(error_of_line("[]"), ": line 2: is no JSON object");
+  EXPECT_EQ(error_of_line(R"({"type":"frame","time":1,"kind":"reply","hex":"**","fields":)" +
+                          std::string(200'000, '[') + std::string(200'000, ']') + "}"),
+            ": line 2: is nested deeper than 64 levels");
+  EXPECT_EQ(error_of_line(std::string(2'000'000, ' ')), ": line 2: is longer than 1048576 bytes");
   EXPECT_EQ(error_of_line(R"({"type":"log","line":"x"})"), ": line 2: has no 'time'");
   EXPECT_EQ(error_of_line(R"({"type":"log","time":-1,"line":"x"})"),
             ": line 2: 'time' is no number from 0");

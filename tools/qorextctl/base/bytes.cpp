@@ -89,4 +89,9 @@ std::string printable(std::string_view text) {
   return printable(View(reinterpret_cast<const uint8_t*>(text.data()), text.size()));
 }
 
+std::string beginning_of(std::string_view text) {
+  constexpr size_t kMostShown = 200;
+  return printable(text.substr(0, kMostShown)) + (text.size() > kMostShown ? "..." : "");
+}
+
 }  // namespace qorextctl

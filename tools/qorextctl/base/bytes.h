@@ -43,4 +43,7 @@ std::optional<Bytes> parse_hex(std::string_view text);
 std::string printable(View text);
 std::string printable(std::string_view text);
 
+// The same of the first 200 bytes, and "..." for the rest: for an error's text.
+std::string beginning_of(std::string_view text);
+
 }  // namespace qorextctl

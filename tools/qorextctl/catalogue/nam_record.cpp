@@ -4,10 +4,11 @@
 
 #include <fstream>
 #include <iostream>
-#include <iterator>
 #include <nlohmann/json.hpp>
 
+#include "base/lines.h"
 #include "base/spelling.h"
+#include "qmi_json/foreign_json.h"
 
 namespace qorextctl {
 
@@ -15,14 +16,17 @@ namespace {
 
 using Json = nlohmann::json;
 
-std::string read_all(std::istream& input) {
-  return {std::istreambuf_iterator<char>(input), std::istreambuf_iterator<char>()};
+Result<std::map<std::string, std::string>> parse_all(std::istream& input) {
+  std::string text;
+  if (read_whole(input, text)) return parse_record(text);
+  return usage_error(fmt::format("the record is longer than {} bytes", kMostLineBytes));
 }
 
 }  // namespace
 
 Result<std::map<std::string, std::string>> parse_record(const std::string& text) {
-  Json record = Json::parse(text, nullptr, false);
+  auto [record, excess] = qmi_json::parse_foreign<Json>(text);
+  if (excess) return usage_error(fmt::format("the record {}", excess));
   if (record.is_object() && record.contains("fields")) record = Json(record["fields"]);
   if (!record.is_object()) return usage_error("the record is no JSON object");
   std::map<std::string, std::string> members;
@@ -38,11 +42,11 @@ Result<std::map<std::string, std::string>> parse_record(const std::string& text)
 Result<std::map<std::string, std::string>> read_record(const std::string& file, bool stdin_free) {
   if (file == "-") {
     if (!stdin_free) return usage_error("standard input holds the session, name a file");
-    return parse_record(read_all(std::cin));
+    return parse_all(std::cin);
   }
   std::ifstream input(file);
   if (!input) return usage_error(fmt::format("cannot read '{}'", file));
-  return parse_record(read_all(input));
+  return parse_all(input);
 }
 
 }  // namespace qorextctl

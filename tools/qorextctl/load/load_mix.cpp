@@ -5,6 +5,7 @@
 #include <fstream>
 #include <sstream>
 
+#include "base/lines.h"
 #include "catalogue/values.h"
 #include "frames/arguments.h"
 #include "session/completion.h"
@@ -86,11 +87,16 @@ Result<Mix> Mix::read(const std::string& path) {
   std::ifstream file(path);
   if (!file) return usage_error(fmt::format("cannot read '{}'", path));
   size_t number = 0;
-  for (std::string line; std::getline(file, line);) {
+  LineReader lines(file);
+  std::string line;
+  for (auto read = lines.next(line); read != LineReader::Line::none; read = lines.next(line)) {
     ++number;
     auto wrong = [&](const Error& error) {
       return usage_error(fmt::format("{}:{}: {}", path, number, error.message));
     };
+    if (read == LineReader::Line::too_long) {
+      return wrong(usage_error(fmt::format("is longer than {} bytes", kMostLineBytes)));
+    }
     auto words = split_line(line);
     if (!words) return wrong(usage_error("a quote is not closed"));
     if (words->empty()) continue;

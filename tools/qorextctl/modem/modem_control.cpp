@@ -8,6 +8,8 @@
 #include <cerrno>
 #include <cstring>
 
+#include "qmi_json/foreign_json.h"
+
 namespace qorextctl {
 
 namespace {
@@ -16,6 +18,11 @@ Error unreachable(const std::string& path, const std::string& why) {
   return transport_error(fmt::format(
       "the modem's control socket {}: {}; does qorext_modem run with --control?", path, why));
 }
+
+// A line of the modem's: no answer is longer. Between a command and its answer all together may be
+// as much as the modem lets pile up.
+constexpr size_t kMostLine = size_t{64} << 20;
+constexpr size_t kMostReceived = size_t{256} << 20;
 
 std::string reason() { return errno == EAGAIN ? "the modem does not listen" : strerror(errno); }
 
@@ -54,14 +61,21 @@ bool ModemControl::send_line(const std::string& line) const {
   return true;
 }
 
+std::optional<std::string> ModemControl::take_line() {
+  size_t end = rest_.find('\n', searched_);
+  searched_ = end == std::string::npos ? rest_.size() : 0;
+  if (end == std::string::npos) return std::nullopt;
+  std::string line = rest_.substr(0, end);
+  rest_.erase(0, end + 1);
+  return line;
+}
+
+// A modem that never stops sending is looked at once more after the deadline, as a silent one is.
 Result<std::string> ModemControl::receive_line(Deadline deadline) {
-  for (;;) {
-    size_t end = rest_.find('\n');
-    if (end != std::string::npos) {
-      std::string line = rest_.substr(0, end);
-      rest_.erase(0, end + 1);
-      return line;
-    }
+  for (bool is_late = false;; is_late = deadline.passed()) {
+    if (auto line = take_line()) return *line;
+    if (is_late) return unreachable(path_, "no answer in time");
+    if (rest_.size() > kMostLine) return unreachable(path_, "the answer's line has no end");
     pollfd entries[] = {{socket_.get(), POLLIN, 0}, {interrupt_fd_, POLLIN, 0}};
     int ready = poll(entries, std::size(entries), deadline.remaining_ms());
     if (ready == 0) return unreachable(path_, "no answer in time");
@@ -76,13 +90,20 @@ Result<std::string> ModemControl::receive_line(Deadline deadline) {
 
 Result<Json> ModemControl::call(const Json& command, Deadline deadline) {
   if (!send_line(command.dump() + "\n")) return unreachable(path_, reason());
+  size_t received = 0;
   for (;;) {
     auto line = receive_line(deadline);
     if (!line) return line.error();
-    Json answer = Json::parse(*line, nullptr, false);
-    if (!answer.is_object()) return unreachable(path_, "the answer is no JSON object: " + *line);
-    if (answer.contains("ok")) return answer;
+    auto [answer, excess] = qmi_json::parse_foreign<Json>(*line);
+    if (excess) return unreachable(path_, std::string("the answer ") + excess);
+    if (!answer.is_object()) {
+      return unreachable(path_, "the answer is no JSON object: " + beginning_of(*line));
+    }
+    if (answer.contains("ok")) return std::move(answer);
     told_.push_back(std::move(answer));
+    received += line->size();
+    if (received > kMostReceived) return unreachable(path_, "the answer does not come");
+    if (deadline.passed()) return unreachable(path_, "no answer in time");
   }
 }
 

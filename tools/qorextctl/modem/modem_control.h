@@ -1,6 +1,7 @@
 // The control socket of the simulated modem: one JSON object a line in, one out.
 #pragma once
 
+#include <optional>
 #include <span>
 #include <string>
 #include <utility>
@@ -49,12 +50,15 @@ class ModemControl {
   ModemControl(UniqueFd socket, std::string path)
       : socket_(std::move(socket)), path_(std::move(path)) {}
   bool send_line(const std::string& line) const;
+  // The next line of those received; nothing while none is whole.
+  std::optional<std::string> take_line();
   Result<std::string> receive_line(Deadline deadline);
 
   UniqueFd socket_;
   std::string path_;
   int interrupt_fd_ = -1;
-  std::string rest_;  // received behind the last line
+  std::string rest_;     // received after the last line
+  size_t searched_ = 0;  // of it, without a line end
   std::vector<Json> told_;
 };
 

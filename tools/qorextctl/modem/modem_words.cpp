@@ -7,6 +7,7 @@
 #include "catalogue/values.h"
 #include "modem/modem_control.h"
 #include "modem/modem_options.h"
+#include "qmi_json/foreign_json.h"
 
 namespace qorextctl {
 
@@ -31,35 +32,51 @@ bool is_text_key(std::string_view key) {
   return std::find(std::begin(kTextKeys), std::end(kTextKeys), key) != std::end(kTextKeys);
 }
 
-Json typed_value(const std::string& key, const std::string& text) {
+Result<Json> typed_value(const std::string& key, const std::string& text) {
   bool structured = !text.empty() && (text.front() == '[' || text.front() == '{');
-  if (is_text_key(key) && !structured) return text;
-  if (auto number = parse_number(text)) return *number;
-  Json parsed = Json::parse(text, nullptr, false);
-  return parsed.is_discarded() ? Json(text) : parsed;
+  if (is_text_key(key) && !structured) return Json(text);
+  if (auto number = parse_number(text)) return Json(*number);
+  auto [parsed, excess] = qmi_json::parse_foreign<Json>(text);
+  if (excess) return usage_error(fmt::format("modem: the value of '{}' {}", key, excess));
+  return parsed.is_discarded() ? Json(text) : std::move(parsed);
 }
 
-// "lte.mcc" names the member mcc of the table lte; false when lte is a value already.
-bool put(Json& object, const std::string& path, const std::string& text) {
-  if (!object.is_object() && !object.is_null()) return false;
-  size_t dot = path.find('.');
-  if (dot != std::string::npos) return put(object[path.substr(0, dot)], path.substr(dot + 1), text);
-  object[path] = typed_value(path, text);
-  return true;
+// "lte.mcc" names the member mcc of the table lte. Null when lte is a value already.
+Json* member_at(Json& object, std::string_view path) {
+  Json* place = &object;
+  for (;;) {
+    if (!place->is_object() && !place->is_null()) return nullptr;
+    size_t dot = path.find('.');
+    place = &(*place)[std::string(path.substr(0, dot))];
+    if (dot == std::string_view::npos) return place;
+    path.remove_prefix(dot + 1);
+  }
 }
 
-Error wrong_pair(const std::string& word) {
-  return usage_error(fmt::format("modem: '{}' is not key=value", word));
+Error wrong_pair(const std::string& word, std::string_view what) {
+  return usage_error(fmt::format("modem: '{}' {}", beginning_of(word), what));
+}
+
+std::optional<Error> add_pair(Json& object, const std::string& word) {
+  size_t equals = word.find('=');
+  if (equals == std::string::npos || equals == 0) return wrong_pair(word, "is not key=value");
+  std::string path = json_key(word.substr(0, equals));
+  auto dots = static_cast<size_t>(std::count(path.begin(), path.end(), '.'));
+  if (dots >= qmi_json::kMostLevels) {
+    return wrong_pair(word, fmt::format("has more than {} levels", qmi_json::kMostLevels));
+  }
+  auto value = typed_value(path.substr(path.rfind('.') + 1), word.substr(equals + 1));
+  if (!value) return value.error();
+  Json* member = member_at(object, path);
+  if (!member) return wrong_pair(word, "names a member of what has a value");
+  *member = std::move(*value);
+  return std::nullopt;
 }
 
 // Adds key=value words to the object.
 Result<Json> with_pairs(Json object, Words words) {
   for (const std::string& word : words) {
-    size_t equals = word.find('=');
-    if (equals == std::string::npos || equals == 0) return wrong_pair(word);
-    if (!put(object, json_key(word.substr(0, equals)), word.substr(equals + 1))) {
-      return usage_error(fmt::format("modem: '{}' names a member of what has a value", word));
-    }
+    if (auto error = add_pair(object, word)) return *error;
   }
   return object;
 }
@@ -207,8 +224,9 @@ std::string modem_indication(const std::string& word) {
 Result<Json> modem_command(std::span<const std::string> words) {
   if (words.empty()) return usage_error("modem: no command given (see: qorextctl modem --help)");
   if (words[0].front() == '{') {
-    Json object = Json::parse(words[0], nullptr, false);
-    if (object.is_object() && words.size() == 1) return object;
+    auto [object, excess] = qmi_json::parse_foreign<Json>(words[0]);
+    if (excess) return usage_error(fmt::format("modem: the word in braces {}", excess));
+    if (object.is_object() && words.size() == 1) return std::move(object);
     return usage_error("modem: the word in braces is not one JSON object");
   }
   std::string name = json_key(words[0]);

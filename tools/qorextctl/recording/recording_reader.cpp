@@ -3,8 +3,10 @@
 #include <fstream>
 #include <stdexcept>
 
+#include "base/lines.h"
 #include "frames/personal.h"
 #include "messages/services.h"
+#include "qmi_json/foreign_json.h"
 #include "recording/recording.h"
 #include "recording/recording_format.h"
 
@@ -114,9 +116,10 @@ Recording head_of(const Json& head) {
 }
 
 Json object_of(const std::string& line) {
-  Json object = Json::parse(line, nullptr, false);
+  auto [object, excess] = qmi_json::parse_foreign<Json>(line);
+  if (excess) throw BadLine(excess);
   if (!object.is_object()) throw BadLine("is no JSON object");
-  return object;
+  return std::move(object);
 }
 
 void add(Recording& recording, Event event, size_t line) {
@@ -139,8 +142,13 @@ Result<Recording> read_recording(std::istream& file, const std::string& name) {
   Recording recording;
   size_t number = 0;
   try {
-    for (std::string line; std::getline(file, line);) {
+    LineReader lines(file);
+    std::string line;
+    for (auto read = lines.next(line); read != LineReader::Line::none; read = lines.next(line)) {
       ++number;
+      if (read == LineReader::Line::too_long) {
+        throw BadLine(fmt::format("is longer than {} bytes", kMostLineBytes));
+      }
       Json object = object_of(line);
       if (number == 1) {
         recording = head_of(object);

@@ -1,0 +1,47 @@
+#include "foreign_json.h"
+
+namespace qmi_json {
+namespace {
+
+static_assert(kMostLevels == 64 && kMostMembers == 4096, "the texts name them");
+constexpr const char* kTooDeep = "is nested deeper than 64 levels";
+constexpr const char* kTooWide = "has an object of more than 4096 members";
+
+// The position of the string's closing quote, or the text's end.
+size_t end_of_string(std::string_view text, size_t quote) {
+  size_t at = quote + 1;
+  while (at < text.size() && text[at] != '"') at += text[at] == '\\' ? 2 : 1;
+  return at;
+}
+
+}  // namespace
+
+// Brackets and colons of a text that is not JSON are counted too: the library would give up before.
+const char* excess_of(std::string_view json) {
+  size_t members[kMostLevels + 1] = {};
+  size_t level = 0;
+  for (size_t at = 0; at < json.size(); ++at) {
+    switch (json[at]) {
+      case '"':
+        at = end_of_string(json, at);
+        break;
+      case '[':
+      case '{':
+        if (level == kMostLevels) return kTooDeep;
+        members[++level] = 0;
+        break;
+      case ']':
+      case '}':
+        if (level > 0) --level;
+        break;
+      case ':':
+        if (++members[level] > kMostMembers) return kTooWide;
+        break;
+      default:
+        break;
+    }
+  }
+  return nullptr;
+}
+
+}  // namespace qmi_json
