@@ -81,5 +81,13 @@ TEST_F(Footprint, NeedsLessThanAMebibyteOfItsOwn) {
   EXPECT_LT(size, kMostPrivateMemory);
 }
 
+// In 256 MiB of addresses, most of them the libraries'.
+TEST(DecodeFootprint, DoesNotGrowWithALineWithoutEnd) {
+  CommandResult result = run_command(
+      "ulimit -v 262144; head -c 600000000 /dev/zero | tr '\\0' x | $BIN/qorextctl decode");
+  EXPECT_EQ(result.status, 2);
+  EXPECT_EQ(result.errors, "qorextctl: decode: line 1: is longer than 1048576 bytes, skipped\n");
+}
+
 }  // namespace
 }  // namespace e2e

@@ -6,6 +6,7 @@
 #include <fstream>
 #include <iostream>
 
+#include "base/lines.h"
 #include "frames/personal.h"
 #include "log/log_reader.h"
 
@@ -28,8 +29,8 @@ std::optional<FrameKind> told(InputKind as) {
 
 class Decoder {
  public:
-  Decoder(const DecodeOptions& options, bool show_personal, Printer& printer)
-      : as_(options.as), show_personal_(show_personal), printer_(printer) {}
+  Decoder(InputKind as, bool show_personal, Printer& printer)
+      : as_(as), show_personal_(show_personal), printer_(printer) {}
 
   Outcome frame(const std::string& text) {
     auto bytes = parse_hex(text);
@@ -54,6 +55,13 @@ class Decoder {
     if (told(as_)) return is_blank(line) ? Outcome::success : frame(line);
     auto bytes = parse_hex(without_end(line));
     return bytes && !bytes->empty() ? frame(without_end(line)) : log_line(line);
+  }
+
+  // Also what it may have said of the next line's bytes is lost.
+  Outcome skipped_line() {
+    ++line_;
+    reader_.forget();
+    return complain(fmt::format("is longer than {} bytes, skipped", kMostLineBytes));
   }
 
  private:
@@ -85,21 +93,28 @@ class Decoder {
   size_t line_ = 0;  // 0: not reading lines
 };
 
-Outcome decode_lines(Decoder& decoder, std::istream& input) {
+}  // namespace
+
+Outcome decode_lines(std::istream& input, InputKind as, bool show_personal, Printer& printer) {
+  Decoder decoder(as, show_personal, printer);
+  LineReader lines(input);
   Outcome worst = Outcome::success;
-  for (std::string line; std::getline(input, line);) worst = std::max(worst, decoder.line(line));
+  std::string line;
+  for (auto read = lines.next(line); read != LineReader::Line::none; read = lines.next(line)) {
+    bool is_whole = read == LineReader::Line::whole;
+    worst = std::max(worst, is_whole ? decoder.line(line) : decoder.skipped_line());
+  }
   return worst;
 }
 
-}  // namespace
-
 Outcome decode_input(const std::vector<std::string>& words, const DecodeOptions& options,
                      bool show_personal, Printer& printer) {
-  Decoder decoder(options, show_personal, printer);
-  if (!words.empty()) return decoder.frame(fmt::format("{}", fmt::join(words, "")));
-  if (options.input == "-") return decode_lines(decoder, std::cin);
+  if (!words.empty()) {
+    return Decoder(options.as, show_personal, printer).frame(fmt::to_string(fmt::join(words, "")));
+  }
+  if (options.input == "-") return decode_lines(std::cin, options.as, show_personal, printer);
   std::ifstream file(options.input);
-  if (file) return decode_lines(decoder, file);
+  if (file) return decode_lines(file, options.as, show_personal, printer);
   printer.error(usage_error(
       fmt::format("decode: cannot read '{}': give a file that you may read", options.input)));
   return Outcome::usage;

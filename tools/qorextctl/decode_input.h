@@ -1,6 +1,7 @@
 // Frames and logs that were recorded elsewhere.
 #pragma once
 
+#include <istream>
 #include <string>
 #include <vector>
 
@@ -14,5 +15,8 @@ namespace qorextctl {
 // as they are.
 Outcome decode_input(const std::vector<std::string>& words, const DecodeOptions& options,
                      bool show_personal, Printer& printer);
+
+// The same of lines from a stream.
+Outcome decode_lines(std::istream& input, InputKind as, bool show_personal, Printer& printer);
 
 }  // namespace qorextctl

@@ -113,6 +113,47 @@ TEST_F(DecodeInput, LinesOfHexAreFrames) {
             "reply unknown (0x050506): obsolete or not supported\n");
 }
 
+constexpr size_t kTooLong = (1 << 20) + 1;
+
+TEST_F(DecodeInput, ALineWithoutEndIsSkippedWithOneWarning) {
+  std::string tag = "E/RIL-QOREXT( 1): ";
+  std::string long_line = tag + "isSpcChanged = 0, (246810 ~ 246810)" + std::string(kTooLong, 'x');
+  EXPECT_EQ(lines("first\n" + long_line + "\nsecond\n" + long_line), Outcome::usage);
+  EXPECT_EQ(out_.str(), "first\nsecond\n");
+  EXPECT_EQ(err_.str(),
+            "qorextctl: decode: line 2: is longer than 1048576 bytes, skipped\n"
+            "qorextctl: decode: line 4: is longer than 1048576 bytes, skipped\n");
+}
+
+TEST_F(DecodeInput, AFrameWithoutEndIsSkippedToo) {
+  EXPECT_EQ(lines(std::string(kTooLong, 'A') + "\n01050019 00000000\n"), Outcome::usage);
+  EXPECT_EQ(out_.str(), "request silent-reboot (0x050019)\n");
+}
+
+TEST_F(DecodeInput, ALineOfTheGreatestLengthIsShown) {
+  std::string line(kTooLong - 1, 'x');
+  EXPECT_EQ(lines(line + "\n" + line), Outcome::success);
+  EXPECT_EQ(out_.str(), line + "\n" + line + "\n");
+  EXPECT_EQ(err_.str(), "");
+}
+
+// The skipped line may have been the one that says what the dump is.
+TEST_F(DecodeInput, ADumpAfterASkippedLineIsMaskedWholly) {
+  std::string tag = "E/RIL-QOREXT( 1): ";
+  EXPECT_EQ(lines(tag + "Dumping modem response for QMI_TUNER_REQ_V01...\n" + tag +
+                  std::string(kTooLong, 'x') + "\n" + tag + "HexDump: Data 020000000A0B\n"),
+            Outcome::usage);
+  EXPECT_EQ(out_.str(), tag + "Dumping modem response for QMI_TUNER_REQ_V01...\n" + tag +
+                            "HexDump: Data ************\n");
+}
+
+TEST_F(DecodeInput, ALogOfCountlessThreadsIsMaskedRatherThanRemembered) {
+  std::string log = "E/RIL-QOREXT( 1): Dumping modem response for QMI_TUNER_REQ_V01...\n";
+  for (int i = 2; i < 2000; ++i) log += "E/RIL-QOREXT(" + std::to_string(i) + "): x\n";
+  lines(log + "E/RIL-QOREXT( 1): HexDump: Data 020000000A0B\n");
+  EXPECT_TRUE(out_.str().ends_with("HexDump: Data ************\n"));
+}
+
 TEST_F(DecodeInput, ALogIsShownWithWhatItHolds) {
   EXPECT_EQ(lines(kLog), Outcome::success);
   EXPECT_EQ(out_.str(),

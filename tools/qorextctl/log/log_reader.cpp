@@ -17,6 +17,9 @@ constexpr std::string_view kDumpText = "HexDump: Data ";
 constexpr std::string_view kItemText = "NV Read ";
 constexpr std::string_view kItemDigits = "grde - ";
 
+// Threads that a log's state is kept of: many times what a phone's daemon ever has.
+constexpr size_t kMostSources = 1024;
+
 // The line in front of a hex dump.
 struct Announcement {
   std::string_view text;
@@ -166,6 +169,7 @@ std::string masked_text(const DaemonLine& line) {
 LogEntry LogReader::read(const std::string& line) {
   auto parsed = parse_daemon_line(line);
   if (!parsed) return {line, std::nullopt};
+  if (states_.size() >= kMostSources && !states_.contains(parsed->source)) forget();
   State& state = states_[std::string(parsed->source)];
   if (starts_with(parsed->text, kDumpText)) {
     LogEntry entry = read_dump(state, *parsed);

@@ -20,6 +20,9 @@ class LogReader {
  public:
   LogEntry read(const std::string& line);
 
+  // After a line that could not be read: of no dump is anything known then.
+  void forget() { states_.clear(); }
+
   // Of one process or thread.
   struct State {
     Dump dump = Dump::unknown;
