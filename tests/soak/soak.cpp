@@ -204,7 +204,7 @@ void Soak::check_end() {
   auto status = daemon_->wait_exit(Deadline::in(kPatience));
   EXPECT_EQ(status ? describe(*status) : "still running", "exit status 0");
   daemon_->replies().read_available();
-  EXPECT_EQ(as_hex(daemon_->replies().pending()), "");
+  EXPECT_EQ(as_hex(daemon_->replies().take_all()), "");
 }
 
 Bytes Soak::current_log() const {

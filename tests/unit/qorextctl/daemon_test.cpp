@@ -40,6 +40,33 @@ TEST_F(DaemonStart, ItGetsThreePipesAndItsInstanceAndNothingElse) {
   EXPECT_EQ(lines[4], "request 18");
 }
 
+TEST_F(DaemonStart, OfALogLineWithoutEndNothingIsKept) {
+  auto daemon = start("much");
+  ASSERT_TRUE(daemon->send(kRequest));
+  ASSERT_TRUE(daemon->receive_reply(ReplyForm::cdma, soon()));
+  daemon->close_requests();
+  ASSERT_TRUE(daemon->log().wait_end(soon()));
+  auto lines = daemon->log().lines();
+  ASSERT_EQ(lines.size(), 4U);
+  EXPECT_EQ(lines[1], "(a line of more than 65536 bytes)");
+  EXPECT_EQ(lines[2], "short");
+  EXPECT_EQ(lines[3], "(a line of more than 65536 bytes)");
+}
+
+TEST_F(DaemonStart, WhatIsReadAndNotTakenStaysBounded) {
+  auto daemon = start("flood-garbage");
+  ASSERT_TRUE(daemon->send(kRequest));
+  FramePipe& pipe = daemon->unsolicited();
+  Deadline deadline = soon();
+  while (pipe.poll_fd() >= 0 && !deadline.passed()) pipe.read_available();
+  EXPECT_EQ(pipe.poll_fd(), -1);
+  EXPECT_FALSE(pipe.ended());
+  EXPECT_LT(pipe.pending().size(), 17U << 20);
+  pipe.take_all();
+  EXPECT_GE(pipe.poll_fd(), 0);
+  daemon->process().signal(SIGKILL);
+}
+
 TEST_F(DaemonStart, ItEndsWhenItsRequestPipeIsClosed) {
   auto daemon = start("answer");
   EXPECT_FALSE(daemon->wait_exit(Deadline::in_seconds(0.02)));

@@ -143,6 +143,37 @@ TEST_F(ExchangeWith, AConditionIsWaitedForWhileFramesAreShown) {
   EXPECT_FALSE(exchange_->wait_until([] { return false; }, Deadline::in_seconds(0.02)));
 }
 
+// What the machine may add to a wait when it is busy.
+constexpr double kMostLate = 3;
+
+TEST_F(ExchangeWith, AFloodOfUnsolicitedBytesEndsWithTheTimeout) {
+  for (const char* mode : {"flood-frames", "flood-garbage"}) {
+    Deadline most = Deadline::in_seconds(0.1 + kMostLate);
+    EXPECT_EQ(run(mode, {"get-ddtm"}, 0.1), Outcome::transport);
+    EXPECT_FALSE(most.passed()) << mode;
+    EXPECT_NE(err_.str().find("no reply to get-ddtm within 0.1 s"), std::string::npos);
+    EXPECT_FALSE(exchange_->wait_until([] { return false; }, Deadline::in_seconds(0.1)));
+    EXPECT_EQ(exchange_->finish(false), Outcome::transport);
+    exchange_.reset();
+    daemon_.reset();
+    EXPECT_FALSE(most.passed()) << mode;
+    err_.str("");
+    out_.str("");
+  }
+}
+
+TEST_F(ExchangeWith, AFloodOfRepliesEndsWithTheTimeoutAndIsNotKept) {
+  EXPECT_EQ(run("flood-replies", {"set-ddtm", "ddtm=1"}, 0.2), Outcome::success);
+  Deadline most = Deadline::in_seconds(0.5 + kMostLate);
+  EXPECT_FALSE(exchange_->wait_until([] { return false; }, Deadline::in_seconds(0.5)));
+  EXPECT_LE(daemon_->replies().pending().size(), 2 * kMostFrameBytes);
+  EXPECT_EQ(exchange_->finish(false), Outcome::transport);
+  EXPECT_FALSE(most.passed());
+  EXPECT_NE(err_.str().find("bytes that no request asked for: FFFF"), std::string::npos);
+  EXPECT_NE(err_.str().find(" more\n"), std::string::npos);
+  EXPECT_LT(err_.str().size(), 1000U);
+}
+
 TEST_F(ExchangeWith, AnInterruptionEndsTheWait) {
   auto interrupt = make_pipe();
   ASSERT_EQ(write(interrupt->write.get(), "x", 1), 1);

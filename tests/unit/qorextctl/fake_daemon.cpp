@@ -90,6 +90,32 @@ void notify(const Channels& channels, const Bytes& request) {
   answer(channels, request);
 }
 
+// Never stops, whether or not the parent has gone on.
+[[noreturn]] void flood(int fd, uint8_t byte) {
+  Bytes bytes(1 << 20, byte);
+  for (;;) put(fd, bytes);
+}
+
+void flood_frames(const Channels& channels, const Bytes& /*request*/) {
+  flood(channels.unsolicited, 0);
+}
+
+void flood_garbage(const Channels& channels, const Bytes& /*request*/) {
+  flood(channels.unsolicited, 0xFF);
+}
+
+void flood_replies(const Channels& channels, const Bytes& request) {
+  answer(channels, request);
+  flood(channels.replies, 0xFF);
+}
+
+// Lines of the log as long as they come.
+void say_much(const Channels& channels, const Bytes& request) {
+  say("E/RIL-QOREXT(1): " + std::string(200'000, 'x'));
+  say(std::string(200'000, 'y') + "\nshort\n" + std::string(100'000, 'z'));
+  answer(channels, request);
+}
+
 // What the parent gave: the instance, the environment, the open descriptors beside 0, 1 and 2.
 void tell_start(const Channels& channels, const Bytes& request) {
   std::string open;
@@ -119,6 +145,10 @@ constexpr Mode kModes[] = {
     {"end", end},
     {"notify", notify},
     {"start", tell_start},
+    {"flood-frames", flood_frames},
+    {"flood-garbage", flood_garbage},
+    {"flood-replies", flood_replies},
+    {"much", say_much},
 };
 
 const Mode* chosen_mode() {

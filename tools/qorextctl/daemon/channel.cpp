@@ -3,12 +3,17 @@
 #include <poll.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 
 namespace qorextctl {
 
+using namespace std::chrono_literals;
+
 void FramePipe::read_available() {
-  while (!ended_ && readable(Deadline::in(std::chrono::milliseconds(0)))) read_once();
+  constexpr size_t kPipeSize = 65536;
+  size_t enough = std::min(pending().size() + kPipeSize, kMostPending);
+  while (!ended_ && pending().size() < enough && readable(Deadline::in(0ms))) read_once();
 }
 
 bool FramePipe::readable(Deadline deadline) const {

@@ -37,10 +37,12 @@ class FramePipe {
 
   int fd() const { return input_.get(); }
   bool ended() const { return ended_; }
-  // -1, which poll() passes over, once the other end has closed the pipe.
-  int poll_fd() const { return ended_ ? -1 : input_.get(); }
+  // -1, which poll() skips, once the other end has closed the pipe, and while so much has been read
+  // and not taken that nothing more is read.
+  int poll_fd() const { return ended_ || is_full() ? -1 : input_.get(); }
 
-  // Reads what is there without waiting.
+  // Reads what is there without waiting, at most as much as a pipe holds: who writes all the time
+  // keeps nobody here.
   void read_available();
   // The next whole frame of those read already.
   template <class SizeOf>
@@ -50,10 +52,13 @@ class FramePipe {
   template <class SizeOf>
   Received receive(SizeOf size_of, Deadline deadline);
 
-  const Bytes& pending() const { return buffer_.pending(); }
+  View pending() const { return buffer_.pending(); }
   Bytes take_all() { return buffer_.take_all(); }
 
  private:
+  static constexpr size_t kMostPending = size_t{16} << 20;
+
+  bool is_full() const { return pending().size() >= kMostPending; }
   bool readable(Deadline deadline) const;
   void read_once();
 

@@ -14,6 +14,12 @@ namespace {
 
 constexpr size_t kMostRead = 65536;
 
+// The log library cuts its lines after some kilobytes. No part of a longer line is kept: without
+// the head it would be nobody's line, and not be masked as the daemon's are.
+constexpr size_t kMostLine = 65536;
+constexpr const char* kLongLine = "(a line of more than 65536 bytes)";
+static_assert(kMostLine == 65536, "the text names it");
+
 using std::chrono::nanoseconds;
 
 nanoseconds monotonic_now() { return Deadline::Clock::now().time_since_epoch(); }
@@ -74,6 +80,7 @@ LogCapture::Chunk LogCapture::read_some(const UniqueFd& input, std::span<char> b
 
 void LogCapture::read_all(const UniqueFd& input) {
   std::string rest;
+  bool is_in_long_line = false;
   std::vector<char> buffer(kMostRead);
   Chunk chunk{};
   for (;;) {
@@ -82,11 +89,16 @@ void LogCapture::read_all(const UniqueFd& input) {
     if (chunk.size <= 0) break;
     rest.append(buffer.data(), static_cast<size_t>(chunk.size));
     for (size_t end = rest.find('\n'); end != std::string::npos; end = rest.find('\n')) {
-      add(rest.substr(0, end), chunk.time);
+      if (!is_in_long_line) add(rest.substr(0, end), chunk.time);
+      is_in_long_line = false;
       rest.erase(0, end + 1);
     }
+    if (rest.size() <= kMostLine) continue;
+    if (!is_in_long_line) add(kLongLine, chunk.time);
+    is_in_long_line = true;
+    rest.clear();
   }
-  if (!rest.empty()) add(rest, chunk.time);
+  if (!rest.empty() && !is_in_long_line) add(rest, chunk.time);
   std::lock_guard lock(mutex_);
   ended_ = true;
   changed_.notify_all();

@@ -61,10 +61,23 @@ std::optional<size_t> unsolicited_size(View bytes) {
   return plausible(size_t{load_le(bytes, kUnsolLengthOffset, 4)} + kUnsolOverhead, bytes);
 }
 
+// What has been taken is moved over when it is the larger part: each byte once or twice at most.
+void FrameBuffer::append(View bytes) {
+  if (start_ > bytes_.size() / 2) {
+    bytes_.erase(bytes_.begin(), bytes_.begin() + static_cast<ptrdiff_t>(start_));
+    start_ = 0;
+  }
+  bytes_.insert(bytes_.end(), bytes.begin(), bytes.end());
+}
+
 Bytes FrameBuffer::take_bytes(size_t size) {
-  auto end = bytes_.begin() + static_cast<ptrdiff_t>(size);
-  Bytes frame(bytes_.begin(), end);
-  bytes_.erase(bytes_.begin(), end);
+  View taken = pending().first(size);
+  Bytes frame(taken.begin(), taken.end());
+  start_ += size;
+  if (start_ == bytes_.size()) {
+    bytes_.clear();
+    start_ = 0;
+  }
   return frame;
 }
 

@@ -52,22 +52,23 @@ std::optional<size_t> unsolicited_size(View bytes);
 // Bytes as they came from a pipe, in pieces of any size.
 class FrameBuffer {
  public:
-  void append(View bytes) { bytes_.insert(bytes_.end(), bytes.begin(), bytes.end()); }
-  const Bytes& pending() const { return bytes_; }
+  void append(View bytes);
+  View pending() const { return View(bytes_).subspan(start_); }
 
   // Takes the first frame out; nothing while it is not whole. `size_of` is one of the two above.
   template <class SizeOf>
   std::optional<Bytes> take(SizeOf size_of) {
-    std::optional<size_t> size = size_of(View(bytes_));
-    if (!size || *size > bytes_.size() || *size == 0) return std::nullopt;
+    std::optional<size_t> size = size_of(pending());
+    if (!size || *size > pending().size() || *size == 0) return std::nullopt;
     return take_bytes(*size);
   }
-  Bytes take_all() { return take_bytes(bytes_.size()); }
+  Bytes take_all() { return take_bytes(pending().size()); }
 
  private:
   Bytes take_bytes(size_t size);
 
   Bytes bytes_;
+  size_t start_ = 0;  // of what has not been taken
 };
 
 }  // namespace qorextctl

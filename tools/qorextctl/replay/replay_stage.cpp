@@ -39,9 +39,9 @@ std::optional<Error> ReplayStage::open(const Options& options, Printer& printer)
 
 bool ReplayStage::wait(const std::function<bool()>& done, int most_ms) {
   Deadline deadline = Deadline::in_seconds(seconds_);
-  for (;;) {
+  for (bool is_late = false;; is_late = deadline.passed()) {
     if (done()) return true;
-    if (interrupted_ || has_ended()) return false;
+    if (interrupted_ || has_ended() || is_late) return false;
     pollfd entries[] = {{modem_->fd(), POLLIN, 0},
                         {daemon_->replies().poll_fd(), POLLIN, 0},
                         {daemon_->unsolicited().poll_fd(), POLLIN, 0},

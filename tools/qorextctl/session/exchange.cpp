@@ -3,9 +3,13 @@
 #include <fmt/format.h>
 #include <poll.h>
 
+#include <csignal>
+
 namespace qorextctl {
 
 namespace {
+
+constexpr ptrdiff_t kMostDroppedShown = 64;
 
 std::string named_or_id(const Expected& expected) {
   return expected.request ? expected.request->name : fmt::format("0x{:X}", expected.id);
@@ -13,15 +17,17 @@ std::string named_or_id(const Expected& expected) {
 
 }  // namespace
 
-// Handles what comes until `done` says so or `extra_fd` is readable (true), or until the daemon has
-// ended, the user wants an end or the time has passed (false). Asks `done` again after `most_ms`.
+// Handles what comes, also where it never stops coming, until `done` says so or `extra_fd` is
+// readable (true), or until the daemon has ended, the user wants an end or the time has passed
+// (false). Asks `done` again after `most_ms`.
 template <class Done>
 bool Exchange::pump(Done done, int extra_fd, const Deadline* deadline, int most_ms) {
-  for (;;) {
+  for (bool is_late = false;; is_late = deadline && deadline->passed()) {
     print_unsolicited();
     print_late();
     if (done()) return true;
-    if (over()) return false;
+    if (over() || is_late) return false;
+    drop_flood();
     pollfd entries[] = {{daemon_.replies().poll_fd(), POLLIN, 0},
                         {daemon_.unsolicited().poll_fd(), POLLIN, 0},
                         {extra_fd, POLLIN, 0},
@@ -66,14 +72,28 @@ void Exchange::print_late() {
   }
 }
 
+// More than a reply ever has, and nobody has taken it for one.
+void Exchange::drop_flood() {
+  if (daemon_.replies().pending().size() <= kMostFrameBytes) return;
+  Bytes strays = daemon_.replies().take_all();
+  tell(FrameKind::reply, strays);
+  if (!dropped_) first_dropped_ = {strays.begin(), strays.begin() + kMostDroppedShown};
+  dropped_ += strays.size();
+}
+
 void Exchange::report_strays() {
   daemon_.replies().read_available();
   print_late();
   Bytes strays = daemon_.replies().take_all();
-  if (strays.empty()) return;
-  tell(FrameKind::reply, strays);
-  printer_.error(
-      {Outcome::refused, fmt::format("bytes that no request asked for: {}", to_hex(strays))});
+  if (!strays.empty()) tell(FrameKind::reply, strays);
+  std::string text = to_hex(strays);
+  if (dropped_ != 0) {
+    text = fmt::format("{}, and {} more", to_hex(first_dropped_),
+                       dropped_ - first_dropped_.size() + strays.size());
+    dropped_ = 0;
+  }
+  if (text.empty()) return;
+  printer_.error({Outcome::refused, "bytes that no request asked for: " + text});
 }
 
 Outcome Exchange::run(View request, const Request* named) {
@@ -165,6 +185,7 @@ Outcome Exchange::finish(bool print_exit) {
   if (!status) {
     printer_.error(
         transport_error(fmt::format("the daemon still runs {} s after its end", timeout_)));
+    daemon_.process().signal(SIGTERM);  // nothing is waited for any more, nor its log's end
     return Outcome::transport;
   }
   if (print_exit) printer_.daemon_exit(*status);

@@ -61,6 +61,7 @@ class Exchange {
   void no_reply(const Expected& expected, bool second);
   void owe(const Expected& expected, bool second);
   void print_late();
+  void drop_flood();
   void report_strays();
   template <class Done>
   bool pump(Done done, int extra_fd, const Deadline* deadline, int most_ms = -1);
@@ -73,6 +74,8 @@ class Exchange {
   bool interrupted_ = false;
   size_t unsolicited_ = 0;        // not counted by a wait
   std::optional<Expected> owed_;  // the last one that nobody waits for any more
+  size_t dropped_ = 0;            // bytes of the reply pipe, not reported yet
+  Bytes first_dropped_;
 };
 
 }  // namespace qorextctl

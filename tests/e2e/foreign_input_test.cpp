@@ -1,0 +1,114 @@
+// Input that is deep, long or never ends, given to the tool's executable.
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <chrono>
+#include <filesystem>
+#include <fstream>
+
+#include "command.h"
+#include "fake_modem.h"
+#include "phone_root.h"
+
+namespace e2e {
+namespace {
+
+using std::chrono::steady_clock;
+using testing::HasSubstr;
+
+constexpr size_t kMany = 200'000;
+// What the machine may add to the waits when it is busy.
+constexpr auto kMostLate = std::chrono::seconds(8);
+
+class ForeignInput : public testing::Test {
+ protected:
+  std::string file(const std::string& name, const std::string& text) const {
+    std::string path = folder_.folder() + "/" + name;
+    std::ofstream(path, std::ios::binary) << text;
+    return path;
+  }
+
+  // A daemon that writes zeros to the descriptor which its argument names, without end.
+  std::string flood(const std::string& argument) const {
+    std::string path =
+        file("flood", "#!/bin/sh\nexec cat /dev/zero >/proc/self/fd/" + argument + "\n");
+    std::filesystem::permissions(path, std::filesystem::perms::owner_all);
+    return path;
+  }
+
+  PhoneRoot folder_;
+};
+
+const std::string kDeep = std::string(kMany, '[') + std::string(kMany, ']');
+
+TEST_F(ForeignInput, ADeepRecordingIsOneErrorAndStatus2) {
+  std::string head = R"({"type":"recording","version":1,"started":"","instance":0,"masked":false})"
+                     "\n";
+  std::string frame = R"({"type":"frame","time":1,"kind":"reply","hex":"**","fields":)";
+  std::string path = file("deep.jsonl", head + frame + kDeep + "}\n");
+  for (const char* verb : {"replay ", "trace "}) {
+    CommandResult result = run_command(std::string("$BIN/qorextctl ") + verb + path);
+    EXPECT_EQ(result.status, 2) << verb;
+    EXPECT_EQ(result.errors, "qorextctl: " + path + ": line 2: is nested deeper than 64 levels\n");
+  }
+}
+
+TEST_F(ForeignInput, ADeepRecordIsOneErrorAndStatus2) {
+  std::string path = file("deep.json", "{\"fields\":" + kDeep + "}");
+  CommandResult result = run_command("$BIN/qorextctl request set-nam spc=000000 json=" + path);
+  EXPECT_EQ(result.status, 2);
+  EXPECT_EQ(lines_of(result.errors).size(), 1U);
+  EXPECT_THAT(result.errors, HasSubstr("the record is nested deeper than 64 levels"));
+}
+
+TEST_F(ForeignInput, ADeepAnswerOfAControlSocketIsOneErrorAndStatus3) {
+  qorextctl::FakeModem modem(R"({"ok":true,"state":)" + kDeep + "}\n");
+  CommandResult result = run_command("$BIN/qorextctl --control " + modem.path() + " modem state");
+  EXPECT_EQ(result.status, 3);
+  EXPECT_EQ(lines_of(result.errors).size(), 1U);
+  EXPECT_THAT(result.errors, HasSubstr("the answer is nested deeper than 64 levels"));
+}
+
+TEST_F(ForeignInput, DeepWordsAreOneErrorEachAndTheSessionGoesOn) {
+  std::string path;
+  for (size_t i = 0; i < kMany; ++i) path += "a.";
+  std::string input = file(
+      "session", "modem set lte=" + kDeep + "\nmodem set " + path + "a=1\nnv-read rde-id=28\n");
+  CommandResult result = run_command("$BIN/qorextctl session <" + input);
+  EXPECT_EQ(result.status, 2);
+  EXPECT_EQ(lines_of(result.errors).size(), 2U) << result.errors.substr(0, 1000);
+  EXPECT_THAT(result.output, HasSubstr("nv-read (0x02000016): success"));
+}
+
+TEST_F(ForeignInput, ALineWithoutEndIsOneWarningAndTheNextOnesAreDecoded) {
+  CommandResult result = run_command(
+      "{ printf 'E/RIL-QOREXT( 1): isSpcChanged = 0, (246810 ~ '; "
+      "head -c 300000000 /dev/zero | tr '\\0' 7; printf '\\n01050019 00000000\\n'; } "
+      "| $BIN/qorextctl decode");
+  EXPECT_EQ(result.status, 2);
+  EXPECT_EQ(result.output, "request silent-reboot (0x050019)\n");
+  EXPECT_EQ(result.errors, "qorextctl: decode: line 1: is longer than 1048576 bytes, skipped\n");
+}
+
+TEST_F(ForeignInput, AFloodOfUnsolicitedFramesEndsWithTheTimeout) {
+  auto start = steady_clock::now();
+  CommandResult result = run_command("$BIN/qorextctl --timeout 0.5 --daemon-program " +
+                                     flood("$3") + " request get-nam >/dev/null");
+  EXPECT_LT(steady_clock::now() - start, kMostLate);
+  EXPECT_EQ(result.status, 3);
+  EXPECT_THAT(result.errors, HasSubstr("no reply to get-nam within 0.5 s"));
+}
+
+TEST_F(ForeignInput, AFloodOfRepliesEndsWithTheTimeout) {
+  std::string input = file("session", "wait-unsol 1 0.5\n");
+  auto start = steady_clock::now();
+  CommandResult result = run_command("$BIN/qorextctl --timeout 0.5 --daemon-program " +
+                                     flood("$2") + " session <" + input);
+  EXPECT_LT(steady_clock::now() - start, kMostLate);
+  EXPECT_EQ(result.status, 3);
+  EXPECT_THAT(result.errors, HasSubstr("0 of 1 unsolicited frames came within 0.5 s"));
+  EXPECT_LT(result.errors.size(), 20000U);
+}
+
+}  // namespace
+}  // namespace e2e
