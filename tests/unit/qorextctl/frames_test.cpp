@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <chrono>
+
 #include "frames/expected_reply.h"
 
 namespace qorextctl {
@@ -53,6 +55,21 @@ void expect_split(const Bytes& first, const Bytes& second, SizeOf size_of) {
     EXPECT_EQ(frames[1], second);
     EXPECT_TRUE(buffer.pending().empty());
   }
+}
+
+// Moving the rest after each frame would take a minute.
+TEST(Frames, ManyAreTakenOutOfALargeBufferInShortTime) {
+  constexpr size_t kFrames = 200'000;
+  FrameBuffer buffer;
+  buffer.append(Bytes(kFrames * kUnsolOverhead));
+  auto start = std::chrono::steady_clock::now();
+  size_t taken = 0;
+  while (buffer.take(unsolicited_size)) {
+    if (++taken % 1000 == 0) buffer.append(Bytes(kUnsolOverhead));
+  }
+  EXPECT_EQ(taken, kFrames + kFrames / 1000);
+  EXPECT_TRUE(buffer.pending().empty());
+  EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(5));
 }
 
 TEST(Frames, CdmaRepliesAreSplitWhereverTheReadsCutThem) {

@@ -8,6 +8,7 @@
 #include <cstring>
 
 #include "fake_modem.h"
+#include "modem/modem_wait.h"
 
 namespace qorextctl {
 namespace {
@@ -95,6 +96,32 @@ TEST(ModemControl, ALineWithoutEndIsNotKept) {
   auto answer = ask(modem);
   ASSERT_FALSE(answer);
   EXPECT_NE(answer.error().message.find("the answer's line has no end"), std::string::npos);
+}
+
+TEST(ModemControl, AnAnswerThatDoesNotSayWhetherItIsOneIsATransportError) {
+  FakeModem modem("{\"ok\":\"yes\"}\n");
+  auto answer = ask(modem);
+  ASSERT_FALSE(answer);
+  EXPECT_EQ(answer.error().outcome, Outcome::transport);
+  EXPECT_NE(answer.error().message.find("the answer's \"ok\" is no flag"), std::string::npos);
+}
+
+TEST(ModemControl, AnAnswerWithoutWhatIsWaitedForIsATransportError) {
+  FakeModem modem("{\"ok\":true}\n");
+  auto control = ModemControl::connect(modem.path());
+  ASSERT_TRUE(control);
+  auto answer = call_to_end(*control, {{"command", "hob_save"}}, 10);
+  ASSERT_FALSE(answer);
+  EXPECT_EQ(answer.error().outcome, Outcome::transport);
+  EXPECT_NE(answer.error().message.find("the modem's answer is not understood"), std::string::npos);
+}
+
+TEST(ModemControl, WordsThatAreNoTextAreSentAllTheSame) {
+  FakeModem modem("{\"ok\":true}\n");
+  auto control = ModemControl::connect(modem.path());
+  ASSERT_TRUE(control);
+  EXPECT_TRUE(control->call({{"command", "a\xFF"}}, Deadline::in_seconds(10)));
+  EXPECT_EQ(modem.asked(), "{\"command\":\"a\xEF\xBF\xBD\"}");
 }
 
 TEST(ModemControl, ASilentModemIsATransportErrorAfterTheDeadline) {

@@ -89,7 +89,8 @@ Result<std::string> ModemControl::receive_line(Deadline deadline) {
 }
 
 Result<Json> ModemControl::call(const Json& command, Deadline deadline) {
-  if (!send_line(command.dump() + "\n")) return unreachable(path_, reason());
+  std::string line_sent = command.dump(-1, ' ', false, Json::error_handler_t::replace) + "\n";
+  if (!send_line(line_sent)) return unreachable(path_, reason());
   size_t received = 0;
   for (;;) {
     auto line = receive_line(deadline);
@@ -99,7 +100,10 @@ Result<Json> ModemControl::call(const Json& command, Deadline deadline) {
     if (!answer.is_object()) {
       return unreachable(path_, "the answer is no JSON object: " + beginning_of(*line));
     }
-    if (answer.contains("ok")) return std::move(answer);
+    if (answer.contains("ok")) {
+      if (!answer["ok"].is_boolean()) return unreachable(path_, "the answer's \"ok\" is no flag");
+      return std::move(answer);
+    }
     told_.push_back(std::move(answer));
     received += line->size();
     if (received > kMostReceived) return unreachable(path_, "the answer does not come");

@@ -24,8 +24,8 @@ Json failed(Json answer, const std::string& why) {
 // The upload as the modem lists it; null when it does not.
 Json find_upload(const Json& answer, const Json& number) {
   if (!answer.contains("uploads")) return nullptr;
-  for (const Json& upload : answer["uploads"]) {
-    if (upload["upload"] == number) return upload;
+  for (const Json& upload : answer.at("uploads")) {
+    if (upload.at("upload") == number) return upload;
   }
   return nullptr;
 }
@@ -36,13 +36,13 @@ Result<Json> wait_for_upload(ModemControl& modem, const Json& begun, double seco
   for (;;) {
     auto listed = modem.call({{"command", "uploads"}}, Deadline::in_seconds(seconds));
     if (!listed) return listed;
-    Json upload = find_upload(*listed, begun["upload"]);
+    Json upload = find_upload(*listed, begun.at("upload"));
     if (!upload.is_object()) return failed(begun, "the modem has forgotten the upload");
-    if (upload["state"] == "failed") return failed(upload, upload["error"]);
+    if (upload.at("state") == "failed") return failed(upload, upload.at("error"));
     upload["ok"] = true;
-    if (upload["state"] == "done") return upload;
-    if (upload["packets"] != sent) deadline = Deadline::in_seconds(seconds);
-    sent = upload["packets"];
+    if (upload.at("state") == "done") return upload;
+    if (upload.at("packets") != sent) deadline = Deadline::in_seconds(seconds);
+    sent = upload.at("packets");
     if (deadline.passed()) {
       return no_progress("no client of the modem's qorext service took a packet", seconds);
     }
@@ -53,12 +53,12 @@ Result<Json> wait_for_upload(ModemControl& modem, const Json& begun, double seco
 // `begun` tells how many answers there were before.
 Result<Json> wait_for_save(ModemControl& modem, const Json& begun, size_t count, double seconds) {
   Deadline deadline = Deadline::in_seconds(seconds);
-  size_t wanted = begun["answers"].get<size_t>() + count;
+  size_t wanted = begun.at("answers").get<size_t>() + count;
   for (;;) {
     auto told = modem.call({{"command", "hob"}}, deadline);
     if (!told) return told;
-    if ((*told)["answers"].get<size_t>() >= wanted) {
-      const Json& states = (*told)["states"];
+    if (told->at("answers").get<size_t>() >= wanted) {
+      const Json& states = told->at("states");
       size_t shown = std::min(count, states.size());
       Json answers(states.end() - static_cast<ptrdiff_t>(shown), states.end());
       bool good = std::all_of(answers.begin(), answers.end(),
@@ -71,9 +71,7 @@ Result<Json> wait_for_save(ModemControl& modem, const Json& begun, size_t count,
   }
 }
 
-}  // namespace
-
-Result<Json> call_to_end(ModemControl& modem, Json command, double timeout_seconds) {
+Result<Json> wait_for_end(ModemControl& modem, Json command, double timeout_seconds) {
   bool wants_end = command.value("wait", true);
   command.erase("wait");
   auto begun = modem.call(command, Deadline::in_seconds(timeout_seconds));
@@ -81,6 +79,16 @@ Result<Json> call_to_end(ModemControl& modem, Json command, double timeout_secon
   if (command["command"] == "kpi") return wait_for_upload(modem, *begun, timeout_seconds);
   if (command["command"] != "hob_save") return begun;
   return wait_for_save(modem, *begun, command.value("count", size_t{1}), timeout_seconds);
+}
+
+}  // namespace
+
+Result<Json> call_to_end(ModemControl& modem, Json command, double timeout_seconds) {
+  try {
+    return wait_for_end(modem, std::move(command), timeout_seconds);
+  } catch (const Json::exception& error) {
+    return transport_error(fmt::format("the modem's answer is not understood: {}", error.what()));
+  }
 }
 
 }  // namespace qorextctl

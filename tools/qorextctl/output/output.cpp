@@ -50,7 +50,10 @@ void Printer::share_screen_with(InputLine* line) {
   input_line_ = line;
 }
 
-void Printer::object(const Json& object) { text(object.dump() + "\n"); }
+void Printer::object(const Json& object) {
+  text(object.dump(-1, ' ', false, Json::error_handler_t::replace) + "\n");
+  ;
+}
 
 void Printer::text(const std::string& text) { write(out_, text); }
 

@@ -83,7 +83,12 @@ void Recorder::add_told(const Json& told) {
 void Recorder::collect() {
   if (!modem_) return;
   auto answer = modem_->call({{"command", "version"}}, Deadline::in_seconds(timeout_seconds_));
-  for (const Json& told : modem_->take_told()) add_told(told);
+  try {
+    for (const Json& told : modem_->take_told()) add_told(told);
+  } catch (const Json::exception& error) {
+    answer =
+        transport_error(fmt::format("what the modem tells is not understood: {}", error.what()));
+  }
   if (answer) return;
   modem_.reset();
   lost_ = transport_error("record: messages may be missing: " + answer.error().message);
