@@ -36,6 +36,17 @@ class Seed:
         return self.front + self.back[::-1]
 
 
+    def stretched(self, *pieces):
+        """Pieces and how often each comes, in the steps of stretched.h."""
+        for piece, times in pieces:
+            self.text(piece).number(STRETCHES.index(times), len(STRETCHES) - 1)
+        return self
+
+
+STRETCHES = [1, 2, 31, 64, 65, 5000, 74300, 200000]
+DEEP = 74300
+
+
 def le16(*values):
     return struct.pack(f"<{len(values)}H", *values)
 
@@ -217,29 +228,48 @@ WORDS = {
     "record": b"{\"mdn\":\"2065550198\",\"scm\":42}",
 }
 
+# Of what a word or a record is made that is deep.
+DEEP_WORDS = {
+    "list": [(b"set lte=", 1), (b"[", 200000), (b"]", 200000)],
+    "path": [(b"set ", 1), (b"a.", 200000), (b"a=1", 1)],
+    "object": [(b"'", 1), (b'{"a":', 74300), (b"1", 1), (b"}", 74300), (b"'", 1)],
+    "record": [(b'{"fields":', 1), (b"[", 200000), (b"]", 200000), (b"}", 1)],
+}
+
 
 def tool_seeds():
     for name, line in WORDS.items():
-        yield name, Seed().number(2, 5).text(line)
+        yield name, Seed().number(2, 9).text(line)
     for name, frame in {
             "cdma": le32(0, 20, 0x0200001D, 232) + bytes(10 + 232 + 2),
             "generic": le32(1, 8, 0x04000401, 8) + le32(0x02C0FFEE) + b"data" + bytes(12)}.items():
-        yield "unsolicited_" + name, Seed().number(1, 5).number(4000, 4096, 1).bytes(frame)
-        yield "decoded_" + name, Seed().number(3, 5).number(0, 2).bytes(frame)
+        yield "unsolicited_" + name, Seed().number(1, 9).number(4000, 4096, 1).bytes(frame)
+        yield "decoded_" + name, Seed().number(3, 9).number(0, 2).bytes(frame)
     for position in range(60):
         reply = le32(0x02000001 + position, 104, 0) + bytes(6) + NAM + bytes(2)
-        seed = Seed().number(0, 5).number(position, 255).number(4000, 4096, 1)
+        seed = Seed().number(0, 9).number(position, 255).number(4000, 4096, 1)
         yield f"reply_{position}", seed.bytes(reply)
     for name, line in {
             "item": b"NV Read 8, length 3, data length 3, grde - 000109",
             "address": b"NV Write with RDE index 25, record number 0, offset 0.",
             "dump": b"HexDump: Data 0D00"}.items():
-        yield "log_" + name, Seed().number(4, 5).text(line)
+        yield "log_" + name, Seed().number(4, 9).text(line)
     for recording in (ROOT / "tests" / "recordings").glob("*.jsonl"):
         events = recording.read_bytes().splitlines()[1:]
         for number in range(0, len(events), 16):
             part = b"\n".join(events[number:number + 16])
-            yield f"{recording.stem}_{number}", Seed().number(5, 5).bytes(part)
+            yield f"{recording.stem}_{number}", Seed().number(5, 9).bytes(part)
+    masked = b'{"type":"frame","time":1,"kind":"reply","hex":"**","fields":'
+    yield "recording_deep", Seed().number(6, 9).stretched(
+        (masked, 1), (b"[", 200000), (b"]", 200000), (b"}\n", 1))
+    yield "recording_long", Seed().number(6, 9).stretched((masked, 1), (b'"",', 200000))
+    for name, pieces in DEEP_WORDS.items():
+        yield "words_deep_" + name, Seed().number(7, 9).stretched(*pieces)
+    secret = b"E/RIL-QOREXT( 1): isSpcChanged = 0, (246810 ~ 246810)"
+    yield "lines_long", Seed().number(8, 9).number(0, 2).stretched(
+        (secret, 1), (b"0123456789abcdef", 74300), (b"\nE/RIL-QOREXT( 1): x\n", 1))
+    yield "lines_of_hex", Seed().number(8, 9).number(2, 2).stretched(
+        (b"0A000002", 200000), (b"\n01050019 00000000\n", 2))
 
 
 LINES = {
@@ -260,10 +290,28 @@ LINES = {
 
 def modem_control_seeds():
     for name, line in LINES.items():
-        yield name, Seed().number(63 if name == "set" else 0, 63).number(0, 3).text(line)
+        yield name, Seed().number(63 if name == "set" else 0, 63).number(0, 4).text(line)
+    deep = b'{"command":"set","state":' + b"[" * DEEP + b"]" * DEEP + b"}"
+    yield "deep", Seed().number(0, 63).number(0, 4).text(deep)
+    yield "deep_objects", Seed().number(0, 63).number(4, 4).stretched(
+        (b'{"command":"set","state":', 1), (b'{"a":', 74300), (b"1", 1), (b"}", 74300), (b"}", 1))
+    yield "long_name", Seed().number(0, 63).number(4, 4).stretched(
+        (b'{"command":"', 1), (b"name", 74300), (b'"}', 1))
     for message in (0x08, 0x09, 0x0A, 0x0F, 0x10, 0x11, 0x13, 0x16, 0x24, 0x44, 0x4F, 0x100, 0x110):
-        seed = Seed().number(0, 63).number(3, 3).number(2, 2).number(7, 1024).bytes(b"\1\4\0\1\0\0\0")
+        seed = Seed().number(0, 63).number(3, 4).number(2, 2).number(7, 1024).bytes(b"\1\4\0\1\0\0\0")
         yield f"packet_{message:x}", seed.number(message, 0x120).flag(False)
+
+
+def scenario_seeds():
+    for scenario in (ROOT / "scenarios").glob("*.toml"):
+        yield scenario.stem, Seed().flag(False).bytes(scenario.read_bytes())
+    for name, pieces in {
+            "deep_key": [(b"a.", 200000), (b"a = 1\n", 1)],
+            "deep_header": [(b"[", 1), (b"a.", 200000), (b"a]\n", 1)],
+            "deep_tables": [(b"a = ", 1), (b"{a.a.a=", 31), (b"1", 1), (b"}", 31)],
+            "deep_lists": [(b"a = ", 1), (b"[", 200000)],
+            "texts": [(b"a = '''", 1), (b"a.", 5000), (b"''''\nb = \"\\\"\"\n", 1)]}.items():
+        yield name, Seed().flag(True).stretched(*pieces)
 
 
 def codec_seeds():
@@ -295,6 +343,7 @@ TARGETS = {
     "nam": plain_seeds(record=NAM),
     "qrtr_transport": transport_seeds(),
     "request": request_seeds(),
+    "scenario": scenario_seeds(),
     "startup": startup_seeds(),
     "tool": tool_seeds(),
     "unix_transport": transport_seeds(),

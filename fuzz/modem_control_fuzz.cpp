@@ -7,6 +7,7 @@
 #include "state/archive.h"
 #include "state/factory.h"
 #include "state/state_keys.h"
+#include "stretched.h"
 
 namespace {
 
@@ -14,7 +15,8 @@ using nlohmann::json;
 
 constexpr size_t kMostSteps = 20;
 constexpr int kStateChecks = 63;  // one input of so many: it is slow
-constexpr size_t kMostLine = 4096;
+constexpr size_t kMostLine = 200'000;
+constexpr size_t kMostStretched = 500'000;
 constexpr size_t kMostPacket = 1024;
 constexpr size_t kMostActions = 50;
 constexpr uint64_t kPeer = 1;
@@ -74,10 +76,15 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   modem::Simulator simulator(factory, 1);
   modem::Control control(simulator);
   for (size_t i = 0; i < kMostSteps && input.remaining_bytes() > 0; ++i) {
-    if (input.ConsumeIntegralInRange(0, 3) == 3) {
-      send_packet(input, simulator);
-    } else {
-      check_line(control, simulator, input.ConsumeRandomLengthString(kMostLine));
+    switch (input.ConsumeIntegralInRange(0, 4)) {
+      case 3:
+        send_packet(input, simulator);
+        break;
+      case 4:
+        check_line(control, simulator, consume_stretched(input, kMostStretched));
+        break;
+      default:
+        check_line(control, simulator, input.ConsumeRandomLengthString(kMostLine));
     }
     take_actions(simulator.device.outbox);
   }

@@ -3,7 +3,9 @@
 
 #include <sstream>
 
+#include "base/lines.h"
 #include "catalogue/nam_record.h"
+#include "decode_input.h"
 #include "frames/arguments.h"
 #include "frames/frames.h"
 #include "frames/personal.h"
@@ -14,6 +16,7 @@
 #include "require.h"
 #include "session/exchange.h"
 #include "session/session.h"
+#include "stretched.h"
 #include "trace/timeline.h"
 
 namespace {
@@ -21,6 +24,8 @@ namespace {
 using namespace qorextctl;
 
 constexpr size_t kMostWords = 512;
+constexpr size_t kMostStretched = 500'000;
+constexpr size_t kMostLines = kMostLineBytes + 100'000;
 
 const Request& drawn_request(FuzzedDataProvider& input) {
   auto all = catalogue();
@@ -100,8 +105,7 @@ bool names_file(const std::vector<std::string>& words) {
                      [](const std::string& word) { return word.starts_with("json"); });
 }
 
-void check_words(FuzzedDataProvider& input) {
-  std::string line = input.ConsumeRandomLengthString(kMostWords);
+void check_words(const std::string& line) {
   auto words = split_line(line);
   if (!words) return;
   if (!names_file(*words)) check_command(*words);
@@ -139,9 +143,30 @@ void check_log(FuzzedDataProvider& input) {
   }
 }
 
+// Lines of any length, decoded: long ones are left out, the others are not.
+void check_lines(FuzzedDataProvider& input) {
+  constexpr InputKind kKinds[] = {InputKind::automatic, InputKind::log, InputKind::reply};
+  auto as = input.PickValueInArray(kKinds);
+  std::string text = consume_stretched(input, kMostLines);
+  std::istringstream count(text);
+  LineReader lines(count);
+  size_t most = 0;
+  size_t bytes = 0;
+  for (std::string line; lines.next(line) != LineReader::Line::none; ++bytes) {
+    most = std::max(most, line.size());
+    bytes += line.size();
+  }
+  FUZZ_REQUIRE(most <= kMostLineBytes && bytes <= text.size() + 1);
+
+  std::istringstream stream(text);
+  std::ostringstream out;
+  std::ostringstream err;
+  Printer printer(out, err, false);
+  decode_lines(stream, as, false, printer);
+}
+
 // A file that says of itself that it is a recording.
-void check_recording(FuzzedDataProvider& input) {
-  std::string events = input.ConsumeRemainingBytesAsString();
+void check_recording(const std::string& events) {
   std::istringstream file(
       R"({"type":"recording","version":1,"started":"","instance":0,"masked":false})"
       "\n" +
@@ -166,7 +191,7 @@ void check_recording(FuzzedDataProvider& input) {
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   FuzzedDataProvider input(data, size);
-  switch (input.ConsumeIntegralInRange(0, 5)) {
+  switch (input.ConsumeIntegralInRange(0, 9)) {
     case 0:
       check_replies(input);
       break;
@@ -180,10 +205,19 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
       check_log(input);
       break;
     case 5:
-      check_recording(input);
+      check_recording(input.ConsumeRemainingBytesAsString());
+      break;
+    case 6:
+      check_recording(consume_stretched(input, kMostStretched));
+      break;
+    case 7:
+      check_words(consume_stretched(input, kMostStretched));
+      break;
+    case 8:
+      check_lines(input);
       break;
     default:
-      check_words(input);
+      check_words(input.ConsumeRandomLengthString(kMostWords));
   }
   return 0;
 }

@@ -1,0 +1,34 @@
+// Scenario files of the simulated modem.
+#include <fuzzer/FuzzedDataProvider.h>
+
+#include "require.h"
+#include "scenario.h"
+#include "state/archive.h"
+#include "state/state_keys.h"
+#include "stretched.h"
+
+namespace {
+
+constexpr size_t kMostText = 500'000;
+
+std::string drawn_text(FuzzedDataProvider& input) {
+  if (input.ConsumeBool()) return consume_stretched(input, kMostText);
+  return input.ConsumeRemainingBytesAsString();
+}
+
+}  // namespace
+
+// A scenario that loads is a state that can be shown; one that does not is one line of error.
+extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
+  FuzzedDataProvider input(data, size);
+  std::string text = drawn_text(input);
+  try {
+    modem::Scenario scenario = modem::read_scenario(text, "file");
+    FUZZ_REQUIRE(modem::Archive::to_json(scenario.state).is_object());
+  } catch (const modem::ScenarioError& error) {
+    std::string what = error.what();
+    FUZZ_REQUIRE(what.starts_with("file:"));
+    FUZZ_REQUIRE(what.find('\n') == std::string::npos);
+  }
+  return 0;
+}
