@@ -63,6 +63,9 @@ TEST(Spelling, TheNearestNameIsFoundUpToTwoMistakes) {
   EXPECT_EQ(nearest("nv-raed", {"nv-write", "nv-read"}), "nv-read");
   EXPECT_EQ(nearest("get-nma", {"get-nam", "set-nam"}), "get-nam");
   EXPECT_EQ(nearest("frobnicate", {"nv-write", "nv-read"}), "");
+  EXPECT_EQ(nearest("nv-re", {"nv-read"}), "nv-read");
+  EXPECT_EQ(nearest("nv-r", {"nv-read"}), "");
+  EXPECT_EQ(nearest(std::string(500'000, 'n'), std::vector<std::string>(1000, "nv-read")), "");
 }
 
 TEST(Deadline, ThePastLeavesNoTime) {

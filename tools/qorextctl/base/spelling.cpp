@@ -30,6 +30,8 @@ std::string nearest(const std::string& name, const std::vector<std::string>& nam
   std::string best;
   size_t least = kMostMistakes + 1;
   for (const std::string& candidate : names) {
+    auto [shorter, longer] = std::minmax({name.size(), candidate.size()});
+    if (longer - shorter >= least) continue;  // each character too many is a mistake
     size_t mistakes = distance(name, candidate);
     if (mistakes >= least) continue;
     best = candidate;

@@ -141,7 +141,8 @@ Error unknown_request(const std::string& name) {
   for (const Request& request : catalogue()) names.emplace_back(request.name);
   std::string near = nearest(name, names);
   std::string hint = near.empty() ? "" : fmt::format("; did you mean '{}'?", near);
-  return usage_error(fmt::format("unknown request '{}'{} (see: qorextctl list)", name, hint));
+  return usage_error(
+      fmt::format("unknown request '{}'{} (see: qorextctl list)", beginning_of(name), hint));
 }
 
 Result<Command> parse_command(std::span<const std::string> words, bool stdin_free) {
@@ -162,7 +163,8 @@ Result<Command> parse_command(std::span<const std::string> words, bool stdin_fre
 Result<Bytes> parse_raw(std::span<const std::string> words) {
   std::string text = fmt::format("{}", fmt::join(words, ""));
   auto bytes = parse_hex(text);
-  if (!bytes) return usage_error(fmt::format("raw: '{}' is not hex (pairs of digits)", text));
+  if (!bytes)
+    return usage_error(fmt::format("raw: '{}' is not hex (pairs of digits)", beginning_of(text)));
   if (bytes->empty()) return usage_error("raw: no bytes given");
   auto checked = bounded(*bytes);
   if (!checked) return usage_error("raw: " + checked.error().message);
