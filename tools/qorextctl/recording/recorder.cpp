@@ -87,7 +87,7 @@ void Recorder::collect() {
     for (const Json& told : modem_->take_told()) add_told(told);
   } catch (const Json::exception& error) {
     answer =
-        transport_error(fmt::format("what the modem tells is not understood: {}", error.what()));
+        transport_error(fmt::format("what the modem reports is not understood: {}", error.what()));
   }
   if (answer) return;
   modem_.reset();
