@@ -15,11 +15,36 @@ const uint8_t* bytes_of(const std::string& characters) {
   return reinterpret_cast<const uint8_t*>(characters.data());
 }
 
+// Characters as received are any bytes.
+const std::string kRawCode(
+    "\0"
+    "2\0"
+    "45\xFF",
+    6);
+const std::string kRawNewCode(
+    "6\0"
+    "4\0"
+    "\0"
+    "1",
+    6);
+const std::string kRawAkey(
+    "\0"
+    "BC\0"
+    "EFGHIJKLMNOPQRSTUV\xFF"
+    "XY\0",
+    26);
+
 int write_akey() {
   return qcril_qmi_nas_qor_cdma_validate_and_write_akey(bytes_of(kCode), bytes_of(kAkey), 26);
 }
 int write_spc() { return qor_qmi_sprint_write_spc(bytes_of(kCode), bytes_of(kNewCode)); }
 int verify_lock() { return verify_subsidy_lock(bytes_of(kCode)); }
+
+int write_raw_akey() {
+  return qcril_qmi_nas_qor_cdma_validate_and_write_akey(bytes_of(kRawCode), bytes_of(kRawAkey), 26);
+}
+int write_raw_spc() { return qor_qmi_sprint_write_spc(bytes_of(kRawCode), bytes_of(kRawNewCode)); }
+int verify_raw_lock() { return verify_subsidy_lock(bytes_of(kRawCode)); }
 
 struct Exchanged : NamedRow {
   int (*call)();
@@ -51,6 +76,9 @@ const Exchanged kRows[] = {
     {"Akey",        write_akey,  "nas", 0x5B, kCode + kAkey,    0,  {},       1, kAkeyLines, nullptr},
     {"AkeyRefused", write_akey,  "nas", 0x5B, kCode + kAkey,    0,  kRefused, 0, kAkeyLines, "validate_and_write_akey Error = 39"},
     {"AkeyNotSent", write_akey,  "nas", 0x5B, kCode + kAkey,    -3, {},       0, kAkeyLines, kAkeyNotSent},
+    {"RawAkey",     write_raw_akey, "nas", 0x5B, kRawCode + kRawAkey, 0, {}, 1, kAkeyLines, nullptr},
+    {"RawSpc",      write_raw_spc, "dms", 0x52, kRawCode + kRawNewCode, 0, {}, 1, kSpcLines, nullptr},
+    {"RawLock",     verify_raw_lock, "dms", 0x3B, kRawCode, 0, {}, 1, kLockLines, kLockMatches},
     {"Spc",         write_spc,   "dms", 0x52, kCode + kNewCode, 0,  {},       1, kSpcLines, nullptr},
     {"SpcRefused",  write_spc,   "dms", 0x52, kCode + kNewCode, 0,  kRefused, 0, kSpcLines, "qor_qmi_sprint_write_spc Error = 39"},
     {"SpcNotSent",  write_spc,   "dms", 0x52, kCode + kNewCode, -3, {},       0, kSpcLines, kSpcNotSent},

@@ -170,6 +170,19 @@ TEST_F(CarrierClients, EachSendGoesToItsOwnClient) {
   EXPECT_EQ(exchanges[1].timeout_ms, 15000u);
 }
 
+TEST_F(CarrierClients, FailedSendIsNotRepeated) {
+  qmi_qorext_sprint_client_init();
+  for (int rc = QMI_INVALID_PARAM_ERR; rc <= 1; ++rc) {
+    exchanges.clear();
+    fail_send(0x24, rc);
+    fail_send(0x3B, rc);
+    uint8_t response[8] = {};
+    EXPECT_EQ(qmi_qorext_sprint_nas_send_msg_sync(0x24, nullptr, 0, response, 8), rc);
+    EXPECT_EQ(qmi_qorext_sprint_dms_send_msg_sync(0x3B, nullptr, 0, response, 8), rc);
+    EXPECT_EQ(exchanges.size(), 2u);
+  }
+}
+
 // Handles are never closed again, so what follows needs a process of its own.
 class CarrierHandles : public CarrierClients {
  protected:

@@ -95,7 +95,7 @@ TEST_F(CarrierHandler, ObsoleteRequestGetsTwentyBytes) {
 }
 
 TEST_F(CarrierHandler, FailedWriteOfAReplyStillCountsAsServed) {
-  write_errno = EPIPE;
+  write_errnos = {EPIPE};
   EXPECT_EQ(offer(Request::cdma(0x020000BB)), 0u);
   EXPECT_EQ(trace.back(), "log: Write to parent failed 32");
 }

@@ -98,7 +98,7 @@ TEST_F(CarrierIndications, WithoutMemoryTheyAreDroppedWithTheSameWords) {
 }
 
 TEST_F(CarrierIndications, FailedWriteIsLoggedAndNotRepeated) {
-  write_errno = EPIPE;
+  write_errnos = {EPIPE};
   EXPECT_EQ(offer(kLteError), 0);
   EXPECT_EQ(offer(kCarrierEvent), 0);
   EXPECT_THAT(trace, ElementsAre("call decode 0x10b", "log: Write to parent failed 32",

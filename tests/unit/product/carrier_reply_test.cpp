@@ -72,7 +72,7 @@ TEST_F(CarrierReplies, WithoutMemoryNothingIsSent) {
 }
 
 TEST_F(CarrierReplies, FailedWriteIsNotLookedAt) {
-  write_errno = EBADF;
+  write_errnos = {EBADF};
   EXPECT_EQ(qorext_hook_sprint_send_response(header(0).data(), nullptr), 1u);
 }
 

@@ -115,7 +115,7 @@ TEST_F(Dispatch, NullCdmaRequestCountsAsServed) {
 }
 
 TEST_F(Dispatch, FailedWriteOfARefusalIsLogged) {
-  write_errno = EBADF;
+  write_errnos = {EBADF};
   cdma(0x0200000B);
   dispatch_generic(Request::generic(0x50506).data(), 0x50506);
   EXPECT_THAT(logs(), testing::Contains("Write to parent failed 9").Times(2));

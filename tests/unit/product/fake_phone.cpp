@@ -11,6 +11,7 @@
 #include <cstring>
 
 #include "device_management_service_v01.h"
+#include "host/framing.h"
 #include "network_access_service_v01.h"
 #include "qorext_vendor_service_v01.h"
 
@@ -258,6 +259,9 @@ int __wrap_select(int count, fd_set* readable, fd_set* writable, fd_set* failed,
 ssize_t __real_read(int, void*, size_t);
 ssize_t __wrap_read(int fd, void* buffer, size_t size) {
   if (fd != kRequestFd) return __real_read(fd, buffer, size);
+  EXPECT_EQ(size, kRequestSize);
+  auto* bytes = static_cast<const uint8_t*>(buffer);
+  EXPECT_TRUE(std::all_of(bytes, bytes + size, [](uint8_t byte) { return byte == 0; }));
   PipeStep step = phone().pipe.front();
   phone().pipe.pop_front();
   if (step.read_errno != 0) {
@@ -275,8 +279,9 @@ ssize_t __wrap_write(int fd, const void* buffer, size_t size) {
     size_t limit = g_phone != nullptr ? phone().file_write_limit.value_or(size) : size;
     return __real_write(fd, buffer, std::min(size, limit));
   }
-  if (phone().write_errno != 0) {
-    errno = phone().write_errno;
+  phone().on_write(fd);
+  if (int failure = next(phone().write_errnos); failure != 0) {
+    errno = failure;
     return -1;
   }
   size = std::min(size, phone().write_limit.value_or(size));

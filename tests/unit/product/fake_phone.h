@@ -84,13 +84,14 @@ class FakePhone : public testing::Test {
   qmi_client_ind_cb indication_callback = nullptr;
 
   std::deque<PipeStep> pipe;
-  int write_errno = 0;                     // non-zero: every frame write fails with it
-  std::optional<size_t> write_limit;       // the most bytes that one frame write takes
+  std::deque<int> write_errnos{0};    // of the frame writes, the last one again and again; 0: none
+  std::optional<size_t> write_limit;  // the most bytes that one frame write takes
   std::optional<size_t> file_write_limit;  // the same for other writes
   size_t exit_after_lines = 0;  // non-zero: prints the trace and exits when it has so many lines
   int allocations_left = -1;    // calloc fails once this many have been made; -1: never
   std::function<void(const std::string& text)> on_log = [](const std::string&) {};
-  timespec fake_now{1000, 0};  // what both clocks tell
+  std::function<void(int fd)> on_write = [](int) {};  // while a frame write is under way
+  timespec fake_now{1000, 0};                         // what both clocks tell
   std::vector<timespec> deadlines;
 
   // Bytes for the next responses to this message, whatever the service; QMI success without them.

@@ -1,5 +1,7 @@
 #include "host/framing.h"
 
+#include <future>
+
 #include "fake_phone.h"
 #include "host/hex.h"
 #include "host/parent.h"
@@ -155,11 +157,41 @@ TEST_F(Framing, EachPipeGetsItsFrames) {
 }
 
 TEST_F(Framing, FailedWriteIsLoggedWithErrno) {
-  write_errno = EPIPE;
+  write_errnos = {EPIPE};
   EXPECT_EQ(writeToParent("ab", 2), 0);
   EXPECT_EQ(writeUnsolToParent("cd", 2), 0);
   EXPECT_THAT(trace,
               ElementsAre("log: Write to parent failed 32", "log: Write to parent failed 32"));
+}
+
+TEST_F(Framing, WriteThatWouldBlockOrIsInterruptedIsNotRepeated) {
+  for (int failure : {EINTR, EAGAIN}) {
+    trace.clear();
+    write_errnos = {failure, 0};
+    EXPECT_EQ(writeToParent("ab", 2), 0);
+    EXPECT_EQ(writeUnsolToParent("cd", 2), 1);
+    write_errnos = {failure, 0};
+    EXPECT_EQ(writeUnsolToParent("ef", 2), 0);
+    std::string line = "log: Write to parent failed " + std::to_string(failure);
+    EXPECT_THAT(trace, ElementsAre(line, "unsol: 6364", line));
+  }
+}
+
+// The parent may stop reading either pipe; frames on the other go on.
+TEST_F(Framing, WriterWaitsForNoWriteOnTheOtherPipe) {
+  auto write_to = [](int fd) {
+    return fd == kReplyFd ? writeToParent("ab", 2) : writeUnsolToParent("cd", 2);
+  };
+  for (auto [blocked, other] : {std::pair(kReplyFd, kUnsolicitedFd), {kUnsolicitedFd, kReplyFd}}) {
+    std::future<int> beside;
+    on_write = [&, blocked = blocked, other = other](int fd) {
+      if (fd != blocked) return;
+      beside = std::async(std::launch::async, write_to, other);
+      EXPECT_EQ(beside.wait_for(std::chrono::seconds(10)), std::future_status::ready);
+    };
+    EXPECT_EQ(write_to(blocked), 1);
+    EXPECT_EQ(beside.get(), 1);
+  }
 }
 
 TEST_F(Framing, ShortWriteIsNeitherRepeatedNorReported) {

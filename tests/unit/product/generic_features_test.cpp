@@ -89,7 +89,7 @@ TEST_P(GenericFeatures, ReplyWithoutMemoryIsLost) {
 }
 
 TEST_P(GenericFeatures, ReplyThatCannotBeWrittenIsLost) {
-  write_errno = EPIPE;
+  write_errnos = {EPIPE};
   ask(Request::generic(GetParam().id, kPayload));
   EXPECT_THAT(logs(), Contains("Write to parent failed 32").Times(1));
 }

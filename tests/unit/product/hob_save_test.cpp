@@ -98,7 +98,7 @@ TEST_F(HobSave, EveryRequestStartsAThreadOfItsOwn) {
 }
 
 TEST_F(HobSave, OtherInstancesIgnoreTheRequest) {
-  for (uint32_t instance : {1u, 2u, 0xFFFFFFFFu}) {
+  for (uint32_t instance : {1u, 2u, 256u, 65536u, 0xFFFFFFFFu}) {
     qor_ext_instance_id = instance;
     EXPECT_EQ(hobSaveIndHndlr(vendor_client(), kHob, nullptr, 0, nullptr), 0);
   }

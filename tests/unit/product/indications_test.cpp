@@ -57,9 +57,9 @@ TEST_F(FirstNotifications, CarryTheNumbers12And13And14) {
 TEST_F(FirstNotifications, CountOnAfterAFailedWriteAndWithoutMemory) {
   auto lose_the_second_and_the_third = [this] {
     indicate(1);
-    write_errno = EPIPE;
+    write_errnos = {EPIPE};
     indicate(1);
-    write_errno = 0;
+    write_errnos = {0};
     allocations_left = 0;
     indicate(1);
     allocations_left = -1;
@@ -105,7 +105,7 @@ TEST_F(Indications, FixedMessageIsAlwaysTheSame28Bytes) {
 }
 
 TEST_F(Indications, FixedMessageThatCannotBeWrittenIsLost) {
-  write_errno = EBADF;
+  write_errnos = {EBADF};
   indicate(0x16);
   EXPECT_EQ(trace, declined(0x16, {"log: Write to parent failed 9"}));
 }

@@ -94,7 +94,7 @@ TEST_F(KpiIntake, RecordDuringAPackageEndsThePackage) {
 }
 
 TEST_F(KpiIntake, RecordThatCannotBeWrittenIsLoggedAndResets) {
-  write_errno = EPIPE;
+  write_errnos = {EPIPE};
   take(packet(7, 1, le32(kRecord) + Bytes{1}));
   EXPECT_THAT(trace, ElementsAre("log: vornIndHndlr: header 0x2c0ffee",
                                  "log: Write to parent failed 32", kRecordSent));

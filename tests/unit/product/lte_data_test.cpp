@@ -96,6 +96,17 @@ TEST_F(LteDataQuery, FieldsWithoutValidityKeepWhatTheCallerPutThere) {
   EXPECT_EQ(get(), record(kState) + callers(26));
 }
 
+TEST_F(LteDataQuery, AnyValidityByteButZeroCounts) {
+  for (std::string valid : {"02", "80", "FF"}) {
+    std::string channels = valid + "00 2322" + valid + "00 1312" + valid + "33" + valid + "44";
+    answer(0x10A, le32(1) + le32(0) + from_hex(channels));
+    answer(0x24, response(1508, {{1104, valid + "EE 5150 6160"}, {1434, valid + "EE 74737271"}}));
+    answer(0x4F, response(64, {{36, valid + "EE 81 91 A2A1"}}));
+    answer(0x5A, response(164, {{64, valid + "EEEEEEEEEEEEEE C4C3C2C1"}}));
+    EXPECT_EQ(get(), record(kState + kPlmn + kCell + kChannels + kSignal + kPower)) << valid;
+  }
+}
+
 TEST_F(LteDataQuery, TheTwoFieldsOfTheServingSystemAreTakenByThemselves) {
   answer(0x24, response(1508, {{1104, "01 EE 5150 6160"}, {1436, "74737271"}}));
   EXPECT_EQ(get(), record(kState + kPlmn) + callers(4) + record(kChannels + kSignal + kPower));
@@ -137,6 +148,7 @@ const Failing kFailing[] = {
     {"PowerRefused",         0x5A, 0,  kRefused + kPowerBehind, 0, kNoPower, "TX_RX_INFO failed (0), error (17)."},
     {"PowerNotSent",         0x5A, -3, {},       0, kNoPower,  "TX_RX_INFO failed (-3), error (0)."},
     {"PowerUnavailable",     0x5A, 0,  kUnavailable, 1, kZeroPower, "TX_RX_INFO failed (0), error (93)."},
+    {"PowerUnavailableAndNotSent", 0x5A, -3, kUnavailable, 1, kZeroPower, "TX_RX_INFO failed (-3), error (93)."},
     {"PowerUnavailableYetValid", 0x5A, 0, kUnavailable + kPowerBehind, 1, kWhole, "TX_RX_INFO failed (0), error (93)."},
 };
 // clang-format on

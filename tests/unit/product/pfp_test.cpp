@@ -60,7 +60,7 @@ TEST_F(Pfp, NullRequestIsAnsweredWithIdZero) {
 }
 
 TEST_F(Pfp, ReplyThatCannotBeWrittenIsLost) {
-  write_errno = EPIPE;
+  write_errnos = {EPIPE};
   EXPECT_EQ(myPfpRequest(Request::cdma(kPfpRequest).data(), 0), 0);
   EXPECT_EQ(trace.back(), "log: Write to parent failed 32");
 }
@@ -74,6 +74,16 @@ TEST_F(Pfp, TableIsForwardedWhole) {
                      {"call decode 0xa", "unsol: " + frame,
                       "log: mypfp_ind_msg_v01: rat = 7 , tbl_idx = 12345 data_size = 232 "}));
   EXPECT_EQ(frame.size(), 2u * 260);
+}
+
+TEST_F(Pfp, SizeOfTheEncodedTableIsTheDecodersConcern) {
+  decode_to(kPfpIndication, table(7, 12345));
+  for (size_t size : {0, 1, 232, 233, 4096}) {
+    encoded = Bytes(size, 0xCD);
+    trace.clear();
+    indicate(kPfpIndication);
+    EXPECT_THAT(unsolicited(), testing::ElementsAre(cdma_event(0x0200001D, table(7, 12345))));
+  }
 }
 
 TEST_F(Pfp, IndexOfTheTableIsLoggedWithItsSign) {
@@ -100,7 +110,7 @@ TEST_F(Pfp, TableWithoutMemoryIsDroppedWithoutAWord) {
 
 TEST_F(Pfp, TableThatCannotBeWrittenIsLoggedAllTheSame) {
   decode_to(kPfpIndication, table(1, 2));
-  write_errno = EPIPE;
+  write_errnos = {EPIPE};
   indicate(kPfpIndication);
   EXPECT_EQ(trace, declined(kPfpIndication,
                             {"call decode 0xa", "log: Write to parent failed 32",

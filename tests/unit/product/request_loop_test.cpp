@@ -50,8 +50,12 @@ TEST_F(RequestLoop, InterruptedSelectWaitsAgain) {
 }
 
 TEST_F(RequestLoop, FailedSelectIsLoggedAndTriedAgain) {
-  serve({{.select_result = -1, .select_errno = ENOMEM}});
-  EXPECT_THAT(served(), ElementsAre("log: Select failed with errno = 12.", kReadFailed));
+  for (int failure : {ENOMEM, EAGAIN, EBADF}) {
+    trace.clear();
+    serve({{.select_result = -1, .select_errno = failure}});
+    std::string line = "log: Select failed with errno = " + std::to_string(failure) + ".";
+    EXPECT_THAT(served(), ElementsAre(line, kReadFailed));
+  }
 }
 
 TEST_F(RequestLoop, SelectOfZeroIsLogged) {
@@ -66,8 +70,12 @@ TEST_F(RequestLoop, SelectWithoutTheDescriptorIsLogged) {
 }
 
 TEST_F(RequestLoop, FailedReadIsLoggedAndTriedAgain) {
-  serve({{.read_errno = EIO}});
-  EXPECT_THAT(served(), ElementsAre("log: Dispatcher: read failed with errno 5", kReadFailed));
+  for (int failure : {EIO, EINTR, EAGAIN}) {
+    trace.clear();
+    serve({{.read_errno = failure}});
+    std::string line = "log: Dispatcher: read failed with errno " + std::to_string(failure);
+    EXPECT_THAT(served(), ElementsAre(line, kReadFailed));
+  }
 }
 
 TEST_F(RequestLoop, SevenBytesAreAWrongMessage) {
@@ -138,13 +146,20 @@ TEST_F(RequestLoop, NothingOfAnEarlierRequestIsSeenByALaterOne) {
   EXPECT_EQ(written, from_hex("01020304") + Bytes(508));
 }
 
+// What each read finds in its buffer is checked by the read itself.
+TEST_F(RequestLoop, WholeBufferIsZeroedBeforeEachRead) {
+  Bytes request(kRequestSize, 0xEE);
+  serve({{.data = request}, {.data = {0x77}}, {.data = request}});
+  EXPECT_EQ(replies().size(), 3u);
+}
+
 TEST_F(RequestLoop, TwoRequestsInOneReadAreTheFirstAlone) {
   serve({{.data = from_hex("0B000002 00000000 0B000002 00000000")}});
   EXPECT_THAT(replies(), ElementsAre(reply(0x0200000B, 6)));
 }
 
 TEST_F(RequestLoop, ClosedReplyPipeDoesNotEndTheLoop) {
-  write_errno = EPIPE;
+  write_errnos = {EPIPE};
   serve({{.data = from_hex("05000001 00000000")}, {.data = from_hex("0B000002 00000000")}});
   EXPECT_THAT(logs(), testing::Contains("Write to parent failed 32").Times(2));
   EXPECT_EQ(trace.back(), "log: Buffer length is zero..Exiting QOREXT");

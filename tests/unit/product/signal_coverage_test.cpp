@@ -142,7 +142,7 @@ TEST_F(SignalCoverage, ReportWithoutMemoryIsDropped) {
 }
 
 TEST_F(SignalCoverage, ReportThatCannotBeWrittenIsLost) {
-  write_errno = EPIPE;
+  write_errnos = {EPIPE};
   indicate(kCoverageIndication);
   EXPECT_EQ(trace,
             declined(kCoverageIndication, {"call decode 0x10c", "log: Write to parent failed 32"}));

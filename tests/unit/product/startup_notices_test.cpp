@@ -54,6 +54,13 @@ TEST_F(StartUpNotices, OtherInstancesTellThePanicAndPublishTheBandClassOnly) {
               Not(Contains("dhob_write: Sending ready to received indications message to BP")));
 }
 
+TEST_F(StartUpNotices, OnlyInstanceZeroIsThePrimaryOne) {
+  for (const char* instance : {"256", "65536", "-256", "16777216"}) {
+    exchanges.clear();
+    EXPECT_THAT(start(instance), ElementsAre("0x8 53")) << instance;
+  }
+}
+
 TEST_F(StartUpNotices, BootWithoutAPanicSendsNoNotice) {
   EXPECT_THAT(start("0"), ElementsAre("0x8 8029", "0x8 8028", "0x9 41", "0x8 53", "0x13"));
   EXPECT_THAT(trace, Contains("debug: notify_auto_verify_sim_pin from AP NOT called"));

@@ -165,7 +165,7 @@ struct ImeiSv : NamedRow {
 };
 
 const ImeiSv kImeiSvs[] = {
-    {"OneDigit", "7", 7},         {"LeadingZero", "07", 7},
+    {"OneDigit", "7", 7},         {"LeadingZero", "08", 8},
     {"TwoDigits", "99", 99},      {"Zero", "0", 0},
     {"Letters", "ab", 0},         {"DigitThenLetter", "4x", 4},
     {"NegativeWraps", "-1", 255}, {"Empty", "", -1},

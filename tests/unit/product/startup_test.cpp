@@ -1,3 +1,7 @@
+#include <fcntl.h>
+#include <signal.h>
+#include <unistd.h>
+
 #include "fake_phone.h"
 #include "host/parent.h"
 
@@ -67,6 +71,40 @@ TEST_F(StartUp, ArgumentsAreTakenAsFarAsTheyAreNumbers) {
   pipe = {{}};
   start({"0600", "601x", " 602", "-1"});
   EXPECT_EQ(logs()[1], "readfd=600, writefd=601, writeunsolfd=602 qor_ext_instance_id=-1");
+}
+
+TEST_F(StartUp, ArgumentsWithLeadingZerosAreDecimalToo) {
+  pipe = {{}};
+  start({"0600", "010", "-011", "012"});
+  EXPECT_EQ(logs()[1], "readfd=600, writefd=10, writeunsolfd=-11 qor_ext_instance_id=12");
+  EXPECT_EQ(qor_ext_instance_id, 12u);
+}
+
+TEST_F(StartUp, HexadecimalArgumentsEndAtTheirLetter) {
+  start({"-1", "0x10", "0xB", "0xC"});
+  EXPECT_EQ(logs()[1], "readfd=-1, writefd=0, writeunsolfd=0 qor_ext_instance_id=0");
+}
+
+// The parent shares their state: what is set here would change its ends, too.
+TEST_F(StartUp, PipesAreTakenAsTheyAre) {
+  int request[2];
+  int frames[2];
+  ASSERT_EQ(pipe2(request, O_CLOEXEC), 0);
+  ASSERT_EQ(pipe2(frames, O_CLOEXEC), 0);
+  int unsolicited = dup(frames[1]);
+  close(request[1]);
+  EXPECT_EQ(start({std::to_string(request[0]), std::to_string(frames[1]),
+                   std::to_string(unsolicited), "0"}),
+            0);
+  EXPECT_EQ(fcntl(request[0], F_GETFL), O_RDONLY);
+  EXPECT_EQ(fcntl(frames[1], F_GETFL), O_WRONLY);
+  for (int fd : {request[0], frames[0], frames[1], unsolicited}) close(fd);
+}
+
+TEST_F(StartUp, SignalOfAClosedPipeIsIgnored) {
+  ::signal(SIGPIPE, SIG_DFL);
+  start_normally();
+  EXPECT_EQ(::signal(SIGPIPE, SIG_IGN), SIG_IGN);
 }
 
 TEST_F(StartUp, CarrierClientsComeBeforeTheVendorClient) {

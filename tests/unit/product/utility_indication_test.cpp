@@ -160,7 +160,7 @@ TEST_F(UtilityIndication, WithoutMemoryIsDropped) {
 }
 
 TEST_F(UtilityIndication, ThatCannotBeWrittenIsLost) {
-  write_errno = EPIPE;
+  write_errnos = {EPIPE};
   for (const Forwarded& row : kForwarded) {
     deliver(row.type, 1, {1});
     size_t size = row.type == kLogUploadNotice.type ? 30 : 29;

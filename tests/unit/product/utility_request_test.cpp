@@ -129,7 +129,7 @@ TEST_F(UtilityRequest, WithoutMemoryIsNotAnswered) {
 }
 
 TEST_F(UtilityRequest, ReplyThatCannotBeWrittenIsLost) {
-  write_errno = EPIPE;
+  write_errnos = {EPIPE};
   serve(utility_payload(5, 1, {0}));
   EXPECT_EQ(trace.back(), "log: Write to parent failed 32");
 }

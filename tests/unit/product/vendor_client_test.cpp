@@ -143,15 +143,19 @@ TEST_F(VendorClient, DeadlineIsMonotonicWhenTheSignalSaysSo) {
 }
 
 TEST_F(VendorClient, DeadlineIsWallClockOtherwise) {
-  service_lists = {{-2, 0}, {0, 1}};
-  clock = 0;
-  fake_now = {1000, 999999000};
-  qmi_qorext_hook_client_init();
-  EXPECT_THAT(trace, Contains("call gettimeofday"));
-  EXPECT_THAT(trace, Not(Contains("call clock_gettime 1")));
-  ASSERT_EQ(waits(), 1u);
-  EXPECT_EQ(deadlines[0].tv_sec, 1001);
-  EXPECT_EQ(deadlines[0].tv_nsec, 999999000);
+  for (uint32_t other : {0u, 2u, 3u, 0x101u, 0xFFFFFFFFu}) {
+    service_lists = {{-2, 0}, {0, 1}};
+    clock = other;
+    fake_now = {1000, 999999000};
+    trace.clear();
+    deadlines.clear();
+    qmi_qorext_hook_client_init();
+    EXPECT_THAT(trace, Contains("call gettimeofday"));
+    EXPECT_THAT(trace, Not(Contains("call clock_gettime 1")));
+    ASSERT_EQ(waits(), 1u);
+    EXPECT_EQ(deadlines[0].tv_sec, 1001);
+    EXPECT_EQ(deadlines[0].tv_nsec, 999999000);
+  }
 }
 
 TEST_F(VendorClient, NanosecondsOfASecondOrMoreAreCarried) {
@@ -192,6 +196,18 @@ TEST_F(VendorClient, ListTakesAsManyRecordsAsThereIsRoomFor) {
   qmi_qorext_hook_client_init();
   EXPECT_THAT(entry_counts, ElementsAre(3u, 16u));
   EXPECT_THAT(opened_records, ElementsAre(1u, 1u)) << "the first record is the one used";
+}
+
+TEST_F(VendorClient, FailedSendIsNotRepeated) {
+  qmi_qorext_hook_client_init();
+  uint8_t request = 0xFF;
+  for (int rc = QMI_INVALID_PARAM_ERR; rc <= 1; ++rc) {
+    exchanges.clear();
+    fail_send(0x13, rc);
+    uint8_t response[3] = {};
+    EXPECT_EQ(qorext_send_msg_sync(0x13, &request, 1, response, 3), rc);
+    EXPECT_EQ(exchanges.size(), 1u);
+  }
 }
 
 TEST_F(VendorClient, SendPassesEverythingOnWithFifteenSeconds) {
