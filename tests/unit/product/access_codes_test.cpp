@@ -59,6 +59,7 @@ struct Exchanged : NamedRow {
 };
 
 const Bytes kRefused = le32(1) + le32(39);
+const Bytes kRefusedOtherwise = le32(0xFFFFFFFF) + le32(39);
 
 const Lines kAkeyLines = {"log: qcril_qmi_nas_qor_cdma_validate_and_write_akey entered ",
                           "send nas 0x5b"};
@@ -76,6 +77,9 @@ const Exchanged kRows[] = {
     {"Akey",        write_akey,  "nas", 0x5B, kCode + kAkey,    0,  {},       1, kAkeyLines, nullptr},
     {"AkeyRefused", write_akey,  "nas", 0x5B, kCode + kAkey,    0,  kRefused, 0, kAkeyLines, "validate_and_write_akey Error = 39"},
     {"AkeyNotSent", write_akey,  "nas", 0x5B, kCode + kAkey,    -3, {},       0, kAkeyLines, kAkeyNotSent},
+    {"AkeyRefusedOtherwise", write_akey, "nas", 0x5B, kCode + kAkey, 0, kRefusedOtherwise, 0, kAkeyLines, "validate_and_write_akey Error = 39"},
+    {"SpcRefusedOtherwise",  write_spc,  "dms", 0x52, kCode + kNewCode, 0, kRefusedOtherwise, 0, kSpcLines, "qor_qmi_sprint_write_spc Error = 39"},
+    {"LockRefusedOtherwise", verify_lock, "dms", 0x3B, kCode, 0, kRefusedOtherwise, 0, kLockLines, kLockRefused},
     {"RawAkey",     write_raw_akey, "nas", 0x5B, kRawCode + kRawAkey, 0, {}, 1, kAkeyLines, nullptr},
     {"RawSpc",      write_raw_spc, "dms", 0x52, kRawCode + kRawNewCode, 0, {}, 1, kSpcLines, nullptr},
     {"RawLock",     verify_raw_lock, "dms", 0x3B, kRawCode, 0, {}, 1, kLockLines, kLockMatches},

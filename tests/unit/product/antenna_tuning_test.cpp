@@ -36,6 +36,15 @@ TEST_F(AntennaTuning, SettingIsSentAndTheAnswerRelayed) {
   EXPECT_EQ(sent().response_length, 32u);
 }
 
+TEST_F(AntennaTuning, ZerosInSettingAndAnswerAreBytesLikeOthers) {
+  Bytes setting = from_hex("00 01 0000 02");
+  Bytes response = tuner_message(6, from_hex("00 03 0000 04 00"));
+  answer(QMI_TUNER_REQ_V01, response);
+  ask(Request::generic(kTuning, setting));
+  EXPECT_EQ(trace, succeeded(5, response, from_hex("00 03 0000 04 00")));
+  EXPECT_EQ(sent().request, tuner_message(5, setting));
+}
+
 // The text "no NULL found at the end of string" therefore never shows.
 TEST_F(AntennaTuning, SettingKeepsItsLastByteWithoutAWarning) {
   for (uint32_t length : {1u, 2u, 23u, 24u}) {

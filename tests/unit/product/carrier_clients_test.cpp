@@ -70,9 +70,13 @@ TEST_F(CarrierClients, FailedDmsIsReturned) {
 TEST_F(CarrierClients, MissingServiceObjectFailsFiveTimes) {
   has_service_objects = false;
   EXPECT_EQ(qmi_qorext_sprint_client_init(), -1);
-  EXPECT_THAT(logs(),
-              Contains("sprint_client_init: qorext_hook_get_serivce_object failed.\n").Times(5));
-  EXPECT_THAT(logs(), Contains(kTry + "5): Client init fail. rc = -1\n"));
+  Lines expected = {"call nas_get_service_object 1 175 6", "call dms_get_service_object 1 56 6"};
+  for (int attempt = 1; attempt <= 5; ++attempt) {
+    expected.emplace_back("log: sprint_client_init: qorext_hook_get_serivce_object failed.\n");
+    expected.push_back("log: " + kTry + std::to_string(attempt) + "): Client init fail. rc = -1\n");
+  }
+  expected.emplace_back("log: qmi_qorext_sprint_client_init: NAS Client Init rc: -1");
+  EXPECT_EQ(trace, expected);
 }
 
 TEST_F(CarrierClients, FailedNotifierIsNotReleased) {
@@ -100,6 +104,25 @@ TEST_F(CarrierClients, PollingStopsWhenTheServiceIsThere) {
   service_lists = {{-2, 0}, {-2, 0}, {0, 1}};
   EXPECT_EQ(open(kNasService), 0);
   EXPECT_EQ(deadlines.size(), 2u);
+}
+
+TEST_F(CarrierClients, FailedPollIsLoggedBeforeItsWait) {
+  service_lists = {{-2, 0}, {0, 1}};
+  open(kNasService);
+  EXPECT_THAT(
+      trace,
+      ElementsAre(
+          "call notifier_init nas", "log: sprint_client_init: qmi_client_notifier_init \n",
+          "call get_service_list nas",
+          "log: sprint_client_init: qmi_client_get_service_list() returned -2 num_services = 0\n",
+          "log: sprint_client_init: wait for server to come up.\n", "call clock_gettime 1",
+          "call get_service_list nas",
+          "log: sprint_client_init: qmi_client_get_service_list() returned 0 num_services = 1\n",
+          "call get_service_list nas list",
+          "log: sprint_client_init: qmi_client_get_service_list() returned 0 num_entries = 1 "
+          "num_services = 1\n",
+          "log: sprint_client_init: NAS", "call client_init nas",
+          "log: sprint_client_init Succeeded\n", "call release notifier"));
 }
 
 TEST_F(CarrierClients, SignalledServiceIsPolledWithoutWaiting) {

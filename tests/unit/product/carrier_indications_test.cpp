@@ -12,10 +12,12 @@ constexpr unsigned int kCarrierEvent = 0x12;
 
 const std::string kOutOfMemory = "log: send_unsol_response: out of memory!";
 
+const Bytes kText = from_hex("01 0000 02") + numbered(99);
+
 // The bytes between the values are the structure's padding.
 const Bytes kLteErrorStructure =
-    le32(0x11223344) + from_hex("55 EEEEEE") + le32(0x66778899) + numbered(103) + from_hex("EE");
-const Bytes kLteErrorData = from_hex("44332211 55 99887766") + numbered(103);
+    le32(0x11223344) + from_hex("55 EEEEEE") + le32(0x66778899) + kText + from_hex("EE");
+const Bytes kLteErrorData = from_hex("44332211 55 99887766") + kText;
 
 class CarrierIndications : public FeaturePhone {
  protected:

@@ -135,6 +135,50 @@ const Lines kReading = {"log: qorext_hook_sprint_rde_read: Function Enter."};
 const Lines kReadIn = kReading + read_lines(4711, numbered(3), 1, 2);
 const Lines kRefusedRead = kReading + failed_read_lines(4711) + Lines{"log: RDE Read error"};
 
+// The complaint of an operation whose message could not be sent.
+Lines not_sent(const std::string& operation) {
+  return {"log: qor_qmi_sprint_" + operation + ": qmi_client_send_msg_sync failed (-3)."};
+}
+Lines read_not_sent(uint32_t id) {
+  return ending_in(failed_read_lines(id), "NV Read fail - -3, result - 0, error - 0");
+}
+Lines write_not_sent(uint32_t id, const Bytes& data) {
+  return ending_in(failed_write_lines(id, data), "NV Write fail - -3, result - 0, error - 0");
+}
+Lines refused_write_of_513(uint32_t id) {
+  return {write_lines(id, {})[0], "log: Data more than buffer size 513"};
+}
+// What follows a read whose item does not fit.
+Lines too_long(uint32_t max) {
+  return {"log: Input buffer is NULL or too small! max_len(" + std::to_string(max) + ")."};
+}
+
+const Lines kNotSentBand = {kBand[0], kBand[1], not_sent("read_band")[0], kRefusedBand[3]};
+const Lines kResetOfThree = {kReset[0], kReset[1]};
+const Lines kRefusedReset =
+    kResetOfThree +
+    Lines{"log: qor_qmi_sprint_fatory_reset: qmi_client_send_msg_sync failed (0), result (0).",
+          "log: Received factory reset result - 0"};
+const Lines kLongDdtm = kGettingDdtm + read_lines(10018, {200, 1}) + too_long(1) +
+                        Lines{"log: qorext_hook_sprint_get_ddtm_preference:   ddtm = 0 "};
+const Lines kNotSentSetDdtm = kSettingDdtm + write_not_sent(10018, {200}) + kNoDdtm;
+const Lines kNotSentTimer = {kTimer[0], kTimer[1], not_sent("get_bsr_timer")[0], kRefusedTimer[3]};
+const Lines kNotSentSetTimer = {kSetTimer[0], kSetTimer[1], not_sent("set_bsr_timer")[0],
+                                kRefusedSetTimer[3]};
+const Lines kGettingOption = {"log: handle_get_lte_option: EVENT VALUE 33554622 "};
+const Lines kSettingOption = {"log: handle_get_lte_option: EVENT VALUE 33554623 "};
+const Lines kLteUpToPlmn(kLteData.begin(), kLteData.end() - 2);
+const std::string kPlmnFailed = "log: get_lte_data: QMI_NAS_GET_SERVING_SYSTEM failed ";
+const Lines kApns = {"send vendor 0x106"};
+const Lines kTot = {"send vendor 0x104"};
+const Lines kNotSentUpdate = {kUpdate[0], kUpdate[1], not_sent("update_tot_order")[0],
+                              kRefusedUpdate[3]};
+const Lines kMobPRevFailed = {"log: qorext_hook_sprint_get_nam_item: READ NV VALUE 4 ",
+                              "log: get mob_cai_rev 0 "};
+const Lines kOtherAkeyLength = {kAkey[0], kAkey[1], "log: akey_len != sizeof(akey_req_msg.akey)"};
+const Lines kWriteError = {"log: RDE write error"};
+const Lines kReadError = {"log: RDE Read error"};
+
 Bytes item(uint32_t id, const Bytes& data) {
   return read_answer(id, static_cast<uint32_t>(data.size()), data);
 }
@@ -150,10 +194,57 @@ const Bytes kAddressZero = le32(4711) + Bytes(8);
 const Logged kRows[] = {
     {"Bc10",                 0x020000B0, {}, 0x101, 0, le32(0) + le32(7), getting(0x020000B0) + kBand},
     {"Bc10Refused",          0x020000B0, {}, 0x101, 0, le32(1) + le32(7), getting(0x020000B0) + kRefusedBand},
+    {"Bc10NotSent",          0x020000B0, {}, 0x101, -3, {}, getting(0x020000B0) + kNotSentBand},
+    {"Bc14Refused",          0x020000B2, {}, 0x101, 0, le32(1) + le32(7), getting(0x020000B2) + kRefusedBand},
+    {"Bc14NotSent",          0x020000B2, {}, 0x101, -3, {}, getting(0x020000B2) + kNotSentBand},
     {"Bc14",                 0x020000B2, {}, 0x101, 0, le32(0) + le32(7), getting(0x020000B2) + kBand},
     {"SetBc10",              0x020000B1, kMinusTwo, 0x102, 0, {}, setting(0x020000B1) + kSetBand},
     {"SetBc10Refused",       0x020000B1, kMinusTwo, 0x102, 0, kRefusal, setting(0x020000B1) + kRefusedSetBand},
     {"SetBc14",              0x020000B3, kMinusTwo, 0x102, 0, {}, setting(0x020000B3) + kSetBand},
+    {"SetBc10NotSent",       0x020000B1, kMinusTwo, 0x102, -3, {}, setting(0x020000B1) + kSetBand + not_sent("write_band")},
+    {"SetBc14Refused",       0x020000B3, kMinusTwo, 0x102, 0, kRefusal, setting(0x020000B3) + kRefusedSetBand},
+    {"SetBc14NotSent",       0x020000B3, kMinusTwo, 0x102, -3, {}, setting(0x020000B3) + kSetBand + not_sent("write_band")},
+    {"RoamingListNotSent",   0x020000B4, kSegment, 0x100, -3, {}, setting(0x020000B4) + kList + not_sent("set_roaming_list_segment")},
+    {"ProfileRefused",       0x020000B5, kMinusTwo, 0x103, 0, kRefusal, setting(0x020000B5) + kProfile + Lines{"log: qor_qmi_sprint_switch_proflie: failed."}},
+    {"ProfileNotSent",       0x020000B5, kMinusTwo, 0x103, -3, {}, setting(0x020000B5) + kProfile + not_sent("switch_proflie")},
+    {"FactoryResetRefused",  0x020000B6, {3}, 0x11, 0, {0}, kRefusedReset},
+    {"DdtmNotSent",          0x020000B7, {}, 8, -3, {}, kGettingDdtm + read_not_sent(10018) + kNoDdtm},
+    {"DdtmTooLong",          0x020000B7, {}, 8, 0, item(10018, {200, 1}), kLongDdtm},
+    {"SecondDdtmRefused",    0x020000B9, {}, 8, 0, kRefusal, kGettingDdtm + failed_read_lines(10018) + kNoDdtm},
+    {"SecondDdtmNotSent",    0x020000B9, {}, 8, -3, {}, kGettingDdtm + read_not_sent(10018) + kNoDdtm},
+    {"SetDdtmNotSent",       0x020000B8, {200}, 9, -3, {}, kNotSentSetDdtm},
+    {"SetSecondDdtmRefused", 0x020000BA, {200}, 9, 0, kRefusal, kRefusedSetDdtm},
+    {"SetSecondDdtmNotSent", 0x020000BA, {200}, 9, -3, {}, kNotSentSetDdtm},
+    {"C7Obsolete",           0x020000C7, {}, 0, 0, {}, obsolete(0x020000C7)},
+    {"C8Obsolete",           0x020000C8, {}, 0, 0, {}, obsolete(0x020000C8)},
+    {"C9Obsolete",           0x020000C9, {}, 0, 0, {}, obsolete(0x020000C9)},
+    {"CaObsolete",           0x020000CA, {}, 0, 0, {}, obsolete(0x020000CA)},
+    {"BsrTimerNotSent",      0x020000BC, {}, 0x108, -3, {}, kNotSentTimer},
+    {"SetBsrTimerNotSent",   0x020000BD, le32(33), 0x109, -3, {}, kNotSentSetTimer},
+    {"LteOptionRefused",     0x020000BE, {}, 8, 0, kRefusal, kGettingOption + failed_read_lines(10017)},
+    {"LteOptionNotSent",     0x020000BE, {}, 8, -3, {}, kGettingOption + read_not_sent(10017)},
+    {"SetLteOptionRefused",  0x020000BF, numbered(5), 9, 0, kRefusal, kSettingOption + failed_write_lines(10017, numbered(5))},
+    {"SetLteOptionNotSent",  0x020000BF, numbered(5), 9, -3, {}, kSettingOption + write_not_sent(10017, numbered(5))},
+    {"SetLteOptionTooLong",  0x020000BF, numbered(513), 9, 0, {}, kSettingOption + refused_write_of_513(10017)},
+    {"LteDataRefused",       0x020000C0, {}, 0x24, 0, kRefusal, kLteUpToPlmn + Lines{kPlmnFailed + "(0), error (16)."}},
+    {"LteDataNotSent",       0x020000C0, {}, 0x24, -3, {}, kLteUpToPlmn + Lines{kPlmnFailed + "(-3), error (0)."}},
+    {"ApnsOfTwo",            0x020000C1, {}, 0x106, 0, Bytes(8) + from_hex("0201"), kApns},
+    {"ApnsRefused",          0x020000C1, {}, 0x106, 0, kRefusal, kApns},
+    {"ApnsNotSent",          0x020000C1, {}, 0x106, -3, {}, kApns + not_sent("get_active_ehrpd_apn")},
+    {"TotOrderRefused",      0x020000C4, {}, 0x104, 0, kRefusal, kTot},
+    {"TotOrderNotSent",      0x020000C4, {}, 0x104, -3, {}, kTot + not_sent("get_tot_order")},
+    {"UpdateTotNotSent",     0x020000C5, le16(1), 0x105, -3, {}, kNotSentUpdate},
+    {"MobPRevRefused",       0x02000007, {}, 8, 0, kRefusal, getting(0x02000007) + kMobPRev + failed_read_lines(28) + kMobPRevFailed},
+    {"MobPRevNotSent",       0x02000007, {}, 8, -3, {}, getting(0x02000007) + kMobPRev + read_not_sent(28) + kMobPRevFailed},
+    {"AkeyRefused",          0x02000013, numbered(26), 0x5B, 0, kRefusal, kAkey + Lines{"log: validate_and_write_akey Error = 16"}},
+    {"AkeyNotSent",          0x02000013, numbered(26), 0x5B, -3, {}, kAkey + Lines{"log: validate_and_write_akey: qmi_client_send_msg_sync failed (-3)."}},
+    {"AkeyOfNone",           0x02000013, {}, 0, 0, {}, kOtherAkeyLength},
+    {"AkeyOf25",             0x02000013, numbered(25), 0, 0, {}, kOtherAkeyLength},
+    {"AkeyOf27",             0x02000013, numbered(27), 0, 0, {}, kOtherAkeyLength},
+    {"AkeyOf282",            0x02000013, numbered(282), 0, 0, {}, kOtherAkeyLength},
+    {"RdeWriteNotSent",      0x02000015, kAddressZero + le32(1) + Bytes{5}, 9, -3, {}, kWriting + write_not_sent(4711, {5}) + kWriteError},
+    {"RdeWriteTooLong",      0x02000015, kAddressZero + le32(513), 9, 0, {}, kWriting + refused_write_of_513(4711) + kWriteError},
+    {"RdeReadNotSent",       0x02000016, kAddressZero, 8, -3, {}, kReading + read_not_sent(4711) + kReadError},
     {"RoamingList",          0x020000B4, kSegment, 0x100, 0, {}, setting(0x020000B4) + kList},
     {"RoamingListRefused",   0x020000B4, kSegment, 0x100, 0, kRefusal, setting(0x020000B4) + kList},
     {"Profile",              0x020000B5, kMinusTwo, 0x103, 0, {}, setting(0x020000B5) + kProfile},

@@ -79,6 +79,12 @@ TEST_F(KpiIntake, SizeOfARecordIsCutToItsLowByte) {
   }
 }
 
+TEST_F(KpiIntake, ZerosInARecordAreBytesLikeOthers) {
+  Bytes payload = le32(kRecord) + Bytes{0, 1, 0, 0, 2, 0, 3};
+  take(packet(7, 1, payload));
+  EXPECT_THAT(unsolicited(), ElementsAre(record_frame(payload)));
+}
+
 TEST_F(KpiIntake, RecordResetsTheReceiver) {
   take(packet(7, 1, le32(kRecord) + Bytes{1}));
   take(packet(9, 5, {1, 2}));

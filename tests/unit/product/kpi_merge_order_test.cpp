@@ -1,5 +1,9 @@
 // The moments of a merge, for a reader of the directory who looks in between.
+#include "capture/vorn_directory.h"
 #include "vorn_phone.h"
+
+using testing::ElementsAreArray;
+using testing::UnorderedElementsAreArray;
 
 namespace {
 
@@ -14,6 +18,15 @@ class KpiMergeOrder : public VornPhone {
       look();
       ++looks;
     };
+  }
+
+  // The lines of the log alone.
+  static Lines without_calls(const Lines& steps) {
+    Lines texts;
+    for (const std::string& step : steps) {
+      if (step.starts_with("log: ")) texts.push_back(step.substr(5));
+    }
+    return texts;
   }
 
   std::string log;
@@ -48,6 +61,74 @@ TEST_F(KpiMergeOrder, LogIsHandedOffBeforeItIsReplaced) {
   merge("hello");
   EXPECT_EQ(looks, 1);
   EXPECT_EQ(target(kCurrent), log);
+}
+
+TEST_F(KpiMergeOrder, ReceiverIsResetBeforeThePackageIsMerged) {
+  receiver = {7, 2};
+  at_line("vorn_update_current_log: update", [this] { EXPECT_EQ(receiver.package_id, -1); });
+  merge("hello");
+  EXPECT_EQ(looks, 1);
+}
+
+TEST_F(KpiMergeOrder, LogOfOneByteIsHandedOff) {
+  put_log(kCurrent, log_name(now - 10), "x");
+  kpi_store.handed_off = now - kTwoDays;
+  EXPECT_THAT(merge("hello"), testing::IsSupersetOf(handed_off(log_name(now - 10))));
+  EXPECT_EQ(kpi_store.handed_off, now);
+}
+
+TEST_F(KpiMergeOrder, StaleFileIsReportedBeforeItIsDeleted) {
+  put(kVorn + "/stray");
+  set_age(kVorn + "/stray", kTwoDays);
+  at_line("vorn_clean_dir: unexpected", [this] { EXPECT_TRUE(has(kVorn + "/stray")); });
+  vorn_clean_dir();
+  EXPECT_EQ(looks, 1);
+  EXPECT_FALSE(has(kVorn + "/stray"));
+}
+
+TEST_F(KpiMergeOrder, OldestLogIsDeletedBeforeThatIsReported) {
+  put_log(kCurrent, log_name(now - 10), "old");
+  put_log(kPrevious, log_name(now - 20), "oldest");
+  kpi_store.handed_off = now - kTwoDays;
+  at_line("vorn_create_new_log: remove old " + log_name(now - 20),
+          [this] { EXPECT_FALSE(has(log_name(now - 20))); });
+  merge("hello");
+  EXPECT_EQ(looks, 1);
+}
+
+// The clean-up looks both links up for each entry that the first does not name: here two logs and
+// the temporary file, in an order of the file system's own.
+TEST_F(KpiMergeOrder, RotationThatDeletesALogSaysNothingElse) {
+  std::string old = log_name(now - 10);
+  std::string oldest = log_name(now - 20);
+  put_log(kCurrent, old, "old");
+  put_log(kPrevious, oldest, "oldest");
+  kpi_store.handed_off = now - kTwoDays;
+  merge("hello");
+  Lines links = {kLookUp + kCurrent, kLookUp + kCurrent, kLookUp + kPrevious, kLookUp + kPrevious};
+  Lines sweep = {kLookUp + kCurrent, kLookUp + kCurrent, kLookUp + kPrevious, kLookUp + kCurrent,
+                 kLookUp + kPrevious};
+  EXPECT_THAT(logs(), UnorderedElementsAreArray(without_calls(
+                          taken() + Lines{kLookUp + kCurrent} + handed_off(old) + created(log) +
+                          links + Lines{"log: vorn_create_new_log: remove old " + oldest} + sweep +
+                          appended(log))));
+}
+
+TEST_F(KpiMergeOrder, LinkWithoutALogIsRemovedSilently) {
+  make_folder(kVorn);
+  at_line("vorn_create_new_log: create new", [this] { std::filesystem::remove(at(log)); });
+  VornPath name = {};
+  EXPECT_EQ(vorn_create_new_log(name), 0);
+  EXPECT_THAT(logs(), ElementsAreArray(without_calls(created(log) + not_linked(kCurrent) +
+                                                     Lines{kLookUp + kCurrent})));
+}
+
+TEST_F(KpiMergeOrder, MissingLinkClearsTheWholeName) {
+  make_folder(kVorn);
+  VornPath name;
+  memset(name, 'x', sizeof name);
+  EXPECT_EQ(vorn_get_filename(1, name), -1);
+  EXPECT_EQ(std::string(name, sizeof name), std::string(sizeof name, '\0'));
 }
 
 }  // namespace

@@ -77,15 +77,21 @@ TEST_F(LteDataQuery, ServiceStateThatIsRefusedIsZeroAndTheRecordComplete) {
   for (uint32_t result : {0u, 2u}) {
     answer(0x107, le32(result) + le32(17) + Bytes{0xB2});
     EXPECT_EQ(get(), record("00000000" + kPlmn + kCell + kChannels + kSignal + kPower));
-    EXPECT_EQ(trace[2], "log: qor_qmi_sprint_get_lte_option: Get LTE service state failed (17).");
+    EXPECT_THAT(
+        trace, ElementsAre("log: qor_qmi_sprint_get_lte_data entered ", "send vendor 0x107",
+                           "log: qor_qmi_sprint_get_lte_option: Get LTE service state failed (17).",
+                           "send vendor 0x10a", "send nas 0x24", "send nas 0x4f", "send nas 0x5a"));
   }
 }
 
 TEST_F(LteDataQuery, ServiceStateThatIsNotSentIsZeroAndTheRecordComplete) {
   fail_send(0x107, -3);
   EXPECT_EQ(get(), record("00000000" + kPlmn + kCell + kChannels + kSignal + kPower));
-  EXPECT_EQ(trace[2],
-            "log: qor_qmi_sprint_get_lte_service_state: qmi_client_send_msg_sync failed (-3).");
+  EXPECT_THAT(
+      trace, ElementsAre(
+                 "log: qor_qmi_sprint_get_lte_data entered ", "send vendor 0x107",
+                 "log: qor_qmi_sprint_get_lte_service_state: qmi_client_send_msg_sync failed (-3).",
+                 "send vendor 0x10a", "send nas 0x24", "send nas 0x4f", "send nas 0x5a"));
 }
 
 TEST_F(LteDataQuery, FieldsWithoutValidityKeepWhatTheCallerPutThere) {
@@ -130,6 +136,7 @@ struct Failing : NamedRow {
 };
 
 const Bytes kRefused = le32(1) + le32(17);
+const Bytes kRefusedOtherwise = le32(0xFFFFFFFF) + le32(17);
 const Bytes kUnavailable = le32(1) + le32(93);
 const Bytes kPowerBehind = Bytes(56) + from_hex("01 00000000000000 C4C3C2C1");
 
@@ -142,6 +149,9 @@ const std::string kWhole = record(kState + kPlmn + kCell + kChannels + kSignal +
 // clang-format off
 const Failing kFailing[] = {
     {"ServingSystemRefused", 0x24, 0,  kRefused, 0, kNoPlmn,   "SERVING_SYSTEM failed (0), error (17)."},
+    {"ServingSystemRefusedOtherwise", 0x24, 0, kRefusedOtherwise, 0, kNoPlmn, "SERVING_SYSTEM failed (0), error (17)."},
+    {"SignalRefusedOtherwise", 0x4F, 0, kRefusedOtherwise, 0, kNoSignal, "SIG_INFO failed (0), error (17)."},
+    {"PowerRefusedOtherwise", 0x5A, 0, kRefusedOtherwise, 0, kNoPower, "TX_RX_INFO failed (0), error (17)."},
     {"ServingSystemNotSent", 0x24, -3, {},       0, kNoPlmn,   "SERVING_SYSTEM failed (-3), error (0)."},
     {"SignalRefused",        0x4F, 0,  kRefused, 0, kNoSignal, "SIG_INFO failed (0), error (17)."},
     {"SignalNotSent",        0x4F, -3, {},       0, kNoSignal, "SIG_INFO failed (-3), error (0)."},
@@ -159,7 +169,15 @@ TEST_P(LteDataFailure, EndsWithTheFieldsSoFar) {
   answer(GetParam().message, GetParam().answer);
   fail_send(GetParam().message, GetParam().rc);
   EXPECT_EQ(get(GetParam().result), GetParam().record);
-  EXPECT_EQ(trace.back(), std::string("log: get_lte_data: QMI_NAS_GET_") + GetParam().line);
+  Lines expected = {"log: qor_qmi_sprint_get_lte_data entered ",
+                    "send vendor 0x107",
+                    "send vendor 0x10a",
+                    "send nas 0x24",
+                    "send nas 0x4f",
+                    "send nas 0x5a"};
+  expected.resize(GetParam().message == 0x24 ? 4 : GetParam().message == 0x4F ? 5 : 6);
+  expected.push_back(std::string("log: get_lte_data: QMI_NAS_GET_") + GetParam().line);
+  EXPECT_EQ(trace, expected);
   EXPECT_EQ(exchanges.back().id, GetParam().message);
 }
 

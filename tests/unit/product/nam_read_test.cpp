@@ -169,6 +169,12 @@ TEST_F(NamRead, OnlyTheFirstPairIsTaken) {
   EXPECT_EQ(get().substr(2 * 32, 16), hex(le32(1) + le32(2)));
 }
 
+TEST_F(NamRead, ItemAsLongAsTheBufferIsTaken) {
+  answer(8, read_answer(36, 1024, {42}));
+  items.erase(36);
+  EXPECT_EQ(get().substr(2 * 40, 8), "2A000000");
+}
+
 TEST_F(NamRead, ItemLongerThanTheBufferCountsAsZero) {
   answer(8, read_answer(36, 1025, Bytes(512, 9)));
   items.erase(36);

@@ -189,6 +189,10 @@ TEST_F(OperatorName, LengthBeyondTheRecordReadsNothingBehindIt) {
   for (uint32_t length : {uint32_t{kNameRoom} + 1, 0xFFFFu, 0xFFFFFFFFu}) {
     judge({Bytes(kNameRoom, 'a'), length});
     EXPECT_THAT(replies(), ElementsAre(generic_answer(kOperatorName, Bytes(512, 'a')))) << length;
+    std::string name = "plmn short name is 7-bit Unpacked data ";
+    if (length == kNameRoom + 1) {
+      EXPECT_THAT(logs(), testing::Contains(name + std::string(kNameRoom, 'a')));
+    }
   }
 }
 

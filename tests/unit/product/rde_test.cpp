@@ -52,9 +52,12 @@ TEST_F(Rde, WriteFailsOnTheSendAndOnTheModemsResult) {
   EXPECT_EQ(qor_qmi_sprint_rde_write(41, 0, 0, 1, "x"), 4u);
   EXPECT_EQ(trace.back(), "log: NV Write fail - -3, result - 0, error - 0");
   fail_send(9, 0);
-  answer(9, le32(1) + le32(48));
-  EXPECT_EQ(qor_qmi_sprint_rde_write(41, 0, 0, 1, "x"), 4u);
-  EXPECT_EQ(trace.back(), "log: NV Write fail - 0, result - 1, error - 48");
+  for (uint32_t result : {1, 2, -1}) {
+    answer(9, le32(result) + le32(48));
+    EXPECT_EQ(qor_qmi_sprint_rde_write(41, 0, 0, 1, "x"), 4u);
+    EXPECT_EQ(trace.back(), "log: NV Write fail - 0, result - " +
+                                std::to_string(static_cast<int>(result)) + ", error - 48");
+  }
 }
 
 TEST_F(Rde, ReadCopiesTheItemAndItsLength) {
@@ -98,6 +101,14 @@ TEST_F(Rde, LengthIsComparedUnsigned) {
   EXPECT_EQ(trace.back(), "log: Input buffer is NULL or too small! max_len(5).");
 }
 
+TEST_F(Rde, AddressesAreSentWhole) {
+  qor_qmi_sprint_rde_write(0x01020304, 0x05060708, -2, 0, "");
+  qor_qmi_sprint_rde_read(0x01020304, 0x05060708, -2, nullptr, 0, nullptr);
+  for (const Exchange& exchange : exchanges) {
+    EXPECT_EQ(exchange.request, from_hex("04030201 08070605 FEFFFFFF") + Bytes(520));
+  }
+}
+
 TEST_F(Rde, AddressesAreLoggedWithTheirSigns) {
   EXPECT_EQ(qor_qmi_sprint_rde_write(-1, -2, -3, 0, ""), 0u);
   EXPECT_EQ(logs().front(), "NV Write with RDE index -1, record number -2, offset -3.");
@@ -133,9 +144,12 @@ TEST_F(Rde, ReadFailsOnTheSendAndOnTheModemsResult) {
   EXPECT_EQ(read(output, 4), 4u);
   EXPECT_EQ(trace.back(), "log: NV Read fail - -3, result - 0, error - 0");
   fail_send(8, 0);
-  answer(8, le32(1) + le32(16));
-  EXPECT_EQ(read(output, 4), 4u);
-  EXPECT_EQ(trace.back(), "log: NV Read fail - 0, result - 1, error - 16");
+  for (uint32_t result : {1, 2, -1}) {
+    answer(8, le32(result) + le32(16));
+    EXPECT_EQ(read(output, 4), 4u);
+    EXPECT_EQ(trace.back(), "log: NV Read fail - 0, result - " +
+                                std::to_string(static_cast<int>(result)) + ", error - 16");
+  }
 }
 
 }  // namespace

@@ -20,16 +20,21 @@ Bytes as_word(uint16_t value) { return le32(value); }
 
 class SidNid : public CarrierPhone {};
 
+const Lines kGetting = {"log: qorext_hook_sprint_handler: ENTER ",
+                        "log: qorext_hook_sprint_get_nv_data_to_oem: ENTER EVENT VALUE 33554435 ",
+                        "log: qorext_hook_sprint_get_nv_data_to_oem: EVENT VALUE 33554435 ",
+                        "log: qorext_hook_sprint_get_sid_nid_pairs:  GET SID/NID PAIRS  0 "};
+const Lines kSetting = {
+    "log: qorext_hook_sprint_handler: ENTER ",
+    "log: qorext_hook_sprint_set_nv_spc_protected_data_from_oem: EVENT VALUE 33554436 ",
+    "log: qorext_hook_sprint_set_sid_nid_pairs:  SET SID/NID PAIRS  0 "};
+
 TEST_F(SidNid, TwentyPairsAreWidened) {
   items[15] = Bytes{0} + pairs(le16);
   EXPECT_EQ(offer(Request::cdma(kGetPairs)), 0u);
   std::string frame = reply(kGetPairs, 0, pairs(as_word));
   EXPECT_EQ(frame.size(), 2u * 180);
-  Lines expected = Lines{"log: qorext_hook_sprint_handler: ENTER ",
-                         "log: qorext_hook_sprint_get_nv_data_to_oem: ENTER EVENT VALUE 33554435 ",
-                         "log: qorext_hook_sprint_get_nv_data_to_oem: EVENT VALUE 33554435 ",
-                         "log: qorext_hook_sprint_get_sid_nid_pairs:  GET SID/NID PAIRS  0 "} +
-                   read_lines(15, items[15]) +
+  Lines expected = kGetting + read_lines(15, items[15]) +
                    Lines{"log: qorext_hook_sprint_get_nam_item: READ NV VALUE 0 "} +
                    reply_lines(frame);
   EXPECT_THAT(trace, ElementsAreArray(expected));
@@ -38,8 +43,10 @@ TEST_F(SidNid, TwentyPairsAreWidened) {
 TEST_F(SidNid, FailedReadGivesZerosAndStatusFive) {
   unreadable = {15};
   offer(Request::cdma(kGetPairs));
-  EXPECT_THAT(replies(), ElementsAre(reply(kGetPairs, 5, Bytes(160))));
-  EXPECT_THAT(logs(), testing::Contains("qorext_hook_sprint_get_nam_item: READ NV VALUE 4 "));
+  Lines expected = kGetting + failed_read_lines(15) +
+                   Lines{"log: qorext_hook_sprint_get_nam_item: READ NV VALUE 4 "} +
+                   reply_lines(reply(kGetPairs, 5, Bytes(160)));
+  EXPECT_THAT(trace, ElementsAreArray(expected));
 }
 
 TEST_F(SidNid, FewerPairsThanTwentyAreFilledUpWithZeros) {
@@ -53,20 +60,19 @@ TEST_F(SidNid, TwentyPairsAreCutTo16BitsBehindTheNamIndex) {
   Bytes item = Bytes{0} + pairs(le16);
   EXPECT_EQ(offer(Request::cdma(kSetPairs, payload).with_code("ABCDEF")), 0u);
   EXPECT_THAT(writes(), ElementsAre(Write{15, hex(item)}));
-  Lines expected =
-      Lines{"log: qorext_hook_sprint_handler: ENTER ",
-            "log: qorext_hook_sprint_set_nv_spc_protected_data_from_oem: EVENT VALUE 33554436 ",
-            "log: qorext_hook_sprint_set_sid_nid_pairs:  SET SID/NID PAIRS  0 "} +
-      write_lines(15, item) + Lines{"log: qorext_hook_sprint_set_nam_item: WRITE NV VALUE 0 "} +
-      reply_lines(own_header_reply(kSetPairs, 0, "ABCDEF", payload));
+  Lines expected = kSetting + write_lines(15, item) +
+                   Lines{"log: qorext_hook_sprint_set_nam_item: WRITE NV VALUE 0 "} +
+                   reply_lines(own_header_reply(kSetPairs, 0, "ABCDEF", payload));
   EXPECT_THAT(trace, ElementsAreArray(expected));
 }
 
 TEST_F(SidNid, RefusedWriteGivesStatusFive) {
   unwritable = {15};
   offer(Request::cdma(kSetPairs, Bytes(160)));
-  EXPECT_THAT(replies(), ElementsAre(reply(kSetPairs, 5)));
-  EXPECT_THAT(logs(), testing::Contains("qorext_hook_sprint_set_nam_item: WRITE NV VALUE 4 "));
+  Lines expected = kSetting + failed_write_lines(15, Bytes(81)) +
+                   Lines{"log: qorext_hook_sprint_set_nam_item: WRITE NV VALUE 4 "} +
+                   reply_lines(reply(kSetPairs, 5));
+  EXPECT_THAT(trace, ElementsAreArray(expected));
 }
 
 TEST_F(SidNid, PairsAreSetWithoutACodeChangeWhateverTheCode) {

@@ -119,9 +119,10 @@ TEST_F(SignalCoverage, HandlersReturnTheSendsResult) {
 }
 
 TEST_F(SignalCoverage, ReportIsForwardedWhole) {
-  decode_to(kCoverageIndication, numbered(32));
+  Bytes report = from_hex("0100 0000") + numbered(27) + Bytes{0};
+  decode_to(kCoverageIndication, report);
   indicate(kCoverageIndication);
-  std::string frame = generic_event("01030004", numbered(32));
+  std::string frame = generic_event("01030004", report);
   EXPECT_EQ(trace, declined(kCoverageIndication, {"call decode 0x10c", "unsol: " + frame}));
   EXPECT_EQ(frame.size(), 2u * 60);
 }

@@ -9,6 +9,59 @@ namespace {
 
 const std::string kFailureIs = "qorext_hook_sprint_set_nam_block_request_info:  ERROR FOUND ";
 
+// The trace around the items, with the lines that follow them.
+class SpcChange : public NamWrite {
+ protected:
+  const std::string kSet = "log: qorext_hook_sprint_set_nam_info:  SET NAM ";
+  const std::string kBlock = "log: qorext_hook_sprint_set_nam_block_request_info:  ";
+
+  Lines after_items(const std::string& last_line) const {
+    auto item = std::find(trace.rbegin(), trace.rend(), last_line).base();
+    return {item, trace.end()};
+  }
+  // The lines between those of the identities and those of the system values.
+  Lines check() const {
+    auto begins = [](std::string text) {
+      return [text](const std::string& line) { return line.starts_with(text); };
+    };
+    auto from = std::find_if(trace.begin(), trace.end(), begins(kSet + "MccT "));
+    auto to = std::find_if(from, trace.end(), begins(kSet + "SID "));
+    return {from + 1, to};
+  }
+  Lines complete() const { return {kBlock + "SET NAM BLOCK NV ENTRY COMPLETE  0 "}; }
+  Lines written() const {
+    return after_items("log: qorext_hook_sprint_set_nam_item: WRITE NV VALUE 0 ");
+  }
+};
+
+TEST_F(SpcChange, IsLoggedLineByLine) {
+  const Lines kSpc = {"log: qor_qmi_sprint_write_spc entered ", "send dms 0x52"};
+  const Lines kError = {kBlock + "ERROR FOUND 19 "};
+  nam.new_spc = "654321";
+  set();
+  EXPECT_EQ(check(), (Lines{"log: isSpcChanged = 1, (123456 ~ 654321)"}));
+  EXPECT_EQ(written(), kSpc + complete() + reply_lines(replies()[0]));
+
+  answer(0x52, kRefusal);
+  set(5);
+  EXPECT_EQ(written(), kSpc + Lines{"log: qor_qmi_sprint_write_spc Error = 16"} + complete() +
+                           kError + reply_lines(replies()[0]));
+  fail_send(0x52, -3);
+  answer(0x52, {});
+  set(5);
+  EXPECT_EQ(written(), kSpc +
+                           Lines{"log: qor_qmi_sprint_write_spc: qmi_client_send_msg_sync (-3)."} +
+                           complete() + kError + reply_lines(replies()[0]));
+}
+
+TEST_F(SpcChange, OfOtherThanDigitsIsLoggedLineByLine) {
+  nam.new_spc = "65x321";
+  set();
+  EXPECT_EQ(check(), (Lines{"log: isSpcChanged = 1, (123456 ~ 65x321)",
+                            "log: Byte (2) of SPC is not digit."}));
+  EXPECT_EQ(written(), complete() + reply_lines(replies()[0]));
+}
+
 TEST_F(NamWrite, UnchangedCodeIsNotWritten) {
   set();
   EXPECT_FALSE(is_code_changed());

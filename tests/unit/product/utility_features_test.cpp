@@ -62,11 +62,11 @@ class CallEndRadioState : public FeaturePhone {
 };
 
 TEST_F(CallEndRadioState, PutsAStatusInThePlaceOfTheFirstByte) {
-  answer(kUtilityMessage, utility_response(17, from_hex("EE 0102030405060708 090A0B0C0D0EAFFF")));
+  answer(kUtilityMessage, utility_response(17, from_hex("EE 0100030405060708 090A0B0C0D0EAFFF")));
   ask(Request::generic(kCallEndRadioState, {0x42, 0xEE}));
-  EXPECT_EQ(trace, outcome(0, from_hex("00 0102030405060708 090A0B0C0D0EAFFF")) +
+  EXPECT_EQ(trace, outcome(0, from_hex("00 0100030405060708 090A0B0C0D0EAFFF")) +
                        Lines{"log: get_call_end_radio_state : response, data: "
-                             "0x0102030405060708090A0B0C0D0EAFFF"});
+                             "0x0100030405060708090A0B0C0D0EAFFF"});
   EXPECT_EQ(sent().request, le32(7) + le32(1) + Bytes{0x42} + Bytes(255));
 }
 

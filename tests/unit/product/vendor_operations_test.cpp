@@ -116,6 +116,13 @@ const Verdict kVerdicts[] = {
     {"ListOne",             set_list, 0, kOne, 0, nullptr},
     {"ListNotSent",         set_list, -3, kZero, 0, kNotSent},
     {"EngineeringOne",      get_engineering, 0, kOne + kText, 0, "Get Engineer info failed (1)."},
+    {"ListTwo",             set_list, 0, kTwo, 0, nullptr},
+    {"EngineeringTwo",      get_engineering, 0, kTwo + kText, 0, "Get Engineer info failed (2)."},
+    {"ReadBandTwo",         read_band, 0, kTwo, 0, "Read Band failed."},
+    {"WriteBandTwo",        write_band, 0, kTwo, 0, "Read Band failed."},
+    {"ProfileTwo",          switch_profile, 0, kTwo, 0, "failed."},
+    {"UpdateTwo",           update_tot, 0, kTwo, 0, "Update TOT order failed (9)."},
+    {"ChannelTwo",          get_channel, 0, kTwo + kChannel, 0, "failed (9)."},
     {"EngineeringNotSent",  get_engineering, -3, kZero + kText, 0, kNotSent},
     {"TimerOne",            get_timer, 0, kOne + kTimer, 33, nullptr},
     {"TimerOneOfZero",      get_timer, 0, kOne + le32(0), 0, nullptr},
@@ -197,12 +204,12 @@ TEST_F(VendorOperations, EngineeringInfoNeedsBufferAndLength) {
 }
 
 TEST_F(VendorOperations, EngineeringInfoCopiesTheStatedBytes) {
-  answer(0x10, le32(0) + le32(0xEEEEEEEE) + le32(3) + text("abcdef"));
+  answer(0x10, le32(0) + le32(0xEEEEEEEE) + le32(3) + from_hex("61 00 63 64"));
   uint8_t output[1000] = {};
   uint32_t length = 99;
   EXPECT_EQ(qor_qmi_sprint_get_engineering_info(0, output, &length), 1);
   EXPECT_EQ(length, 3u);
-  EXPECT_EQ(hex({output, 5}), hex(text("abc") + Bytes(2)));
+  EXPECT_EQ(hex({output, 5}), "61 00 63 0000"_hex);
   EXPECT_THAT(trace, ElementsAre("log: In Engineering info request 0", "send vendor 0x10",
                                  "log: Successfully retrieved datalen 3"));
 }
