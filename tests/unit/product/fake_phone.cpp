@@ -248,6 +248,9 @@ int __wrap_select(int count, fd_set* readable, fd_set* writable, fd_set* failed,
   EXPECT_EQ(writable, nullptr);
   EXPECT_EQ(failed, nullptr);
   EXPECT_EQ(timeout, nullptr);
+  for (int fd = 0; fd < FD_SETSIZE; ++fd) {
+    EXPECT_EQ(FD_ISSET(fd, readable), fd == kRequestFd) << fd;
+  }
   PipeStep& step = phone().pipe.front();
   int result = step.select_result;
   errno = step.select_errno;

@@ -3,6 +3,7 @@
 #include <iostream>
 
 #include "feature_phone.h"
+#include "features/feature_indications.h"
 
 using testing::ElementsAre;
 using testing::ExitedWithCode;
@@ -134,6 +135,20 @@ TEST_F(Indications, EachRowReachesItsHandler) {
   }
 }
 
+TEST_F(Indications, HandlersReturnZeroWhateverHappens) {
+  auto deliver = [this](auto* handler, unsigned int id) {
+    return handler(vendor_client(), id, encoded.data(), 5u, nullptr);
+  };
+  for (auto [handler, id] : {std::pair(&utilsIndHndlr, 0x0Fu), {&sigcovIndHndlr, 0x10Cu}}) {
+    EXPECT_EQ(deliver(handler, id), 0);
+    allocations_left = 0;
+    EXPECT_EQ(deliver(handler, id), 0);
+    fail_decode(id, QMI_MALFORMED_ERR);
+    EXPECT_EQ(deliver(handler, id), 0);
+    allocations_left = -1;
+  }
+}
+
 TEST_F(Indications, UnknownIdIsLoggedAndDropped) {
   const struct {
     unsigned int id;
@@ -177,7 +192,11 @@ TEST_F(Indications, CallbackHandsEverythingOnUnchanged) {
   ASSERT_NE(indication_callback, nullptr);
   decode_to(0x12, le16(1));
   indication_callback(vendor_client(), 0x12, encoded.data(), 5, nullptr);
-  EXPECT_THAT(unsolicited(), ElementsAre(cdma_event(0x020001B0, le32(1))));
+  EXPECT_THAT(trace,
+              ElementsAre("log: qmi_qorext_hook_ind_cb: msg_id=0x12 buf_len=5 cb_data=(nil)\n",
+                          "log: Handling unsol msg 18", "call decode 0x12",
+                          "unsol: " + cdma_event(0x020001B0, le32(1)),
+                          "log: Unsol resp 0x12 is handled by Sprint handler."));
 }
 
 }  // namespace

@@ -180,12 +180,14 @@ TEST_F(NvAccess, FixedWriteFailsOnTheSendAndOnTheModemsResult) {
                                  "log: NV write Err RdeId=28, Err=-3, resp_type=0",
                                  "reply: " + reply(0x02000008, 5)));
   fail_send(9, 0);
-  answer(9, le32(1) + le32(48));
-  trace.clear();
-  nvWrite(Request::cdma(0x02000008, {1}).data(), 28);
-  EXPECT_THAT(trace, ElementsAre("log: NV write RdeId: 28 length 1", "send vendor 0x9",
-                                 "log: NV write Err RdeId=28, Err=0, resp_type=48",
-                                 "reply: " + reply(0x02000008, 5)));
+  for (uint32_t result : {1, 2, -1}) {
+    answer(9, le32(result) + le32(48));
+    trace.clear();
+    nvWrite(Request::cdma(0x02000008, {1}).data(), 28);
+    EXPECT_THAT(trace, ElementsAre("log: NV write RdeId: 28 length 1", "send vendor 0x9",
+                                   "log: NV write Err RdeId=28, Err=0, resp_type=48",
+                                   "reply: " + reply(0x02000008, 5)));
+  }
 }
 
 TEST_F(NvAccess, GeneralReadRepliesWithWhatTheModemGave) {
@@ -205,12 +207,15 @@ TEST_F(NvAccess, GeneralReadFailsOnTheSendAndOnTheModemsResult) {
   fail_send(8, -3);
   genNvRead(request.data(), 0);
   fail_send(8, 0);
-  answer(8, read_answer(1, 4, Bytes(4), 1, 16));
-  genNvRead(request.data(), 0);
-  EXPECT_THAT(trace,
-              ElementsAre("send vendor 0x8", "log: Gen NV Read error -3 or 0",
-                          "reply: " + reply(0x02000016, 5), "send vendor 0x8",
-                          "log: Gen NV Read error 0 or 16", "reply: " + reply(0x02000016, 5)));
+  EXPECT_THAT(trace, ElementsAre("send vendor 0x8", "log: Gen NV Read error -3 or 0",
+                                 "reply: " + reply(0x02000016, 5)));
+  for (uint32_t result : {1, 2, -1}) {
+    answer(8, read_answer(1, 4, Bytes(4), result, 16));
+    trace.clear();
+    genNvRead(request.data(), 0);
+    EXPECT_THAT(trace, ElementsAre("send vendor 0x8", "log: Gen NV Read error 0 or 16",
+                                   "reply: " + reply(0x02000016, 5)));
+  }
 }
 
 TEST_F(NvAccess, GeneralReadIsCutToWhatTheModemCanHaveSent) {
@@ -258,14 +263,22 @@ TEST_F(NvAccess, GeneralWriteOf513BytesOrANegativeLengthIsNotAnswered) {
 }
 
 TEST_F(NvAccess, GeneralWriteFailsOnTheSendAndOnTheModemsResult) {
+  auto expect_failure = [this](const std::string& line) {
+    trace.clear();
+    genNvWrite(general_write(0, {}).data(), 0);
+    EXPECT_THAT(trace,
+                ElementsAre("log: Gen NV Write RdeId 4242, rec num 1, offset 2, len 0. hexdump...",
+                            "log: HexDump: Data ", "send vendor 0x9",
+                            "log: Gen NV write error " + line + ", for element 4242",
+                            "reply: " + reply(0x02000015, 5)));
+  };
   fail_send(9, -3);
-  genNvWrite(general_write(0, {}).data(), 0);
+  expect_failure("-3 result 0");
   fail_send(9, 0);
-  answer(9, le32(1) + le32(48));
-  genNvWrite(general_write(0, {}).data(), 0);
-  EXPECT_THAT(logs(), testing::IsSupersetOf({"Gen NV write error -3 result 0, for element 4242",
-                                             "Gen NV write error 0 result 1, for element 4242"}));
-  EXPECT_THAT(replies(), ElementsAre(reply(0x02000015, 5), reply(0x02000015, 5)));
+  for (uint32_t result : {1, 2, -1}) {
+    answer(9, le32(result) + le32(48));
+    expect_failure("0 result " + std::to_string(static_cast<int>(result)));
+  }
 }
 
 TEST_F(NvAccess, NullRequestIsLeftUnanswered) {

@@ -58,6 +58,20 @@ TEST_F(RequestLoop, FailedSelectIsLoggedAndTriedAgain) {
   }
 }
 
+// Leaves bytes with every bit set where the next calls have their variables.
+__attribute__((noinline)) void soil_stack() {
+  volatile uint8_t bytes[4096];
+  for (volatile uint8_t& byte : bytes) byte = 0xFF;
+}
+
+// What each select finds in its set is checked by the select itself.
+TEST_F(RequestLoop, OnlyTheRequestPipeIsWaitedFor) {
+  pipe = {{.select_result = -1, .select_errno = EINTR}, {}};
+  soil_stack();
+  serve_requests(kRequestFd);
+  EXPECT_EQ(trace.size(), 6u);
+}
+
 TEST_F(RequestLoop, SelectOfZeroIsLogged) {
   serve({{.select_result = 0}});
   EXPECT_THAT(served(), ElementsAre("log: select returned zero", kReadFailed));

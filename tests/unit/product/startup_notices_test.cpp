@@ -87,6 +87,57 @@ TEST_F(StartUpNotices, NoticeThatCannotBeSentIsAWarningAndStartUpGoesOn) {
   EXPECT_THAT(logs(), Contains("Child process waiting for data"));
 }
 
+// The trace of reading an empty item.
+Lines empty_item(int id) {
+  return {"log: NV Read with RDE index (" + std::to_string(id) + "), recordNum(0), offset(0).",
+          "send vendor 0x8", "log: NV Read 0, length 0, data length 0, grde - "};
+}
+
+TEST_F(StartUpNotices, WholeStartUpIsLoggedLineByLine) {
+  const std::string kConfig = "qor_qmi_read_baseband_config_version: ";
+  const Lines kWarned = {"debug: is_kernel_panic looking for POWERUPREASON",
+                         "debug: is_kernel_panic POWERUPREASON=0x00020000",
+                         "debug: notify_auto_verify_sim_pin from AP called", "send vendor 0xf",
+                         "log: [Warning] Failed notify the auto verify SIM PIN to BP"};
+  const Lines kPublished =
+      empty_item(8029) +
+      Lines{"log: " + kConfig + "fsg version NV read status(0)",
+            "log: " + kConfig + "no valid delimiter in ",
+            "call property_set ril.baseband.config.ver_num=Unknown"} +
+      empty_item(8028) +
+      Lines{"log: " + kConfig + "flex nv status(0)",
+            "call property_set ril.baseband.config.version=",
+            "log: IMEI_SV number update  7",
+            "log: NV Write with RDE index 41, record number 0, offset 0.",
+            "log: qor_qmi_sprint_rde_write: hexdump len 1...",
+            "log: HexDump: Data 07",
+            "send vendor 0x9",
+            "log: NV Write success for element 41",
+            "log: IMEI_SV property write status if 0-success else failure return 0\n"};
+  const Lines kBandClass = empty_item(53) + Lines{"call property_set ril.lte.bc.config=0"};
+  const Lines kReady = {"log: dhob_write: Sending ready to received indications message to BP",
+                        "send vendor 0x13"};
+  const Lines kServed = {"log: Child process waiting for data", "log: Read 0 bytes from pipe",
+                         "log: Buffer length is zero..Exiting QOREXT"};
+  put_kernel_panic();
+  fail_send(0x0F, -2);
+  for (std::string instance : {"0", "1"}) {
+    trace.clear();
+    start(instance);
+    auto up = std::find(trace.begin(), trace.end(), "log: qmi_qorext_hook_client_init Succeeded\n");
+    ASSERT_NE(up, trace.end());
+    Lines expected = instance == "0" ? kWarned + kPublished + kBandClass + kReady + kServed
+                                     : kWarned + kBandClass + kServed;
+    EXPECT_EQ(Lines(up + 1, trace.end()), expected);
+    Lines first(trace.begin(), trace.begin() + 4);
+    EXPECT_THAT(first, ElementsAre("log: Starting qorext_client", "call setuid 1001",
+                                   "log: readfd=600, writefd=601, writeunsolfd=602 "
+                                   "qor_ext_instance_id=" +
+                                       instance,
+                                   "call nas_get_service_object 1 175 6"));
+  }
+}
+
 TEST_F(StartUpNotices, NoticeThatIsSentGivesNoWarning) {
   put_kernel_panic();
   start("0");

@@ -85,6 +85,22 @@ TEST_F(StartUp, HexadecimalArgumentsEndAtTheirLetter) {
   EXPECT_EQ(logs()[1], "readfd=-1, writefd=0, writeunsolfd=0 qor_ext_instance_id=0");
 }
 
+TEST_F(StartUp, EachPipeHasItsUse) {
+  int ends[3][2];
+  for (auto& pair : ends) ASSERT_EQ(pipe2(pair, O_CLOEXEC), 0);
+  auto& [request, reply, unsolicited] = ends;
+  ASSERT_EQ(write(request[1], "\5\0\0\1\0\0\0", 8), 8);
+  close(request[1]);
+  start(
+      {std::to_string(request[0]), std::to_string(reply[1]), std::to_string(unsolicited[1]), "0"});
+  writeUnsolToParent("unsolicited", 11);
+  uint8_t frame[20] = {};
+  EXPECT_EQ(read(reply[0], frame, sizeof frame), 8);
+  EXPECT_EQ(hex({frame, 8}), "05000001FFFFFFFF");
+  EXPECT_EQ(read(unsolicited[0], frame, sizeof frame), 11);
+  for (int fd : {request[0], reply[0], reply[1], unsolicited[0], unsolicited[1]}) close(fd);
+}
+
 // The parent shares their state: what is set here would change its ends, too.
 TEST_F(StartUp, PipesAreTakenAsTheyAre) {
   int request[2];
@@ -120,6 +136,8 @@ TEST_F(StartUp, CarrierClientsComeBeforeTheVendorClient) {
 TEST_F(StartUp, FailedCarrierClientEndsIt) {
   init_results = {-7};
   EXPECT_EQ(start_normally(), 0);
+  ASSERT_GE(trace.size(), 2u);
+  EXPECT_EQ(trace[trace.size() - 2], "log: qmi_qorext_sprint_client_init: NAS Client Init rc: -7");
   EXPECT_EQ(trace.back(), "log: main:qmi_qorext_sprint_client_init failed = -7");
   EXPECT_THAT(trace, Not(Contains("call client_init dms")));
 }
@@ -127,6 +145,8 @@ TEST_F(StartUp, FailedCarrierClientEndsIt) {
 TEST_F(StartUp, FailedVendorClientEndsIt) {
   init_results = {0, 0, -7};
   EXPECT_EQ(start_normally(), 0);
+  ASSERT_GE(trace.size(), 2u);
+  EXPECT_EQ(trace[trace.size() - 2], "call release notifier");
   EXPECT_EQ(trace.back(), "log: main:qmi_qorext_hook_client_t failed = -1");
 }
 
