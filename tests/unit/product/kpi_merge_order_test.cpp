@@ -1,4 +1,5 @@
 // The moments of a merge, for a reader of the directory who looks in between.
+#include "capture/kpi_logs.h"
 #include "capture/vorn_directory.h"
 #include "vorn_phone.h"
 
@@ -129,6 +130,52 @@ TEST_F(KpiMergeOrder, MissingLinkClearsTheWholeName) {
   memset(name, 'x', sizeof name);
   EXPECT_EQ(vorn_get_filename(1, name), -1);
   EXPECT_EQ(std::string(name, sizeof name), std::string(sizeof name, '\0'));
+}
+
+// The lines of a new log whose links or directory fail: nothing beyond one line a failure.
+TEST_F(KpiMergeOrder, FailuresOfTheLinksAreLoggedOnceEach) {
+  const std::string kFailed = "vorn_create_new_log: Unable to ";
+  const struct {
+    std::map<std::string, int> failing;
+    Lines lines;
+    bool is_linked;
+  } kRows[] = {
+      {{}, {}, true},
+      {{{"rename", EIO}}, {kFailed + "rename /data/vorn/.new, errno 5"}, true},
+      {{{"symlink /data/vorn/.new", EIO}}, {kFailed + "link /data/vorn/.new, errno 5"}, true},
+      {{{"symlink /data/vorn/.0001", EIO}}, {}, true},
+      {{{"rename", EIO}, {"symlink /data/vorn/.0001", EPERM}},
+       {kFailed + "rename /data/vorn/.new, errno 5", kFailed + "link /data/vorn/.0001, errno 1"},
+       false},
+      {{{"fsync /data/vorn", EIO}}, {kFailed + "sync /data/vorn, errno 5"}, true},
+  };
+  for (const auto& row : kRows) {
+    make_folder(kVorn);
+    failing = row.failing;
+    trace.clear();
+    VornPath name = {};
+    EXPECT_EQ(vorn_create_new_log(name), 0);
+    EXPECT_EQ(
+        logs(),
+        without_calls(created(log) + not_linked(kCurrent) + Lines{kLookUp + kCurrent}) + row.lines);
+    EXPECT_EQ(target(kCurrent), row.is_linked ? log : "");
+    EXPECT_FALSE(has(kVorn + "/.new"));
+    std::filesystem::remove_all(at(kVorn));
+  }
+}
+
+TEST_F(KpiMergeOrder, FileThatTakesNothingCountsAsAFullDisk) {
+  put_log(kCurrent, log, "old");
+  put(kTemporary, "x");
+  file_write_limit = 0;
+  VornPath temporary = "/data/vorn/~vorn0007.log";
+  errno = 0;
+  vorn_update_current_log(temporary, kpi_store.handed_off);
+  EXPECT_EQ(logs().back(), "vorn_update_current_log: Unable to write " + log + ", errno 28");
+  store(1, "a");
+  file_write_limit = {};
+  store(2, "b", true);
+  EXPECT_EQ(logs().back(), "vorn_update_current_log: Unable to write " + kTemporary + ", errno 28");
 }
 
 }  // namespace

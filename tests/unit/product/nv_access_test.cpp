@@ -281,6 +281,33 @@ TEST_F(NvAccess, GeneralWriteFailsOnTheSendAndOnTheModemsResult) {
   }
 }
 
+TEST_F(NvAccess, HandlersReturnZeroWhateverHappens) {
+  Request fixed_read = Request::cdma(0x02000007);
+  Request refused_read = Request::cdma(0x02000017);
+  Request code = Request::cdma(0x0200000A, text("123456"));
+  Request fixed_write = Request::cdma(0x02000008, {1});
+  Request long_write = Request::cdma(0x02000008, numbered(513));
+  Request read = Request::cdma(0x02000016, Bytes(16));
+  for (int rc : {0, -3}) {
+    fail_send(8, rc);
+    fail_send(9, rc);
+    for (int allocations : {-1, 0}) {
+      allocations_left = allocations;
+      for (Request* request : {&fixed_read, &refused_read, &code}) {
+        EXPECT_EQ(nvRead(request->data(), 28), 0);
+      }
+      for (Request* request : {&fixed_write, &long_write}) {
+        EXPECT_EQ(nvWrite(request->data(), 28), 0);
+      }
+      EXPECT_EQ(genNvRead(read.data(), 0), 0);
+      EXPECT_EQ(genNvWrite(general_write(3, {1, 2, 3}).data(), 0), 0);
+      EXPECT_EQ(genNvWrite(general_write(513, {}).data(), 0), 0);
+      EXPECT_EQ(handleNvResponse(fixed_read.data(), {}, 4), 0);
+      EXPECT_EQ(handleSpcResponse(code.data(), {}, 6), 0);
+    }
+  }
+}
+
 TEST_F(NvAccess, NullRequestIsLeftUnanswered) {
   EXPECT_EQ(nvRead(nullptr, 28), 0);
   EXPECT_EQ(nvWrite(nullptr, 28), 0);

@@ -123,6 +123,8 @@ TEST_F(Pfp, IndicationHandlerReturnsZero) {
                          static_cast<unsigned int>(encoded.size()), nullptr);
   };
   EXPECT_EQ(deliver(), 0);
+  allocations_left = 0;
+  EXPECT_EQ(deliver(), 0);
   fail_decode(kPfpIndication, QMI_MALFORMED_ERR);
   EXPECT_EQ(deliver(), 0);
 }
