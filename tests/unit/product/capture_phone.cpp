@@ -192,7 +192,12 @@ int __wrap_pthread_create(pthread_t* thread, const pthread_attr_t* attributes, v
                           void* argument) {
   if (g_phone == nullptr) return __real_pthread_create(thread, attributes, body, argument);
   int detach_state = -1;
-  if (attributes != nullptr) pthread_attr_getdetachstate(attributes, &detach_state);
+  if (attributes != nullptr) {
+    size_t guard = 0;
+    pthread_attr_getguardsize(attributes, &guard);
+    EXPECT_GT(guard, 0u) << "attributes are not initialized";
+    pthread_attr_getdetachstate(attributes, &detach_state);
+  }
   g_phone->threads.push_back({body, argument, detach_state});
   return 0;
 }

@@ -1,4 +1,6 @@
 // The moments of a merge, for a reader of the directory who looks in between.
+#include <unistd.h>
+
 #include "capture/kpi_logs.h"
 #include "capture/vorn_directory.h"
 #include "vorn_phone.h"
@@ -176,6 +178,16 @@ TEST_F(KpiMergeOrder, FileThatTakesNothingCountsAsAFullDisk) {
   file_write_limit = {};
   store(2, "b", true);
   EXPECT_EQ(logs().back(), "vorn_update_current_log: Unable to write " + kTemporary + ", errno 28");
+}
+
+TEST_F(KpiMergeOrder, DescriptorZeroIsAFileLikeAnyOther) {
+  int standard_input = dup(STDIN_FILENO);
+  close(STDIN_FILENO);
+  merge("hello");
+  dup2(standard_input, STDIN_FILENO);
+  close(standard_input);
+  EXPECT_EQ(content(log), "hello");
+  EXPECT_FALSE(has(kTemporary));
 }
 
 }  // namespace

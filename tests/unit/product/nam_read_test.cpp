@@ -104,7 +104,9 @@ TEST_P(NamReadFailure, GivesItsNumberAndAnUnfilledRecord) {
   EXPECT_EQ(get(5), hex(Bytes(104)));
   EXPECT_EQ(exchanges.size(), 15u) << "every item is read, whatever failed before it";
   EXPECT_THAT(logs(), Contains("qorext_hook_sprint_get_nam_item: READ NV VALUE 4 ").Times(1));
-  EXPECT_THAT(logs(), Contains(kBlock + "ERROR FOUND " + std::to_string(GetParam()) + " "));
+  Lines end = Lines{"log: " + kBlock + "ERROR FOUND " + std::to_string(GetParam()) + " "} +
+              reply_lines(replies().at(0));
+  EXPECT_EQ(Lines(trace.end() - std::ssize(end), trace.end()), end);
   EXPECT_THAT(logs(), Not(Contains(StartsWith(kInfo))));
   EXPECT_THAT(logs(), Not(Contains("qorext_hook_sprint_get_nam_info:  NO REQUEST ERRORS  0 ")));
 }

@@ -203,6 +203,14 @@ TEST_F(VendorOperations, EngineeringInfoNeedsBufferAndLength) {
   EXPECT_THAT(trace, IsEmpty());
 }
 
+TEST_F(VendorOperations, EngineeringInfoTypeIsSentWhole) {
+  uint8_t output[1000] = {};
+  uint32_t length = 0;
+  qor_qmi_sprint_get_engineering_info(-2, output, &length);
+  EXPECT_EQ(exchanges.at(0).request, from_hex("FEFFFFFF"));
+  EXPECT_EQ(trace[0], "log: In Engineering info request -2");
+}
+
 TEST_F(VendorOperations, EngineeringInfoCopiesTheStatedBytes) {
   answer(0x10, le32(0) + le32(0xEEEEEEEE) + le32(3) + from_hex("61 00 63 64"));
   uint8_t output[1000] = {};
