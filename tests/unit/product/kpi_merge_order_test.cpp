@@ -184,6 +184,7 @@ TEST_F(KpiMergeOrder, DescriptorZeroIsAFileLikeAnyOther) {
   int standard_input = dup(STDIN_FILENO);
   close(STDIN_FILENO);
   merge("hello");
+  EXPECT_NE(close(STDIN_FILENO), 0) << "left open";
   dup2(standard_input, STDIN_FILENO);
   close(standard_input);
   EXPECT_EQ(content(log), "hello");
