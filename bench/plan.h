@@ -2,7 +2,7 @@
 // program to do the same and nothing else. A text, one step a line, bytes in hexadecimal:
 //
 //   request BYTES            begins a request; the steps follow in their order
-//   log PRIORITY TEXT        a log line (its text as bytes)
+//   log LINE                 a log line as it is written to a terminal (as bytes, with its end)
 //   exchange SERVICE BYTES   a request packet to one of the modem's services, and its response
 //   reply BYTES
 #pragma once

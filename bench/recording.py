@@ -14,8 +14,6 @@ UNFINISHED = re.compile(r"^(\d+) +(.*?) *<unfinished \.\.\.>$")
 RESUMED = re.compile(r"^(\d+) +<\.\.\. \w+ resumed>(.*)$")
 
 STRINGS = re.compile(r'"((?:\\x[0-9a-f]{2})*)"')
-LOG_LINE = re.compile(rb"^RIL-QOREXT (\w) \S+ \S+ +\d+ +\d+ (.*)\n$", re.DOTALL)
-PRIORITIES = {b"D": 3, b"E": 6}
 STANDARD_ERROR = 2
 HELLO = 2  # the first word of the packet that attaches a socket to a service
 
@@ -94,8 +92,7 @@ def step(call, service_of, reply_descriptor):
     if call.descriptor == reply_descriptor:
         return f"reply {call.data.hex()}"
     if call.descriptor == STANDARD_ERROR:
-        priority, text = LOG_LINE.match(call.data).groups()
-        return f"log {PRIORITIES[priority]} {text.hex()}"
+        return f"log {call.data.hex()}"
     return None
 
 

@@ -1,33 +1,20 @@
 #include "daemon_log.h"
 
-#include <regex>
+#include "log/log_line.h"
 
 namespace e2e {
 
 namespace {
 
-// What the log library puts in front of an error's text: today's form, or that of older releases.
-const std::regex kErrorForms[] = {
-    std::regex(R"(RIL-QOREXT E [0-9-]+ [0-9:]+ +\d+ +\d+ )"),
-    std::regex(R"(E/RIL-QOREXT\( *\d+\): )"),
-};
-
-std::optional<std::string> text_of(const std::string& line) {
-  for (const std::regex& form : kErrorForms) {
-    std::smatch match;
-    bool found = std::regex_search(line, match, form, std::regex_constants::match_continuous);
-    if (found) return match.suffix().str();
-  }
-  return std::nullopt;
-}
+constexpr char kError = 'E';
 
 }  // namespace
 
 void DaemonLog::add(const std::string& line) {
-  auto text = text_of(line);
+  auto parsed = qorextctl::parse_daemon_line(line);
   std::lock_guard lock(mutex_);
-  if (text) {
-    messages_.push_back(*text);
+  if (parsed && parsed->priority == kError) {
+    messages_.emplace_back(parsed->text);
   } else if (!line.empty()) {
     other_lines_.push_back(line);
   }

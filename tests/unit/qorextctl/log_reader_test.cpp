@@ -40,15 +40,17 @@ TEST(LogLine, TheFormatsOfLogcatAreKnown) {
   struct {
     const char* head;
     const char* source;
+    char priority;
   } const cases[] = {
-      {"E/RIL-QOREXT( 1234): ", " 1234"},
-      {"D/RIL-QOREXT(12345): ", "12345"},
-      {"11-21 17:14:39.123 E/RIL-QOREXT( 1234): ", " 1234"},
-      {"11-21 17:14:39.123  1234  1240 E RIL-QOREXT: ", "1234  1240"},
-      {"2026-11-21 17:14:39.123456 +0000  1234  1240 D RIL-QOREXT: ", "1234  1240"},
-      {"11-21 17:14:39.123 radio  1234  1240 E RIL-QOREXT: ", "1234  1240"},
-      {"11-21 17:14:39.123  1001  1234  1240 E RIL-QOREXT: ", "1234  1240"},
-      {"RIL-QOREXT E 11-21 17:14:39  1234  1240 ", "1234  1240"},
+      {"E/RIL-QOREXT( 1234): ", " 1234", 'E'},
+      {"D/RIL-QOREXT(12345): ", "12345", 'D'},
+      {"11-21 17:14:39.123 E/RIL-QOREXT( 1234): ", " 1234", 'E'},
+      {"11-21 17:14:39.123  1234  1240 E RIL-QOREXT: ", "1234  1240", 'E'},
+      {"2026-11-21 17:14:39.123456 +0000  1234  1240 D RIL-QOREXT: ", "1234  1240", 'D'},
+      {"11-21 17:14:39.123 radio  1234  1240 E RIL-QOREXT: ", "1234  1240", 'E'},
+      {"11-21 17:14:39.123  1001  1234  1240 E RIL-QOREXT: ", "1234  1240", 'E'},
+      {"11-22 07:41:18.211 11922 11922 E RIL-QOREXT: ", "11922 11922", 'E'},
+      {"RIL-QOREXT E 11-21 17:14:39  1234  1240 ", "1234  1240", 'E'},
   };
   for (const auto& test : cases) {
     for (const char* end : {"", "\r"}) {
@@ -57,6 +59,7 @@ TEST(LogLine, TheFormatsOfLogcatAreKnown) {
       ASSERT_TRUE(parsed) << line;
       EXPECT_EQ(parsed->head, test.head);
       EXPECT_EQ(parsed->source, test.source);
+      EXPECT_EQ(parsed->priority, test.priority);
       EXPECT_EQ(parsed->text, "  two: words ");
     }
   }

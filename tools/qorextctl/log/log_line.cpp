@@ -11,17 +11,31 @@ namespace {
 // No head is longer; the expressions see no more of a line.
 constexpr size_t kMostHead = 160;
 
-// The group is the line's source.
-const std::vector<std::regex>& heads() {
+// A form of a line's head, and which groups of its expression hold what.
+struct Form {
+  std::regex head;
+  size_t source;
+  size_t priority;
+};
+
+const std::vector<Form>& forms() {
   static const std::string date =
       R"((?:\d{4}-)?\d\d-\d\d +\d\d:\d\d:\d\d(?:[.]\d{3,9})?(?: [+-]\d{4})? +)";
   static const std::string user = R"((?:[a-z_]\w* +|\d+ +)?)";
-  static const std::vector<std::regex> all = {
-      std::regex("(?:" + date + R"()?[VDIWEFS]/RIL-QOREXT *\(( *\d+)\): )"),  // brief, time
-      std::regex(date + user + R"((\d+ +\d+) [VDIWEFS] RIL-QOREXT *: )"),     // threadtime
-      std::regex("RIL-QOREXT [VDIWEFS] " + date + R"((\d+ +\d+) )"),          // to a terminal
+  static const std::vector<Form> all = {
+      // brief, time
+      {std::regex("(?:" + date + R"()?([VDIWEFS])/RIL-QOREXT *\(( *\d+)\): )"), 2, 1},
+      // threadtime; newer log libraries write the same to a terminal
+      {std::regex(date + user + R"((\d+ +\d+) ([VDIWEFS]) RIL-QOREXT *: )"), 1, 2},
+      // older log libraries to a terminal
+      {std::regex("RIL-QOREXT ([VDIWEFS]) " + date + R"((\d+ +\d+) )"), 2, 1},
   };
   return all;
+}
+
+std::string_view group(std::string_view line, const std::cmatch& match, size_t number) {
+  return line.substr(static_cast<size_t>(match.position(number)),
+                     static_cast<size_t>(match.length(number)));
 }
 
 }  // namespace
@@ -29,17 +43,16 @@ const std::vector<std::regex>& heads() {
 std::optional<DaemonLine> parse_daemon_line(std::string_view line) {
   std::string_view start = line.substr(0, kMostHead);
   if (start.find("RIL-QOREXT") == std::string_view::npos) return std::nullopt;
-  for (const std::regex& head : heads()) {
+  for (const Form& form : forms()) {
     std::cmatch match;
-    bool found = std::regex_search(start.data(), start.data() + start.size(), match, head,
+    bool found = std::regex_search(start.data(), start.data() + start.size(), match, form.head,
                                    std::regex_constants::match_continuous);
     if (!found) continue;
     auto size = static_cast<size_t>(match.length());
     std::string_view text = line.substr(size);
     if (!text.empty() && text.back() == '\r') text.remove_suffix(1);
-    std::string_view source =
-        line.substr(static_cast<size_t>(match.position(1)), static_cast<size_t>(match.length(1)));
-    return DaemonLine{line.substr(0, size), source, text};
+    return DaemonLine{line.substr(0, size), group(line, match, form.source),
+                      group(line, match, form.priority).front(), text};
   }
   return std::nullopt;
 }
