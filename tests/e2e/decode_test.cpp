@@ -56,7 +56,7 @@ class DecodedLog : public testing::Test {
     PhoneRoot folder;
     std::string input = folder.folder() + "/session";
     std::ofstream(input) << kSession;
-    CommandResult result = run_command("$BIN/qorextctl --log session <" + input);
+    CommandResult result = run_command("$BIN/qorextctl --log --show-personal session <" + input);
     EXPECT_EQ(result.status, 0) << result.output;
     log_ = result.errors;
   }
@@ -73,6 +73,15 @@ class DecodedLog : public testing::Test {
     return log;
   }
 
+  // The daemon's lines without their heads, which hold the time.
+  static std::vector<std::string> texts_in(const std::string& log) {
+    std::vector<std::string> texts;
+    for (const std::string& line : lines_of(log)) {
+      if (auto parsed = qorextctl::parse_daemon_line(line)) texts.emplace_back(parsed->text);
+    }
+    return texts;
+  }
+
   CommandResult decode(const std::string& log, const std::string& options = "") {
     std::string path = folder_.folder() + "/log";
     std::ofstream(path) << log;
@@ -87,7 +96,6 @@ class DecodedLog : public testing::Test {
     return lines;
   }
 
- private:
   PhoneRoot folder_;
 };
 
@@ -133,6 +141,14 @@ TEST_F(DecodedLog, HoldsNoSecretUnlessAskedFor) {
   }
   EXPECT_FALSE(std::regex_search(masked, std::regex("(mdn_number|nv output|IMSI[A-Z0-9_]*) +\\d")));
   EXPECT_TRUE(std::regex_search(clear, std::regex("mdn_number +\\d")));
+}
+
+TEST_F(DecodedLog, IsMaskedAlikeByTheSession) {
+  std::string input = folder_.folder() + "/session";
+  std::ofstream(input) << kSession;
+  CommandResult result = run_command("$BIN/qorextctl --log session <" + input);
+  for (const char* secret : kSecrets) EXPECT_THAT(result.errors, Not(HasSubstr(secret)));
+  EXPECT_EQ(texts_in(result.errors), texts_in(decode(log_).output));
 }
 
 TEST_F(DecodedLog, IsTheSameInEveryFormatOfLogcat) {

@@ -3,6 +3,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <filesystem>
 #include <fstream>
 #include <map>
 #include <nlohmann/json.hpp>
@@ -315,6 +316,59 @@ TEST_F(Recordings, HoldAndShowNoPersonalDataUnlessItIsWanted) {
     EXPECT_THAT(trace, Not(HasSubstr(personal)));
   }
   EXPECT_THAT(whole_trace, HasSubstr("9135550199"));
+}
+
+// Given as bytes, so that the tool cannot know what they hold.
+TEST_F(Recordings, HideWhatMayBePersonal) {
+  const std::string session =
+      "utils type=9 data=323731383238\nraw 990000020600000000000000000000000000323731383238\n"
+      "expect-failure cdma id=0x02000098 data=323731383238\nraw 3237313832383237\n"
+      "expect-failure generic id=0x50599 data=323731383238\n";
+  record("", session);
+  std::string masked = content_of(path("recording"));
+  EXPECT_THAT(masked, HasSubstr(R"("id":"0x02000099")"));
+  EXPECT_THAT(masked, HasSubstr(R"("name":"utils")"));
+  for (const char* secret : {"323731", "271828"}) EXPECT_THAT(masked, Not(HasSubstr(secret)));
+  EXPECT_THAT(run("trace " + path("recording")).output, Not(HasSubstr("323731")));
+  record("--show-personal", session);
+  EXPECT_THAT(run("trace " + path("recording")).output, Not(HasSubstr("323731")));
+  EXPECT_THAT(run("--show-personal trace " + path("recording")).output, HasSubstr("323731383238"));
+}
+
+TEST_F(Recordings, HideWhatMayBePersonalInTheirDifferences) {
+  record("--show-personal", "utils type=9 data=323731383238\n");
+  auto lines = lines_of(content_of(path("recording")));
+  for (std::string& line : lines) {
+    size_t place = line.find(R"("direction":"request")") != std::string::npos
+                       ? line.rfind("323731383238")
+                       : std::string::npos;
+    if (place != std::string::npos) line.replace(place, 2, "33");
+  }
+  write(lines);
+  auto hidden = replayed();
+  ASSERT_EQ(hidden.size(), 2U);
+  EXPECT_EQ(hidden[0]["expected"], "***");
+  EXPECT_EQ(hidden[0]["got"], "***");
+  EXPECT_EQ(replayed("--show-personal")[0]["got"], "323731383238");
+}
+
+TEST_F(Recordings, AreTheirOwnersAloneWhereTheyHoldPersonalData) {
+  namespace fs = std::filesystem;
+  constexpr fs::perms kOwners = fs::perms::owner_read | fs::perms::owner_write;
+  std::ofstream(path("recording")) << "readable by all";
+  std::ofstream(path("trace")) << "readable by all";
+  fs::permissions(path("recording"), fs::perms(0644));
+  fs::permissions(path("trace"), fs::perms(0644));
+  EXPECT_EQ(record("", "get-ddtm\n").status, 0);
+  EXPECT_EQ(fs::status(path("recording")).permissions(), fs::perms(0644));
+  EXPECT_EQ(record("--show-personal", "get-ddtm\n").status, 0);
+  EXPECT_EQ(fs::status(path("recording")).permissions(), kOwners);
+  EXPECT_EQ(run("--show-personal trace --output " + path("trace") + " " + path("recording")).status,
+            0);
+  EXPECT_EQ(fs::status(path("trace")).permissions(), kOwners);
+  EXPECT_EQ(run("--show-personal trace --output " + path("new") + " " + path("recording")).status,
+            0);
+  EXPECT_EQ(fs::status(path("new")).permissions(), kOwners);
 }
 
 TEST_F(Recordings, AreNotPlayedBackWhereTheyAreMasked) {

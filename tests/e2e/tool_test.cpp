@@ -49,6 +49,18 @@ TEST(Tool, SendsBytesAsTheyAre) {
   EXPECT_EQ(run_command("$BIN/qorextctl --json raw FF").status, 1);
 }
 
+TEST(Tool, MasksTheLogThatItShowsAfterAFailure) {
+  const std::string session =
+      "printf 'nv-write rde-id=32 data=323436383130\\nnv-read rde-id=7000\\n' | $BIN/qorextctl ";
+  CommandResult masked = run_command(session + "session");
+  EXPECT_EQ(masked.status, 1);
+  EXPECT_THAT(masked.errors, HasSubstr("the daemon's log, last "));
+  EXPECT_THAT(masked.errors, HasSubstr("HexDump: Data ************\n"));
+  EXPECT_THAT(masked.errors, Not(HasSubstr("323436383130")));
+  EXPECT_THAT(run_command(session + "--show-personal session").errors,
+              HasSubstr("HexDump: Data 323436383130\n"));
+}
+
 TEST(Tool, TellsAFailureStatusByItsExitStatus) {
   CommandResult result = run_command("$BIN/qorextctl --json request nv-read rde-id=7000");
   EXPECT_EQ(result.status, 1);

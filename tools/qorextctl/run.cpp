@@ -136,6 +136,7 @@ Outcome dispatch(const Options& options, Printer& printer) {
 }  // namespace
 
 int run(const Options& options, Printer& printer) {
+  printer.show_personal(options.show_personal);
   return static_cast<int>(dispatch(options, printer));
 }
 

@@ -64,6 +64,15 @@ TEST_F(ExchangeWith, RepliesThatNobodyAskedForAreToldBeforeTheNextRequest) {
   EXPECT_EQ(run("twice", {"set-ddtm", "ddtm=1"}), Outcome::success);
   EXPECT_EQ(send({"set-ddtm", "ddtm=1"}), Outcome::success);
   EXPECT_EQ(err_.str(),
+            "qorextctl: bytes that no request asked for: ****************************************"
+            "\n");
+}
+
+TEST_F(ExchangeWith, BytesThatNobodyAskedForAreShownWherePersonalDataIsWanted) {
+  printer_.show_personal(true);
+  EXPECT_EQ(run("twice", {"set-ddtm", "ddtm=1"}), Outcome::success);
+  EXPECT_EQ(send({"set-ddtm", "ddtm=1"}), Outcome::success);
+  EXPECT_EQ(err_.str(),
             "qorextctl: bytes that no request asked for: B8000002000000000600000000000000000000"
             "00\n");
 }
@@ -88,6 +97,7 @@ TEST_F(ExchangeWith, ARequestIsNotPutBehindOneThatIsNotRead) {
 }
 
 TEST_F(ExchangeWith, APartOfAReplyIsShown) {
+  printer_.show_personal(true);
   EXPECT_EQ(run("part", {"get-ddtm"}), Outcome::transport);
   EXPECT_EQ(err_.str(),
             "qorextctl: no reply to get-ddtm: the daemon ended with exit status 3, only a part "

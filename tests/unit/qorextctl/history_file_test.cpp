@@ -83,14 +83,30 @@ TEST_F(History, ThePathFollowsTheEnvironment) {
 }
 
 TEST(PrivateLine, PersonalValuesAreRecognisedWhereverTheyStand) {
-  for (const char* line :
-       {"check-spc code=123456", "set-nam spc=000000 sid=1", "set-nam spc=0", "set-nam mdn=5551234",
-        "expect-failure check-spc code=123456", "nv-write rde-id=32 data=313233343536",
-        "cdma id=0x02000016 code=123456", "raw 0A000002 00000000 00000000 313233343536",
-        "cdma id=0x02000015 data=20000000000000000000000006000000313233343536",
-        "modem set nam.mdn=9135550199", "modem set settings.spc=123456",
-        "modem set security.subsidy_lock_code=123456", "modem nv 32 313233343536",
-        "modem {\"command\":\"set\"}", "raw 0g", "set-nam 'spc=1"}) {
+  for (const char* line : {"check-spc code=123456",
+                           "set-nam spc=000000 sid=1",
+                           "set-nam spc=0",
+                           "set-nam mdn=5551234",
+                           "expect-failure check-spc code=123456",
+                           "nv-write rde-id=32 data=313233343536",
+                           "cdma id=0x02000016 code=123456",
+                           "raw 0A000002 00000000 00000000 313233343536",
+                           "cdma id=0x02000015 data=20000000000000000000000006000000313233343536",
+                           "modem set nam.mdn=9135550199",
+                           "modem set settings.spc=123456",
+                           "modem set security.subsidy_lock_code=123456",
+                           "modem nv 32 313233343536",
+                           "modem {\"command\":\"set\"}",
+                           "raw 0g",
+                           "set-nam 'spc=1",
+                           "utils type=9 data=3132",
+                           "utils type=9 data=3z",
+                           "utlis data=3132",
+                           "cdma id=0x02000099 data=3132",
+                           "generic id=0x50599 data=3132",
+                           "nv-write rde-id=32 data=3z",
+                           "tune data=0A spc=1",
+                           "raw 07000002 00000000 00000000 000000000000"}) {
     EXPECT_TRUE(is_private_line(line)) << line;
   }
 }
@@ -98,7 +114,7 @@ TEST(PrivateLine, PersonalValuesAreRecognisedWhereverTheyStand) {
 TEST(PrivateLine, OtherLinesAreKept) {
   for (const char* line :
        {"get-nam", "nv-read rde-id=32", "nv-write rde-id=7000 data=01", "frob", "",
-        "raw 07000002 00000000 00000000 000000000000", "modem nv 32", "modem nv 28 0A",
+        "tune data=0A0B", "coverage text=on", "modem nv 32", "modem nv 28 0A",
         "modem set lte.mcc=310", "modem indicate notify", "wait-unsol 2 5", "# spc"}) {
     EXPECT_FALSE(is_private_line(line)) << line;
   }

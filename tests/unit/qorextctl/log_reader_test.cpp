@@ -76,6 +76,11 @@ TEST(LogLine, LinesOfOthersAreNotTheDaemons) {
   EXPECT_TRUE(parse_daemon_line(kHead + std::string(1'000'000, 'x')));
 }
 
+TEST(LogReader, BytesOfAUtilityRequestAreMasked) {
+  EXPECT_EQ(masked({"UTILS: req.req_data[0]50, req.req_data[UTILS_REQ_DATA_SIZE_V01-1] 7"}),
+            "UTILS: req.req_data[0]***");
+}
+
 TEST(LogReader, AReplyFrameIsDecoded) {
   EXPECT_EQ(shown(last_of({"handleNvRsp: response hexdump for p_respHdr->msgId 0x200000d...",
                            "HexDump: Data 0D00000204000000000000000000000000001E0000000000"})),

@@ -224,6 +224,35 @@ TEST(Output, OnlyTheEndOfALongLogIsShown) {
   EXPECT_EQ(empty.err.str(), "");
 }
 
+TEST(Output, TheLogIsMaskedUnlessPersonalDataIsWanted) {
+  const std::string head = "11-22 07:41:18.211 11922 11922 E RIL-QOREXT: ";
+  const std::vector<std::string> lines = {head + "qor_qmi_sprint_rde_write: hexdump len 6...",
+                                          head + "HexDump: Data 323436383130",
+                                          head + "isSpcChanged = 0, (246810 ~ 246810)"};
+  Output masked(false);
+  for (const std::string& line : lines) masked.printer.log_line(line);
+  EXPECT_EQ(masked.err.str(), lines[0] + "\n" + head + "HexDump: Data ************\n" + head +
+                                  "isSpcChanged = 0, (***\n");
+  Output tail(false);
+  tail.printer.log_tail("a log", lines);
+  EXPECT_EQ(tail.err.str().find("46810"), std::string::npos);
+  Output clear(false);
+  clear.printer.show_personal(true);
+  for (const std::string& line : lines) clear.printer.log_line(line);
+  EXPECT_EQ(clear.err.str(), lines[0] + "\n" + lines[1] + "\n" + lines[2] + "\n");
+}
+
+// The dump's kind is announced before the lines that are shown.
+TEST(Output, TheEndOfALogIsReadFromItsStart) {
+  const std::string head = "E/RIL-QOREXT( 1): ";
+  std::vector<std::string> lines(70, "of another program");
+  lines.front() = head + "handleNvRsp: response hexdump for p_respHdr->msgId 0x200000d...";
+  lines.back() = head + "HexDump: Data 0D00000204000000000000000000000000001E0000000000";
+  Output output(false);
+  output.printer.log_tail("a log", lines);
+  EXPECT_NE(output.err.str().find(lines.back()), std::string::npos);
+}
+
 TEST(Output, TheListShowsNameIdAndArguments) {
   Output output(false);
   output.printer.request_list(

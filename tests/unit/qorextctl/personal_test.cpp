@@ -126,6 +126,47 @@ TEST(Personal, PersonalBytesOfACutFrameStayHidden) {
   }
 }
 
+TEST(Personal, BytesOfWhichNothingIsKnownAreHidden) {
+  for (const char* line : {"utils type=9 data=323436383130", "cdma id=0x02000099 data=323436383130",
+                           "generic id=0x50599 data=323436383130"}) {
+    std::string shown = to_json(masked_request(line)).dump();
+    EXPECT_EQ(shown.find("323436383130"), std::string::npos) << line;
+    EXPECT_NE(shown.find(R"("data":"***")"), std::string::npos) << line;
+  }
+  for (uint32_t id : {0x0200001EU, 0x02000099U}) {
+    DecodedFrame reply = masked(FrameKind::reply, cdma_frame(id, 0, from_hex("3234")));
+    EXPECT_EQ(fields(reply), R"({"data":"***"})") << id;
+    EXPECT_EQ(hex_of(reply).substr(36, 4), "****") << id;
+  }
+  DecodedFrame message = masked(FrameKind::unsolicited, generic_unsolicited(0x04009900, {1, 2}));
+  EXPECT_EQ(fields(message), R"({"data":"***"})");
+  EXPECT_EQ(hex_of(message).substr(2 * 16), masked_hex(2 + 12));
+}
+
+TEST(Personal, BytesThatARequestShouldNotHaveAreHidden) {
+  DecodedFrame request =
+      masked(FrameKind::request, from_hex("BC000002 02000000 00000000 000000000000 3132"));
+  EXPECT_EQ(request.name, "get-bsr-timer");
+  EXPECT_EQ(fields(request), R"({"data":"***"})");
+  EXPECT_EQ(hex_of(request).substr(36), "****");
+}
+
+TEST(Personal, FieldsOfAMalformedRequestAreHidden) {
+  DecodedFrame request =
+      masked(FrameKind::request, from_hex("16000002 10000000 00000000 000000000000 31323334"));
+  EXPECT_EQ(fields(request), R"({"rde_id":"***"})");
+  EXPECT_EQ(hex_of(request).substr(36), masked_hex(4));
+}
+
+TEST(Personal, OfBytesWithoutAHeaderNothingIsLeft) {
+  DecodedFrame request = masked(FrameKind::request, from_hex("3132333435363738"));
+  EXPECT_EQ(request.id, "***");
+  EXPECT_EQ(hex_of(request), masked_hex(8));
+  DecodedFrame reply = masked(FrameKind::reply, from_hex("34333231 FFFFFFFF"));
+  EXPECT_EQ(reply.id, "***");
+  EXPECT_EQ(hex_of(reply), masked_hex(8));
+}
+
 TEST(Personal, NothingIsHiddenThatIsNotMasked) {
   DecodedFrame request = decode_as(FrameKind::request, built("check-spc code=246810"));
   EXPECT_EQ(to_json(request.fields)["code"], "246810");

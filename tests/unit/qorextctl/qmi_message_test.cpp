@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include "frames/personal.h"
 #include "qmi_samples.h"
 
 namespace qorextctl {
@@ -69,6 +70,23 @@ TEST_F(ReadMessage, HidesCodes) {
   EXPECT_EQ(message.fields["current_spc"], "***");
   EXPECT_EQ(message.fields["new_spc"], "***");
   EXPECT_EQ(hex_of(message).find("323436383130"), std::string::npos);
+}
+
+TEST_F(ReadMessage, HidesTheDataOfUtilityRequestsAndResponses) {
+  constexpr uint16_t kUtils = 0x000F;
+  Bytes request;
+  append_tlv(request, 1, {9, 0, 0, 0});
+  append_tlv(request, 2, {2, 0, 0x32, 0x37});
+  Bytes response;
+  append_tlv(response, 1, {0, 0, 0, 0});
+  append_tlv(response, 3, {2, 0, 0x32, 0x37});
+  for (const Bytes& packet :
+       {qmi(kQmiRequest, 3, kUtils, request), qmi(kQmiResponse, 3, kUtils, response)}) {
+    QmiMessage message = masked("qorext", packet);
+    EXPECT_EQ(message.fields["data"], "***");
+    EXPECT_EQ(hex_of(message), to_hex(part(packet, 0, 7)) + masked_hex(packet.size() - 7));
+  }
+  EXPECT_FALSE(read("qorext", qmi(kQmiIndication, 3, kUtils, {})).is_personal);
 }
 
 TEST_F(ReadMessage, HidesAnAnswerThatNamesAnotherItemThanWasAskedFor) {

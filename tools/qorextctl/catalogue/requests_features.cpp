@@ -28,11 +28,13 @@ constexpr Argument kTune[] = {
 constexpr Argument kUtils[] = {
     {u32("type", 0), kRequired, "utility type"},
     {u32("length", 4), length_of("data"), "bytes in use; with 0 nothing is sent to the modem"},
-    {counted(hex("data", 8), "length"), value(""), "the modem's data", 0, kUtilsDataSize},
+    {personal(counted(hex("data", 8), "length")), value(""), "the modem's data", 0, kUtilsDataSize},
 };
 
 constexpr Field kDataFields[] = {hex("data", 0)};
 constexpr Layout kData = {kDataFields};
+constexpr Field kUtilsFields[] = {personal(hex("data", 0))};
+constexpr Layout kUtilsData = {kUtilsFields};
 constexpr Field kResultFields[] = {u8("result", 0)};
 constexpr Layout kResult = {kResultFields, 1};
 constexpr Field kRadioStateFields[] = {u8("result", 0), hex("state", 1, 16)};
@@ -47,7 +49,7 @@ constexpr Reply kStateReply = {ReplyForm::generic_status, &kRadioState};
 constexpr Reply kDataReply = {ReplyForm::generic, &kData};
 constexpr Reply kNameReply = {ReplyForm::generic, &kName};
 constexpr Reply kPlmnReply = {ReplyForm::data_plmn, &kPlmnRecord};
-constexpr Reply kUtilsReply = {ReplyForm::cdma, &kData};
+constexpr Reply kUtilsReply = {ReplyForm::cdma, &kUtilsData};
 
 constexpr Request kRequests[] = {
     {"silent-reboot", 0x50019, "prepare a silent reboot", {}, kDataReply},

@@ -34,6 +34,7 @@ struct DecodedFrame {
   Items fields;
   std::vector<std::string> problems;  // in what way the frame is not as it ought to be
   std::vector<ByteRange> personal;    // of the frame, see personal.h
+  bool is_id_personal = false;
   bool masked = false;
 };
 

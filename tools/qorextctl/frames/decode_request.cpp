@@ -100,12 +100,13 @@ void add_arguments(DecodedFrame& decoded, const Request& request, Family family)
   check_payload(decoded, request, payload.size());
   std::vector<Field> fields = fields_in(request, family, frame);
   if (sizes_of(request).most == 0 && !payload.empty()) {
-    Field unexpected = any_data(&request).fields[0];
+    Field unexpected = any_data().fields[0];
     unexpected.offset = static_cast<uint16_t>(header);
     fields.push_back(unexpected);
   }
   decoded.fields = decode_fields({fields}, frame, decoded.problems);
   note_personal(decoded, &request, 0, header);
+  if (!decoded.problems.empty()) note_payload(decoded, 0, header);
 }
 
 void decode_known(DecodedFrame& decoded, Family family, uint32_t id) {
@@ -129,6 +130,7 @@ DecodedFrame decode_request(View frame) {
   Classified classified = classify(frame);
   if (classified.kind == Classified::Kind::unknown) {
     decoded.id = "0x" + to_hex(part(frame, 0, sizeof(uint32_t)));
+    note_all(decoded);
     decoded.problems.emplace_back("the header is of neither family of requests");
     return decoded;
   }

@@ -8,13 +8,18 @@ namespace qorextctl {
 
 namespace {
 
-constexpr Field kDataField = hex("data", 0);
-constexpr Field kPersonalDataField = personal(hex("data", 0));
-constexpr Layout kData = {{&kDataField, 1}};
-constexpr Layout kPersonalData = {{&kPersonalDataField, 1}};
+constexpr Field kAnyDataField = personal(hex("data", 0));
+constexpr Layout kAnyData = {{&kAnyDataField, 1}};
 
 void note_unless_zero(DecodedFrame& decoded, ByteRange range) {
   if (!all_zero(part(decoded.frame, range.offset, range.size))) decoded.personal.push_back(range);
+}
+
+void make_personal(Item& item) {
+  item.is_personal = true;
+  for (Items& record : item.records) {
+    for (Item& inner : record) make_personal(inner);
+  }
 }
 
 void mask_values(Items& items) {
@@ -37,9 +42,7 @@ bool touches_personal(const Request& request) {
   return std::any_of(fields.begin(), fields.end(), is_closed);
 }
 
-const Layout& any_data(const Request* request) {
-  return request && touches_personal(*request) ? kPersonalData : kData;
-}
+const Layout& any_data() { return kAnyData; }
 
 void note_personal(DecodedFrame& decoded, const Request* request, size_t data_offset,
                    size_t header_size) {
@@ -47,8 +50,20 @@ void note_personal(DecodedFrame& decoded, const Request* request, size_t data_of
     if (!item.is_personal) continue;
     decoded.personal.push_back({data_offset + item.place.offset, item.place.size});
   }
-  if (decoded.problems.empty() || !request || !touches_personal(*request)) return;
+  if (decoded.problems.empty() || (request && !touches_personal(*request))) return;
+  note_payload(decoded, data_offset, header_size);
+}
+
+void note_payload(DecodedFrame& decoded, size_t data_offset, size_t header_size) {
+  for (Item& item : decoded.fields) {
+    if (data_offset + item.place.offset >= header_size) make_personal(item);
+  }
   decoded.personal.push_back({header_size, decoded.frame.size()});
+}
+
+void note_all(DecodedFrame& decoded) {
+  note_payload(decoded, 0, 0);
+  decoded.is_id_personal = true;
 }
 
 void note_code(DecodedFrame& decoded) { note_unless_zero(decoded, {kCodeOffset, kCodeSize}); }
@@ -60,6 +75,7 @@ void note_echo(DecodedFrame& decoded) {
 
 void mask(DecodedFrame& decoded) {
   mask_values(decoded.fields);
+  if (decoded.is_id_personal) decoded.id = kMasked;
   for (ByteRange range : decoded.personal) {
     size_t size = part(decoded.frame, range.offset, range.size).size();
     std::fill_n(decoded.frame.begin() + static_cast<ptrdiff_t>(size == 0 ? 0 : range.offset), size,

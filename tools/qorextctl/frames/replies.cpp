@@ -23,7 +23,7 @@ void add_fields(DecodedFrame& decoded, const Request* request, View data) {
   const Layout* layout = request ? request->reply.layout : nullptr;
   bool described = layout && (layout->group || !layout->fields.empty());
   if (request && !described && all_zero(data)) return;  // as the six bytes of a code check
-  decoded.fields = decode_fields(described ? *layout : any_data(request), data, decoded.problems);
+  decoded.fields = decode_fields(described ? *layout : any_data(), data, decoded.problems);
 }
 
 void decode_cdma(DecodedFrame& decoded, const Request* request, uint32_t id) {
@@ -61,6 +61,8 @@ void decode_generic(DecodedFrame& decoded, const Request* request, uint32_t id) 
     decoded.problems.push_back("the reply's id is not " + id_text(Family::generic, id));
   }
   uint32_t length = load_le(frame, 4, 4);
+  // The header repeats the request's, which may have been any bytes.
+  if (classify(frame).kind == Classified::Kind::unknown) note_all(decoded);
   if (length == kGenericError) {
     set_status(decoded, kNotSupported);
     return;

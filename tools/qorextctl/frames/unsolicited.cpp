@@ -4,6 +4,7 @@
 
 #include "frames/decode.h"
 #include "frames/frames.h"
+#include "frames/personal.h"
 
 namespace qorextctl {
 
@@ -92,8 +93,9 @@ DecodedFrame decode_unsolicited(View frame) {
   }
   check_frame(decoded, format);
   size_t offset = format == kCdmaFormat ? kCdmaDataOffset : kUnsolHeaderSize;
-  decoded.fields = decode_fields(message ? *message->layout : kData,
+  decoded.fields = decode_fields(message ? *message->layout : any_data(),
                                  part(frame, offset, decoded.length), decoded.problems);
+  if (!message) note_payload(decoded, offset, offset);
   return decoded;
 }
 

@@ -66,6 +66,7 @@ constexpr std::string_view kPersonalTexts[] = {
     "qorext_hook_sprint_set_nam_info:  SET NAM IMSI_11_12  ",
     "qorext_hook_sprint_set_nam_info:  SET NAM MIN1 ",
     "qorext_hook_sprint_set_nam_info:  SET NAM MccT ",
+    "UTILS: req.req_data[0]",
     "isSpcChanged = 0, (",
     "isSpcChanged = 1, (",
 };

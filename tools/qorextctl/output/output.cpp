@@ -196,13 +196,29 @@ void Printer::error(const Error& error) {
   write(err_, err_colours_.bad("qorextctl:") + " " + error.message + "\n");
 }
 
-void Printer::log_line(const std::string& line) { write(err_, line + "\n"); }
+std::string Printer::unknown_bytes(View bytes) const {
+  return show_personal_ ? to_hex(bytes) : masked_hex(bytes.size());
+}
+
+std::string Printer::shown_line(LogReader& reader, const std::string& line) const {
+  return show_personal_ ? line : reader.read(line).masked;
+}
+
+void Printer::log_line(const std::string& line) {
+  write(err_, shown_line(log_reader_, line) + "\n");
+}
 
 void Printer::log_tail(const std::string& title, const std::vector<std::string>& lines) {
   if (lines.empty()) return;
   size_t first = lines.size() - std::min(lines.size(), kTailLines);
-  log_line(fmt::format("{}, last {} of {} lines:", title, lines.size() - first, lines.size()));
-  for (size_t i = first; i < lines.size(); ++i) log_line("  " + lines[i]);
+  std::string text =
+      fmt::format("{}, last {} of {} lines:\n", title, lines.size() - first, lines.size());
+  LogReader reader;
+  for (size_t i = 0; i < lines.size(); ++i) {
+    std::string line = shown_line(reader, lines[i]);
+    if (i >= first) text += "  " + line + "\n";
+  }
+  write(err_, text);
 }
 
 }  // namespace qorextctl

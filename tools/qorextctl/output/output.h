@@ -10,7 +10,7 @@
 #include "base/result.h"
 #include "daemon/process.h"
 #include "frames/frame_kind.h"
-#include "log/log_dumps.h"
+#include "log/log_reader.h"
 #include "output/colour.h"
 #include "output/input_line.h"
 
@@ -26,7 +26,8 @@ class Printer {
     err_colours_ = err;
   }
 
-  void show_frames(bool show) { frames_ = show; }  // replies and unsolicited ones
+  void show_personal(bool show) { show_personal_ = show; }  // in the daemon's log
+  void show_frames(bool show) { frames_ = show; }           // replies and unsolicited ones
 
   // What is typed meanwhile makes room for what is printed; null: nothing is.
   void share_screen_with(InputLine* line);
@@ -51,6 +52,9 @@ class Printer {
   void request_list(const std::vector<const Request*>& requests);
   void help(const std::string& text);
   void error(const Error& error);
+  // As hex, for an error: bytes of which nothing is known.
+  std::string unknown_bytes(View bytes) const;
+  // Of the daemon's log; its lines in their order.
   void log_line(const std::string& line);
   // The end of a log, for a person who asks why something failed.
   void log_tail(const std::string& title, const std::vector<std::string>& lines);
@@ -59,6 +63,7 @@ class Printer {
   std::string summary(const DecodedFrame& frame, std::string_view remark, bool is_reply) const;
   std::string status_text(const DecodedFrame& frame, bool is_reply) const;
   std::string frame_text(const std::string& title, const DecodedFrame& frame) const;
+  std::string shown_line(LogReader& reader, const std::string& line) const;
   void frame(const std::string& title, const DecodedFrame& frame);
   void object(const Json& object);
   void text(const std::string& text);
@@ -68,10 +73,12 @@ class Printer {
   std::ostream& err_;
   bool json_;
   bool hex_ = false;
+  bool show_personal_ = false;
   bool frames_ = true;
   Colours out_colours_;
   Colours err_colours_;
   InputLine* input_line_ = nullptr;
+  LogReader log_reader_;
   std::mutex mutex_;
 };
 

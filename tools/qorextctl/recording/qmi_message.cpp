@@ -17,7 +17,8 @@ using qmi_idl::Direction;
 
 constexpr int64_t kBlockReady = 0xFF;  // told at start-up
 
-// Messages with a field that tells who the subscriber is, or opens something.
+// Requests and responses with a field that tells who the subscriber is, or opens something, or that
+// may hold anything.
 struct PersonalRow {
   std::string_view service;
   std::string_view message;
@@ -27,6 +28,7 @@ struct PersonalRow {
 constexpr PersonalRow kPersonal[] = {
     {"qorext", "element_read", true, {"data"}},
     {"qorext", "element_write", true, {"data"}},
+    {"qorext", "utils", false, {"data"}},
     {"nas", "write_akey", false, {"spc", "akey"}},
     {"dms", "verify_subsidy_lock", false, {"code"}},
     {"dms", "write_spc", false, {"current_spc", "new_spc"}},
@@ -87,6 +89,7 @@ std::optional<QmiMessage> QmiReader::read(const std::string& service, uint64_t c
 // What does not match its description may hold anything, and so may the answer to a question about
 // something else.
 bool QmiReader::is_personal(const QmiMessage& message, uint64_t client) {
+  if (direction(message) == Direction::indication) return false;
   const PersonalRow* row = personal_row(message);
   auto& asked = personal_[{message.service, client}];
   bool is_request = direction(message) == Direction::request;

@@ -1,10 +1,13 @@
 #include "recording/recorder.h"
 
+#include <fcntl.h>
 #include <fmt/chrono.h>
 #include <fmt/format.h>
 
 #include <algorithm>
 #include <chrono>
+
+#include "base/private_file.h"
 
 namespace qorextctl {
 
@@ -29,8 +32,10 @@ Recorder::Recorder(const std::string& path, unsigned instance, bool show_persona
 
 Result<std::unique_ptr<Recorder>> Recorder::create(const std::string& path, unsigned instance,
                                                    bool show_personal) {
+  bool is_ready = !show_personal || open_private(path, O_TRUNC).valid();
   std::unique_ptr<Recorder> recorder(new Recorder(path, instance, show_personal));
-  if (!recorder->file_) return usage_error(fmt::format("record: cannot write '{}'", path));
+  if (!is_ready || !recorder->file_)
+    return usage_error(fmt::format("record: cannot write '{}'", path));
   return recorder;
 }
 

@@ -11,7 +11,7 @@ namespace qorextctl {
 
 class Recorder {
  public:
-  // Creates the file. Without `show_personal` the recording is masked.
+  // Creates the file. Without `show_personal` the recording is masked, with it the file private.
   static Result<std::unique_ptr<Recorder>> create(const std::string& path, unsigned instance,
                                                   bool show_personal);
 

@@ -86,9 +86,9 @@ void Exchange::report_strays() {
   print_late();
   Bytes strays = daemon_.replies().take_all();
   if (!strays.empty()) tell(FrameKind::reply, strays);
-  std::string text = to_hex(strays);
+  std::string text = printer_.unknown_bytes(strays);
   if (dropped_ != 0) {
-    text = fmt::format("{}, and {} more", to_hex(first_dropped_),
+    text = fmt::format("{}, and {} more", printer_.unknown_bytes(first_dropped_),
                        dropped_ - first_dropped_.size() + strays.size());
     dropped_ = 0;
   }
@@ -143,7 +143,8 @@ std::optional<DecodedFrame> Exchange::receive(const Expected& expected, bool sec
 void Exchange::no_reply(const Expected& expected, bool second) {
   Bytes rest = daemon_.replies().take_all();
   if (!rest.empty()) tell(FrameKind::reply, rest);
-  std::string got = rest.empty() ? "" : fmt::format(", only a part came: {}", to_hex(rest));
+  std::string got =
+      rest.empty() ? "" : fmt::format(", only a part came: {}", printer_.unknown_bytes(rest));
   std::string which =
       fmt::format("no {}reply to {}", second ? "second " : "", named_or_id(expected));
   std::string why =

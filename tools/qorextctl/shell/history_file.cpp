@@ -2,7 +2,6 @@
 
 #include <fcntl.h>
 #include <fmt/format.h>
-#include <sys/stat.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -12,7 +11,7 @@
 #include <filesystem>
 #include <fstream>
 
-#include "base/fd.h"
+#include "base/private_file.h"
 #include "daemon/channel.h"
 
 namespace qorextctl {
@@ -21,17 +20,13 @@ namespace {
 
 namespace fs = std::filesystem;
 
-constexpr mode_t kOwnerOnly = 0600;
-
 View bytes_of(const std::string& text) {
   return {reinterpret_cast<const uint8_t*>(text.data()), text.size()};
 }
 
-// Also a file that was there before becomes private.
 bool write_private(const std::string& path, int flags, const std::string& text) {
-  UniqueFd file(open(path.c_str(), O_WRONLY | O_CREAT | O_CLOEXEC | flags, kOwnerOnly));
-  return file.valid() && fchmod(file.get(), kOwnerOnly) == 0 &&
-         write_whole(file.get(), bytes_of(text));
+  UniqueFd file = open_private(path, flags);
+  return file.valid() && write_whole(file.get(), bytes_of(text));
 }
 
 }  // namespace

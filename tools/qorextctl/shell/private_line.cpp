@@ -7,6 +7,7 @@
 #include "catalogue/values.h"
 #include "frames/arguments.h"
 #include "frames/decode.h"
+#include "frames/personal.h"
 #include "session/line_words.h"
 
 namespace qorextctl {
@@ -18,14 +19,27 @@ using Words = std::vector<std::string>;
 // Names of the modem's state that are no arguments of a request.
 constexpr std::string_view kStateKeys[] = {"subsidy-lock-code", "data", "text"};
 
+bool is_named(const Argument& argument, const std::string& name) {
+  return name == argument.field.name;
+}
+
 bool is_personal_argument(const std::string& name) {
   for (const Request& request : catalogue()) {
     for (const Argument& argument : request.payload.arguments) {
       bool is_personal = argument.field.privacy == Privacy::personal;
-      if (is_personal && name == argument.field.name) return true;
+      if (is_personal && is_named(argument, name)) return true;
     }
   }
   return false;
+}
+
+// An argument of the request itself; those of other requests may share its name.
+bool is_open_argument(const Request* request, const std::string& name) {
+  if (!request) return false;
+  const auto& arguments = request->payload.arguments;
+  return std::any_of(arguments.begin(), arguments.end(), [&](const Argument& argument) {
+    return is_named(argument, name) && argument.field.privacy != Privacy::personal;
+  });
 }
 
 // "nam.mdn=..." has the name mdn; a word that gives no value has none.
@@ -36,14 +50,26 @@ std::string name_in(const std::string& word) {
   return name.substr(name.find_last_of('.') + 1);
 }
 
-bool names_personal(const std::string& word) { return is_personal_argument(name_in(word)); }
+bool is_private_frame(View request) { return !decode_request(request).personal.empty(); }
+
+bool names_personal(const Words& words) {
+  const Request* request = find_request(words[0]);
+  return std::any_of(words.begin(), words.end(), [&](const std::string& word) {
+    std::string name = name_in(word);
+    return is_personal_argument(name) && !is_open_argument(request, name);
+  });
+}
+
+// A line that cannot be sent may have been meant for another value.
+bool is_private_request(const Request& request, const Words& words) {
+  auto command = parse_command(words, false);
+  return command ? is_private_frame(command->bytes) : touches_personal(request);
+}
 
 bool names_private_state(const std::string& word) {
   return std::find(std::begin(kStateKeys), std::end(kStateKeys), name_in(word)) !=
          std::end(kStateKeys);
 }
-
-bool is_private_frame(View request) { return !decode_request(request).personal.empty(); }
 
 // Of an NV item, and of everything that is given as it will be sent.
 bool is_private_modem_command(const Words& words) {
@@ -59,15 +85,10 @@ bool is_private(const Words& words) {
   if (words.empty()) return false;
   Words behind(words.begin() + 1, words.end());
   if (words[0] == "expect-failure") return is_private(behind);
-  if (std::any_of(words.begin(), words.end(), names_personal)) return true;
+  if (words[0] == "raw" || names_personal(words)) return true;
   if (words[0] == "modem") return is_private_modem_command(words);
-  if (words[0] == "raw") {
-    auto bytes = parse_raw(behind);
-    return !bytes || is_private_frame(*bytes);
-  }
-  if (!find_request(words[0])) return false;
-  auto command = parse_command(words, false);
-  return command && is_private_frame(command->bytes);
+  const Request* request = find_request(words[0]);
+  return request && is_private_request(*request, words);
 }
 
 }  // namespace

@@ -1,10 +1,12 @@
 #include "trace/trace.h"
 
+#include <fcntl.h>
 #include <fmt/format.h>
 
 #include <fstream>
 #include <iostream>
 
+#include "base/private_file.h"
 #include "recording/recording.h"
 #include "trace/timeline.h"
 
@@ -35,8 +37,10 @@ Outcome write_trace(const Options& options, Printer& printer) {
     std::cout << text << '\n';
     return Outcome::success;
   }
+  bool is_ready = !options.show_personal || open_private(options.output, O_TRUNC).valid();
   std::ofstream file(options.output);
-  if (!file) return fail(usage_error("trace: cannot write '" + options.output + "'"), printer);
+  if (!is_ready || !file)
+    return fail(usage_error("trace: cannot write '" + options.output + "'"), printer);
   if (file << text << '\n' << std::flush) return Outcome::success;
   return fail({Outcome::broken, "trace: '" + options.output + "' cannot be written"}, printer);
 }
