@@ -179,7 +179,7 @@ TEST_F(ExchangeWith, AFloodOfRepliesEndsWithTheTimeoutAndIsNotKept) {
   EXPECT_LE(daemon_->replies().pending().size(), 2 * kMostFrameBytes);
   EXPECT_EQ(exchange_->finish(false), Outcome::transport);
   EXPECT_FALSE(most.passed());
-  EXPECT_NE(err_.str().find("bytes that no request asked for: FFFF"), std::string::npos);
+  EXPECT_NE(err_.str().find("bytes that no request asked for: ****"), std::string::npos);
   EXPECT_NE(err_.str().find(" more\n"), std::string::npos);
   EXPECT_LT(err_.str().size(), 1000U);
 }

@@ -17,6 +17,7 @@ constexpr Case kCases[] = {
     {"nv-raed rde-id=1", "unknown request 'nv-raed'; did you mean 'nv-read'? (see: qorextctl list)"},
     {"frobnicate", "unknown request 'frobnicate' (see: qorextctl list)"},
     {"nv-read", "nv-read: rde-id (element number) is missing (see: qorextctl list nv-read)"},
+    {"check-spc 246810", "check-spc: '***' is not key=value (see: qorextctl list check-spc)"},
     {"nv-read 28", "nv-read: '28' is not key=value (see: qorextctl list nv-read)"},
     {"nv-read item=28", "nv-read: no argument 'item' (see: qorextctl list nv-read)"},
     {"nv-read rde-id=1 rde_id=2", "nv-read: rde-id is given twice (see: qorextctl list nv-read)"},
@@ -30,13 +31,13 @@ constexpr Case kCases[] = {
     {"set-bc10 status=2147483648", "set-bc10: status: 2147483648 is not in -2147483648 to 2147483647 (see: qorextctl list set-bc10)"},
     {"operator-name mcc=1000 mnc=1", "operator-name: mcc: 1000 is not in 0 to 999 (see: qorextctl list operator-name)"},
     {"generic id=0x1000000", "generic: id: 0x1000000 is not in 0 to 16777215 (see: qorextctl list generic)"},
-    {"nv-write rde-id=1 data=012", "nv-write: data: '012' is not hex (pairs of digits) (see: qorextctl list nv-write)"},
+    {"nv-write rde-id=1 data=012", "nv-write: data: '***' is not hex (pairs of digits) (see: qorextctl list nv-write)"},
     {"check-spc code=12345", "check-spc: code: 5 characters given, 6 characters expected (see: qorextctl list check-spc)"},
     {"check-spc code=1234567", "check-spc: code: 7 characters given, 6 characters expected (see: qorextctl list check-spc)"},
     {"check-spc code=12345\xC3", "check-spc: code: a code has six ASCII characters (see: qorextctl list check-spc)"},
     {"set-nam spc=000000 min=555", "set-nam: min: 3 digits given, 10 digits expected (see: qorextctl list set-nam)"},
     {"set-nam spc=000000 mdn=1234567890123456", "set-nam: mdn: 16 digits given, 0 to 15 digits expected (see: qorextctl list set-nam)"},
-    {"set-nam spc=000000 mdn=555a", "set-nam: mdn: '555a' has characters that are not digits (see: qorextctl list set-nam)"},
+    {"set-nam spc=000000 mdn=555a", "set-nam: mdn: '***' has characters that are not digits (see: qorextctl list set-nam)"},
     {"set-nam mdn=555", "set-nam: spc (current service programming code) is missing (see: qorextctl list set-nam)"},
     {"set-nam spc=000000 json=/nowhere/nam.json", "set-nam: cannot read '/nowhere/nam.json' (see: qorextctl list set-nam)"},
     {"set-nam spc=000000 json=-", "set-nam: standard input holds the session, name a file (see: qorextctl list set-nam)"},
@@ -76,8 +77,10 @@ TEST(Refusals, NoWordsAtAllNameTheList) {
 
 TEST(Refusals, RawBytesMustBeHexAndNeitherNoneNorTooMany) {
   using Words = std::vector<std::string>;
-  EXPECT_EQ(parse_raw(Words{"xyz"}).error().message, "raw: 'xyz' is not hex (pairs of digits)");
-  EXPECT_EQ(parse_raw(Words{"01 0"}).error().message, "raw: '01 0' is not hex (pairs of digits)");
+  EXPECT_EQ(parse_raw(Words{"xyz"}).error().message,
+            "raw: the words are not hex (pairs of digits)");
+  EXPECT_EQ(parse_raw(Words{"01 0"}).error().message,
+            "raw: the words are not hex (pairs of digits)");
   EXPECT_EQ(parse_raw(Words{}).error().message, "raw: no bytes given");
   EXPECT_EQ(parse_raw(Words{std::string(2U * 17409, '0')}).error().message,
             "raw: the request has 17409 bytes, the daemon takes at most 17408");

@@ -56,7 +56,7 @@ TEST_F(SessionWith, WrongLinesAreToldWithTheirNumberAndTheSessionGoesOn) {
             "daemon ended with exit status 0\n");
   EXPECT_EQ(err_.str(),
             "qorextctl: line 1: unknown request 'frob' (see: qorextctl list)\n"
-            "qorextctl: line 3: raw: '0g' is not hex (pairs of digits)\n"
+            "qorextctl: line 3: raw: the words are not hex (pairs of digits)\n"
             "qorextctl: line 4: a quote is not closed\n"
             "qorextctl: line 5: wait-unsol: give a number of frames and a number of seconds\n"
             "qorextctl: line 6: wait-unsol: give a number of frames and a number of seconds\n");

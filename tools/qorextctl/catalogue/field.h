@@ -34,6 +34,8 @@ enum class Privacy : uint8_t {
   as_item,  // as the NV item that the field "rde-id" names
 };
 
+constexpr const char* kMasked = "***";  // for a value that is not open
+
 struct Field {
   const char* name;
   Type type;

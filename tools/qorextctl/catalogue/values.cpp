@@ -34,6 +34,12 @@ Error wrong(const Argument& argument, const std::string& what) {
   return usage_error(fmt::format("{}: {}", argument.field.name, what));
 }
 
+// A value that may be personal does not go into an error, which is kept in scripts' logs.
+std::string quoted(const Argument& argument, const std::string& text) {
+  bool is_open = argument.field.privacy == Privacy::open;
+  return fmt::format("'{}'", is_open ? text : kMasked);
+}
+
 std::string shown(Range range, std::string_view unit) {
   if (range.least == range.most) return fmt::format("{} {}", range.least, unit);
   return fmt::format("{} to {} {}", range.least, range.most, unit);
@@ -61,7 +67,8 @@ Result<Encoded> encode_number(const Argument& argument, const std::string& text)
 
 Result<Encoded> encode_hex(const Argument& argument, const std::string& text) {
   auto bytes = parse_hex(text);
-  if (!bytes) return wrong(argument, fmt::format("'{}' is not hex (pairs of digits)", text));
+  if (!bytes)
+    return wrong(argument, fmt::format("{} is not hex (pairs of digits)", quoted(argument, text)));
   if (auto error = check_length(argument, bytes->size(), "bytes")) return *error;
   return Encoded{*bytes, bytes->size()};
 }
@@ -81,7 +88,7 @@ Result<Encoded> encode_characters(const Argument& argument, const std::string& t
   Type type = argument.field.type;
   std::string_view unit = type == Type::digits ? "digits" : "characters";
   if (type == Type::digits && !std::all_of(text.begin(), text.end(), is_digit)) {
-    return wrong(argument, fmt::format("'{}' has characters that are not digits", text));
+    return wrong(argument, quoted(argument, text) + " has characters that are not digits");
   }
   if (type == Type::code && !std::all_of(text.begin(), text.end(), is_ascii)) {
     return wrong(argument, "a code has six ASCII characters");

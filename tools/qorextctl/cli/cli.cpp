@@ -18,10 +18,12 @@ constexpr double kMostTimeout = 3600;
 
 void add_shared_options(CLI::App& app, Options& options) {
   app.add_flag("--json", options.json, "one JSON object a line");
-  app.add_flag("--log", options.log, "show the daemon's log on standard error");
+  app.add_flag("--log", options.log,
+               "show the daemon's log on standard error, masked unless --show-personal is given");
   app.add_flag("--show-personal", options.show_personal,
-               "do not mask numbers and codes of the subscriber in decoded frames, logs, "
-               "recordings and timelines");
+               "do not mask numbers and codes of the subscriber, and bytes that may hold them, in "
+               "decoded frames, logs, recordings, timelines and differences; the files of record "
+               "and trace get mode 0600");
   app.add_option_function<std::string>(
          "--color", [&](const std::string& name) { options.colour = colour_named(name); },
          "auto, always or never; auto honours NO_COLOR")

@@ -9,6 +9,7 @@
 #include "catalogue/nam_record.h"
 #include "catalogue/values.h"
 #include "frames/frames.h"
+#include "frames/personal.h"
 
 namespace qorextctl {
 
@@ -35,7 +36,8 @@ Result<Given> split_words(const Request& request, std::span<const std::string> w
   for (const std::string& word : words) {
     size_t equals = word.find('=');
     if (equals == std::string::npos) {
-      return about(request, fmt::format("'{}' is not key=value", word));
+      return about(request,
+                   fmt::format("'{}' is not key=value", takes_personal(request) ? kMasked : word));
     }
     std::string key = argument_name(word.substr(0, equals));
     bool known = find_argument(request, key) || (request.payload.takes_record && key == kRecordKey);
@@ -163,8 +165,7 @@ Result<Command> parse_command(std::span<const std::string> words, bool stdin_fre
 Result<Bytes> parse_raw(std::span<const std::string> words) {
   std::string text = fmt::format("{}", fmt::join(words, ""));
   auto bytes = parse_hex(text);
-  if (!bytes)
-    return usage_error(fmt::format("raw: '{}' is not hex (pairs of digits)", beginning_of(text)));
+  if (!bytes) return usage_error("raw: the words are not hex (pairs of digits)");
   if (bytes->empty()) return usage_error("raw: no bytes given");
   auto checked = bounded(*bytes);
   if (!checked) return usage_error("raw: " + checked.error().message);

@@ -15,6 +15,8 @@ void note_unless_zero(DecodedFrame& decoded, ByteRange range) {
   if (!all_zero(part(decoded.frame, range.offset, range.size))) decoded.personal.push_back(range);
 }
 
+bool is_closed(const Field& field) { return field.privacy != Privacy::open; }
+
 void make_personal(Item& item) {
   item.is_personal = true;
   for (Items& record : item.records) {
@@ -31,8 +33,13 @@ void mask_values(Items& items) {
 
 }  // namespace
 
+bool takes_personal(const Request& request) {
+  const auto& arguments = request.payload.arguments;
+  return std::any_of(arguments.begin(), arguments.end(),
+                     [](const Argument& argument) { return is_closed(argument.field); });
+}
+
 bool touches_personal(const Request& request) {
-  auto is_closed = [](const Field& field) { return field.privacy != Privacy::open; };
   const auto& arguments = request.payload.arguments;
   bool asks = std::any_of(arguments.begin(), arguments.end(), [&](const Argument& argument) {
     return argument.place != Place::code && is_closed(argument.field);

@@ -10,8 +10,7 @@
 
 namespace qorextctl {
 
-constexpr const char* kMasked = "***";     // stands for a value
-constexpr const char* kMaskedByte = "**";  // stands for a byte in hex, so that places stay
+constexpr const char* kMaskedByte = "**";  // for a byte in hex, so that places stay
 
 // The values of personal fields become kMasked, their bytes in `frame` zero.
 void mask(DecodedFrame& decoded);
@@ -21,6 +20,9 @@ std::string hex_of(const DecodedFrame& decoded);
 
 // All bytes masked.
 std::string masked_hex(size_t bytes);
+
+// Whether an argument may be personal.
+bool takes_personal(const Request& request);
 
 // For the decoders, which note in `personal` what mask() has to hide.
 bool touches_personal(const Request& request);

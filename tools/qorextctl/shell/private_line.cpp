@@ -63,7 +63,7 @@ bool names_personal(const Words& words) {
 // A line that cannot be sent may have been meant for another value.
 bool is_private_request(const Request& request, const Words& words) {
   auto command = parse_command(words, false);
-  return command ? is_private_frame(command->bytes) : touches_personal(request);
+  return command ? is_private_frame(command->bytes) : takes_personal(request);
 }
 
 bool names_private_state(const std::string& word) {
