@@ -24,7 +24,8 @@ in_root_of() {
   scratch=$(mktemp -d -p "$folder")
   chmod 0755 "$scratch"  # package sources are read as another user
   sources=$(sources_of "$release" "$scratch")
-  TMPDIR=$scratch timeout "$seconds" mmdebstrap --mode=root --variant=apt --format=null \
+  # (With mounts of its own: it leaves some where what it runs fails.)
+  TMPDIR=$scratch timeout "$seconds" unshare --mount mmdebstrap --mode=root --variant=apt --format=null \
     "${@:4}" "$release" - ${sources:+"$sources"} || status=$?
   rm -rf --one-file-system "$scratch"
   return $status
