@@ -17,7 +17,7 @@ using qmi_idl::Direction;
 
 constexpr int64_t kBlockReady = 0xFF;  // told at start-up
 
-// Requests and responses with a field that tells who the subscriber is, or opens something, or that
+// Requests and responses with a field that identifies the subscriber, or opens something, or that
 // may hold anything.
 struct PersonalRow {
   std::string_view service;

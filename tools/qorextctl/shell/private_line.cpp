@@ -60,7 +60,7 @@ bool names_personal(const Words& words) {
   });
 }
 
-// A line that cannot be sent may have been meant for another value.
+// A line that cannot be sent may hold the value of another argument.
 bool is_private_request(const Request& request, const Words& words) {
   auto command = parse_command(words, false);
   return command ? is_private_frame(command->bytes) : takes_personal(request);
