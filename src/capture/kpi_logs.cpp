@@ -30,12 +30,12 @@ off_t size_of(const VornPath& path) {
   return stat(phone_path(path), &status) == 0 ? status.st_size : -1;
 }
 
-void find_current_log(VornPath& log) {
+void find_current_log(VornPath& log, KpiLogState& state) {
   if (vorn_get_filename(kCurrentIndex, log) == 0) return;
   LOGE("vorn_update_current_log: Unable to get cur log file");
   LOGE("vorn_update_current_log: clean the whole dir!");
   vorn_reset_dir();
-  vorn_create_new_log(log);
+  vorn_create_new_log(log, state.are_links_synced);
 }
 
 bool is_rotation_due(off_t size, time_t now, time_t& handed_off) {
@@ -53,12 +53,12 @@ void hand_off(const VornPath& log) {
 }
 
 // Makes a new log the current one; the one before is handed off unless it is empty.
-bool rotate(VornPath& log, off_t& size, time_t now, time_t& handed_off) {
+bool rotate(VornPath& log, off_t& size, time_t now, KpiLogState& state) {
   if (size > 0) {
-    handed_off = now;
+    state.handed_off = now;
     hand_off(log);
   }
-  if (vorn_create_new_log(log) != 0) {
+  if (vorn_create_new_log(log, state.are_links_synced) != 0) {
     LOGE("vorn_update_current_log: can't create new log.");
     return false;
   }
@@ -128,14 +128,14 @@ bool append(const VornPath& temporary, const VornPath& log, off_t size) {
 
 }  // namespace
 
-void vorn_update_current_log(const VornPath& temporary, time_t& handed_off) {
+void vorn_update_current_log(const VornPath& temporary, KpiLogState& state) {
   off_t added = size_of(temporary);
   if (added < 0) {
     LOGE("vorn_update_current_log: Unable to stat temp files, errno %d", errno);
     return;
   }
   VornPath log = {};
-  find_current_log(log);
+  find_current_log(log, state);
   off_t size = size_of(log);
   if (size < 0) {
     LOGE("vorn_update_current_log: Unable to stat cur log file %d", errno);
@@ -143,9 +143,10 @@ void vorn_update_current_log(const VornPath& temporary, time_t& handed_off) {
   }
 
   time_t now = time(nullptr);
-  bool is_due = is_rotation_due(size + added, now, handed_off);
-  if (is_due && !rotate(log, size, now, handed_off)) return;
+  bool is_due = is_rotation_due(size + added, now, state.handed_off);
+  if (is_due && !rotate(log, size, now, state)) return;
   if (!append(temporary, log, size)) return;
+  if (!state.are_links_synced) state.are_links_synced = vorn_sync_links();
   LOGE("vorn_update_current_log: update %s succeed.", log);
   unlink(phone_path(temporary));
 }

@@ -10,7 +10,13 @@ constexpr char kVornSuffix[] = ".log";
 
 using VornPath = char[150];
 
+struct KpiLogState {
+  time_t handed_off = 0;  // when a log last went to the DropBox; 0: not known, no log is due by age
+  // Whether the disk is known to hold the index links. A process cannot know that of the one before
+  // it, which may have been killed before its sync.
+  bool are_links_synced = false;
+};
+
 // Appends the finished temporary file to the current log, after a rotation when that is due by size
-// or age, and deletes it. On a failure, which is logged, it stays. `handed_off` is when a log last
-// went to the DropBox; while it is 0 the age is not known and begins to be counted.
-void vorn_update_current_log(const VornPath& temporary, time_t& handed_off);
+// or age, and deletes it. On a failure, which is logged, it stays, and the log is as it was before.
+void vorn_update_current_log(const VornPath& temporary, KpiLogState& state);

@@ -26,6 +26,7 @@ constexpr uint8_t kFirstSequence = 1;
 struct KpiReceiver {
   int32_t package_id = -1;
   int32_t expected_sequence = -1;
+  int lost = 0;  // the errno with which a packet of the package could not be stored, or 0
 
   void reset() { *this = {}; }
 };

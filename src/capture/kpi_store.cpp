@@ -35,7 +35,7 @@ int write_payload(const ScopedFd& file, const VornPath& path, const KpiPacket& p
   ssize_t written = write(file.get(), packet.payload + skip, static_cast<size_t>(size));
   if (written == size) return 0;
   int error = written < 0 ? errno : ENOSPC;
-  LOGE("vornIndHndlr: Write to file %s failed, errno %d", path, errno);
+  LOGE("vornIndHndlr: Write to file %s failed, errno %d", path, error);
   return error;
 }
 
@@ -52,20 +52,20 @@ int add_to_temporary(const VornPath& path, const KpiPacket& packet, uint32_t ski
 
 void store_kpi_packet(KpiStore& store, KpiReceiver& receiver, const KpiPacket& packet,
                       uint32_t skip) {
-  int& lost = store.lost[packet.package_id];
-  if (packet.sequence_id == kFirstSequence) lost = 0;
+  if (packet.sequence_id == kFirstSequence) receiver.lost = 0;
   VornPath path;
   snprintf(path, sizeof path, "%s/~vorn%04d%s", kVornDirectory, packet.package_id, kVornSuffix);
 
   int error = make_directory(store);
   if (error == 0) error = add_to_temporary(path, packet, skip);
-  if (error != 0) lost = error;
+  if (error != 0) receiver.lost = error;
   if (error != 0 || !packet.is_last) return;
 
   LOGE("vornIndHndlr: received the last pkg of %d", packet.package_id);
+  int lost = receiver.lost;
   receiver.reset();
   if (lost == 0) {
-    vorn_update_current_log(path, store.handed_off);
+    vorn_update_current_log(path, store.logs);
   } else {
     LOGE("vorn_update_current_log: Unable to write %s, errno %d", path, lost);
   }

@@ -80,13 +80,6 @@ void point_index_to(int index, const VornPath& log, bool has_log) {
   if (has_log) make_link(log, link);
 }
 
-// Some file systems (f2fs) keep a changed link only when its directory is synced.
-void sync_directory() {
-  ScopedFd directory(open(phone_path(kVornDirectory), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
-  if (directory && fsync(directory.get()) == 0) return;
-  LOGE("vorn_create_new_log: Unable to sync %s, errno %d", kVornDirectory, errno);
-}
-
 // Makes `created` the current log and stores the path of the log that no link names any more, or an
 // empty one. The previous link changes first: a power cut between the two must leave a link to
 // every log with packages in it.
@@ -172,7 +165,15 @@ int vorn_get_filename(int index, VornPath& target) {
   return exists(target) ? 0 : -1;
 }
 
-int vorn_create_new_log(VornPath& name) {
+// Some file systems (f2fs) keep a changed link only when its directory is synced.
+bool vorn_sync_links() {
+  ScopedFd directory(open(phone_path(kVornDirectory), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+  if (directory && fsync(directory.get()) == 0) return true;
+  LOGE("vorn_update_current_log: Unable to sync %s, errno %d", kVornDirectory, errno);
+  return false;
+}
+
+int vorn_create_new_log(VornPath& name, bool& are_links_synced) {
   VornPath created;
   next_free_name(created);
   if (!create_empty(created)) return -1;
@@ -181,7 +182,7 @@ int vorn_create_new_log(VornPath& name) {
 
   VornPath unlinked;
   shift_links(created, unlinked);
-  sync_directory();
+  are_links_synced = vorn_sync_links();
   // After a power cut within a shift both links name one log, which is then the previous one.
   if (!exists(unlinked) || is_linked(unlinked)) return 0;
 

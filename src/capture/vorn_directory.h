@@ -10,8 +10,12 @@ constexpr int kPreviousIndex = 2;
 int vorn_get_filename(int index, VornPath& target);
 
 // Creates an empty log with the time as its name, makes it the current one and the current one the
-// previous one, whose own predecessor is deleted. 0 with the name stored, or -1.
-int vorn_create_new_log(VornPath& name);
+// previous one, whose own predecessor is deleted. 0 with the name and the result of the links' sync
+// stored, or -1 with nothing stored.
+int vorn_create_new_log(VornPath& name, bool& are_links_synced);
+
+// Lets the links as they are outlive a power failure. False after logging why not.
+bool vorn_sync_links();
 
 // Deletes everything but temporary files.
 void vorn_reset_dir();

@@ -47,9 +47,7 @@ def fault_of(logs, number, log):
     linked, unlinked = logs.count(data, True), logs.count(data, False)
     if linked + unlinked > 1:
         return f"there {linked + unlinked} times"
-    # Between the changes of the two links, the log that was handed off is named by none.
-    is_handed_off = unlinked == 1 and logs.links[CURRENT] > log
-    if linked == 1 or is_handed_off or is_rotated_out(logs, log):
+    if linked == 1 or is_rotated_out(logs, log):
         return None
     names = ", ".join(f"{link} -> {target or 'missing'}" for link, target in logs.links.items())
     where = "in no log that a link names" if unlinked else "in no log"

@@ -56,8 +56,11 @@ class Judge(unittest.TestCase):
         self.assertFalse(is_faulty(logs(NEW, OLD, new=b"", old=b""), OLDEST))
         self.assertTrue(is_faulty(logs(NEW, "", new=b""), OLDEST))
 
-    def test_accepts_the_log_that_a_rotation_has_handed_off(self):
-        self.assertFalse(is_faulty(logs(NEW, OLDEST, new=b"", oldest=b"", old=DATA), OLD))
+    def test_sees_a_log_between_those_that_the_links_name(self):
+        self.assertTrue(is_faulty(logs(NEW, OLDEST, new=b"", oldest=b"", old=DATA), OLD))
+
+    def test_accepts_a_log_that_both_links_name(self):
+        self.assertFalse(is_faulty(logs(OLD, OLD, old=DATA), OLD))
 
 
 class Drive(unittest.TestCase):

@@ -34,7 +34,7 @@ TEST_F(KpiDisk, ShortWriteIntoTheLogIsContinued) {
   put(kTemporary, std::string(1000, 'x'));
   file_write_limit = 100;
   VornPath temporary = "/data/vorn/~vorn0007.log";
-  vorn_update_current_log(temporary, kpi_store.handed_off);
+  vorn_update_current_log(temporary, kpi_store.logs);
   EXPECT_EQ(content(log), "one" + std::string(1000, 'x'));
   EXPECT_FALSE(has(kTemporary));
 }
@@ -43,7 +43,7 @@ TEST_F(KpiDisk, FullDiskIsAFailedMergeThatLeavesTheLogAsItWas) {
   put(kTemporary, std::string(1000, 'x'));
   VornPath temporary = "/data/vorn/~vorn0007.log";
   FileSizeLimit limit(600);
-  vorn_update_current_log(temporary, kpi_store.handed_off);
+  vorn_update_current_log(temporary, kpi_store.logs);
   EXPECT_THAT(trace, ElementsAre(kLookUp + kCurrent, not_written(log, EFBIG)));
   expect_not_merged();
   EXPECT_EQ(content(kTemporary), std::string(1000, 'x'));
@@ -53,7 +53,7 @@ TEST_F(KpiDisk, FileThatTakesNothingIsAFailedMerge) {
   put(kTemporary, "x");
   VornPath temporary = "/data/vorn/~vorn0007.log";
   file_write_limit = 0;
-  vorn_update_current_log(temporary, kpi_store.handed_off);
+  vorn_update_current_log(temporary, kpi_store.logs);
   EXPECT_THAT(logs(), Contains(StartsWith("vorn_update_current_log: Unable to write " + log)));
   expect_not_merged();
 }
@@ -70,7 +70,7 @@ TEST_F(KpiDisk, LogThatCannotBeSyncedIsAFailedMerge) {
 TEST_F(KpiDisk, TemporaryFileThatCannotBeReadIsAFailedMerge) {
   make_folder(kTemporary);  // it can be opened, and reading fails
   VornPath temporary = "/data/vorn/~vorn0007.log";
-  vorn_update_current_log(temporary, kpi_store.handed_off);
+  vorn_update_current_log(temporary, kpi_store.logs);
   EXPECT_THAT(trace,
               ElementsAre(kLookUp + kCurrent, "log: vorn_update_current_log: Unable to read " +
                                                   kTemporary + ", errno 21"));
@@ -137,12 +137,13 @@ TEST_F(KpiDisk, PackageThatBeginsAgainIsMerged) {
   EXPECT_EQ(content(log), "onetwo");
 }
 
+// A rejected packet resets the receiver: what follows is another package, although of the same id.
 TEST_F(KpiDisk, LostPacketOfOnePackageIsNotAnotherOnes) {
   failing["open " + kTemporary] = EMFILE;
   store(1, "a");
   failing.clear();
-  uint8_t payload = 'x';
-  store_kpi_packet(kpi_store, receiver, {8, 2, true, 1, &payload}, 0);
+  receiver.reset();
+  store(2, "x", true);
   EXPECT_EQ(content(log), "onex");
 }
 
@@ -173,11 +174,29 @@ TEST_F(KpiDisk, MergeThatChangesNoLinkSyncsNoDirectory) {
   EXPECT_THAT(trace, Not(Contains("call fsync " + kVorn)));
 }
 
+// The process before this one may have been killed between a change of the links and their sync.
+TEST_F(KpiDisk, FirstMergeOfAProcessSyncsTheLinksThatItFinds) {
+  kpi_store.logs.are_links_synced = false;
+  Lines synced = appended(log);
+  synced.insert(synced.end() - 1, "call fsync " + kVorn);
+  EXPECT_THAT(merge("x"), ElementsAreArray(taken() + Lines{kLookUp + kCurrent} + synced));
+  EXPECT_THAT(merge("y"), ElementsAreArray(taken() + Lines{kLookUp + kCurrent} + appended(log)));
+}
+
+TEST_F(KpiDisk, LinksThatCouldNotBeSyncedAreSyncedByTheNextMerge) {
+  fill_log();
+  failing["fsync " + kVorn] = EIO;
+  merge("x");
+  failing.clear();
+  EXPECT_THAT(merge("y"), Contains("call fsync " + kVorn));
+  EXPECT_THAT(merge("z"), Not(Contains("call fsync " + kVorn)));
+}
+
 TEST_F(KpiDisk, DirectoryThatCannotBeSyncedIsLoggedAndTheMergeGoesOn) {
   fill_log();
   failing["fsync " + kVorn] = EIO;
   merge("x");
-  EXPECT_THAT(logs(), Contains("vorn_create_new_log: Unable to sync /data/vorn, errno 5"));
+  EXPECT_THAT(logs(), Contains("vorn_update_current_log: Unable to sync /data/vorn, errno 5"));
   EXPECT_EQ(content(new_log), "x");
 }
 
@@ -185,7 +204,7 @@ TEST_F(KpiDisk, DirectoryThatCannotBeOpenedForItsSyncIsLogged) {
   fill_log();
   failing["open " + kVorn] = EMFILE;
   merge("x");
-  EXPECT_THAT(logs(), Contains("vorn_create_new_log: Unable to sync /data/vorn, errno 24"));
+  EXPECT_THAT(logs(), Contains("vorn_update_current_log: Unable to sync /data/vorn, errno 24"));
 }
 
 TEST_F(KpiDisk, LinkThatCannotBeMadeUnderAnotherNameIsMadeInPlace) {

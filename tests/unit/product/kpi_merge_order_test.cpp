@@ -56,7 +56,7 @@ TEST_F(KpiMergeOrder, ReadersGetTheLogBeforeItHoldsAnything) {
 
 TEST_F(KpiMergeOrder, LogIsHandedOffBeforeItIsReplaced) {
   put_log(kCurrent, log_name(now - 10), "old");
-  kpi_store.handed_off = now - kTwoDays;
+  kpi_store.logs.handed_off = now - kTwoDays;
   at_line("vorn_update_current_log: send " + log_name(now - 10), [this] {
     EXPECT_EQ(target(kCurrent), log_name(now - 10));
     EXPECT_FALSE(has(log));
@@ -75,9 +75,9 @@ TEST_F(KpiMergeOrder, ReceiverIsResetBeforeThePackageIsMerged) {
 
 TEST_F(KpiMergeOrder, LogOfOneByteIsHandedOff) {
   put_log(kCurrent, log_name(now - 10), "x");
-  kpi_store.handed_off = now - kTwoDays;
+  kpi_store.logs.handed_off = now - kTwoDays;
   EXPECT_THAT(merge("hello"), testing::IsSupersetOf(handed_off(log_name(now - 10))));
-  EXPECT_EQ(kpi_store.handed_off, now);
+  EXPECT_EQ(kpi_store.logs.handed_off, now);
 }
 
 TEST_F(KpiMergeOrder, StaleFileIsReportedBeforeItIsDeleted) {
@@ -92,7 +92,7 @@ TEST_F(KpiMergeOrder, StaleFileIsReportedBeforeItIsDeleted) {
 TEST_F(KpiMergeOrder, OldestLogIsDeletedBeforeThatIsReported) {
   put_log(kCurrent, log_name(now - 10), "old");
   put_log(kPrevious, log_name(now - 20), "oldest");
-  kpi_store.handed_off = now - kTwoDays;
+  kpi_store.logs.handed_off = now - kTwoDays;
   at_line("vorn_create_new_log: remove old " + log_name(now - 20),
           [this] { EXPECT_FALSE(has(log_name(now - 20))); });
   merge("hello");
@@ -106,7 +106,7 @@ TEST_F(KpiMergeOrder, RotationThatDeletesALogSaysNothingElse) {
   std::string oldest = log_name(now - 20);
   put_log(kCurrent, old, "old");
   put_log(kPrevious, oldest, "oldest");
-  kpi_store.handed_off = now - kTwoDays;
+  kpi_store.logs.handed_off = now - kTwoDays;
   merge("hello");
   Lines links = {kLookUp + kCurrent, kLookUp + kCurrent, kLookUp + kPrevious, kLookUp + kPrevious};
   Lines sweep = {kLookUp + kCurrent, kLookUp + kCurrent, kLookUp + kPrevious, kLookUp + kCurrent,
@@ -121,7 +121,7 @@ TEST_F(KpiMergeOrder, LinkWithoutALogIsRemovedSilently) {
   make_folder(kVorn);
   at_line("vorn_create_new_log: create new", [this] { std::filesystem::remove(at(log)); });
   VornPath name = {};
-  EXPECT_EQ(vorn_create_new_log(name), 0);
+  EXPECT_EQ(vorn_create_new_log(name, is_synced), 0);
   EXPECT_THAT(logs(), ElementsAreArray(without_calls(created(log) + not_linked(kCurrent) +
                                                      Lines{kLookUp + kCurrent})));
 }
@@ -149,14 +149,16 @@ TEST_F(KpiMergeOrder, FailuresOfTheLinksAreLoggedOnceEach) {
       {{{"rename", EIO}, {"symlink /data/vorn/.0001", EPERM}},
        {kFailed + "rename /data/vorn/.new, errno 5", kFailed + "link /data/vorn/.0001, errno 1"},
        false},
-      {{{"fsync /data/vorn", EIO}}, {kFailed + "sync /data/vorn, errno 5"}, true},
+      {{{"fsync /data/vorn", EIO}},
+       {"vorn_update_current_log: Unable to sync /data/vorn, errno 5"},
+       true},
   };
   for (const auto& row : kRows) {
     make_folder(kVorn);
     failing = row.failing;
     trace.clear();
     VornPath name = {};
-    EXPECT_EQ(vorn_create_new_log(name), 0);
+    EXPECT_EQ(vorn_create_new_log(name, is_synced), 0);
     EXPECT_EQ(
         logs(),
         without_calls(created(log) + not_linked(kCurrent) + Lines{kLookUp + kCurrent}) + row.lines);
@@ -172,7 +174,7 @@ TEST_F(KpiMergeOrder, FileThatTakesNothingCountsAsAFullDisk) {
   file_write_limit = 0;
   VornPath temporary = "/data/vorn/~vorn0007.log";
   errno = 0;
-  vorn_update_current_log(temporary, kpi_store.handed_off);
+  vorn_update_current_log(temporary, kpi_store.logs);
   EXPECT_EQ(logs().back(), "vorn_update_current_log: Unable to write " + log + ", errno 28");
   store(1, "a");
   file_write_limit = {};

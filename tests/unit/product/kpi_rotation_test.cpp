@@ -20,7 +20,7 @@ class KpiRotation : public VornPhone {
   }
 
   // A moment that the store remembers as its last hand-off.
-  void count_from(time_t moment) { kpi_store.handed_off = moment; }
+  void count_from(time_t moment) { kpi_store.logs.handed_off = moment; }
 
   void grow(const std::string& log, size_t size) const {
     std::filesystem::resize_file(at(log), size);
@@ -58,7 +58,7 @@ TEST_F(KpiRotation, LimitItselfRotates) {
 TEST_F(KpiRotation, EmptyPackageIsMergedLikeAnyOther) {
   put(kTemporary);
   VornPath temporary = "/data/vorn/~vorn0007.log";
-  vorn_update_current_log(temporary, kpi_store.handed_off);
+  vorn_update_current_log(temporary, kpi_store.logs);
   EXPECT_THAT(trace, ElementsAreArray(Lines{kLookUp + kCurrent} + appended(old_log)));
   EXPECT_EQ(content(old_log), "old");
   EXPECT_FALSE(has(kTemporary));
@@ -82,7 +82,7 @@ TEST_F(KpiRotation, FirstRotationHandsOffAndLinksBothLogs) {
                                not_linked(kPrevious) + Lines{kLookUp + kPrevious} + links_synced() +
                                given_to_readers(new_log) + appended(new_log)));
   expect_rotated();
-  EXPECT_EQ(kpi_store.handed_off, now);
+  EXPECT_EQ(kpi_store.logs.handed_off, now);
   EXPECT_EQ(mode(new_log), 0660u);
 }
 
@@ -153,10 +153,10 @@ TEST_F(KpiRotation, RotationThatDeletesNoLogDoesNotClean) {
 }
 
 TEST_F(KpiRotation, FirstMergeOnlyStartsTheTimer) {
-  ASSERT_EQ(kpi_store.handed_off, 0);
+  ASSERT_EQ(kpi_store.logs.handed_off, 0);
   merge("x");
   expect_not_rotated();
-  EXPECT_EQ(kpi_store.handed_off, now);
+  EXPECT_EQ(kpi_store.logs.handed_off, now);
   EXPECT_EQ(content(old_log), "oldx");
 }
 
@@ -170,7 +170,7 @@ TEST_F(KpiRotation, LogIsRotatedTwelveHoursAfterTheLastHandOff) {
   count_from(now - kHalfADay);
   EXPECT_THAT(merge("x"), IsSupersetOf(handed_off(old_log)));
   expect_rotated();
-  EXPECT_EQ(kpi_store.handed_off, now);
+  EXPECT_EQ(kpi_store.logs.handed_off, now);
   EXPECT_EQ(content(new_log), "x");
   EXPECT_EQ(content(old_log), "old");
 }
@@ -179,7 +179,7 @@ TEST_F(KpiRotation, LogIsNotRotatedASecondBeforeTheTwelveHours) {
   count_from(now - kHalfADay + 1);
   merge("x");
   expect_not_rotated();
-  EXPECT_EQ(kpi_store.handed_off, now - kHalfADay + 1);
+  EXPECT_EQ(kpi_store.logs.handed_off, now - kHalfADay + 1);
 }
 
 TEST_F(KpiRotation, ClockThatMovesAheadRotatesAndOneThatMovesBackDoesNot) {
@@ -212,7 +212,7 @@ TEST_F(KpiRotation, EmptyLogIsRotatedButNotHandedOffAndDoesNotResetTheTimer) {
   expect_rotated();
   EXPECT_THAT(trace, Not(Contains(StartsWith("call addText"))));
   EXPECT_THAT(logs(), Not(Contains(testing::HasSubstr("dropbox"))));
-  EXPECT_EQ(kpi_store.handed_off, now - kHalfADay);
+  EXPECT_EQ(kpi_store.logs.handed_off, now - kHalfADay);
 }
 
 TEST_F(KpiRotation, DropBoxThatRefusesIsLoggedAndTheRotationGoesOn) {
@@ -225,7 +225,7 @@ TEST_F(KpiRotation, DropBoxThatRefusesIsLoggedAndTheRotationGoesOn) {
   EXPECT_THAT(std::vector(trace.begin(), trace.begin() + static_cast<long>(expected.size())),
               ElementsAreArray(expected));
   expect_rotated();
-  EXPECT_EQ(kpi_store.handed_off, now);
+  EXPECT_EQ(kpi_store.logs.handed_off, now);
   EXPECT_EQ(content(new_log), "x");
 }
 

@@ -226,7 +226,7 @@ TEST_F(KpiStoreTest, LogThatCannotBeCreatedOnTheFirstRunLeavesTheTemporaryFile) 
 TEST_F(KpiStoreTest, TemporaryFileThatIsGoneIsLogged) {
   begin("");
   const VornPath gone = "/data/vorn/~vorn0007.log";
-  vorn_update_current_log(gone, kpi_store.handed_off);
+  vorn_update_current_log(gone, kpi_store.logs);
   EXPECT_THAT(trace,
               ElementsAre("log: vorn_update_current_log: Unable to stat temp files, errno 2"));
   EXPECT_EQ(content(log), "");
@@ -247,7 +247,7 @@ TEST_F(KpiStoreTest, TemporaryFileThatCannotBeOpenedAgainStays) {
   put(kTemporary, "x");
   failing["open " + kTemporary] = EIO;
   const VornPath temporary = "/data/vorn/~vorn0007.log";
-  vorn_update_current_log(temporary, kpi_store.handed_off);
+  vorn_update_current_log(temporary, kpi_store.logs);
   EXPECT_THAT(trace, ElementsAre(kLookUp + kCurrent,
                                  "log: vorn_update_current_log: Unable to open files, errno 5"));
   EXPECT_EQ(content(kTemporary), "x");

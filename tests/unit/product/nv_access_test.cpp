@@ -180,7 +180,7 @@ TEST_F(NvAccess, FixedWriteFailsOnTheSendAndOnTheModemsResult) {
                                  "log: NV write Err RdeId=28, Err=-3, resp_type=0",
                                  "reply: " + reply(0x02000008, 5)));
   fail_send(9, 0);
-  for (uint32_t result : {1, 2, -1}) {
+  for (uint32_t result : {1u, 2u, ~0u}) {
     answer(9, le32(result) + le32(48));
     trace.clear();
     nvWrite(Request::cdma(0x02000008, {1}).data(), 28);
@@ -209,7 +209,7 @@ TEST_F(NvAccess, GeneralReadFailsOnTheSendAndOnTheModemsResult) {
   fail_send(8, 0);
   EXPECT_THAT(trace, ElementsAre("send vendor 0x8", "log: Gen NV Read error -3 or 0",
                                  "reply: " + reply(0x02000016, 5)));
-  for (uint32_t result : {1, 2, -1}) {
+  for (uint32_t result : {1u, 2u, ~0u}) {
     answer(8, read_answer(1, 4, Bytes(4), result, 16));
     trace.clear();
     genNvRead(request.data(), 0);
@@ -275,7 +275,7 @@ TEST_F(NvAccess, GeneralWriteFailsOnTheSendAndOnTheModemsResult) {
   fail_send(9, -3);
   expect_failure("-3 result 0");
   fail_send(9, 0);
-  for (uint32_t result : {1, 2, -1}) {
+  for (uint32_t result : {1u, 2u, ~0u}) {
     answer(9, le32(result) + le32(48));
     expect_failure("0 result " + std::to_string(static_cast<int>(result)));
   }

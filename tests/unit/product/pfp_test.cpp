@@ -78,7 +78,7 @@ TEST_F(Pfp, TableIsForwardedWhole) {
 
 TEST_F(Pfp, SizeOfTheEncodedTableIsTheDecodersConcern) {
   decode_to(kPfpIndication, table(7, 12345));
-  for (size_t size : {0, 1, 232, 233, 4096}) {
+  for (size_t size : {0u, 1u, 232u, 233u, 4096u}) {
     encoded = Bytes(size, 0xCD);
     trace.clear();
     indicate(kPfpIndication);

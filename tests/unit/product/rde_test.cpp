@@ -52,7 +52,7 @@ TEST_F(Rde, WriteFailsOnTheSendAndOnTheModemsResult) {
   EXPECT_EQ(qor_qmi_sprint_rde_write(41, 0, 0, 1, "x"), 4u);
   EXPECT_EQ(trace.back(), "log: NV Write fail - -3, result - 0, error - 0");
   fail_send(9, 0);
-  for (uint32_t result : {1, 2, -1}) {
+  for (uint32_t result : {1u, 2u, ~0u}) {
     answer(9, le32(result) + le32(48));
     EXPECT_EQ(qor_qmi_sprint_rde_write(41, 0, 0, 1, "x"), 4u);
     EXPECT_EQ(trace.back(), "log: NV Write fail - 0, result - " +
@@ -144,7 +144,7 @@ TEST_F(Rde, ReadFailsOnTheSendAndOnTheModemsResult) {
   EXPECT_EQ(read(output, 4), 4u);
   EXPECT_EQ(trace.back(), "log: NV Read fail - -3, result - 0, error - 0");
   fail_send(8, 0);
-  for (uint32_t result : {1, 2, -1}) {
+  for (uint32_t result : {1u, 2u, ~0u}) {
     answer(8, le32(result) + le32(16));
     EXPECT_EQ(read(output, 4), 4u);
     EXPECT_EQ(trace.back(), "log: NV Read fail - 0, result - " +

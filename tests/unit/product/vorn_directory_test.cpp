@@ -20,7 +20,7 @@ class VornDirectory : public VornPhone {
     now = when;
     VornPath name = {};
     trace.clear();
-    EXPECT_EQ(vorn_create_new_log(name), 0);
+    EXPECT_EQ(vorn_create_new_log(name, is_synced), 0);
     return name;
   }
 };
@@ -182,7 +182,7 @@ TEST_F(VornDirectory, LogThatCannotBeCreatedChangesNothing) {
   make_folder(log_name(now));
   put_log(kCurrent, "/data/vorn/a.log", "a");
   VornPath name = "untouched";
-  EXPECT_EQ(vorn_create_new_log(name), -1);
+  EXPECT_EQ(vorn_create_new_log(name, is_synced), -1);
   EXPECT_THAT(trace, ElementsAre("log: vorn_create_new_log: create new log " + log_name(now) +
                                  " failed, errno 21"));
   EXPECT_STREQ(name, "untouched");

@@ -30,7 +30,11 @@ inline std::string log_name(time_t when) {
 
 class VornPhone : public CapturePhone {
  protected:
-  VornPhone() { make_folder("/data"); }
+  // A store that has merged packages before.
+  VornPhone() {
+    make_folder("/data");
+    kpi_store.logs.are_links_synced = true;
+  }
 
   // Stores one packet of package 7.
   void store(uint8_t sequence, const std::string& payload, bool is_last = false,
@@ -89,5 +93,6 @@ class VornPhone : public CapturePhone {
   }
 
   KpiStore kpi_store;
+  bool is_synced = false;  // as vorn_create_new_log() has it
   KpiReceiver receiver;
 };
