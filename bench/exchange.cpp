@@ -11,11 +11,11 @@
 #include <thread>
 #include <vector>
 
+#include "bench/raw_channel.h"
+#include "bench/rig.h"
+#include "bench/samples.h"
 #include "network_access_service_v01.h"
 #include "qmi_client.h"
-#include "raw_channel.h"
-#include "rig.h"
-#include "samples.h"
 
 namespace {
 

@@ -14,11 +14,11 @@
 #include <nlohmann/json.hpp>
 #include <random>
 
-#include "modem.h"
-#include "phone/phone_files.h"
-#include "rig.h"
-#include "samples.h"
-#include "value_or_throw.h"
+#include "bench/modem.h"
+#include "bench/rig.h"
+#include "bench/samples.h"
+#include "tests/e2e/support/value_or_throw.h"
+#include "tools/qorextctl/phone/phone_files.h"
 
 namespace {
 

@@ -13,8 +13,8 @@
 #include <iostream>
 #include <nlohmann/json.hpp>
 
-#include "requests.h"
-#include "samples.h"
+#include "bench/requests.h"
+#include "bench/samples.h"
 
 namespace {
 

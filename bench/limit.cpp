@@ -13,8 +13,8 @@
 #include <map>
 #include <memory>
 
-#include "plan.h"
-#include "raw_channel.h"
+#include "bench/plan.h"
+#include "bench/raw_channel.h"
 
 namespace {
 

@@ -4,8 +4,8 @@
 #include <stdexcept>
 #include <string>
 
-#include "modem/modem_wait.h"
-#include "value_or_throw.h"
+#include "tests/e2e/support/value_or_throw.h"
+#include "tools/qorextctl/modem/modem_wait.h"
 
 namespace bench {
 

@@ -3,10 +3,10 @@
 
 #include <vector>
 
-#include "host/framing.h"
-#include "host/hex.h"
-#include "qmi_idl/codec.h"
+#include "platform/linux/qmi_idl/codec.h"
 #include "qorext_vendor_service_v01.h"
+#include "src/host/base/framing.h"
+#include "src/host/base/hex.h"
 
 namespace {
 

@@ -1,11 +1,11 @@
-#include "plan.h"
+#include "bench/plan.h"
 
 #include <android/log.h>
 
 #include <sstream>
 #include <stdexcept>
 
-#include "log/log_line.h"
+#include "tools/qorextctl/log/log_line.h"
 
 namespace bench {
 

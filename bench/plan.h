@@ -13,7 +13,7 @@
 #include <string>
 #include <vector>
 
-#include "base/bytes.h"
+#include "tools/qorextctl/base/bytes.h"
 
 namespace bench {
 

@@ -9,11 +9,11 @@
 #include <unordered_map>
 #include <vector>
 
-#include "handlers/dispatch.h"
-#include "messages/services.h"
-#include "options.h"
-#include "qmi_transport/wait.h"
-#include "state/factory.h"
+#include "modem/handlers/dispatch.h"
+#include "modem/messages/services.h"
+#include "modem/options.h"
+#include "modem/state/factory.h"
+#include "platform/linux/qmi_transport/wait.h"
 
 namespace {
 

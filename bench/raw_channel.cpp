@@ -1,11 +1,11 @@
-#include "raw_channel.h"
+#include "bench/raw_channel.h"
 
 #include <poll.h>
 #include <sys/socket.h>
 
 #include <stdexcept>
 
-#include "qmi_transport/wait.h"
+#include "platform/linux/qmi_transport/wait.h"
 
 namespace bench {
 

@@ -4,7 +4,7 @@
 #include <memory>
 #include <span>
 
-#include "qmi_transport/transport.h"
+#include "platform/linux/qmi_transport/transport.h"
 
 namespace bench {
 

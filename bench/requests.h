@@ -3,8 +3,8 @@
 
 #include <array>
 
-#include "rig.h"
-#include "wire.h"
+#include "bench/rig.h"
+#include "tests/e2e/support/wire.h"
 
 namespace bench {
 

@@ -1,4 +1,4 @@
-#include "rig.h"
+#include "bench/rig.h"
 
 #include <fcntl.h>
 #include <sched.h>
@@ -8,7 +8,7 @@
 #include <stdexcept>
 #include <system_error>
 
-#include "value_or_throw.h"
+#include "tests/e2e/support/value_or_throw.h"
 
 namespace bench {
 

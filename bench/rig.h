@@ -5,8 +5,8 @@
 #include <memory>
 #include <string>
 
-#include "daemon/daemon.h"
-#include "daemon/private_setup.h"
+#include "tools/qorextctl/daemon/daemon.h"
+#include "tools/qorextctl/daemon/private_setup.h"
 
 namespace bench {
 

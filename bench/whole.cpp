@@ -6,10 +6,10 @@
 #include <iostream>
 #include <nlohmann/json.hpp>
 
-#include "modem.h"
-#include "process_figures.h"
-#include "requests.h"
-#include "samples.h"
+#include "bench/modem.h"
+#include "bench/requests.h"
+#include "bench/samples.h"
+#include "tests/e2e/support/process_figures.h"
 
 namespace {
 

@@ -21,9 +21,9 @@ install(TARGETS ${libraries} LIBRARY DESTINATION ${QOREXT_LIBRARIES})
 install(FILES docs/man/qorextctl.1 docs/man/qorext_modem.1
         DESTINATION ${CMAKE_INSTALL_MANDIR}/man1)
 install(FILES docs/man/qorext_client.8 DESTINATION ${CMAKE_INSTALL_MANDIR}/man8)
-install(FILES tools/completion/qorextctl.bash RENAME qorextctl
+install(FILES common/completion/qorextctl.bash RENAME qorextctl
         DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions)
-install(FILES tools/completion/_qorextctl
+install(FILES common/completion/_qorextctl
         DESTINATION ${CMAKE_INSTALL_DATADIR}/zsh/vendor-completions)
 install(DIRECTORY scenarios DESTINATION ${QOREXT_DATA} FILES_MATCHING PATTERN "*.toml")
 install(DIRECTORY docs/ DESTINATION ${CMAKE_INSTALL_DOCDIR}

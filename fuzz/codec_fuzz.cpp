@@ -5,11 +5,11 @@
 #include <algorithm>
 
 #include "device_management_service_v01.h"
+#include "fuzz/require.h"
 #include "network_access_service_v01.h"
-#include "qmi_idl/codec.h"
-#include "qmi_json/json_fields.h"
+#include "platform/linux/qmi_idl/codec.h"
+#include "platform/linux/qmi_json/json_fields.h"
 #include "qorext_vendor_service_v01.h"
-#include "require.h"
 
 namespace {
 

@@ -3,10 +3,10 @@
 #include <algorithm>
 #include <memory>
 
-#include "features/gsm_alphabet.h"
-#include "phone.h"
-#include "require.h"
-#include "state/gsm_alphabet.h"
+#include "fuzz/phone.h"
+#include "fuzz/require.h"
+#include "modem/state/gsm_alphabet.h"
+#include "src/features/gsm_alphabet.h"
 
 namespace {
 

@@ -2,12 +2,12 @@
 #include <algorithm>
 #include <memory>
 
-#include "base/bytes.h"
-#include "carrier/engineering_text.h"
-#include "host/hex.h"
-#include "phone.h"
-#include "qmi_json/hex.h"
-#include "require.h"
+#include "fuzz/phone.h"
+#include "fuzz/require.h"
+#include "platform/linux/qmi_json/hex.h"
+#include "src/carrier/engineering_text.h"
+#include "src/host/base/hex.h"
+#include "tools/qorextctl/base/bytes.h"
 
 namespace {
 

@@ -1,12 +1,12 @@
 // The whole way of the modem's indications: callback, intake, handlers, unsolicited frames, KPI
 // packets to the store, the hand-off block to its partition.
-#include "capture/kpi_intake.h"
-#include "features/utility_messages.h"
-#include "host/framing.h"
-#include "phone.h"
+#include "fuzz/phone.h"
+#include "fuzz/require.h"
+#include "fuzz/scratch.h"
 #include "qorext_vendor_service_v01.h"
-#include "require.h"
-#include "scratch.h"
+#include "src/capture/kpi_intake.h"
+#include "src/host/base/framing.h"
+#include "src/vendor/utility_messages.h"
 
 namespace {
 

@@ -1,11 +1,11 @@
 // Packets of the modem's KPI logs against the store, in a folder whose files and clock change under
 // it.
-#include "capture/kpi_store.h"
+#include "src/capture/kpi_store.h"
 
-#include "capture/vorn_directory.h"
-#include "phone.h"
-#include "require.h"
-#include "scratch.h"
+#include "fuzz/phone.h"
+#include "fuzz/require.h"
+#include "fuzz/scratch.h"
+#include "src/capture/vorn_directory.h"
 
 namespace {
 

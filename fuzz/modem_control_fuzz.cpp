@@ -1,13 +1,13 @@
 // The simulated modem's two inputs: lines of its control socket and packets of its clients.
 #include <fuzzer/FuzzedDataProvider.h>
 
-#include "control/control.h"
-#include "messages/services.h"
-#include "require.h"
-#include "state/archive.h"
-#include "state/factory.h"
-#include "state/state_keys.h"
-#include "stretched.h"
+#include "fuzz/require.h"
+#include "fuzz/stretched.h"
+#include "modem/control/control.h"
+#include "modem/messages/services.h"
+#include "modem/state/archive.h"
+#include "modem/state/factory.h"
+#include "modem/state/state_keys.h"
 
 namespace {
 

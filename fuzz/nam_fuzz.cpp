@@ -1,13 +1,13 @@
 // The number assignment module there and back: a record that the parent sets is the one it gets,
 // and the digits in the items are those that the other implementation of the encoding makes.
-#include "carrier/nam.h"
+#include "src/carrier/nam.h"
 
-#include "carrier/carrier_operations.h"
-#include "carrier/digits.h"
-#include "phone.h"
-#include "require.h"
-#include "state/nam_encoding.h"
-#include "vendor/rde_messages.h"
+#include "fuzz/phone.h"
+#include "fuzz/require.h"
+#include "modem/state/nam_encoding.h"
+#include "src/carrier/carrier_operations.h"
+#include "src/carrier/digits.h"
+#include "src/vendor/rde_messages.h"
 
 namespace {
 

@@ -1,4 +1,4 @@
-#include "phone.h"
+#include "fuzz/phone.h"
 
 #include <NativeDropBoxWriter.h>
 #include <android/log.h>
@@ -12,12 +12,13 @@
 #include <cstdarg>
 #include <cstring>
 
-#include "capture/hob_save.h"
-#include "carrier_modem/carrier_clients.h"
-#include "host/parent.h"
+#include "fuzz/require.h"
 #include "qorext_vendor_service_v01.h"
-#include "require.h"
-#include "vendor/vendor_client.h"
+#include "src/capture/hob_save.h"
+#include "src/carrier_modem/carrier_clients.h"
+#include "src/host/base/parent.h"
+#include "src/host/indications.h"
+#include "src/vendor/vendor_client.h"
 
 namespace fuzz {
 namespace {
@@ -88,7 +89,7 @@ void bring_up() {
   Phone phone(nothing);
   set_parent_pipes(kReplyFd, kUnsolicitedFd);
   FUZZ_REQUIRE(qmi_qorext_sprint_client_init() == 0);
-  FUZZ_REQUIRE(qmi_qorext_hook_client_init() == 0);
+  FUZZ_REQUIRE(qmi_qorext_hook_client_init(handleUnsolMsg) == 0);
 }
 
 qmi_client_ind_cb indication_callback() { return g_callback; }

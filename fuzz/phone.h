@@ -13,8 +13,8 @@
 #include <string>
 #include <vector>
 
+#include "platform/linux/qmi_idl/descriptor.h"
 #include "qmi_client.h"
-#include "qmi_idl/descriptor.h"
 
 namespace fuzz {
 

@@ -6,9 +6,9 @@
 #include <sys/eventfd.h>
 #include <sys/socket.h>
 
-#include "qmi_transport/control.h"
-#include "qmi_transport/implementations.h"
-#include "require.h"
+#include "fuzz/require.h"
+#include "platform/linux/qmi_transport/control.h"
+#include "platform/linux/qmi_transport/implementations.h"
 
 namespace {
 

@@ -1,9 +1,9 @@
 // The whole way of a request: bytes on the pipe, loop, dispatch, handler, modem, reply.
-#include "host/request_loop.h"
+#include "src/host/request_loop.h"
 
-#include "host/framing.h"
-#include "phone.h"
-#include "require.h"
+#include "fuzz/phone.h"
+#include "fuzz/require.h"
+#include "src/host/base/framing.h"
 
 namespace {
 

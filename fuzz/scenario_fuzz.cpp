@@ -1,11 +1,11 @@
 // Scenario files of the simulated modem.
 #include <fuzzer/FuzzedDataProvider.h>
 
-#include "require.h"
-#include "scenario.h"
-#include "state/archive.h"
-#include "state/state_keys.h"
-#include "stretched.h"
+#include "fuzz/require.h"
+#include "fuzz/stretched.h"
+#include "modem/scenario.h"
+#include "modem/state/archive.h"
+#include "modem/state/state_keys.h"
 
 namespace {
 

@@ -2,9 +2,9 @@
 // not, what the kernel tells of the last crash, what the modem tells of itself.
 #include <fstream>
 
-#include "phone.h"
-#include "require.h"
-#include "scratch.h"
+#include "fuzz/phone.h"
+#include "fuzz/require.h"
+#include "fuzz/scratch.h"
 
 int qorext_client_main(int argc, char** argv);
 

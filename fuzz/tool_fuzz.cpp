@@ -3,21 +3,21 @@
 
 #include <sstream>
 
-#include "base/lines.h"
-#include "catalogue/nam_record.h"
-#include "decode_input.h"
-#include "frames/arguments.h"
-#include "frames/frames.h"
-#include "frames/personal.h"
-#include "log/log_reader.h"
-#include "modem/modem_control.h"
-#include "output/output.h"
-#include "replay/replay_script.h"
-#include "require.h"
-#include "session/exchange.h"
-#include "session/session.h"
-#include "stretched.h"
-#include "trace/timeline.h"
+#include "fuzz/require.h"
+#include "fuzz/stretched.h"
+#include "tools/qorextctl/base/lines.h"
+#include "tools/qorextctl/catalogue/nam_record.h"
+#include "tools/qorextctl/decode_input.h"
+#include "tools/qorextctl/frames/arguments.h"
+#include "tools/qorextctl/frames/frames.h"
+#include "tools/qorextctl/frames/personal.h"
+#include "tools/qorextctl/log/log_reader.h"
+#include "tools/qorextctl/modem/modem_control.h"
+#include "tools/qorextctl/output/output.h"
+#include "tools/qorextctl/replay/replay_script.h"
+#include "tools/qorextctl/session/exchange.h"
+#include "tools/qorextctl/session/session.h"
+#include "tools/qorextctl/trace/timeline.h"
 
 namespace {
 

@@ -6,10 +6,10 @@
 
 #include <functional>
 
-#include "qmi_transport/control.h"
-#include "qmi_transport/unix_socket.h"
-#include "require.h"
-#include "scratch.h"
+#include "fuzz/require.h"
+#include "fuzz/scratch.h"
+#include "platform/linux/qmi_transport/control.h"
+#include "platform/linux/qmi_transport/unix_socket.h"
 
 namespace {
 

@@ -5,10 +5,10 @@
 
 #include <system_error>
 
-#include "options.h"
-#include "scenario.h"
-#include "server_loop.h"
-#include "state/factory.h"
+#include "modem/options.h"
+#include "modem/scenario.h"
+#include "modem/server_loop.h"
+#include "modem/state/factory.h"
 
 namespace {
 

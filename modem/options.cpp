@@ -1,12 +1,12 @@
-#include "options.h"
+#include "modem/options.h"
 
 #include <fmt/format.h>
 
 #include <CLI/CLI.hpp>
 
-#include "command_line.h"
-#include "control/version.h"
-#include "simulator/simulator.h"
+#include "common/completion/command_line.h"
+#include "modem/control/version.h"
+#include "modem/simulator/simulator.h"
 
 namespace modem {
 namespace {

@@ -7,7 +7,7 @@
 #include <string>
 #include <variant>
 
-#include "qmi_transport/transport.h"
+#include "platform/linux/qmi_transport/transport.h"
 
 namespace modem {
 

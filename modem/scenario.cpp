@@ -1,4 +1,4 @@
-#include "scenario.h"
+#include "modem/scenario.h"
 
 #include <fmt/format.h>
 #include <toml++/toml.h>
@@ -6,10 +6,10 @@
 #include <fstream>
 #include <iterator>
 
-#include "simulator/simulator.h"
-#include "state/factory.h"
-#include "state/state_keys.h"
-#include "toml_levels.h"
+#include "modem/simulator/simulator.h"
+#include "modem/state/factory.h"
+#include "modem/state/state_keys.h"
+#include "modem/toml_levels.h"
 
 namespace modem {
 namespace {

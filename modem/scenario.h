@@ -6,8 +6,8 @@
 #include <string_view>
 #include <vector>
 
-#include "simulator/faults.h"
-#include "state/state.h"
+#include "modem/simulator/faults.h"
+#include "modem/state/state.h"
 
 namespace modem {
 

@@ -1,4 +1,4 @@
-#include "server_loop.h"
+#include "modem/server_loop.h"
 
 #include <errno.h>
 #include <fmt/format.h>
@@ -10,8 +10,8 @@
 #include <algorithm>
 #include <system_error>
 
-#include "control/watch.h"
-#include "messages/services.h"
+#include "modem/control/watch.h"
+#include "modem/messages/services.h"
 
 namespace modem {
 namespace {

@@ -6,11 +6,11 @@
 #include <set>
 #include <string>
 
-#include "control/control.h"
-#include "control/control_server.h"
-#include "qmi_transport/scoped_fd.h"
-#include "qmi_transport/transport.h"
-#include "simulator/simulator.h"
+#include "modem/control/control.h"
+#include "modem/control/control_server.h"
+#include "modem/simulator/simulator.h"
+#include "platform/linux/qmi_transport/scoped_fd.h"
+#include "platform/linux/qmi_transport/transport.h"
 
 namespace modem {
 

@@ -1,4 +1,4 @@
-#include "toml_levels.h"
+#include "modem/toml_levels.h"
 
 #include <algorithm>
 #include <string>

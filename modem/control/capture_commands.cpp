@@ -1,7 +1,7 @@
-#include "control/capture_commands.h"
+#include "modem/control/capture_commands.h"
 
-#include "messages/indications.h"
-#include "messages/services.h"
+#include "modem/messages/indications.h"
+#include "modem/messages/services.h"
 
 namespace modem {
 namespace {

@@ -1,7 +1,7 @@
 // The control socket's commands for KPI logs and the hand-off block.
 #pragma once
 
-#include "simulator/simulator.h"
+#include "modem/simulator/simulator.h"
 
 namespace modem {
 

@@ -1,15 +1,15 @@
-#include "control/control.h"
+#include "modem/control/control.h"
 
 #include <algorithm>
 #include <iterator>
 
-#include "control/capture_commands.h"
-#include "control/version.h"
-#include "messages/indications.h"
-#include "messages/services.h"
-#include "qmi_json/foreign_json.h"
-#include "state/archive.h"
-#include "state/state_keys.h"
+#include "modem/control/capture_commands.h"
+#include "modem/control/version.h"
+#include "modem/messages/indications.h"
+#include "modem/messages/services.h"
+#include "modem/state/archive.h"
+#include "modem/state/state_keys.h"
+#include "platform/linux/qmi_json/foreign_json.h"
 
 namespace modem {
 namespace {

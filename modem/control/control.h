@@ -3,7 +3,7 @@
 
 #include <string>
 
-#include "simulator/simulator.h"
+#include "modem/simulator/simulator.h"
 
 namespace modem {
 

@@ -1,4 +1,4 @@
-#include "control/control_server.h"
+#include "modem/control/control_server.h"
 
 #include <errno.h>
 #include <poll.h>
@@ -11,8 +11,8 @@
 #include <algorithm>
 #include <system_error>
 
-#include "qmi_transport/accept.h"
-#include "qmi_transport/wait.h"
+#include "platform/linux/qmi_transport/accept.h"
+#include "platform/linux/qmi_transport/wait.h"
 
 namespace modem {
 namespace {

@@ -6,8 +6,8 @@
 #include <map>
 #include <string>
 
-#include "qmi_transport/scoped_fd.h"
-#include "qmi_transport/timer.h"
+#include "platform/linux/qmi_transport/scoped_fd.h"
+#include "platform/linux/qmi_transport/timer.h"
 
 namespace modem {
 

@@ -1,9 +1,9 @@
-#include "control/watch.h"
+#include "modem/control/watch.h"
 
 #include <chrono>
 #include <nlohmann/json.hpp>
 
-#include "messages/outbox.h"
+#include "modem/messages/outbox.h"
 
 namespace modem {
 namespace {

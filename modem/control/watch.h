@@ -5,7 +5,7 @@
 #include <span>
 #include <string>
 
-#include "qmi_idl/descriptor.h"
+#include "platform/linux/qmi_idl/descriptor.h"
 
 namespace modem {
 

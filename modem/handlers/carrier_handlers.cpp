@@ -1,8 +1,8 @@
 #include <algorithm>
 #include <string>
 
-#include "handlers/handlers.h"
-#include "handlers/outcome.h"
+#include "modem/handlers/handlers.h"
+#include "modem/handlers/outcome.h"
 
 namespace modem {
 namespace {

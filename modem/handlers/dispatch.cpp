@@ -1,11 +1,11 @@
-#include "handlers/dispatch.h"
+#include "modem/handlers/dispatch.h"
 
 #include <algorithm>
 #include <iterator>
 
-#include "handlers/handlers.h"
-#include "handlers/outcome.h"
-#include "messages/services.h"
+#include "modem/handlers/handlers.h"
+#include "modem/handlers/outcome.h"
+#include "modem/messages/services.h"
 
 namespace modem {
 namespace {

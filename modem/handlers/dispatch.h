@@ -3,10 +3,10 @@
 
 #include <span>
 
-#include "messages/outbox.h"
-#include "messages/packet.h"
-#include "qmi_json/fields.h"
-#include "state/state.h"
+#include "modem/messages/outbox.h"
+#include "modem/messages/packet.h"
+#include "modem/state/state.h"
+#include "platform/linux/qmi_json/fields.h"
 
 namespace modem {
 

@@ -1,9 +1,9 @@
 #include <algorithm>
 #include <string>
 
-#include "handlers/handlers.h"
-#include "handlers/outcome.h"
-#include "state/nam.h"
+#include "modem/handlers/handlers.h"
+#include "modem/handlers/outcome.h"
+#include "modem/state/nam.h"
 
 namespace modem {
 

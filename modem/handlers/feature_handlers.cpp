@@ -1,9 +1,9 @@
 #include <algorithm>
 #include <iterator>
 
-#include "handlers/handlers.h"
-#include "handlers/outcome.h"
-#include "messages/indications.h"
+#include "modem/handlers/handlers.h"
+#include "modem/handlers/outcome.h"
+#include "modem/messages/indications.h"
 
 namespace modem {
 namespace {

@@ -1,7 +1,7 @@
 // The handlers, one a message; dispatch.cpp says which message each one serves.
 #pragma once
 
-#include "handlers/dispatch.h"
+#include "modem/handlers/dispatch.h"
 
 namespace modem {
 

@@ -1,10 +1,10 @@
 #include <algorithm>
 #include <string>
 
-#include "handlers/handlers.h"
-#include "handlers/outcome.h"
-#include "state/gsm_alphabet.h"
-#include "state/nam.h"
+#include "modem/handlers/handlers.h"
+#include "modem/handlers/outcome.h"
+#include "modem/state/gsm_alphabet.h"
+#include "modem/state/nam.h"
 
 namespace modem {
 namespace {

@@ -1,7 +1,7 @@
 #include <algorithm>
 
-#include "handlers/handlers.h"
-#include "handlers/outcome.h"
+#include "modem/handlers/handlers.h"
+#include "modem/handlers/outcome.h"
 
 namespace modem {
 namespace {

@@ -1,4 +1,4 @@
-#include "handlers/outcome.h"
+#include "modem/handlers/outcome.h"
 
 namespace modem {
 namespace {

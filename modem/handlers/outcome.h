@@ -5,7 +5,7 @@
 
 #include <stdint.h>
 
-#include "qmi_json/fields.h"
+#include "platform/linux/qmi_json/fields.h"
 
 namespace modem {
 

@@ -1,7 +1,7 @@
-#include "kpi/kpi_packet.h"
+#include "modem/kpi/kpi_packet.h"
 
-#include "messages/services.h"
-#include "qmi_json/fields.h"
+#include "modem/messages/services.h"
+#include "platform/linux/qmi_json/fields.h"
 
 namespace modem {
 namespace {

@@ -3,8 +3,8 @@
 
 #include <stdint.h>
 
-#include "messages/packet.h"
-#include "state/archive.h"
+#include "modem/messages/packet.h"
+#include "modem/state/archive.h"
 
 namespace modem {
 

@@ -1,4 +1,4 @@
-#include "kpi/kpi_upload.h"
+#include "modem/kpi/kpi_upload.h"
 
 #include <errno.h>
 #include <fcntl.h>

@@ -5,8 +5,8 @@
 #include <deque>
 #include <optional>
 
-#include "kpi/kpi_packet.h"
-#include "qmi_transport/scoped_fd.h"
+#include "modem/kpi/kpi_packet.h"
+#include "platform/linux/qmi_transport/scoped_fd.h"
 
 namespace modem {
 

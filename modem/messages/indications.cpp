@@ -1,8 +1,8 @@
-#include "messages/indications.h"
+#include "modem/messages/indications.h"
 
-#include "messages/packet.h"
-#include "messages/services.h"
-#include "qmi_json/json_fields.h"
+#include "modem/messages/packet.h"
+#include "modem/messages/services.h"
+#include "platform/linux/qmi_json/json_fields.h"
 
 namespace modem {
 

@@ -4,7 +4,7 @@
 #include <nlohmann/json.hpp>
 #include <string>
 
-#include "messages/outbox.h"
+#include "modem/messages/outbox.h"
 
 namespace modem {
 

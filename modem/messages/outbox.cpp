@@ -1,4 +1,4 @@
-#include "messages/outbox.h"
+#include "modem/messages/outbox.h"
 
 #include <utility>
 

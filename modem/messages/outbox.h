@@ -7,7 +7,7 @@
 #include <map>
 #include <optional>
 
-#include "qmi_json/hex.h"
+#include "platform/linux/qmi_json/hex.h"
 
 namespace modem {
 

@@ -1,6 +1,6 @@
-#include "messages/packet.h"
+#include "modem/messages/packet.h"
 
-#include "qmi_json/fields.h"
+#include "platform/linux/qmi_json/fields.h"
 
 namespace modem {
 namespace {

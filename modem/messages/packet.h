@@ -3,8 +3,8 @@
 
 #include <span>
 
-#include "qmi_idl/codec.h"
-#include "qmi_json/hex.h"
+#include "platform/linux/qmi_idl/codec.h"
+#include "platform/linux/qmi_json/hex.h"
 
 namespace modem {
 

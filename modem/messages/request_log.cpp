@@ -1,4 +1,4 @@
-#include "messages/request_log.h"
+#include "modem/messages/request_log.h"
 
 #include <fmt/chrono.h>
 #include <fmt/format.h>
@@ -6,8 +6,8 @@
 #include <chrono>
 #include <string>
 
-#include "messages/services.h"
-#include "qmi_json/json_fields.h"
+#include "modem/messages/services.h"
+#include "platform/linux/qmi_json/json_fields.h"
 
 namespace modem {
 namespace {

@@ -7,7 +7,7 @@
 #include <span>
 #include <vector>
 
-#include "qmi_idl/codec.h"
+#include "platform/linux/qmi_idl/codec.h"
 
 namespace modem {
 

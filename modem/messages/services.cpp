@@ -1,4 +1,4 @@
-#include "messages/services.h"
+#include "modem/messages/services.h"
 
 #include <fmt/format.h>
 

@@ -5,7 +5,7 @@
 #include <string>
 #include <string_view>
 
-#include "qmi_idl/descriptor.h"
+#include "platform/linux/qmi_idl/descriptor.h"
 
 namespace modem {
 

@@ -1,10 +1,10 @@
-#include "simulator/faults.h"
+#include "modem/simulator/faults.h"
 
 #include <algorithm>
 #include <iterator>
 
-#include "messages/fault_kinds.h"
-#include "messages/services.h"
+#include "modem/messages/fault_kinds.h"
+#include "modem/messages/services.h"
 
 namespace modem {
 namespace {

@@ -8,8 +8,8 @@
 #include <string>
 #include <vector>
 
-#include "handlers/dispatch.h"
-#include "state/archive.h"
+#include "modem/handlers/dispatch.h"
+#include "modem/state/archive.h"
 
 namespace modem {
 

@@ -1,4 +1,4 @@
-#include "simulator/simulator.h"
+#include "modem/simulator/simulator.h"
 
 namespace modem {
 

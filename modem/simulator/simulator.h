@@ -3,10 +3,10 @@
 
 #include <span>
 
-#include "handlers/dispatch.h"
-#include "kpi/kpi_upload.h"
-#include "messages/request_log.h"
-#include "simulator/faults.h"
+#include "modem/handlers/dispatch.h"
+#include "modem/kpi/kpi_upload.h"
+#include "modem/messages/request_log.h"
+#include "modem/simulator/faults.h"
 
 namespace modem {
 

@@ -1,4 +1,4 @@
-#include "state/archive.h"
+#include "modem/state/archive.h"
 
 #include <algorithm>
 

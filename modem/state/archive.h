@@ -15,7 +15,7 @@
 #include <type_traits>
 #include <vector>
 
-#include "qmi_json/hex.h"
+#include "platform/linux/qmi_json/hex.h"
 
 namespace modem {
 

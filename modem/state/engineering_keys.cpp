@@ -1,4 +1,4 @@
-#include "state/state_keys.h"
+#include "modem/state/state_keys.h"
 
 namespace modem {
 

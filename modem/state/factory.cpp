@@ -1,6 +1,6 @@
-#include "state/factory.h"
+#include "modem/state/factory.h"
 
-#include "state/nam.h"
+#include "modem/state/nam.h"
 
 namespace modem {
 namespace {

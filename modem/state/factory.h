@@ -1,7 +1,7 @@
 // The modem as it leaves the factory: believable, invented content.
 #pragma once
 
-#include "state/state.h"
+#include "modem/state/state.h"
 
 namespace modem {
 

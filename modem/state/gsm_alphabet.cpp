@@ -1,4 +1,4 @@
-#include "state/gsm_alphabet.h"
+#include "modem/state/gsm_alphabet.h"
 
 #include <algorithm>
 #include <iterator>

@@ -5,7 +5,7 @@
 #include <optional>
 #include <string_view>
 
-#include "qmi_json/hex.h"
+#include "platform/linux/qmi_json/hex.h"
 
 namespace modem {
 

@@ -1,11 +1,11 @@
-#include "state/nam.h"
+#include "modem/state/nam.h"
 
 #include <string.h>
 
 #include <algorithm>
 #include <array>
 
-#include "state/nam_encoding.h"
+#include "modem/state/nam_encoding.h"
 
 namespace modem {
 namespace {

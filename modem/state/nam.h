@@ -6,7 +6,7 @@
 
 #include <string>
 
-#include "state/nv_store.h"
+#include "modem/state/nv_store.h"
 
 namespace modem {
 

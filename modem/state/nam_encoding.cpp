@@ -1,4 +1,4 @@
-#include "state/nam_encoding.h"
+#include "modem/state/nam_encoding.h"
 
 namespace modem {
 namespace {

@@ -1,4 +1,4 @@
-#include "state/nv_store.h"
+#include "modem/state/nv_store.h"
 
 #include <algorithm>
 #include <utility>

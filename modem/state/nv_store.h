@@ -7,7 +7,7 @@
 #include <map>
 #include <span>
 
-#include "qmi_json/hex.h"
+#include "platform/linux/qmi_json/hex.h"
 
 namespace modem {
 

@@ -6,8 +6,8 @@
 #include <string>
 #include <vector>
 
-#include "state/engineering.h"
-#include "state/nv_store.h"
+#include "modem/state/engineering.h"
+#include "modem/state/nv_store.h"
 
 namespace modem {
 

@@ -1,10 +1,10 @@
-#include "state/state_keys.h"
+#include "modem/state/state_keys.h"
 
 #include <arpa/inet.h>
 
 #include <array>
 
-#include "state/gsm_alphabet.h"
+#include "modem/state/gsm_alphabet.h"
 
 namespace modem {
 namespace {

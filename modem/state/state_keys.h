@@ -2,9 +2,9 @@
 // the control socket's "state" and "set".
 #pragma once
 
-#include "state/archive.h"
-#include "state/nam.h"
-#include "state/state.h"
+#include "modem/state/archive.h"
+#include "modem/state/nam.h"
+#include "modem/state/state.h"
 
 namespace modem {
 

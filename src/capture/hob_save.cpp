@@ -1,4 +1,4 @@
-#include "capture/hob_save.h"
+#include "src/capture/hob_save.h"
 
 #include <fcntl.h>
 #include <pthread.h>
@@ -7,11 +7,11 @@
 
 #include <atomic>
 
-#include "host/log.h"
-#include "host/parent.h"
-#include "host/scoped_fd.h"
 #include "phone_path.h"
-#include "vendor/vendor_client.h"
+#include "src/host/base/log.h"
+#include "src/host/base/parent.h"
+#include "src/host/base/scoped_fd.h"
+#include "src/vendor/vendor_client.h"
 
 namespace {
 

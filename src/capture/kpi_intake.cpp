@@ -1,13 +1,13 @@
-#include "capture/kpi_intake.h"
+#include "src/capture/kpi_intake.h"
 
 #include <string.h>
 
-#include "capture/kpi_packets.h"
-#include "capture/kpi_store.h"
-#include "features/utility_messages.h"
-#include "host/framing.h"
-#include "host/log.h"
-#include "host/parent.h"
+#include "src/capture/kpi_packets.h"
+#include "src/capture/kpi_store.h"
+#include "src/host/base/framing.h"
+#include "src/host/base/log.h"
+#include "src/host/base/parent.h"
+#include "src/vendor/utility_messages.h"
 
 namespace {
 

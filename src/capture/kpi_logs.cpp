@@ -1,4 +1,4 @@
-#include "capture/kpi_logs.h"
+#include "src/capture/kpi_logs.h"
 
 #include <NativeDropBoxWriter.h>
 #include <errno.h>
@@ -7,10 +7,10 @@
 #include <time.h>
 #include <unistd.h>
 
-#include "capture/vorn_directory.h"
-#include "host/log.h"
-#include "host/scoped_fd.h"
 #include "phone_path.h"
+#include "src/capture/vorn_directory.h"
+#include "src/host/base/log.h"
+#include "src/host/base/scoped_fd.h"
 
 namespace {
 

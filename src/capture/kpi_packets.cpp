@@ -1,7 +1,7 @@
-#include "capture/kpi_packets.h"
+#include "src/capture/kpi_packets.h"
 
-#include "host/bytes.h"
-#include "host/log.h"
+#include "src/host/base/bytes.h"
+#include "src/host/base/log.h"
 
 namespace {
 

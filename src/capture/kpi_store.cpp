@@ -1,14 +1,14 @@
-#include "capture/kpi_store.h"
+#include "src/capture/kpi_store.h"
 
 #include <errno.h>
 #include <fcntl.h>
 #include <stdio.h>
 #include <sys/stat.h>
 
-#include "capture/kpi_logs.h"
-#include "host/log.h"
-#include "host/scoped_fd.h"
 #include "phone_path.h"
+#include "src/capture/kpi_logs.h"
+#include "src/host/base/log.h"
+#include "src/host/base/scoped_fd.h"
 
 namespace {
 

@@ -4,8 +4,8 @@
 
 #include <stdint.h>
 
-#include "capture/kpi_logs.h"
-#include "capture/kpi_packets.h"
+#include "src/capture/kpi_logs.h"
+#include "src/capture/kpi_packets.h"
 
 struct KpiStore {
   bool has_directory = false;

@@ -1,15 +1,15 @@
-#include "capture/panic_notice.h"
+#include "src/capture/panic_notice.h"
 
 #include <ctype.h>
 #include <fcntl.h>
 #include <stdlib.h>
 #include <string.h>
 
-#include "features/utility_messages.h"
-#include "host/log.h"
-#include "host/scoped_fd.h"
 #include "phone_path.h"
-#include "vendor/vendor_client.h"
+#include "src/host/base/log.h"
+#include "src/host/base/scoped_fd.h"
+#include "src/vendor/utility_messages.h"
+#include "src/vendor/vendor_client.h"
 
 namespace {
 

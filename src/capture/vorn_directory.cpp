@@ -1,4 +1,4 @@
-#include "capture/vorn_directory.h"
+#include "src/capture/vorn_directory.h"
 
 #include <dirent.h>
 #include <errno.h>
@@ -12,9 +12,9 @@
 
 #include <initializer_list>
 
-#include "host/log.h"
-#include "host/scoped_fd.h"
 #include "phone_path.h"
+#include "src/host/base/log.h"
+#include "src/host/base/scoped_fd.h"
 
 namespace {
 

@@ -1,7 +1,7 @@
 // The directory of the KPI logs: index links, dated logs, sweeps.
 #pragma once
 
-#include "capture/kpi_logs.h"
+#include "src/capture/kpi_logs.h"
 
 constexpr int kCurrentIndex = 1;
 constexpr int kPreviousIndex = 2;

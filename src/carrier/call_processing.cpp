@@ -1,7 +1,7 @@
 // Live data of the CDMA 1x link.
-#include "carrier/carrier_operations.h"
-#include "carrier/engineering_text.h"
-#include "host/log.h"
+#include "src/carrier/carrier_operations.h"
+#include "src/carrier/engineering_text.h"
+#include "src/host/base/log.h"
 
 namespace {
 

@@ -1,9 +1,9 @@
-#include "carrier/carrier_handler.h"
+#include "src/carrier/carrier_handler.h"
 
-#include "carrier/carrier_operations.h"
-#include "carrier/carrier_reply.h"
-#include "host/framing.h"
-#include "host/log.h"
+#include "src/carrier/carrier_operations.h"
+#include "src/carrier/carrier_reply.h"
+#include "src/host/base/framing.h"
+#include "src/host/base/log.h"
 
 namespace {
 

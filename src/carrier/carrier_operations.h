@@ -4,7 +4,7 @@
 
 #include <stdint.h>
 
-#include "carrier/carrier_reply.h"
+#include "src/carrier/carrier_reply.h"
 
 using CarrierOperation = uint32_t(const uint8_t* request, CarrierReply& reply);
 

@@ -1,7 +1,7 @@
-#include "carrier/carrier_reply.h"
+#include "src/carrier/carrier_reply.h"
 
-#include "host/log.h"
-#include "host/parent.h"
+#include "src/host/base/log.h"
+#include "src/host/base/parent.h"
 
 uint32_t qorext_hook_sprint_send_response(const uint8_t* header, const uint8_t* data) {
   if (header == nullptr) return 0;

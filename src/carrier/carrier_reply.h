@@ -5,8 +5,8 @@
 #include <stddef.h>
 #include <stdint.h>
 
-#include "host/framing.h"
-#include "vendor/rde_messages.h"
+#include "src/host/base/framing.h"
+#include "src/vendor/rde_messages.h"
 
 constexpr uint32_t kStatusModemRefused = 2;
 constexpr uint32_t kStatusSubsidyLockRefused = 3;

@@ -1,4 +1,4 @@
-#include "carrier/digits.h"
+#include "src/carrier/digits.h"
 
 namespace {
 

@@ -1,10 +1,10 @@
-#include "carrier/engineering_text.h"
+#include "src/carrier/engineering_text.h"
 
 #include <algorithm>
 
-#include "carrier_modem/vendor_operations.h"
-#include "host/hex.h"
-#include "host/log.h"
+#include "src/carrier_modem/vendor_operations.h"
+#include "src/host/base/hex.h"
+#include "src/host/base/log.h"
 
 namespace {
 

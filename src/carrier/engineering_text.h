@@ -5,7 +5,7 @@
 #include <stddef.h>
 #include <stdint.h>
 
-#include "carrier/carrier_reply.h"
+#include "src/carrier/carrier_reply.h"
 
 enum EngineeringType : int32_t { kCallProcessing = 0, kEvdo = 1 };
 

@@ -1,8 +1,8 @@
 // NV items and access codes as the carrier's requests address them.
-#include "carrier/carrier_operations.h"
-#include "carrier_modem/access_codes.h"
-#include "carrier_modem/rde.h"
-#include "host/log.h"
+#include "src/carrier/carrier_operations.h"
+#include "src/carrier_modem/access_codes.h"
+#include "src/carrier_modem/rde.h"
+#include "src/host/base/log.h"
 
 namespace {
 

@@ -1,9 +1,9 @@
-#include "carrier/nam.h"
+#include "src/carrier/nam.h"
 
 #include <string.h>
 
-#include "carrier_modem/rde.h"
-#include "host/log.h"
+#include "src/carrier_modem/rde.h"
+#include "src/host/base/log.h"
 
 namespace {
 

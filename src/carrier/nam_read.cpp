@@ -3,11 +3,11 @@
 
 #include <algorithm>
 
-#include "carrier/carrier_operations.h"
-#include "carrier/digits.h"
-#include "carrier/nam.h"
-#include "carrier/nam_values.h"
-#include "host/log.h"
+#include "src/carrier/carrier_operations.h"
+#include "src/carrier/digits.h"
+#include "src/carrier/nam.h"
+#include "src/carrier/nam_values.h"
+#include "src/host/base/log.h"
 
 namespace {
 

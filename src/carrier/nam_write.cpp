@@ -2,12 +2,12 @@
 // code.
 #include <string.h>
 
-#include "carrier/carrier_operations.h"
-#include "carrier/digits.h"
-#include "carrier/nam.h"
-#include "carrier/nam_values.h"
-#include "carrier_modem/access_codes.h"
-#include "host/log.h"
+#include "src/carrier/carrier_operations.h"
+#include "src/carrier/digits.h"
+#include "src/carrier/nam.h"
+#include "src/carrier/nam_values.h"
+#include "src/carrier_modem/access_codes.h"
+#include "src/host/base/log.h"
 
 namespace {
 

@@ -1,10 +1,10 @@
 // Records that the modem reports of its networks.
 #include <algorithm>
 
-#include "carrier/carrier_operations.h"
-#include "carrier_modem/lte_data.h"
-#include "carrier_modem/vendor_operations.h"
-#include "host/log.h"
+#include "src/carrier/carrier_operations.h"
+#include "src/carrier_modem/lte_data.h"
+#include "src/carrier_modem/vendor_operations.h"
+#include "src/host/base/log.h"
 
 namespace {
 

@@ -1,8 +1,8 @@
 // Carrier settings that the modem keeps.
-#include "carrier/carrier_operations.h"
-#include "carrier_modem/rde.h"
-#include "carrier_modem/vendor_operations.h"
-#include "host/log.h"
+#include "src/carrier/carrier_operations.h"
+#include "src/carrier_modem/rde.h"
+#include "src/carrier_modem/vendor_operations.h"
+#include "src/host/base/log.h"
 
 namespace {
 

@@ -1,7 +1,7 @@
 // The twenty SID/NID pairs: half-words in the modem's item, words in the parent's record.
-#include "carrier/carrier_operations.h"
-#include "carrier/nam.h"
-#include "host/log.h"
+#include "src/carrier/carrier_operations.h"
+#include "src/carrier/nam.h"
+#include "src/host/base/log.h"
 
 namespace {
 

@@ -1,10 +1,10 @@
-#include "carrier_modem/access_codes.h"
+#include "src/carrier_modem/access_codes.h"
 
 #include <string.h>
 
-#include "carrier_modem/carrier_clients.h"
-#include "carrier_modem/standard_messages.h"
-#include "host/log.h"
+#include "src/carrier_modem/carrier_clients.h"
+#include "src/carrier_modem/standard_messages.h"
+#include "src/host/base/log.h"
 
 int qcril_qmi_nas_qor_cdma_validate_and_write_akey(const uint8_t* code, const uint8_t* akey,
                                                    int32_t akey_length) {

@@ -1,10 +1,10 @@
-#include "carrier_modem/carrier_clients.h"
+#include "src/carrier_modem/carrier_clients.h"
 
 #include "device_management_service_v01.h"
-#include "host/log.h"
 #include "network_access_service_v01.h"
-#include "vendor/service_lookup.h"
-#include "vendor/vendor_client.h"
+#include "src/host/base/log.h"
+#include "src/vendor/service_lookup.h"
+#include "src/vendor/vendor_client.h"
 
 namespace {
 

@@ -1,10 +1,10 @@
-#include "carrier_modem/carrier_indications.h"
+#include "src/carrier_modem/carrier_indications.h"
 
 #include <string.h>
 
-#include "host/framing.h"
-#include "host/log.h"
-#include "host/parent.h"
+#include "src/host/base/framing.h"
+#include "src/host/base/log.h"
+#include "src/host/base/parent.h"
 
 namespace {
 

@@ -1,10 +1,10 @@
-#include "carrier_modem/lte_data.h"
+#include "src/carrier_modem/lte_data.h"
 
-#include "carrier_modem/carrier_clients.h"
-#include "carrier_modem/standard_messages.h"
-#include "carrier_modem/vendor_operations.h"
-#include "host/log.h"
-#include "vendor/vendor_client.h"
+#include "src/carrier_modem/carrier_clients.h"
+#include "src/carrier_modem/standard_messages.h"
+#include "src/carrier_modem/vendor_operations.h"
+#include "src/host/base/log.h"
+#include "src/vendor/vendor_client.h"
 
 namespace {
 

@@ -1,11 +1,11 @@
-#include "carrier_modem/rde.h"
+#include "src/carrier_modem/rde.h"
 
 #include <string.h>
 
-#include "host/hex.h"
-#include "host/log.h"
-#include "vendor/rde_messages.h"
-#include "vendor/vendor_client.h"
+#include "src/host/base/hex.h"
+#include "src/host/base/log.h"
+#include "src/vendor/rde_messages.h"
+#include "src/vendor/vendor_client.h"
 
 namespace {
 

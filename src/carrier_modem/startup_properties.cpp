@@ -1,13 +1,13 @@
-#include "carrier_modem/startup_properties.h"
+#include "src/carrier_modem/startup_properties.h"
 
 #include <cutils/properties.h>
 #include <stdio.h>
 #include <stdlib.h>
 #include <string.h>
 
-#include "carrier_modem/rde.h"
-#include "host/bytes.h"
-#include "host/log.h"
+#include "src/carrier_modem/rde.h"
+#include "src/host/base/bytes.h"
+#include "src/host/base/log.h"
 
 namespace {
 

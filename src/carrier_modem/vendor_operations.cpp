@@ -1,11 +1,11 @@
-#include "carrier_modem/vendor_operations.h"
+#include "src/carrier_modem/vendor_operations.h"
 
 #include <string.h>
 
 #include <algorithm>
 
-#include "host/log.h"
-#include "vendor/vendor_client.h"
+#include "src/host/base/log.h"
+#include "src/vendor/vendor_client.h"
 
 int qor_qmi_sprint_fatory_reset(uint8_t mode) {
   ByteMessage request = {mode};

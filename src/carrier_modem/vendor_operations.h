@@ -4,7 +4,7 @@
 
 #include <stdint.h>
 
-#include "carrier_modem/carrier_messages.h"
+#include "src/carrier_modem/carrier_messages.h"
 
 // These return 1 when the modem has done it, else 0.
 int qor_qmi_sprint_fatory_reset(uint8_t mode);

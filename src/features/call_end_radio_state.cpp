@@ -1,10 +1,10 @@
-#include "features/feature_requests.h"
-#include "features/status_reply.h"
-#include "features/utility_messages.h"
-#include "host/framing.h"
-#include "host/log.h"
-#include "host/parent.h"
-#include "vendor/vendor_client.h"
+#include "src/features/feature_requests.h"
+#include "src/features/status_reply.h"
+#include "src/host/base/framing.h"
+#include "src/host/base/log.h"
+#include "src/host/base/parent.h"
+#include "src/vendor/utility_messages.h"
+#include "src/vendor/vendor_client.h"
 
 namespace {
 

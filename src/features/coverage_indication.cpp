@@ -1,7 +1,7 @@
-#include "features/feature_indications.h"
-#include "host/framing.h"
-#include "host/log.h"
-#include "host/parent.h"
+#include "src/features/feature_indications.h"
+#include "src/host/base/framing.h"
+#include "src/host/base/log.h"
+#include "src/host/base/parent.h"
 
 namespace {
 

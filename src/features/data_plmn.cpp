@@ -1,8 +1,8 @@
-#include "features/feature_requests.h"
-#include "host/hex.h"
-#include "host/log.h"
-#include "host/parent.h"
-#include "vendor/vendor_client.h"
+#include "src/features/feature_requests.h"
+#include "src/host/base/hex.h"
+#include "src/host/base/log.h"
+#include "src/host/base/parent.h"
+#include "src/vendor/vendor_client.h"
 
 namespace {
 

@@ -1,6 +1,6 @@
-#include "features/gsm_alphabet.h"
+#include "src/features/gsm_alphabet.h"
 
-#include "host/log.h"
+#include "src/host/base/log.h"
 
 namespace {
 

@@ -1,13 +1,13 @@
 #include <algorithm>
 
-#include "carrier_modem/carrier_clients.h"
-#include "features/feature_requests.h"
-#include "features/gsm_alphabet.h"
-#include "features/status_reply.h"
-#include "host/framing.h"
-#include "host/hex.h"
-#include "host/log.h"
-#include "host/parent.h"
+#include "src/carrier_modem/carrier_clients.h"
+#include "src/features/feature_requests.h"
+#include "src/features/gsm_alphabet.h"
+#include "src/features/status_reply.h"
+#include "src/host/base/framing.h"
+#include "src/host/base/hex.h"
+#include "src/host/base/log.h"
+#include "src/host/base/parent.h"
 
 namespace {
 

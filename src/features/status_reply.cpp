@@ -1,7 +1,7 @@
-#include "features/status_reply.h"
+#include "src/features/status_reply.h"
 
-#include "host/framing.h"
-#include "host/parent.h"
+#include "src/host/base/framing.h"
+#include "src/host/base/parent.h"
 
 uint8_t status_byte(int rc) {
   return static_cast<uint8_t>(rc == 0 ? kStatusSuccess : kStatusFailure);

@@ -1,9 +1,9 @@
-#include "features/feature_requests.h"
-#include "features/status_reply.h"
-#include "features/utility_messages.h"
-#include "host/framing.h"
-#include "host/log.h"
-#include "vendor/vendor_client.h"
+#include "src/features/feature_requests.h"
+#include "src/features/status_reply.h"
+#include "src/host/base/framing.h"
+#include "src/host/base/log.h"
+#include "src/vendor/utility_messages.h"
+#include "src/vendor/vendor_client.h"
 
 int handleSysInfoFilter(const uint8_t* request, uint32_t) {
   utils_req_msg_v01 message = {kUtilitySysInfoFilter, 1, {request[kGenericPayload]}};

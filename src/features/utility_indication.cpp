@@ -2,12 +2,12 @@
 
 #include <algorithm>
 
-#include "capture/kpi_intake.h"
-#include "features/feature_indications.h"
-#include "features/utility_messages.h"
-#include "host/framing.h"
-#include "host/log.h"
-#include "host/parent.h"
+#include "src/capture/kpi_intake.h"
+#include "src/features/feature_indications.h"
+#include "src/host/base/framing.h"
+#include "src/host/base/log.h"
+#include "src/host/base/parent.h"
+#include "src/vendor/utility_messages.h"
 
 namespace {
 

@@ -1,12 +1,12 @@
 // CDMA-hook 0x0200001E: any utility request, straight from the parent.
 #include <algorithm>
 
-#include "features/feature_requests.h"
-#include "features/utility_messages.h"
-#include "host/framing.h"
-#include "host/log.h"
-#include "host/parent.h"
-#include "vendor/vendor_client.h"
+#include "src/features/feature_requests.h"
+#include "src/host/base/framing.h"
+#include "src/host/base/log.h"
+#include "src/host/base/parent.h"
+#include "src/vendor/utility_messages.h"
+#include "src/vendor/vendor_client.h"
 
 namespace {
 

@@ -1,13 +1,13 @@
-#include "host/dispatch.h"
+#include "src/host/dispatch.h"
 
 #include <span>
 
-#include "carrier/carrier_handler.h"
-#include "features/feature_requests.h"
-#include "host/framing.h"
-#include "host/log.h"
-#include "vendor/nv_access.h"
-#include "vendor/pfp.h"
+#include "src/carrier/carrier_handler.h"
+#include "src/features/feature_requests.h"
+#include "src/host/base/framing.h"
+#include "src/host/base/log.h"
+#include "src/vendor/nv_access.h"
+#include "src/vendor/pfp.h"
 
 namespace {
 

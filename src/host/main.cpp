@@ -4,14 +4,15 @@
 #include <stdlib.h>
 #include <unistd.h>
 
-#include "capture/hob_save.h"
-#include "capture/panic_notice.h"
-#include "carrier_modem/carrier_clients.h"
-#include "carrier_modem/startup_properties.h"
-#include "host/log.h"
-#include "host/parent.h"
-#include "host/request_loop.h"
-#include "vendor/vendor_client.h"
+#include "src/capture/hob_save.h"
+#include "src/capture/panic_notice.h"
+#include "src/carrier_modem/carrier_clients.h"
+#include "src/carrier_modem/startup_properties.h"
+#include "src/host/base/log.h"
+#include "src/host/base/parent.h"
+#include "src/host/indications.h"
+#include "src/host/request_loop.h"
+#include "src/vendor/vendor_client.h"
 
 namespace {
 
@@ -46,7 +47,7 @@ bool open_modem_clients() {
     LOGE("main:qmi_qorext_sprint_client_init failed = %d", rc);
     return false;
   }
-  if (int rc = qmi_qorext_hook_client_init(); rc != 0) {
+  if (int rc = qmi_qorext_hook_client_init(handleUnsolMsg); rc != 0) {
     LOGE("main:qmi_qorext_hook_client_t failed = %d", rc);
     return false;
   }

@@ -1,13 +1,13 @@
-#include "host/request_loop.h"
+#include "src/host/request_loop.h"
 
 #include <errno.h>
 #include <string.h>
 #include <sys/select.h>
 #include <unistd.h>
 
-#include "host/dispatch.h"
-#include "host/framing.h"
-#include "host/log.h"
+#include "src/host/base/framing.h"
+#include "src/host/base/log.h"
+#include "src/host/dispatch.h"
 
 namespace {
 

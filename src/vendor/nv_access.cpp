@@ -1,14 +1,14 @@
-#include "vendor/nv_access.h"
+#include "src/vendor/nv_access.h"
 
 #include <string.h>
 
-#include "host/framing.h"
-#include "host/hex.h"
-#include "host/log.h"
-#include "host/parent.h"
-#include "vendor/nv_response.h"
-#include "vendor/rde_messages.h"
-#include "vendor/vendor_client.h"
+#include "src/host/base/framing.h"
+#include "src/host/base/hex.h"
+#include "src/host/base/log.h"
+#include "src/host/base/parent.h"
+#include "src/vendor/nv_response.h"
+#include "src/vendor/rde_messages.h"
+#include "src/vendor/vendor_client.h"
 
 namespace {
 

@@ -1,11 +1,11 @@
-#include "vendor/nv_response.h"
+#include "src/vendor/nv_response.h"
 
 #include <string.h>
 
-#include "host/framing.h"
-#include "host/hex.h"
-#include "host/log.h"
-#include "host/parent.h"
+#include "src/host/base/framing.h"
+#include "src/host/base/hex.h"
+#include "src/host/base/log.h"
+#include "src/host/base/parent.h"
 
 namespace {
 

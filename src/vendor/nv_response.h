@@ -3,7 +3,7 @@
 
 #include <stdint.h>
 
-#include "vendor/rde_messages.h"
+#include "src/vendor/rde_messages.h"
 
 using NvResponseHandler = int (*)(const uint8_t* request, const ElementReadResponse& response,
                                   uint32_t data_size);

@@ -1,9 +1,9 @@
-#include "vendor/pfp.h"
+#include "src/vendor/pfp.h"
 
-#include "host/framing.h"
-#include "host/log.h"
-#include "host/parent.h"
-#include "vendor/vendor_client.h"
+#include "src/host/base/framing.h"
+#include "src/host/base/log.h"
+#include "src/host/base/parent.h"
+#include "src/vendor/vendor_client.h"
 
 namespace {
 

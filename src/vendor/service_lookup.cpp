@@ -1,4 +1,4 @@
-#include "vendor/service_lookup.h"
+#include "src/vendor/service_lookup.h"
 
 #include <errno.h>
 #include <pthread.h>

@@ -1,13 +1,12 @@
-#include "vendor/vendor_client.h"
+#include "src/vendor/vendor_client.h"
 
 #include <cutils/properties.h>
 #include <string.h>
 
-#include "host/log.h"
 #include "qmi_client.h"
 #include "qorext_vendor_service_v01.h"
-#include "vendor/indications.h"
-#include "vendor/service_lookup.h"
+#include "src/host/base/log.h"
+#include "src/vendor/service_lookup.h"
 
 namespace {
 
@@ -19,12 +18,13 @@ constexpr int kMaxAttempts = 500;
 
 qmi_client_type g_client = nullptr;
 qmi_client_os_params g_signal;
+qmi_client_ind_cb g_on_indication = nullptr;
 
 void qmi_qorext_hook_ind_cb(qmi_client_type client, unsigned int message_id, void* buffer,
                             unsigned int length, void* callback_data) {
   LOGE("qmi_qorext_hook_ind_cb: msg_id=0x%x buf_len=%d cb_data=%p\n", message_id, length,
        callback_data);
-  handleUnsolMsg(client, message_id, buffer, length, callback_data);
+  g_on_indication(client, message_id, buffer, length, callback_data);
 }
 
 bool has_separate_modem() {
@@ -76,7 +76,8 @@ bool open_client(qmi_idl_service_object_type service, unsigned int needed) {
 
 }  // namespace
 
-int qmi_qorext_hook_client_init() {
+int qmi_qorext_hook_client_init(qmi_client_ind_cb on_indication) {
+  g_on_indication = on_indication;
   // With a separate modem chip the service must be up on both processors; else a look-up that
   // succeeds is enough.
   unsigned int needed = has_separate_modem() ? 2 : 0;

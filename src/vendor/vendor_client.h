@@ -1,9 +1,13 @@
 // The one client of the modem's vendor service (qorext) that the whole process shares.
 #pragma once
 
+#include "qmi_client.h"
+
 // Brings the client up: waits for the service (at most 500 seconds) and opens it. 0, or -1 after
-// logging what failed. Called once, by main; the client is never released.
-int qmi_qorext_hook_client_init();
+// logging what failed. Called once, by main; the client is never released. Every indication is
+// logged and handed to `on_indication` on the client library's callback thread, possibly before
+// this function returns.
+int qmi_qorext_hook_client_init(qmi_client_ind_cb on_indication);
 
 // How long every exchange with the modem may take.
 constexpr unsigned int kModemTimeoutMs = 15000;

@@ -1,5 +1,5 @@
 // Band classes, roaming list and active profile.
-#include "carrier_fixture.h"
+#include "tests/e2e/support/carrier_fixture.h"
 
 namespace e2e {
 namespace {

@@ -2,8 +2,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "command.h"
-#include "terminal.h"
+#include "tests/e2e/support/command.h"
+#include "tests/e2e/support/terminal.h"
 
 namespace e2e {
 namespace {

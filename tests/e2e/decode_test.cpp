@@ -6,9 +6,9 @@
 #include <fstream>
 #include <regex>
 
-#include "command.h"
-#include "log/log_line.h"
-#include "phone_root.h"
+#include "tests/e2e/support/command.h"
+#include "tests/e2e/support/phone_root.h"
+#include "tools/qorextctl/log/log_line.h"
 
 namespace e2e {
 namespace {

@@ -1,6 +1,6 @@
 // Live data of the CDMA 1x and EVDO links: packed records become words.
-#include "carrier_fixture.h"
-#include "engineering_records.h"
+#include "tests/e2e/support/carrier_fixture.h"
+#include "tests/e2e/support/engineering_records.h"
 
 namespace e2e {
 namespace {

@@ -3,7 +3,7 @@
 
 #include <fstream>
 
-#include "carrier_fixture.h"
+#include "tests/e2e/support/carrier_fixture.h"
 
 namespace e2e {
 namespace {

@@ -1,8 +1,8 @@
 // Modem features that the parent asks for: generic-hook requests, and the two of the CDMA family.
 #include <gmock/gmock.h>
 
-#include "handset.h"
-#include "log_texts.h"
+#include "tests/e2e/support/handset.h"
+#include "tests/e2e/support/log_texts.h"
 
 namespace e2e {
 namespace {

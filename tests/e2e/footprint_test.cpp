@@ -6,8 +6,8 @@
 #include <set>
 #include <thread>
 
-#include "command.h"
-#include "watched_handset.h"
+#include "tests/e2e/support/command.h"
+#include "tests/e2e/support/watched_handset.h"
 
 namespace e2e {
 namespace {

@@ -6,9 +6,9 @@
 #include <filesystem>
 #include <fstream>
 
-#include "command.h"
-#include "fake_modem.h"
-#include "phone_root.h"
+#include "tests/e2e/support/command.h"
+#include "tests/e2e/support/phone_root.h"
+#include "tests/unit/qorextctl/fake_modem.h"
 
 namespace e2e {
 namespace {

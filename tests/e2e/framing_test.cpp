@@ -2,8 +2,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "handset.h"
-#include "log_texts.h"
+#include "tests/e2e/support/handset.h"
+#include "tests/e2e/support/log_texts.h"
 
 namespace e2e {
 namespace {

@@ -5,7 +5,7 @@
 #include <algorithm>
 #include <random>
 
-#include "handset.h"
+#include "tests/e2e/support/handset.h"
 
 namespace e2e {
 namespace {

@@ -1,5 +1,5 @@
 // A fault that comes again and again costs the daemon no memory, no descriptor and no thread.
-#include "faulty_handset.h"
+#include "tests/e2e/support/faulty_handset.h"
 
 namespace e2e {
 namespace {

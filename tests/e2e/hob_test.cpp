@@ -8,10 +8,10 @@
 #include <filesystem>
 #include <fstream>
 
-#include "files.h"
-#include "handset.h"
-#include "log_texts.h"
-#include "phone/phone_files.h"
+#include "tests/e2e/support/files.h"
+#include "tests/e2e/support/handset.h"
+#include "tests/e2e/support/log_texts.h"
+#include "tools/qorextctl/phone/phone_files.h"
 
 namespace e2e {
 namespace {

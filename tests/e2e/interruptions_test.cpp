@@ -4,7 +4,7 @@
 #include <atomic>
 #include <thread>
 
-#include "faulty_handset.h"
+#include "tests/e2e/support/faulty_handset.h"
 
 namespace e2e {
 namespace {

@@ -3,9 +3,9 @@
 #include <fmt/format.h>
 #include <gmock/gmock.h>
 
-#include "handset.h"
-#include "syscall_killer.h"
-#include "vorn.h"
+#include "tests/e2e/support/handset.h"
+#include "tests/e2e/support/syscall_killer.h"
+#include "tests/e2e/support/vorn.h"
 
 namespace e2e {
 namespace {

@@ -7,9 +7,9 @@
 #include <filesystem>
 #include <fstream>
 
-#include "handset.h"
-#include "log_texts.h"
-#include "vorn.h"
+#include "tests/e2e/support/handset.h"
+#include "tests/e2e/support/log_texts.h"
+#include "tests/e2e/support/vorn.h"
 
 namespace e2e {
 namespace {

@@ -1,5 +1,5 @@
 // The service programming code, items that cannot be read or written, and SID/NID pairs.
-#include "nam_fixture.h"
+#include "tests/e2e/support/nam_fixture.h"
 
 namespace e2e {
 namespace {

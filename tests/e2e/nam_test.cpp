@@ -1,5 +1,5 @@
 // The number assignment module: read and programmed.
-#include "nam_fixture.h"
+#include "tests/e2e/support/nam_fixture.h"
 
 namespace e2e {
 namespace {

@@ -1,5 +1,5 @@
 // What the modem reports of its networks, and the codes that protect it.
-#include "carrier_fixture.h"
+#include "tests/e2e/support/carrier_fixture.h"
 
 namespace e2e {
 namespace {

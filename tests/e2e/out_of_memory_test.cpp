@@ -1,5 +1,5 @@
 // Memory that is not there, at one allocation after the other.
-#include "faulty_handset.h"
+#include "tests/e2e/support/faulty_handset.h"
 
 namespace e2e {
 namespace {

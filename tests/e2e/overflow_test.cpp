@@ -1,7 +1,7 @@
 // Indications that the daemon cannot take in time: the parent does not read, or there is no memory.
 #include <stdlib.h>
 
-#include "faulty_handset.h"
+#include "tests/e2e/support/faulty_handset.h"
 
 namespace e2e {
 namespace {

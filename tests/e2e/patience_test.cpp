@@ -7,8 +7,8 @@
 
 #include <chrono>
 
-#include "handset.h"
-#include "log_texts.h"
+#include "tests/e2e/support/handset.h"
+#include "tests/e2e/support/log_texts.h"
 
 namespace e2e {
 namespace {

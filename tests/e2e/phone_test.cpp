@@ -5,11 +5,11 @@
 #include <filesystem>
 #include <fstream>
 
-#include "command.h"
-#include "files.h"
-#include "handset.h"
-#include "phone/phone_files.h"
-#include "vorn.h"
+#include "tests/e2e/support/command.h"
+#include "tests/e2e/support/files.h"
+#include "tests/e2e/support/handset.h"
+#include "tests/e2e/support/vorn.h"
+#include "tools/qorextctl/phone/phone_files.h"
 
 namespace e2e {
 namespace {

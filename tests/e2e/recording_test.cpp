@@ -8,9 +8,9 @@
 #include <map>
 #include <nlohmann/json.hpp>
 
-#include "command.h"
-#include "files.h"
-#include "handset.h"
+#include "tests/e2e/support/command.h"
+#include "tests/e2e/support/files.h"
+#include "tests/e2e/support/handset.h"
 
 namespace e2e {
 namespace {

@@ -1,6 +1,6 @@
 // Descriptors and files that cannot be had.
-#include "faulty_handset.h"
-#include "vorn.h"
+#include "tests/e2e/support/faulty_handset.h"
+#include "tests/e2e/support/vorn.h"
 
 namespace e2e {
 namespace {

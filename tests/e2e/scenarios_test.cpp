@@ -7,9 +7,9 @@
 #include <fstream>
 #include <set>
 
-#include "command.h"
-#include "frames/decode.h"
-#include "request_samples.h"
+#include "tests/e2e/support/command.h"
+#include "tests/unit/qorextctl/request_samples.h"
+#include "tools/qorextctl/frames/decode.h"
 
 namespace e2e {
 namespace {

@@ -1,5 +1,5 @@
 // Settings that the modem keeps: factory reset, DDTM, BSR timer, LTE option.
-#include "carrier_fixture.h"
+#include "tests/e2e/support/carrier_fixture.h"
 
 namespace e2e {
 namespace {

@@ -6,10 +6,10 @@
 #include <algorithm>
 #include <filesystem>
 
-#include "command.h"
-#include "files.h"
-#include "handset.h"
-#include "terminal.h"
+#include "tests/e2e/support/command.h"
+#include "tests/e2e/support/files.h"
+#include "tests/e2e/support/handset.h"
+#include "tests/e2e/support/terminal.h"
 
 namespace e2e {
 namespace {

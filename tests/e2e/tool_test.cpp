@@ -4,9 +4,9 @@
 
 #include <fstream>
 
-#include "command.h"
-#include "frames/decode.h"
-#include "handset.h"
+#include "tests/e2e/support/command.h"
+#include "tests/e2e/support/handset.h"
+#include "tools/qorextctl/frames/decode.h"
 
 namespace e2e {
 namespace {

@@ -2,8 +2,8 @@
 #include <fmt/format.h>
 #include <gtest/gtest.h>
 
-#include "handset.h"
-#include "start_daemon.h"
+#include "tests/e2e/support/handset.h"
+#include "tests/e2e/support/start_daemon.h"
 
 namespace e2e {
 namespace {

@@ -1,9 +1,9 @@
 // A phone with two instances of the daemon on one modem: every upload reaches both.
 #include <gmock/gmock.h>
 
-#include "handset.h"
-#include "start_daemon.h"
-#include "vorn.h"
+#include "tests/e2e/support/handset.h"
+#include "tests/e2e/support/start_daemon.h"
+#include "tests/e2e/support/vorn.h"
 
 namespace e2e {
 namespace {

@@ -1,4 +1,4 @@
-#include "device_files.h"
+#include "tests/handset/device_files.h"
 
 #include <fmt/format.h>
 #include <sys/stat.h>

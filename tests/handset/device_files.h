@@ -4,8 +4,8 @@
 #include <string>
 #include <vector>
 
-#include "files.h"
-#include "phone_root.h"
+#include "tests/e2e/support/files.h"
+#include "tests/e2e/support/phone_root.h"
 
 namespace e2e {
 

@@ -6,9 +6,9 @@
 #include <algorithm>
 #include <filesystem>
 
-#include "device_files.h"
-#include "handset.h"
-#include "modem/modem_control.h"
+#include "tests/e2e/support/handset.h"
+#include "tests/handset/device_files.h"
+#include "tools/qorextctl/modem/modem_control.h"
 
 namespace e2e {
 namespace {

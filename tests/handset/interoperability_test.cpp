@@ -1,8 +1,8 @@
 // Programs that others have written, on the simulated modem.
 #include <gmock/gmock.h>
 
-#include "command.h"
-#include "handset.h"
+#include "tests/e2e/support/command.h"
+#include "tests/e2e/support/handset.h"
 
 namespace e2e {
 namespace {

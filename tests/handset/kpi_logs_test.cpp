@@ -3,9 +3,9 @@
 
 #include <filesystem>
 
-#include "device_files.h"
-#include "handset.h"
-#include "vorn.h"
+#include "tests/e2e/support/handset.h"
+#include "tests/e2e/support/vorn.h"
+#include "tests/handset/device_files.h"
 
 namespace e2e {
 namespace {

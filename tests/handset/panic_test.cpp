@@ -1,8 +1,8 @@
 // The notice of a crash, read from the phone's own /proc and /sys.
 #include <gmock/gmock.h>
 
-#include "device_files.h"
-#include "handset.h"
+#include "tests/e2e/support/handset.h"
+#include "tests/handset/device_files.h"
 
 namespace e2e {
 namespace {

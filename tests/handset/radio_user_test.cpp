@@ -7,9 +7,9 @@
 
 #include <filesystem>
 
-#include "command.h"
-#include "device_files.h"
-#include "handset.h"
+#include "tests/e2e/support/command.h"
+#include "tests/e2e/support/handset.h"
+#include "tests/handset/device_files.h"
 
 namespace e2e {
 namespace {

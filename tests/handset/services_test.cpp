@@ -1,8 +1,8 @@
 // Services that go and come in the kernel's name service, and two daemons beside each other.
 #include <gmock/gmock.h>
 
-#include "carrier_fixture.h"
-#include "start_daemon.h"
+#include "tests/e2e/support/carrier_fixture.h"
+#include "tests/e2e/support/start_daemon.h"
 
 namespace e2e {
 namespace {

@@ -1,4 +1,4 @@
-#include "elf_file.h"
+#include "tests/hardening/elf_file.h"
 
 #include <algorithm>
 #include <cstring>

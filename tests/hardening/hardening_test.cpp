@@ -4,7 +4,7 @@
 
 #include <ostream>
 
-#include "elf_file.h"
+#include "tests/hardening/elf_file.h"
 
 namespace {
 

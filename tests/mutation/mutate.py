@@ -209,16 +209,16 @@ class Build:
         first_folder = next(at for at, word in enumerate(words) if word.startswith("-I"))
         words.insert(first_folder, f"-I{overlay}")
         # Every mutant may log, copy texts and read numbers.
-        for header in ("host/log.h", "string.h", "stdlib.h"):
+        for header in ("src/host/base/log.h", "string.h", "stdlib.h"):
             words += ["-include", header]
         # A header's functions must be inlined: the linker would take the tests' copies of them.
-        words += ["-w", "-O0" if text == overlay / source.relative_to(SOURCES) else "-O1"]
+        words += ["-w", "-O0" if text == overlay / source.relative_to(ROOT) else "-O1"]
         return subprocess.run(words, cwd=self.folder, capture_output=True).returncode == 0
 
     def compile_mutant(self, file, content, place):
         """The mutant's objects by the sources that they stand for; None when one does not compile."""
         overlay = place / "include"
-        text = overlay / file.relative_to(SOURCES)
+        text = overlay / file.relative_to(ROOT)
         text.parent.mkdir(parents=True, exist_ok=True)
         text.write_text(content)
         objects = {}

@@ -6,7 +6,7 @@
 #include <random>
 #include <string>
 
-#include "wire.h"
+#include "tests/e2e/support/wire.h"
 
 namespace soak {
 

@@ -4,7 +4,7 @@
 
 #include <span>
 
-#include "modem_model.h"
+#include "tests/soak/modem_model.h"
 
 namespace soak {
 

@@ -1,5 +1,5 @@
 // Modem features.
-#include "families.h"
+#include "tests/soak/families.h"
 
 namespace soak {
 

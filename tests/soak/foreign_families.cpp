@@ -1,5 +1,5 @@
 // Requests that nobody serves.
-#include "families.h"
+#include "tests/soak/families.h"
 
 namespace soak {
 

@@ -1,4 +1,4 @@
-#include "kpi_model.h"
+#include "tests/soak/kpi_model.h"
 
 #include <algorithm>
 

@@ -4,7 +4,7 @@
 #include <map>
 #include <optional>
 
-#include "wire.h"
+#include "tests/e2e/support/wire.h"
 
 namespace soak {
 

@@ -2,7 +2,7 @@
 
 #include <CLI/CLI.hpp>
 
-#include "soak.h"
+#include "tests/soak/soak.h"
 
 namespace {
 

@@ -1,6 +1,6 @@
-#include "modem_model.h"
+#include "tests/soak/modem_model.h"
 
-#include "engineering_records.h"
+#include "tests/e2e/support/engineering_records.h"
 
 namespace soak {
 

@@ -8,8 +8,8 @@
 #include <utility>
 #include <vector>
 
-#include "nam_fixture.h"
-#include "spoiling.h"
+#include "tests/e2e/support/nam_fixture.h"
+#include "tests/soak/spoiling.h"
 
 namespace soak {
 

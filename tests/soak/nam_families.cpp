@@ -1,5 +1,5 @@
 // The number assignment module: one record that is fifteen items of the modem.
-#include "families.h"
+#include "tests/soak/families.h"
 
 namespace soak {
 

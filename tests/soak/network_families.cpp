@@ -1,6 +1,6 @@
 // What the modem tells the carrier's requests of its networks, and the codes that protect it.
-#include "engineering_records.h"
-#include "families.h"
+#include "tests/e2e/support/engineering_records.h"
+#include "tests/soak/families.h"
 
 namespace soak {
 

@@ -1,5 +1,5 @@
 // NV items: by general requests, and by those with an item of their own.
-#include "families.h"
+#include "tests/soak/families.h"
 
 namespace soak {
 

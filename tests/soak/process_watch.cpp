@@ -1,4 +1,4 @@
-#include "process_watch.h"
+#include "tests/soak/process_watch.h"
 
 #include <fmt/format.h>
 #include <gtest/gtest.h>
@@ -7,8 +7,8 @@
 #include <algorithm>
 #include <iostream>
 
-#include "base/deadline.h"
-#include "patience.h"
+#include "tests/e2e/support/patience.h"
+#include "tools/qorextctl/base/deadline.h"
 
 namespace soak {
 

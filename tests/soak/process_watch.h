@@ -4,7 +4,7 @@
 #include <string>
 #include <vector>
 
-#include "process_figures.h"
+#include "tests/e2e/support/process_figures.h"
 
 namespace soak {
 

@@ -1,4 +1,4 @@
-#include "reports.h"
+#include "tests/soak/reports.h"
 
 #include <fmt/format.h>
 

@@ -4,8 +4,8 @@
 #include <deque>
 #include <string>
 
-#include "draws.h"
-#include "kpi_model.h"
+#include "tests/soak/draws.h"
+#include "tests/soak/kpi_model.h"
 
 namespace soak {
 

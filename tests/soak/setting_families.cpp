@@ -1,5 +1,5 @@
 // The carrier's settings.
-#include "families.h"
+#include "tests/soak/families.h"
 
 namespace soak {
 

@@ -1,4 +1,4 @@
-#include "soak.h"
+#include "tests/soak/soak.h"
 
 #include <fmt/format.h>
 #include <gtest/gtest.h>
@@ -10,7 +10,7 @@
 #include <iostream>
 #include <stdexcept>
 
-#include "start_daemon.h"
+#include "tests/e2e/support/start_daemon.h"
 
 namespace soak {
 

@@ -9,13 +9,13 @@
 #include <optional>
 #include <string>
 
-#include "daemon/daemon.h"
-#include "families.h"
-#include "installation.h"
-#include "modem_process.h"
-#include "phone_root.h"
-#include "process_watch.h"
-#include "reports.h"
+#include "tests/e2e/support/installation.h"
+#include "tests/e2e/support/modem_process.h"
+#include "tests/e2e/support/phone_root.h"
+#include "tests/soak/families.h"
+#include "tests/soak/process_watch.h"
+#include "tests/soak/reports.h"
+#include "tools/qorextctl/daemon/daemon.h"
 
 namespace soak {
 

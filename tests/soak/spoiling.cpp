@@ -1,4 +1,4 @@
-#include "spoiling.h"
+#include "tests/soak/spoiling.h"
 
 #include <fmt/format.h>
 

@@ -4,7 +4,7 @@
 #include <span>
 #include <string>
 
-#include "draws.h"
+#include "tests/soak/draws.h"
 
 namespace soak {
 

@@ -2,13 +2,13 @@
 
 #include <algorithm>
 
-#include "catalogue/request.h"
-#include "catalogue/values.h"
-#include "frames/decode.h"
-#include "frames/field_text.h"
-#include "frames/unsolicited.h"
-#include "output/catalogue_text.h"
-#include "pages.h"
+#include "tools/docs/pages.h"
+#include "tools/qorextctl/catalogue/request.h"
+#include "tools/qorextctl/catalogue/values.h"
+#include "tools/qorextctl/frames/decode.h"
+#include "tools/qorextctl/frames/field_text.h"
+#include "tools/qorextctl/frames/unsolicited.h"
+#include "tools/qorextctl/output/catalogue_text.h"
 
 namespace docs {
 

@@ -3,7 +3,7 @@
 
 #include <fstream>
 
-#include "pages.h"
+#include "tools/docs/pages.h"
 
 int main(int argc, char** argv) {
   if (argc != 2) {

@@ -1,8 +1,8 @@
 #include <fmt/format.h>
 
-#include "messages/services.h"
-#include "pages.h"
-#include "qmi_idl/descriptor.h"
+#include "modem/messages/services.h"
+#include "platform/linux/qmi_idl/descriptor.h"
+#include "tools/docs/pages.h"
 
 namespace docs {
 

@@ -1,4 +1,4 @@
-#include "pages.h"
+#include "tools/docs/pages.h"
 
 namespace docs {
 

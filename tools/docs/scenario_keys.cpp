@@ -1,8 +1,8 @@
 #include <fmt/format.h>
 
-#include "pages.h"
-#include "scenario.h"
-#include "state/factory.h"
+#include "modem/scenario.h"
+#include "modem/state/factory.h"
+#include "tools/docs/pages.h"
 
 namespace docs {
 

@@ -1,4 +1,4 @@
-#include "decode_input.h"
+#include "tools/qorextctl/decode_input.h"
 
 #include <fmt/format.h>
 
@@ -6,9 +6,9 @@
 #include <fstream>
 #include <iostream>
 
-#include "base/lines.h"
-#include "frames/personal.h"
-#include "log/log_reader.h"
+#include "tools/qorextctl/base/lines.h"
+#include "tools/qorextctl/frames/personal.h"
+#include "tools/qorextctl/log/log_reader.h"
 
 namespace qorextctl {
 

@@ -5,8 +5,8 @@
 #include <string>
 #include <vector>
 
-#include "options/options.h"
-#include "output/output.h"
+#include "tools/qorextctl/options/options.h"
+#include "tools/qorextctl/output/output.h"
 
 namespace qorextctl {
 

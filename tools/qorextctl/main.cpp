@@ -3,8 +3,8 @@
 #include <exception>
 #include <iostream>
 
-#include "cli/cli.h"
-#include "run.h"
+#include "tools/qorextctl/cli/cli.h"
+#include "tools/qorextctl/run.h"
 
 namespace {
 

@@ -1,18 +1,18 @@
-#include "run.h"
+#include "tools/qorextctl/run.h"
 
 #include <fmt/format.h>
 #include <unistd.h>
 
-#include "decode_input.h"
-#include "frames/arguments.h"
-#include "load/load.h"
-#include "modem/ask_modem.h"
-#include "phone/phone_report.h"
-#include "recording/recorder.h"
-#include "replay/replay.h"
-#include "session/session.h"
-#include "shell/shell.h"
-#include "trace/trace.h"
+#include "tools/qorextctl/decode_input.h"
+#include "tools/qorextctl/frames/arguments.h"
+#include "tools/qorextctl/load/load.h"
+#include "tools/qorextctl/modem/ask_modem.h"
+#include "tools/qorextctl/phone/phone_report.h"
+#include "tools/qorextctl/recording/recorder.h"
+#include "tools/qorextctl/replay/replay.h"
+#include "tools/qorextctl/session/session.h"
+#include "tools/qorextctl/shell/shell.h"
+#include "tools/qorextctl/trace/trace.h"
 
 namespace qorextctl {
 

@@ -1,8 +1,8 @@
 // Every command's work.
 #pragma once
 
-#include "options/options.h"
-#include "output/output.h"
+#include "tools/qorextctl/options/options.h"
+#include "tools/qorextctl/output/output.h"
 
 namespace qorextctl {
 

@@ -5,8 +5,8 @@
 #include <string>
 
 #include "NativeDropBoxWriter.h"
-#include "phone_files/phone_files.h"
 #include "phone_path.h"
+#include "platform/linux/phone_files/phone_files.h"
 
 namespace {
 

@@ -1,4 +1,4 @@
-#include "phone_files.h"
+#include "platform/linux/phone_files/phone_files.h"
 
 #include <errno.h>
 #include <fcntl.h>

@@ -6,8 +6,8 @@
 #include <string>
 
 #include "cutils/properties.h"
-#include "phone_files/phone_files.h"
 #include "phone_path.h"
+#include "platform/linux/phone_files/phone_files.h"
 
 namespace {
 

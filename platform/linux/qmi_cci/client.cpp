@@ -1,8 +1,8 @@
-#include "client.h"
+#include "platform/linux/qmi_cci/client.h"
 
-#include "qmi_transport/wait.h"
-#include "queue_bound.h"
-#include "thread.h"
+#include "platform/linux/qmi_cci/queue_bound.h"
+#include "platform/linux/qmi_cci/thread.h"
+#include "platform/linux/qmi_transport/wait.h"
 
 namespace qmi_cci {
 

@@ -2,9 +2,9 @@
 
 #include <thread>
 
-#include "connection.h"
-#include "handle.h"
-#include "indication_queue.h"
+#include "platform/linux/qmi_cci/connection.h"
+#include "platform/linux/qmi_cci/handle.h"
+#include "platform/linux/qmi_cci/indication_queue.h"
 #include "qmi_client.h"
 
 namespace qmi_cci {

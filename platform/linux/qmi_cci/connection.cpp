@@ -1,6 +1,6 @@
-#include "connection.h"
+#include "platform/linux/qmi_cci/connection.h"
 
-#include "log.h"
+#include "platform/linux/qmi_cci/log.h"
 
 namespace qmi_cci {
 namespace {

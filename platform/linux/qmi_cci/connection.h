@@ -4,10 +4,10 @@
 #include <functional>
 #include <memory>
 
-#include "exchange.h"
-#include "qmi_transport/transport.h"
-#include "read_gate.h"
-#include "stop_event.h"
+#include "platform/linux/qmi_cci/exchange.h"
+#include "platform/linux/qmi_cci/read_gate.h"
+#include "platform/linux/qmi_cci/stop_event.h"
+#include "platform/linux/qmi_transport/transport.h"
 
 namespace qmi_cci {
 

@@ -1,4 +1,4 @@
-#include "exchange.h"
+#include "platform/linux/qmi_cci/exchange.h"
 
 namespace qmi_cci {
 namespace {

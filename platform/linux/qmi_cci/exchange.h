@@ -5,8 +5,8 @@
 #include <optional>
 #include <span>
 
+#include "platform/linux/qmi_idl/codec.h"
 #include "qmi_client.h"
-#include "qmi_idl/codec.h"
 
 namespace qmi_cci {
 

@@ -1,4 +1,4 @@
-#include "handle.h"
+#include "platform/linux/qmi_cci/handle.h"
 
 #include <stdlib.h>
 

@@ -1,12 +1,12 @@
-#include "indication_queue.h"
+#include "platform/linux/qmi_cci/indication_queue.h"
 
 #include <malloc.h>
 
 #include <algorithm>
 #include <utility>
 
-#include "log.h"
-#include "qmi_idl/codec.h"
+#include "platform/linux/qmi_cci/log.h"
+#include "platform/linux/qmi_idl/codec.h"
 
 namespace qmi_cci {
 namespace {

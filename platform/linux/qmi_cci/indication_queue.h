@@ -3,8 +3,8 @@
 #include <condition_variable>
 #include <mutex>
 
+#include "platform/linux/qmi_cci/queued_packet.h"
 #include "qmi_client.h"
-#include "queued_packet.h"
 
 namespace qmi_cci {
 

@@ -1,11 +1,11 @@
-#include "name_service.h"
+#include "platform/linux/qmi_cci/name_service.h"
 
 #include <poll.h>
 
 #include <mutex>
 #include <set>
 
-#include "qmi_transport/wait.h"
+#include "platform/linux/qmi_transport/wait.h"
 
 namespace qmi_cci {
 namespace {

@@ -2,7 +2,7 @@
 
 #include <vector>
 
-#include "qmi_transport/transport.h"
+#include "platform/linux/qmi_transport/transport.h"
 
 namespace qmi_cci {
 

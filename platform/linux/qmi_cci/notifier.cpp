@@ -1,10 +1,10 @@
-#include "notifier.h"
+#include "platform/linux/qmi_cci/notifier.h"
 
 #include <time.h>
 
-#include "name_service.h"
-#include "qmi_transport/wait.h"
-#include "thread.h"
+#include "platform/linux/qmi_cci/name_service.h"
+#include "platform/linux/qmi_cci/thread.h"
+#include "platform/linux/qmi_transport/wait.h"
 
 namespace qmi_cci {
 namespace {

@@ -3,11 +3,11 @@
 #include <memory>
 #include <thread>
 
-#include "handle.h"
+#include "platform/linux/qmi_cci/handle.h"
+#include "platform/linux/qmi_cci/stop_event.h"
+#include "platform/linux/qmi_idl/descriptor.h"
+#include "platform/linux/qmi_transport/transport.h"
 #include "qmi_client.h"
-#include "qmi_idl/descriptor.h"
-#include "qmi_transport/transport.h"
-#include "stop_event.h"
 
 namespace qmi_cci {
 

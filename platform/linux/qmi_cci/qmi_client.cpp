@@ -3,9 +3,9 @@
 
 #include <algorithm>
 
-#include "client.h"
-#include "notifier.h"
-#include "service_list.h"
+#include "platform/linux/qmi_cci/client.h"
+#include "platform/linux/qmi_cci/notifier.h"
+#include "platform/linux/qmi_cci/service_list.h"
 
 using namespace qmi_cci;
 

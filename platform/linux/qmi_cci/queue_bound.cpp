@@ -1,4 +1,4 @@
-#include "queue_bound.h"
+#include "platform/linux/qmi_cci/queue_bound.h"
 
 #include <stdlib.h>
 
@@ -6,7 +6,7 @@
 #include <string_view>
 #include <system_error>
 
-#include "log.h"
+#include "platform/linux/qmi_cci/log.h"
 
 namespace qmi_cci {
 namespace {

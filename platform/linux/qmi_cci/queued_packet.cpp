@@ -1,4 +1,4 @@
-#include "queued_packet.h"
+#include "platform/linux/qmi_cci/queued_packet.h"
 
 #include <malloc.h>
 #include <stdlib.h>

@@ -1,10 +1,10 @@
-#include "read_gate.h"
+#include "platform/linux/qmi_cci/read_gate.h"
 
 #include <errno.h>
 
 #include <system_error>
 
-#include "qmi_transport/epoll.h"
+#include "platform/linux/qmi_transport/epoll.h"
 
 namespace qmi_cci {
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "qmi_transport/scoped_fd.h"
+#include "platform/linux/qmi_transport/scoped_fd.h"
 
 namespace qmi_cci {
 

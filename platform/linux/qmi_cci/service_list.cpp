@@ -1,6 +1,6 @@
-#include "service_list.h"
+#include "platform/linux/qmi_cci/service_list.h"
 
-#include "name_service.h"
+#include "platform/linux/qmi_cci/name_service.h"
 
 namespace qmi_cci {
 namespace {

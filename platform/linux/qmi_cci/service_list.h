@@ -3,9 +3,9 @@
 #include <optional>
 #include <vector>
 
+#include "platform/linux/qmi_idl/descriptor.h"
+#include "platform/linux/qmi_transport/transport.h"
 #include "qmi_client.h"
-#include "qmi_idl/descriptor.h"
-#include "qmi_transport/transport.h"
 
 namespace qmi_cci {
 

@@ -1,4 +1,4 @@
-#include "stop_event.h"
+#include "platform/linux/qmi_cci/stop_event.h"
 
 #include <errno.h>
 #include <poll.h>
@@ -6,7 +6,7 @@
 
 #include <system_error>
 
-#include "qmi_transport/wait.h"
+#include "platform/linux/qmi_transport/wait.h"
 
 namespace qmi_cci {
 

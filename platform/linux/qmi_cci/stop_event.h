@@ -1,7 +1,7 @@
 #pragma once
 
-#include "qmi_transport/scoped_fd.h"
-#include "qmi_transport/transport.h"
+#include "platform/linux/qmi_transport/scoped_fd.h"
+#include "platform/linux/qmi_transport/transport.h"
 
 namespace qmi_cci {
 

@@ -1,4 +1,4 @@
-#include "codec.h"
+#include "platform/linux/qmi_idl/codec.h"
 
 #include <string.h>
 

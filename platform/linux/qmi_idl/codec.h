@@ -8,7 +8,7 @@
 #include <optional>
 #include <span>
 
-#include "descriptor.h"
+#include "platform/linux/qmi_idl/descriptor.h"
 
 namespace qmi_idl {
 

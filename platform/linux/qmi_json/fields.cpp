@@ -1,4 +1,4 @@
-#include "fields.h"
+#include "platform/linux/qmi_json/fields.h"
 
 #include <string.h>
 

@@ -11,8 +11,8 @@
 #include <string_view>
 #include <vector>
 
-#include "hex.h"
-#include "qmi_idl/descriptor.h"
+#include "platform/linux/qmi_idl/descriptor.h"
+#include "platform/linux/qmi_json/hex.h"
 
 namespace qmi_json {
 

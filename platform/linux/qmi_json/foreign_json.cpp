@@ -1,4 +1,4 @@
-#include "foreign_json.h"
+#include "platform/linux/qmi_json/foreign_json.h"
 
 namespace qmi_json {
 namespace {

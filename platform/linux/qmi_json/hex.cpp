@@ -1,4 +1,4 @@
-#include "hex.h"
+#include "platform/linux/qmi_json/hex.h"
 
 namespace qmi_json {
 namespace {

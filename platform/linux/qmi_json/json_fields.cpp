@@ -1,4 +1,4 @@
-#include "json_fields.h"
+#include "platform/linux/qmi_json/json_fields.h"
 
 #include <algorithm>
 #include <string>

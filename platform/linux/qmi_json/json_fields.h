@@ -6,7 +6,7 @@
 
 #include <nlohmann/json.hpp>
 
-#include "fields.h"
+#include "platform/linux/qmi_json/fields.h"
 
 namespace qmi_json {
 

@@ -1,7 +1,7 @@
 // The vendor service's messages. Three conventions for a response's first words live side by side:
 // the QMI result record (TLV 0x02, 0 is success), a plain status word (0 is success) and an outcome
 // word with an error behind it (1 is success); which message follows which is the modem's choice.
-#include "qmi_idl/descriptor.h"
+#include "platform/linux/qmi_idl/descriptor.h"
 #include "qorext_vendor_service_v01.h"
 
 #include <array>

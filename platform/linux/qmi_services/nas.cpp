@@ -1,5 +1,5 @@
 #include "network_access_service_v01.h"
-#include "qmi_idl/descriptor.h"
+#include "platform/linux/qmi_idl/descriptor.h"
 
 namespace {
 

@@ -1,4 +1,4 @@
-#include "accept.h"
+#include "platform/linux/qmi_transport/accept.h"
 
 #include <errno.h>
 #include <sys/socket.h>

@@ -2,7 +2,7 @@
 
 #include <chrono>
 
-#include "scoped_fd.h"
+#include "platform/linux/qmi_transport/scoped_fd.h"
 
 namespace qmi_transport {
 

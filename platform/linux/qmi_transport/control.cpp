@@ -1,4 +1,4 @@
-#include "control.h"
+#include "platform/linux/qmi_transport/control.h"
 
 #include <endian.h>
 #include <string.h>

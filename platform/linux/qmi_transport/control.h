@@ -6,7 +6,7 @@
 
 #include <array>
 
-#include "transport.h"
+#include "platform/linux/qmi_transport/transport.h"
 
 namespace qmi_transport {
 

@@ -1,7 +1,7 @@
 #include <stdlib.h>
 
-#include "implementations.h"
-#include "transport.h"
+#include "platform/linux/qmi_transport/implementations.h"
+#include "platform/linux/qmi_transport/transport.h"
 
 namespace qmi_transport {
 namespace {

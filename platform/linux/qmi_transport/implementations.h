@@ -1,7 +1,7 @@
 // The two implementations behind the interface; contracts as in transport.h.
 #pragma once
 
-#include "transport.h"
+#include "platform/linux/qmi_transport/transport.h"
 
 namespace qmi_transport {
 

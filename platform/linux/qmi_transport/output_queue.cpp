@@ -1,4 +1,4 @@
-#include "output_queue.h"
+#include "platform/linux/qmi_transport/output_queue.h"
 
 namespace qmi_transport {
 namespace {

@@ -3,7 +3,7 @@
 #include <deque>
 #include <functional>
 
-#include "transport.h"
+#include "platform/linux/qmi_transport/transport.h"
 
 namespace qmi_transport {
 

@@ -2,9 +2,9 @@
 #include <libqrtr.h>
 #include <poll.h>
 
-#include "implementations.h"
-#include "qrtr_socket.h"
-#include "wait.h"
+#include "platform/linux/qmi_transport/implementations.h"
+#include "platform/linux/qmi_transport/qrtr_socket.h"
+#include "platform/linux/qmi_transport/wait.h"
 
 namespace qmi_transport {
 namespace {

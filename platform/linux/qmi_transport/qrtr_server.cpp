@@ -5,11 +5,11 @@
 #include <deque>
 #include <map>
 
-#include "epoll.h"
-#include "implementations.h"
-#include "output_queue.h"
-#include "qrtr_socket.h"
-#include "timer.h"
+#include "platform/linux/qmi_transport/epoll.h"
+#include "platform/linux/qmi_transport/implementations.h"
+#include "platform/linux/qmi_transport/output_queue.h"
+#include "platform/linux/qmi_transport/qrtr_socket.h"
+#include "platform/linux/qmi_transport/timer.h"
 
 namespace qmi_transport {
 namespace {

@@ -1,4 +1,4 @@
-#include "qrtr_socket.h"
+#include "platform/linux/qmi_transport/qrtr_socket.h"
 
 #include <errno.h>
 #include <fcntl.h>
@@ -7,7 +7,7 @@
 
 #include <thread>
 
-#include "status.h"
+#include "platform/linux/qmi_transport/status.h"
 
 namespace qmi_transport {
 namespace {

@@ -1,8 +1,8 @@
 // QRTR sockets, as both ends of the QRTR transport use them.
 #pragma once
 
-#include "control.h"
-#include "scoped_fd.h"
+#include "platform/linux/qmi_transport/control.h"
+#include "platform/linux/qmi_transport/scoped_fd.h"
 
 namespace qmi_transport {
 

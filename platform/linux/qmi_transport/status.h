@@ -2,7 +2,7 @@
 
 #include <errno.h>
 
-#include "transport.h"
+#include "platform/linux/qmi_transport/transport.h"
 
 namespace qmi_transport {
 

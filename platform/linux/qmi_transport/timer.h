@@ -7,7 +7,7 @@
 #include <chrono>
 #include <cstdint>
 
-#include "scoped_fd.h"
+#include "platform/linux/qmi_transport/scoped_fd.h"
 
 namespace qmi_transport {
 

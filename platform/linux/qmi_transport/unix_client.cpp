@@ -1,10 +1,10 @@
 #include <errno.h>
 #include <poll.h>
 
-#include "control.h"
-#include "implementations.h"
-#include "unix_socket.h"
-#include "wait.h"
+#include "platform/linux/qmi_transport/control.h"
+#include "platform/linux/qmi_transport/implementations.h"
+#include "platform/linux/qmi_transport/unix_socket.h"
+#include "platform/linux/qmi_transport/wait.h"
 
 namespace qmi_transport {
 namespace {

@@ -1,9 +1,9 @@
-#include "unix_listener.h"
+#include "platform/linux/qmi_transport/unix_listener.h"
 
 #include <errno.h>
 #include <unistd.h>
 
-#include "unix_socket.h"
+#include "platform/linux/qmi_transport/unix_socket.h"
 
 namespace qmi_transport {
 namespace {

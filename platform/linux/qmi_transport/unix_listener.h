@@ -4,7 +4,7 @@
 
 #include <string>
 
-#include "scoped_fd.h"
+#include "platform/linux/qmi_transport/scoped_fd.h"
 
 namespace qmi_transport {
 

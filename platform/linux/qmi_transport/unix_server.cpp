@@ -4,12 +4,12 @@
 
 #include <algorithm>
 
-#include "accept.h"
-#include "epoll.h"
-#include "implementations.h"
-#include "unix_server.h"
-#include "unix_socket.h"
-#include "wait.h"
+#include "platform/linux/qmi_transport/accept.h"
+#include "platform/linux/qmi_transport/epoll.h"
+#include "platform/linux/qmi_transport/implementations.h"
+#include "platform/linux/qmi_transport/unix_server.h"
+#include "platform/linux/qmi_transport/unix_socket.h"
+#include "platform/linux/qmi_transport/wait.h"
 
 namespace qmi_transport {
 namespace {

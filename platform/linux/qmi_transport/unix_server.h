@@ -6,10 +6,10 @@
 #include <deque>
 #include <map>
 
-#include "control.h"
-#include "output_queue.h"
-#include "timer.h"
-#include "unix_listener.h"
+#include "platform/linux/qmi_transport/control.h"
+#include "platform/linux/qmi_transport/output_queue.h"
+#include "platform/linux/qmi_transport/timer.h"
+#include "platform/linux/qmi_transport/unix_listener.h"
 
 namespace qmi_transport {
 

@@ -3,8 +3,8 @@
 
 #include <algorithm>
 
-#include "unix_server.h"
-#include "unix_socket.h"
+#include "platform/linux/qmi_transport/unix_server.h"
+#include "platform/linux/qmi_transport/unix_socket.h"
 
 namespace qmi_transport {
 namespace {

@@ -1,12 +1,12 @@
-#include "unix_socket.h"
+#include "platform/linux/qmi_transport/unix_socket.h"
 
 #include <errno.h>
 #include <poll.h>
 #include <string.h>
 #include <sys/socket.h>
 
-#include "status.h"
-#include "wait.h"
+#include "platform/linux/qmi_transport/status.h"
+#include "platform/linux/qmi_transport/wait.h"
 
 namespace qmi_transport {
 

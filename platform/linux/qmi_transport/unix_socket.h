@@ -11,8 +11,8 @@
 #include <sys/socket.h>
 #include <sys/un.h>
 
-#include "scoped_fd.h"
-#include "transport.h"
+#include "platform/linux/qmi_transport/scoped_fd.h"
+#include "platform/linux/qmi_transport/transport.h"
 
 namespace qmi_transport {
 

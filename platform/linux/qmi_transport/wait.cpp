@@ -1,4 +1,4 @@
-#include "wait.h"
+#include "platform/linux/qmi_transport/wait.h"
 
 #include <errno.h>
 #include <fcntl.h>

@@ -2,7 +2,7 @@
 
 #include <chrono>
 
-#include "transport.h"
+#include "platform/linux/qmi_transport/transport.h"
 
 namespace qmi_transport {
 

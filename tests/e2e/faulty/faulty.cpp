@@ -9,7 +9,7 @@
 #include <sys/syscall.h>
 #include <unistd.h>
 
-#include "switches.h"
+#include "tests/e2e/faulty/switches.h"
 
 // The C library's own names of its allocator.
 extern "C" void* __libc_malloc(size_t size);

@@ -1,4 +1,4 @@
-#include "command.h"
+#include "tests/e2e/support/command.h"
 
 #include <sys/mman.h>
 #include <unistd.h>
@@ -6,8 +6,8 @@
 #include <sstream>
 #include <stdexcept>
 
-#include "daemon/process.h"
-#include "patience.h"
+#include "tests/e2e/support/patience.h"
+#include "tools/qorextctl/daemon/process.h"
 
 namespace e2e {
 

@@ -1,6 +1,6 @@
-#include "daemon_log.h"
+#include "tests/e2e/support/daemon_log.h"
 
-#include "log/log_line.h"
+#include "tools/qorextctl/log/log_line.h"
 
 namespace e2e {
 

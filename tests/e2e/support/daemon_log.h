@@ -8,7 +8,7 @@
 #include <string>
 #include <vector>
 
-#include "base/deadline.h"
+#include "tools/qorextctl/base/deadline.h"
 
 namespace e2e {
 

@@ -1,7 +1,7 @@
 // Engineering records that count their bytes, and the replies' data that they become.
 #pragma once
 
-#include "wire.h"
+#include "tests/e2e/support/wire.h"
 
 namespace e2e {
 

@@ -3,9 +3,9 @@
 
 #include <sys/resource.h>
 
-#include "log_texts.h"
-#include "switchboard.h"
-#include "watched_handset.h"
+#include "tests/e2e/support/log_texts.h"
+#include "tests/e2e/support/switchboard.h"
+#include "tests/e2e/support/watched_handset.h"
 
 namespace e2e {
 

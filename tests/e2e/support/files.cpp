@@ -1,4 +1,4 @@
-#include "files.h"
+#include "tests/e2e/support/files.h"
 
 #include <fstream>
 #include <sstream>

@@ -1,4 +1,4 @@
-#include "handset.h"
+#include "tests/e2e/support/handset.h"
 
 #include <fmt/format.h>
 #include <gtest/gtest.h>
@@ -6,7 +6,7 @@
 #include <iostream>
 #include <stdexcept>
 
-#include "start_daemon.h"
+#include "tests/e2e/support/start_daemon.h"
 
 namespace e2e {
 

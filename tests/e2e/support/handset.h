@@ -7,12 +7,12 @@
 #include <string>
 #include <vector>
 
-#include "daemon/daemon.h"
-#include "daemon_log.h"
-#include "modem_process.h"
-#include "patience.h"
-#include "phone_root.h"
-#include "wire.h"
+#include "tests/e2e/support/daemon_log.h"
+#include "tests/e2e/support/modem_process.h"
+#include "tests/e2e/support/patience.h"
+#include "tests/e2e/support/phone_root.h"
+#include "tests/e2e/support/wire.h"
+#include "tools/qorextctl/daemon/daemon.h"
 
 namespace e2e {
 

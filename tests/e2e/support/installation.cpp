@@ -1,4 +1,4 @@
-#include "installation.h"
+#include "tests/e2e/support/installation.h"
 
 #include <unistd.h>
 

@@ -1,4 +1,4 @@
-#include "modem_process.h"
+#include "tests/e2e/support/modem_process.h"
 
 #include <gtest/gtest.h>
 #include <poll.h>
@@ -11,12 +11,12 @@
 #include <sstream>
 #include <stdexcept>
 
-#include "daemon/log_capture.h"
-#include "daemon/process.h"
-#include "modem/modem_control.h"
-#include "modem/modem_wait.h"
-#include "patience.h"
-#include "value_or_throw.h"
+#include "tests/e2e/support/patience.h"
+#include "tests/e2e/support/value_or_throw.h"
+#include "tools/qorextctl/daemon/log_capture.h"
+#include "tools/qorextctl/daemon/process.h"
+#include "tools/qorextctl/modem/modem_control.h"
+#include "tools/qorextctl/modem/modem_wait.h"
 
 namespace e2e {
 

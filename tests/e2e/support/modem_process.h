@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-#include "phone_root.h"
+#include "tests/e2e/support/phone_root.h"
 
 namespace e2e {
 

@@ -1,7 +1,7 @@
 // NAM records as the parent sees them.
 #pragma once
 
-#include "carrier_fixture.h"
+#include "tests/e2e/support/carrier_fixture.h"
 
 namespace e2e {
 

@@ -1,4 +1,4 @@
-#include "phone_root.h"
+#include "tests/e2e/support/phone_root.h"
 
 #include <sys/stat.h>
 
@@ -10,7 +10,7 @@
 #include <stdexcept>
 #include <system_error>
 
-#include "phone/phone_files.h"
+#include "tools/qorextctl/phone/phone_files.h"
 
 namespace e2e {
 

@@ -1,4 +1,4 @@
-#include "process_figures.h"
+#include "tests/e2e/support/process_figures.h"
 
 #include <filesystem>
 #include <fstream>

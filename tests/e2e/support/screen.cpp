@@ -1,4 +1,4 @@
-#include "screen.h"
+#include "tests/e2e/support/screen.h"
 
 #include <algorithm>
 #include <cstddef>

@@ -1,4 +1,4 @@
-#include "start_daemon.h"
+#include "tests/e2e/support/start_daemon.h"
 
 #include <stdexcept>
 

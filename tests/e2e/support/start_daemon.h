@@ -2,8 +2,8 @@
 
 #include <memory>
 
-#include "daemon/daemon.h"
-#include "phone_root.h"
+#include "tests/e2e/support/phone_root.h"
+#include "tools/qorextctl/daemon/daemon.h"
 
 namespace e2e {
 

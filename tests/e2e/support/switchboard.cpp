@@ -1,4 +1,4 @@
-#include "switchboard.h"
+#include "tests/e2e/support/switchboard.h"
 
 #include <sys/mman.h>
 #include <unistd.h>

@@ -3,7 +3,7 @@
 
 #include <string>
 
-#include "faulty/switches.h"
+#include "tests/e2e/faulty/switches.h"
 
 namespace e2e {
 

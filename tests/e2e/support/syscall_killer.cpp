@@ -1,4 +1,4 @@
-#include "syscall_killer.h"
+#include "tests/e2e/support/syscall_killer.h"
 
 #include <sys/ptrace.h>
 #include <sys/syscall.h>

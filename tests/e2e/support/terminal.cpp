@@ -1,4 +1,4 @@
-#include "terminal.h"
+#include "tests/e2e/support/terminal.h"
 
 #include <gtest/gtest.h>
 #include <poll.h>
@@ -8,8 +8,8 @@
 
 #include <stdexcept>
 
-#include "base/deadline.h"
-#include "patience.h"
+#include "tests/e2e/support/patience.h"
+#include "tools/qorextctl/base/deadline.h"
 
 namespace e2e {
 

@@ -7,8 +7,8 @@
 #include <utility>
 #include <vector>
 
-#include "base/fd.h"
-#include "screen.h"
+#include "tests/e2e/support/screen.h"
+#include "tools/qorextctl/base/fd.h"
 
 namespace e2e {
 

@@ -3,7 +3,7 @@
 #include <stdexcept>
 #include <utility>
 
-#include "base/result.h"
+#include "tools/qorextctl/base/result.h"
 
 namespace e2e {
 

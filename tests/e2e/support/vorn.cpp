@@ -1,4 +1,4 @@
-#include "vorn.h"
+#include "tests/e2e/support/vorn.h"
 
 #include <fcntl.h>
 #include <fmt/format.h>
@@ -11,7 +11,7 @@
 #include <fstream>
 #include <system_error>
 
-#include "files.h"
+#include "tests/e2e/support/files.h"
 
 namespace e2e {
 

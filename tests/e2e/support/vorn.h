@@ -4,9 +4,9 @@
 #include <set>
 #include <string>
 
-#include "modem_process.h"
-#include "phone_root.h"
-#include "wire.h"
+#include "tests/e2e/support/modem_process.h"
+#include "tests/e2e/support/phone_root.h"
+#include "tests/e2e/support/wire.h"
 
 namespace e2e {
 

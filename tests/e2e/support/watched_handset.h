@@ -5,9 +5,9 @@
 
 #include <optional>
 
-#include "handset.h"
-#include "installation.h"
-#include "process_figures.h"
+#include "tests/e2e/support/handset.h"
+#include "tests/e2e/support/installation.h"
+#include "tests/e2e/support/process_figures.h"
 
 namespace e2e {
 

@@ -5,7 +5,7 @@
 #include <initializer_list>
 #include <string>
 
-#include "base/bytes.h"
+#include "tools/qorextctl/base/bytes.h"
 
 namespace e2e {
 

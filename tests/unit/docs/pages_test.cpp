@@ -1,16 +1,16 @@
 // The pages that are made from tables are those of the tables as they are now.
-#include "pages.h"
+#include "tools/docs/pages.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <fstream>
 
-#include "catalogue/request.h"
-#include "frames/unsolicited.h"
-#include "messages/services.h"
-#include "scenario.h"
-#include "state/factory.h"
+#include "modem/messages/services.h"
+#include "modem/scenario.h"
+#include "modem/state/factory.h"
+#include "tools/qorextctl/catalogue/request.h"
+#include "tools/qorextctl/frames/unsolicited.h"
 
 namespace docs {
 namespace {

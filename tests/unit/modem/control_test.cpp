@@ -1,8 +1,8 @@
-#include "control/control.h"
+#include "modem/control/control.h"
 
-#include "messages/fault_kinds.h"
-#include "modem_test.h"
-#include "state/state_keys.h"
+#include "modem/messages/fault_kinds.h"
+#include "modem/state/state_keys.h"
+#include "tests/unit/modem/modem_test.h"
 
 namespace {
 

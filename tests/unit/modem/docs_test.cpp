@@ -5,9 +5,9 @@
 #include <fstream>
 #include <sstream>
 
-#include "control/control.h"
-#include "modem_test.h"
-#include "scenario.h"
+#include "modem/control/control.h"
+#include "modem/scenario.h"
+#include "tests/unit/modem/modem_test.h"
 
 namespace {
 

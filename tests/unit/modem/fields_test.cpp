@@ -1,8 +1,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "messages/services.h"
-#include "qmi_json/json_fields.h"
+#include "modem/messages/services.h"
+#include "platform/linux/qmi_json/json_fields.h"
 
 namespace {
 

@@ -1,7 +1,7 @@
-#include "kpi/kpi_upload.h"
+#include "modem/kpi/kpi_upload.h"
 
-#include "control/control.h"
-#include "modem_test.h"
+#include "modem/control/control.h"
+#include "tests/unit/modem/modem_test.h"
 
 namespace {
 

@@ -13,11 +13,11 @@
 #include <optional>
 #include <string>
 
-#include "messages/packet.h"
-#include "messages/request_log.h"
-#include "qmi_json/json_fields.h"
-#include "qmi_transport/scoped_fd.h"
-#include "qmi_transport/transport.h"
+#include "modem/messages/packet.h"
+#include "modem/messages/request_log.h"
+#include "platform/linux/qmi_json/json_fields.h"
+#include "platform/linux/qmi_transport/scoped_fd.h"
+#include "platform/linux/qmi_transport/transport.h"
 
 using modem::Bytes;
 using nlohmann::json;

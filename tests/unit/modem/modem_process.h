@@ -14,7 +14,7 @@
 #include <thread>
 #include <vector>
 
-#include "modem_clients.h"
+#include "tests/unit/modem/modem_clients.h"
 
 class ModemProcess : public ::testing::Test {
  protected:

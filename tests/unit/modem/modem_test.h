@@ -6,10 +6,10 @@
 
 #include <vector>
 
-#include "messages/services.h"
-#include "qmi_json/json_fields.h"
-#include "simulator/simulator.h"
-#include "state/factory.h"
+#include "modem/messages/services.h"
+#include "modem/simulator/simulator.h"
+#include "modem/state/factory.h"
+#include "platform/linux/qmi_json/json_fields.h"
 
 class ModemTest : public ::testing::Test {
  protected:

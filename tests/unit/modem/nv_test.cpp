@@ -1,4 +1,4 @@
-#include "modem_test.h"
+#include "tests/unit/modem/modem_test.h"
 
 namespace {
 

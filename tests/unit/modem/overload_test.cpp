@@ -3,11 +3,11 @@
 #include <sys/resource.h>
 #include <time.h>
 
-#include "messages/services.h"
-#include "modem_process.h"
-#include "qmi_transport/control.h"
-#include "qmi_transport/unix_socket.h"
-#include "qmi_transport/wait.h"
+#include "modem/messages/services.h"
+#include "platform/linux/qmi_transport/control.h"
+#include "platform/linux/qmi_transport/unix_socket.h"
+#include "platform/linux/qmi_transport/wait.h"
+#include "tests/unit/modem/modem_process.h"
 
 namespace {
 

@@ -1,7 +1,7 @@
 #include <gmock/gmock.h>
 
-#include "messages/services.h"
-#include "modem_process.h"
+#include "modem/messages/services.h"
+#include "tests/unit/modem/modem_process.h"
 
 namespace {
 

@@ -1,4 +1,4 @@
-#include "scenario.h"
+#include "modem/scenario.h"
 
 #include <stdlib.h>
 #include <unistd.h>
@@ -6,8 +6,8 @@
 #include <filesystem>
 #include <fstream>
 
-#include "modem_test.h"
-#include "state/nam.h"
+#include "modem/state/nam.h"
+#include "tests/unit/modem/modem_test.h"
 
 namespace {
 

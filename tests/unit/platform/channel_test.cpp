@@ -1,5 +1,5 @@
 // Clients and their server, over every transport.
-#include "transport_support.h"
+#include "tests/unit/platform/transport_support.h"
 
 namespace transport_test {
 namespace {

@@ -3,8 +3,8 @@
 #include <sys/socket.h>
 #include <time.h>
 
-#include "client_support.h"
-#include "qmi_transport/unix_socket.h"
+#include "platform/linux/qmi_transport/unix_socket.h"
+#include "tests/unit/platform/client_support.h"
 
 namespace client_test {
 namespace {

@@ -1,5 +1,5 @@
 // Requests and their responses.
-#include "client_support.h"
+#include "tests/unit/platform/client_support.h"
 
 namespace client_test {
 namespace {

@@ -1,7 +1,7 @@
 // Indications and their callback.
 #include <future>
 
-#include "client_support.h"
+#include "tests/unit/platform/client_support.h"
 
 namespace client_test {
 namespace {

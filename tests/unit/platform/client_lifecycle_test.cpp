@@ -1,5 +1,5 @@
 // Services that go away and come back, handles, and what a release leaves behind.
-#include "client_support.h"
+#include "tests/unit/platform/client_support.h"
 
 namespace client_test {
 namespace {

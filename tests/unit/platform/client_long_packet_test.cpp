@@ -1,8 +1,8 @@
 // Packets that are longer than any QMI message.
 #include <gmock/gmock.h>
 
-#include "client_support.h"
-#include "log_lines.h"
+#include "tests/unit/platform/client_support.h"
+#include "tests/unit/platform/log_lines.h"
 
 namespace client_test {
 namespace {

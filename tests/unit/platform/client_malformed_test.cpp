@@ -1,5 +1,5 @@
 // Answers and requests that do not match their description.
-#include "client_support.h"
+#include "tests/unit/platform/client_support.h"
 
 namespace client_test {
 namespace {

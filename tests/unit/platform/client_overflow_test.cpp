@@ -1,8 +1,8 @@
 // Indications beyond the bound of a client's queue.
 #include <gmock/gmock.h>
 
-#include "client_support.h"
-#include "log_lines.h"
+#include "tests/unit/platform/client_support.h"
+#include "tests/unit/platform/log_lines.h"
 
 namespace client_test {
 namespace {

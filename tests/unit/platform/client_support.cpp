@@ -1,4 +1,4 @@
-#include "client_support.h"
+#include "tests/unit/platform/client_support.h"
 
 namespace client_test {
 

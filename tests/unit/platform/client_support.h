@@ -4,9 +4,9 @@
 
 #include <atomic>
 
-#include "codec_support.h"
 #include "qmi_client.h"
-#include "scripted_modem.h"
+#include "tests/unit/platform/codec_support.h"
+#include "tests/unit/platform/scripted_modem.h"
 
 namespace client_test {
 

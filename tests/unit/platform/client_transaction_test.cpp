@@ -1,7 +1,7 @@
 // Transaction ids.
 #include <set>
 
-#include "client_support.h"
+#include "tests/unit/platform/client_support.h"
 
 namespace client_test {
 namespace {

@@ -1,5 +1,5 @@
 // What holds for every message of the three services.
-#include "codec_support.h"
+#include "tests/unit/platform/codec_support.h"
 
 namespace codec_test {
 namespace {

@@ -1,5 +1,5 @@
 // The codec's rules, on a small message made for them.
-#include "codec_support.h"
+#include "tests/unit/platform/codec_support.h"
 
 namespace codec_test {
 namespace {

@@ -11,7 +11,7 @@
 
 #include "device_management_service_v01.h"
 #include "network_access_service_v01.h"
-#include "qmi_idl/codec.h"
+#include "platform/linux/qmi_idl/codec.h"
 #include "qorext_vendor_service_v01.h"
 
 namespace codec_test {

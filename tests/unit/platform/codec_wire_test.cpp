@@ -1,5 +1,5 @@
 // The published encodings of NAS and DMS messages, byte for byte.
-#include "codec_support.h"
+#include "tests/unit/platform/codec_support.h"
 
 namespace codec_test {
 namespace {

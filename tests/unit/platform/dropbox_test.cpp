@@ -5,7 +5,7 @@
 #include <thread>
 
 #include "NativeDropBoxWriter.h"
-#include "temp_folder.h"
+#include "tests/unit/platform/temp_folder.h"
 
 namespace {
 

@@ -1,4 +1,4 @@
-#include "log_lines.h"
+#include "tests/unit/platform/log_lines.h"
 
 #include <android/log.h>
 #include <stdarg.h>

@@ -1,4 +1,4 @@
-#include "modem_place.h"
+#include "tests/unit/platform/modem_place.h"
 
 #include <linux/qrtr.h>
 #include <sys/socket.h>

@@ -9,8 +9,8 @@
 #include <ostream>
 #include <thread>
 
-#include "qmi_transport/transport.h"
-#include "temp_folder.h"
+#include "platform/linux/qmi_transport/transport.h"
+#include "tests/unit/platform/temp_folder.h"
 
 namespace qmi_transport {
 

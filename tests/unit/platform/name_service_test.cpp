@@ -1,7 +1,7 @@
 // Services that come and go, over every transport.
 #include <gmock/gmock.h>
 
-#include "transport_support.h"
+#include "tests/unit/platform/transport_support.h"
 
 namespace transport_test {
 namespace {

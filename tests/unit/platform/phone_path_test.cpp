@@ -6,7 +6,7 @@
 
 #include <thread>
 
-#include "temp_folder.h"
+#include "tests/unit/platform/temp_folder.h"
 
 namespace {
 

@@ -1,7 +1,7 @@
 #include <gmock/gmock.h>
 
 #include "cutils/properties.h"
-#include "temp_folder.h"
+#include "tests/unit/platform/temp_folder.h"
 
 namespace {
 

@@ -1,4 +1,4 @@
-#include "qrtr_emulation.h"
+#include "tests/unit/platform/qrtr_emulation.h"
 
 #include <dlfcn.h>
 #include <errno.h>

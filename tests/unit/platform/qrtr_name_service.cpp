@@ -9,7 +9,7 @@
 #include <fstream>
 #include <vector>
 
-#include "qrtr_emulation.h"
+#include "tests/unit/platform/qrtr_emulation.h"
 
 namespace qrtr_emulation {
 namespace {

@@ -5,9 +5,9 @@
 #include <sys/socket.h>
 #include <sys/wait.h>
 
-#include "qmi_transport/qrtr_socket.h"
-#include "qmi_transport/wait.h"
-#include "scripted_modem.h"
+#include "platform/linux/qmi_transport/qrtr_socket.h"
+#include "platform/linux/qmi_transport/wait.h"
+#include "tests/unit/platform/scripted_modem.h"
 
 namespace {
 

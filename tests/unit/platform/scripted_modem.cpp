@@ -1,4 +1,4 @@
-#include "scripted_modem.h"
+#include "tests/unit/platform/scripted_modem.h"
 
 #include <poll.h>
 

@@ -6,8 +6,8 @@
 #include <mutex>
 #include <vector>
 
-#include "modem_place.h"
-#include "qmi_transport/scoped_fd.h"
+#include "platform/linux/qmi_transport/scoped_fd.h"
+#include "tests/unit/platform/modem_place.h"
 
 namespace test_support {
 

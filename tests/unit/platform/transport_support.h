@@ -3,8 +3,8 @@
 
 #include <poll.h>
 
-#include "qmi_transport/wait.h"
-#include "scripted_modem.h"
+#include "platform/linux/qmi_transport/wait.h"
+#include "tests/unit/platform/scripted_modem.h"
 
 namespace transport_test {
 

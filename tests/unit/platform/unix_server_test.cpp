@@ -4,10 +4,10 @@
 #include <sys/socket.h>
 #include <sys/stat.h>
 
-#include "qmi_transport/control.h"
-#include "qmi_transport/unix_socket.h"
-#include "qmi_transport/wait.h"
-#include "scripted_modem.h"
+#include "platform/linux/qmi_transport/control.h"
+#include "platform/linux/qmi_transport/unix_socket.h"
+#include "platform/linux/qmi_transport/wait.h"
+#include "tests/unit/platform/scripted_modem.h"
 
 namespace {
 

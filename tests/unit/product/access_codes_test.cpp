@@ -1,6 +1,6 @@
-#include "carrier_modem/access_codes.h"
+#include "src/carrier_modem/access_codes.h"
 
-#include "carrier_phone.h"
+#include "tests/unit/product/carrier_phone.h"
 
 using testing::ElementsAre;
 using testing::ElementsAreArray;

@@ -1,5 +1,5 @@
-#include "feature_phone.h"
-#include "features/feature_requests.h"
+#include "src/features/feature_requests.h"
+#include "tests/unit/product/feature_phone.h"
 
 namespace {
 

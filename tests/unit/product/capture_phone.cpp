@@ -1,4 +1,4 @@
-#include "capture_phone.h"
+#include "tests/unit/product/capture_phone.h"
 
 #include <NativeDropBoxWriter.h>
 #include <fcntl.h>

@@ -8,7 +8,7 @@
 
 #include <filesystem>
 
-#include "fake_phone.h"
+#include "tests/unit/product/fake_phone.h"
 
 // Of the trace.
 class CapturePhone : public FakePhone {

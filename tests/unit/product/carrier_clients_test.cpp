@@ -1,7 +1,7 @@
-#include "carrier_modem/carrier_clients.h"
+#include "src/carrier_modem/carrier_clients.h"
 
-#include "fake_phone.h"
-#include "requests.h"
+#include "tests/unit/product/fake_phone.h"
+#include "tests/unit/product/requests.h"
 
 using testing::Contains;
 using testing::ElementsAre;

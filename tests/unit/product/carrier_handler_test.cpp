@@ -1,7 +1,7 @@
 // The carrier's handler: what it declines, what it asks the modem for, and the list of APNs.
-#include "carrier/carrier_handler.h"
+#include "src/carrier/carrier_handler.h"
 
-#include "carrier_phone.h"
+#include "tests/unit/product/carrier_phone.h"
 
 using testing::ElementsAre;
 using testing::IsEmpty;

@@ -1,6 +1,6 @@
-#include "carrier_modem/carrier_indications.h"
+#include "src/carrier_modem/carrier_indications.h"
 
-#include "feature_phone.h"
+#include "tests/unit/product/feature_phone.h"
 
 using testing::ElementsAre;
 using testing::IsEmpty;

@@ -1,5 +1,5 @@
 // What each row of the carrier's tables logs, line by line between its entry and its reply.
-#include "carrier_phone.h"
+#include "tests/unit/product/carrier_phone.h"
 
 using testing::ElementsAreArray;
 

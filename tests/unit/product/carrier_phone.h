@@ -4,13 +4,14 @@
 #include <concepts>
 #include <set>
 
-#include "carrier/carrier_handler.h"
-#include "carrier_modem/carrier_clients.h"
-#include "fake_phone.h"
-#include "host/dispatch.h"
-#include "host/parent.h"
-#include "requests.h"
-#include "vendor/vendor_client.h"
+#include "src/carrier/carrier_handler.h"
+#include "src/carrier_modem/carrier_clients.h"
+#include "src/host/base/parent.h"
+#include "src/host/dispatch.h"
+#include "src/host/indications.h"
+#include "src/vendor/vendor_client.h"
+#include "tests/unit/product/fake_phone.h"
+#include "tests/unit/product/requests.h"
 
 // The row of a table of cases, which its test is named by.
 struct NamedRow {
@@ -37,7 +38,7 @@ class CarrierPhone : public FakePhone {
   CarrierPhone() {
     set_parent_pipes(kReplyFd, kUnsolicitedFd);
     qmi_qorext_sprint_client_init();
-    qmi_qorext_hook_client_init();
+    qmi_qorext_hook_client_init(handleUnsolMsg);
     trace.clear();
     modem = [this, by_message = modem](const Exchange& exchange, std::span<uint8_t> response) {
       Bytes item = answer_of_item(exchange);

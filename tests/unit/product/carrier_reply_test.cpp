@@ -1,6 +1,6 @@
-#include "carrier/carrier_reply.h"
+#include "src/carrier/carrier_reply.h"
 
-#include "carrier_phone.h"
+#include "tests/unit/product/carrier_phone.h"
 
 using testing::ElementsAre;
 using testing::IsEmpty;

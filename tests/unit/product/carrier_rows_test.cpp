@@ -1,8 +1,8 @@
 // Every row of the carrier's two tables: what the modem is asked, what it says, what the parent
 // gets.
-#include "carrier/carrier_handler.h"
+#include "src/carrier/carrier_handler.h"
 
-#include "carrier_phone.h"
+#include "tests/unit/product/carrier_phone.h"
 
 using testing::Contains;
 using testing::ElementsAre;

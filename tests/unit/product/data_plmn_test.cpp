@@ -1,4 +1,4 @@
-#include "feature_phone.h"
+#include "tests/unit/product/feature_phone.h"
 
 namespace {
 

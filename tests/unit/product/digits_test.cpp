@@ -1,11 +1,11 @@
-#include "carrier/digits.h"
+#include "src/carrier/digits.h"
 
 #include <gmock/gmock.h>
 
 #include <set>
 #include <string>
 
-#include "random_digits.h"
+#include "tests/unit/product/random_digits.h"
 
 namespace {
 

@@ -1,10 +1,11 @@
-#include "host/dispatch.h"
+#include "src/host/dispatch.h"
+#include "src/host/indications.h"
 
-#include "carrier_modem/carrier_clients.h"
-#include "fake_phone.h"
-#include "host/parent.h"
-#include "requests.h"
-#include "vendor/vendor_client.h"
+#include "src/carrier_modem/carrier_clients.h"
+#include "src/host/base/parent.h"
+#include "src/vendor/vendor_client.h"
+#include "tests/unit/product/fake_phone.h"
+#include "tests/unit/product/requests.h"
 
 using testing::ElementsAre;
 using testing::IsEmpty;
@@ -16,7 +17,7 @@ class Dispatch : public FakePhone {
   Dispatch() {
     set_parent_pipes(kReplyFd, kUnsolicitedFd);
     qmi_qorext_sprint_client_init();
-    qmi_qorext_hook_client_init();
+    qmi_qorext_hook_client_init(handleUnsolMsg);
     trace.clear();
   }
 

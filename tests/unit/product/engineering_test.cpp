@@ -1,5 +1,5 @@
 // The two engineering records: the modem's hexadecimal text, and the words that the parent gets.
-#include "carrier_phone.h"
+#include "tests/unit/product/carrier_phone.h"
 
 using testing::Contains;
 using testing::ElementsAre;

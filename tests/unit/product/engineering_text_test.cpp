@@ -1,7 +1,7 @@
 // The decoder of the modem's hexadecimal texts by itself.
-#include "carrier/engineering_text.h"
+#include "src/carrier/engineering_text.h"
 
-#include "carrier_phone.h"
+#include "tests/unit/product/carrier_phone.h"
 
 using testing::ElementsAreArray;
 

@@ -1,4 +1,4 @@
-#include "fake_phone.h"
+#include "tests/unit/product/fake_phone.h"
 
 #include <android/log.h>
 #include <cutils/properties.h>
@@ -11,9 +11,9 @@
 #include <cstring>
 
 #include "device_management_service_v01.h"
-#include "host/framing.h"
 #include "network_access_service_v01.h"
 #include "qorext_vendor_service_v01.h"
+#include "src/host/base/framing.h"
 
 namespace {
 

@@ -2,13 +2,13 @@
 // the intake. Frames are spelled out here as they must lie on the pipes.
 #pragma once
 
-#include "carrier_modem/carrier_clients.h"
-#include "fake_phone.h"
-#include "host/dispatch.h"
-#include "host/parent.h"
-#include "requests.h"
-#include "vendor/indications.h"
-#include "vendor/vendor_client.h"
+#include "src/carrier_modem/carrier_clients.h"
+#include "src/host/base/parent.h"
+#include "src/host/dispatch.h"
+#include "src/host/indications.h"
+#include "src/vendor/vendor_client.h"
+#include "tests/unit/product/fake_phone.h"
+#include "tests/unit/product/requests.h"
 
 inline Bytes be32(uint32_t value) {
   return {static_cast<uint8_t>(value >> 24), static_cast<uint8_t>(value >> 16),
@@ -74,7 +74,7 @@ class FeaturePhone : public FakePhone {
   FeaturePhone() {
     set_parent_pipes(kReplyFd, kUnsolicitedFd);
     qmi_qorext_sprint_client_init();
-    qmi_qorext_hook_client_init();
+    qmi_qorext_hook_client_init(handleUnsolMsg);
     trace.clear();
   }
 

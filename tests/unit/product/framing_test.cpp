@@ -1,11 +1,11 @@
-#include "host/framing.h"
+#include "src/host/base/framing.h"
 
 #include <future>
 
-#include "fake_phone.h"
-#include "host/hex.h"
-#include "host/parent.h"
-#include "requests.h"
+#include "src/host/base/hex.h"
+#include "src/host/base/parent.h"
+#include "tests/unit/product/fake_phone.h"
+#include "tests/unit/product/requests.h"
 
 using testing::ElementsAre;
 using testing::IsEmpty;

@@ -1,6 +1,6 @@
 // What the generic-hook features have in common: a row of the dispatch table, one exchange with the
 // modem, one reply. What is peculiar to each has a test file of its own.
-#include "feature_phone.h"
+#include "tests/unit/product/feature_phone.h"
 
 using testing::Contains;
 using testing::ElementsAre;

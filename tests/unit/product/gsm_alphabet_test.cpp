@@ -1,7 +1,7 @@
-#include "features/gsm_alphabet.h"
+#include "src/features/gsm_alphabet.h"
 
-#include "fake_phone.h"
-#include "requests.h"
+#include "tests/unit/product/fake_phone.h"
+#include "tests/unit/product/requests.h"
 
 using testing::ElementsAre;
 using testing::IsEmpty;

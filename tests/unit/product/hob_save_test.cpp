@@ -1,14 +1,14 @@
-#include "capture/hob_save.h"
+#include "src/capture/hob_save.h"
 
 #include <fcntl.h>
 
 #include <fstream>
 #include <utility>
 
-#include "capture_phone.h"
-#include "host/parent.h"
-#include "vendor/indications.h"
-#include "vendor/vendor_client.h"
+#include "src/host/base/parent.h"
+#include "src/host/indications.h"
+#include "src/vendor/vendor_client.h"
+#include "tests/unit/product/capture_phone.h"
 
 using testing::ElementsAre;
 using testing::IsEmpty;
@@ -37,7 +37,7 @@ class HobSave : public CapturePhone {
  protected:
   HobSave() {
     qor_ext_instance_id = 0;
-    qmi_qorext_hook_client_init();
+    qmi_qorext_hook_client_init(handleUnsolMsg);
     trace.clear();
   }
 

@@ -1,9 +1,9 @@
-#include "vendor/indications.h"
+#include "src/host/indications.h"
 
 #include <iostream>
 
-#include "feature_phone.h"
-#include "features/feature_indications.h"
+#include "src/features/feature_indications.h"
+#include "tests/unit/product/feature_phone.h"
 
 using testing::ElementsAre;
 using testing::ExitedWithCode;

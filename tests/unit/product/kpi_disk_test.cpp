@@ -1,6 +1,6 @@
 // KPI logs on a disk that is full, that fails, or that loses power.
-#include "capture/kpi_logs.h"
-#include "vorn_phone.h"
+#include "src/capture/kpi_logs.h"
+#include "tests/unit/product/vorn_phone.h"
 
 using testing::Contains;
 using testing::ElementsAre;

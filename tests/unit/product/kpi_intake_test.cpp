@@ -1,9 +1,9 @@
-#include "capture/kpi_intake.h"
+#include "src/capture/kpi_intake.h"
 
-#include "capture_phone.h"
-#include "host/parent.h"
-#include "requests.h"
-#include "vendor/indications.h"
+#include "src/host/base/parent.h"
+#include "src/host/indications.h"
+#include "tests/unit/product/capture_phone.h"
+#include "tests/unit/product/requests.h"
 
 using testing::Contains;
 using testing::ElementsAre;

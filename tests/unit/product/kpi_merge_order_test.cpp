@@ -1,9 +1,9 @@
 // The moments of a merge, for a reader of the directory who looks in between.
 #include <unistd.h>
 
-#include "capture/kpi_logs.h"
-#include "capture/vorn_directory.h"
-#include "vorn_phone.h"
+#include "src/capture/kpi_logs.h"
+#include "src/capture/vorn_directory.h"
+#include "tests/unit/product/vorn_phone.h"
 
 using testing::ElementsAreArray;
 using testing::UnorderedElementsAreArray;

@@ -1,7 +1,7 @@
-#include "capture/kpi_packets.h"
+#include "src/capture/kpi_packets.h"
 
-#include "fake_phone.h"
-#include "requests.h"
+#include "tests/unit/product/fake_phone.h"
+#include "tests/unit/product/requests.h"
 
 using testing::ElementsAre;
 using testing::IsEmpty;

@@ -1,5 +1,5 @@
-#include "capture/kpi_logs.h"
-#include "vorn_phone.h"
+#include "src/capture/kpi_logs.h"
+#include "tests/unit/product/vorn_phone.h"
 
 using testing::Contains;
 using testing::ElementsAreArray;

@@ -1,7 +1,7 @@
-#include "capture/kpi_store.h"
+#include "src/capture/kpi_store.h"
 
-#include "capture/kpi_logs.h"
-#include "vorn_phone.h"
+#include "src/capture/kpi_logs.h"
+#include "tests/unit/product/vorn_phone.h"
 
 using testing::ElementsAre;
 using testing::ElementsAreArray;

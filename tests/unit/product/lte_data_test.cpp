@@ -1,6 +1,6 @@
-#include "carrier_modem/lte_data.h"
+#include "src/carrier_modem/lte_data.h"
 
-#include "carrier_phone.h"
+#include "tests/unit/product/carrier_phone.h"
 
 using testing::ElementsAre;
 

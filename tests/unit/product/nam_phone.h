@@ -1,7 +1,7 @@
 // A phone whose modem keeps a number assignment module, for tests of its reading and writing.
 #pragma once
 
-#include "carrier_phone.h"
+#include "tests/unit/product/carrier_phone.h"
 
 // The items in the order in which both requests go through them; the position is the number under
 // which a failure is logged.

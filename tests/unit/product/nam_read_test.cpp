@@ -1,6 +1,6 @@
 // Get NAM information: fifteen items become one record.
-#include "carrier/nam.h"
-#include "nam_phone.h"
+#include "src/carrier/nam.h"
+#include "tests/unit/product/nam_phone.h"
 
 using testing::Contains;
 using testing::ElementsAre;

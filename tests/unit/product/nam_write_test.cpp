@@ -1,8 +1,8 @@
 // Set NAM information: one record becomes fifteen items, and perhaps a new service programming
 // code.
-#include "carrier/nam.h"
-#include "nam_phone.h"
-#include "random_digits.h"
+#include "src/carrier/nam.h"
+#include "tests/unit/product/nam_phone.h"
+#include "tests/unit/product/random_digits.h"
 
 using testing::Contains;
 using testing::ElementsAre;

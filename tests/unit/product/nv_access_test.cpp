@@ -1,10 +1,11 @@
-#include "vendor/nv_access.h"
+#include "src/vendor/nv_access.h"
+#include "src/host/indications.h"
 
-#include "fake_phone.h"
-#include "host/parent.h"
-#include "requests.h"
-#include "vendor/nv_response.h"
-#include "vendor/vendor_client.h"
+#include "src/host/base/parent.h"
+#include "src/vendor/nv_response.h"
+#include "src/vendor/vendor_client.h"
+#include "tests/unit/product/fake_phone.h"
+#include "tests/unit/product/requests.h"
 
 using testing::ElementsAre;
 using testing::IsEmpty;
@@ -15,7 +16,7 @@ class NvAccess : public FakePhone {
  protected:
   NvAccess() {
     set_parent_pipes(kReplyFd, kUnsolicitedFd);
-    qmi_qorext_hook_client_init();
+    qmi_qorext_hook_client_init(handleUnsolMsg);
     trace.clear();
   }
 

@@ -1,10 +1,11 @@
-#include "capture/panic_notice.h"
+#include "src/capture/panic_notice.h"
+#include "src/host/indications.h"
 
 #include <fcntl.h>
 
-#include "capture_phone.h"
-#include "requests.h"
-#include "vendor/vendor_client.h"
+#include "src/vendor/vendor_client.h"
+#include "tests/unit/product/capture_phone.h"
+#include "tests/unit/product/requests.h"
 
 using testing::ElementsAreArray;
 
@@ -37,7 +38,7 @@ const Lines kNothingFound =
 
 class PanicNotice : public CapturePhone {
  protected:
-  PanicNotice() { qmi_qorext_hook_client_init(); }
+  PanicNotice() { qmi_qorext_hook_client_init(handleUnsolMsg); }
 
   // What the check leaves in the trace, having returned 0.
   const Lines& check() {

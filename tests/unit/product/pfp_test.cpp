@@ -1,6 +1,6 @@
-#include "vendor/pfp.h"
+#include "src/vendor/pfp.h"
 
-#include "feature_phone.h"
+#include "tests/unit/product/feature_phone.h"
 
 using testing::IsEmpty;
 

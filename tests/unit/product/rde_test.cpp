@@ -1,8 +1,9 @@
-#include "carrier_modem/rde.h"
+#include "src/carrier_modem/rde.h"
+#include "src/host/indications.h"
 
-#include "fake_phone.h"
-#include "requests.h"
-#include "vendor/vendor_client.h"
+#include "src/vendor/vendor_client.h"
+#include "tests/unit/product/fake_phone.h"
+#include "tests/unit/product/requests.h"
 
 using testing::ElementsAre;
 
@@ -15,7 +16,7 @@ Bytes item(uint32_t length, const Bytes& data, uint32_t data_length) {
 class Rde : public FakePhone {
  protected:
   Rde() {
-    qmi_qorext_hook_client_init();
+    qmi_qorext_hook_client_init(handleUnsolMsg);
     trace.clear();
   }
 

@@ -1,13 +1,14 @@
-#include "host/request_loop.h"
+#include "src/host/request_loop.h"
+#include "src/host/indications.h"
 
 #include <fcntl.h>
 #include <sys/select.h>
 #include <unistd.h>
 
-#include "fake_phone.h"
-#include "host/parent.h"
-#include "requests.h"
-#include "vendor/vendor_client.h"
+#include "src/host/base/parent.h"
+#include "src/vendor/vendor_client.h"
+#include "tests/unit/product/fake_phone.h"
+#include "tests/unit/product/requests.h"
 
 using testing::ElementsAre;
 
@@ -152,7 +153,7 @@ TEST_F(RequestLoop, OneReadTakesNoMoreThan17408Bytes) {
 }
 
 TEST_F(RequestLoop, NothingOfAnEarlierRequestIsSeenByALaterOne) {
-  qmi_qorext_hook_client_init();
+  qmi_qorext_hook_client_init(handleUnsolMsg);
   Bytes claims_more = le32(0x02000008) + le32(512) + Bytes(10) + from_hex("01020304");
   serve({{.data = Bytes(kRequestSize, 0xEE)}, {.data = claims_more}});
   ASSERT_EQ(exchanges.size(), 1u);

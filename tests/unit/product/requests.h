@@ -3,9 +3,9 @@
 
 #include <string>
 
-#include "fake_phone.h"
-#include "host/bytes.h"
-#include "host/framing.h"
+#include "src/host/base/bytes.h"
+#include "src/host/base/framing.h"
+#include "tests/unit/product/fake_phone.h"
 
 class Request {
  public:

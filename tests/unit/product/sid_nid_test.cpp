@@ -1,4 +1,4 @@
-#include "carrier_phone.h"
+#include "tests/unit/product/carrier_phone.h"
 
 using testing::ElementsAre;
 using testing::ElementsAreArray;

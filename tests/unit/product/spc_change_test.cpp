@@ -1,5 +1,5 @@
 // The change of the service programming code that a NAM write may carry.
-#include "nam_phone.h"
+#include "tests/unit/product/nam_phone.h"
 
 using testing::Contains;
 using testing::HasSubstr;

@@ -1,6 +1,6 @@
-#include "capture_phone.h"
-#include "host/bytes.h"
-#include "host/parent.h"
+#include "src/host/base/bytes.h"
+#include "src/host/base/parent.h"
+#include "tests/unit/product/capture_phone.h"
 
 using testing::Contains;
 using testing::ElementsAre;

@@ -1,6 +1,6 @@
-#include "carrier_modem/startup_properties.h"
+#include "src/carrier_modem/startup_properties.h"
 
-#include "carrier_phone.h"
+#include "tests/unit/product/carrier_phone.h"
 
 using testing::Contains;
 using testing::ElementsAre;

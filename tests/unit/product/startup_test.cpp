@@ -2,8 +2,8 @@
 #include <signal.h>
 #include <unistd.h>
 
-#include "fake_phone.h"
-#include "host/parent.h"
+#include "src/host/base/parent.h"
+#include "tests/unit/product/fake_phone.h"
 
 using testing::Contains;
 using testing::ElementsAre;

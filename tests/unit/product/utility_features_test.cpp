@@ -1,7 +1,7 @@
 // The generic-hook features that are one utility request each: system-information filter, radio
 // state at the end of a call, silent reboot.
-#include "feature_phone.h"
-#include "features/feature_requests.h"
+#include "src/features/feature_requests.h"
+#include "tests/unit/product/feature_phone.h"
 
 using testing::ElementsAre;
 

@@ -1,5 +1,5 @@
-#include "feature_phone.h"
-#include "features/feature_indications.h"
+#include "src/features/feature_indications.h"
+#include "tests/unit/product/feature_phone.h"
 
 using testing::ElementsAre;
 

@@ -1,7 +1,8 @@
-#include "vendor/vendor_client.h"
+#include "src/vendor/vendor_client.h"
+#include "src/host/indications.h"
 
-#include "fake_phone.h"
-#include "requests.h"
+#include "tests/unit/product/fake_phone.h"
+#include "tests/unit/product/requests.h"
 
 using testing::Contains;
 using testing::ElementsAre;
@@ -36,7 +37,7 @@ class VendorClient : public FakePhone {
 };
 
 TEST_F(VendorClient, ServiceThereAtOnceIsOpenedWithoutAWait) {
-  EXPECT_EQ(qmi_qorext_hook_client_init(), 0);
+  EXPECT_EQ(qmi_qorext_hook_client_init(handleUnsolMsg), 0);
   EXPECT_THAT(
       trace,
       ElementsAre(
@@ -54,7 +55,7 @@ TEST_F(VendorClient, ServiceThereAtOnceIsOpenedWithoutAWait) {
 
 TEST_F(VendorClient, MissingServiceObjectFails) {
   has_service_objects = false;
-  EXPECT_EQ(qmi_qorext_hook_client_init(), -1);
+  EXPECT_EQ(qmi_qorext_hook_client_init(handleUnsolMsg), -1);
   EXPECT_THAT(logs(), ElementsAre(kInit + ": qorext_hook_get_serivce_object\n",
                                   kInit + ": qorext_hook_get_serivce_object failed.\n"));
   EXPECT_THAT(trace, Not(Contains("call notifier_init vendor")));
@@ -62,7 +63,7 @@ TEST_F(VendorClient, MissingServiceObjectFails) {
 
 TEST_F(VendorClient, FailedNotifierIsNotReleased) {
   notifier_results = {-4};
-  EXPECT_EQ(qmi_qorext_hook_client_init(), -1);
+  EXPECT_EQ(qmi_qorext_hook_client_init(handleUnsolMsg), -1);
   EXPECT_THAT(logs(), ElementsAre(kInit + ": qorext_hook_get_serivce_object\n",
                                   kInit + ": qmi_client_notifier_init \n",
                                   kInit + ": qmi_client_notifier_init failed. rc = -4\n"));
@@ -71,7 +72,7 @@ TEST_F(VendorClient, FailedNotifierIsNotReleased) {
 
 TEST_F(VendorClient, GivesUpAfter500AttemptsOfOneSecond) {
   service_lists = {{-2, 0}};
-  EXPECT_EQ(qmi_qorext_hook_client_init(), -1);
+  EXPECT_EQ(qmi_qorext_hook_client_init(handleUnsolMsg), -1);
   EXPECT_EQ(waits(), 500u);
   EXPECT_THAT(logs(), Contains(kInit + ": wait for server to come up.\n").Times(500));
   EXPECT_THAT(end_of_trace(3), ElementsAre("call clock_gettime 1",
@@ -82,7 +83,7 @@ TEST_F(VendorClient, GivesUpAfter500AttemptsOfOneSecond) {
 
 TEST_F(VendorClient, EachFailedAttemptLogsItsResultAndWaits) {
   service_lists = {{-2, 0}, {0, 1}};
-  EXPECT_EQ(qmi_qorext_hook_client_init(), 0);
+  EXPECT_EQ(qmi_qorext_hook_client_init(handleUnsolMsg), 0);
   std::vector<std::string> attempt(trace.begin() + 4, trace.begin() + 9);
   EXPECT_THAT(attempt, ElementsAre("call get_service_list vendor",
                                    "log: " + kInit +
@@ -96,7 +97,7 @@ TEST_F(VendorClient, EachFailedAttemptLogsItsResultAndWaits) {
 TEST_F(VendorClient, OnceSignalledLaterAttemptsPollWithoutWaiting) {
   service_lists = {{-2, 0}};
   signal_on_wait = true;
-  EXPECT_EQ(qmi_qorext_hook_client_init(), -1);
+  EXPECT_EQ(qmi_qorext_hook_client_init(handleUnsolMsg), -1);
   EXPECT_EQ(waits(), 1u);
   EXPECT_THAT(logs(), Contains(kInit + ": wait for server to come up.\n").Times(500));
 }
@@ -104,7 +105,7 @@ TEST_F(VendorClient, OnceSignalledLaterAttemptsPollWithoutWaiting) {
 TEST_F(VendorClient, WaitGoesOnUntilItsOneDeadline) {
   service_lists = {{-2, 0}, {0, 1}};
   wait_results = {0, EINVAL, ETIMEDOUT};
-  EXPECT_EQ(qmi_qorext_hook_client_init(), 0);
+  EXPECT_EQ(qmi_qorext_hook_client_init(handleUnsolMsg), 0);
   ASSERT_EQ(waits(), 3u);
   for (const timespec& deadline : deadlines) EXPECT_EQ(deadline.tv_sec, 1001);
   EXPECT_THAT(logs(), Contains(kInit + ": wait for server to come up.\n").Times(1));
@@ -112,19 +113,19 @@ TEST_F(VendorClient, WaitGoesOnUntilItsOneDeadline) {
 
 TEST_F(VendorClient, TimeoutFlagTellsHowTheLastWaitEnded) {
   service_lists = {{-2, 0}, {-2, 0}, {0, 1}};
-  EXPECT_EQ(qmi_qorext_hook_client_init(), 0);
+  EXPECT_EQ(qmi_qorext_hook_client_init(handleUnsolMsg), 0);
   EXPECT_THAT(timed_out_in_waits, ElementsAre(0u, 0u)) << "cleared before each wait";
   EXPECT_EQ(signal->timed_out, 1u);
 
   service_lists = {{-2, 0}, {0, 1}};
   signal_on_wait = true;
-  EXPECT_EQ(qmi_qorext_hook_client_init(), 0);
+  EXPECT_EQ(qmi_qorext_hook_client_init(handleUnsolMsg), 0);
   EXPECT_EQ(signal->timed_out, 0u);
 }
 
 TEST_F(VendorClient, ServiceOfNoInstancesIsReadyWhenTheCallSucceeds) {
   service_lists = {{0, 0}};
-  EXPECT_EQ(qmi_qorext_hook_client_init(), 0);
+  EXPECT_EQ(qmi_qorext_hook_client_init(handleUnsolMsg), 0);
   EXPECT_EQ(waits(), 0u);
 }
 
@@ -133,27 +134,27 @@ TEST_F(VendorClient, SeparateModemNeedsASecondInstance) {
     properties["ro.baseband"] = baseband;
     service_lists = {{0, 1}, {0, 1}, {0, 2}};
     deadlines.clear();
-    EXPECT_EQ(qmi_qorext_hook_client_init(), 0) << baseband;
+    EXPECT_EQ(qmi_qorext_hook_client_init(handleUnsolMsg), 0) << baseband;
     EXPECT_EQ(waits(), 2u) << baseband;
   }
 }
 
 TEST_F(VendorClient, OtherBasebandsNeedOneInstance) {
   properties["ro.baseband"] = "msm";
-  EXPECT_EQ(qmi_qorext_hook_client_init(), 0);
+  EXPECT_EQ(qmi_qorext_hook_client_init(handleUnsolMsg), 0);
   EXPECT_EQ(waits(), 0u);
 }
 
 TEST_F(VendorClient, SeparateModemWithOneInstanceGivesUp) {
   properties["ro.baseband"] = "MDM";
-  EXPECT_EQ(qmi_qorext_hook_client_init(), -1);
+  EXPECT_EQ(qmi_qorext_hook_client_init(handleUnsolMsg), -1);
   EXPECT_EQ(waits(), 500u);
 }
 
 TEST_F(VendorClient, DeadlineIsMonotonicWhenTheSignalSaysSo) {
   service_lists = {{-2, 0}, {0, 1}};
   fake_now = {1000, 5};
-  qmi_qorext_hook_client_init();
+  qmi_qorext_hook_client_init(handleUnsolMsg);
   EXPECT_THAT(trace, Contains("call clock_gettime 1"));
   EXPECT_THAT(trace, Not(Contains("call gettimeofday")));
   ASSERT_EQ(waits(), 1u);
@@ -168,7 +169,7 @@ TEST_F(VendorClient, DeadlineIsWallClockOtherwise) {
     fake_now = {1000, 999999000};
     trace.clear();
     deadlines.clear();
-    qmi_qorext_hook_client_init();
+    qmi_qorext_hook_client_init(handleUnsolMsg);
     EXPECT_EQ(wait_lines(), Lines{"call gettimeofday"} + opened_lines());
     ASSERT_EQ(waits(), 1u);
     EXPECT_EQ(deadlines[0].tv_sec, 1001);
@@ -179,11 +180,11 @@ TEST_F(VendorClient, DeadlineIsWallClockOtherwise) {
 TEST_F(VendorClient, NanosecondsOfASecondOrMoreAreCarried) {
   service_lists = {{-2, 0}, {0, 1}};
   fake_now = {1000, 1000000000};
-  qmi_qorext_hook_client_init();
+  qmi_qorext_hook_client_init(handleUnsolMsg);
   EXPECT_EQ(wait_lines(), Lines{"call clock_gettime 1"} + opened_lines());
   service_lists = {{-2, 0}, {0, 1}};
   fake_now = {1000, 999999999};
-  qmi_qorext_hook_client_init();
+  qmi_qorext_hook_client_init(handleUnsolMsg);
   ASSERT_EQ(waits(), 2u);
   EXPECT_EQ(deadlines[0].tv_sec, 1002);
   EXPECT_EQ(deadlines[0].tv_nsec, 0);
@@ -193,7 +194,7 @@ TEST_F(VendorClient, NanosecondsOfASecondOrMoreAreCarried) {
 
 TEST_F(VendorClient, FailedListNamesClientInitAndReleasesTheNotifier) {
   service_lists = {{0, 1}, {-3, 1}};
-  EXPECT_EQ(qmi_qorext_hook_client_init(), -1);
+  EXPECT_EQ(qmi_qorext_hook_client_init(handleUnsolMsg), -1);
   EXPECT_THAT(end_of_trace(3), ElementsAre("call get_service_list vendor list",
                                            "log: " + kInit + ": qmi_client_init failed. rc = -3\n",
                                            "call release notifier"));
@@ -201,7 +202,7 @@ TEST_F(VendorClient, FailedListNamesClientInitAndReleasesTheNotifier) {
 
 TEST_F(VendorClient, FailedInitReleasesTheNotifier) {
   init_results = {-5};
-  EXPECT_EQ(qmi_qorext_hook_client_init(), -1);
+  EXPECT_EQ(qmi_qorext_hook_client_init(handleUnsolMsg), -1);
   EXPECT_THAT(end_of_trace(3), ElementsAre("call client_init vendor",
                                            "log: " + kInit + ": qmi_client_init failed. rc = -5\n",
                                            "call release notifier"));
@@ -209,15 +210,15 @@ TEST_F(VendorClient, FailedInitReleasesTheNotifier) {
 
 TEST_F(VendorClient, ListTakesAsManyRecordsAsThereIsRoomFor) {
   service_lists = {{0, 3}};
-  qmi_qorext_hook_client_init();
+  qmi_qorext_hook_client_init(handleUnsolMsg);
   service_lists = {{0, 40}};
-  qmi_qorext_hook_client_init();
+  qmi_qorext_hook_client_init(handleUnsolMsg);
   EXPECT_THAT(entry_counts, ElementsAre(3u, 16u));
   EXPECT_THAT(opened_records, ElementsAre(1u, 1u)) << "the first record is the one used";
 }
 
 TEST_F(VendorClient, FailedSendIsNotRepeated) {
-  qmi_qorext_hook_client_init();
+  qmi_qorext_hook_client_init(handleUnsolMsg);
   uint8_t request = 0xFF;
   for (int rc = QMI_INVALID_PARAM_ERR; rc <= 1; ++rc) {
     exchanges.clear();
@@ -229,7 +230,7 @@ TEST_F(VendorClient, FailedSendIsNotRepeated) {
 }
 
 TEST_F(VendorClient, SendPassesEverythingOnWithFifteenSeconds) {
-  qmi_qorext_hook_client_init();
+  qmi_qorext_hook_client_init(handleUnsolMsg);
   fail_send(0x13, -77);
   uint8_t request = 0xFF;
   uint8_t response[3] = {};

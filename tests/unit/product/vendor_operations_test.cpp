@@ -1,6 +1,6 @@
-#include "carrier_modem/vendor_operations.h"
+#include "src/carrier_modem/vendor_operations.h"
 
-#include "carrier_phone.h"
+#include "tests/unit/product/carrier_phone.h"
 
 using testing::ElementsAre;
 using testing::ElementsAreArray;

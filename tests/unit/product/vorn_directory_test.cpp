@@ -1,6 +1,6 @@
-#include "capture/vorn_directory.h"
+#include "src/capture/vorn_directory.h"
 
-#include "vorn_phone.h"
+#include "tests/unit/product/vorn_phone.h"
 
 using testing::Contains;
 using testing::ElementsAre;

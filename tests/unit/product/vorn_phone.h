@@ -7,8 +7,8 @@
 
 #include <set>
 
-#include "capture/kpi_store.h"
-#include "capture_phone.h"
+#include "src/capture/kpi_store.h"
+#include "tests/unit/product/capture_phone.h"
 
 inline const std::string kVorn = "/data/vorn";
 inline const std::string kCurrent = "/data/vorn/.0001";

@@ -1,9 +1,9 @@
-#include "base/bytes.h"
+#include "tools/qorextctl/base/bytes.h"
 
 #include <gtest/gtest.h>
 
-#include "base/deadline.h"
-#include "base/spelling.h"
+#include "tools/qorextctl/base/deadline.h"
+#include "tools/qorextctl/base/spelling.h"
 
 namespace qorextctl {
 namespace {

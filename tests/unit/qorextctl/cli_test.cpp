@@ -1,12 +1,12 @@
-#include "cli/cli.h"
+#include "tools/qorextctl/cli/cli.h"
 
 #include <unistd.h>
 
 #include <fstream>
 
-#include "fake_modem.h"
-#include "fake_setup.h"
-#include "run.h"
+#include "tests/unit/qorextctl/fake_modem.h"
+#include "tests/unit/qorextctl/fake_setup.h"
+#include "tools/qorextctl/run.h"
 
 namespace qorextctl {
 namespace {

@@ -1,9 +1,9 @@
-#include "replay/compare.h"
+#include "tools/qorextctl/replay/compare.h"
 
 #include <gtest/gtest.h>
 
-#include "qmi_samples.h"
-#include "recording/conversation.h"
+#include "tests/unit/qorextctl/qmi_samples.h"
+#include "tools/qorextctl/recording/conversation.h"
 
 namespace qorextctl {
 namespace {

@@ -1,4 +1,4 @@
-#include "session/completion.h"
+#include "tools/qorextctl/session/completion.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -7,10 +7,10 @@
 #include <filesystem>
 #include <fstream>
 
-#include "catalogue/request.h"
-#include "catalogue/values.h"
-#include "modem/modem_control.h"
-#include "session/session.h"
+#include "tools/qorextctl/catalogue/request.h"
+#include "tools/qorextctl/catalogue/values.h"
+#include "tools/qorextctl/modem/modem_control.h"
+#include "tools/qorextctl/session/session.h"
 
 namespace qorextctl {
 namespace {

@@ -1,10 +1,10 @@
-#include "daemon/daemon.h"
+#include "tools/qorextctl/daemon/daemon.h"
 
 #include <fcntl.h>
 #include <unistd.h>
 
-#include "fake_setup.h"
-#include "frame_samples.h"
+#include "tests/unit/qorextctl/fake_setup.h"
+#include "tests/unit/qorextctl/frame_samples.h"
 
 namespace qorextctl {
 namespace {

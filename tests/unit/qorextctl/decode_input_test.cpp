@@ -1,5 +1,5 @@
 // "qorextctl decode", to the letter.
-#include "decode_input.h"
+#include "tools/qorextctl/decode_input.h"
 
 #include <gtest/gtest.h>
 #include <unistd.h>
@@ -7,7 +7,7 @@
 #include <fstream>
 #include <sstream>
 
-#include "frame_samples.h"
+#include "tests/unit/qorextctl/frame_samples.h"
 
 namespace qorextctl {
 namespace {

@@ -1,12 +1,12 @@
 // Requests are shown by the rows that build them.
 #include <gtest/gtest.h>
 
-#include "base/spelling.h"
-#include "frame_samples.h"
-#include "frames/arguments.h"
-#include "frames/decode.h"
-#include "request_samples.h"
-#include "session/session.h"
+#include "tests/unit/qorextctl/frame_samples.h"
+#include "tests/unit/qorextctl/request_samples.h"
+#include "tools/qorextctl/base/spelling.h"
+#include "tools/qorextctl/frames/arguments.h"
+#include "tools/qorextctl/frames/decode.h"
+#include "tools/qorextctl/session/session.h"
 
 namespace qorextctl {
 namespace {

@@ -1,7 +1,7 @@
-#include "session/exchange.h"
+#include "tools/qorextctl/session/exchange.h"
 
-#include "fake_setup.h"
-#include "frames/arguments.h"
+#include "tests/unit/qorextctl/fake_setup.h"
+#include "tools/qorextctl/frames/arguments.h"
 
 namespace qorextctl {
 namespace {

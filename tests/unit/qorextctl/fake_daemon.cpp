@@ -6,7 +6,7 @@
 #include <cstring>
 #include <iterator>
 
-#include "frame_samples.h"
+#include "tests/unit/qorextctl/frame_samples.h"
 
 namespace {
 

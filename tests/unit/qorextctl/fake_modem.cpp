@@ -1,4 +1,4 @@
-#include "fake_modem.h"
+#include "tests/unit/qorextctl/fake_modem.h"
 
 #include <gtest/gtest.h>
 #include <sys/socket.h>

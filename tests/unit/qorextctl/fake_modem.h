@@ -4,7 +4,7 @@
 #include <string>
 #include <thread>
 
-#include "base/fd.h"
+#include "tools/qorextctl/base/fd.h"
 
 namespace qorextctl {
 

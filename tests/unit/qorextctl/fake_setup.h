@@ -6,8 +6,8 @@
 #include <cstdlib>
 #include <sstream>
 
-#include "daemon/daemon.h"
-#include "output/output.h"
+#include "tools/qorextctl/daemon/daemon.h"
+#include "tools/qorextctl/output/output.h"
 
 namespace qorextctl {
 

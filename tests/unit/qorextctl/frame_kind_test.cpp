@@ -1,10 +1,10 @@
 // Frames that say themselves what they are.
-#include "frames/frame_kind.h"
+#include "tools/qorextctl/frames/frame_kind.h"
 
 #include <gtest/gtest.h>
 
-#include "frame_samples.h"
-#include "request_samples.h"
+#include "tests/unit/qorextctl/frame_samples.h"
+#include "tests/unit/qorextctl/request_samples.h"
 
 namespace qorextctl {
 namespace {

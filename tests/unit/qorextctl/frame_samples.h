@@ -1,7 +1,7 @@
 // Frames as the daemon writes them, for the tests of their decoders.
 #pragma once
 
-#include "base/bytes.h"
+#include "tools/qorextctl/base/bytes.h"
 
 namespace qorextctl {
 

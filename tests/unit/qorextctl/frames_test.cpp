@@ -1,10 +1,10 @@
-#include "frames/frames.h"
+#include "tools/qorextctl/frames/frames.h"
 
 #include <gtest/gtest.h>
 
 #include <chrono>
 
-#include "frames/expected_reply.h"
+#include "tools/qorextctl/frames/expected_reply.h"
 
 namespace qorextctl {
 namespace {

@@ -1,4 +1,4 @@
-#include "shell/history_file.h"
+#include "tools/qorextctl/shell/history_file.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -9,7 +9,7 @@
 #include <filesystem>
 #include <fstream>
 
-#include "shell/private_line.h"
+#include "tools/qorextctl/shell/private_line.h"
 
 namespace qorextctl {
 namespace {

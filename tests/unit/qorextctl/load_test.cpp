@@ -1,4 +1,4 @@
-#include "load/load.h"
+#include "tools/qorextctl/load/load.h"
 
 #include <gmock/gmock.h>
 #include <unistd.h>
@@ -7,9 +7,9 @@
 #include <filesystem>
 #include <fstream>
 
-#include "fake_setup.h"
-#include "load/load_report.h"
-#include "load/progress.h"
+#include "tests/unit/qorextctl/fake_setup.h"
+#include "tools/qorextctl/load/load_report.h"
+#include "tools/qorextctl/load/progress.h"
 
 namespace qorextctl {
 namespace {

@@ -1,12 +1,12 @@
 // The daemon's log lines, and what they hold.
-#include "log/log_reader.h"
+#include "tools/qorextctl/log/log_reader.h"
 
 #include <gtest/gtest.h>
 
-#include "frame_samples.h"
-#include "frames/item_text.h"
-#include "frames/personal.h"
-#include "log/log_line.h"
+#include "tests/unit/qorextctl/frame_samples.h"
+#include "tools/qorextctl/frames/item_text.h"
+#include "tools/qorextctl/frames/personal.h"
+#include "tools/qorextctl/log/log_line.h"
 
 namespace qorextctl {
 namespace {

@@ -1,4 +1,4 @@
-#include "modem/modem_control.h"
+#include "tools/qorextctl/modem/modem_control.h"
 
 #include <gtest/gtest.h>
 #include <sys/socket.h>
@@ -7,8 +7,8 @@
 
 #include <cstring>
 
-#include "fake_modem.h"
-#include "modem/modem_wait.h"
+#include "tests/unit/qorextctl/fake_modem.h"
+#include "tools/qorextctl/modem/modem_wait.h"
 
 namespace qorextctl {
 namespace {

@@ -1,7 +1,7 @@
 #include <gtest/gtest.h>
 
-#include "modem/modem_control.h"
-#include "session/session.h"
+#include "tools/qorextctl/modem/modem_control.h"
+#include "tools/qorextctl/session/session.h"
 
 namespace qorextctl {
 namespace {

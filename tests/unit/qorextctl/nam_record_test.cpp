@@ -1,4 +1,4 @@
-#include "catalogue/nam_record.h"
+#include "tools/qorextctl/catalogue/nam_record.h"
 
 #include <gtest/gtest.h>
 
@@ -8,8 +8,8 @@
 #include <filesystem>
 #include <fstream>
 
-#include "frames/arguments.h"
-#include "frames/item_text.h"
+#include "tools/qorextctl/frames/arguments.h"
+#include "tools/qorextctl/frames/item_text.h"
 
 namespace qorextctl {
 namespace {

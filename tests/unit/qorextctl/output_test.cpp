@@ -1,5 +1,5 @@
 // What people and scripts see, to the letter.
-#include "output/output.h"
+#include "tools/qorextctl/output/output.h"
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
@@ -8,9 +8,9 @@
 #include <cstdlib>
 #include <sstream>
 
-#include "base/fd.h"
-#include "frame_samples.h"
-#include "frames/frames.h"
+#include "tests/unit/qorextctl/frame_samples.h"
+#include "tools/qorextctl/base/fd.h"
+#include "tools/qorextctl/frames/frames.h"
 
 namespace qorextctl {
 namespace {

@@ -1,13 +1,13 @@
 // What must not be seen in what is kept and passed on.
-#include "frames/personal.h"
+#include "tools/qorextctl/frames/personal.h"
 
 #include <gtest/gtest.h>
 
-#include "frame_samples.h"
-#include "frames/arguments.h"
-#include "frames/frame_kind.h"
-#include "frames/item_text.h"
-#include "session/session.h"
+#include "tests/unit/qorextctl/frame_samples.h"
+#include "tools/qorextctl/frames/arguments.h"
+#include "tools/qorextctl/frames/frame_kind.h"
+#include "tools/qorextctl/frames/item_text.h"
+#include "tools/qorextctl/session/session.h"
 
 namespace qorextctl {
 namespace {

@@ -5,10 +5,10 @@
 #include <fstream>
 #include <iterator>
 
-#include "frames/item_text.h"
-#include "output/output.h"
-#include "phone/phone_files.h"
-#include "phone/phone_report.h"
+#include "tools/qorextctl/frames/item_text.h"
+#include "tools/qorextctl/output/output.h"
+#include "tools/qorextctl/phone/phone_files.h"
+#include "tools/qorextctl/phone/phone_report.h"
 
 namespace qorextctl {
 namespace {

@@ -1,11 +1,11 @@
-#include "daemon/process.h"
+#include "tools/qorextctl/daemon/process.h"
 
 #include <gtest/gtest.h>
 #include <unistd.h>
 
 #include <csignal>
 
-#include "daemon/log_capture.h"
+#include "tools/qorextctl/daemon/log_capture.h"
 
 namespace qorextctl {
 namespace {

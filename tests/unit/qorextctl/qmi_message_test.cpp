@@ -1,9 +1,9 @@
-#include "recording/qmi_message.h"
+#include "tools/qorextctl/recording/qmi_message.h"
 
 #include <gtest/gtest.h>
 
-#include "frames/personal.h"
-#include "qmi_samples.h"
+#include "tests/unit/qorextctl/qmi_samples.h"
+#include "tools/qorextctl/frames/personal.h"
 
 namespace qorextctl {
 namespace {

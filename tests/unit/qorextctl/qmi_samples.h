@@ -1,7 +1,7 @@
 // QMI messages as they go between the daemon and the modem.
 #pragma once
 
-#include "frame_samples.h"
+#include "tests/unit/qorextctl/frame_samples.h"
 
 namespace qorextctl {
 

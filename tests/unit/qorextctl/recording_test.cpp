@@ -1,4 +1,4 @@
-#include "recording/recording.h"
+#include "tools/qorextctl/recording/recording.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -8,7 +8,7 @@
 #include <fstream>
 #include <sstream>
 
-#include "qmi_samples.h"
+#include "tests/unit/qorextctl/qmi_samples.h"
 
 namespace qorextctl {
 namespace {

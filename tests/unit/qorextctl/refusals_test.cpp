@@ -1,8 +1,8 @@
 // Every way in which a command can be wrong, with the line that says so.
 #include <gtest/gtest.h>
 
-#include "frames/arguments.h"
-#include "session/session.h"
+#include "tools/qorextctl/frames/arguments.h"
+#include "tools/qorextctl/session/session.h"
 
 namespace qorextctl {
 namespace {

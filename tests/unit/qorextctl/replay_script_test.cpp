@@ -1,8 +1,8 @@
-#include "replay/replay_script.h"
+#include "tools/qorextctl/replay/replay_script.h"
 
 #include <gtest/gtest.h>
 
-#include "qmi_samples.h"
+#include "tests/unit/qorextctl/qmi_samples.h"
 
 namespace qorextctl {
 namespace {

@@ -1,10 +1,10 @@
 // Every reply decoder with hand-made frames, also with frames that lie.
 #include <gtest/gtest.h>
 
-#include "frame_samples.h"
-#include "frames/decode.h"
-#include "frames/frames.h"
-#include "frames/item_text.h"
+#include "tests/unit/qorextctl/frame_samples.h"
+#include "tools/qorextctl/frames/decode.h"
+#include "tools/qorextctl/frames/frames.h"
+#include "tools/qorextctl/frames/item_text.h"
 
 namespace qorextctl {
 namespace {

@@ -3,9 +3,9 @@
 
 #include <set>
 
-#include "frames/arguments.h"
-#include "request_samples.h"
-#include "session/session.h"
+#include "tests/unit/qorextctl/request_samples.h"
+#include "tools/qorextctl/frames/arguments.h"
+#include "tools/qorextctl/session/session.h"
 
 namespace qorextctl {
 namespace {

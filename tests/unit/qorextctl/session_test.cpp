@@ -1,12 +1,12 @@
-#include "session/session.h"
+#include "tools/qorextctl/session/session.h"
 
 #include <unistd.h>
 
 #include <filesystem>
 #include <fstream>
 
-#include "fake_modem.h"
-#include "fake_setup.h"
+#include "tests/unit/qorextctl/fake_modem.h"
+#include "tests/unit/qorextctl/fake_setup.h"
 
 namespace qorextctl {
 namespace {

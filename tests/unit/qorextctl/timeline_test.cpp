@@ -1,11 +1,11 @@
-#include "trace/timeline.h"
+#include "tools/qorextctl/trace/timeline.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <map>
 
-#include "trace/trace_tracks.h"
+#include "tools/qorextctl/trace/trace_tracks.h"
 
 namespace qorextctl {
 namespace {

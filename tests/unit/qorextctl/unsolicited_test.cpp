@@ -1,9 +1,9 @@
 // Every unsolicited frame with hand-made bytes, also with frames that lie.
 #include <gtest/gtest.h>
 
-#include "frame_samples.h"
-#include "frames/decode.h"
-#include "frames/item_text.h"
+#include "tests/unit/qorextctl/frame_samples.h"
+#include "tools/qorextctl/frames/decode.h"
+#include "tools/qorextctl/frames/item_text.h"
 
 namespace qorextctl {
 namespace {

@@ -1,4 +1,4 @@
-#include "base/bytes.h"
+#include "tools/qorextctl/base/bytes.h"
 
 #include <fmt/format.h>
 

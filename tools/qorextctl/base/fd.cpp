@@ -1,4 +1,4 @@
-#include "base/fd.h"
+#include "tools/qorextctl/base/fd.h"
 
 #include <fcntl.h>
 #include <sys/socket.h>

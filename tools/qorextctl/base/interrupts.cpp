@@ -1,4 +1,4 @@
-#include "base/interrupts.h"
+#include "tools/qorextctl/base/interrupts.h"
 
 #include <sys/signalfd.h>
 #include <unistd.h>

@@ -1,4 +1,4 @@
-#include "base/lines.h"
+#include "tools/qorextctl/base/lines.h"
 
 #include <streambuf>
 

@@ -1,4 +1,4 @@
-#include "base/private_file.h"
+#include "tools/qorextctl/base/private_file.h"
 
 #include <fcntl.h>
 #include <sys/stat.h>

@@ -3,7 +3,7 @@
 
 #include <string>
 
-#include "base/fd.h"
+#include "tools/qorextctl/base/fd.h"
 
 namespace qorextctl {
 

@@ -1,4 +1,4 @@
-#include "base/spelling.h"
+#include "tools/qorextctl/base/spelling.h"
 
 #include <algorithm>
 #include <numeric>

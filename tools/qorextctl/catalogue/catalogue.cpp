@@ -1,6 +1,6 @@
 #include <vector>
 
-#include "catalogue/request.h"
+#include "tools/qorextctl/catalogue/request.h"
 
 namespace qorextctl {
 

@@ -1,4 +1,4 @@
-#include "catalogue/nam_record.h"
+#include "tools/qorextctl/catalogue/nam_record.h"
 
 #include <fmt/format.h>
 
@@ -6,9 +6,9 @@
 #include <iostream>
 #include <nlohmann/json.hpp>
 
-#include "base/lines.h"
-#include "base/spelling.h"
-#include "qmi_json/foreign_json.h"
+#include "platform/linux/qmi_json/foreign_json.h"
+#include "tools/qorextctl/base/lines.h"
+#include "tools/qorextctl/base/spelling.h"
 
 namespace qorextctl {
 

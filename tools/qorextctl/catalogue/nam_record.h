@@ -5,7 +5,7 @@
 #include <map>
 #include <string>
 
-#include "base/result.h"
+#include "tools/qorextctl/base/result.h"
 
 namespace qorextctl {
 

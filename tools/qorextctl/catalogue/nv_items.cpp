@@ -1,4 +1,4 @@
-#include "catalogue/nv_items.h"
+#include "tools/qorextctl/catalogue/nv_items.h"
 
 #include <algorithm>
 

@@ -3,7 +3,7 @@
 
 #include <cstdint>
 
-#include "catalogue/request.h"
+#include "tools/qorextctl/catalogue/request.h"
 
 namespace qorextctl {
 

@@ -6,7 +6,7 @@
 #include <span>
 #include <string_view>
 
-#include "catalogue/field.h"
+#include "tools/qorextctl/catalogue/field.h"
 
 namespace qorextctl {
 

@@ -1,5 +1,5 @@
 // The carrier's provisioning requests.
-#include "catalogue/request.h"
+#include "tools/qorextctl/catalogue/request.h"
 
 namespace qorextctl {
 

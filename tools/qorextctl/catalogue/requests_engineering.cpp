@@ -1,5 +1,5 @@
 // The modem's live engineering data of the CDMA 1x and EVDO links.
-#include "catalogue/request.h"
+#include "tools/qorextctl/catalogue/request.h"
 
 namespace qorextctl {
 

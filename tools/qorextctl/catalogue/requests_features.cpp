@@ -1,5 +1,5 @@
 // The modem's features: most are generic requests, the PFP table and the utility message are not.
-#include "catalogue/request.h"
+#include "tools/qorextctl/catalogue/request.h"
 
 namespace qorextctl {
 

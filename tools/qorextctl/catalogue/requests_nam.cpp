@@ -1,5 +1,5 @@
 // The number assignment module: numbers and identities of the CDMA subscription.
-#include "catalogue/request.h"
+#include "tools/qorextctl/catalogue/request.h"
 
 namespace qorextctl {
 

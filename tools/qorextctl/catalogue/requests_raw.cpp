@@ -1,6 +1,6 @@
 // Requests by number, for ids that have no row of their own and for payloads that no row allows.
 // What their bytes hold is not known, so they count as personal.
-#include "catalogue/request.h"
+#include "tools/qorextctl/catalogue/request.h"
 
 namespace qorextctl {
 

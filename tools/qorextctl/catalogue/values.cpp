@@ -1,4 +1,4 @@
-#include "catalogue/values.h"
+#include "tools/qorextctl/catalogue/values.h"
 
 #include <fmt/format.h>
 

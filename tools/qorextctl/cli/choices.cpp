@@ -1,8 +1,8 @@
-#include "cli/choices.h"
+#include "tools/qorextctl/cli/choices.h"
 
 #include <map>
 
-#include "cli/command_app.h"
+#include "tools/qorextctl/cli/command_app.h"
 
 namespace qorextctl {
 

@@ -4,7 +4,7 @@
 #include <string>
 #include <vector>
 
-#include "options/options.h"
+#include "tools/qorextctl/options/options.h"
 
 namespace qorextctl {
 

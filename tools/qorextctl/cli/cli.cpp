@@ -1,14 +1,14 @@
-#include "cli/cli.h"
+#include "tools/qorextctl/cli/cli.h"
 
 #include <CLI/CLI.hpp>
 #include <algorithm>
 #include <sstream>
 
-#include "cli/choices.h"
-#include "cli/command_app.h"
-#include "cli/help_text.h"
-#include "cli/verbs.h"
-#include "command_line.h"
+#include "common/completion/command_line.h"
+#include "tools/qorextctl/cli/choices.h"
+#include "tools/qorextctl/cli/command_app.h"
+#include "tools/qorextctl/cli/help_text.h"
+#include "tools/qorextctl/cli/verbs.h"
 
 namespace qorextctl {
 

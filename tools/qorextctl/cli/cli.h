@@ -4,8 +4,8 @@
 #include <string>
 #include <vector>
 
-#include "base/result.h"
-#include "options/options.h"
+#include "tools/qorextctl/base/result.h"
+#include "tools/qorextctl/options/options.h"
 
 namespace qorextctl {
 

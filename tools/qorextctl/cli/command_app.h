@@ -3,7 +3,7 @@
 
 #include <string>
 
-#include "options/options.h"
+#include "tools/qorextctl/options/options.h"
 
 namespace CLI {
 class App;

@@ -1,10 +1,10 @@
 #include <CLI/CLI.hpp>
 
-#include "cli/choices.h"
-#include "cli/cli.h"
-#include "cli/command_app.h"
-#include "command_line.h"
-#include "session/completion.h"
+#include "common/completion/command_line.h"
+#include "tools/qorextctl/cli/choices.h"
+#include "tools/qorextctl/cli/cli.h"
+#include "tools/qorextctl/cli/command_app.h"
+#include "tools/qorextctl/session/completion.h"
 
 namespace qorextctl {
 

@@ -1,12 +1,12 @@
-#include "cli/verbs.h"
+#include "tools/qorextctl/cli/verbs.h"
 
 #include <CLI/CLI.hpp>
 
-#include "cli/choices.h"
-#include "cli/help_text.h"
-#include "modem/modem_control.h"
-#include "modem/modem_options.h"
-#include "session/help_topics.h"
+#include "tools/qorextctl/cli/choices.h"
+#include "tools/qorextctl/cli/help_text.h"
+#include "tools/qorextctl/modem/modem_control.h"
+#include "tools/qorextctl/modem/modem_options.h"
+#include "tools/qorextctl/session/help_topics.h"
 
 namespace qorextctl {
 

@@ -1,7 +1,7 @@
 // The commands of the command line, each with its options.
 #pragma once
 
-#include "options/options.h"
+#include "tools/qorextctl/options/options.h"
 
 namespace CLI {
 class App;

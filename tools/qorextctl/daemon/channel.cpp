@@ -1,4 +1,4 @@
-#include "daemon/channel.h"
+#include "tools/qorextctl/daemon/channel.h"
 
 #include <poll.h>
 #include <unistd.h>

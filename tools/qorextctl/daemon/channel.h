@@ -4,10 +4,10 @@
 #include <optional>
 #include <variant>
 
-#include "base/bytes.h"
-#include "base/deadline.h"
-#include "base/fd.h"
-#include "frames/frames.h"
+#include "tools/qorextctl/base/bytes.h"
+#include "tools/qorextctl/base/deadline.h"
+#include "tools/qorextctl/base/fd.h"
+#include "tools/qorextctl/frames/frames.h"
 
 namespace qorextctl {
 

@@ -1,4 +1,4 @@
-#include "daemon/daemon.h"
+#include "tools/qorextctl/daemon/daemon.h"
 
 #include <fmt/format.h>
 #include <poll.h>

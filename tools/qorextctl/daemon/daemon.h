@@ -4,9 +4,9 @@
 #include <memory>
 #include <string>
 
-#include "daemon/channel.h"
-#include "daemon/log_capture.h"
-#include "daemon/process.h"
+#include "tools/qorextctl/daemon/channel.h"
+#include "tools/qorextctl/daemon/log_capture.h"
+#include "tools/qorextctl/daemon/process.h"
 
 namespace qorextctl {
 

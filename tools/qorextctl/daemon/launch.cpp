@@ -1,4 +1,4 @@
-#include "daemon/launch.h"
+#include "tools/qorextctl/daemon/launch.h"
 
 namespace qorextctl {
 

@@ -1,8 +1,8 @@
 // The daemon beside a modem and a phone.
 #pragma once
 
-#include "daemon/daemon.h"
-#include "daemon/private_setup.h"
+#include "tools/qorextctl/daemon/daemon.h"
+#include "tools/qorextctl/daemon/private_setup.h"
 
 namespace qorextctl {
 

@@ -1,4 +1,4 @@
-#include "daemon/log_capture.h"
+#include "tools/qorextctl/daemon/log_capture.h"
 
 #include <sys/socket.h>
 #include <unistd.h>

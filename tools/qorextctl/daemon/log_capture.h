@@ -15,8 +15,8 @@
 #include <thread>
 #include <vector>
 
-#include "base/deadline.h"
-#include "base/fd.h"
+#include "tools/qorextctl/base/deadline.h"
+#include "tools/qorextctl/base/fd.h"
 
 namespace qorextctl {
 

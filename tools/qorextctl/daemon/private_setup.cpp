@@ -1,4 +1,4 @@
-#include "daemon/private_setup.h"
+#include "tools/qorextctl/daemon/private_setup.h"
 
 #include <fmt/format.h>
 #include <poll.h>
@@ -9,7 +9,7 @@
 #include <cstring>
 #include <filesystem>
 
-#include "phone/phone_files.h"
+#include "tools/qorextctl/phone/phone_files.h"
 
 namespace qorextctl {
 

@@ -6,8 +6,8 @@
 #include <optional>
 #include <string>
 
-#include "daemon/log_capture.h"
-#include "daemon/process.h"
+#include "tools/qorextctl/daemon/log_capture.h"
+#include "tools/qorextctl/daemon/process.h"
 
 namespace qorextctl {
 

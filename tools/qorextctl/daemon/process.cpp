@@ -1,4 +1,4 @@
-#include "daemon/process.h"
+#include "tools/qorextctl/daemon/process.h"
 
 #include <fcntl.h>
 #include <fmt/format.h>

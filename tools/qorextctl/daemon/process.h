@@ -8,9 +8,9 @@
 #include <utility>
 #include <vector>
 
-#include "base/deadline.h"
-#include "base/fd.h"
-#include "base/result.h"
+#include "tools/qorextctl/base/deadline.h"
+#include "tools/qorextctl/base/fd.h"
+#include "tools/qorextctl/base/result.h"
 
 namespace qorextctl {
 

@@ -1,15 +1,15 @@
-#include "frames/arguments.h"
+#include "tools/qorextctl/frames/arguments.h"
 
 #include <fmt/format.h>
 
 #include <algorithm>
 #include <map>
 
-#include "base/spelling.h"
-#include "catalogue/nam_record.h"
-#include "catalogue/values.h"
-#include "frames/frames.h"
-#include "frames/personal.h"
+#include "tools/qorextctl/base/spelling.h"
+#include "tools/qorextctl/catalogue/nam_record.h"
+#include "tools/qorextctl/catalogue/values.h"
+#include "tools/qorextctl/frames/frames.h"
+#include "tools/qorextctl/frames/personal.h"
 
 namespace qorextctl {
 

@@ -4,9 +4,9 @@
 #include <span>
 #include <string>
 
-#include "base/bytes.h"
-#include "base/result.h"
-#include "catalogue/request.h"
+#include "tools/qorextctl/base/bytes.h"
+#include "tools/qorextctl/base/result.h"
+#include "tools/qorextctl/catalogue/request.h"
 
 namespace qorextctl {
 

@@ -1,11 +1,11 @@
-#include "frames/decode.h"
+#include "tools/qorextctl/frames/decode.h"
 
 #include <arpa/inet.h>
 #include <fmt/format.h>
 
 #include <algorithm>
 
-#include "catalogue/nv_items.h"
+#include "tools/qorextctl/catalogue/nv_items.h"
 
 namespace qorextctl {
 

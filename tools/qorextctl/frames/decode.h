@@ -6,8 +6,8 @@
 #include <string>
 #include <vector>
 
-#include "base/bytes.h"
-#include "catalogue/request.h"
+#include "tools/qorextctl/base/bytes.h"
+#include "tools/qorextctl/catalogue/request.h"
 
 namespace qorextctl {
 

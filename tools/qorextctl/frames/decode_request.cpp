@@ -3,9 +3,9 @@
 #include <algorithm>
 #include <limits>
 
-#include "frames/decode.h"
-#include "frames/frames.h"
-#include "frames/personal.h"
+#include "tools/qorextctl/frames/decode.h"
+#include "tools/qorextctl/frames/frames.h"
+#include "tools/qorextctl/frames/personal.h"
 
 namespace qorextctl {
 

@@ -1,4 +1,4 @@
-#include "frames/expected_reply.h"
+#include "tools/qorextctl/frames/expected_reply.h"
 
 namespace qorextctl {
 

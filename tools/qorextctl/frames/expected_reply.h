@@ -1,8 +1,8 @@
 // Which reply belongs to a request.
 #pragma once
 
-#include "catalogue/request.h"
-#include "frames/frames.h"
+#include "tools/qorextctl/catalogue/request.h"
+#include "tools/qorextctl/frames/frames.h"
 
 namespace qorextctl {
 

@@ -1,4 +1,4 @@
-#include "frames/field_text.h"
+#include "tools/qorextctl/frames/field_text.h"
 
 #include <fmt/format.h>
 

@@ -1,6 +1,6 @@
-#include "frames/frame_kind.h"
+#include "tools/qorextctl/frames/frame_kind.h"
 
-#include "frames/frames.h"
+#include "tools/qorextctl/frames/frames.h"
 
 namespace qorextctl {
 

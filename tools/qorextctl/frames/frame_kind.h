@@ -1,7 +1,7 @@
 // Frames of which nobody says what they are.
 #pragma once
 
-#include "frames/decode.h"
+#include "tools/qorextctl/frames/decode.h"
 
 namespace qorextctl {
 

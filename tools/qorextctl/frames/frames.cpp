@@ -1,4 +1,4 @@
-#include "frames/frames.h"
+#include "tools/qorextctl/frames/frames.h"
 
 #include <algorithm>
 

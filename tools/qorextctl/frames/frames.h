@@ -5,8 +5,8 @@
 #include <array>
 #include <optional>
 
-#include "base/bytes.h"
-#include "catalogue/request.h"
+#include "tools/qorextctl/base/bytes.h"
+#include "tools/qorextctl/catalogue/request.h"
 
 namespace qorextctl {
 

@@ -1,11 +1,11 @@
-#include "frames/item_text.h"
+#include "tools/qorextctl/frames/item_text.h"
 
 #include <fmt/format.h>
 
 #include <algorithm>
 
-#include "base/spelling.h"
-#include "frames/personal.h"
+#include "tools/qorextctl/base/spelling.h"
+#include "tools/qorextctl/frames/personal.h"
 
 namespace qorextctl {
 

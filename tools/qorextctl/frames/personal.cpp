@@ -1,8 +1,8 @@
-#include "frames/personal.h"
+#include "tools/qorextctl/frames/personal.h"
 
 #include <algorithm>
 
-#include "frames/frames.h"
+#include "tools/qorextctl/frames/frames.h"
 
 namespace qorextctl {
 

@@ -1,8 +1,8 @@
 #include <fmt/format.h>
 
-#include "frames/decode.h"
-#include "frames/frames.h"
-#include "frames/personal.h"
+#include "tools/qorextctl/frames/decode.h"
+#include "tools/qorextctl/frames/frames.h"
+#include "tools/qorextctl/frames/personal.h"
 
 namespace qorextctl {
 

@@ -1,7 +1,7 @@
 // The messages that come unsolicited: one row a message.
 #pragma once
 
-#include "catalogue/request.h"
+#include "tools/qorextctl/catalogue/request.h"
 
 namespace qorextctl {
 

@@ -1,13 +1,13 @@
-#include "load/load.h"
+#include "tools/qorextctl/load/load.h"
 
 #include <fmt/format.h>
 #include <unistd.h>
 
 #include <thread>
 
-#include "frames/arguments.h"
-#include "load/load_report.h"
-#include "load/progress.h"
+#include "tools/qorextctl/frames/arguments.h"
+#include "tools/qorextctl/load/load_report.h"
+#include "tools/qorextctl/load/progress.h"
 
 namespace qorextctl {
 

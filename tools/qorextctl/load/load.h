@@ -1,9 +1,9 @@
 // Many requests at a given rate.
 #pragma once
 
-#include "load/load_mix.h"
-#include "options/load_options.h"
-#include "session/session.h"
+#include "tools/qorextctl/load/load_mix.h"
+#include "tools/qorextctl/options/load_options.h"
+#include "tools/qorextctl/session/session.h"
 
 namespace qorextctl {
 

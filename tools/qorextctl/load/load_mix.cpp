@@ -1,15 +1,15 @@
-#include "load/load_mix.h"
+#include "tools/qorextctl/load/load_mix.h"
 
 #include <fmt/format.h>
 
 #include <fstream>
 #include <sstream>
 
-#include "base/lines.h"
-#include "catalogue/values.h"
-#include "frames/arguments.h"
-#include "session/completion.h"
-#include "session/line_words.h"
+#include "tools/qorextctl/base/lines.h"
+#include "tools/qorextctl/catalogue/values.h"
+#include "tools/qorextctl/frames/arguments.h"
+#include "tools/qorextctl/session/completion.h"
+#include "tools/qorextctl/session/line_words.h"
 
 namespace qorextctl {
 

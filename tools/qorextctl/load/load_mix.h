@@ -6,9 +6,9 @@
 #include <string>
 #include <vector>
 
-#include "base/bytes.h"
-#include "base/result.h"
-#include "catalogue/request.h"
+#include "tools/qorextctl/base/bytes.h"
+#include "tools/qorextctl/base/result.h"
+#include "tools/qorextctl/catalogue/request.h"
 
 namespace qorextctl {
 

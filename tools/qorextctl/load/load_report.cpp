@@ -1,4 +1,4 @@
-#include "load/load_report.h"
+#include "tools/qorextctl/load/load_report.h"
 
 #include <fmt/format.h>
 

@@ -1,9 +1,9 @@
-#include "load/progress.h"
+#include "tools/qorextctl/load/progress.h"
 
 #include <fmt/format.h>
 #include <unistd.h>
 
-#include "daemon/channel.h"
+#include "tools/qorextctl/daemon/channel.h"
 
 namespace qorextctl {
 

@@ -4,7 +4,7 @@
 #include <chrono>
 #include <string>
 
-#include "output/input_line.h"
+#include "tools/qorextctl/output/input_line.h"
 
 namespace qorextctl {
 

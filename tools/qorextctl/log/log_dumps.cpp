@@ -1,9 +1,9 @@
-#include "log/log_dumps.h"
+#include "tools/qorextctl/log/log_dumps.h"
 
 #include <fmt/format.h>
 
-#include "catalogue/nv_items.h"
-#include "frames/frame_kind.h"
+#include "tools/qorextctl/catalogue/nv_items.h"
+#include "tools/qorextctl/frames/frame_kind.h"
 
 namespace qorextctl {
 

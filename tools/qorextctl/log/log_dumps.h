@@ -1,7 +1,7 @@
 // What the bytes in the daemon's log are.
 #pragma once
 
-#include "frames/decode.h"
+#include "tools/qorextctl/frames/decode.h"
 
 namespace qorextctl {
 

@@ -1,4 +1,4 @@
-#include "log/log_line.h"
+#include "tools/qorextctl/log/log_line.h"
 
 #include <regex>
 #include <string>

@@ -1,11 +1,11 @@
-#include "log/log_reader.h"
+#include "tools/qorextctl/log/log_reader.h"
 
 #include <array>
 #include <charconv>
 
-#include "catalogue/nv_items.h"
-#include "frames/personal.h"
-#include "log/log_line.h"
+#include "tools/qorextctl/catalogue/nv_items.h"
+#include "tools/qorextctl/frames/personal.h"
+#include "tools/qorextctl/log/log_line.h"
 
 namespace qorextctl {
 

@@ -5,7 +5,7 @@
 #include <map>
 #include <string_view>
 
-#include "log/log_dumps.h"
+#include "tools/qorextctl/log/log_dumps.h"
 
 namespace qorextctl {
 

@@ -1,7 +1,7 @@
-#include "modem/ask_modem.h"
+#include "tools/qorextctl/modem/ask_modem.h"
 
-#include "modem/modem_control.h"
-#include "modem/modem_wait.h"
+#include "tools/qorextctl/modem/modem_control.h"
+#include "tools/qorextctl/modem/modem_wait.h"
 
 namespace qorextctl {
 

@@ -4,8 +4,8 @@
 #include <span>
 #include <string>
 
-#include "base/result.h"
-#include "output/output.h"
+#include "tools/qorextctl/base/result.h"
+#include "tools/qorextctl/output/output.h"
 
 namespace qorextctl {
 

@@ -1,4 +1,4 @@
-#include "modem/modem_control.h"
+#include "tools/qorextctl/modem/modem_control.h"
 
 #include <fmt/format.h>
 #include <poll.h>
@@ -8,7 +8,7 @@
 #include <cerrno>
 #include <cstring>
 
-#include "qmi_json/foreign_json.h"
+#include "platform/linux/qmi_json/foreign_json.h"
 
 namespace qorextctl {
 

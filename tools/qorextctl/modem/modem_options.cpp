@@ -1,4 +1,4 @@
-#include "modem/modem_options.h"
+#include "tools/qorextctl/modem/modem_options.h"
 
 #include <fmt/format.h>
 
@@ -7,8 +7,8 @@
 #include <filesystem>
 #include <iterator>
 
-#include "base/spelling.h"
-#include "catalogue/values.h"
+#include "tools/qorextctl/base/spelling.h"
+#include "tools/qorextctl/catalogue/values.h"
 
 namespace qorextctl {
 

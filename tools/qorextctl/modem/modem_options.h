@@ -5,8 +5,8 @@
 #include <string>
 #include <vector>
 
-#include "base/result.h"
-#include "frames/decode.h"
+#include "tools/qorextctl/base/result.h"
+#include "tools/qorextctl/frames/decode.h"
 
 namespace qorextctl {
 

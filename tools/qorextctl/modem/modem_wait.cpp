@@ -1,4 +1,4 @@
-#include "modem/modem_wait.h"
+#include "tools/qorextctl/modem/modem_wait.h"
 
 #include <fmt/format.h>
 

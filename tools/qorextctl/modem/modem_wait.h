@@ -1,7 +1,7 @@
 // Commands to the modem whose end comes later than their answer.
 #pragma once
 
-#include "modem/modem_control.h"
+#include "tools/qorextctl/modem/modem_control.h"
 
 namespace qorextctl {
 

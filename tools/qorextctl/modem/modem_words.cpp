@@ -3,11 +3,11 @@
 #include <algorithm>
 #include <iterator>
 
-#include "base/spelling.h"
-#include "catalogue/values.h"
-#include "modem/modem_control.h"
-#include "modem/modem_options.h"
-#include "qmi_json/foreign_json.h"
+#include "platform/linux/qmi_json/foreign_json.h"
+#include "tools/qorextctl/base/spelling.h"
+#include "tools/qorextctl/catalogue/values.h"
+#include "tools/qorextctl/modem/modem_control.h"
+#include "tools/qorextctl/modem/modem_options.h"
 
 namespace qorextctl {
 

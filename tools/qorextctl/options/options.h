@@ -4,11 +4,11 @@
 #include <string>
 #include <vector>
 
-#include "base/deadline.h"
-#include "daemon/private_setup.h"
-#include "options/load_options.h"
-#include "output/colour.h"
-#include "phone/phone_files.h"
+#include "tools/qorextctl/base/deadline.h"
+#include "tools/qorextctl/daemon/private_setup.h"
+#include "tools/qorextctl/options/load_options.h"
+#include "tools/qorextctl/output/colour.h"
+#include "tools/qorextctl/phone/phone_files.h"
 
 namespace qorextctl {
 

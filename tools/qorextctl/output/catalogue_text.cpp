@@ -1,12 +1,12 @@
-#include "output/catalogue_text.h"
+#include "tools/qorextctl/output/catalogue_text.h"
 
 #include <fmt/format.h>
 
 #include <algorithm>
 
-#include "base/spelling.h"
-#include "catalogue/values.h"
-#include "frames/field_text.h"
+#include "tools/qorextctl/base/spelling.h"
+#include "tools/qorextctl/catalogue/values.h"
+#include "tools/qorextctl/frames/field_text.h"
 
 namespace qorextctl {
 

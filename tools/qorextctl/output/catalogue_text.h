@@ -4,8 +4,8 @@
 #include <string>
 #include <vector>
 
-#include "catalogue/request.h"
-#include "frames/decode.h"
+#include "tools/qorextctl/catalogue/request.h"
+#include "tools/qorextctl/frames/decode.h"
 
 namespace qorextctl {
 

@@ -1,4 +1,4 @@
-#include "output/colour.h"
+#include "tools/qorextctl/output/colour.h"
 
 #include <fmt/format.h>
 #include <unistd.h>

@@ -1,14 +1,14 @@
-#include "output/output.h"
+#include "tools/qorextctl/output/output.h"
 
 #include <fmt/format.h>
 
 #include <algorithm>
 #include <ostream>
 
-#include "base/spelling.h"
-#include "frames/item_text.h"
-#include "frames/personal.h"
-#include "output/catalogue_text.h"
+#include "tools/qorextctl/base/spelling.h"
+#include "tools/qorextctl/frames/item_text.h"
+#include "tools/qorextctl/frames/personal.h"
+#include "tools/qorextctl/output/catalogue_text.h"
 
 namespace qorextctl {
 

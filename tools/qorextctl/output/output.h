@@ -7,12 +7,12 @@
 #include <string>
 #include <vector>
 
-#include "base/result.h"
-#include "daemon/process.h"
-#include "frames/frame_kind.h"
-#include "log/log_reader.h"
-#include "output/colour.h"
-#include "output/input_line.h"
+#include "tools/qorextctl/base/result.h"
+#include "tools/qorextctl/daemon/process.h"
+#include "tools/qorextctl/frames/frame_kind.h"
+#include "tools/qorextctl/log/log_reader.h"
+#include "tools/qorextctl/output/colour.h"
+#include "tools/qorextctl/output/input_line.h"
 
 namespace qorextctl {
 

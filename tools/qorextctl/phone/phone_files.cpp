@@ -1,4 +1,4 @@
-#include "phone/phone_files.h"
+#include "tools/qorextctl/phone/phone_files.h"
 
 #include <fcntl.h>
 #include <fmt/format.h>
@@ -11,7 +11,7 @@
 #include <iterator>
 #include <random>
 
-#include "base/fd.h"
+#include "tools/qorextctl/base/fd.h"
 
 namespace qorextctl {
 

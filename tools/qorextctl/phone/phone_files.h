@@ -4,8 +4,8 @@
 #include <optional>
 #include <string>
 
-#include "base/bytes.h"
-#include "base/result.h"
+#include "tools/qorextctl/base/bytes.h"
+#include "tools/qorextctl/base/result.h"
 
 namespace qorextctl {
 

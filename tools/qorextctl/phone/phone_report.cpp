@@ -1,4 +1,4 @@
-#include "phone/phone_report.h"
+#include "tools/qorextctl/phone/phone_report.h"
 
 #include <fmt/chrono.h>
 #include <fmt/format.h>
@@ -9,7 +9,7 @@
 #include <fstream>
 #include <iterator>
 
-#include "phone/phone_files.h"
+#include "tools/qorextctl/phone/phone_files.h"
 
 namespace qorextctl {
 

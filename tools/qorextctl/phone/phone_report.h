@@ -3,7 +3,7 @@
 
 #include <string>
 
-#include "frames/decode.h"
+#include "tools/qorextctl/frames/decode.h"
 
 namespace qorextctl {
 

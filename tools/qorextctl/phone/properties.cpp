@@ -1,4 +1,4 @@
-#include "phone/properties.h"
+#include "tools/qorextctl/phone/properties.h"
 
 #include <fstream>
 #include <iterator>

@@ -1,4 +1,4 @@
-#include "recording/conversation.h"
+#include "tools/qorextctl/recording/conversation.h"
 
 namespace qorextctl {
 

@@ -4,8 +4,8 @@
 
 #include <optional>
 
-#include "frames/expected_reply.h"
-#include "frames/frame_kind.h"
+#include "tools/qorextctl/frames/expected_reply.h"
+#include "tools/qorextctl/frames/frame_kind.h"
 
 namespace qorextctl {
 

@@ -1,13 +1,13 @@
-#include "recording/qmi_message.h"
+#include "tools/qorextctl/recording/qmi_message.h"
 
 #include <fmt/format.h>
 
 #include <algorithm>
 
-#include "catalogue/nv_items.h"
-#include "frames/personal.h"
-#include "messages/request_log.h"
-#include "messages/services.h"
+#include "modem/messages/request_log.h"
+#include "modem/messages/services.h"
+#include "tools/qorextctl/catalogue/nv_items.h"
+#include "tools/qorextctl/frames/personal.h"
 
 namespace qorextctl {
 

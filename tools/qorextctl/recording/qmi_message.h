@@ -4,8 +4,8 @@
 #include <map>
 #include <set>
 
-#include "frames/decode.h"
-#include "qmi_idl/codec.h"
+#include "platform/linux/qmi_idl/codec.h"
+#include "tools/qorextctl/frames/decode.h"
 
 namespace qorextctl {
 

@@ -1,4 +1,4 @@
-#include "recording/recorder.h"
+#include "tools/qorextctl/recording/recorder.h"
 
 #include <fcntl.h>
 #include <fmt/chrono.h>
@@ -7,7 +7,7 @@
 #include <algorithm>
 #include <chrono>
 
-#include "base/private_file.h"
+#include "tools/qorextctl/base/private_file.h"
 
 namespace qorextctl {
 

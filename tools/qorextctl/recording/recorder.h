@@ -4,8 +4,8 @@
 #include <fstream>
 #include <mutex>
 
-#include "modem/modem_control.h"
-#include "recording/recording.h"
+#include "tools/qorextctl/modem/modem_control.h"
+#include "tools/qorextctl/recording/recording.h"
 
 namespace qorextctl {
 

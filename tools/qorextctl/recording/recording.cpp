@@ -1,12 +1,12 @@
-#include "recording/recording.h"
+#include "tools/qorextctl/recording/recording.h"
 
 #include <algorithm>
 #include <ostream>
 
-#include "frames/item_text.h"
-#include "frames/personal.h"
-#include "messages/request_log.h"
-#include "recording/recording_format.h"
+#include "modem/messages/request_log.h"
+#include "tools/qorextctl/frames/item_text.h"
+#include "tools/qorextctl/frames/personal.h"
+#include "tools/qorextctl/recording/recording_format.h"
 
 namespace qorextctl {
 

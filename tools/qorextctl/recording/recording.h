@@ -5,11 +5,11 @@
 #include <iosfwd>
 #include <variant>
 
-#include "base/result.h"
-#include "daemon/process.h"
-#include "log/log_reader.h"
-#include "recording/conversation.h"
-#include "recording/qmi_message.h"
+#include "tools/qorextctl/base/result.h"
+#include "tools/qorextctl/daemon/process.h"
+#include "tools/qorextctl/log/log_reader.h"
+#include "tools/qorextctl/recording/conversation.h"
+#include "tools/qorextctl/recording/qmi_message.h"
 
 namespace qorextctl {
 

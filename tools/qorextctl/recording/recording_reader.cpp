@@ -3,12 +3,12 @@
 #include <fstream>
 #include <stdexcept>
 
-#include "base/lines.h"
-#include "frames/personal.h"
-#include "messages/services.h"
-#include "qmi_json/foreign_json.h"
-#include "recording/recording.h"
-#include "recording/recording_format.h"
+#include "modem/messages/services.h"
+#include "platform/linux/qmi_json/foreign_json.h"
+#include "tools/qorextctl/base/lines.h"
+#include "tools/qorextctl/frames/personal.h"
+#include "tools/qorextctl/recording/recording.h"
+#include "tools/qorextctl/recording/recording_format.h"
 
 namespace qorextctl {
 

@@ -1,11 +1,11 @@
-#include "replay/compare.h"
+#include "tools/qorextctl/replay/compare.h"
 
 #include <fmt/format.h>
 
 #include <algorithm>
 
-#include "frames/item_text.h"
-#include "frames/personal.h"
+#include "tools/qorextctl/frames/item_text.h"
+#include "tools/qorextctl/frames/personal.h"
 
 namespace qorextctl {
 

@@ -4,8 +4,8 @@
 #include <string>
 #include <vector>
 
-#include "frames/decode.h"
-#include "recording/qmi_message.h"
+#include "tools/qorextctl/frames/decode.h"
+#include "tools/qorextctl/recording/qmi_message.h"
 
 namespace qorextctl {
 

@@ -1,8 +1,8 @@
-#include "replay/replay.h"
+#include "tools/qorextctl/replay/replay.h"
 
 #include <fmt/format.h>
 
-#include "replay/replay_player.h"
+#include "tools/qorextctl/replay/replay_player.h"
 
 namespace qorextctl {
 

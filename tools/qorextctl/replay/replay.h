@@ -1,8 +1,8 @@
 // A recording played back against the daemon.
 #pragma once
 
-#include "options/options.h"
-#include "output/output.h"
+#include "tools/qorextctl/options/options.h"
+#include "tools/qorextctl/output/output.h"
 
 namespace qorextctl {
 

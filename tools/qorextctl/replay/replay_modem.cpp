@@ -1,11 +1,11 @@
-#include "replay/replay_modem.h"
+#include "tools/qorextctl/replay/replay_modem.h"
 
 #include <fmt/format.h>
 
 #include <cerrno>
 #include <cstring>
 
-#include "messages/services.h"
+#include "modem/messages/services.h"
 
 namespace qorextctl {
 

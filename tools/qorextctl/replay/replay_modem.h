@@ -3,9 +3,9 @@
 
 #include <memory>
 
-#include "base/result.h"
-#include "qmi_transport/transport.h"
-#include "recording/qmi_message.h"
+#include "platform/linux/qmi_transport/transport.h"
+#include "tools/qorextctl/base/result.h"
+#include "tools/qorextctl/recording/qmi_message.h"
 
 namespace qorextctl {
 

@@ -1,8 +1,8 @@
-#include "replay/replay_player.h"
+#include "tools/qorextctl/replay/replay_player.h"
 
 #include <fmt/format.h>
 
-#include "messages/packet.h"
+#include "modem/messages/packet.h"
 
 namespace qorextctl {
 

@@ -4,10 +4,10 @@
 #include <map>
 #include <set>
 
-#include "recording/conversation.h"
-#include "replay/replay_report.h"
-#include "replay/replay_script.h"
-#include "replay/replay_stage.h"
+#include "tools/qorextctl/recording/conversation.h"
+#include "tools/qorextctl/replay/replay_report.h"
+#include "tools/qorextctl/replay/replay_script.h"
+#include "tools/qorextctl/replay/replay_stage.h"
 
 namespace qorextctl {
 

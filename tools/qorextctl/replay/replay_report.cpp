@@ -1,4 +1,4 @@
-#include "replay/replay_report.h"
+#include "tools/qorextctl/replay/replay_report.h"
 
 #include <fmt/format.h>
 

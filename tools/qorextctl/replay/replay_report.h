@@ -1,8 +1,8 @@
 // What a replay found, as it finds it.
 #pragma once
 
-#include "output/output.h"
-#include "replay/compare.h"
+#include "tools/qorextctl/output/output.h"
+#include "tools/qorextctl/replay/compare.h"
 
 namespace qorextctl {
 

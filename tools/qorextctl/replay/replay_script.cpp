@@ -1,4 +1,4 @@
-#include "replay/replay_script.h"
+#include "tools/qorextctl/replay/replay_script.h"
 
 #include <algorithm>
 

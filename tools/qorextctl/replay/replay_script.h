@@ -2,7 +2,7 @@
 // recording, and what it is answered with.
 #pragma once
 
-#include "recording/recording.h"
+#include "tools/qorextctl/recording/recording.h"
 
 namespace qorextctl {
 

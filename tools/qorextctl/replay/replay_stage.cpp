@@ -1,11 +1,11 @@
-#include "replay/replay_stage.h"
+#include "tools/qorextctl/replay/replay_stage.h"
 
 #include <poll.h>
 
 #include <algorithm>
 
-#include "daemon/launch.h"
-#include "phone/phone_files.h"
+#include "tools/qorextctl/daemon/launch.h"
+#include "tools/qorextctl/phone/phone_files.h"
 
 namespace qorextctl {
 

@@ -4,11 +4,11 @@
 #include <climits>
 #include <functional>
 
-#include "base/interrupts.h"
-#include "daemon/daemon.h"
-#include "options/options.h"
-#include "output/output.h"
-#include "replay/replay_modem.h"
+#include "tools/qorextctl/base/interrupts.h"
+#include "tools/qorextctl/daemon/daemon.h"
+#include "tools/qorextctl/options/options.h"
+#include "tools/qorextctl/output/output.h"
+#include "tools/qorextctl/replay/replay_modem.h"
 
 namespace qorextctl {
 

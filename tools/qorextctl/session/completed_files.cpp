@@ -1,4 +1,4 @@
-#include "session/completed_files.h"
+#include "tools/qorextctl/session/completed_files.h"
 
 #include <filesystem>
 

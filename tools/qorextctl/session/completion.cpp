@@ -1,14 +1,14 @@
-#include "session/completion.h"
+#include "tools/qorextctl/session/completion.h"
 
 #include <fmt/format.h>
 
 #include <algorithm>
 
-#include "catalogue/nv_items.h"
-#include "catalogue/request.h"
-#include "session/completed_files.h"
-#include "session/modem_completion.h"
-#include "session/session.h"
+#include "tools/qorextctl/catalogue/nv_items.h"
+#include "tools/qorextctl/catalogue/request.h"
+#include "tools/qorextctl/session/completed_files.h"
+#include "tools/qorextctl/session/modem_completion.h"
+#include "tools/qorextctl/session/session.h"
 
 namespace qorextctl {
 

@@ -1,4 +1,4 @@
-#include "session/exchange.h"
+#include "tools/qorextctl/session/exchange.h"
 
 #include <fmt/format.h>
 #include <poll.h>

@@ -4,10 +4,10 @@
 
 #include <functional>
 
-#include "daemon/daemon.h"
-#include "frames/expected_reply.h"
-#include "frames/frame_kind.h"
-#include "output/output.h"
+#include "tools/qorextctl/daemon/daemon.h"
+#include "tools/qorextctl/frames/expected_reply.h"
+#include "tools/qorextctl/frames/frame_kind.h"
+#include "tools/qorextctl/output/output.h"
 
 namespace qorextctl {
 

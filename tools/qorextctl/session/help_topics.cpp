@@ -1,10 +1,10 @@
-#include "session/help_topics.h"
+#include "tools/qorextctl/session/help_topics.h"
 
 #include <fmt/format.h>
 
-#include "frames/arguments.h"
-#include "modem/modem_control.h"
-#include "session/session.h"
+#include "tools/qorextctl/frames/arguments.h"
+#include "tools/qorextctl/modem/modem_control.h"
+#include "tools/qorextctl/session/session.h"
 
 namespace qorextctl {
 

@@ -3,8 +3,8 @@
 
 #include <string>
 
-#include "base/result.h"
-#include "catalogue/request.h"
+#include "tools/qorextctl/base/result.h"
+#include "tools/qorextctl/catalogue/request.h"
 
 namespace qorextctl {
 

@@ -1,4 +1,4 @@
-#include "session/line_words.h"
+#include "tools/qorextctl/session/line_words.h"
 
 namespace qorextctl {
 

@@ -1,15 +1,15 @@
-#include "session/modem_completion.h"
+#include "tools/qorextctl/session/modem_completion.h"
 
 #include <algorithm>
 
-#include "base/spelling.h"
-#include "messages/fault_kinds.h"
-#include "messages/services.h"
-#include "modem/modem_control.h"
-#include "modem/modem_options.h"
-#include "qmi_json/fields.h"
-#include "session/completed_files.h"
-#include "session/line_words.h"
+#include "modem/messages/fault_kinds.h"
+#include "modem/messages/services.h"
+#include "platform/linux/qmi_json/fields.h"
+#include "tools/qorextctl/base/spelling.h"
+#include "tools/qorextctl/modem/modem_control.h"
+#include "tools/qorextctl/modem/modem_options.h"
+#include "tools/qorextctl/session/completed_files.h"
+#include "tools/qorextctl/session/line_words.h"
 
 namespace qorextctl {
 

@@ -1,7 +1,7 @@
 // What may stand where a command to the modem has got to.
 #pragma once
 
-#include "session/completion.h"
+#include "tools/qorextctl/session/completion.h"
 
 namespace qorextctl {
 

@@ -1,4 +1,4 @@
-#include "session/session.h"
+#include "tools/qorextctl/session/session.h"
 
 #include <fmt/format.h>
 #include <unistd.h>
@@ -6,8 +6,8 @@
 #include <algorithm>
 #include <cerrno>
 
-#include "daemon/launch.h"
-#include "recording/recorder.h"
+#include "tools/qorextctl/daemon/launch.h"
+#include "tools/qorextctl/recording/recorder.h"
 
 namespace qorextctl {
 

@@ -4,11 +4,11 @@
 #include <memory>
 #include <string>
 
-#include "base/interrupts.h"
-#include "daemon/private_setup.h"
-#include "options/options.h"
-#include "session/exchange.h"
-#include "session/line_words.h"
+#include "tools/qorextctl/base/interrupts.h"
+#include "tools/qorextctl/daemon/private_setup.h"
+#include "tools/qorextctl/options/options.h"
+#include "tools/qorextctl/session/exchange.h"
+#include "tools/qorextctl/session/line_words.h"
 
 namespace qorextctl {
 

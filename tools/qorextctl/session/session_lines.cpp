@@ -1,12 +1,12 @@
 #include <fmt/format.h>
 
-#include "catalogue/values.h"
-#include "frames/arguments.h"
-#include "modem/ask_modem.h"
-#include "phone/phone_report.h"
-#include "phone/properties.h"
-#include "session/help_topics.h"
-#include "session/session.h"
+#include "tools/qorextctl/catalogue/values.h"
+#include "tools/qorextctl/frames/arguments.h"
+#include "tools/qorextctl/modem/ask_modem.h"
+#include "tools/qorextctl/phone/phone_report.h"
+#include "tools/qorextctl/phone/properties.h"
+#include "tools/qorextctl/session/help_topics.h"
+#include "tools/qorextctl/session/session.h"
 
 namespace qorextctl {
 

@@ -1,4 +1,4 @@
-#include "shell/history_file.h"
+#include "tools/qorextctl/shell/history_file.h"
 
 #include <fcntl.h>
 #include <fmt/format.h>
@@ -11,8 +11,8 @@
 #include <filesystem>
 #include <fstream>
 
-#include "base/private_file.h"
-#include "daemon/channel.h"
+#include "tools/qorextctl/base/private_file.h"
+#include "tools/qorextctl/daemon/channel.h"
 
 namespace qorextctl {
 

@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "base/result.h"
+#include "tools/qorextctl/base/result.h"
 
 namespace qorextctl {
 

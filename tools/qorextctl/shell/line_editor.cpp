@@ -1,4 +1,4 @@
-#include "shell/line_editor.h"
+#include "tools/qorextctl/shell/line_editor.h"
 
 #include <fmt/format.h>
 #include <sys/ioctl.h>

@@ -9,8 +9,8 @@
 #include <string>
 #include <vector>
 
-#include "output/input_line.h"
-#include "session/completion.h"
+#include "tools/qorextctl/output/input_line.h"
+#include "tools/qorextctl/session/completion.h"
 
 namespace qorextctl {
 

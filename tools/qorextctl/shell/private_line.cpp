@@ -1,14 +1,14 @@
-#include "shell/private_line.h"
+#include "tools/qorextctl/shell/private_line.h"
 
 #include <algorithm>
 
-#include "base/spelling.h"
-#include "catalogue/nv_items.h"
-#include "catalogue/values.h"
-#include "frames/arguments.h"
-#include "frames/decode.h"
-#include "frames/personal.h"
-#include "session/line_words.h"
+#include "tools/qorextctl/base/spelling.h"
+#include "tools/qorextctl/catalogue/nv_items.h"
+#include "tools/qorextctl/catalogue/values.h"
+#include "tools/qorextctl/frames/arguments.h"
+#include "tools/qorextctl/frames/decode.h"
+#include "tools/qorextctl/frames/personal.h"
+#include "tools/qorextctl/session/line_words.h"
 
 namespace qorextctl {
 

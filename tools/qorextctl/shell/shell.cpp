@@ -1,11 +1,11 @@
-#include "shell/shell.h"
+#include "tools/qorextctl/shell/shell.h"
 
 #include <unistd.h>
 
-#include "modem/modem_control.h"
-#include "shell/history_file.h"
-#include "shell/line_editor.h"
-#include "shell/private_line.h"
+#include "tools/qorextctl/modem/modem_control.h"
+#include "tools/qorextctl/shell/history_file.h"
+#include "tools/qorextctl/shell/line_editor.h"
+#include "tools/qorextctl/shell/private_line.h"
 
 namespace qorextctl {
 

@@ -1,7 +1,7 @@
 // A session at a terminal.
 #pragma once
 
-#include "session/session.h"
+#include "tools/qorextctl/session/session.h"
 
 namespace qorextctl {
 

@@ -1,8 +1,8 @@
-#include "trace/shown_event.h"
+#include "tools/qorextctl/trace/shown_event.h"
 
 #include <fmt/format.h>
 
-#include "log/log_line.h"
+#include "tools/qorextctl/log/log_line.h"
 
 namespace qorextctl {
 

@@ -4,7 +4,7 @@
 
 #include <optional>
 
-#include "frames/decode.h"
+#include "tools/qorextctl/frames/decode.h"
 
 namespace qorextctl {
 

@@ -1,4 +1,4 @@
-#include "trace/timeline.h"
+#include "tools/qorextctl/trace/timeline.h"
 
 #include <fmt/format.h>
 
@@ -7,10 +7,10 @@
 #include <tuple>
 #include <utility>
 
-#include "recording/qmi_message.h"
-#include "recording/recording_format.h"
-#include "trace/shown_event.h"
-#include "trace/trace_tracks.h"
+#include "tools/qorextctl/recording/qmi_message.h"
+#include "tools/qorextctl/recording/recording_format.h"
+#include "tools/qorextctl/trace/shown_event.h"
+#include "tools/qorextctl/trace/trace_tracks.h"
 
 namespace qorextctl {
 

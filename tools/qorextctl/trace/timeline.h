@@ -3,7 +3,7 @@
 
 #include <vector>
 
-#include "frames/decode.h"
+#include "tools/qorextctl/frames/decode.h"
 
 namespace qorextctl {
 

@@ -1,4 +1,4 @@
-#include "trace/trace.h"
+#include "tools/qorextctl/trace/trace.h"
 
 #include <fcntl.h>
 #include <fmt/format.h>
@@ -6,9 +6,9 @@
 #include <fstream>
 #include <iostream>
 
-#include "base/private_file.h"
-#include "recording/recording.h"
-#include "trace/timeline.h"
+#include "tools/qorextctl/base/private_file.h"
+#include "tools/qorextctl/recording/recording.h"
+#include "tools/qorextctl/trace/timeline.h"
 
 namespace qorextctl {
 

@@ -1,8 +1,8 @@
 // A recording as a timeline.
 #pragma once
 
-#include "options/options.h"
-#include "output/output.h"
+#include "tools/qorextctl/options/options.h"
+#include "tools/qorextctl/output/output.h"
 
 namespace qorextctl {
 

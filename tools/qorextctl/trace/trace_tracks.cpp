@@ -1,4 +1,4 @@
-#include "trace/trace_tracks.h"
+#include "tools/qorextctl/trace/trace_tracks.h"
 
 #include <algorithm>
 #include <map>

@@ -1,4 +1,4 @@
-#include "command_line.h"
+#include "common/completion/command_line.h"
 
 #include <CLI/CLI.hpp>
 #include <algorithm>

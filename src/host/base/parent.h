@@ -5,7 +5,7 @@
 #include <stddef.h>
 #include <stdint.h>
 
-#include "host/frame.h"
+#include "src/host/base/frame.h"
 
 // Which instance of the program this is; 0 is the primary one. Set once by main, before any other
 // thread starts.

@@ -1,6 +1,6 @@
-#include "host/hex.h"
+#include "src/host/base/hex.h"
 
-#include "host/log.h"
+#include "src/host/base/log.h"
 
 void toHexString(size_t length, const void* buffer, char* text) {
   constexpr char kDigits[] = "0123456789ABCDEF";

@@ -1,9 +1,9 @@
-#include "host/parent.h"
+#include "src/host/base/parent.h"
 
 #include <errno.h>
 #include <unistd.h>
 
-#include "host/log.h"
+#include "src/host/base/log.h"
 
 uint32_t qor_ext_instance_id = 0;
 

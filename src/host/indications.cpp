@@ -1,14 +1,14 @@
-#include "vendor/indications.h"
+#include "src/host/indications.h"
 
 #include <stdio.h>
 
-#include "capture/hob_save.h"
-#include "carrier_modem/carrier_indications.h"
-#include "features/feature_indications.h"
-#include "host/framing.h"
-#include "host/log.h"
-#include "host/parent.h"
-#include "vendor/pfp.h"
+#include "src/capture/hob_save.h"
+#include "src/carrier_modem/carrier_indications.h"
+#include "src/features/feature_indications.h"
+#include "src/host/base/framing.h"
+#include "src/host/base/log.h"
+#include "src/host/base/parent.h"
+#include "src/vendor/pfp.h"
 
 namespace {
 

@@ -5,8 +5,8 @@
 #include <stddef.h>
 #include <stdint.h>
 
-#include "host/bytes.h"
-#include "host/frame.h"
+#include "src/host/base/bytes.h"
+#include "src/host/base/frame.h"
 
 // Every handler gets the request in a buffer of this size, zero behind the bytes read.
 constexpr size_t kRequestSize = 17408;
