@@ -4,9 +4,7 @@
 #include <stdint.h>
 #include <string.h>
 
-#include <bit>
-
-static_assert(std::endian::native == std::endian::little, "frames are kept in native order");
+static_assert(__BYTE_ORDER__ == __ORDER_LITTLE_ENDIAN__, "frames are kept in native order");
 
 inline uint16_t load_le16(const uint8_t* from) {
   uint16_t value;
