@@ -41,12 +41,13 @@ bool UnixServer::prepare() {
 ServerEvent UnixServer::next(std::span<uint8_t> buffer) {
   epoll_event event{};
   if (epoll_wait(epoll_.get(), &event, 1, 0) != 1) return {};
-  if (event.data.u64 == kTimer) return on_timer();
-  if (event.data.u64 == kListener) {
+  uint64_t key = event.data.u64;  // a copy: the structure is packed
+  if (key == kTimer) return on_timer();
+  if (key == kListener) {
     accept_one();
     return {};
   }
-  auto found = connections_.find(event.data.u64);
+  auto found = connections_.find(key);
   return found == connections_.end() ? ServerEvent{} : serve(*found, event.events, buffer);
 }
 
