@@ -12,7 +12,7 @@ namespace qmi_cci {
 namespace {
 
 // The allocator keeps what is freed. Up to here it may: that much it keeps of any program.
-constexpr size_t kKeptMemory = 128 * 1024;
+constexpr size_t kKeptMemory = size_t{128} << 10;
 
 constexpr char kFull[] = "the queue is full";
 constexpr char kNoMemory[] = "there is no memory";
