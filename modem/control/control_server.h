@@ -37,7 +37,7 @@ class ControlServer {
  private:
   struct Connection {
     qmi_transport::ScopedFd socket;
-    std::string input = {};   // behind the last whole line
+    std::string input = {};   // after the last whole line
     std::string output = {};  // not yet taken by the client
     bool watches = false;
     bool is_silent = true;  // has sent nothing yet

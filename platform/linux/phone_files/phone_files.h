@@ -12,7 +12,7 @@ bool is_plain_name(std::string_view name);
 enum class Existing { replace, keep };
 
 // Writes the file under another name and then gives it its own, so that a reader finds all of it or
-// nothing; creates its folders. False when that fails (errno tells; EEXIST: a file is kept).
+// nothing; creates its folders. False when that fails (errno is set; EEXIST: a file is kept).
 bool store(const std::string& path, std::string_view content, Existing existing);
 
 }  // namespace phone_files

@@ -13,7 +13,7 @@ inline bool control_epoll(int epoll, int operation, int fd, uint64_t key, uint32
   return epoll_ctl(epoll, operation, fd, &event) == 0;
 }
 
-// Adds a descriptor for reading; its events carry the key. False on failure (errno tells).
+// Adds a descriptor for reading; its events carry the key. False on failure (errno is set).
 inline bool add_to_epoll(int epoll, int fd, uint64_t key) {
   return control_epoll(epoll, EPOLL_CTL_ADD, fd, key, EPOLLIN);
 }

@@ -98,7 +98,7 @@ void QrtrServer::withdraw_instance(uint32_t service, uint32_t instance) {
       [=](const Port& port) { return port.service == service && port.instance == instance; });
 }
 
-// The kernel tells of a closed socket by itself, but not before the last holder has closed it.
+// The kernel reports a closed socket by itself, but not before the last holder has closed it.
 template <typename Condition>
 void QrtrServer::withdraw_if(Condition condition) {
   for (const auto& [key, port] : ports_) {

@@ -39,7 +39,7 @@ enum class Status {
   ok,
   nothing,   // no packet for the caller this time; not sent within the time allowed
   gone,      // the service or the peer has gone away, for good
-  failed,    // the socket failed; errno tells
+  failed,    // the socket failed; errno is set
   too_long,  // a packet that the buffer has no room for: it holds the start, the rest is dropped
 };
 
@@ -108,7 +108,7 @@ class Server {
   // Readable when next() has something to do (an epoll descriptor: all sockets behind it).
   virtual int fd() const = 0;
   // Brings one instance of a service up (announced to watchers). False when it is up already or
-  // cannot be announced (errno tells).
+  // cannot be announced (errno is set).
   virtual bool publish(uint32_t service, uint32_t instance) = 0;
   // Takes all instances of a service down. Their clients see it go away; they are forgotten here
   // without a `peer_gone`.
@@ -140,13 +140,13 @@ std::optional<Endpoint> parse_endpoint(const std::string& text);
 // The endpoint named by QOREXT_MODEM; without it "unix:/run/qorext_modem.sock".
 std::optional<Endpoint> endpoint_from_environment();
 
-// Null when there is no name service to be reached (errno tells).
+// Null when there is no name service to be reached (errno is set).
 std::unique_ptr<ServiceWatch> watch_service(const Endpoint& endpoint, uint32_t service,
                                             uint32_t version);
-// Null when the server cannot be reached (errno tells).
+// Null when the server cannot be reached (errno is set).
 std::unique_ptr<Channel> open_channel(const Endpoint& endpoint, const ServerAddress& server);
 // Null when the endpoint cannot be served, for example because another server is there (errno
-// tells).
+// is set).
 std::unique_ptr<Server> serve(const Endpoint& endpoint, const ServerLimits& limits = {});
 
 }  // namespace qmi_transport

@@ -21,7 +21,7 @@ constexpr uint64_t kTimer = UINT64_MAX;
 constexpr size_t kMaxConnections = 256;
 // Room for a burst of indications, so that few of them are copied into a queue.
 constexpr int kSendBuffer = 1 << 20;
-// Between two looks at clients that are behind, and at a listener that is paused.
+// Between two looks at clients that read slowly, and at a listener that is paused.
 constexpr std::chrono::milliseconds kTick = kAcceptPause;
 
 // Without waiting.

@@ -16,7 +16,7 @@
 
 namespace qmi_transport {
 
-// Nothing when the path is empty or too long for a socket address (errno tells).
+// Nothing when the path is empty or too long for a socket address (errno is set).
 std::optional<sockaddr_un> unix_address(const std::string& path);
 
 // A non-blocking SEQPACKET socket, not connected.

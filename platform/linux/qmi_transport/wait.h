@@ -17,7 +17,7 @@ int poll_timeout(Deadline deadline);
 bool wait_for(int fd, short events, Deadline deadline);
 
 // A receiving call without MSG_DONTWAIT waits from now on, for `time` at most. False on failure
-// (errno tells).
+// (errno is set).
 bool let_receive_wait(int socket, std::chrono::milliseconds time);
 
 }  // namespace qmi_transport
