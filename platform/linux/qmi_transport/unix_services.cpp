@@ -12,7 +12,7 @@ namespace {
 constexpr uint32_t kNode = 1;
 
 // Name service packets are few: a watcher whose queue is full of them does not read.
-bool tell(int socket, uint32_t type, const ServerAddress& server) {
+bool send_control(int socket, uint32_t type, const ServerAddress& server) {
   return unix_send(socket, encode_control({type, server}), Deadline::min()) == Status::ok;
 }
 
@@ -56,7 +56,7 @@ void UnixServer::announce(uint32_t type, const ServerAddress& server) {
   std::erase_if(connections_, [&](const Entry& entry) {
     const Connection& watcher = entry.second;
     bool concerned = watcher.role == Role::watcher && watcher.server.service == server.service;
-    return concerned && !tell(watcher.socket.get(), type, server);
+    return concerned && !send_control(watcher.socket.get(), type, server);
   });
 }
 
@@ -74,9 +74,10 @@ bool UnixServer::begin_watch(Connection& connection, uint32_t service) {
   connection.server.service = service;
   int socket = connection.socket.get();
   for (const ServerAddress& server : servers_) {
-    if (server.service == service && !tell(socket, QRTR_TYPE_NEW_SERVER, server)) return false;
+    if (server.service == service && !send_control(socket, QRTR_TYPE_NEW_SERVER, server))
+      return false;
   }
-  return tell(socket, QRTR_TYPE_NEW_SERVER, {});
+  return send_control(socket, QRTR_TYPE_NEW_SERVER, {});
 }
 
 bool UnixServer::attach(Connection& connection, const Control& hello) {
@@ -86,7 +87,7 @@ bool UnixServer::attach(Connection& connection, const Control& hello) {
   if (server == servers_.end()) return false;
   connection.role = Role::client;
   connection.server = *server;
-  return tell(connection.socket.get(), QRTR_TYPE_HELLO, hello.server);
+  return send_control(connection.socket.get(), QRTR_TYPE_HELLO, hello.server);
 }
 
 }  // namespace qmi_transport

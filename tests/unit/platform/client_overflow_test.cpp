@@ -130,7 +130,7 @@ class Overflow : public testing::TestWithParam<TransportKind> {
     EXPECT_THAT(take_log_lines(), IsEmpty());
   }
 
-  // One callback returns; whatever the next one has made room for has been reported.
+  // Lets one callback return. A burst that ends with the next packet taken is reported by then.
   void let_one_return() {
     size_t entered = turnstile_.entered;
     turnstile_.let_one_through();

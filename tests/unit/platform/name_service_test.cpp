@@ -24,7 +24,7 @@ TEST_P(NameService, TellsTheEndOfAnEmptyList) {
   ScriptedModem modem(endpoint());
   auto names = watch();
   ASSERT_NE(names, nullptr);
-  auto announcement = told(*names);
+  auto announcement = next_announcement(*names);
   ASSERT_TRUE(announcement);
   EXPECT_EQ(announcement->kind, Announcement::Kind::end_of_list);
 }
@@ -32,14 +32,14 @@ TEST_P(NameService, TellsTheEndOfAnEmptyList) {
 TEST_P(NameService, TellsOfServicesThatComeAndGo) {
   ScriptedModem modem(endpoint());
   auto names = watch();
-  ASSERT_TRUE(told(*names));
+  ASSERT_TRUE(next_announcement(*names));
   modem.publish(kService, kInstance);
-  auto came = told(*names);
+  auto came = next_announcement(*names);
   ASSERT_TRUE(came);
   EXPECT_EQ(came->kind, Announcement::Kind::appeared);
   EXPECT_EQ(came->server.instance, kInstance);
   modem.withdraw(kService);
-  auto went = told(*names);
+  auto went = next_announcement(*names);
   ASSERT_TRUE(went);
   EXPECT_EQ(went->kind, Announcement::Kind::gone);
   EXPECT_EQ(went->server, came->server);
@@ -48,11 +48,11 @@ TEST_P(NameService, TellsOfServicesThatComeAndGo) {
 TEST_P(NameService, KeepsServicesAndVersionsApart) {
   ScriptedModem modem(endpoint());
   auto names = watch();
-  ASSERT_TRUE(told(*names));
+  ASSERT_TRUE(next_announcement(*names));
   modem.publish(kOtherService, kInstance);
   modem.publish(kService, 2);
   modem.publish(kService, kSecond);
-  auto came = told(*names);
+  auto came = next_announcement(*names);
   ASSERT_TRUE(came);
   EXPECT_EQ(came->server.service, kService);
   EXPECT_EQ(came->server.instance, kSecond);
@@ -78,11 +78,11 @@ TEST_P(NameService, WithdrawsOneInstanceWithItsClients) {
   auto& second_server = servers[0].instance == kSecond ? servers[0] : servers[1];
   auto second = qmi_transport::open_channel(endpoint(), second_server);
   auto names = watch();
-  while (told(*names)->kind != Announcement::Kind::end_of_list) {
+  while (next_announcement(*names)->kind != Announcement::Kind::end_of_list) {
   }
 
   modem.run([](Server& server) { server.withdraw_instance(kService, kSecond); });
-  auto went = told(*names);
+  auto went = next_announcement(*names);
   ASSERT_TRUE(went);
   EXPECT_EQ(went->kind, Announcement::Kind::gone);
   EXPECT_EQ(went->server, second_server);
@@ -97,10 +97,10 @@ TEST_P(NameService, HasNoServicesAfterTheServersEnd) {
   auto modem = std::make_unique<ScriptedModem>(endpoint());
   modem->publish(kService, kInstance);
   auto names = watch();
-  ASSERT_TRUE(told(*names));
-  ASSERT_TRUE(told(*names));
+  ASSERT_TRUE(next_announcement(*names));
+  ASSERT_TRUE(next_announcement(*names));
   modem.reset();
-  auto last = told(*names);
+  auto last = next_announcement(*names);
   EXPECT_TRUE(!last || last->kind == Announcement::Kind::gone);
   EXPECT_TRUE(present().empty());
 }

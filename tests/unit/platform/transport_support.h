@@ -35,8 +35,8 @@ class Transport : public testing::TestWithParam<TransportKind> {
   }
 
   // The next announcement; nothing when none comes in time or the name service has gone.
-  static std::optional<Announcement> told(qmi_transport::ServiceWatch& watch,
-                                          std::chrono::milliseconds patience = kPatience) {
+  static std::optional<Announcement> next_announcement(
+      qmi_transport::ServiceWatch& watch, std::chrono::milliseconds patience = kPatience) {
     auto deadline = in(patience);
     Announcement announcement{};
     while (wait_for(watch.fd(), POLLIN, deadline)) {
@@ -52,7 +52,7 @@ class Transport : public testing::TestWithParam<TransportKind> {
     std::vector<ServerAddress> servers;
     auto names = watch(service, version);
     if (names == nullptr) return servers;
-    while (auto announcement = told(*names)) {
+    while (auto announcement = next_announcement(*names)) {
       if (announcement->kind == Announcement::Kind::end_of_list) break;
       servers.push_back(announcement->server);
     }
