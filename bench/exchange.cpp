@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Exchanges a second: our client library beside a bare send and receive of the same packets on the
 // same transport, in turns. Threads that send bare packets have a socket each; they share one
 // client, with and without callback, and then have one each. Prints JSON.

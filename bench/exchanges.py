@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 """Exchanges a second of the QMI client library, beside a bare send and receive."""
 
 from places import row, run_bench

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 """What the daemon needs: start-up, memory, code, heap allocations and system calls a request."""
 
 import collections

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 """Instructions that the daemon's process executes for a request, counted by callgrind.
 
 bench/instructions.json keeps those of the code built here, the executable and its platform

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // How fast a log that the modem uploads comes into the phone's files, beside cp and fsync of the
 // same bytes on the same disk (that of $TMPDIR), and beside a loop that brings as many packages to
 // the disk as the daemon does: each written to a file and appended to the log, both synchronised.

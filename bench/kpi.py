@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 """The upload of the modem's KPI log into files, beside cp and fsync of the same bytes."""
 
 from places import row, run_bench

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // From a request's write to its reply's read, for the daemon and beside it for the limit program,
 // in turns of a few requests each. Prints JSON.
 //

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 """From request to reply, of the daemon and of the limit program beside it."""
 
 import recording

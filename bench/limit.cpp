@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The limit: what the daemon's requests cost when nothing is done but their calls. It is started
 // like the daemon and plays a plan recorded from it: for each request the same select and read, the
 // same packets to the modem (each one send and one blocking receive), the same log lines (through

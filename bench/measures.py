@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 """The benchmarks by name. Each runs (everything measured, for the file) and tells its rows."""
 
 import exchanges

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Parts of a request's path by themselves.
 #include <benchmark/benchmark.h>
 

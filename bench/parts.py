@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 """Parts of a request's path by themselves, by processor time."""
 
 from places import row, run_bench

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 """Where things lie, and how to run what measures."""
 
 import json

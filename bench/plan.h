@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What a program does with each request, call by call: recorded from the daemon, for the limit
 // program to do the same and nothing else. A text, one step a line, bytes in hexadecimal:
 //

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 """The latency distributions of daemon and limit program as an SVG picture."""
 
 import math

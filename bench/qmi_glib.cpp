@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Exchanges a second of libqmi-glib, one after the other, on the kernel's QRTR: NAS "Get Serving
 // System" as bench_exchange asks it. It prints one number.
 //

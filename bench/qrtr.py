@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 """Exchanges a second of our client library and of libqmi-glib, on QRTR in the virtual handset.
 
 It needs the handset's parts (tests/handset/fetch) and the arm64 build's target bench; ./dev bench

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The simulated modem without its bookkeeping: it works out the answer to a request once and
 // repeats it whenever the same request comes again. What is measured beside it is the other side.
 // It takes the options of qorext_modem, and has no control socket.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // A service's socket without a client library: what an exchange costs at the least.
 #pragma once
 

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 """What the daemon does with a request, call by call, recorded with strace."""
 
 import re

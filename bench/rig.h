@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // A handset for measuring: a modem, the phone's files, and daemons started as their parent does it.
 // Nobody reads their log, so that it costs what writing it costs.
 #pragma once

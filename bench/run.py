@@ -1,4 +1,5 @@
 #!/usr/bin/env python3
+# SPDX-License-Identifier: Apache-2.0
 """Runs the benchmarks of the release build: a table, build/bench/results.json, latency.svg there.
 
 usage: bench/run.py [NAME...]    without a name all but qrtr

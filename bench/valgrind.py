@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 """The daemon under a tool of valgrind, serving one kind of request so many times."""
 
 import subprocess

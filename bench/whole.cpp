@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The daemon as a whole: how long it takes to start, how fast indications come through it, what it
 // needs. Prints JSON.
 //

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 # Cross-builds with clang, as the phone's tree does, against the unpacked arm64 packages of
 # tests/handset/fetch; tests that need nothing but the processor run under qemu-user.
 set(CMAKE_SYSTEM_NAME Linux)

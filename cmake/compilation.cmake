@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 # Most of a source's compilation is its headers', so sources can be compiled several at a time. Not
 # those that go into a phone: these are compiled one by one in every build.
 option(QOREXT_UNITY "compile sources of the modem, the tool and the tests together" OFF)

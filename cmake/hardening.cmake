@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 # What makes a memory error harder to use: in everything that is built to be run, except in builds
 # with sanitizers, whose own checks it would get in the way of.
 

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 # The Debian package qorext-tools. The workstation's libraries go by the phone's names, so they lie
 # in a folder of their own, where only these programs look.
 include(GNUInstallDirs)

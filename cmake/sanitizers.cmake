@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 # QOREXT_SANITIZE is a -fsanitize= list (for example "address,undefined"); QOREXT_COVERAGE counts
 # lines and branches; QOREXT_FUZZ adds the fuzz targets. The presets set them.
 set(QOREXT_SANITIZE "" CACHE STRING "sanitizers to build with")

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The QMI codec with every message of every service: bytes that decode are encoded and decoded
 // again without a change, and nothing is written behind the room given.
 #include <fuzzer/FuzzedDataProvider.h>
@@ -16,7 +17,7 @@ namespace {
 using Bytes = std::vector<uint8_t>;
 using qmi_idl::Message;
 
-constexpr size_t kMostWire = 65535;
+constexpr size_t kMaxWire = 65535;
 
 std::vector<const Message*> messages() {
   std::vector<const Message*> all;
@@ -34,7 +35,7 @@ const Message& drawn_message(FuzzedDataProvider& input) {
 }
 
 Bytes encoded(const Message& message, const Bytes& structure) {
-  Bytes wire(kMostWire);
+  Bytes wire(kMaxWire);
   ssize_t size = qmi_idl::encode(message, structure, wire);
   FUZZ_REQUIRE(size >= 0);
   wire.resize(static_cast<size_t>(size));
@@ -76,7 +77,7 @@ void check_decoding(const Message& message, const Bytes& wire, size_t room) {
 // A structure of any bytes is refused or encoded; what was encoded decodes.
 void check_encoding(const Message& message, Bytes structure, size_t room) {
   structure.resize(message.size);
-  Bytes wire(kMostWire);
+  Bytes wire(kMaxWire);
   ssize_t size = qmi_idl::encode(message, structure, wire);
   if (size < 0) return;
   wire.resize(static_cast<size_t>(size));

@@ -1,4 +1,5 @@
 #!/usr/bin/env python3
+# SPDX-License-Identifier: Apache-2.0
 """Keeps what fuzzing has found worth keeping: one archive a target.
 
 corpora.py unpack FOLDER    writes each archive's inputs to FOLDER/TARGET

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // GSM 7-bit text to UTF-8: inside its buffer, well-formed, and the inverse of the simulated modem's
 // encoder.
 #include <algorithm>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Hexadecimal text: the product's writer and reader, and the readers of simulated modem and tool.
 #include <algorithm>
 #include <memory>
@@ -13,8 +14,8 @@ namespace {
 
 using fuzz::Bytes;
 
-constexpr size_t kMostRecord = 512;
-constexpr size_t kMostText = 1024;
+constexpr size_t kMaxRecord = 512;
+constexpr size_t kMaxText = 1024;
 
 // Memory that ends with the last byte asked for.
 struct Exactly {
@@ -59,8 +60,8 @@ void check_any_text(const Bytes& text, size_t record_size) {
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   FuzzedDataProvider input(data, size);
   fuzz::Phone phone(input);
-  auto record_size = input.ConsumeIntegralInRange<size_t>(0, kMostRecord);
-  Bytes text = input.ConsumeBytes<uint8_t>(input.ConsumeIntegralInRange<size_t>(0, kMostText));
+  auto record_size = input.ConsumeIntegralInRange<size_t>(0, kMaxRecord);
+  Bytes text = input.ConsumeBytes<uint8_t>(input.ConsumeIntegralInRange<size_t>(0, kMaxText));
   check_any_text(text, record_size);
   hexDump(text.data(), text.size());
   check_there_and_back(input.ConsumeRemainingBytes<uint8_t>());

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The whole way of the modem's indications: callback, intake, handlers, unsolicited frames, KPI
 // packets to the store, the hand-off block to its partition.
 #include "fuzz/phone.h"
@@ -10,8 +11,8 @@
 
 namespace {
 
-constexpr size_t kMostIndications = 50;
-constexpr size_t kMostEncoded = 2048;
+constexpr size_t kMaxIndications = 50;
+constexpr size_t kMaxEncoded = 2048;
 constexpr size_t kUnsolOverhead = 28;
 constexpr uintmax_t kHobRamSize = 0xF540000 + 0x8000;
 
@@ -57,7 +58,7 @@ void check_properties(const fuzz::Phone& phone) {
 void indicate(fuzz::Phone& phone) {
   unsigned int id = phone.input.ConsumeBool() ? phone.input.ConsumeIntegral<uint32_t>()
                                               : phone.input.PickValueInArray(kIndications);
-  auto size = phone.input.ConsumeIntegralInRange<size_t>(0, kMostEncoded);
+  auto size = phone.input.ConsumeIntegralInRange<size_t>(0, kMaxEncoded);
   auto encoded = phone.input.ConsumeBytes<uint8_t>(size);
   phone.now += phone.input.ConsumeIntegral<int8_t>();
   fuzz::indication_callback()(vendor_client(), id, encoded.data(),
@@ -85,7 +86,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   FuzzedDataProvider input(data, size);
   fuzz::Phone phone(input);
   empty_store();
-  for (size_t i = 0; i < kMostIndications && input.remaining_bytes() > 0; ++i) indicate(phone);
+  for (size_t i = 0; i < kMaxIndications && input.remaining_bytes() > 0; ++i) indicate(phone);
   check_properties(phone);
   return 0;
 }

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Packets of the modem's KPI logs against the store, in a folder whose files and clock change under
 // it.
 #include "src/capture/kpi_store.h"
@@ -11,10 +12,10 @@ namespace {
 
 namespace fs = std::filesystem;
 
-constexpr size_t kMostSteps = 60;
-constexpr uint8_t kMostPackages = 3;
+constexpr size_t kMaxSteps = 60;
+constexpr uint8_t kMaxPackages = 3;
 constexpr uintmax_t kNearlyFull = 0x1E00000 - 64;  // a log that the next packets rotate
-constexpr int32_t kMostSeconds = 200000;
+constexpr int32_t kMaxSeconds = 200000;
 
 const fs::path& phone_root() {
   static const fuzz::Scratch scratch;
@@ -74,7 +75,7 @@ class Store {
 
 // A packet as intake hands it on, in a buffer that ends with it.
 void Store::store_packet() {
-  auto package = input_.ConsumeIntegralInRange<uint8_t>(0, kMostPackages);
+  auto package = input_.ConsumeIntegralInRange<uint8_t>(0, kMaxPackages);
   auto sequence = input_.ConsumeIntegralInRange<uint8_t>(0, 4);
   bool is_last = input_.ConsumeBool();
   auto payload = input_.ConsumeBytes<uint8_t>(input_.ConsumeIntegral<uint16_t>());
@@ -122,7 +123,7 @@ void fill_current_log() {
 void Store::step() {
   switch (input_.ConsumeIntegralInRange(0, 5)) {
     case 3:
-      fuzz::phone().now += input_.ConsumeIntegralInRange(-kMostSeconds, kMostSeconds);
+      fuzz::phone().now += input_.ConsumeIntegralInRange(-kMaxSeconds, kMaxSeconds);
       break;
     case 4:
       remove_something();
@@ -153,7 +154,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   FuzzedDataProvider input(data, size);
   fuzz::Phone phone(input);
   Store store(input);
-  for (size_t i = 0; i < kMostSteps && input.remaining_bytes() > 0; ++i) store.step();
+  for (size_t i = 0; i < kMaxSteps && input.remaining_bytes() > 0; ++i) store.step();
   check_folder();
   return 0;
 }

@@ -1,4 +1,5 @@
 #!/usr/bin/env python3
+# SPDX-License-Identifier: Apache-2.0
 """Writes the seeds of the fuzz targets: make_seeds.py FOLDER.
 
 A seed is built as the targets take it apart (FuzzedDataProvider): byte strings from the front, in

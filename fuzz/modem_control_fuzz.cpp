@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The simulated modem's two inputs: lines of its control socket and packets of its clients.
 #include <fuzzer/FuzzedDataProvider.h>
 
@@ -13,12 +14,12 @@ namespace {
 
 using nlohmann::json;
 
-constexpr size_t kMostSteps = 20;
+constexpr size_t kMaxSteps = 20;
 constexpr int kStateChecks = 63;  // one input of so many: it is slow
-constexpr size_t kMostLine = 200'000;
-constexpr size_t kMostStretched = 500'000;
-constexpr size_t kMostPacket = 1024;
-constexpr size_t kMostActions = 50;
+constexpr size_t kMaxLine = 200'000;
+constexpr size_t kMaxStretched = 500'000;
+constexpr size_t kMaxPacket = 1024;
+constexpr size_t kMaxActions = 50;
 constexpr uint64_t kPeer = 1;
 constexpr auto kMuchLater = std::chrono::hours(24 * 365);
 
@@ -54,7 +55,7 @@ void check_state(modem::Control& control, modem::Simulator& simulator) {
 void send_packet(FuzzedDataProvider& input, modem::Simulator& simulator) {
   auto services = modem::services();
   auto index = input.ConsumeIntegralInRange<size_t>(0, services.size() - 1);
-  auto tlvs = input.ConsumeBytes<uint8_t>(input.ConsumeIntegralInRange<size_t>(0, kMostPacket));
+  auto tlvs = input.ConsumeBytes<uint8_t>(input.ConsumeIntegralInRange<size_t>(0, kMaxPacket));
   auto id = input.ConsumeIntegralInRange<uint16_t>(0, 0x120);
   modem::Bytes packet = modem::make_packet(qmi_idl::WireType::request, 1, id, tlvs);
   if (input.ConsumeBool()) packet = tlvs;
@@ -62,7 +63,7 @@ void send_packet(FuzzedDataProvider& input, modem::Simulator& simulator) {
 }
 
 void take_actions(modem::Outbox& outbox) {
-  for (size_t i = 0; i < kMostActions; ++i) {
+  for (size_t i = 0; i < kMaxActions; ++i) {
     if (!outbox.take_due(modem::Clock::now() + kMuchLater)) return;
   }
 }
@@ -75,16 +76,16 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   bool is_state_checked = input.ConsumeIntegralInRange(0, kStateChecks) == kStateChecks;
   modem::Simulator simulator(factory, 1);
   modem::Control control(simulator);
-  for (size_t i = 0; i < kMostSteps && input.remaining_bytes() > 0; ++i) {
+  for (size_t i = 0; i < kMaxSteps && input.remaining_bytes() > 0; ++i) {
     switch (input.ConsumeIntegralInRange(0, 4)) {
       case 3:
         send_packet(input, simulator);
         break;
       case 4:
-        check_line(control, simulator, consume_stretched(input, kMostStretched));
+        check_line(control, simulator, consume_stretched(input, kMaxStretched));
         break;
       default:
-        check_line(control, simulator, input.ConsumeRandomLengthString(kMostLine));
+        check_line(control, simulator, input.ConsumeRandomLengthString(kMaxLine));
     }
     take_actions(simulator.device.outbox);
   }

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The number assignment module there and back: a record that the parent sets is the one it gets,
 // and the digits in the items are those that the other implementation of the encoding makes.
 #include "src/carrier/nam.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "fuzz/phone.h"
 
 #include <NativeDropBoxWriter.h>
@@ -23,10 +24,10 @@
 namespace fuzz {
 namespace {
 
-constexpr size_t kLongestLine = 64 * 1024;
+constexpr size_t kMaxLine = 64 * 1024;
 constexpr int kLowestError = QMI_INVALID_PARAM_ERR;
-constexpr int kMostErrno = 130;
-constexpr unsigned int kMostServices = 20;
+constexpr int kMaxErrno = 130;
+constexpr unsigned int kMaxServices = 20;
 constexpr char kLogTag[] = "RIL-QOREXT";
 constexpr char kDropBoxTag[] = "modem_vorn";
 
@@ -62,7 +63,7 @@ ssize_t keep_frame(std::vector<Bytes>& frames, const void* buffer, size_t size) 
   auto* bytes = static_cast<const uint8_t*>(buffer);
   frames.emplace_back(bytes, bytes + size);
   if (!phone().input.ConsumeBool()) return static_cast<ssize_t>(size);
-  errno = phone().input.ConsumeIntegralInRange(1, kMostErrno);
+  errno = phone().input.ConsumeIntegralInRange(1, kMaxErrno);
   return -1;
 }
 
@@ -107,7 +108,7 @@ bool NativeDropBoxWriter::addText(const char* tag, const char* text) {
 extern "C" {
 
 int __android_log_print(int priority, const char* tag, const char* text, ...) {
-  static char line[kLongestLine];
+  static char line[kMaxLine];
   va_list arguments;
   va_start(arguments, text);
   int size = vsnprintf(line, sizeof line, text, arguments);
@@ -147,7 +148,7 @@ int qmi_client_get_service_list(qmi_idl_service_object_type, qmi_service_info* l
                                 unsigned int* entries, unsigned int* services) {
   *services = 1;
   if (phone().is_bring_up_drawn) {
-    *services = phone().input.ConsumeIntegralInRange(0U, kMostServices);
+    *services = phone().input.ConsumeIntegralInRange(0U, kMaxServices);
   }
   if (list != nullptr) memset(list, 0xFF, *entries * sizeof *list);
   return bring_up_result();

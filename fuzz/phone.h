@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The phone around the product's objects: every function of the platform libraries, and the system
 // calls that reach the parent's pipes, the clock and threads. What the modem answers and what fails
 // is drawn from the fuzzer's input; input that has run out stands for zeros and success.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The QRTR transport on scripted sockets: every packet, its sender and every failure is drawn from
 // the input.
 #include <errno.h>
@@ -15,8 +16,8 @@ namespace {
 using namespace qmi_transport;
 using Bytes = std::vector<uint8_t>;
 
-constexpr size_t kMostSteps = 60;
-constexpr size_t kMostSent = 64;
+constexpr size_t kMaxSteps = 60;
+constexpr size_t kMaxSent = 64;
 constexpr size_t kQueue = 4096;  // of a client that does not read
 constexpr uint32_t kNodes = 2;
 constexpr uint32_t kPorts = 5;
@@ -39,7 +40,7 @@ bool fails() {
 
 Bytes drawn_packet(uint32_t port) {
   if (port != QRTR_PORT_CTRL || input().ConsumeBool()) {
-    return input().ConsumeBytes<uint8_t>(input().ConsumeIntegralInRange<size_t>(0, kMostSent));
+    return input().ConsumeBytes<uint8_t>(input().ConsumeIntegralInRange<size_t>(0, kMaxSent));
   }
   auto packet = encode_control({input().PickValueInArray(kControlTypes),
                                 {.service = input().ConsumeIntegralInRange(0U, 3U),
@@ -76,7 +77,7 @@ class ServerSide {
     ServerEvent event = server_->next(buffer);
     if (event.kind == ServerEvent::Kind::nothing) return;
     bool is_dropped = event.kind == ServerEvent::Kind::peer_dropped;
-    FUZZ_REQUIRE(event.size <= (is_dropped ? kQueue : kMostSent));
+    FUZZ_REQUIRE(event.size <= (is_dropped ? kQueue : kMaxSent));
     FUZZ_REQUIRE(is_peer(event.service, event.peer) == (event.kind == ServerEvent::Kind::packet));
   }
 
@@ -86,7 +87,7 @@ class ServerSide {
   }
 
   void send_to_peers() {
-    const Bytes packet(input().ConsumeIntegralInRange<size_t>(0, kMostSent));
+    const Bytes packet(input().ConsumeIntegralInRange<size_t>(0, kMaxSent));
     for (uint32_t service : kServices) {
       for (Peer peer : server_->peers(service)) server_->send(peer, packet);
     }
@@ -98,7 +99,7 @@ class ServerSide {
 void check_watch() {
   uint32_t service = input().ConsumeIntegralInRange(0U, 3U);
   auto watch = qrtr_watch(service, kVersion);
-  for (size_t i = 0; watch != nullptr && i < kMostSteps; ++i) {
+  for (size_t i = 0; watch != nullptr && i < kMaxSteps; ++i) {
     Announcement told{};
     Status status = watch->next(told);
     if (status == Status::gone || status == Status::failed) return;
@@ -113,7 +114,7 @@ void check_channel() {
   Bytes buffer(kMaxPacketSize);
   for (Status status = Status::ok; status == Status::ok || status == Status::nothing;) {
     Received received = channel->receive(buffer);
-    FUZZ_REQUIRE(received.size <= kMostSent);
+    FUZZ_REQUIRE(received.size <= kMaxSent);
     status = input().remaining_bytes() > 0 ? received.status : Status::gone;
   }
   channel->send(buffer, Deadline::min());
@@ -161,6 +162,6 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   check_watch();
   check_channel();
   ServerSide server;
-  for (size_t i = 0; server && i < kMostSteps && from.remaining_bytes() > 0; ++i) server.step();
+  for (size_t i = 0; server && i < kMaxSteps && from.remaining_bytes() > 0; ++i) server.step();
   return 0;
 }

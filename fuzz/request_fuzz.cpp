@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The whole way of a request: bytes on the pipe, loop, dispatch, handler, modem, reply.
 #include "src/host/request_loop.h"
 
@@ -9,7 +10,7 @@ namespace {
 
 using fuzz::Bytes;
 
-constexpr size_t kMostRequests = 20;
+constexpr size_t kMaxRequests = 20;
 constexpr size_t kGenericErrorSize = 8;
 constexpr size_t kDataPlmnSize = 568;
 constexpr uint32_t kAllOnes = 0xFFFFFFFF;
@@ -75,7 +76,7 @@ class Parent {
   Bytes next() {
     if (!request_.empty()) check_replies(request_);
     phone_.replies.clear();
-    bool is_end = phone_.input.remaining_bytes() == 0 || ++count_ > kMostRequests;
+    bool is_end = phone_.input.remaining_bytes() == 0 || ++count_ > kMaxRequests;
     auto size = phone_.input.ConsumeIntegralInRange<size_t>(0, kRequestSize);
     request_ = is_end ? Bytes() : phone_.input.ConsumeBytes<uint8_t>(size);
     return request_;

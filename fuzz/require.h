@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What has to hold whatever the input says. A property that does not hold ends the process, and the
 // fuzzer keeps the input.
 #pragma once

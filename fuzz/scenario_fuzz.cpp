@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Scenario files of the simulated modem.
 #include <fuzzer/FuzzedDataProvider.h>
 
@@ -9,10 +10,10 @@
 
 namespace {
 
-constexpr size_t kMostText = 500'000;
+constexpr size_t kMaxText = 500'000;
 
 std::string drawn_text(FuzzedDataProvider& input) {
-  if (input.ConsumeBool()) return consume_stretched(input, kMostText);
+  if (input.ConsumeBool()) return consume_stretched(input, kMaxText);
   return input.ConsumeRemainingBytesAsString();
 }
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // A folder of its own for each run, in memory where the machine has such a file system.
 #pragma once
 

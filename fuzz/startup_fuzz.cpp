@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The whole process from its first line to the end of the request pipe: services that come up or
 // not, what the kernel tells of the last crash, what the modem tells of itself.
 #include <fstream>
@@ -13,7 +14,7 @@ namespace {
 constexpr char kBootInfo[] = "proc/bootinfo";
 constexpr char kModemRestarts[] = "sys/module/subsystem_restart/parameters/modem_restarts";
 constexpr char kRestartReason[] = "sys/module/pil_q6v5_mss/parameters/ssr_reason";
-constexpr size_t kMostText = 2048;
+constexpr size_t kMaxText = 2048;
 
 const std::filesystem::path& phone_root() {
   static const fuzz::Scratch scratch;
@@ -23,7 +24,7 @@ const std::filesystem::path& phone_root() {
 void draw_file(FuzzedDataProvider& input, const char* path) {
   std::filesystem::remove(phone_root() / path);
   if (!input.ConsumeBool()) return;
-  std::ofstream(phone_root() / path) << input.ConsumeRandomLengthString(kMostText);
+  std::ofstream(phone_root() / path) << input.ConsumeRandomLengthString(kMaxText);
 }
 
 void check_properties(const fuzz::Phone& phone) {

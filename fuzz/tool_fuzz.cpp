@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // qorextctl: frames from a daemon that writes anything, and words from anybody.
 #include <fuzzer/FuzzedDataProvider.h>
 
@@ -23,9 +24,9 @@ namespace {
 
 using namespace qorextctl;
 
-constexpr size_t kMostWords = 512;
-constexpr size_t kMostStretched = 500'000;
-constexpr size_t kMostLines = kMostLineBytes + 100'000;
+constexpr size_t kMaxWords = 512;
+constexpr size_t kMaxStretched = 500'000;
+constexpr size_t kMaxLines = kMaxLineBytes + 100'000;
 
 const Request& drawn_request(FuzzedDataProvider& input) {
   auto all = catalogue();
@@ -95,7 +96,7 @@ void check_command(const std::vector<std::string>& words) {
     return;
   }
   Expected expected = expect_reply(command->bytes, command->request);
-  FUZZ_REQUIRE(command->bytes.size() <= kMostRequestBytes);
+  FUZZ_REQUIRE(command->bytes.size() <= kMaxRequestBytes);
   FUZZ_REQUIRE(expected.replies >= 0 && expected.replies <= 2);
 }
 
@@ -137,7 +138,7 @@ void check_decoded(FuzzedDataProvider& input) {
 void check_log(FuzzedDataProvider& input) {
   LogReader reader;
   while (input.remaining_bytes() != 0) {
-    std::string line = "E/RIL-QOREXT( 1): " + input.ConsumeRandomLengthString(kMostWords);
+    std::string line = "E/RIL-QOREXT( 1): " + input.ConsumeRandomLengthString(kMaxWords);
     LogEntry entry = reader.read(line);
     check_output([&](Printer& printer) { printer.log_entry(entry.masked, entry.content); });
   }
@@ -147,7 +148,7 @@ void check_log(FuzzedDataProvider& input) {
 void check_lines(FuzzedDataProvider& input) {
   constexpr InputKind kKinds[] = {InputKind::automatic, InputKind::log, InputKind::reply};
   auto as = input.PickValueInArray(kKinds);
-  std::string text = consume_stretched(input, kMostLines);
+  std::string text = consume_stretched(input, kMaxLines);
   std::istringstream count(text);
   LineReader lines(count);
   size_t most = 0;
@@ -156,7 +157,7 @@ void check_lines(FuzzedDataProvider& input) {
     most = std::max(most, line.size());
     bytes += line.size();
   }
-  FUZZ_REQUIRE(most <= kMostLineBytes && bytes <= text.size() + 1);
+  FUZZ_REQUIRE(most <= kMaxLineBytes && bytes <= text.size() + 1);
 
   std::istringstream stream(text);
   std::ostringstream out;
@@ -208,16 +209,16 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
       check_recording(input.ConsumeRemainingBytesAsString());
       break;
     case 6:
-      check_recording(consume_stretched(input, kMostStretched));
+      check_recording(consume_stretched(input, kMaxStretched));
       break;
     case 7:
-      check_words(consume_stretched(input, kMostStretched));
+      check_words(consume_stretched(input, kMaxStretched));
       break;
     case 8:
       check_lines(input);
       break;
     default:
-      check_words(input.ConsumeRandomLengthString(kMostWords));
+      check_words(input.ConsumeRandomLengthString(kMaxWords));
   }
   return 0;
 }

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The Unix transport: a server whose clients send anything at any time, and a watch and a channel
 // whose server does.
 #include <fuzzer/FuzzedDataProvider.h>
@@ -16,9 +17,9 @@ namespace {
 using namespace qmi_transport;
 using Bytes = std::vector<uint8_t>;
 
-constexpr size_t kMostSteps = 40;
-constexpr size_t kMostClients = 4;
-constexpr size_t kMostSent = 64;
+constexpr size_t kMaxSteps = 40;
+constexpr size_t kMaxClients = 4;
+constexpr size_t kMaxSent = 64;
 constexpr size_t kQueue = 4096;  // of a client that does not read
 constexpr uint32_t kServices[] = {2, 3, 0xE1};
 constexpr uint32_t kVersion = 1;
@@ -38,7 +39,7 @@ std::function<void()> g_before_wait;
 
 Bytes drawn_packet(FuzzedDataProvider& input) {
   if (input.ConsumeBool()) {
-    return input.ConsumeBytes<uint8_t>(input.ConsumeIntegralInRange<size_t>(1, kMostSent));
+    return input.ConsumeBytes<uint8_t>(input.ConsumeIntegralInRange<size_t>(1, kMaxSent));
   }
   auto packet = encode_control({input.PickValueInArray(kControlTypes),
                                 {.service = input.PickValueInArray(kServices),
@@ -69,7 +70,7 @@ class ServerSide {
         server_->withdraw(input_.PickValueInArray(kServices));
         return;
       case 2:
-        if (clients_.size() < kMostClients) clients_.push_back(unix_connect(socket_path()));
+        if (clients_.size() < kMaxClients) clients_.push_back(unix_connect(socket_path()));
         return;
       case 3:
         if (!clients_.empty()) clients_.pop_back();
@@ -94,7 +95,7 @@ class ServerSide {
     ServerEvent event = server_->next(buffer);
     if (event.kind == ServerEvent::Kind::nothing) return;
     bool is_dropped = event.kind == ServerEvent::Kind::peer_dropped;
-    FUZZ_REQUIRE(event.size <= (is_dropped ? kQueue : kMostSent));
+    FUZZ_REQUIRE(event.size <= (is_dropped ? kQueue : kMaxSent));
     FUZZ_REQUIRE(std::find(std::begin(kServices), std::end(kServices), event.service) !=
                  std::end(kServices));
     FUZZ_REQUIRE(is_peer(event.service, event.peer) == (event.kind == ServerEvent::Kind::packet));
@@ -174,7 +175,7 @@ void check_channel(FuzzedDataProvider& input) {
   Received received{Status::ok};
   while (received.status == Status::ok) {
     received = channel->receive(buffer);
-    FUZZ_REQUIRE(received.size <= kMostSent);
+    FUZZ_REQUIRE(received.size <= kMaxSent);
   }
   channel->send(drawn_packet(input), Deadline::min());
 }
@@ -192,7 +193,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   check_watch(input);
   check_channel(input);
   ServerSide server(input);
-  for (size_t i = 0; i < kMostSteps && input.remaining_bytes() > 0; ++i) server.step();
+  for (size_t i = 0; i < kMaxSteps && input.remaining_bytes() > 0; ++i) server.step();
   server.serve_all();
   return 0;
 }

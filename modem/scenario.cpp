@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "modem/scenario.h"
 
 #include <fmt/format.h>
@@ -87,7 +88,7 @@ Scenario read_scenario(std::string_view text, const std::string& path) {
     throw ScenarioError(fmt::format("{}: is longer than {} bytes", path, kMaxSize));
   }
   if (size_t line = find_excess_levels(text)) {
-    fail(path, line, fmt::format("is nested deeper than {} levels", kMostTomlLevels));
+    fail(path, line, fmt::format("is nested deeper than {} levels", kMaxTomlLevels));
   }
   toml::table table;
   try {

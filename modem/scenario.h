@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The state that the modem starts from, as a TOML file.
 #pragma once
 
@@ -25,7 +26,7 @@ struct ScenarioError : std::runtime_error {
 };
 
 // The factory's content with what the file changes. Throws ScenarioError; also for a file of more
-// than 4 MiB, or nested deeper than kMostTomlLevels.
+// than 4 MiB, or nested deeper than kMaxTomlLevels.
 Scenario load_scenario(const std::string& path);
 
 // The same from the file's text; errors name `path`.

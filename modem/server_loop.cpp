@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "modem/server_loop.h"
 
 #include <errno.h>

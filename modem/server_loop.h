@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The modem's one loop: packets of clients, control lines, signals and delayed actions.
 #pragma once
 

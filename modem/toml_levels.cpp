@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "modem/toml_levels.h"
 
 #include <algorithm>
@@ -17,7 +18,7 @@ class Scanner {
   size_t find() {
     while (at_ < text_.size()) {
       step(text_[at_]);
-      if (level_ + key_ + dots_ > kMostTomlLevels) return line();
+      if (level_ + key_ + dots_ > kMaxTomlLevels) return line();
       ++at_;
     }
     return 0;

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What may stand where a command line has got to, told from the parser that will take it.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The control socket's commands for KPI logs and the hand-off block.
 #pragma once
 

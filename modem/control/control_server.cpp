@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "modem/control/control_server.h"
 
 #include <errno.h>

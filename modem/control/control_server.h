@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The Unix stream socket that takes command lines and gives back answer lines, from any number of
 // connections. No connection, whatever it sends or fails to read, holds up the others.
 #pragma once

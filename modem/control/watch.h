@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What a connection that watches the modem is told, one JSON object a line. The times are
 // nanoseconds of the machine's monotonic clock, which all its processes share.
 #pragma once

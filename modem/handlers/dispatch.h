@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // From a request packet to its response packet.
 #pragma once
 

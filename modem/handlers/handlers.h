@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The handlers, one a message; dispatch.cpp says which message each one serves.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // How a response says whether its request was served. Three conventions live side by side: the QMI
 // result record (0 is success), a word or byte "status" (0 is success), and a word or byte
 // "outcome" (1 is success) with an error behind it.

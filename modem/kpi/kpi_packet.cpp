@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "modem/kpi/kpi_packet.h"
 
 #include "modem/messages/services.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The packets in which a modem uploads its KPI logs, each in a utility indication.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The upload of a KPI log of any size, packet by packet, so that no more of it is in memory than
 // the packet under way.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What the modem can do wrong with an answer, by name.
 #pragma once
 

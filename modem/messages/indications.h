@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Indications of the vendor service, to all its clients.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What the modem wants done on its transport, each thing at its time.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Whole QMI packets: a header and TLVs.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "modem/messages/request_log.h"
 
 #include <fmt/chrono.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The requests that the modem was sent, for whoever wants to look at them afterwards.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Misbehaviour on request: what the modem does wrong with the next requests of a kind.
 #pragma once
 

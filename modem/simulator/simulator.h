@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The modem without its sockets: requests go in, actions come out of the outbox.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // One walk over named values that either writes them as JSON or reads them from JSON, so that every
 // value's name and limits are stated once. Reading takes a partial object: what is not named keeps
 // its value; what is named wrongly throws ArchiveError. The same walk tells which names there are.

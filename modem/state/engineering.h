@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The engineering records that the modem gives out as hexadecimal text.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The modem as it leaves the factory: believable, invented content.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The GSM 7-bit default alphabet (3GPP TS 23.038), one character a byte, without its extension
 // table.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What a person knows of the phone's NV items, and where in the items it lies. The items are the
 // truth; these are views of them.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Digits as the CDMA over-the-air interface packs them (TIA/EIA-95). Every digit counts as itself,
 // only 0 counts as 10.
 #pragma once

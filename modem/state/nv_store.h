@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The modem's NV items: bytes by RDE index and record number.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What the modem remembers. Plain values: a copy is a snapshot.
 #pragma once
 

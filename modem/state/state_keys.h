@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The readable names of the state's values, with their limits: the shape of scenario files and of
 // the control socket's "state" and "set".
 #pragma once

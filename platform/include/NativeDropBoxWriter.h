@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Hands finished logs to the Android DropBox, as libnativedropbox.so exports it.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The device management service (DMS, QMI service 2), described by libqmiservices.so.
 #pragma once
 

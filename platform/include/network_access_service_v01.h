@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The network access service (NAS, QMI service 3), described by libqmiservices.so.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The QMI common client interface, as libqmi_cci.so exports it: synchronous requests to one service
 // of the modem and indications from it. Messages are passed as the C structures that the service
 // object describes; the library encodes and decodes them.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The vendor's own modem service (qorext), described by libqmiqorext.so.
 #pragma once
 

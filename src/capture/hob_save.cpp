@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "src/capture/hob_save.h"
 
 #include <fcntl.h>

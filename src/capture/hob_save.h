@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The modem's hand-off block: 32 KiB of its RAM that the next boot needs, saved to a partition when
 // the modem asks for it. Only instance 0 takes part.
 #pragma once

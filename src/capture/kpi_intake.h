@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Where the KPI packets of the utility indication go.
 #pragma once
 

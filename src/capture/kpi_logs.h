@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The KPI logs that are kept: the current and the previous one, each named by an index link, and
 // the hand-off of finished ones to the DropBox. Paths are the phone's.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "src/capture/kpi_packets.h"
 
 #include "src/host/base/bytes.h"
@@ -12,12 +13,12 @@ struct KpiHeader {
 
 constexpr KpiHeader kKpiHeaders[] = {
     {0x01C0FFEE, kKpiStoreWithoutHeader},
-    {0xFFFFFFFF, kKpiStore},
-    {0x02C0FFEE, kKpiForward},
-    {0x03C0FFEE, kKpiForward},
-    {0x06C0FFEE, kKpiForward},
-    {0x07C0FFEE, kKpiForward},
-    {0x08C0FFEE, kKpiForward},
+    {0xFFFFFFFF, kKpiStore             },
+    {0x02C0FFEE, kKpiForward           },
+    {0x03C0FFEE, kKpiForward           },
+    {0x06C0FFEE, kKpiForward           },
+    {0x07C0FFEE, kKpiForward           },
+    {0x08C0FFEE, kKpiForward           },
 };
 
 bool fits_package(const KpiReceiver& receiver, const KpiPacket& packet) {

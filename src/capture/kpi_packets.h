@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The packets in which the modem uploads its KPI ("vorn") logs. Packets with one package id form a
 // package; this is the check of each packet against the package being received, and touches no
 // file.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "src/capture/kpi_store.h"
 
 #include <errno.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Keeps packages of the KPI log: each in a temporary file of its own until its last packet, then
 // appended to the current log.
 #pragma once

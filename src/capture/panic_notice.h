@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // After a crash of kernel or modem the modem verifies the SIM PIN by itself, so that the user is
 // not asked for it again.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The directory of the KPI logs: index links, dated logs, sweeps.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Live data of the CDMA 1x link.
 #include "src/carrier/carrier_operations.h"
 #include "src/carrier/engineering_text.h"
@@ -49,31 +50,31 @@ static_assert(offsetof(CallProcessingReply, bsLat) == 304);
 #define TO(field) offsetof(CallProcessingReply, field)
 
 constexpr EngineeringField kFields[] = {
-    {TO(fer), 0, 4},
-    {TO(bestActivePilot), 16, 2},
-    {TO(bestActiveStrength), 18, 2},
-    {TO(bestNeighborPilot), 20, 2},
-    {TO(bestNeighborStrength), 22, 2},
-    {TO(sid), 24, 2},
-    {TO(nid), 26, 2},
-    {TO(channel), 28, 2},
-    {TO(serviceOption), 30, 2},
-    {TO(droppedCallCounter), 158, 2},
-    {TO(sCallCounter), 156, 2},
-    {TO(txPower), 38, 2, true},
-    {TO(band), 33, 1},
-    {TO(activePilotCount), 12, 1},
-    {TO(neighborPilotCount), 13, 1},
-    {TO(candPilotCount), 14, 1},
-    {TO(cpState), 36, 2},
-    {TO(lastCallIndicator), 160, 2},
-    {TO(lnaStatus), 34, 1},
-    {TO(rssi), 40, 2},
-    {TO(PRevInUse), 32, 1},
-    {TO(bid), 42, 2},
-    {TO(bsLat), 44, 4},
-    {TO(bsLong), 48, 4},
-    {TO(rate_redu), 162, 2},
+    {TO(fer),                  0,   4                   },
+    {TO(bestActivePilot),      16,  2                   },
+    {TO(bestActiveStrength),   18,  2                   },
+    {TO(bestNeighborPilot),    20,  2                   },
+    {TO(bestNeighborStrength), 22,  2                   },
+    {TO(sid),                  24,  2                   },
+    {TO(nid),                  26,  2                   },
+    {TO(channel),              28,  2                   },
+    {TO(serviceOption),        30,  2                   },
+    {TO(droppedCallCounter),   158, 2                   },
+    {TO(sCallCounter),         156, 2                   },
+    {TO(txPower),              38,  2,                    true},
+    {TO(band),                        33,                    1              },
+    {TO(activePilotCount),                        12,        1},
+    {TO(neighborPilotCount),                        13,      1            },
+    {TO(candPilotCount),                        14,          1},
+    {TO(cpState),                        36,                 2                   },
+    {TO(lastCallIndicator),                        160,       2},
+    {TO(lnaStatus),                        34,               1                            },
+    {TO(rssi),                        40,                    2},
+    {TO(PRevInUse),                        32,               1                       },
+    {TO(bid),                        42,                     2},
+    {TO(bsLat),                        44,                   4                     },
+    {TO(bsLong),                        48,                  4},
+    {TO(rate_redu),                        162,               2                 },
 };
 
 #undef TO

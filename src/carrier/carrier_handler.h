@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The carrier's CDMA and LTE provisioning requests. Every CDMA-hook request is offered here first.
 #pragma once
 

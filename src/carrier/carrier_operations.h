@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The operations behind the carrier handler's tables. Each takes the whole request buffer, fills
 // the reply's data (left empty for a reply without) and returns the reply's status.
 #pragma once

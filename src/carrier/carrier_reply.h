@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Replies of the carrier handler. They reuse a header as it stands: a 20-byte structure of which
 // the last two bytes are padding, while the data begins at 18. That is meant.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The digit encodings of CDMA identities (TIA/EIA-95, 6.3.1): a group of digits is the decimal
 // number of its digits less one in each place, the digit 0 counting as 10. Three digits d1 d2 d3
 // become 100 d1 + 10 d2 + d3 - 111 (0 to 999), two digits 10 d1 + d2 - 11 (0 to 99). Pure functions

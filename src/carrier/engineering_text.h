@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The modem's engineering data: hexadecimal text of a packed binary record, which becomes a reply
 // of 32-bit fields.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // NV items and access codes as the carrier's requests address them.
 #include "src/carrier/carrier_operations.h"
 #include "src/carrier_modem/access_codes.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The number assignment module: the record that the parent sees, and the modem's items that keep
 // its values in the CDMA over-the-air encoding. Only NAM 0 is served.
 #pragma once

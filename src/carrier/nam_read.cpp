@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Get NAM information: fifteen items become one record.
 #include <string.h>
 

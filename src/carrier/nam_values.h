@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // A NAM as the modem keeps it, between its items and the parent's record.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Set NAM information: one record becomes fifteen items, and perhaps a new service programming
 // code.
 #include <string.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Records that the modem reports of its networks.
 #include <algorithm>
 

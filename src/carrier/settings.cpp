@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Carrier settings that the modem keeps.
 #include "src/carrier/carrier_operations.h"
 #include "src/carrier_modem/rde.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The twenty SID/NID pairs: half-words in the modem's item, words in the parent's record.
 #include "src/carrier/carrier_operations.h"
 #include "src/carrier/nam.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Secrets on their way to the modem: A-key, service programming code, subsidy-lock code. All are
 // characters as the parent gave them, not terminated; none is kept here.
 #pragma once

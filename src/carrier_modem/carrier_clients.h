@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The clients of the modem's standard services that carrier requests need: NAS and DMS.
 #pragma once
 

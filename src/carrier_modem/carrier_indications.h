@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The vendor service's indications of carrier events, each passed on as an unsolicited message.
 #pragma once
 

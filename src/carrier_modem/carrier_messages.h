@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The vendor service's carrier messages. Their responses follow two conventions, which is the
 // modem's choice for each message: a status word (0 is success), or an outcome word (1 is success)
 // with an error code behind it.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What the modem knows of its LTE link, from three services, in one record.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Reads and writes one NV item of the modem, addressed by RDE index, record number and offset.
 #pragma once
 

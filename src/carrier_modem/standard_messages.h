@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The NAS and DMS messages of the carrier's operations, as far as they are read here; the layouts
 // are those of the published services' C structures.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Configuration that crosses between modem and system properties at start-up. No failure stops the
 // start-up; each is logged.
 #pragma once

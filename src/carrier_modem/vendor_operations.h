@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The carrier's operations on the modem's vendor service: each one exchange, judged and logged
 // here.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Modem features that report by themselves. Both run on the client library's callback thread, take
 // an encoded indication of `length` bytes and return 0.
 #pragma once

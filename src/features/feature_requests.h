@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Modem features that the parent asks for. Each handler takes the whole request buffer, writes its
 // own reply and returns what the modem exchange returned (0 is success), which nobody looks at. The
 // argument of the table row is not used.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The GSM 7-bit default alphabet (3GPP TS 23.038, 6.2.1), unpacked to one character a byte.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The answer of a generic-hook feature that has nothing but a status to tell.
 #pragma once
 

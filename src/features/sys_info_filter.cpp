@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "src/features/feature_requests.h"
 #include "src/features/status_reply.h"
 #include "src/host/base/framing.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include <cutils/properties.h>
 
 #include <algorithm>
@@ -26,8 +27,12 @@ struct ForwardedType {
 };
 
 constexpr ForwardedType kForwardedTypes[] = {
-    {0, 0x03000B00, kNoticeAndData}, {2, 0x04000C00, kWholeData}, {3, 0x04000E00, kWholeData},
-    {5, 0x04001200, kWholeData},     {6, 0x04001300, kWholeData}, {9, 0x04001500, kFirstByte},
+    {0, 0x03000B00, kNoticeAndData},
+    {2, 0x04000C00, kWholeData    },
+    {3, 0x04000E00, kWholeData    },
+    {5, 0x04001200, kWholeData    },
+    {6, 0x04001300, kWholeData    },
+    {9, 0x04001500, kFirstByte    },
 };
 
 const ForwardedType* find_forwarded(uint32_t type) {

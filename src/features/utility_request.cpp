@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // CDMA-hook 0x0200001E: any utility request, straight from the parent.
 #include <algorithm>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "src/host/dispatch.h"
 
 #include <span>
@@ -24,32 +25,32 @@ constexpr uint32_t kFromRequest = 0xFFFFFFFF;
 constexpr uint32_t kCarrierArgument = 0xFFFFFFFF;
 
 constexpr HookDispatchEntry kGenericTable[] = {
-    {0x50019, 0, handleSilentReboot},
-    {0x5001E, 0, handleSysInfoFilter},
-    {0x60001, 0, handleDataPlmn},
-    {0x50020, 0, handleSignalCoverage},
-    {0x50029, 0, handleSignalCoverageWithMode},
-    {0xA0006, 0, handleOperatorName},
+    {0x50019, 0, handleSilentReboot            },
+    {0x5001E, 0, handleSysInfoFilter           },
+    {0x60001, 0, handleDataPlmn                },
+    {0x50020, 0, handleSignalCoverage          },
+    {0x50029, 0, handleSignalCoverageWithMode  },
+    {0xA0006, 0, handleOperatorName            },
     {0x5002A, 0, qorext_hook_set_antenna_tuning},
-    {0x50505, 0, handleCallEndRadioState},
+    {0x50505, 0, handleCallEndRadioState       },
 };
 
 constexpr HookDispatchEntry kCdmaFallbackTable[] = {
-    {0x02000016, kFromRequest, genNvRead},
-    {0x02000015, kFromRequest, genNvWrite},
-    {0x02000007, 28, nvRead},
-    {0x02000008, 28, nvWrite},
-    {0x0200000A, 32, nvRead},
-    {0x0200001C, 0, myPfpRequest},
-    {0x0200001E, 0, handleUtilsRequest},
-    {0x02000017, 38, nvRead},
-    {0x02000018, 38, nvWrite},
-    {0x02000019, 39, nvRead},
-    {0x0200001A, 39, nvWrite},
-    {0x0200000D, 10003, nvRead},
-    {0x0200000E, 10003, nvWrite},
-    {0x0200000F, 37, nvRead},
-    {0x02000010, 37, nvWrite},
+    {0x02000016, kFromRequest, genNvRead         },
+    {0x02000015, kFromRequest, genNvWrite        },
+    {0x02000007, 28,           nvRead            },
+    {0x02000008, 28,           nvWrite           },
+    {0x0200000A, 32,           nvRead            },
+    {0x0200001C, 0,            myPfpRequest      },
+    {0x0200001E, 0,            handleUtilsRequest},
+    {0x02000017, 38,           nvRead            },
+    {0x02000018, 38,           nvWrite           },
+    {0x02000019, 39,           nvRead            },
+    {0x0200001A, 39,           nvWrite           },
+    {0x0200000D, 10003,        nvRead            },
+    {0x0200000E, 10003,        nvWrite           },
+    {0x0200000F, 37,           nvRead            },
+    {0x02000010, 37,           nvWrite           },
 };
 
 // Calls the first row's handler with this id; false when there is none.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "src/host/indications.h"
 
 #include <stdio.h>
@@ -46,8 +47,12 @@ struct IndDispatchEntry {
 };
 
 constexpr IndDispatchEntry kIndicationTable[] = {
-    {0x1, send_notification},     {0xA, pfpIndication}, {0x13, hobSaveIndHndlr},
-    {0x16, send_generic_message}, {0xF, utilsIndHndlr}, {0x10C, sigcovIndHndlr},
+    {0x1,   send_notification   },
+    {0xA,   pfpIndication       },
+    {0x13,  hobSaveIndHndlr     },
+    {0x16,  send_generic_message},
+    {0xF,   utilsIndHndlr       },
+    {0x10C, sigcovIndHndlr      },
 };
 
 }  // namespace

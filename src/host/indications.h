@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The intake of the vendor service's indications.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // qorext_client readfd writefd writeunsolfd instance: serves the radio interface daemon's OEM-hook
 // requests through the modem. Whatever goes wrong, the exit status is 0.
 #include <signal.h>
@@ -18,14 +19,14 @@ namespace {
 
 constexpr uid_t kRadioUser = 1001;
 constexpr int kStatedArguments = 4;
-constexpr int kNoDescriptor = -1;
+constexpr int kInvalidFd = -1;
 
-// The read descriptor, or kNoDescriptor when the arguments will not do.
+// The read descriptor, or kInvalidFd when the arguments will not do.
 int take_arguments(int argc, char** argv) {
   // The program's own name counts here, so the fourth argument may be missing; it then is 0.
   if (argc < kStatedArguments) {
     LOGE("Need %d args %d", kStatedArguments, argc);
-    return kNoDescriptor;
+    return kInvalidFd;
   }
   int read_fd = atoi(argv[1]);
   int write_fd = atoi(argv[2]);
@@ -35,9 +36,9 @@ int take_arguments(int argc, char** argv) {
   LOGE("readfd=%d, writefd=%d, writeunsolfd=%d qor_ext_instance_id=%d", read_fd, write_fd,
        unsolicited_fd, qor_ext_instance_id);
 
-  if (read_fd == kNoDescriptor || write_fd == kNoDescriptor || unsolicited_fd == kNoDescriptor) {
+  if (read_fd == kInvalidFd || write_fd == kInvalidFd || unsolicited_fd == kInvalidFd) {
     LOGE("Invalid fds");
-    return kNoDescriptor;
+    return kInvalidFd;
   }
   return read_fd;
 }
@@ -75,7 +76,7 @@ int main(int argc, char** argv) {
   [[maybe_unused]] int not_checked = setuid(kRadioUser);
 
   int read_fd = take_arguments(argc, argv);
-  if (read_fd == kNoDescriptor || !open_modem_clients()) return 0;
+  if (read_fd == kInvalidFd || !open_modem_clients()) return 0;
 
   exchange_start_up_facts();
   serve_requests(read_fd);

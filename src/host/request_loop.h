@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Serves the parent's requests, one at a time.
 #pragma once
 

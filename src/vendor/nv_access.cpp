@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "src/vendor/nv_access.h"
 
 #include <string.h>

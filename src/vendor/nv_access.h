@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // CDMA-hook requests that read and write the modem's NV items. Each handler takes the whole request
 // buffer and the RDE id of its row, writes its own reply and returns 0; a null request is left
 // unanswered.

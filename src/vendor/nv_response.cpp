@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "src/vendor/nv_response.h"
 
 #include <string.h>
@@ -10,10 +11,13 @@
 namespace {
 
 constexpr NvResponseEntry kNvResponseTable[] = {
-    // id, bytes of the item, reply
-    {0x02000007, 4, handleNvResponse}, {0x02000017, 4, handleNvResponse},
-    {0x02000019, 4, handleNvResponse}, {0x0200000A, 6, handleSpcResponse},
-    {0x0200000D, 4, handleNvResponse}, {0x0200000F, 4, handleNvResponse},
+  // id, bytes of the item, reply
+    {0x02000007, 4, handleNvResponse },
+    {0x02000017, 4, handleNvResponse },
+    {0x02000019, 4, handleNvResponse },
+    {0x0200000A, 6, handleSpcResponse},
+    {0x0200000D, 4, handleNvResponse },
+    {0x0200000F, 4, handleNvResponse },
 };
 
 // The rows of items 38 and 39 lead here as well; the parent expects status 5 for them.

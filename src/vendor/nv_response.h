@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Replies to reads of fixed NV items: which part of the modem's answer the parent gets to see.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The modem's PFP table: asked for with a CDMA-hook request, delivered later as an indication.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The vendor service's element read (message 8) and element write (message 9): NV items addressed
 // by RDE id, record number and byte offset.
 #pragma once

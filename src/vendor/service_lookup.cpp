@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "src/vendor/service_lookup.h"
 
 #include <errno.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Finding the instances of a QMI service, and waiting for one to come up.
 #pragma once
 

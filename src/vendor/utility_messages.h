@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The vendor service's general-purpose message (0x0F): requests, their responses and indications,
 // each with a type and up to 256 or 512 bytes of data.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The one client of the modem's vendor service (qorext) that the whole process shares.
 #pragma once
 

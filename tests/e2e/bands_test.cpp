@@ -1,11 +1,12 @@
+// SPDX-License-Identifier: Apache-2.0
 // Band classes, roaming list and active profile.
 #include "tests/e2e/support/carrier_fixture.h"
 
 namespace e2e {
 namespace {
 
-constexpr size_t kMostRequestBytes = 17408;
-constexpr size_t kMostSegmentBytes = 16384;
+constexpr size_t kMaxRequestBytes = 17408;
+constexpr size_t kMaxSegmentBytes = 16384;
 
 Texts getting(uint32_t id) {
   return {fmt::format("qorext_hook_sprint_get_nv_data_to_oem: ENTER EVENT VALUE {} ", id),
@@ -104,9 +105,9 @@ TEST_F(Bands, ARoamingListSegmentReachesTheModem) {
 }
 
 TEST_F(Bands, ASegmentThatClaims20000BytesIsCutTo16384) {
-  Bytes data = counting(kMostRequestBytes - 22);
+  Bytes data = counting(kMaxRequestBytes - 22);
   Bytes request = cdma(0x020000B4, le32(20000) + data);
-  data.resize(kMostSegmentBytes);
+  data.resize(kMaxSegmentBytes);
   expect_served(request, echo(request, 0), roaming_list(20000), {segment(data)});
 }
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The completion of the programs' command lines, as the shells that people use do it.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The log of a real run, decoded by the tool's executable.
 #include <fmt/format.h>
 #include <gmock/gmock.h>

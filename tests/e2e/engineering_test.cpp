@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Live data of the CDMA 1x and EVDO links: packed records become words.
 #include "tests/e2e/support/carrier_fixture.h"
 #include "tests/e2e/support/engineering_records.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What goes wrong with the modem and the pipes, and that the daemon serves on.
 #include <signal.h>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Modem features that the parent asks for: generic-hook requests, and the two of the CDMA family.
 #include <gmock/gmock.h>
 
@@ -129,11 +130,11 @@ std::string utf8(char32_t point) {
 }
 
 TEST_F(Features, EveryGsmCodeComesBackInUtf8) {
-  constexpr size_t kMostCharacters = 64;
-  for (size_t first = 0; first < kCodes; first += kMostCharacters) {
+  constexpr size_t kMaxCharacters = 64;
+  for (size_t first = 0; first < kCodes; first += kMaxCharacters) {
     std::string escaped;
     std::string expected;
-    for (size_t code = first; code < first + kMostCharacters; ++code) {
+    for (size_t code = first; code < first + kMaxCharacters; ++code) {
       char32_t point = kGsmAlphabet[code];
       escaped += fmt::format("\\u{:04x}", static_cast<uint32_t>(point));
       if (point == U'\r') continue;

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What the daemon needs of the system: libraries, descriptors, memory, processor time.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -14,7 +15,7 @@ namespace {
 
 using testing::ElementsAre;
 
-constexpr size_t kMostPrivateMemory = 1024;  // KiB
+constexpr size_t kMaxPrivateMemory = 1024;  // KiB
 constexpr auto kIdleTime = std::chrono::seconds(2);
 
 // The names in the dynamic section of an executable, without the numbers that Debian gives to
@@ -78,7 +79,7 @@ TEST_F(Footprint, NeedsLessThanAMebibyteOfItsOwn) {
   size_t size = private_memory_of(pid());
   std::cout << "private memory: " << size << " KiB" << std::endl;
   EXPECT_GT(size, 0U);
-  EXPECT_LT(size, kMostPrivateMemory);
+  EXPECT_LT(size, kMaxPrivateMemory);
 }
 
 // In 256 MiB of addresses, most of them the libraries'.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Requests of every size, and ids that nobody serves.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -12,7 +13,7 @@ using testing::ElementsAre;
 using testing::ElementsAreArray;
 using testing::IsEmpty;
 
-constexpr size_t kMostRequestBytes = 17408;
+constexpr size_t kMaxRequestBytes = 17408;
 
 class Framing : public testing::Test {
  protected:
@@ -70,14 +71,14 @@ TEST_F(Framing, AGenericIdOfTwoIsTakenForACdmaHookRequest) {
 }
 
 TEST_F(Framing, TheLongestRequestIsReadAtOnce) {
-  Bytes request = hex("01050506 000043F8") + counting(kMostRequestBytes - 8);
+  Bytes request = hex("01050506 000043F8") + counting(kMaxRequestBytes - 8);
   Served served = handset.serve(request);
   EXPECT_EQ(served.replies, "01050506ffffffff");
   EXPECT_EQ(served.log[0], "Read 17408 bytes from pipe");
 }
 
 TEST_F(Framing, WhatIsLongerIsReadAsTwoRequests) {
-  handset.send(hex("01050506 00004400") + counting(kMostRequestBytes - 8) +
+  handset.send(hex("01050506 00004400") + counting(kMaxRequestBytes - 8) +
                hex("02050507 00000000"));
   Served first = handset.served();
   Served second = handset.served();
@@ -87,7 +88,7 @@ TEST_F(Framing, WhatIsLongerIsReadAsTwoRequests) {
 }
 
 TEST_F(Framing, NothingOfALongRequestIsLeftForAShortOne) {
-  handset.serve(Bytes(kMostRequestBytes, 0xFF));
+  handset.serve(Bytes(kMaxRequestBytes, 0xFF));
   EXPECT_EQ(handset.serve(hex("01")).replies, "01000000ffffffff");
 }
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Random requests: the daemon lives, and answers each of them by the rules.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -12,20 +13,20 @@ namespace {
 
 constexpr size_t kRequests = 500;
 constexpr uint32_t kSeed = 20260917;
-constexpr size_t kMostPayload = 600;
+constexpr size_t kMaxPayload = 600;
 
 class RandomRequests {
  public:
   Bytes next() {
     switch (below(4)) {
       case 0:
-        return bytes(1 + below(kMostPayload));
+        return bytes(1 + below(kMaxPayload));
       case 1:
         return le32(0x02000000 + below(0x100)) + bytes(below(24));
       case 2:
-        return cdma_claiming(0x02000001 + below(0x1A), claim(), bytes(below(kMostPayload)));
+        return cdma_claiming(0x02000001 + below(0x1A), claim(), bytes(below(kMaxPayload)));
       default:
-        return cdma_claiming(0x020000B0 + below(0x1C), claim(), bytes(below(kMostPayload)));
+        return cdma_claiming(0x020000B0 + below(0x1C), claim(), bytes(below(kMaxPayload)));
     }
   }
 
@@ -33,7 +34,7 @@ class RandomRequests {
   uint32_t next_word() { return static_cast<uint32_t>(random_()); }
   uint32_t below(uint32_t end) { return next_word() % end; }
   // A length that may fit the payload, or that nothing can fit.
-  uint32_t claim() { return below(4) == 0 ? next_word() : below(kMostPayload); }
+  uint32_t claim() { return below(4) == 0 ? next_word() : below(kMaxPayload); }
   Bytes bytes(size_t size) {
     Bytes bytes(size);
     std::generate(bytes.begin(), bytes.end(), [this] { return static_cast<uint8_t>(random_()); });

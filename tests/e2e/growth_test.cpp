@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // A fault that comes again and again costs the daemon no memory, no descriptor and no thread.
 #include "tests/e2e/support/faulty_handset.h"
 
@@ -10,7 +11,7 @@ class Growth;
 
 // In KiB. Two pages, for what comes into memory late; and the room that messages take which have to
 // wait, more or fewer of them each time.
-constexpr size_t kMostGrowth = 8;
+constexpr size_t kMaxGrowth = 8;
 constexpr size_t kRoomOfWaiting = 256;
 
 struct Repeated {
@@ -18,7 +19,7 @@ struct Repeated {
   int times;
   void (*begin)(Growth& test);  // once
   void (*provoke)(Growth& test);
-  size_t most_growth = kMostGrowth;
+  size_t most_growth = kMaxGrowth;
 };
 
 class Growth : public FaultyHandset, public testing::WithParamInterface<Repeated> {

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The modem's hand-off block, saved to its partition when the modem asks for it.
 #include <fcntl.h>
 #include <gmock/gmock.h>

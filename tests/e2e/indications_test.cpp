@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What the modem reports by itself, on its way to the parent.
 #include <gmock/gmock.h>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // System calls that end before their work is done.
 #include <signal.h>
 
@@ -38,7 +39,7 @@ class Signalling {
 
 TEST_F(Interruptions, BySignalsCostNothingInAThousandRequests) {
   constexpr uint32_t kRequests = 1000;
-  constexpr uint32_t kLeastSignals = 100;
+  constexpr uint32_t kMinSignals = 100;
   {
     Signalling signals(pid());
     for (uint32_t i = 0; i < kRequests; ++i) {
@@ -52,7 +53,7 @@ TEST_F(Interruptions, BySignalsCostNothingInAThousandRequests) {
       ASSERT_NE(next_message(), "nothing");
     }
   }
-  EXPECT_GT(switches->caught_signals, kLeastSignals);
+  EXPECT_GT(switches->caught_signals, kMinSignals);
   EXPECT_EQ(handset->modem().value("state", "/state/carrier/bc10"), std::to_string(kRequests - 1));
   EXPECT_THAT(handset->log().texts(), Contains(" Got EINTR, ignoring"));
 }

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The daemon is killed at each system call with which it stores a log, and started again: no log
 // that was complete may be lost, and the next one has to be stored.
 #include <fmt/format.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The KPI logs that the modem uploads, in their files.
 #include <fmt/format.h>
 #include <gmock/gmock.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The service programming code, items that cannot be read or written, and SID/NID pairs.
 #include "tests/e2e/support/nam_fixture.h"
 

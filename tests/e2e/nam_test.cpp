@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The number assignment module: read and programmed.
 #include "tests/e2e/support/nam_fixture.h"
 

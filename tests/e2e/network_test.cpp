@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What the modem reports of its networks, and the codes that protect it.
 #include "tests/e2e/support/carrier_fixture.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // NV items, by their number and by ids of their own.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Memory that is not there, at one allocation after the other.
 #include "tests/e2e/support/faulty_handset.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Indications that the daemon cannot take in time: the parent does not read, or there is no memory.
 #include <stdlib.h>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The waits that take their time: for a modem that is not there, and for one that does not answer.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The tool's words for failure and log capture: uploads, saves, the phone's root.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

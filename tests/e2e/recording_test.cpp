@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Recordings of real daemons and modems: made, played back, shown as timelines.
 #include <fmt/format.h>
 #include <gmock/gmock.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Descriptors and files that cannot be had.
 #include "tests/e2e/support/faulty_handset.h"
 #include "tests/e2e/support/vorn.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The scenario files that come with the modem give what they say.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Phones with a separate modem chip, where the vendor's service comes up twice.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

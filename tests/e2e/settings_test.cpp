@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Settings that the modem keeps: factory reset, DDTM, BSR timer, LTE option.
 #include "tests/e2e/support/carrier_fixture.h"
 

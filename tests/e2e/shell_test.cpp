@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The shell as a person uses it: at a terminal.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

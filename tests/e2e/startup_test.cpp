@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // From the start of the process until it serves, and its end.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

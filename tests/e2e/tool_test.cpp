@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The tool as an engineer or a script calls it: its executable, with real daemons and modems.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // More exchanges than there are transaction ids.
 #include <fmt/format.h>
 #include <gtest/gtest.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // A phone with two instances of the daemon on one modem: every upload reaches both.
 #include <gmock/gmock.h>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "tests/handset/device_files.h"
 
 #include <fmt/format.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The phone's files, as the tests of the handset look at them.
 #pragma once
 

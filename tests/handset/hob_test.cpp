@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The HOB save on real block devices. What it leaves on the partition is looked at once more when
 // the handset has been switched off: the test that wipes the partition saves to it as well.
 #include <gmock/gmock.h>

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 """Builds what the handset starts from: an initramfs and two disks."""
 
 import os

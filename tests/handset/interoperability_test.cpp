@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Programs that others have written, on the simulated modem.
 #include <gmock/gmock.h>
 

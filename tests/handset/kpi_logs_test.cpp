@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The modem's logs on the phone's own file system: owners, groups and modes.
 #include <gmock/gmock.h>
 

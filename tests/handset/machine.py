@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 """The virtual machine: its command line, and one that runs."""
 
 import queue

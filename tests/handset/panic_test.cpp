@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The notice of a crash, read from the phone's own /proc and /sys.
 #include <gmock/gmock.h>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What the daemon is on the phone: its user, its root, its sockets.
 #include <gmock/gmock.h>
 #include <linux/qrtr.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Services that go and come in the kernel's name service, and two daemons beside each other.
 #include <gmock/gmock.h>
 

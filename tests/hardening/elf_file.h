@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What a 64-bit ELF file tells of how it was compiled and linked.
 #pragma once
 

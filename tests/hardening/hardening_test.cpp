@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // How the executables are compiled and linked. Each property is also asked of a program that is
 // built without it, so that a question that no file could fail is noticed.
 #include <gtest/gtest.h>

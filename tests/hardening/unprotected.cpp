@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Does what the protections are about (large frame, copied text, array on the stack) and is built
 // without any of them.
 #include <stdio.h>

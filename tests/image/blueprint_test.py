@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 """Android.bp builds what CMake builds."""
 import json
 import re

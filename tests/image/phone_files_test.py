@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 """What the daemon opens on the phone is there, and for it to use."""
 import re
 import unittest

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 """The policy allows what the daemon needs, no more, and breaks none of the platform's rules.
 
 platform_policy stands for the platform's policy: the part of it that the daemon's meets.

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 """Where the image's files are, and how its tools are run."""
 import os
 import pathlib

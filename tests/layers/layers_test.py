@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 """No folder includes from a folder above it, as docs/architecture.md has them."""
 import pathlib
 import re

@@ -1,4 +1,5 @@
 #!/usr/bin/env python3
+# SPDX-License-Identifier: Apache-2.0
 """Makes small wrong changes to the daemon's sources, one at a time, and lists those that the unit
 tests do not notice.
 

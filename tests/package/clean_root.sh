@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 # shellcheck shell=bash
 # To be sourced: clean roots of Debian and Ubuntu releases, gone after their use. Needs root.
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Everything that is drawn comes from one seeded generator: the same seed gives the same run.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The families of requests: each one draws a request and tells by the model, byte for byte, what
 // the parent must read.
 #pragma once
@@ -19,13 +20,13 @@ struct Target {
   uint32_t exchanges = 1;
 };
 
-constexpr size_t kMostTargets = 5;
+constexpr size_t kMaxTargets = 5;
 
 struct Family {
   const char* name;
   uint32_t weight;
   Case (*draw)(Draws& draws, ModemModel& modem);
-  Target targets[kMostTargets] = {};
+  Target targets[kMaxTargets] = {};
 };
 
 std::span<const Family> nv_families();

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Requests that nobody serves.
 #include "tests/soak/families.h"
 

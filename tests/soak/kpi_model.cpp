@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "tests/soak/kpi_model.h"
 
 #include <algorithm>

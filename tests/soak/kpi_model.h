@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What becomes of the modem's KPI packets: records go on to the parent, packages into the log.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "tests/soak/modem_model.h"
 
 #include "tests/e2e/support/engineering_records.h"
@@ -139,7 +140,7 @@ ModemModel::Read ModemModel::read_item(ItemKey key, uint32_t offset) {
 
 bool ModemModel::write_item(ItemKey key, uint32_t offset, const Bytes& data) {
   Exchange exchange = ask("element_write");
-  if (!exchange.is_served || size_t{offset} + data.size() > kMostItemBytes) return false;
+  if (!exchange.is_served || size_t{offset} + data.size() > kMaxItemBytes) return false;
   Bytes& item = memory_.items[key];
   item.resize(std::max(item.size(), offset + data.size()));
   std::copy(data.begin(), data.end(), item.begin() + offset);

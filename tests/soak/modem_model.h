@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // A small model of the modem: what it remembers, and what the daemon gets out of each exchange with
 // it. It shares nothing with the simulated modem but the meaning of the requests.
 #pragma once
@@ -56,7 +57,7 @@ struct Network {
   Bytes pfp_table;  // 224 bytes
 };
 
-constexpr uint32_t kMostItemBytes = 512;
+constexpr uint32_t kMaxItemBytes = 512;
 constexpr size_t kSidNidValues = 40;
 
 struct Nam {

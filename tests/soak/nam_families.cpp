@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The number assignment module: one record that is fifteen items of the modem.
 #include "tests/soak/families.h"
 

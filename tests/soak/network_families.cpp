@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What the modem tells the carrier's requests of its networks, and the codes that protect it.
 #include "tests/e2e/support/engineering_records.h"
 #include "tests/soak/families.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // NV items: by general requests, and by those with an item of their own.
 #include "tests/soak/families.h"
 
@@ -23,7 +24,7 @@ Address draw_address(Draws& draws) {
 
 // Most are short; some are around the limit.
 uint32_t draw_length(Draws& draws) {
-  return draws.one_in(20) ? draws.between(kMostItemBytes - 2, kMostItemBytes + 2) : draws.below(48);
+  return draws.one_in(20) ? draws.between(kMaxItemBytes - 2, kMaxItemBytes + 2) : draws.below(48);
 }
 
 Case general_read(Draws& draws, ModemModel& modem) {
@@ -40,9 +41,9 @@ Case general_write(Draws& draws, ModemModel& modem) {
   constexpr uint32_t kId = 0x02000015;
   auto [key, offset] = draw_address(draws);
   uint32_t length = draws.one_in(50) ? draws.word() | 0x80000000 : draw_length(draws);
-  Bytes data = draws.bytes(std::min(length, kMostItemBytes + 2));
+  Bytes data = draws.bytes(std::min(length, kMaxItemBytes + 2));
   Bytes request = cdma(kId, words({key.rde_id, key.record, offset, length}) + data);
-  bool done = length <= kMostItemBytes && modem.write_item(key, offset, data);
+  bool done = length <= kMaxItemBytes && modem.write_item(key, offset, data);
   return {request, reply(kId, status_of(done))};
 }
 
@@ -69,7 +70,7 @@ Case useless_read(uint32_t id, uint32_t item, ModemModel& modem) {
 
 Case fixed_write(uint32_t id, uint32_t item, Draws& draws, ModemModel& modem) {
   Bytes data = draws.bytes(draw_length(draws));
-  bool done = data.size() <= kMostItemBytes && modem.write_item({item, 0}, 0, data);
+  bool done = data.size() <= kMaxItemBytes && modem.write_item({item, 0}, 0, data);
   return {cdma(id, data), reply(id, status_of(done))};
 }
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What a process needs of the system in a long run: it may not become more.
 #pragma once
 

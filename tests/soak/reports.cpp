@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "tests/soak/reports.h"
 
 #include <fmt/format.h>
@@ -8,7 +9,7 @@ namespace {
 
 using namespace e2e;
 
-constexpr size_t kMostUtilityData = 512;
+constexpr size_t kMaxUtilityData = 512;
 
 // The fields of the indication, in the words of the modem's control socket.
 using Draw = std::string (*)(Draws& draws, uint32_t count, Parent& parent);
@@ -48,7 +49,7 @@ std::string utility_fields(uint32_t type, const Bytes& data) {
 
 std::string forwarded(Draws& draws, uint32_t count, Parent& parent) {
   const auto& row = draws.one_of(kForwardedTypes);
-  Bytes data = draws.bytes(draws.one_in(20) ? draws.below(kMostUtilityData + 1) : draws.below(40));
+  Bytes data = draws.bytes(draws.one_in(20) ? draws.below(kMaxUtilityData + 1) : draws.below(40));
   Bytes shown = data;
   if (row.is_one_byte) shown.resize(1);
   expect(parent, count, generic_message(hex(row.id), hex(row.front) + shown));
@@ -124,7 +125,7 @@ Bytes draw_kpi_packet(Draws& draws, const KpiModel& kpi) {
   Bytes payload = draws.bytes(draws.one_in(20) ? draws.below(6) : draws.between(5, 500));
   if (begins) {
     payload = le32(draws.one_of(kKpiHeaders)) + payload;
-    payload.resize(std::min<size_t>(payload.size(), kMostUtilityData - kKpiHeaderSize));
+    payload.resize(std::min<size_t>(payload.size(), kMaxUtilityData - kKpiHeaderSize));
   }
   auto size = static_cast<uint32_t>(payload.size());
   if (draws.one_in(20)) size = draws.below(2000);
@@ -163,9 +164,9 @@ constexpr Kind kKinds[] = {
 }  // namespace
 
 Report draw_report(Draws& draws, uint32_t most, Parent& parent) {
-  constexpr uint32_t kLongestBurst = 30;
+  constexpr uint32_t kMaxBurst = 30;
   const Kind& kind = draws.weighted(kKinds);
-  uint32_t count = kind.comes_in_bursts ? draws.between(1, std::min(most, kLongestBurst)) : 1;
+  uint32_t count = kind.comes_in_bursts ? draws.between(1, std::min(most, kMaxBurst)) : 1;
   std::string fields = kind.draw(draws, count, parent);
   return {fmt::format("indicate {} {} --count {}", kind.indication, fields, count), kind.name,
           count};

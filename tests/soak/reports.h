@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What the modem reports by itself, and what the parent must read of it, in its order.
 #pragma once
 

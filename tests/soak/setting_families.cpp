@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The carrier's settings.
 #include "tests/soak/families.h"
 
@@ -84,7 +85,7 @@ Case get_lte_option(Draws& draws, ModemModel& modem) {
 Case set_lte_option(Draws& draws, ModemModel& modem) {
   Bytes value = draws.bytes(draws.one_in(50) ? draws.between(510, 514) : draws.below(8));
   Bytes request = cdma(0x020000BF, value, draw_code(draws));
-  bool done = value.size() <= kMostItemBytes && modem.write_item(kLteOption, 0, value);
+  bool done = value.size() <= kMaxItemBytes && modem.write_item(kLteOption, 0, value);
   return {request, echo(request, status_of(done))};
 }
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "tests/soak/soak.h"
 
 #include <fmt/format.h>
@@ -23,7 +24,7 @@ using qorextctl::Deadline;
 
 constexpr uint32_t kSpoilOneIn = 8;
 constexpr uint32_t kWaitForTimeoutOneIn = 200000;
-constexpr size_t kMostMessagesUnread = 300;
+constexpr size_t kMaxMessagesUnread = 300;
 constexpr uint32_t kLooks = 1000;   // at the processes
 constexpr uint32_t kWarmUp = 1000;  // requests before the first look counts
 constexpr auto kProgressEvery = std::chrono::seconds(1);
@@ -115,7 +116,7 @@ void Soak::report_some() {
     modem_->command(report.command);
     indicated_ += report.count;
     reports_[report.kind] += report.count;
-    wait_for_messages(kMostMessagesUnread);
+    wait_for_messages(kMaxMessagesUnread);
   }
 }
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // One daemon serves requests for as long as is wanted, while its modem misbehaves now and then and
 // reports by itself. Every reply and every unsolicited message is checked, and so is what the two
 // processes need of the system.

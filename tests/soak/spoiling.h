@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What the modem is told to do wrong with one exchange.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include <fmt/format.h>
 
 #include <algorithm>
@@ -161,9 +162,9 @@ std::string requests_text(Family family) {
 }
 
 std::string statuses_text() {
-  constexpr uint32_t kMostStatus = 6;
+  constexpr uint32_t kMaxStatus = 6;
   std::string text = "## Statuses\n\n| Status | Meaning |\n|---|---|\n";
-  for (uint32_t status = 0; status <= kMostStatus; ++status) {
+  for (uint32_t status = 0; status <= kMaxStatus; ++status) {
     std::string name = qorextctl::status_name(status);
     if (name != "unknown") text += fmt::format("| {} | {} |\n", status, name);
   }

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Writes the pages into the folder that is named.
 #include <fmt/format.h>
 

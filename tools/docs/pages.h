@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Pages of docs/ that are made from the tables that the programs work with.
 #pragma once
 

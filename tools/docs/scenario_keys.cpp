@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include <fmt/format.h>
 
 #include "modem/scenario.h"
@@ -23,8 +24,8 @@ be given where its table is.
 
 // Where a value is longer than a page is wide.
 std::string shortened(const std::string& value) {
-  constexpr size_t kMost = 60;
-  return value.size() <= kMost ? value : value.substr(0, kMost) + "...";
+  constexpr size_t kMax = 60;
+  return value.size() <= kMax ? value : value.substr(0, kMax) + "...";
 }
 
 }  // namespace

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "tools/qorextctl/decode_input.h"
 
 #include <fmt/format.h>
@@ -61,7 +62,7 @@ class Decoder {
   Outcome skipped_line() {
     ++line_;
     reader_.forget();
-    return complain(fmt::format("is longer than {} bytes, skipped", kMostLineBytes));
+    return complain(fmt::format("is longer than {} bytes, skipped", kMaxLineBytes));
   }
 
  private:

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Frames and logs that were recorded elsewhere.
 #pragma once
 

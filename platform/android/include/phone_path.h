@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // On the phone every path is what it says.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // System properties, as the phone's libcutils exports them.
 #pragma once
 

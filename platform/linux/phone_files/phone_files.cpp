@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "platform/linux/phone_files/phone_files.h"
 
 #include <errno.h>

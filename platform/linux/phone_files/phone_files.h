@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Files of the phone that libraries of the workstation write for others to read.
 #pragma once
 

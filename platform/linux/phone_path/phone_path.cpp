@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "phone_path.h"
 
 #include <climits>

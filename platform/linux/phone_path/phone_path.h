@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Where the phone's files lie on a workstation.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "platform/linux/qmi_cci/client.h"
 
 #include "platform/linux/qmi_cci/queue_bound.h"

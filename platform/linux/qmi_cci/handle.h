@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The objects behind the handles given to callers. A handle is only ever looked up, never followed,
 // so that a stale or foreign one is refused instead of believed; an object lives on until the calls
 // that use it have returned.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "platform/linux/qmi_cci/indication_queue.h"
 
 #include <malloc.h>

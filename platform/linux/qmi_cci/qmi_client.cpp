@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The exported functions: they check what the caller gives and let no exception out.
 #include "qmi_client.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "platform/linux/qmi_cci/queue_bound.h"
 
 #include <stdlib.h>
@@ -27,9 +28,9 @@ size_t queue_bound_from_environment() {
   const char* text = getenv(kVariable);
   if (text == nullptr) return kDefaultQueueBound;
   size_t bound = number_in(text);
-  if (bound >= kLeastQueueBound) return bound;
-  LOGE("%s: %s is not a number of bytes from %zu on; %zu is taken", kVariable, text,
-       kLeastQueueBound, kDefaultQueueBound);
+  if (bound >= kMinQueueBound) return bound;
+  LOGE("%s: %s is not a number of bytes from %zu on; %zu is taken", kVariable, text, kMinQueueBound,
+       kDefaultQueueBound);
   return kDefaultQueueBound;
 }
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "platform/linux/qmi_idl/codec.h"
 
 #include <string.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Encodes and decodes messages by their descriptions. Nothing outside the given spans is read or
 // written, whatever the bytes say.
 #pragma once

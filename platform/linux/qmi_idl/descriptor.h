@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // How a QMI service's messages look, on the wire and as C structures. One constexpr table a service
 // says it once, for the client library, the simulated modem and the decoders.
 //

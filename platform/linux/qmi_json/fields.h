@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // A message's C structure, read and filled by the names of its elements.
 //
 // An unknown name or a value of another kind is a mistake of the caller's and throws FieldError,

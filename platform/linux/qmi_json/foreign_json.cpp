@@ -1,9 +1,10 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "platform/linux/qmi_json/foreign_json.h"
 
 namespace qmi_json {
 namespace {
 
-static_assert(kMostLevels == 64 && kMostMembers == 4096, "the texts name them");
+static_assert(kMaxLevels == 64 && kMaxMembers == 4096, "the texts name them");
 constexpr const char* kTooDeep = "is nested deeper than 64 levels";
 constexpr const char* kTooWide = "has an object of more than 4096 members";
 
@@ -18,7 +19,7 @@ size_t end_of_string(std::string_view text, size_t quote) {
 
 // Brackets and colons of a text that is not JSON are counted too: the library would give up before.
 const char* excess_of(std::string_view json) {
-  size_t members[kMostLevels + 1] = {};
+  size_t members[kMaxLevels + 1] = {};
   size_t level = 0;
   for (size_t at = 0; at < json.size(); ++at) {
     switch (json[at]) {
@@ -27,7 +28,7 @@ const char* excess_of(std::string_view json) {
         break;
       case '[':
       case '{':
-        if (level == kMostLevels) return kTooDeep;
+        if (level == kMaxLevels) return kTooDeep;
         members[++level] = 0;
         break;
       case ']':
@@ -35,7 +36,7 @@ const char* excess_of(std::string_view json) {
         if (level > 0) --level;
         break;
       case ':':
-        if (++members[level] > kMostMembers) return kTooWide;
+        if (++members[level] > kMaxMembers) return kTooWide;
         break;
       default:
         break;

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // JSON from outside. The library's values are copied, written and in part destroyed by recursion,
 // and an object with its members in order is searched from its front. So a text is measured, in one
 // pass without recursion, before the library sees it.
@@ -9,9 +10,9 @@
 namespace qmi_json {
 
 // Arrays and objects within one another.
-constexpr size_t kMostLevels = 64;
+constexpr size_t kMaxLevels = 64;
 // Members of one object.
-constexpr size_t kMostMembers = 4096;
+constexpr size_t kMaxMembers = 4096;
 
 // Null for a text within the limits, JSON or not; else what it is: "is nested deeper than 64
 // levels".

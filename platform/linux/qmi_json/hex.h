@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Bytes as hexadecimal text, as JSON and scenario files carry them.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // A message's C structure as JSON and back, by the names of its elements: numbers as numbers, bytes
 // as hexadecimal text, text as text, arrays as lists, the result record as {"result":0,"error":0}.
 // A name that stands several times in a message is a list in the order of its elements. The TLVs

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The vendor service's messages. Three conventions for a response's first words live side by side:
 // the QMI result record (TLV 0x02, 0 is success), a plain status word (0 is success) and an outcome
 // word with an error behind it (1 is success); which message follows which is the modem's choice.

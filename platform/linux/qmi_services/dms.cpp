@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "device_management_service_v01.h"
 #include "platform/linux/qmi_idl/descriptor.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "network_access_service_v01.h"
 #include "platform/linux/qmi_idl/descriptor.h"
 

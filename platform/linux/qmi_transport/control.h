@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The name service's packets. Both transports speak them in the layout of the QRTR name service
 // (struct qrtr_ctrl_pkt: five little-endian 32-bit words).
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The two implementations behind the interface; contracts as in transport.h.
 #pragma once
 

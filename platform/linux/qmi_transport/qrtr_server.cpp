@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include <errno.h>
 #include <libqrtr.h>
 
@@ -17,8 +18,8 @@ namespace {
 constexpr uint64_t kTimer = 0;  // in epoll's data; the ports count from 1
 // The kernel does not report that a client has taken something: it is tried again, less often while
 // nobody takes anything.
-constexpr std::chrono::milliseconds kShortestPause{1};
-constexpr std::chrono::milliseconds kLongestPause{50};
+constexpr std::chrono::milliseconds kMinPause{1};
+constexpr std::chrono::milliseconds kMaxPause{50};
 
 class QrtrServer final : public Server {
  public:
@@ -63,7 +64,7 @@ class QrtrServer final : public Server {
 
   ScopedFd epoll_{epoll_create1(EPOLL_CLOEXEC)};
   Timer timer_;
-  std::chrono::milliseconds pause_ = kShortestPause;
+  std::chrono::milliseconds pause_ = kMinPause;
   ServerLimits limits_;
   std::map<uint64_t, Port> ports_;
   std::map<Peer, Client> clients_;
@@ -172,7 +173,7 @@ Status QrtrServer::send(Peer peer, std::span<const uint8_t> packet) {
 
 ServerEvent QrtrServer::on_timer() {
   timer_.expire();
-  pause_ = flush_all() ? kShortestPause : std::min(2 * pause_, kLongestPause);
+  pause_ = flush_all() ? kMinPause : std::min(2 * pause_, kMaxPause);
   drop_stuck();
   ServerEvent report{};
   if (!reports_.empty()) {

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // QRTR sockets, as both ends of the QRTR transport use them.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #pragma once
 
 #include <sys/timerfd.h>
@@ -22,8 +23,8 @@ class Timer {
 
   // Replaces the time that it had.
   void start(std::chrono::nanoseconds time) {
-    constexpr std::chrono::nanoseconds kLeast{1};  // zero would stop it
-    auto left = std::max(time, kLeast);
+    constexpr std::chrono::nanoseconds kMin{1};  // zero would stop it
+    auto left = std::max(time, kMin);
     auto seconds = std::chrono::duration_cast<std::chrono::seconds>(left);
     itimerspec when{};
     when.it_value = {seconds.count(), (left - seconds).count()};

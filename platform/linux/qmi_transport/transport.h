@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // How QMI packets travel between a client and a service: over the kernel's QRTR sockets, or over a
 // Unix SEQPACKET socket where the kernel has none. Both carry the same packets (a QMI header and
 // TLVs), one packet a message, and the same name service: clients learn where services are from

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "platform/linux/qmi_transport/unix_listener.h"
 
 #include <errno.h>

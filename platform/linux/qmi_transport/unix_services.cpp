@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The name service over Unix sockets, and what a connection becomes by its first packet.
 #include <errno.h>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // SEQPACKET sockets, as both ends of the Unix transport use them.
 //
 // The first packet of a connection is a control packet: QRTR_TYPE_NEW_LOOKUP turns the connection

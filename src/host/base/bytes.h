@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Numbers at any address of a buffer, in the byte order named.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // A zero-filled buffer on the heap that holds one frame until it has been written.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "src/host/base/framing.h"
 
 #include "src/host/base/log.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The frames that cross the three pipes to the parent, and the rule that tells its two families of
 // requests apart. One read of the request pipe is one request; there is no length prefix.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The Android log, under the one tag of this process. Ordinary lines are errors by priority, so
 // that they stay in the logs of user builds.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The parent process (the radio interface daemon) as the handlers see it: two pipes to write to and
 // the number it gave this process.
 #pragma once

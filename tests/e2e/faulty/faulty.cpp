@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Put in front of the C library with LD_PRELOAD: what fails seldom fails when a test wants it.
 #include <errno.h>
 #include <fcntl.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Between a test and the library that it puts in front of the daemon's C library: a file that both
 // have mapped. The test throws the switches; the library counts what it has done.
 #pragma once

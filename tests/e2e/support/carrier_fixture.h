@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What every test of a carrier request compares.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // A command line, run to its end.
 #pragma once
 

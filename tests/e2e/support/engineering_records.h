@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Engineering records that count their bytes, and the replies' data that they become.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // A handset whose daemon meets the failures that a test wants.
 #pragma once
 

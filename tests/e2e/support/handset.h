@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The whole of a handset on a workstation, private to a test: the daemon started as its parent
 // does it, a simulated modem, the phone's files.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The kernel shows the insides of a process that has changed its user only to the most privileged.
 // A test that wants to see them becomes the radio user before it starts the daemon, which then has
 // nothing left to change, and runs copies of the executables and libraries that every user can run.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // NAM records as the parent sees them.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "tests/e2e/support/phone_root.h"
 
 #include <sys/stat.h>

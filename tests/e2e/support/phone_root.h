@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The phone's files and the modem's sockets: a folder of a test's own. In the virtual handset,
 // where QOREXT_HANDSET names the folder that is the daemon's root, the one phone that there is,
 // emptied, and a modem on the kernel's QRTR sockets.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What a terminal shows of the bytes written to it: as much of xterm as line editing uses.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "tests/e2e/support/switchboard.h"
 
 #include <sys/mman.h>

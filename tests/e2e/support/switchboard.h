@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The test's end of the switches in faulty/switches.h.
 #pragma once
 

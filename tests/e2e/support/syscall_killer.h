@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Ends the daemon as a crash in the middle of its work does.
 #pragma once
 

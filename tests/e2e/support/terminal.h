@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // A program at a terminal of its own, and what it shows there.
 #pragma once
 

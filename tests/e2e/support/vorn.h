@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The KPI packets that the modem uploads, and the directory of the logs that come of them.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // A handset whose daemon's insides a test can see.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Frames as they lie on the parent's pipes, put together by hand.
 #pragma once
 

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 """Cuts the power while packages are being stored, and looks at what the next boot finds."""
 
 import dataclasses

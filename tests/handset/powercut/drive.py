@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 """A drive with a volatile cache, as a server of network block devices (NBD) for one machine.
 
 What was written is on the medium only after a flush. When the power fails, each block that is still

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 """The handset whose power fails: what it starts from and how it is run."""
 
 import queue

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 """What the handset reports about its KPI logs, and which packages are missing there."""
 
 import dataclasses

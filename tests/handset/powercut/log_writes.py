@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 """Reads what the kernel's dm-log-writes has recorded of the writes to a disk.
 
 The record begins with a sector that gives the number of entries; each entry is a sector that

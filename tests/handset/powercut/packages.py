@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 """KPI packages that can be recognized wherever they end up."""
 
 import io

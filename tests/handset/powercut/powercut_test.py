@@ -1,4 +1,5 @@
 #!/usr/bin/env python3
+# SPDX-License-Identifier: Apache-2.0
 """Tests of what judges the handset: it sees lost packages, and its drive loses what it may."""
 
 import pathlib

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 """Has a first log, merges and rotations recorded write by write, and looks at every state in which
 the power could have failed."""
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The pages that are made from tables are those of the tables as they are now.
 #include "tools/docs/pages.h"
 

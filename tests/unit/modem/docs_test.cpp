@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The examples of the modem's pages do what the pages say.
 #include <unistd.h>
 

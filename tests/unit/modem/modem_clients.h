@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Clients of a running modem: of its control socket and of its services.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The executable itself, started in a folder of its own.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // A modem without sockets, asked by names.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Clients that take more than their share: of descriptors, of connections, of the modem's time.
 #include <gmock/gmock.h>
 #include <sys/resource.h>

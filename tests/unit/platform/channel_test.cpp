@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Clients and their server, over every transport.
 #include "tests/unit/platform/transport_support.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Finding services: the notifier and the service list.
 #include <poll.h>
 #include <sys/socket.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Requests and their responses.
 #include "tests/unit/platform/client_support.h"
 

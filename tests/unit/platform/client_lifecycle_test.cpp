@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Services that go away and come back, handles, and what a release leaves behind.
 #include "tests/unit/platform/client_support.h"
 

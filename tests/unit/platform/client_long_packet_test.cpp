@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Packets that are longer than any QMI message.
 #include <gmock/gmock.h>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Answers and requests that do not match their description.
 #include "tests/unit/platform/client_support.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Indications beyond the bound of a client's queue.
 #include <gmock/gmock.h>
 
@@ -15,7 +16,7 @@ using testing::IsEmpty;
 
 constexpr char kBoundVariable[] = "QOREXT_INDICATION_QUEUE";
 constexpr size_t kDefaultBound = 64 << 20;
-constexpr size_t kLeastBound = 128 << 10;
+constexpr size_t kMinBound = 128 << 10;
 
 // A callback that lets through as many indications as the test allows, or any number.
 struct Turnstile {
@@ -246,8 +247,8 @@ class DefaultBound : public Overflow {
   // Sends a little more than 64 MiB.
   void expect_64_mib() {
     constexpr size_t kLarge = 60000;
-    constexpr size_t kMost = kDefaultBound / kLarge;
-    indicate(kMost + 50, kLarge);
+    constexpr size_t kMax = kDefaultBound / kLarge;
+    indicate(kMax + 50, kLarge);
     turnstile_.open();
     Report report = next_report();
     EXPECT_EQ(report.bound, kDefaultBound);
@@ -276,12 +277,12 @@ TEST_P(Overflow, KnowsBoundsFrom128KiBOn) {
     EXPECT_THAT(take_log_lines(), testing::SizeIs(1)) << bound;
     qmi_client_release(client_);
   }
-  open(std::to_string(kLeastBound));
+  open(std::to_string(kMinBound));
   EXPECT_THAT(take_log_lines(), IsEmpty());
 }
 
 TEST_P(Overflow, IsNoneForTheLargestIndicationsWithTheLeastBound) {
-  open(std::to_string(kLeastBound));
+  open(std::to_string(kMinBound));
   turnstile_.open();
   size_t largest = GetParam() == TransportKind::qrtr ? 65535 : qmi_transport::kMaxPacketSize;
   for (size_t i = 1; i <= 20; ++i) {

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "tests/unit/platform/client_support.h"
 
 namespace client_test {

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // A client of the vendor service, through the library's C interface, and a scripted modem that
 // answers it. Most tests use one small message: "read band", whose answer carries a number back.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What holds for every message of the three services.
 #include "tests/unit/platform/codec_support.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The codec's rules, on a small message made for them.
 #include "tests/unit/platform/codec_support.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The published encodings of NAS and DMS messages, byte for byte.
 #include "tests/unit/platform/codec_support.h"
 

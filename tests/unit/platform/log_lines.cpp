@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "tests/unit/platform/log_lines.h"
 
 #include <android/log.h>
@@ -10,7 +11,7 @@
 namespace client_test {
 namespace {
 
-constexpr size_t kLongestLine = 1024;
+constexpr size_t kMaxLine = 1024;
 
 std::mutex g_mutex;
 std::vector<std::string> g_lines;
@@ -27,7 +28,7 @@ std::vector<std::string> take_log_lines() {
 extern "C" __attribute__((visibility("default"))) int __android_log_print(int priority,
                                                                           const char* tag,
                                                                           const char* format, ...) {
-  char text[client_test::kLongestLine];
+  char text[client_test::kMaxLine];
   va_list arguments;
   va_start(arguments, format);
   int length = vsnprintf(text, sizeof(text), format, arguments);

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The test program's own Android log: it takes the place of the library.
 #pragma once
 

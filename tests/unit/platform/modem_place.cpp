@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "tests/unit/platform/modem_place.h"
 
 #include <linux/qrtr.h>

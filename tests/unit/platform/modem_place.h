@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Where a test's modem is: one place for each transport.
 #pragma once
 

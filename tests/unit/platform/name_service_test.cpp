@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Services that come and go, over every transport.
 #include <gmock/gmock.h>
 

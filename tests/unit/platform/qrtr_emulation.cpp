@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "tests/unit/platform/qrtr_emulation.h"
 
 #include <dlfcn.h>
@@ -19,7 +20,7 @@ namespace {
 
 constexpr uint32_t kFirstPort = 0x4000;
 constexpr uint32_t kLastPort = 0x7FFF;
-constexpr size_t kLargestPacket = 65535;
+constexpr size_t kMaxPacket = 65535;
 // How long the name service waits for a receiver whose queue is full; the kernel's queues are
 // longer than those of Unix datagram sockets.
 constexpr int kControlPatienceMs = 1000;
@@ -137,7 +138,7 @@ struct Scatter {
 ssize_t send_emulated(uint32_t port, const void* data, size_t size, const sockaddr_qrtr& to) {
   std::span packet(static_cast<const uint8_t*>(data), size);
   int error = 0;
-  if (size > kLargestPacket) {
+  if (size > kMaxPacket) {
     error = EMSGSIZE;
   } else if (to.sq_port == QRTR_PORT_CTRL) {
     on_control(port, packet);

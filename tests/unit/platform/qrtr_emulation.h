@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The QRTR socket family for machines whose kernel has none, for tests: a library that stands in
 // front of the C library (linked first, or by LD_PRELOAD) and serves family AF_QIPCRTR over Unix
 // datagram sockets in the folder named by the environment variable QRTR_EMULATION. All processes

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The name service's state is a file of the folder, changed under a lock by whichever process has
 // something to say: servers and lookups, one a line.
 #include <fcntl.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // QRTR's own rules: a network in which anybody may send to anybody, across processes.
 #include <gmock/gmock.h>
 #include <poll.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Peers that read slowly or not at all, over every transport.
 #include "tests/unit/platform/transport_support.h"
 

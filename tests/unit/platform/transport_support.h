@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // A transport with a modem on it, for tests of what holds whatever is behind the interface.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The Unix socket's own rules: its file, and connections that do not behave.
 #include <gmock/gmock.h>
 #include <poll.h>

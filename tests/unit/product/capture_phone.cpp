@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "tests/unit/product/capture_phone.h"
 
 #include <NativeDropBoxWriter.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The phone's file system, for the tests of what the daemon reads and keeps there: a temporary
 // folder and the clock. System calls work as ever, except where a test makes one fail; those that
 // nobody could see in the files are in the trace. Paths are the phone's.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The carrier's handler: what it declines, what it asks the modem for, and the list of APNs.
 #include "src/carrier/carrier_handler.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What each row of the carrier's tables logs, line by line between its entry and its reply.
 #include "tests/unit/product/carrier_phone.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // A phone with its modem clients open, for tests of what the carrier asks for.
 #pragma once
 

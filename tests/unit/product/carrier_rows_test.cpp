@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Every row of the carrier's two tables: what the modem is asked, what it says, what the parent
 // gets.
 #include "src/carrier/carrier_handler.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "src/host/dispatch.h"
 #include "src/host/indications.h"
 

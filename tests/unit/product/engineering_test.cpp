@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The two engineering records: the modem's hexadecimal text, and the words that the parent gets.
 #include "tests/unit/product/carrier_phone.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The decoder of the modem's hexadecimal texts by itself.
 #include "src/carrier/engineering_text.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "tests/unit/product/fake_phone.h"
 
 #include <android/log.h>

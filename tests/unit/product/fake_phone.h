@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The phone, scripted: every platform function and system call that the product uses, under the
 // control of a test. Whatever the product does that somebody outside could see goes into one trace,
 // in order.

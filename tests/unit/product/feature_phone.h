@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // A phone whose process serves: requests come in through the dispatch tables, indications through
 // the intake. Frames are spelled out here as they must lie on the pipes.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What the generic-hook features have in common: a row of the dispatch table, one exchange with the
 // modem, one reply. What is peculiar to each has a test file of its own.
 #include "tests/unit/product/feature_phone.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // KPI logs on a disk that is full, that fails, or that loses power.
 #include "src/capture/kpi_logs.h"
 #include "tests/unit/product/vorn_phone.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The moments of a merge, for a reader of the directory who looks in between.
 #include <unistd.h>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "src/capture/kpi_logs.h"
 #include "tests/unit/product/vorn_phone.h"
 

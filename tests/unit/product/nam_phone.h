@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // A phone whose modem keeps a number assignment module, for tests of its reading and writing.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Get NAM information: fifteen items become one record.
 #include "src/carrier/nam.h"
 #include "tests/unit/product/nam_phone.h"

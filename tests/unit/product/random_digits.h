@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Numbers that differ from case to case and are the same in every run.
 #pragma once
 

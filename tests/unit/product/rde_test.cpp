@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "src/carrier_modem/rde.h"
 #include "src/host/indications.h"
 

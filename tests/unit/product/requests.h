@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Requests as the parent writes them, in a buffer as the request loop hands it to handlers.
 #pragma once
 

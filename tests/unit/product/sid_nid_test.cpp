@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "tests/unit/product/carrier_phone.h"
 
 using testing::ElementsAre;

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The change of the service programming code that a NAM write may carry.
 #include "tests/unit/product/nam_phone.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "src/host/base/bytes.h"
 #include "src/host/base/parent.h"
 #include "tests/unit/product/capture_phone.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "src/carrier_modem/startup_properties.h"
 
 #include "tests/unit/product/carrier_phone.h"

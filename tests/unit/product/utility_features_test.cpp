@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The generic-hook features that are one utility request each: system-information filter, radio
 // state at the end of a call, silent reboot.
 #include "src/features/feature_requests.h"

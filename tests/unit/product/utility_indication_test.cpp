@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "src/features/feature_indications.h"
 #include "tests/unit/product/feature_phone.h"
 

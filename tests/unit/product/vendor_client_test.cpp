@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "src/vendor/vendor_client.h"
 #include "src/host/indications.h"
 

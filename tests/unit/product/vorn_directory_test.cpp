@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "src/capture/vorn_directory.h"
 
 #include "tests/unit/product/vorn_phone.h"

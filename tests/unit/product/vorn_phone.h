@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The directory of the KPI logs, for the tests of the store that keeps it.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // "qorextctl decode", to the letter.
 #include "tools/qorextctl/decode_input.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Requests are shown by the rows that build them.
 #include <gtest/gtest.h>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "tools/qorextctl/session/exchange.h"
 
 #include "tests/unit/qorextctl/fake_setup.h"
@@ -154,11 +155,11 @@ TEST_F(ExchangeWith, AConditionIsWaitedForWhileFramesAreShown) {
 }
 
 // What the machine may add to a wait when it is busy.
-constexpr double kMostLate = 3;
+constexpr double kMaxLate = 3;
 
 TEST_F(ExchangeWith, AFloodOfUnsolicitedBytesEndsWithTheTimeout) {
   for (const char* mode : {"flood-frames", "flood-garbage"}) {
-    Deadline most = Deadline::in_seconds(0.1 + kMostLate);
+    Deadline most = Deadline::in_seconds(0.1 + kMaxLate);
     EXPECT_EQ(run(mode, {"get-ddtm"}, 0.1), Outcome::transport);
     EXPECT_FALSE(most.passed()) << mode;
     EXPECT_NE(err_.str().find("no reply to get-ddtm within 0.1 s"), std::string::npos);
@@ -174,9 +175,9 @@ TEST_F(ExchangeWith, AFloodOfUnsolicitedBytesEndsWithTheTimeout) {
 
 TEST_F(ExchangeWith, AFloodOfRepliesEndsWithTheTimeoutAndIsNotKept) {
   EXPECT_EQ(run("flood-replies", {"set-ddtm", "ddtm=1"}, 0.2), Outcome::success);
-  Deadline most = Deadline::in_seconds(0.5 + kMostLate);
+  Deadline most = Deadline::in_seconds(0.5 + kMaxLate);
   EXPECT_FALSE(exchange_->wait_until([] { return false; }, Deadline::in_seconds(0.5)));
-  EXPECT_LE(daemon_->replies().pending().size(), 2 * kMostFrameBytes);
+  EXPECT_LE(daemon_->replies().pending().size(), 2 * kMaxFrameBytes);
   EXPECT_EQ(exchange_->finish(false), Outcome::transport);
   EXPECT_FALSE(most.passed());
   EXPECT_NE(err_.str().find("bytes that no request asked for: ****"), std::string::npos);

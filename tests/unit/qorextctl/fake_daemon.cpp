@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Reads requests and answers them in the way that the environment variable FAKE_DAEMON names.
 #include <fcntl.h>
 #include <unistd.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "tests/unit/qorextctl/fake_modem.h"
 
 #include <gtest/gtest.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // A control socket that gives one prepared answer.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Frames that say themselves what they are.
 #include "tools/qorextctl/frames/frame_kind.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Frames as the daemon writes them, for the tests of their decoders.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "tools/qorextctl/shell/history_file.h"
 
 #include <gmock/gmock.h>
@@ -50,12 +51,12 @@ TEST_F(History, OldLinesLeaveTheFile) {
   fs::create_directories(folder_ / "state");
   {
     std::ofstream file(path_);
-    for (size_t i = 0; i < kMostHistoryLines + 5; ++i) file << "line " << i << "\n";
+    for (size_t i = 0; i < kMaxHistoryLines + 5; ++i) file << "line " << i << "\n";
   }
   auto lines = history_.load();
-  ASSERT_EQ(lines->size(), kMostHistoryLines);
+  ASSERT_EQ(lines->size(), kMaxHistoryLines);
   EXPECT_EQ(lines->front(), "line 5");
-  EXPECT_EQ(HistoryFile(path_).load()->size(), kMostHistoryLines);
+  EXPECT_EQ(HistoryFile(path_).load()->size(), kMaxHistoryLines);
   EXPECT_EQ(mode(), 0600U);
 }
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The daemon's log lines, and what they hold.
 #include "tools/qorextctl/log/log_reader.h"
 

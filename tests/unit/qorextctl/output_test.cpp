@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What people and scripts see, to the letter.
 #include "tools/qorextctl/output/output.h"
 

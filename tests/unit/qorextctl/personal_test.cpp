@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What must not be seen in what is kept and passed on.
 #include "tools/qorextctl/frames/personal.h"
 

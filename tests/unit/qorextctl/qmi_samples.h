@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // QMI messages as they go between the daemon and the modem.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Every way in which a command can be wrong, with the line that says so.
 #include <gtest/gtest.h>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Every reply decoder with hand-made frames, also with frames that lie.
 #include <gtest/gtest.h>
 

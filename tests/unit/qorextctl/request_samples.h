@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Lines of a session and the bytes of their requests, written out by hand: one or more of every row
 // of the catalogue.
 #pragma once

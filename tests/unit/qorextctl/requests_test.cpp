@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The bytes of every request, written out by hand.
 #include <gtest/gtest.h>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Every unsolicited frame with hand-made bytes, also with frames that lie.
 #include <gtest/gtest.h>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "tools/qorextctl/base/bytes.h"
 
 #include <fmt/format.h>
@@ -90,8 +91,8 @@ std::string printable(std::string_view text) {
 }
 
 std::string beginning_of(std::string_view text) {
-  constexpr size_t kMostShown = 200;
-  return printable(text.substr(0, kMostShown)) + (text.size() > kMostShown ? "..." : "");
+  constexpr size_t kMaxShown = 200;
+  return printable(text.substr(0, kMaxShown)) + (text.size() > kMaxShown ? "..." : "");
 }
 
 }  // namespace qorextctl

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Numbers in byte strings, and byte strings as text.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // A point in time until which something may take.
 #pragma once
 
@@ -24,13 +25,13 @@ class Deadline {
   // For poll(): rounded up, so that a poll that times out is never too early; at least 0.
   int remaining_ms() const {
     auto left = std::chrono::ceil<std::chrono::milliseconds>(time_ - Clock::now()).count();
-    return static_cast<int>(std::clamp<decltype(left)>(left, 0, kMostMs));
+    return static_cast<int>(std::clamp<decltype(left)>(left, 0, kMaxMs));
   }
 
  private:
   explicit Deadline(Clock::time_point time) : time_(time) {}
 
-  static constexpr int kMostMs = 1'000'000'000;
+  static constexpr int kMaxMs = 1'000'000'000;
   Clock::time_point time_;
 };
 

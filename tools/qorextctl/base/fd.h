@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Descriptors that close themselves. None is inherited by programs started later.
 #pragma once
 

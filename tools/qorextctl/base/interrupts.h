@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // SIGINT, SIGTERM and SIGHUP as a readable descriptor, so that waits end and what was started and
 // made is tidied up.
 #pragma once

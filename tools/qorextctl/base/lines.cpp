@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "tools/qorextctl/base/lines.h"
 
 #include <streambuf>
@@ -16,7 +17,7 @@ LineReader::Line LineReader::next(std::string& line) {
   std::streambuf& bytes = *input_.rdbuf();
   for (int byte = bytes.sbumpc(); byte != kEnd; byte = bytes.sbumpc()) {
     if (byte == '\n') return Line::whole;
-    if (line.size() == kMostLineBytes) {
+    if (line.size() == kMaxLineBytes) {
       line.clear();
       is_in_long_line_ = true;
       return Line::too_long;
@@ -34,10 +35,10 @@ void LineReader::skip_line() {
 }
 
 bool read_whole(std::istream& input, std::string& text) {
-  text.resize(kMostLineBytes + 1);
+  text.resize(kMaxLineBytes + 1);
   input.read(text.data(), static_cast<std::streamsize>(text.size()));
   text.resize(static_cast<size_t>(input.gcount()));
-  return text.size() <= kMostLineBytes;
+  return text.size() <= kMaxLineBytes;
 }
 
 }  // namespace qorextctl

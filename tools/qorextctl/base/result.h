@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Either a value or the reason why there is none.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "tools/qorextctl/base/spelling.h"
 
 #include <algorithm>
@@ -7,7 +8,7 @@ namespace qorextctl {
 
 namespace {
 
-constexpr size_t kMostMistakes = 2;
+constexpr size_t kMaxMistakes = 2;
 
 // Characters to insert, delete or replace.
 size_t distance(const std::string& from, const std::string& to) {
@@ -28,7 +29,7 @@ size_t distance(const std::string& from, const std::string& to) {
 
 std::string nearest(const std::string& name, const std::vector<std::string>& names) {
   std::string best;
-  size_t least = kMostMistakes + 1;
+  size_t least = kMaxMistakes + 1;
   for (const std::string& candidate : names) {
     auto [shorter, longer] = std::minmax({name.size(), candidate.size()});
     if (longer - shorter >= least) continue;  // each character too many is a mistake

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // How a value lies in a payload. Requests and replies are described with the same fields, so that
 // what a reply shows can be given back as an argument.
 #pragma once

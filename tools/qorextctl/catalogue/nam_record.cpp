@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "tools/qorextctl/catalogue/nam_record.h"
 
 #include <fmt/format.h>
@@ -19,7 +20,7 @@ using Json = nlohmann::json;
 Result<std::map<std::string, std::string>> parse_all(std::istream& input) {
   std::string text;
   if (read_whole(input, text)) return parse_record(text);
-  return usage_error(fmt::format("the record is longer than {} bytes", kMostLineBytes));
+  return usage_error(fmt::format("the record is longer than {} bytes", kMaxLineBytes));
 }
 
 }  // namespace

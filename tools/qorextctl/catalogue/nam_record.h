@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Arguments from a JSON record: what `qorextctl request get-nam --json` prints, edited and given
 // back.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The NV items whose content is known.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The request catalogue: one row a request. The rows carry everything that is known of a request,
 // for building it, for decoding its reply and for showing it to people.
 #pragma once

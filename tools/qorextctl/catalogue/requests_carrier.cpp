@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The carrier's provisioning requests.
 #include "tools/qorextctl/catalogue/request.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The modem's live engineering data of the CDMA 1x and EVDO links.
 #include "tools/qorextctl/catalogue/request.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The modem's features: most are generic requests, the PFP table and the utility message are not.
 #include "tools/qorextctl/catalogue/request.h"
 
@@ -7,7 +8,7 @@ namespace {
 
 constexpr uint16_t kUtilsDataSize = 256;
 constexpr uint32_t kUtilsSize = 8 + kUtilsDataSize;
-constexpr uint32_t kMostMcc = 999;
+constexpr uint32_t kMaxMcc = 999;
 
 constexpr Argument kFilter[] = {{u8("filter", 0), kRequired, "filter setting"}};
 constexpr Argument kSelector[] = {{u8("selector", 0), value("0"), "byte passed to the modem"}};
@@ -19,8 +20,8 @@ constexpr Argument kCoverageMode[] = {
     {string("text", 1), value(""), "text; the daemon passes on 254 bytes with its NUL"},
 };
 constexpr Argument kOperator[] = {
-    {u16("mcc", 0), kRequired, "mobile country code", 0, kMostMcc},
-    {u16("mnc", 2), kRequired, "mobile network code", 0, kMostMcc},
+    {u16("mcc", 0), kRequired, "mobile country code", 0, kMaxMcc},
+    {u16("mnc", 2), kRequired, "mobile network code", 0, kMaxMcc},
 };
 constexpr Argument kTune[] = {
     {hex("data", 0), kRequired, "tuning setting; the daemon passes on 24 bytes"},

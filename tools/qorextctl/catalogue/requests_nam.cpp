@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The number assignment module: numbers and identities of the CDMA subscription.
 #include "tools/qorextctl/catalogue/request.h"
 
@@ -8,7 +9,7 @@ namespace {
 constexpr uint16_t kRecordSize = 104;
 constexpr uint16_t kPairCount = 20;
 constexpr uint16_t kPairSize = 8;
-constexpr uint32_t kMost16Bit = 0xFFFF;
+constexpr uint32_t kMax16Bit = 0xFFFF;
 
 constexpr Field kMdn = personal(digits("mdn", 0, 16));
 constexpr Field kMin = personal(digits("min", 16, 16));
@@ -37,15 +38,15 @@ constexpr Argument kSetNam[] = {
     {personal(code("spc", 0)), kRequired, "current service programming code", 0, 0, Place::code},
     {kMdn, value(""), "directory number", 0, 15},
     {kMin, value("0000000000"), "mobile identification number", 10, 10},
-    {kSid, value("0"), "home system", 0, kMost16Bit},
-    {kNid, value("65535"), "home network", 0, kMost16Bit},
+    {kSid, value("0"), "home system", 0, kMax16Bit},
+    {kNid, value("65535"), "home network", 0, kMax16Bit},
     {kScm, value("42"), "station class mark", 0, 255},
     {kImsi1112, value("00"), "IMSI digits 11 and 12", 2, 2},
     {kImsiMcc, value("310"), "IMSI country code", 3, 3},
-    {kPrimaryA, value("283"), "primary channel, system A", 0, kMost16Bit},
-    {kPrimaryB, value("384"), "primary channel, system B", 0, kMost16Bit},
-    {kSecondaryA, value("691"), "secondary channel, system A", 0, kMost16Bit},
-    {kSecondaryB, value("777"), "secondary channel, system B", 0, kMost16Bit},
+    {kPrimaryA, value("283"), "primary channel, system A", 0, kMax16Bit},
+    {kPrimaryB, value("384"), "primary channel, system B", 0, kMax16Bit},
+    {kSecondaryA, value("691"), "secondary channel, system A", 0, kMax16Bit},
+    {kSecondaryB, value("777"), "secondary channel, system B", 0, kMax16Bit},
     offering("0 1 2 3 4 5 6", {kVocoder, value("0"), "vocoder code, 0 to 6"}),
     {kImsiTMcc, value("310"), "IMSI_T country code", 3, 3},
     {kImsiT, value("310000000000000"), "IMSI_T", 15, 15},

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Requests by number, for ids that have no row of their own and for payloads that no row allows.
 // What their bytes hold is not known, so they count as personal.
 #include "tools/qorextctl/catalogue/request.h"
@@ -6,10 +7,10 @@ namespace qorextctl {
 
 namespace {
 
-constexpr uint32_t kMost24Bit = 0xFFFFFF;
+constexpr uint32_t kMax24Bit = 0xFFFFFF;
 
 constexpr Argument kGeneric[] = {
-    {u32("id", 0), kRequired, "message id", 0, kMost24Bit, Place::id},
+    {u32("id", 0), kRequired, "message id", 0, kMax24Bit, Place::id},
     {u8("type", 0), value("1"), "header type", 0, 0, Place::type},
     {personal(hex("data", 0)), value(""), "payload"},
 };

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Values as people write them, and the bytes that stand for them.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "tools/qorextctl/cli/cli.h"
 
 #include <CLI/CLI.hpp>
@@ -14,7 +15,7 @@ namespace qorextctl {
 
 namespace {
 
-constexpr double kMostTimeout = 3600;
+constexpr double kMaxTimeout = 3600;
 
 void add_shared_options(CLI::App& app, Options& options) {
   app.add_flag("--json", options.json, "one JSON object a line");
@@ -29,7 +30,7 @@ void add_shared_options(CLI::App& app, Options& options) {
          "auto, always or never; auto honours NO_COLOR")
       ->option_text("WHEN");
   app.add_option("--timeout", options.timeout, "seconds to wait for a reply")
-      ->check(CLI::Range(0.001, kMostTimeout))
+      ->check(CLI::Range(0.001, kMaxTimeout))
       ->capture_default_str();
   app.add_option("--instance", options.instance, "the daemon's instance id")->capture_default_str();
   app.add_option("--modem", options.setup.modem, "unix:PATH or qrtr; without it a private modem")

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The parser of the command line, for whoever takes it and whoever completes it.
 #pragma once
 

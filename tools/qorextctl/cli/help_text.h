@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What --help says below the options.
 #pragma once
 

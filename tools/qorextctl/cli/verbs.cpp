@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "tools/qorextctl/cli/verbs.h"
 
 #include <CLI/CLI.hpp>
@@ -95,16 +96,16 @@ void add_recordings(CLI::App& app, Options& options) {
 }
 
 void add_load(CLI::App& app, LoadOptions& load, Options& options) {
-  constexpr size_t kMostRequests = 10'000'000;
-  constexpr double kMostRate = 1'000'000;
-  constexpr double kMostSeconds = 86400;
+  constexpr size_t kMaxRequests = 10'000'000;
+  constexpr double kMaxRate = 1'000'000;
+  constexpr double kMaxSeconds = 86400;
   CLI::App* verb =
       add_verb(app, options, Verb::load, "load", "many requests at a given rate", kLoadExamples);
   verb->add_option("--count", load.count, "requests to send")
-      ->check(CLI::Range(size_t{1}, kMostRequests))
+      ->check(CLI::Range(size_t{1}, kMaxRequests))
       ->capture_default_str();
   verb->add_option("--rate", load.rate, "requests a second; 0 sends one behind the other")
-      ->check(CLI::Range(0.0, kMostRate))
+      ->check(CLI::Range(0.0, kMaxRate))
       ->capture_default_str();
   auto* mix =
       verb->add_option("--mix", load.mix, "NAME[:WEIGHT],... of requests")->capture_default_str();
@@ -113,7 +114,7 @@ void add_load(CLI::App& app, LoadOptions& load, Options& options) {
       ->excludes(mix);
   verb->add_option("--seed", load.seed, "of the choice of requests")->capture_default_str();
   verb->add_option("--time-limit", load.time_limit, "seconds for the whole run")
-      ->check(CLI::Range(0.001, kMostSeconds))
+      ->check(CLI::Range(0.001, kMaxSeconds))
       ->capture_default_str();
 }
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "tools/qorextctl/daemon/channel.h"
 
 #include <poll.h>
@@ -12,7 +13,7 @@ using namespace std::chrono_literals;
 
 void FramePipe::read_available() {
   constexpr size_t kPipeSize = 65536;
-  size_t enough = std::min(pending().size() + kPipeSize, kMostPending);
+  size_t enough = std::min(pending().size() + kPipeSize, kMaxPending);
   while (!ended_ && pending().size() < enough && readable(Deadline::in(0ms))) read_once();
 }
 

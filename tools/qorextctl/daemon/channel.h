@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The parent's ends of the three pipes.
 #pragma once
 
@@ -56,9 +57,9 @@ class FramePipe {
   Bytes take_all() { return buffer_.take_all(); }
 
  private:
-  static constexpr size_t kMostPending = size_t{16} << 20;
+  static constexpr size_t kMaxPending = size_t{16} << 20;
 
-  bool is_full() const { return pending().size() >= kMostPending; }
+  bool is_full() const { return pending().size() >= kMaxPending; }
   bool readable(Deadline deadline) const;
   void read_once();
 

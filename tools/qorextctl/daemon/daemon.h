@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The daemon, started and spoken to as its parent does it.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The daemon beside a modem and a phone.
 #pragma once
 

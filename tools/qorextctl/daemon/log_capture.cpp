@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "tools/qorextctl/daemon/log_capture.h"
 
 #include <sys/socket.h>
@@ -12,13 +13,13 @@ namespace qorextctl {
 
 namespace {
 
-constexpr size_t kMostRead = 65536;
+constexpr size_t kMaxRead = 65536;
 
 // The log library cuts its lines after some kilobytes. No part of a longer line is kept: without
 // the head it would be nobody's line, and not be masked as the daemon's are.
-constexpr size_t kMostLine = 65536;
+constexpr size_t kMaxLine = 65536;
 constexpr const char* kLongLine = "(a line of more than 65536 bytes)";
-static_assert(kMostLine == 65536, "the text names it");
+static_assert(kMaxLine == 65536, "the text names it");
 
 using std::chrono::nanoseconds;
 
@@ -81,7 +82,7 @@ LogCapture::Chunk LogCapture::read_some(const UniqueFd& input, std::span<char> b
 void LogCapture::read_all(const UniqueFd& input) {
   std::string rest;
   bool is_in_long_line = false;
-  std::vector<char> buffer(kMostRead);
+  std::vector<char> buffer(kMaxRead);
   Chunk chunk{};
   for (;;) {
     chunk = read_some(input, buffer);
@@ -93,7 +94,7 @@ void LogCapture::read_all(const UniqueFd& input) {
       is_in_long_line = false;
       rest.erase(0, end + 1);
     }
-    if (rest.size() <= kMostLine) continue;
+    if (rest.size() <= kMaxLine) continue;
     if (!is_in_long_line) add(kLongLine, chunk.time);
     is_in_long_line = true;
     rest.clear();

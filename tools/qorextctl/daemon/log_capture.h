@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What a program writes to its output and error channels, line by line. A thread reads all the
 // time, so that the program never waits because nobody reads its log.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "tools/qorextctl/daemon/private_setup.h"
 
 #include <fmt/format.h>

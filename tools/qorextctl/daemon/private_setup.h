@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What the daemon needs around it: a modem and a phone's file system. What is not given is made for
 // this run only, in a temporary folder that is removed afterwards.
 #pragma once

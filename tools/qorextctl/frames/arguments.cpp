@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "tools/qorextctl/frames/arguments.h"
 
 #include <fmt/format.h>
@@ -131,9 +132,9 @@ Result<RequestDraft> fill(const Request& request, const Given& given) {
 }
 
 Result<Bytes> bounded(Bytes bytes) {
-  if (bytes.size() <= kMostRequestBytes) return bytes;
+  if (bytes.size() <= kMaxRequestBytes) return bytes;
   return usage_error(fmt::format("the request has {} bytes, the daemon takes at most {}",
-                                 bytes.size(), kMostRequestBytes));
+                                 bytes.size(), kMaxRequestBytes));
 }
 
 }  // namespace

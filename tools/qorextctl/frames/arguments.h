@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // From the words of a command to the bytes of a request.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Which reply belongs to a request.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // How fields lie in a payload, for people.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "tools/qorextctl/frames/frame_kind.h"
 
 #include "tools/qorextctl/frames/frames.h"

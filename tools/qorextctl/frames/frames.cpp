@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "tools/qorextctl/frames/frames.h"
 
 #include <algorithm>
@@ -27,7 +28,7 @@ Bytes build_cdma(const RequestDraft& draft) {
   return frame;
 }
 
-size_t plausible(size_t size, View bytes) { return size > kMostFrameBytes ? bytes.size() : size; }
+size_t plausible(size_t size, View bytes) { return size > kMaxFrameBytes ? bytes.size() : size; }
 
 }  // namespace
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The frames on the three pipes: building requests, telling where a reply or an unsolicited frame
 // ends.
 #pragma once
@@ -22,10 +23,10 @@ constexpr size_t kUnsolOverhead = 28;          // of both formats, header and tr
 constexpr uint32_t kGenericError = 0xFFFFFFFF;
 
 // The daemon takes what one read returns as one request.
-constexpr size_t kMostRequestBytes = 17408;
+constexpr size_t kMaxRequestBytes = 17408;
 
 // A frame that claims to be longer has a broken length field.
-constexpr size_t kMostFrameBytes = 65536;
+constexpr size_t kMaxFrameBytes = 65536;
 
 struct RequestDraft {
   Family family = Family::cdma;

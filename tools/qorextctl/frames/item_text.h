@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What was decoded, for programs and for people.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Which bytes and fields of a frame tell who the subscriber is, or open what is locked: directory
 // number, MIN, IMSI, service programming code, subsidy-lock code, A-key. Bytes whose meaning is not
 // known may hold any of these and count as personal. They are shown to those who ask the phone for

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The messages that come unsolicited: one row a message.
 #pragma once
 

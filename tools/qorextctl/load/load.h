@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Many requests at a given rate.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "tools/qorextctl/load/load_mix.h"
 
 #include <fmt/format.h>
@@ -17,19 +18,19 @@ namespace {
 
 using Words = std::vector<std::string>;
 
-constexpr uint32_t kMostWeight = 1'000'000;
+constexpr uint32_t kMaxWeight = 1'000'000;
 constexpr const char* kUnknown = "unknown";
 // The daemon has no handler for this id.
 const Words kUnknownRequest = {"expect-failure", "generic", "id=0x50506"};
 
 std::optional<uint32_t> weight_of(const std::string& text) {
   auto number = parse_number(text);
-  bool good = number && *number >= 1 && *number <= kMostWeight;
+  bool good = number && *number >= 1 && *number <= kMaxWeight;
   return good ? std::optional(static_cast<uint32_t>(*number)) : std::nullopt;
 }
 
 Error wrong_weight(const std::string& text) {
-  return usage_error(fmt::format("'{}' is no weight from 1 to {}", text, kMostWeight));
+  return usage_error(fmt::format("'{}' is no weight from 1 to {}", text, kMaxWeight));
 }
 
 // The request's name, and what completion offers for the arguments that it needs.
@@ -95,7 +96,7 @@ Result<Mix> Mix::read(const std::string& path) {
       return usage_error(fmt::format("{}:{}: {}", path, number, error.message));
     };
     if (read == LineReader::Line::too_long) {
-      return wrong(usage_error(fmt::format("is longer than {} bytes", kMostLineBytes)));
+      return wrong(usage_error(fmt::format("is longer than {} bytes", kMaxLineBytes)));
     }
     auto words = split_line(line);
     if (!words) return wrong(usage_error("a quote is not closed"));

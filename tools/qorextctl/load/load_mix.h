@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Which requests a load consists of, and how often each comes.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "tools/qorextctl/load/load_report.h"
 
 #include <fmt/format.h>
@@ -10,8 +11,8 @@ namespace qorextctl {
 namespace {
 
 // Milliseconds; each bucket reaches twice as far as the one before.
-constexpr double kLeastBucket = 0.0625;
-constexpr size_t kMostHashes = 40;
+constexpr double kMinBucket = 0.0625;
+constexpr size_t kMaxHashes = 40;
 
 double at_rank(const std::vector<float>& sorted, double share) {
   auto rank = static_cast<size_t>(std::ceil(share * static_cast<double>(sorted.size())));
@@ -59,10 +60,10 @@ std::vector<LoadReport::Bucket> LoadReport::histogram() const {
   std::vector<Bucket> buckets;
   for (const auto& [name, samples] : names_) {
     for (float latency : samples.latencies) {
-      double doublings = std::ceil(std::log2(std::max(latency / kLeastBucket, 1e-9)));
+      double doublings = std::ceil(std::log2(std::max(latency / kMinBucket, 1e-9)));
       auto place = static_cast<size_t>(std::max(doublings, 0.0));
       while (buckets.size() <= place) {
-        buckets.push_back({kLeastBucket * std::exp2(static_cast<double>(buckets.size())), 0});
+        buckets.push_back({kMinBucket * std::exp2(static_cast<double>(buckets.size())), 0});
       }
       ++buckets[place].count;
     }
@@ -88,7 +89,7 @@ std::string LoadReport::text() const {
   size_t most = 1;
   for (const Bucket& bucket : buckets) most = std::max(most, bucket.count);
   for (const Bucket& bucket : buckets) {
-    size_t hashes = (bucket.count * kMostHashes + most - 1) / most;
+    size_t hashes = (bucket.count * kMaxHashes + most - 1) / most;
     text += fmt::format("  up to {:>10.3f} ms {:>9} {}", bucket.below, bucket.count,
                         std::string(hashes, '#'));
     text.erase(text.find_last_not_of(' ') + 1);

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // How long the requests of a load have taken.
 #pragma once
 

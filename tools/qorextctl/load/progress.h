@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // How far something is, for a person at a terminal.
 #pragma once
 

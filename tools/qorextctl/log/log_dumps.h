@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What the bytes in the daemon's log are.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "tools/qorextctl/log/log_line.h"
 
 #include <regex>
@@ -9,7 +10,7 @@ namespace qorextctl {
 namespace {
 
 // No head is longer; the expressions see no more of a line.
-constexpr size_t kMostHead = 160;
+constexpr size_t kMaxHead = 160;
 
 // A form of a line's head, and which groups of its expression hold what.
 struct Form {
@@ -41,7 +42,7 @@ std::string_view group(std::string_view line, const std::cmatch& match, size_t n
 }  // namespace
 
 std::optional<DaemonLine> parse_daemon_line(std::string_view line) {
-  std::string_view start = line.substr(0, kMostHead);
+  std::string_view start = line.substr(0, kMaxHead);
   if (start.find("RIL-QOREXT") == std::string_view::npos) return std::nullopt;
   for (const Form& form : forms()) {
     std::cmatch match;

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "tools/qorextctl/log/log_reader.h"
 
 #include <array>
@@ -18,7 +19,7 @@ constexpr std::string_view kItemText = "NV Read ";
 constexpr std::string_view kItemDigits = "grde - ";
 
 // Threads that a log's state is kept of: many times what a phone's daemon ever has.
-constexpr size_t kMostSources = 1024;
+constexpr size_t kMaxSources = 1024;
 
 // The line in front of a hex dump.
 struct Announcement {
@@ -170,7 +171,7 @@ std::string masked_text(const DaemonLine& line) {
 LogEntry LogReader::read(const std::string& line) {
   auto parsed = parse_daemon_line(line);
   if (!parsed) return {line, std::nullopt};
-  if (states_.size() >= kMostSources && !states_.contains(parsed->source)) forget();
+  if (states_.size() >= kMaxSources && !states_.contains(parsed->source)) forget();
   State& state = states_[std::string(parsed->source)];
   if (starts_with(parsed->text, kDumpText)) {
     LogEntry entry = read_dump(state, *parsed);

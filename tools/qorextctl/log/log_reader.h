@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The daemon's log, with what its lines hold: hex dumps of frames and of modem data, NV items,
 // personal values in clear.
 #pragma once

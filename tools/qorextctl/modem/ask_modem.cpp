@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "tools/qorextctl/modem/ask_modem.h"
 
 #include "tools/qorextctl/modem/modem_control.h"

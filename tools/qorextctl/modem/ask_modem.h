@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // A person's command to the modem.
 #pragma once
 

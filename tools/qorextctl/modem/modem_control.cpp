@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "tools/qorextctl/modem/modem_control.h"
 
 #include <fmt/format.h>
@@ -21,8 +22,8 @@ Error unreachable(const std::string& path, const std::string& why) {
 
 // A line of the modem's: no answer is longer. Between a command and its answer all together may be
 // as much as the modem lets pile up.
-constexpr size_t kMostLine = size_t{64} << 20;
-constexpr size_t kMostReceived = size_t{256} << 20;
+constexpr size_t kMaxLine = size_t{64} << 20;
+constexpr size_t kMaxReceived = size_t{256} << 20;
 
 std::string reason() { return errno == EAGAIN ? "the modem does not listen" : strerror(errno); }
 
@@ -75,7 +76,7 @@ Result<std::string> ModemControl::receive_line(Deadline deadline) {
   for (bool is_late = false;; is_late = deadline.passed()) {
     if (auto line = take_line()) return *line;
     if (is_late) return unreachable(path_, "no answer in time");
-    if (rest_.size() > kMostLine) return unreachable(path_, "the answer's line has no end");
+    if (rest_.size() > kMaxLine) return unreachable(path_, "the answer's line has no end");
     pollfd entries[] = {{socket_.get(), POLLIN, 0}, {interrupt_fd_, POLLIN, 0}};
     int ready = poll(entries, std::size(entries), deadline.remaining_ms());
     if (ready == 0) return unreachable(path_, "no answer in time");
@@ -106,7 +107,7 @@ Result<Json> ModemControl::call(const Json& command, Deadline deadline) {
     }
     told_.push_back(std::move(answer));
     received += line->size();
-    if (received > kMostReceived) return unreachable(path_, "the answer does not come");
+    if (received > kMaxReceived) return unreachable(path_, "the answer does not come");
     if (deadline.passed()) return unreachable(path_, "no answer in time");
   }
 }

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The control socket of the simulated modem: one JSON object a line in, one out.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The options among the words of a modem command: "--count 3", "--headerless".
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Commands to the modem whose end comes later than their answer.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include <fmt/format.h>
 
 #include <algorithm>
@@ -62,8 +63,8 @@ std::optional<Error> add_pair(Json& object, const std::string& word) {
   if (equals == std::string::npos || equals == 0) return wrong_pair(word, "is not key=value");
   std::string path = json_key(word.substr(0, equals));
   auto dots = static_cast<size_t>(std::count(path.begin(), path.end(), '.'));
-  if (dots >= qmi_json::kMostLevels) {
-    return wrong_pair(word, fmt::format("has more than {} levels", qmi_json::kMostLevels));
+  if (dots >= qmi_json::kMaxLevels) {
+    return wrong_pair(word, fmt::format("has more than {} levels", qmi_json::kMaxLevels));
   }
   auto value = typed_value(path.substr(path.rfind('.') + 1), word.substr(equals + 1));
   if (!value) return value.error();

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The request catalogue for people and for programs.
 #pragma once
 

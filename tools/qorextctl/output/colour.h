@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Colours for people at a terminal.
 #pragma once
 

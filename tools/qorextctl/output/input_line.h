@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // A line that is being typed where output comes too.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What the program prints: aligned lines for people, or one JSON object a line with stable keys.
 // Results go to standard output; logs and errors to standard error. Any thread may print.
 #pragma once

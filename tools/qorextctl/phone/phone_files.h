@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The files of a phone that the daemon and the workstation's libraries find under a folder.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What lies in a phone's root after the daemon has worked there.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The system properties of a phone's root, where the workstation's property library keeps them.
 #pragma once
 

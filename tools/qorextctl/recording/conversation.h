@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The frames of one daemon, decoded in their order: what a reply holds is told by the request in
 // front of it.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Collects what happens while a daemon runs.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What went over the daemon's pipes and to and from its modem, and what it logged, as one file:
 // docs/recordings.md describes it.
 #pragma once

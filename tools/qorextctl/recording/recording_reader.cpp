@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include <fmt/format.h>
 
 #include <fstream>
@@ -147,7 +148,7 @@ Result<Recording> read_recording(std::istream& file, const std::string& name) {
     for (auto read = lines.next(line); read != LineReader::Line::none; read = lines.next(line)) {
       ++number;
       if (read == LineReader::Line::too_long) {
-        throw BadLine(fmt::format("is longer than {} bytes", kMostLineBytes));
+        throw BadLine(fmt::format("is longer than {} bytes", kMaxLineBytes));
       }
       Json object = object_of(line);
       if (number == 1) {

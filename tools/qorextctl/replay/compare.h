@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What is different between what was recorded and what came.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // A recording played back against the daemon.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The modem of a replay: a server of QMI packets that knows nothing by itself.
 #pragma once
 

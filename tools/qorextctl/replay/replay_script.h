@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // A recording as the script of a replay: which request of the daemon's is which one of the
 // recording, and what it is answered with.
 #pragma once

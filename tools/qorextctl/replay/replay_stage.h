@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The daemon of a replay, its phone, and a modem that does what the replay wants.
 #pragma once
 

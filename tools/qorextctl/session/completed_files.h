@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Names of files, where one is to be typed.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "tools/qorextctl/session/exchange.h"
 
 #include <fmt/format.h>
@@ -9,7 +10,7 @@ namespace qorextctl {
 
 namespace {
 
-constexpr ptrdiff_t kMostDroppedShown = 64;
+constexpr ptrdiff_t kMaxDroppedShown = 64;
 
 std::string named_or_id(const Expected& expected) {
   return expected.request ? expected.request->name : fmt::format("0x{:X}", expected.id);
@@ -74,10 +75,10 @@ void Exchange::print_late() {
 
 // More than a reply ever has, and nobody has taken it for one.
 void Exchange::drop_flood() {
-  if (daemon_.replies().pending().size() <= kMostFrameBytes) return;
+  if (daemon_.replies().pending().size() <= kMaxFrameBytes) return;
   Bytes strays = daemon_.replies().take_all();
   tell(FrameKind::reply, strays);
-  if (!dropped_) first_dropped_ = {strays.begin(), strays.begin() + kMostDroppedShown};
+  if (!dropped_) first_dropped_ = {strays.begin(), strays.begin() + kMaxDroppedShown};
   dropped_ += strays.size();
 }
 

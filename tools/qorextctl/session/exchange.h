@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Requests to a running daemon, one after the other: what comes back is decoded and printed as it
 // comes.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Help within a session, from the tables that the session works with.
 #pragma once
 

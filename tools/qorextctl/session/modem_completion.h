@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What may stand where a command to the modem has got to.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Lines of requests, from a person, a script or the command line.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include <fmt/format.h>
 
 #include "tools/qorextctl/catalogue/values.h"
@@ -12,13 +13,13 @@ namespace qorextctl {
 
 namespace {
 
-constexpr size_t kMostWaitedFrames = 1'000'000;
-constexpr double kMostSeconds = 86400;
+constexpr size_t kMaxWaitedFrames = 1'000'000;
+constexpr double kMaxSeconds = 86400;
 
 std::optional<double> parse_seconds(const std::string& text) {
   char* end = nullptr;
   double seconds = strtod(text.c_str(), &end);
-  bool good = end != text.c_str() && *end == '\0' && seconds >= 0 && seconds <= kMostSeconds;
+  bool good = end != text.c_str() && *end == '\0' && seconds >= 0 && seconds <= kMaxSeconds;
   return good ? std::optional(seconds) : std::nullopt;
 }
 
@@ -95,7 +96,7 @@ Outcome Session::tell_modem(const std::vector<std::string>& words) {
 Outcome Session::wait_unsolicited(const std::vector<std::string>& words) {
   auto count = words.empty() ? std::optional<int64_t>(1) : parse_number(words[0]);
   auto seconds = words.size() < 2 ? std::optional(options_.timeout) : parse_seconds(words[1]);
-  bool good = count && *count > 0 && *count <= int64_t{kMostWaitedFrames} && seconds;
+  bool good = count && *count > 0 && *count <= int64_t{kMaxWaitedFrames} && seconds;
   if (!good || words.size() > 2) {
     return complain(usage_error("wait-unsol: give a number of frames and a number of seconds"));
   }

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "tools/qorextctl/shell/history_file.h"
 
 #include <fcntl.h>
@@ -47,8 +48,8 @@ Result<std::vector<std::string>> HistoryFile::load() {
   std::vector<std::string> lines;
   std::ifstream file(path_);
   for (std::string line; std::getline(file, line);) lines.push_back(line);
-  if (lines.size() <= kMostHistoryLines) return lines;
-  lines.erase(lines.begin(), lines.end() - ptrdiff_t{kMostHistoryLines});
+  if (lines.size() <= kMaxHistoryLines) return lines;
+  lines.erase(lines.begin(), lines.end() - ptrdiff_t{kMaxHistoryLines});
   if (auto error = replace(lines)) return *error;
   return lines;
 }

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The lines of earlier runs, one a line in a file that nobody else may read.
 #pragma once
 
@@ -9,7 +10,7 @@
 
 namespace qorextctl {
 
-constexpr size_t kMostHistoryLines = 1000;
+constexpr size_t kMaxHistoryLines = 1000;
 
 // $XDG_STATE_HOME/qorextctl/history, or the same below ~/.local/state; empty without a home.
 std::string history_path();
@@ -19,7 +20,7 @@ class HistoryFile {
   // Makes the folder; an empty path keeps nothing.
   explicit HistoryFile(std::string path) : path_(std::move(path)) {}
 
-  // The last kMostHistoryLines lines, the oldest one first. What is older leaves the file.
+  // The last kMaxHistoryLines lines, the oldest one first. What is older leaves the file.
   Result<std::vector<std::string>> load();
 
   // Puts a line at the file's end, also when other runs do so at the same time.

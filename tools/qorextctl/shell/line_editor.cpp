@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "tools/qorextctl/shell/line_editor.h"
 
 #include <fmt/format.h>
@@ -14,7 +15,7 @@ namespace qorextctl {
 
 namespace {
 
-constexpr int kMostRemembered = 1000;
+constexpr int kMaxRemembered = 1000;
 constexpr size_t kDefaultColumns = 80;
 constexpr int kCaretWidth = 2;  // of a control character, shown as ^X
 
@@ -64,7 +65,7 @@ LineEditor::LineEditor(const char* prompt, Hooks hooks)
   take_locale();
   editor_ = el_init("qorextctl", stdin, stdout, stderr);
   HistEvent event;
-  history(history_, &event, H_SETSIZE, kMostRemembered);
+  history(history_, &event, H_SETSIZE, kMaxRemembered);
   history(history_, &event, H_SETUNIQUE, 1);
   el_set(editor_, EL_CLIENTDATA, this);
   el_set(editor_, EL_PROMPT, prompt_of);

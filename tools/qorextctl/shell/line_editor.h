@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Lines typed at a terminal, with editing, history and completion. Output may come meanwhile.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Which of a session's lines hold what personal.h masks.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // A session at a terminal.
 #pragma once
 

@@ -1,4 +1,5 @@
 #!/usr/bin/env python3
+# SPDX-License-Identifier: Apache-2.0
 """A part of a timeline that `qorextctl trace` has written, as an SVG picture.
 
     draw_trace.py TRACE.json PICTURE.svg [FROM_US TO_US]

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "tools/qorextctl/trace/shown_event.h"
 
 #include <fmt/format.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Events as they stand in a recording, member by member. Members of another type than theirs count
 // as missing: what a masked line shows has been checked by nobody.
 #pragma once

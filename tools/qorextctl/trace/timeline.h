@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What happened, as a timeline of parent, daemon and modem.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // A recording as a timeline.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // A timeline in the Chrome trace event format, which Perfetto's viewer opens.
 #pragma once
 
