@@ -1,0 +1,65 @@
+# SPDX-License-Identifier: Apache-2.0
+"""Links in the pages lead somewhere, and the fixed texts of the glossary occur in the sources."""
+import pathlib
+import re
+import unittest
+
+ROOT = pathlib.Path(__file__).resolve().parents[2]
+PAGES = [*sorted(ROOT.glob('*.md')), *sorted((ROOT / 'docs').glob('*.md'))]
+GLOSSARY = ROOT / 'docs/glossary.md'
+FIXED_TEXTS = ('Misspellings', 'Names of other things', 'Spacing, case and missing values')
+
+
+def anchors(page):
+    """The fragments by which the page's headings are linked."""
+    headings = re.findall(r'^#+ (.+)$', page.read_text(), re.MULTILINE)
+    return {re.sub(r'[^\w\- ]', '', heading.lower()).replace(' ', '-') for heading in headings}
+
+
+def dead_links(page, text):
+    dead = []
+    for link in re.findall(r'\]\(([^)\s]+)\)', text):
+        path, _, anchor = link.partition('#')
+        target = (page.parent / path) if path else page
+        if not re.match(r'https?://', link) and (
+                not target.exists() or (anchor and anchor not in anchors(target))):
+            dead.append(link)
+    return dead
+
+
+def fixed_texts(glossary):
+    """The first column of the tables of fixed texts."""
+    for title in FIXED_TEXTS:
+        section = glossary.split(f'\n### {title}\n')[1].split('\n#')[0]
+        yield from re.findall(r'^\| `([^`]+)` \|', section, re.MULTILINE)
+
+
+def sources():
+    """The sources of the product, with texts over several lines in one piece."""
+    files = sorted((ROOT / 'src').rglob('*.[ch]*'))
+    return re.sub(r'"\s*\n\s*"', '', '\n'.join(file.read_text() for file in files))
+
+
+class Pages(unittest.TestCase):
+    def test_every_link_leads_to_a_file_and_a_heading(self):
+        for page in PAGES:
+            self.assertEqual(dead_links(page, page.read_text()), [], page)
+
+    def test_a_dead_link_is_noticed(self):
+        text = '[a](#terms) [b](#no-heading) [c](no-page.md) [d](README.md)'
+        self.assertEqual(dead_links(GLOSSARY, text), ['#no-heading', 'no-page.md', 'README.md'])
+
+    def test_every_fixed_text_of_the_glossary_occurs_in_the_sources(self):
+        texts = list(fixed_texts(GLOSSARY.read_text()))
+        self.assertGreater(len(texts), 30)
+        code = sources()
+        self.assertEqual([text for text in texts if text not in code], [])
+
+    def test_a_corrected_text_is_noticed(self):
+        corrected = sources().replace('pckage', 'package')
+        missing = [text for text in fixed_texts(GLOSSARY.read_text()) if text not in corrected]
+        self.assertEqual(len(missing), 2)
+
+
+if __name__ == '__main__':
+    unittest.main()
