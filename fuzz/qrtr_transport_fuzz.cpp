@@ -52,7 +52,8 @@ Bytes drawn_packet(uint32_t port) {
 
 class ServerSide {
  public:
-  ServerSide() : server_(qrtr_serve({.patience = std::chrono::milliseconds(0), .queue = kQueue})) {}
+  ServerSide()
+      : server_(qrtr_serve({.stuck_after = std::chrono::milliseconds(0), .queue = kQueue})) {}
   explicit operator bool() const { return server_ != nullptr; }
 
   void step() {

@@ -57,7 +57,7 @@ void send_raw(int socket, const Bytes& packet) {
 class ServerSide {
  public:
   explicit ServerSide(FuzzedDataProvider& input)
-      : input_(input), server_(serve(endpoint(), {.patience = kNoPatience, .queue = kQueue})) {
+      : input_(input), server_(serve(endpoint(), {.stuck_after = kNoPatience, .queue = kQueue})) {
     FUZZ_REQUIRE(server_ != nullptr);
   }
 

@@ -10,7 +10,7 @@
 #include "modem/control/control.h"
 #include "modem/control/control_server.h"
 #include "modem/simulator/simulator.h"
-#include "platform/linux/qmi_transport/scoped_fd.h"
+#include "platform/linux/qmi_transport/descriptors.h"
 #include "platform/linux/qmi_transport/transport.h"
 
 namespace modem {

@@ -12,7 +12,7 @@
 #include <algorithm>
 #include <system_error>
 
-#include "platform/linux/qmi_transport/accept.h"
+#include "platform/linux/qmi_transport/descriptors.h"
 #include "platform/linux/qmi_transport/wait.h"
 
 namespace modem {

@@ -7,8 +7,7 @@
 #include <map>
 #include <string>
 
-#include "platform/linux/qmi_transport/scoped_fd.h"
-#include "platform/linux/qmi_transport/timer.h"
+#include "platform/linux/qmi_transport/descriptors.h"
 
 namespace modem {
 

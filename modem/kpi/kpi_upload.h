@@ -7,7 +7,7 @@
 #include <optional>
 
 #include "modem/kpi/kpi_packet.h"
-#include "platform/linux/qmi_transport/scoped_fd.h"
+#include "platform/linux/qmi_transport/descriptors.h"
 
 namespace modem {
 

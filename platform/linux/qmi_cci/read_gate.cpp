@@ -5,7 +5,7 @@
 
 #include <system_error>
 
-#include "platform/linux/qmi_transport/epoll.h"
+#include "platform/linux/qmi_transport/descriptors.h"
 
 namespace qmi_cci {
 

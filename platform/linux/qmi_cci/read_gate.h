@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-#include "platform/linux/qmi_transport/scoped_fd.h"
+#include "platform/linux/qmi_transport/descriptors.h"
 
 namespace qmi_cci {
 

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
-// The two implementations behind the interface; contracts as in transport.h.
+// The two implementations of the interface and what they share; contracts as in transport.h.
 #pragma once
+
+#include <errno.h>
 
 #include "platform/linux/qmi_transport/transport.h"
 
@@ -15,7 +17,24 @@ std::unique_ptr<ServiceWatch> qrtr_watch(uint32_t service, uint32_t version);
 std::unique_ptr<Channel> qrtr_channel(const ServerAddress& server);
 std::unique_ptr<Server> qrtr_serve(const ServerLimits& limits);
 
-// How long opening a channel waits for the other side's word that the server is there.
-constexpr std::chrono::seconds kAttachPatience{5};
+// How long opening a channel waits until the other side confirms that the server is up.
+constexpr std::chrono::seconds kAttachTimeout{5};
+
+// What the errno value of a socket call means for the other end.
+inline Status status_of(int error) {
+  switch (error) {
+    case EAGAIN:
+      return Status::nothing;
+    case EPIPE:
+    case ENOTCONN:
+    case ECONNRESET:
+    case ENODEV:
+    case ENETRESET:
+    case EHOSTUNREACH:
+      return Status::gone;
+    default:
+      return Status::failed;
+  }
+}
 
 }  // namespace qmi_transport

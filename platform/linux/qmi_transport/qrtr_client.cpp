@@ -10,7 +10,7 @@
 namespace qmi_transport {
 namespace {
 
-constexpr std::chrono::seconds kListPatience{1};
+constexpr std::chrono::seconds kListTimeout{1};
 
 // A socket that the name service tells about one service. All versions are asked for: the name
 // service would take a version without an instance number for the number of instance 0.
@@ -107,7 +107,7 @@ std::unique_ptr<Channel> qrtr_channel(const ServerAddress& server) {
   ScopedFd socket = lookup_socket(server.service);
   if (!socket) return nullptr;
   QrtrWatch watch(std::move(socket), {server.service, version_of(server.instance)});
-  if (!watch.has(server, in(kListPatience))) return nullptr;
+  if (!watch.has(server, in(kListTimeout))) return nullptr;
   return std::make_unique<QrtrChannel>(watch.take_socket(), server);
 }
 

@@ -6,11 +6,10 @@
 #include <deque>
 #include <map>
 
-#include "platform/linux/qmi_transport/epoll.h"
+#include "platform/linux/qmi_transport/descriptors.h"
 #include "platform/linux/qmi_transport/implementations.h"
 #include "platform/linux/qmi_transport/output_queue.h"
 #include "platform/linux/qmi_transport/qrtr_socket.h"
-#include "platform/linux/qmi_transport/timer.h"
 
 namespace qmi_transport {
 namespace {
@@ -204,7 +203,7 @@ bool QrtrServer::flush_all() {
 void QrtrServer::drop_stuck() {
   std::vector<Peer> stuck;
   for (const auto& [peer, client] : clients_) {
-    if (client.output.is_stuck(limits_.patience)) stuck.push_back(peer);
+    if (client.output.is_stuck(limits_.stuck_after)) stuck.push_back(peer);
   }
   for (Peer peer : stuck) drop(peer);
 }

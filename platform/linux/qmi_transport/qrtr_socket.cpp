@@ -8,7 +8,7 @@
 
 #include <thread>
 
-#include "platform/linux/qmi_transport/status.h"
+#include "platform/linux/qmi_transport/implementations.h"
 
 namespace qmi_transport {
 namespace {

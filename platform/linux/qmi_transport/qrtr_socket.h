@@ -3,7 +3,7 @@
 #pragma once
 
 #include "platform/linux/qmi_transport/control.h"
-#include "platform/linux/qmi_transport/scoped_fd.h"
+#include "platform/linux/qmi_transport/descriptors.h"
 
 namespace qmi_transport {
 

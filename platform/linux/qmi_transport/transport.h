@@ -97,7 +97,7 @@ struct ServerEvent {
 struct ServerLimits {
   // A peer that has packets waiting and takes none for this long is dropped. Long, because a client
   // may be slow and still must not lose an indication.
-  std::chrono::milliseconds patience = std::chrono::seconds(30);
+  std::chrono::milliseconds stuck_after = std::chrono::seconds(30);
   // A peer with more bytes waiting than this is dropped at once.
   size_t queue = size_t{64} << 20;
 };

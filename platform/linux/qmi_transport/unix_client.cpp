@@ -76,16 +76,16 @@ bool is_welcomed(int socket, Deadline deadline) {
 std::unique_ptr<ServiceWatch> unix_watch(const std::string& path, uint32_t service,
                                          uint32_t version) {
   Control lookup{QRTR_TYPE_NEW_LOOKUP, {.service = service, .instance = version}};
-  ScopedFd socket = connect_as(path, lookup, in(kAttachPatience));
+  ScopedFd socket = connect_as(path, lookup, in(kAttachTimeout));
   if (!socket) return nullptr;
   return std::make_unique<UnixWatch>(std::move(socket), Wanted{service, version});
 }
 
 std::unique_ptr<Channel> unix_channel(const std::string& path, const ServerAddress& server) {
-  Deadline deadline = in(kAttachPatience);
+  Deadline deadline = in(kAttachTimeout);
   ScopedFd socket = connect_as(path, {QRTR_TYPE_HELLO, server}, deadline);
   if (!socket || !is_welcomed(socket.get(), deadline)) return nullptr;
-  if (!let_receive_wait(socket.get(), kReceiveTime)) return nullptr;
+  if (!set_receive_timeout(socket.get(), kReceiveTime)) return nullptr;
   return std::make_unique<UnixChannel>(std::move(socket));
 }
 

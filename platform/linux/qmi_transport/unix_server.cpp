@@ -5,8 +5,7 @@
 
 #include <algorithm>
 
-#include "platform/linux/qmi_transport/accept.h"
-#include "platform/linux/qmi_transport/epoll.h"
+#include "platform/linux/qmi_transport/descriptors.h"
 #include "platform/linux/qmi_transport/implementations.h"
 #include "platform/linux/qmi_transport/unix_server.h"
 #include "platform/linux/qmi_transport/unix_socket.h"
@@ -56,7 +55,7 @@ void UnixServer::tick_soon() {
   if (!reports_.empty()) {
     timer_.start({});
   } else if (!timer_.is_running()) {
-    timer_.start(std::min(kTick, limits_.patience));
+    timer_.start(std::min(kTick, limits_.stuck_after));
   }
 }
 
@@ -167,7 +166,7 @@ void UnixServer::drop_stuck() {
   for (Entry& entry : connections_) {
     OutputQueue& output = entry.second.output;
     if (!output.empty()) flush(entry);
-    if (output.is_stuck(limits_.patience)) stuck.push_back(entry.first);
+    if (output.is_stuck(limits_.stuck_after)) stuck.push_back(entry.first);
   }
   for (Peer peer : stuck) drop(peer);
 }
@@ -191,7 +190,7 @@ std::vector<Peer> UnixServer::peers(uint32_t service) const {
 }
 
 std::unique_ptr<Server> unix_serve(const std::string& path, const ServerLimits& limits) {
-  ScopedFd listener = listen_at(path);
+  ScopedFd listener = unix_listen(path);
   if (!listener) return nullptr;
   auto server = std::make_unique<UnixServer>(path, std::move(listener), limits);
   return server->prepare() ? std::move(server) : nullptr;

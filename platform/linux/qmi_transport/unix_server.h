@@ -8,9 +8,9 @@
 #include <map>
 
 #include "platform/linux/qmi_transport/control.h"
+#include "platform/linux/qmi_transport/descriptors.h"
 #include "platform/linux/qmi_transport/output_queue.h"
-#include "platform/linux/qmi_transport/timer.h"
-#include "platform/linux/qmi_transport/unix_listener.h"
+#include "platform/linux/qmi_transport/unix_socket.h"
 
 namespace qmi_transport {
 

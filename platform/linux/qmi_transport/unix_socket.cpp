@@ -5,11 +5,30 @@
 #include <poll.h>
 #include <string.h>
 #include <sys/socket.h>
+#include <unistd.h>
 
-#include "platform/linux/qmi_transport/status.h"
+#include "platform/linux/qmi_transport/implementations.h"
 #include "platform/linux/qmi_transport/wait.h"
 
 namespace qmi_transport {
+namespace {
+
+constexpr int kBacklog = 64;
+
+bool is_socket(const std::string& path) {
+  struct stat status {};
+  return lstat(path.c_str(), &status) == 0 && S_ISSOCK(status.st_mode);
+}
+
+// Removes a socket file that no process listens on any more: connecting to it is refused.
+bool remove_stale(const std::string& path) {
+  bool is_stale = !unix_connect(path) && errno == ECONNREFUSED && is_socket(path);
+  if (is_stale) return unlink(path.c_str()) == 0;
+  errno = EADDRINUSE;
+  return false;
+}
+
+}  // namespace
 
 std::optional<sockaddr_un> unix_address(const std::string& path) {
   sockaddr_un address{};
@@ -60,6 +79,27 @@ Received unix_receive(int socket, std::span<uint8_t> buffer, int flags) {
   if (size == 0) return {Status::gone};
   bool is_cut = (message.msg_flags & MSG_TRUNC) != 0;
   return {is_cut ? Status::too_long : Status::ok, static_cast<size_t>(size)};
+}
+
+SocketFile::~SocketFile() {
+  struct stat now {};
+  if (lstat(path_.c_str(), &now) != 0) return;
+  if (now.st_dev == identity_.st_dev && now.st_ino == identity_.st_ino) unlink(path_.c_str());
+}
+
+ScopedFd unix_listen(const std::string& path) {
+  auto address = unix_address(path);
+  if (!address) return {};
+  ScopedFd listener = unix_socket();
+  if (!listener) return {};
+
+  auto* name = reinterpret_cast<const sockaddr*>(&*address);
+  bool bound = bind(listener.get(), name, sizeof(*address)) == 0;
+  if (!bound && errno == EADDRINUSE && remove_stale(path)) {
+    bound = bind(listener.get(), name, sizeof(*address)) == 0;
+  }
+  if (!bound || listen(listener.get(), kBacklog) != 0) return {};
+  return listener;
 }
 
 }  // namespace qmi_transport

@@ -10,9 +10,10 @@
 #pragma once
 
 #include <sys/socket.h>
+#include <sys/stat.h>
 #include <sys/un.h>
 
-#include "platform/linux/qmi_transport/scoped_fd.h"
+#include "platform/linux/qmi_transport/descriptors.h"
 #include "platform/linux/qmi_transport/transport.h"
 
 namespace qmi_transport {
@@ -30,5 +31,22 @@ Status unix_send(int socket, std::span<const uint8_t> packet, Deadline deadline)
 
 // `flags`: MSG_DONTWAIT, or 0 to wait as the socket is set to.
 Received unix_receive(int socket, std::span<uint8_t> buffer, int flags = MSG_DONTWAIT);
+
+// A non-blocking SEQPACKET socket that listens on the path. Replaces the socket file of a server
+// that has ended; any other file is left alone. Empty on failure (errno is set).
+ScopedFd unix_listen(const std::string& path);
+
+// The file of a listening socket. Removes it at the end unless another file has replaced it.
+class SocketFile {
+ public:
+  explicit SocketFile(const std::string& path) : path_(path) { lstat(path_.c_str(), &identity_); }
+  SocketFile(const SocketFile&) = delete;
+  SocketFile& operator=(const SocketFile&) = delete;
+  ~SocketFile();
+
+ private:
+  std::string path_;
+  struct stat identity_ {};
+};
 
 }  // namespace qmi_transport

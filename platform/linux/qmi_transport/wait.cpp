@@ -28,7 +28,7 @@ bool wait_for(int fd, short events, Deadline deadline) {
   return ready != 0;
 }
 
-bool let_receive_wait(int socket, std::chrono::milliseconds time) {
+bool set_receive_timeout(int socket, std::chrono::milliseconds time) {
   auto microseconds = std::chrono::microseconds(time).count();
   timeval limit{microseconds / 1'000'000, microseconds % 1'000'000};
   int flags = fcntl(socket, F_GETFL);

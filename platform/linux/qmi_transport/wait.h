@@ -19,6 +19,6 @@ bool wait_for(int fd, short events, Deadline deadline);
 
 // A receiving call without MSG_DONTWAIT waits from now on, for `time` at most. False on failure
 // (errno is set).
-bool let_receive_wait(int socket, std::chrono::milliseconds time);
+bool set_receive_timeout(int socket, std::chrono::milliseconds time);
 
 }  // namespace qmi_transport

@@ -17,7 +17,7 @@
 #include "modem/messages/packet.h"
 #include "modem/messages/request_log.h"
 #include "platform/linux/qmi_json/json_fields.h"
-#include "platform/linux/qmi_transport/scoped_fd.h"
+#include "platform/linux/qmi_transport/descriptors.h"
 #include "platform/linux/qmi_transport/transport.h"
 
 using modem::Bytes;

@@ -7,7 +7,7 @@
 #include <mutex>
 #include <vector>
 
-#include "platform/linux/qmi_transport/scoped_fd.h"
+#include "platform/linux/qmi_transport/descriptors.h"
 #include "tests/unit/platform/modem_place.h"
 
 namespace test_support {

@@ -66,7 +66,7 @@ TEST_P(SlowPeer, IsDroppedWithMoreBytesWaitingThanTheLimit) {
 }
 
 TEST_P(SlowPeer, IsDroppedWhenItTakesNothingForLong) {
-  ScriptedModem modem(endpoint(), echo, {.patience = 300ms});
+  ScriptedModem modem(endpoint(), echo, {.stuck_after = 300ms});
   modem.publish(kService, kInstance);
   auto deaf = known_client();
   auto start = std::chrono::steady_clock::now();
