@@ -58,7 +58,8 @@ Result<Encoded> encode_number(const Argument& argument, const std::string& text)
   if (!number) return wrong(argument, fmt::format("'{}' is not a number", text));
   Range range = range_of(argument);
   if (*number < range.least || *number > range.most) {
-    return wrong(argument, fmt::format("{} is not in {} to {}", text, range.least, range.most));
+    return wrong(argument,
+                 fmt::format("{} is out of range ({} to {})", text, range.least, range.most));
   }
   Encoded encoded;
   append_le(encoded.bytes, static_cast<uint32_t>(*number), width_of(argument.field.type));
