@@ -6,7 +6,7 @@
 
 #include "fuzz/require.h"
 #include "fuzz/stretched.h"
-#include "tools/qorextctl/base/lines.h"
+#include "tools/qorextctl/base/text.h"
 #include "tools/qorextctl/catalogue/nam_record.h"
 #include "tools/qorextctl/decode_input.h"
 #include "tools/qorextctl/frames/arguments.h"

@@ -7,7 +7,7 @@
 #include <fstream>
 #include <iostream>
 
-#include "tools/qorextctl/base/lines.h"
+#include "tools/qorextctl/base/text.h"
 #include "tools/qorextctl/frames/personal.h"
 #include "tools/qorextctl/log/log_reader.h"
 

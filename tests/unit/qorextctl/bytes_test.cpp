@@ -4,7 +4,7 @@
 #include <gtest/gtest.h>
 
 #include "tools/qorextctl/base/deadline.h"
-#include "tools/qorextctl/base/spelling.h"
+#include "tools/qorextctl/base/text.h"
 
 namespace qorextctl {
 namespace {

@@ -4,7 +4,7 @@
 
 #include "tests/unit/qorextctl/frame_samples.h"
 #include "tests/unit/qorextctl/request_samples.h"
-#include "tools/qorextctl/base/spelling.h"
+#include "tools/qorextctl/base/text.h"
 #include "tools/qorextctl/frames/arguments.h"
 #include "tools/qorextctl/frames/decode.h"
 #include "tools/qorextctl/session/session.h"

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "tools/qorextctl/shell/history_file.h"
+#include "tools/qorextctl/shell/history.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -9,8 +9,6 @@
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
-
-#include "tools/qorextctl/shell/private_line.h"
 
 namespace qorextctl {
 namespace {

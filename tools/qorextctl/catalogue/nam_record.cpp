@@ -8,8 +8,7 @@
 #include <nlohmann/json.hpp>
 
 #include "platform/linux/qmi_json/foreign_json.h"
-#include "tools/qorextctl/base/lines.h"
-#include "tools/qorextctl/base/spelling.h"
+#include "tools/qorextctl/base/text.h"
 
 namespace qorextctl {
 

@@ -7,7 +7,7 @@
 #include "tools/qorextctl/cli/help_text.h"
 #include "tools/qorextctl/modem/modem_control.h"
 #include "tools/qorextctl/modem/modem_options.h"
-#include "tools/qorextctl/session/help_topics.h"
+#include "tools/qorextctl/session/session.h"
 
 namespace qorextctl {
 

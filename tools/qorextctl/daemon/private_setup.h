@@ -7,8 +7,7 @@
 #include <optional>
 #include <string>
 
-#include "tools/qorextctl/daemon/log_capture.h"
-#include "tools/qorextctl/daemon/process.h"
+#include "tools/qorextctl/daemon/daemon.h"
 
 namespace qorextctl {
 
@@ -54,5 +53,9 @@ class Setup {
   LogCapture modem_log_;  // ends after the process
   std::optional<Process> process_;
 };
+
+// Starts the daemon with the setup's modem and phone root, which replace those in `options`. An
+// empty executable is qorext_client in this program's folder.
+Result<std::unique_ptr<Daemon>> launch_daemon(DaemonOptions options, const Setup& setup);
 
 }  // namespace qorextctl

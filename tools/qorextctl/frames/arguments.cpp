@@ -6,7 +6,7 @@
 #include <algorithm>
 #include <map>
 
-#include "tools/qorextctl/base/spelling.h"
+#include "tools/qorextctl/base/text.h"
 #include "tools/qorextctl/catalogue/nam_record.h"
 #include "tools/qorextctl/catalogue/values.h"
 #include "tools/qorextctl/frames/frames.h"

@@ -5,7 +5,7 @@
 
 #include <algorithm>
 
-#include "tools/qorextctl/base/spelling.h"
+#include "tools/qorextctl/base/text.h"
 #include "tools/qorextctl/frames/personal.h"
 
 namespace qorextctl {

@@ -6,11 +6,10 @@
 #include <fstream>
 #include <sstream>
 
-#include "tools/qorextctl/base/lines.h"
+#include "tools/qorextctl/base/text.h"
 #include "tools/qorextctl/catalogue/values.h"
 #include "tools/qorextctl/frames/arguments.h"
 #include "tools/qorextctl/session/completion.h"
-#include "tools/qorextctl/session/line_words.h"
 
 namespace qorextctl {
 

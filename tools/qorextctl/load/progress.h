@@ -5,7 +5,7 @@
 #include <chrono>
 #include <string>
 
-#include "tools/qorextctl/output/input_line.h"
+#include "tools/qorextctl/output/terminal.h"
 
 namespace qorextctl {
 

@@ -8,7 +8,7 @@
 #include <filesystem>
 #include <iterator>
 
-#include "tools/qorextctl/base/spelling.h"
+#include "tools/qorextctl/base/text.h"
 #include "tools/qorextctl/catalogue/values.h"
 
 namespace qorextctl {

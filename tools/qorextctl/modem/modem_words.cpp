@@ -5,7 +5,7 @@
 #include <iterator>
 
 #include "platform/linux/qmi_json/foreign_json.h"
-#include "tools/qorextctl/base/spelling.h"
+#include "tools/qorextctl/base/text.h"
 #include "tools/qorextctl/catalogue/values.h"
 #include "tools/qorextctl/modem/modem_control.h"
 #include "tools/qorextctl/modem/modem_options.h"

@@ -8,7 +8,7 @@
 #include "tools/qorextctl/base/deadline.h"
 #include "tools/qorextctl/daemon/private_setup.h"
 #include "tools/qorextctl/options/load_options.h"
-#include "tools/qorextctl/output/colour.h"
+#include "tools/qorextctl/output/terminal.h"
 #include "tools/qorextctl/phone/phone_files.h"
 
 namespace qorextctl {

@@ -6,7 +6,7 @@
 #include <algorithm>
 #include <ostream>
 
-#include "tools/qorextctl/base/spelling.h"
+#include "tools/qorextctl/base/text.h"
 #include "tools/qorextctl/frames/item_text.h"
 #include "tools/qorextctl/frames/personal.h"
 #include "tools/qorextctl/output/catalogue_text.h"

@@ -12,8 +12,7 @@
 #include "tools/qorextctl/daemon/process.h"
 #include "tools/qorextctl/frames/frame_kind.h"
 #include "tools/qorextctl/log/log_reader.h"
-#include "tools/qorextctl/output/colour.h"
-#include "tools/qorextctl/output/input_line.h"
+#include "tools/qorextctl/output/terminal.h"
 
 namespace qorextctl {
 

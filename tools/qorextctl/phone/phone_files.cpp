@@ -128,4 +128,10 @@ Bytes hob_content(uint32_t seed) {
   return block;
 }
 
+std::optional<std::string> read_property(const std::string& root, const std::string& name) {
+  std::ifstream file(root + kPropertiesFolder + "/" + name, std::ios::binary);
+  if (!file) return std::nullopt;
+  return std::string(std::istreambuf_iterator<char>(file), {});
+}
+
 }  // namespace qorextctl

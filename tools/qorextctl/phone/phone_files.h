@@ -43,4 +43,7 @@ Bytes hob_content(uint32_t seed);
 // For the daemon, which becomes this user when it is started by root.
 bool give_to_radio_user(const std::string& path);
 
+// Returns nothing if the property is not set.
+std::optional<std::string> read_property(const std::string& root, const std::string& name);
+
 }  // namespace qorextctl

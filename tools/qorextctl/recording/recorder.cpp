@@ -8,7 +8,7 @@
 #include <algorithm>
 #include <chrono>
 
-#include "tools/qorextctl/base/private_file.h"
+#include "tools/qorextctl/base/fd.h"
 
 namespace qorextctl {
 

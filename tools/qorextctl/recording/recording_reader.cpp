@@ -6,7 +6,7 @@
 
 #include "modem/messages/services.h"
 #include "platform/linux/qmi_json/foreign_json.h"
-#include "tools/qorextctl/base/lines.h"
+#include "tools/qorextctl/base/text.h"
 #include "tools/qorextctl/frames/personal.h"
 #include "tools/qorextctl/recording/recording.h"
 #include "tools/qorextctl/recording/recording_format.h"

@@ -5,7 +5,7 @@
 
 #include <algorithm>
 
-#include "tools/qorextctl/daemon/launch.h"
+#include "tools/qorextctl/daemon/private_setup.h"
 #include "tools/qorextctl/phone/phone_files.h"
 
 namespace qorextctl {

@@ -5,7 +5,7 @@
 #include <climits>
 #include <functional>
 
-#include "tools/qorextctl/base/interrupts.h"
+#include "tools/qorextctl/base/fd.h"
 #include "tools/qorextctl/daemon/daemon.h"
 #include "tools/qorextctl/options/options.h"
 #include "tools/qorextctl/output/output.h"

@@ -6,11 +6,10 @@
 #include "modem/messages/fault_kinds.h"
 #include "modem/messages/services.h"
 #include "platform/linux/qmi_json/fields.h"
-#include "tools/qorextctl/base/spelling.h"
+#include "tools/qorextctl/base/text.h"
 #include "tools/qorextctl/modem/modem_control.h"
 #include "tools/qorextctl/modem/modem_options.h"
 #include "tools/qorextctl/session/completed_files.h"
-#include "tools/qorextctl/session/line_words.h"
 
 namespace qorextctl {
 

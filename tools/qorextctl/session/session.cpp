@@ -7,7 +7,7 @@
 #include <algorithm>
 #include <cerrno>
 
-#include "tools/qorextctl/daemon/launch.h"
+#include "tools/qorextctl/daemon/private_setup.h"
 #include "tools/qorextctl/recording/recorder.h"
 
 namespace qorextctl {

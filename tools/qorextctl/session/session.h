@@ -5,11 +5,11 @@
 #include <memory>
 #include <string>
 
-#include "tools/qorextctl/base/interrupts.h"
+#include "tools/qorextctl/base/fd.h"
+#include "tools/qorextctl/base/text.h"
 #include "tools/qorextctl/daemon/private_setup.h"
 #include "tools/qorextctl/options/options.h"
 #include "tools/qorextctl/session/exchange.h"
-#include "tools/qorextctl/session/line_words.h"
 
 namespace qorextctl {
 
@@ -21,6 +21,9 @@ struct LineCommand {
   const char* arguments;
   const char* help;
 };
+
+// The lines that are not requests, each with its arguments and help.
+std::string session_lines();
 
 class Session {
  public:

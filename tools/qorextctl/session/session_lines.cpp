@@ -4,9 +4,9 @@
 #include "tools/qorextctl/catalogue/values.h"
 #include "tools/qorextctl/frames/arguments.h"
 #include "tools/qorextctl/modem/ask_modem.h"
+#include "tools/qorextctl/modem/modem_control.h"
+#include "tools/qorextctl/phone/phone_files.h"
 #include "tools/qorextctl/phone/phone_report.h"
-#include "tools/qorextctl/phone/properties.h"
-#include "tools/qorextctl/session/help_topics.h"
 #include "tools/qorextctl/session/session.h"
 
 namespace qorextctl {
@@ -21,6 +21,20 @@ std::optional<double> parse_seconds(const std::string& text) {
   double seconds = strtod(text.c_str(), &end);
   bool good = end != text.c_str() && *end == '\0' && seconds >= 0 && seconds <= kMaxSeconds;
   return good ? std::optional(seconds) : std::nullopt;
+}
+
+std::string row(const std::string& usage, const char* help) {
+  return fmt::format("  {:<39} {}\n", usage, help);
+}
+
+std::string row(const LineCommand& command) {
+  return row(fmt::format("{} {}", command.name, command.arguments), command.help);
+}
+
+std::string requests_text() {
+  std::string text;
+  for (const Request& request : catalogue()) text += row(request.name, request.description);
+  return text;
 }
 
 }  // namespace
@@ -49,6 +63,12 @@ std::vector<LineCommand> Session::commands() {
   return all;
 }
 
+std::string session_lines() {
+  std::string text = row("NAME [KEY=VALUE]...", "a request");
+  for (const LineCommand& command : Session::commands()) text += row(command);
+  return text + row("# COMMENT", "is skipped");
+}
+
 Outcome Session::run_words(const std::vector<std::string>& words) {
   std::vector<std::string> behind(words.begin() + 1, words.end());
   for (const Line& line : kLines) {
@@ -65,12 +85,20 @@ Outcome Session::send_raw(const std::vector<std::string>& words) {
 
 Outcome Session::help(const std::vector<std::string>& words) {
   if (words.size() > 1) return complain(usage_error("help: give one name, or none"));
-  auto topic = words.empty() ? all_help() : help_on(words[0]);
-  if (!topic) return complain(topic.error());
-  if (topic->request) {
-    printer_.request_list({topic->request});
+  const LineCommand* command = nullptr;
+  for (const Line& line : kLines) {
+    if (!words.empty() && words[0] == line.command.name) command = &line.command;
+  }
+  const Request* request = words.empty() || command ? nullptr : find_request(words[0]);
+  if (request) {
+    printer_.request_list({request});
+  } else if (command) {
+    bool is_modem = std::string_view(command->name) == "modem";
+    printer_.help(row(*command) + (is_modem ? modem_command_help() : ""));
+  } else if (words.empty()) {
+    printer_.help(session_lines() + "requests:\n" + requests_text());
   } else {
-    printer_.help(topic->text);
+    return complain(unknown_request(words[0]));
   }
   return Outcome::success;
 }

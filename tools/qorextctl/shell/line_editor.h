@@ -10,7 +10,7 @@
 #include <string>
 #include <vector>
 
-#include "tools/qorextctl/output/input_line.h"
+#include "tools/qorextctl/output/terminal.h"
 #include "tools/qorextctl/session/completion.h"
 
 namespace qorextctl {

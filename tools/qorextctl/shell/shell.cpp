@@ -4,9 +4,8 @@
 #include <unistd.h>
 
 #include "tools/qorextctl/modem/modem_control.h"
-#include "tools/qorextctl/shell/history_file.h"
+#include "tools/qorextctl/shell/history.h"
 #include "tools/qorextctl/shell/line_editor.h"
-#include "tools/qorextctl/shell/private_line.h"
 
 namespace qorextctl {
 

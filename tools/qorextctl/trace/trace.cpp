@@ -7,7 +7,7 @@
 #include <fstream>
 #include <iostream>
 
-#include "tools/qorextctl/base/private_file.h"
+#include "tools/qorextctl/base/fd.h"
 #include "tools/qorextctl/recording/recording.h"
 #include "tools/qorextctl/trace/timeline.h"
 

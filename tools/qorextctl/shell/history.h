@@ -33,4 +33,8 @@ class HistoryFile {
   std::string path_;
 };
 
+// Returns whether a session's line holds personal data, which personal.h would mask, or may hold
+// some. Such a line must not be stored.
+bool is_private_line(const std::string& line);
+
 }  // namespace qorextctl

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "tools/qorextctl/output/colour.h"
+#include "tools/qorextctl/output/terminal.h"
 
 #include <fmt/format.h>
 #include <unistd.h>
