@@ -28,7 +28,7 @@ std::optional<Control> decode_control(std::span<const uint8_t> packet) {
                   le32toh(content.server.node), le32toh(content.server.port)}};
 }
 
-Status read_announcement(const std::optional<Control>& control, const Wanted& wanted,
+Status read_announcement(const std::optional<Control>& control, const ServerFilter& filter,
                          Announcement& announcement) {
   using Kind = Announcement::Kind;
   if (!control) return Status::nothing;
@@ -36,10 +36,9 @@ Status read_announcement(const std::optional<Control>& control, const Wanted& wa
   if (!is_new && control->type != QRTR_TYPE_DEL_SERVER) return Status::nothing;
 
   const ServerAddress& server = control->server;
-  bool is_end = is_new && server == ServerAddress{};
-  bool is_wanted =
-      server.service == wanted.service && version_of(server.instance) == wanted.version;
-  if (!is_end && !is_wanted) return Status::nothing;
+  bool is_end = is_new && server == ServerAddress{};  // all zero, as the kernel ends its list
+  bool matches = server.service == filter.service && version_of(server.instance) == filter.version;
+  if (!is_end && !matches) return Status::nothing;
   announcement = {is_end ? Kind::end_of_list : is_new ? Kind::appeared : Kind::gone, server};
   return Status::ok;
 }

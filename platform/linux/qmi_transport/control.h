@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-// The name service's packets. Both transports speak them in the layout of the QRTR name service
-// (struct qrtr_ctrl_pkt: five little-endian 32-bit words).
+// The name service's packets. Both transports use the layout of the QRTR name service (struct
+// qrtr_ctrl_pkt: five u32, little-endian).
 #pragma once
 
 #include <linux/qrtr.h>
@@ -20,18 +20,18 @@ struct Control {
 
 std::array<uint8_t, kControlSize> encode_control(const Control& control);
 
-// Nothing unless the packet has exactly the size of a control packet.
+// Returns nullopt unless the packet has exactly kControlSize bytes.
 std::optional<Control> decode_control(std::span<const uint8_t> packet);
 
-// What a watch looks for.
-struct Wanted {
+// The servers that a watch reports.
+struct ServerFilter {
   uint32_t service;
   uint32_t version;
 };
 
-// Stores what the packet tells somebody who wants these servers; `nothing` when it does not concern
-// them or there is no packet.
-Status read_announcement(const std::optional<Control>& control, const Wanted& wanted,
+// Stores the announcement in the packet. `nothing`: there is no packet, or none about these
+// servers.
+Status read_announcement(const std::optional<Control>& control, const ServerFilter& filter,
                          Announcement& announcement);
 
 constexpr uint32_t kVersionMask = 0xFF;

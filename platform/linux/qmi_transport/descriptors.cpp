@@ -16,7 +16,7 @@ bool control_epoll(int epoll, int operation, int fd, uint64_t key, uint32_t even
   return epoll_ctl(epoll, operation, fd, &event) == 0;
 }
 
-// These leave no connection waiting; after any other error the next accept() fails as well.
+// Errors of one call. After any other, such as EMFILE, the next accept() fails as well.
 bool is_transient(int error) {
   return error == EAGAIN || error == EINTR || error == ECONNABORTED || error == EPROTO;
 }

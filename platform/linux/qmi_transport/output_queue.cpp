@@ -4,10 +4,10 @@
 namespace qmi_transport {
 namespace {
 
-// Small packets cost more for what holds them than for themselves.
+// What the containers take for a packet; for a small packet more than its content.
 constexpr size_t kPacketCost = 64;
-// Longer than a client that reads takes for a packet, also on a loaded machine.
-constexpr std::chrono::seconds kSlow{1};
+// A client that reads takes less for a packet, even on a loaded machine.
+constexpr std::chrono::seconds kStalledAfter{1};
 
 size_t cost_of(std::span<const uint8_t> packet) { return packet.size() + kPacketCost; }
 
@@ -17,7 +17,7 @@ Status OutputQueue::put(std::span<const uint8_t> packet, size_t limit, const Sen
   if (empty()) {
     Status status = send(packet);
     if (status != Status::nothing) return status;
-    taken_ = std::chrono::steady_clock::now();
+    progress_ = std::chrono::steady_clock::now();
   }
   if (bytes_ + cost_of(packet) > limit) return Status::nothing;
   packets_.emplace_back(packet.begin(), packet.end());
@@ -31,16 +31,16 @@ Status OutputQueue::flush(const Send& send) {
     if (status == Status::nothing || status == Status::gone) return status;
     bytes_ -= cost_of(packets_.front());
     packets_.pop_front();
-    taken_ = std::chrono::steady_clock::now();
+    progress_ = std::chrono::steady_clock::now();
   }
   return Status::ok;
 }
 
 void Pace::add(const OutputQueue& queue) {
   if (queue.empty()) {
-    is_one_level_ = true;
-  } else if (!queue.is_stuck(kSlow)) {
-    is_one_behind_ = true;
+    has_empty_ = true;
+  } else if (!queue.is_stuck(kStalledAfter)) {
+    has_draining_ = true;
   }
 }
 

@@ -8,44 +8,45 @@
 
 namespace qmi_transport {
 
-// The packets that a client has not taken yet, so that a client that does not read holds up nobody.
+// The packets that a client has not read yet. With a queue for each client, one that does not read
+// does not block the server.
 class OutputQueue {
  public:
-  // Sends one packet without waiting: `nothing` when there is no room for it.
+  // Sends one packet without waiting. `nothing`: the receiver has no room for it.
   using Send = std::function<Status(std::span<const uint8_t> packet)>;
 
   bool empty() const { return packets_.empty(); }
-  // With what each packet costs beside its content.
+  // Includes a fixed overhead for each packet.
   size_t bytes() const { return bytes_; }
 
-  // Sends the packet, or keeps it after those that wait already. `nothing`: more than `limit`
-  // bytes would wait. `gone` and `failed` as from `send`.
+  // Sends the packet, or appends it to the queue when it cannot be sent now. `nothing`: the queue
+  // would exceed `limit` bytes. `gone` and `failed` are those of `send`.
   Status put(std::span<const uint8_t> packet, size_t limit, const Send& send);
-  // Sends what there is room for. `nothing`: packets are left. One that cannot be sent at all is
-  // dropped.
+  // Sends queued packets until the receiver is full. `nothing`: packets are left. A packet whose
+  // send fails is dropped.
   Status flush(const Send& send);
 
-  // Whether packets wait and none has been taken for this long.
+  // Whether packets wait and none has been sent for this long.
   bool is_stuck(std::chrono::milliseconds time) const {
-    return !empty() && std::chrono::steady_clock::now() - taken_ >= time;
+    return !empty() && std::chrono::steady_clock::now() - progress_ >= time;
   }
 
  private:
   std::deque<std::vector<uint8_t>> packets_;
   size_t bytes_ = 0;
-  Deadline taken_{};  // when the last packet was sent, or the first one began to wait
+  Deadline progress_{};  // when the last packet was sent, or the first one was queued
 };
 
-// Paces what goes to several clients at once: by the slowest of those that read. One that has taken
-// nothing for a while is not waited for, unless there is no other.
+// Decides whether more can be sent to several clients: at the speed of the slowest one that reads.
+// A client that has stopped reading does not count.
 class Pace {
  public:
   void add(const OutputQueue& queue);
-  bool has_room() const { return is_one_level_ && !is_one_behind_; }
+  bool has_room() const { return has_empty_ && !has_draining_; }
 
  private:
-  bool is_one_level_ = false;
-  bool is_one_behind_ = false;
+  bool has_empty_ = false;
+  bool has_draining_ = false;
 };
 
 }  // namespace qmi_transport

@@ -12,8 +12,8 @@ namespace {
 
 constexpr std::chrono::seconds kListTimeout{1};
 
-// A socket that the name service tells about one service. All versions are asked for: the name
-// service would take a version without an instance number for the number of instance 0.
+// A socket that receives the announcements of one service. Looks up all versions: a lookup for one
+// version would match only instance 0 of it.
 ScopedFd lookup_socket(uint32_t service) {
   ScopedFd socket = qrtr_socket();
   if (!socket || qrtr_new_lookup(socket.get(), service, 0, 0) < 0) return {};
@@ -22,7 +22,8 @@ ScopedFd lookup_socket(uint32_t service) {
 
 class QrtrWatch final : public ServiceWatch {
  public:
-  QrtrWatch(ScopedFd socket, const Wanted& wanted) : socket_(std::move(socket)), wanted_(wanted) {}
+  QrtrWatch(ScopedFd socket, const ServerFilter& filter)
+      : socket_(std::move(socket)), filter_(filter) {}
 
   int fd() const override { return socket_.get(); }
 
@@ -30,21 +31,22 @@ class QrtrWatch final : public ServiceWatch {
     std::array<uint8_t, kControlSize> packet;
     QrtrAddress from;
     Received received = qrtr_receive(socket_.get(), packet, from);
-    if (received.status == Status::too_long) return Status::nothing;  // not of the name service
+    if (received.status == Status::too_long) return Status::nothing;  // no control packet
     if (received.status != Status::ok) return received.status;
     auto control = qrtr_control(std::span(packet).first(received.size), from);
-    return read_announcement(control, wanted_, announcement);
+    return read_announcement(control, filter_, announcement);
   }
 
-  // Reads the list of the servers present; true when this one is among them.
+  // Whether the server is in the list of the servers present. Sets errno when it is not.
   bool has(const ServerAddress& server, Deadline deadline) {
-    Announcement told{};
+    Announcement announcement{};
     while (wait_for(fd(), POLLIN, deadline)) {
-      Status status = next(told);
+      Status status = next(announcement);
       if (status == Status::nothing) continue;
       if (status != Status::ok) return false;
-      if (told.kind == Announcement::Kind::appeared && told.server == server) return true;
-      if (told.kind == Announcement::Kind::end_of_list) break;
+      bool is_up = announcement.kind == Announcement::Kind::appeared;
+      if (is_up && announcement.server == server) return true;
+      if (announcement.kind == Announcement::Kind::end_of_list) break;
     }
     errno = ENODEV;
     return false;
@@ -54,7 +56,7 @@ class QrtrWatch final : public ServiceWatch {
 
  private:
   ScopedFd socket_;
-  Wanted wanted_;
+  ServerFilter filter_;
 };
 
 class QrtrChannel final : public Channel {
@@ -68,23 +70,24 @@ class QrtrChannel final : public Channel {
   }
   Received receive(std::span<uint8_t> buffer) override {
     QrtrAddress from;
-    return judged(qrtr_receive(socket_.get(), buffer, from), buffer, from);
+    Received received = qrtr_receive(socket_.get(), buffer, from);
+    return filtered(received, buffer, from);
   }
-  // The kernel keeps such a socket locked while a receive waits: nobody could send meanwhile.
+  // A blocking receive would hold the kernel's socket lock, so that no thread could send meanwhile.
   Received receive_waiting(std::span<uint8_t> buffer) override {
     if (!wait_for(socket_.get(), POLLIN, in(kReceiveTime))) return {Status::nothing};
     return receive(buffer);
   }
 
  private:
-  // Only the server's packets are for the caller.
-  Received judged(Received received, std::span<uint8_t> buffer, const QrtrAddress& from) const {
+  // Any QRTR socket may send to this one; drops what does not come from the server.
+  Received filtered(Received received, std::span<uint8_t> buffer, const QrtrAddress& from) const {
     bool is_packet = received.status == Status::ok || received.status == Status::too_long;
     if (!is_packet || from == server_) return received;
-    return {tells_of_end(buffer.first(received.size), from) ? Status::gone : Status::nothing};
+    return {is_server_gone(buffer.first(received.size), from) ? Status::gone : Status::nothing};
   }
 
-  bool tells_of_end(std::span<uint8_t> packet, const QrtrAddress& from) const {
+  bool is_server_gone(std::span<uint8_t> packet, const QrtrAddress& from) const {
     auto control = qrtr_control(packet, from);
     return control && control->type == QRTR_TYPE_DEL_SERVER &&
            QrtrAddress{control->server.node, control->server.port} == server_;
@@ -99,10 +102,10 @@ class QrtrChannel final : public Channel {
 std::unique_ptr<ServiceWatch> qrtr_watch(uint32_t service, uint32_t version) {
   ScopedFd socket = lookup_socket(service);
   if (!socket) return nullptr;
-  return std::make_unique<QrtrWatch>(std::move(socket), Wanted{service, version});
+  return std::make_unique<QrtrWatch>(std::move(socket), ServerFilter{service, version});
 }
 
-// The channel's socket keeps its lookup, so that the channel hears of its server's end.
+// The channel uses the lookup's socket, so that it also receives the server's DEL_SERVER.
 std::unique_ptr<Channel> qrtr_channel(const ServerAddress& server) {
   ScopedFd socket = lookup_socket(server.service);
   if (!socket) return nullptr;

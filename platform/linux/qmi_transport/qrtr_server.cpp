@@ -14,12 +14,13 @@
 namespace qmi_transport {
 namespace {
 
-constexpr uint64_t kTimer = 0;  // in epoll's data; the ports count from 1
-// The kernel does not report that a client has taken something: it is tried again, less often while
-// nobody takes anything.
+constexpr uint64_t kTimer = 0;  // the key of its epoll events; those of ports count from 1
+// The kernel does not report when a client's queue has room again. The server retries, less often
+// while no client makes progress.
 constexpr std::chrono::milliseconds kMinPause{1};
 constexpr std::chrono::milliseconds kMaxPause{50};
 
+// Runs on one thread and has no locks.
 class QrtrServer final : public Server {
  public:
   explicit QrtrServer(const ServerLimits& limits) : limits_(limits) {}
@@ -37,7 +38,7 @@ class QrtrServer final : public Server {
   std::vector<Peer> peers(uint32_t service) const override;
 
  private:
-  // One published instance; every one has a socket of its own.
+  // One published instance. Each has its own socket, whose address is the server's.
   struct Port {
     uint32_t service = 0;
     uint32_t instance = 0;
@@ -45,7 +46,7 @@ class QrtrServer final : public Server {
   };
   struct Client {
     uint32_t service;
-    uint64_t port;  // key of its Port
+    uint64_t port;  // its key in ports_
     QrtrAddress address;
     OutputQueue output;
   };
@@ -67,7 +68,7 @@ class QrtrServer final : public Server {
   ServerLimits limits_;
   std::map<uint64_t, Port> ports_;
   std::map<Peer, Client> clients_;
-  std::deque<ServerEvent> reports_;  // not handed out yet
+  std::deque<ServerEvent> reports_;  // for later calls of next()
   uint64_t last_port_ = 0;
   Peer last_peer_ = 0;
 };
@@ -98,7 +99,8 @@ void QrtrServer::withdraw_instance(uint32_t service, uint32_t instance) {
       [=](const Port& port) { return port.service == service && port.instance == instance; });
 }
 
-// The kernel reports a closed socket by itself, but not before the last holder has closed it.
+// qrtr_bye() withdraws the server at once. Closing the socket would do so only when no other
+// process, such as a forked child, holds it open.
 template <typename Condition>
 void QrtrServer::withdraw_if(Condition condition) {
   for (const auto& [key, port] : ports_) {
@@ -111,6 +113,8 @@ void QrtrServer::withdraw_if(Condition condition) {
   std::erase_if(clients_, [&](const auto& entry) { return !ports_.contains(entry.second.port); });
 }
 
+// Takes one event a call. epoll is level-triggered, so the packets that are left are reported
+// again.
 ServerEvent QrtrServer::next(std::span<uint8_t> buffer) {
   epoll_event event{};
   if (epoll_wait(epoll_.get(), &event, 1, 0) != 1) return {};
@@ -128,6 +132,7 @@ ServerEvent QrtrServer::next(std::span<uint8_t> buffer) {
   return {ServerEvent::Kind::packet, port->second.service, peer_of(key, from), received.size};
 }
 
+// DEL_CLIENT goes to every server of the node, whether or not the client has used it.
 ServerEvent QrtrServer::on_control(uint64_t port, const Control& control) {
   if (control.type != QRTR_TYPE_DEL_CLIENT) return {};
   auto client = find_client(port, {control.server.node, control.server.port});
@@ -144,6 +149,7 @@ std::map<Peer, QrtrServer::Client>::iterator QrtrServer::find_client(uint64_t po
   });
 }
 
+// QRTR has no connections: a sender becomes a client with its first packet.
 Peer QrtrServer::peer_of(uint64_t port, const QrtrAddress& address) {
   auto known = find_client(port, address);
   if (known != clients_.end()) return known->first;
@@ -163,10 +169,10 @@ Status QrtrServer::send(Peer peer, std::span<const uint8_t> packet) {
   if (found == clients_.end()) return Status::gone;
   Client& client = found->second;
   Status status = client.output.put(packet, limits_.queue, sender(client));
-  bool is_behind = !client.output.empty();
+  bool has_output = !client.output.empty();  // read before the client may be erased
   if (status == Status::nothing) return drop(peer);
   if (status == Status::gone) clients_.erase(found);
-  if (is_behind && !timer_.is_running()) timer_.start(pause_);
+  if (has_output && !timer_.is_running()) timer_.start(pause_);
   return status;
 }
 
@@ -179,25 +185,25 @@ ServerEvent QrtrServer::on_timer() {
     report = reports_.front();
     reports_.pop_front();
   }
-  bool is_one_behind = std::any_of(clients_.begin(), clients_.end(),
-                                   [](const auto& entry) { return !entry.second.output.empty(); });
-  if (is_one_behind) timer_.start(pause_);
+  bool has_output = std::any_of(clients_.begin(), clients_.end(),
+                                [](const auto& entry) { return !entry.second.output.empty(); });
+  if (has_output) timer_.start(pause_);
   if (!reports_.empty()) timer_.start({});
   return report;
 }
 
-// Whether one has taken something.
+// Whether any client has made progress.
 bool QrtrServer::flush_all() {
-  bool has_moved = false;
+  bool has_progress = false;
   for (auto each = clients_.begin(); each != clients_.end();) {
     auto& [peer, client] = *each;
     size_t before = client.output.bytes();
     bool is_gone = client.output.flush(sender(client)) == Status::gone;
-    has_moved = has_moved || client.output.bytes() != before;
+    has_progress = has_progress || client.output.bytes() != before;
     if (is_gone) reports_.push_back({ServerEvent::Kind::peer_gone, client.service, peer, 0});
     each = is_gone ? clients_.erase(each) : std::next(each);
   }
-  return has_moved;
+  return has_progress;
 }
 
 void QrtrServer::drop_stuck() {
@@ -208,7 +214,7 @@ void QrtrServer::drop_stuck() {
   for (Peer peer : stuck) drop(peer);
 }
 
-// It is reported by one of the next calls of next().
+// Always returns `gone`. A later call of next() reports the dropped peer.
 Status QrtrServer::drop(Peer peer) {
   auto found = clients_.find(peer);
   const Client& client = found->second;

@@ -13,10 +13,10 @@
 namespace qmi_transport {
 namespace {
 
-// The kernel refuses a packet for a full local queue and has no way to wait for room in it.
+// The kernel refuses a packet when the receiver's queue is full and offers no event for free room.
 constexpr std::chrono::milliseconds kRetryPause{1};
 
-bool means_full(int error) { return error == EAGAIN || error == ENOSPC || error == ENOBUFS; }
+bool is_queue_full(int error) { return error == EAGAIN || error == ENOSPC || error == ENOBUFS; }
 
 }  // namespace
 
@@ -26,7 +26,7 @@ ScopedFd qrtr_socket() {
   return fd;
 }
 
-// Not qrtr_sendto(): that one cannot be bounded in time and logs every full queue.
+// Does not use qrtr_sendto(), which has no timeout and logs every full queue.
 Status qrtr_send(int socket, const QrtrAddress& to, std::span<const uint8_t> packet,
                  Deadline deadline) {
   sockaddr_qrtr address{AF_QIPCRTR, to.node, to.port};
@@ -36,13 +36,14 @@ Status qrtr_send(int socket, const QrtrAddress& to, std::span<const uint8_t> pac
         sendto(socket, packet.data(), packet.size(), MSG_DONTWAIT, target, sizeof(address));
     if (sent >= 0) return Status::ok;
     if (errno == EINTR) continue;
-    if (!means_full(errno)) return status_of(errno);
+    if (!is_queue_full(errno)) return status_of(errno);
     if (std::chrono::steady_clock::now() >= deadline) return Status::nothing;
     std::this_thread::sleep_for(kRetryPause);
   }
 }
 
-// Not qrtr_recvfrom(): that one logs whenever there is no packet, and cuts one that is too long.
+// Does not use qrtr_recvfrom(), which logs when there is no packet and truncates long ones
+// silently.
 Received qrtr_receive(int socket, std::span<uint8_t> buffer, QrtrAddress& from) {
   sockaddr_qrtr address{};
   iovec part{buffer.data(), buffer.size()};
@@ -55,8 +56,8 @@ Received qrtr_receive(int socket, std::span<uint8_t> buffer, QrtrAddress& from) 
   ssize_t size = recvmsg(socket, &message, MSG_DONTWAIT);
   if (size < 0) return {errno == EINTR ? Status::nothing : status_of(errno)};
   from = {address.sq_node, address.sq_port};
-  bool is_cut = (message.msg_flags & MSG_TRUNC) != 0;
-  return {is_cut ? Status::too_long : Status::ok, static_cast<size_t>(size)};
+  bool is_truncated = (message.msg_flags & MSG_TRUNC) != 0;
+  return {is_truncated ? Status::too_long : Status::ok, static_cast<size_t>(size)};
 }
 
 std::optional<Control> qrtr_control(std::span<uint8_t> packet, const QrtrAddress& from) {

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// QRTR sockets, as both ends of the QRTR transport use them.
+// QRTR sockets, for both ends of the QRTR transport.
 #pragma once
 
 #include "platform/linux/qmi_transport/control.h"
@@ -20,11 +20,11 @@ ScopedFd qrtr_socket();
 Status qrtr_send(int socket, const QrtrAddress& to, std::span<const uint8_t> packet,
                  Deadline deadline);
 
-// Reads one packet without waiting and tells who sent it.
+// Reads one packet without waiting and stores its sender.
 Received qrtr_receive(int socket, std::span<uint8_t> buffer, QrtrAddress& from);
 
-// The content of a packet from the name service; nothing for any other packet. For
-// QRTR_TYPE_DEL_CLIENT the client's address stands in node and port.
+// Decodes a packet of the name service. Returns nullopt for packets of other senders. For
+// QRTR_TYPE_DEL_CLIENT, node and port are the client's address.
 std::optional<Control> qrtr_control(std::span<uint8_t> packet, const QrtrAddress& from);
 
 }  // namespace qmi_transport

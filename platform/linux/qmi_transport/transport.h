@@ -1,8 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
-// How QMI packets travel between a client and a service: over the kernel's QRTR sockets, or over a
-// Unix SEQPACKET socket where the kernel has none. Both carry the same packets (a QMI header and
-// TLVs), one packet a message, and the same name service: clients learn where services are from
-// announcements.
+// Carries QMI packets between clients and services: over the kernel's QRTR sockets, or over a Unix
+// SEQPACKET socket where the kernel has no QRTR. Both transports carry the same packets (a QMI
+// header and TLVs, one message a packet) and have a name service that announces servers to clients.
 #pragma once
 
 #include <stdint.h>
@@ -20,8 +19,8 @@ namespace qmi_transport {
 // The largest packet carried: a QMI header and a full 16-bit length of TLVs.
 constexpr size_t kMaxPacketSize = 7 + 65535;
 
-// One instance of a service. `instance` holds the version in its low byte, the instance number in
-// the bits above, as the QRTR name service keeps them.
+// One instance of a service. `instance` holds the version in its low byte and the instance number
+// in the bits above, as in the QRTR name service.
 struct ServerAddress {
   uint32_t service = 0;
   uint32_t instance = 0;
@@ -32,16 +31,20 @@ struct ServerAddress {
 };
 
 struct Announcement {
-  enum class Kind { appeared, gone, end_of_list } kind;  // end_of_list: those present are told
+  enum class Kind {
+    appeared,
+    gone,
+    end_of_list
+  } kind;  // end_of_list: all servers present have been announced
   ServerAddress server;
 };
 
 enum class Status {
   ok,
-  nothing,   // no packet for the caller this time; not sent within the time allowed
-  gone,      // the service or the peer has gone away, for good
+  nothing,   // no packet for the caller; not sent within the time allowed
+  gone,      // the service or the peer has gone away permanently
   failed,    // the socket failed; errno is set
-  too_long,  // a packet that the buffer has no room for: it holds the start, the rest is dropped
+  too_long,  // the packet is longer than the buffer, which holds its start; the rest is lost
 };
 
 using Deadline = std::chrono::steady_clock::time_point;
@@ -56,7 +59,7 @@ class ServiceWatch {
  public:
   virtual ~ServiceWatch() = default;
   virtual int fd() const = 0;
-  // Reads one announcement; call when fd() is readable. `gone`: the name service has gone away.
+  // Reads one announcement without waiting. `gone`: the name service has gone away.
   virtual Status next(Announcement& announcement) = 0;
 };
 
@@ -65,14 +68,12 @@ class Channel {
  public:
   virtual ~Channel() = default;
   virtual int fd() const = 0;
-  // Sends one packet; waits while the server's queue is full, until the deadline. Any thread may
-  // send.
+  // Sends one packet. Waits until the deadline while the server's queue is full. Thread-safe.
   virtual Status send(std::span<const uint8_t> packet, Deadline deadline) = 0;
-  // Reads one packet without waiting; call when fd() is readable, from one thread at a time. The
-  // buffer has room for kMaxPacketSize bytes; the channel goes on after a longer packet.
+  // Reads one packet without waiting. One thread at a time may receive. The buffer has room for
+  // kMaxPacketSize bytes; the channel stays usable after a longer packet.
   virtual Received receive(std::span<uint8_t> buffer) = 0;
-  // As receive(), but waits for a packet, kReceiveTime at most; in one system call where sending
-  // goes on meanwhile.
+  // As receive(), but waits up to kReceiveTime for a packet. Other threads can send meanwhile.
   virtual Received receive_waiting(std::span<uint8_t> buffer) = 0;
 };
 constexpr std::chrono::milliseconds kReceiveTime{100};
@@ -84,70 +85,70 @@ struct ServerEvent {
   enum class Kind {
     nothing,
     packet,
-    peer_gone,       // the peer has ended
-    peer_dropped,    // the server has closed it, because it does not read
-    no_descriptors,  // connections wait until descriptors are free; once a shortage
+    peer_gone,       // the peer has closed its end
+    peer_dropped,    // the server has dropped the peer because it does not read
+    no_descriptors,  // new connections wait for a free descriptor; reported once a shortage
   } kind = Kind::nothing;
   uint32_t service = 0;
   Peer peer = 0;
-  size_t size = 0;  // packet: in the buffer given; peer_dropped: the bytes that it had not taken
+  size_t size = 0;  // packet: its bytes in the buffer; peer_dropped: the bytes it had not read
 };
 
-// What a server puts up with from a peer that does not read.
+// When a server drops a peer that does not read.
 struct ServerLimits {
-  // A peer that has packets waiting and takes none for this long is dropped. Long, because a client
-  // may be slow and still must not lose an indication.
+  // A peer that has packets waiting is dropped after reading none for this long. The time is long
+  // because a slow client must not lose indications.
   std::chrono::milliseconds stuck_after = std::chrono::seconds(30);
   // A peer with more bytes waiting than this is dropped at once.
   size_t queue = size_t{64} << 20;
 };
 
-// The side of the modem: publishes services, serves their clients. For one thread.
+// The modem's end: publishes services and serves their clients. Not thread-safe.
 class Server {
  public:
   virtual ~Server() = default;
-  // Readable when next() has something to do (an epoll descriptor: all sockets behind it).
+  // An epoll descriptor for all sockets. Readable when next() has an event to handle.
   virtual int fd() const = 0;
-  // Brings one instance of a service up (announced to watchers). False when it is up already or
-  // cannot be announced (errno is set).
+  // Brings up one instance of a service and announces it. False when it is up already or cannot be
+  // announced (errno is set).
   virtual bool publish(uint32_t service, uint32_t instance) = 0;
-  // Takes all instances of a service down. Their clients see it go away; they are forgotten here
-  // without a `peer_gone`.
+  // Takes down all instances of a service. Their clients receive `gone`; the server removes them
+  // without a `peer_gone` event.
   virtual void withdraw(uint32_t service) = 0;
-  // The same for one instance, if it is up.
+  // The same for one instance. Does nothing when it is not up.
   virtual void withdraw_instance(uint32_t service, uint32_t instance) = 0;
-  // Handles one event without waiting; packets are read into `buffer`, which has room for
+  // Handles one event without waiting. Packets are read into `buffer`, which has room for
   // kMaxPacketSize bytes.
   virtual ServerEvent next(std::span<uint8_t> buffer) = 0;
-  // Never waits: what the peer does not take yet is kept and sent by next(). `gone`: the peer has
-  // gone away and is forgotten without a `peer_gone`, or it is dropped for what it has not taken.
+  // Never waits: queues what the peer has no room for; next() sends it later. `gone`: the peer has
+  // gone away (removed without a `peer_gone` event) or is dropped because its queue is full.
   virtual Status send(Peer peer, std::span<const uint8_t> packet) = 0;
-  // Whether the service has clients that are ready for more: what is sent without end waits for
-  // this. Clients that read are waited for; one that has stopped reading is not, unless it is
-  // alone.
+  // Flow control for endless senders: true when a client of the service has an empty queue and no
+  // other client is still reading its own. Clients that have stopped reading are ignored.
   virtual bool has_room(uint32_t service) const = 0;
-  // The clients of a service that can be sent indications. Over QRTR the server learns of a client
-  // from its first packet.
+  // The clients of a service, to send indications to. Over QRTR a client becomes known with its
+  // first packet.
   virtual std::vector<Peer> peers(uint32_t service) const = 0;
 };
 
-// Where the modem is: "qrtr" or "unix:PATH". Nothing for any other text.
+// Where the modem is.
 struct Endpoint {
   enum class Kind { qrtr, unix_socket } kind;
   std::string path;  // unix_socket only
 };
+
+// Parses "qrtr" or "unix:PATH". Returns nullopt for any other text.
 std::optional<Endpoint> parse_endpoint(const std::string& text);
 
-// The endpoint named by QOREXT_MODEM; without it "unix:/run/qorext_modem.sock".
+// The endpoint in the environment variable QOREXT_MODEM, by default unix:/run/qorext_modem.sock.
 std::optional<Endpoint> endpoint_from_environment();
 
-// Null when there is no name service to be reached (errno is set).
+// Null when the name service cannot be reached (errno is set).
 std::unique_ptr<ServiceWatch> watch_service(const Endpoint& endpoint, uint32_t service,
                                             uint32_t version);
 // Null when the server cannot be reached (errno is set).
 std::unique_ptr<Channel> open_channel(const Endpoint& endpoint, const ServerAddress& server);
-// Null when the endpoint cannot be served, for example because another server is there (errno
-// is set).
+// Null when the endpoint cannot be served, for example because it is in use (errno is set).
 std::unique_ptr<Server> serve(const Endpoint& endpoint, const ServerLimits& limits = {});
 
 }  // namespace qmi_transport

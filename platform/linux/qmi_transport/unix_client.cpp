@@ -12,22 +12,23 @@ namespace {
 
 class UnixWatch final : public ServiceWatch {
  public:
-  UnixWatch(ScopedFd socket, const Wanted& wanted) : socket_(std::move(socket)), wanted_(wanted) {}
+  UnixWatch(ScopedFd socket, const ServerFilter& filter)
+      : socket_(std::move(socket)), filter_(filter) {}
 
   int fd() const override { return socket_.get(); }
 
   Status next(Announcement& announcement) override {
     std::array<uint8_t, kControlSize> packet;
     Received received = unix_receive(socket_.get(), packet);
-    if (received.status == Status::too_long) return Status::nothing;  // not of the name service
+    if (received.status == Status::too_long) return Status::nothing;  // no control packet
     if (received.status != Status::ok) return received.status;
     auto control = decode_control(std::span(packet).first(received.size));
-    return read_announcement(control, wanted_, announcement);
+    return read_announcement(control, filter_, announcement);
   }
 
  private:
   ScopedFd socket_;
-  Wanted wanted_;
+  ServerFilter filter_;
 };
 
 class UnixChannel final : public Channel {
@@ -42,15 +43,15 @@ class UnixChannel final : public Channel {
     return unix_receive(socket_.get(), buffer);
   }
   Received receive_waiting(std::span<uint8_t> buffer) override {
-    constexpr int kWaiting = 0;
-    return unix_receive(socket_.get(), buffer, kWaiting);
+    constexpr int kBlocking = 0;  // up to the socket's receive timeout
+    return unix_receive(socket_.get(), buffer, kBlocking);
   }
 
  private:
   ScopedFd socket_;
 };
 
-// A connection whose first packet is sent.
+// Connects and sends the packet that decides the connection's role.
 ScopedFd connect_as(const std::string& path, const Control& first, Deadline deadline) {
   ScopedFd socket = unix_connect(path);
   if (!socket) return {};
@@ -58,7 +59,8 @@ ScopedFd connect_as(const std::string& path, const Control& first, Deadline dead
   return socket;
 }
 
-bool is_welcomed(int socket, Deadline deadline) {
+// Whether the server confirms the attachment. Sets errno when it does not.
+bool is_attached(int socket, Deadline deadline) {
   std::array<uint8_t, kControlSize> packet;
   errno = ETIMEDOUT;
   if (!wait_for(socket, POLLIN, deadline)) return false;
@@ -78,13 +80,13 @@ std::unique_ptr<ServiceWatch> unix_watch(const std::string& path, uint32_t servi
   Control lookup{QRTR_TYPE_NEW_LOOKUP, {.service = service, .instance = version}};
   ScopedFd socket = connect_as(path, lookup, in(kAttachTimeout));
   if (!socket) return nullptr;
-  return std::make_unique<UnixWatch>(std::move(socket), Wanted{service, version});
+  return std::make_unique<UnixWatch>(std::move(socket), ServerFilter{service, version});
 }
 
 std::unique_ptr<Channel> unix_channel(const std::string& path, const ServerAddress& server) {
   Deadline deadline = in(kAttachTimeout);
   ScopedFd socket = connect_as(path, {QRTR_TYPE_HELLO, server}, deadline);
-  if (!socket || !is_welcomed(socket.get(), deadline)) return nullptr;
+  if (!socket || !is_attached(socket.get(), deadline)) return nullptr;
   if (!set_receive_timeout(socket.get(), kReceiveTime)) return nullptr;
   return std::make_unique<UnixChannel>(std::move(socket));
 }

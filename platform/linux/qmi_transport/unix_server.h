@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// The server's side of the Unix transport.
+// The server's end of the Unix transport. Runs on one thread and has no locks.
 #pragma once
 
 #include <sys/epoll.h>
@@ -32,20 +32,20 @@ class UnixServer final : public Server {
   std::vector<Peer> peers(uint32_t service) const override;
 
  private:
-  enum class Role { newcomer, watcher, client };
+  enum class Role { undecided, watcher, client };  // decided by the first packet
   struct Connection {
     ScopedFd socket;
-    Role role = Role::newcomer;
-    ServerAddress server;  // a client's; of a watcher's the service alone
+    Role role = Role::undecided;
+    ServerAddress server;  // of a client; a watcher has only the service
     OutputQueue output;
   };
   using Entry = std::map<Peer, Connection>::value_type;
 
   // The name service and the first packets of connections: unix_services.cpp.
-  bool greet(Connection& connection, std::span<const uint8_t> packet);
+  bool decide_role(Connection& connection, std::span<const uint8_t> packet);
   bool begin_watch(Connection& connection, uint32_t service);
   bool attach(Connection& connection, const Control& hello);
-  void announce(uint32_t type, const ServerAddress& server);
+  void notify_watchers(uint32_t type, const ServerAddress& server);
   template <typename Condition>
   void withdraw_if(Condition condition);
 
@@ -53,13 +53,13 @@ class UnixServer final : public Server {
   ServerEvent on_timer();
   void accept_one();
   void pause_accepting();
-  bool close_silent();
+  bool close_undecided();
   ServerEvent serve(Entry& entry, uint32_t events, std::span<uint8_t> buffer);
-  ServerEvent end(Peer peer);
+  ServerEvent remove(Peer peer);
   Status flush(Entry& entry);
   Status drop(Peer peer);
   void drop_stuck();
-  void tick_soon();
+  void start_timer();
 
   SocketFile file_;
   ScopedFd listener_;
@@ -68,11 +68,11 @@ class UnixServer final : public Server {
   ServerLimits limits_;
   std::vector<ServerAddress> servers_;
   std::map<Peer, Connection> connections_;
-  std::deque<ServerEvent> reports_;  // not handed out yet
+  std::deque<ServerEvent> reports_;  // for later calls of next()
   Peer last_peer_ = 0;
   uint32_t last_port_ = 0;
-  bool is_paused_ = false;  // the listener is not looked at
-  bool is_short_ = false;   // of descriptors, which has been reported
+  bool is_paused_ = false;             // the listener is not watched
+  bool is_shortage_reported_ = false;  // of descriptors
 };
 
 }  // namespace qmi_transport

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// The name service over Unix sockets, and what a connection becomes by its first packet.
+// The name service over Unix sockets, and the role that a connection's first packet gives it.
 #include <errno.h>
 
 #include <algorithm>
@@ -12,7 +12,8 @@ namespace {
 
 constexpr uint32_t kNode = 1;
 
-// Name service packets are few: a watcher whose queue is full of them does not read.
+// Not queued: control packets are few, so a watcher without room for one does not read, and is
+// closed.
 bool send_control(int socket, uint32_t type, const ServerAddress& server) {
   return unix_send(socket, encode_control({type, server}), Deadline::min()) == Status::ok;
 }
@@ -28,7 +29,7 @@ bool UnixServer::publish(uint32_t service, uint32_t instance) {
     return false;
   }
   servers_.push_back({service, instance, kNode, ++last_port_});
-  announce(QRTR_TYPE_NEW_SERVER, servers_.back());
+  notify_watchers(QRTR_TYPE_NEW_SERVER, servers_.back());
   return true;
 }
 
@@ -45,7 +46,7 @@ void UnixServer::withdraw_instance(uint32_t service, uint32_t instance) {
 template <typename Condition>
 void UnixServer::withdraw_if(Condition condition) {
   for (const ServerAddress& server : servers_) {
-    if (condition(server)) announce(QRTR_TYPE_DEL_SERVER, server);
+    if (condition(server)) notify_watchers(QRTR_TYPE_DEL_SERVER, server);
   }
   std::erase_if(servers_, condition);
   std::erase_if(connections_, [&](const Entry& entry) {
@@ -53,17 +54,18 @@ void UnixServer::withdraw_if(Condition condition) {
   });
 }
 
-void UnixServer::announce(uint32_t type, const ServerAddress& server) {
+void UnixServer::notify_watchers(uint32_t type, const ServerAddress& server) {
   std::erase_if(connections_, [&](const Entry& entry) {
     const Connection& watcher = entry.second;
-    bool concerned = watcher.role == Role::watcher && watcher.server.service == server.service;
-    return concerned && !send_control(watcher.socket.get(), type, server);
+    bool is_affected = watcher.role == Role::watcher && watcher.server.service == server.service;
+    return is_affected && !send_control(watcher.socket.get(), type, server);
   });
 }
 
-bool UnixServer::greet(Connection& connection, std::span<const uint8_t> packet) {
+// Only an undecided connection may send a control packet; anything else is a protocol error.
+bool UnixServer::decide_role(Connection& connection, std::span<const uint8_t> packet) {
   auto control = decode_control(packet);
-  if (!control || connection.role != Role::newcomer) return false;
+  if (!control || connection.role != Role::undecided) return false;
   if (control->type == QRTR_TYPE_NEW_LOOKUP) {
     return begin_watch(connection, control->server.service);
   }

@@ -20,7 +20,7 @@ bool is_socket(const std::string& path) {
   return lstat(path.c_str(), &status) == 0 && S_ISSOCK(status.st_mode);
 }
 
-// Removes a socket file that no process listens on any more: connecting to it is refused.
+// Removes a socket file that no process listens on any more: it refuses connections.
 bool remove_stale(const std::string& path) {
   bool is_stale = !unix_connect(path) && errno == ECONNREFUSED && is_socket(path);
   if (is_stale) return unlink(path.c_str()) == 0;
@@ -76,9 +76,9 @@ Received unix_receive(int socket, std::span<uint8_t> buffer, int flags) {
     size = recvmsg(socket, &message, flags);
   } while (size < 0 && errno == EINTR);
   if (size < 0) return {status_of(errno)};
-  if (size == 0) return {Status::gone};
-  bool is_cut = (message.msg_flags & MSG_TRUNC) != 0;
-  return {is_cut ? Status::too_long : Status::ok, static_cast<size_t>(size)};
+  if (size == 0) return {Status::gone};  // or an empty packet, which is a protocol error
+  bool is_truncated = (message.msg_flags & MSG_TRUNC) != 0;
+  return {is_truncated ? Status::too_long : Status::ok, static_cast<size_t>(size)};
 }
 
 SocketFile::~SocketFile() {

@@ -28,6 +28,7 @@ bool wait_for(int fd, short events, Deadline deadline) {
   return ready != 0;
 }
 
+// SO_RCVTIMEO has no effect on a non-blocking socket. Sends pass MSG_DONTWAIT.
 bool set_receive_timeout(int socket, std::chrono::milliseconds time) {
   auto microseconds = std::chrono::microseconds(time).count();
   timeval limit{microseconds / 1'000'000, microseconds % 1'000'000};
