@@ -207,7 +207,7 @@ TEST(Conventions, WrongUsageIsAnObjectForAScript) {
   CommandResult result = run_command("$BIN/qorextctl --json list --color pink");
   EXPECT_EQ(result.status, 2);
   EXPECT_EQ(result.output,
-            R"({"type":"error","outcome":2,"message":"--color: 'pink' is none of always, auto, )"
+            R"({"type":"error","outcome":2,"message":"--color: 'pink' is not one of always, auto, )"
             "never (see: qorextctl --help)\"}\n");
 }
 

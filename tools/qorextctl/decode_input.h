@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-#include "tools/qorextctl/options/options.h"
+#include "tools/qorextctl/cli/options.h"
 #include "tools/qorextctl/output/output.h"
 
 namespace qorextctl {

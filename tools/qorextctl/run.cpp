@@ -122,9 +122,9 @@ Outcome dispatch(const Options& options, Printer& printer) {
     case Verb::record:
       return run_record(options, printer);
     case Verb::replay:
-      return replay(options, printer);
+      return replay(options.words[0], options, options.show_personal, printer);
     case Verb::trace:
-      return write_trace(options, printer);
+      return write_trace(options.words[0], options.output, options.show_personal, printer);
     case Verb::modem:
       return run_modem(options, printer);
     case Verb::phone:

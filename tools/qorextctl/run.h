@@ -2,7 +2,7 @@
 // Every command's work.
 #pragma once
 
-#include "tools/qorextctl/options/options.h"
+#include "tools/qorextctl/cli/options.h"
 #include "tools/qorextctl/output/output.h"
 
 namespace qorextctl {

@@ -15,7 +15,6 @@ namespace {
 class SessionWith : public WithFakeDaemon {
  protected:
   SessionWith() {
-    options_.verb = Verb::session;
     options_.daemon_executable = FAKE_DAEMON;
     options_.setup.modem = "unix:/m";
     options_.timeout = 10;
@@ -33,7 +32,7 @@ class SessionWith : public WithFakeDaemon {
     return (*session)->finish(outcome, true);
   }
 
-  Options options_;
+  LaunchOptions options_;
 };
 
 TEST_F(SessionWith, LinesAreRunOneByOneAndTheEndIsReported) {

@@ -3,17 +3,46 @@
 
 #include <CLI/CLI.hpp>
 #include <algorithm>
+#include <map>
 #include <sstream>
 
 #include "common/completion/command_line.h"
-#include "tools/qorextctl/cli/choices.h"
 #include "tools/qorextctl/cli/command_app.h"
 #include "tools/qorextctl/cli/help_text.h"
-#include "tools/qorextctl/cli/verbs.h"
 
 namespace qorextctl {
 
 namespace {
+
+const std::map<std::string, ColourWhen> kColours = {
+    {"auto", ColourWhen::automatic},
+    {"always", ColourWhen::always},
+    {"never", ColourWhen::never},
+};
+
+const std::map<std::string, InputKind> kInputs = {
+    {"request", InputKind::request},
+    {"reply", InputKind::reply},
+    {"unsolicited", InputKind::unsolicited},
+    {"log", InputKind::log},
+};
+
+template <class T>
+std::vector<std::string> names_of(const std::map<std::string, T>& choices) {
+  std::vector<std::string> names;
+  names.reserve(choices.size());
+  for (const auto& [name, value] : choices) names.push_back(name);
+  return names;
+}
+
+template <class T>
+T chosen(const char* option, const std::map<std::string, T>& choices, const std::string& name) {
+  auto choice = choices.find(name);
+  if (choice != choices.end()) return choice->second;
+  std::string names;
+  for (const auto& [known, value] : choices) names += names.empty() ? known : ", " + known;
+  throw CLI::ValidationError(option, "'" + name + "' is not one of " + names);
+}
 
 constexpr double kMaxTimeout = 3600;
 
@@ -26,7 +55,8 @@ void add_shared_options(CLI::App& app, Options& options) {
                "decoded frames, logs, recordings, timelines and differences; the files of record "
                "and trace get mode 0600");
   app.add_option_function<std::string>(
-         "--color", [&](const std::string& name) { options.colour = colour_named(name); },
+         "--color",
+         [&](const std::string& name) { options.colour = chosen("--color", kColours, name); },
          "auto, always or never; auto honours NO_COLOR")
       ->option_text("WHEN");
   app.add_option("--timeout", options.timeout, "seconds to wait for a reply")
@@ -51,7 +81,7 @@ void add_shared_options(CLI::App& app, Options& options) {
       ->check(CLI::ExistingFile);
 }
 
-// Only "phone" makes the folder.
+// Only "phone" creates the folder.
 void check_phone_root(const Options& options) {
   const std::string& root = options.setup.phone_root;
   if (options.verb == Verb::phone) {
@@ -61,15 +91,20 @@ void check_phone_root(const Options& options) {
   }
 }
 
-// What is wrong has to be told in the right form too, and no parser has got that far then.
+// The parser may stop at an error before it reaches the option.
 bool wants_json(int argc, const char* const* argv) {
   return std::find(argv, argv + argc, std::string_view("--json")) != argv + argc;
 }
 
 }  // namespace
 
-void refuse_value(const char* option, const std::string& why) {
-  throw CLI::ValidationError(option, why);
+InputKind input_named(const std::string& name) { return chosen("--as", kInputs, name); }
+
+std::vector<std::string> choices_of(const std::string& option) {
+  if (option == "--color") return names_of(kColours);
+  if (option == "--as") return names_of(kInputs);
+  if (option == "--modem") return {"qrtr", "unix:"};
+  return {};
 }
 
 void describe_command_line(CLI::App& app, Options& options) {

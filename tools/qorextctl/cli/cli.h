@@ -6,12 +6,12 @@
 #include <vector>
 
 #include "tools/qorextctl/base/result.h"
-#include "tools/qorextctl/options/options.h"
+#include "tools/qorextctl/cli/options.h"
 
 namespace qorextctl {
 
-// The options, or the text that was asked for (help, version, completion), or what is wrong.
-// Whether output is to be JSON, and its colour, is set in any case.
+// The options, a text to print (help, version, completion), or an error. `options.json` and
+// `options.colour` are valid in all three cases.
 struct Parsed {
   Options options;
   std::string text;
@@ -20,7 +20,7 @@ struct Parsed {
 };
 Parsed parse_command_line(int argc, const char* const* argv);
 
-// What may stand for the last word of a command line, as command_line.h tells it.
+// The candidates for the last of the words, in the format of common/completion/command_line.h.
 std::string complete_command_line(const std::vector<std::string>& words);
 
 }  // namespace qorextctl

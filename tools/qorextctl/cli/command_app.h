@@ -1,10 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
-// The parser of the command line, for whoever takes it and whoever completes it.
+// The command line parser, which completion uses too. The options must outlive the parser.
 #pragma once
 
 #include <string>
+#include <vector>
 
-#include "tools/qorextctl/options/options.h"
+#include "tools/qorextctl/cli/options.h"
 
 namespace CLI {
 class App;
@@ -12,10 +13,16 @@ class App;
 
 namespace qorextctl {
 
-// Adds every verb and option; what is parsed goes to `options`, which has to live as long.
+// Adds all verbs and options. Parsing writes to `options`.
 void describe_command_line(CLI::App& app, Options& options);
 
-// Ends the parsing: the option does not take what it was given.
-[[noreturn]] void refuse_value(const char* option, const std::string& why);
+// Adds the verbs with their own options.
+void add_verbs(CLI::App& app, Options& options);
+
+// The value of --as with this name. An unknown name ends the parsing with an error.
+InputKind input_named(const std::string& name);
+
+// The names that an option such as "--color" accepts; empty for options that accept other values.
+std::vector<std::string> choices_of(const std::string& option);
 
 }  // namespace qorextctl

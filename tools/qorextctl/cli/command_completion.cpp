@@ -2,7 +2,6 @@
 #include <CLI/CLI.hpp>
 
 #include "common/completion/command_line.h"
-#include "tools/qorextctl/cli/choices.h"
 #include "tools/qorextctl/cli/cli.h"
 #include "tools/qorextctl/cli/command_app.h"
 #include "tools/qorextctl/session/completion.h"

@@ -1,9 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "tools/qorextctl/cli/verbs.h"
+#include "tools/qorextctl/cli/command_app.h"
 
 #include <CLI/CLI.hpp>
 
-#include "tools/qorextctl/cli/choices.h"
 #include "tools/qorextctl/cli/help_text.h"
 #include "tools/qorextctl/modem/modem_control.h"
 #include "tools/qorextctl/modem/modem_options.h"

@@ -21,6 +21,15 @@ struct SetupOptions {
   bool serves_modem = false;  // the caller does, at modem(): none is started
 };
 
+// What a command that starts the daemon sets.
+struct LaunchOptions {
+  std::string daemon_executable;  // empty: qorext_client in this program's folder
+  unsigned instance = 0;
+  double timeout = kDefaultTimeoutSeconds;
+  bool log = false;  // prints the daemon's log
+  SetupOptions setup;
+};
+
 class Setup {
  public:
   // A readable `interrupt_fd` ends the wait for the private modem.

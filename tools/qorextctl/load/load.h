@@ -3,7 +3,7 @@
 #pragma once
 
 #include "tools/qorextctl/load/load_mix.h"
-#include "tools/qorextctl/options/load_options.h"
+#include "tools/qorextctl/load/load_options.h"
 #include "tools/qorextctl/session/session.h"
 
 namespace qorextctl {

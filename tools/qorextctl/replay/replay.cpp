@@ -9,7 +9,8 @@ namespace qorextctl {
 
 namespace {
 
-std::optional<Error> what_hinders(const Options& options, const Recording& recording) {
+std::optional<Error> what_hinders(const std::string& path, const LaunchOptions& options,
+                                  const Recording& recording) {
   if (!options.setup.modem.empty()) {
     return usage_error("replay: --modem is not for replays, the recording is the modem");
   }
@@ -17,27 +18,28 @@ std::optional<Error> what_hinders(const Options& options, const Recording& recor
   if (!masked) return std::nullopt;
   return usage_error(fmt::format(
       "{}: line {}: personal data is masked; record with --show-personal what is to be replayed",
-      options.words[0], masked->line));
+      path, masked->line));
 }
 
 }  // namespace
 
-Outcome replay(const Options& options, Printer& printer) {
-  auto recording = read_recording(options.words[0]);
-  auto error = recording ? what_hinders(options, *recording) : recording.error();
+Outcome replay(const std::string& path, const LaunchOptions& options, bool show_personal,
+               Printer& printer) {
+  auto recording = read_recording(path);
+  auto error = recording ? what_hinders(path, options, *recording) : recording.error();
   if (error) {
     printer.error(*error);
     return error->outcome;
   }
-  Options own = options;
+  LaunchOptions own = options;
   own.instance = recording->instance;
-  ReplayPlayer player(*recording, own, printer);
+  ReplayPlayer player(*recording, show_personal, printer);
   if (auto hindrance = player.start(own)) {
     printer.error(*hindrance);
     return hindrance->outcome;
   }
   player.run();
-  return player.finish(options.words[0]);
+  return player.finish(path);
 }
 
 }  // namespace qorextctl

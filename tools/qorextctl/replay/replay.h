@@ -2,13 +2,14 @@
 // A recording played back against the daemon.
 #pragma once
 
-#include "tools/qorextctl/options/options.h"
+#include "tools/qorextctl/daemon/private_setup.h"
 #include "tools/qorextctl/output/output.h"
 
 namespace qorextctl {
 
 // Starts the daemon with a modem that answers from the recording, sends the recorded requests and
 // shows what is different. `refused` when something is; `usage` for a file that cannot be played.
-Outcome replay(const Options& options, Printer& printer);
+Outcome replay(const std::string& path, const LaunchOptions& options, bool show_personal,
+               Printer& printer);
 
 }  // namespace qorextctl

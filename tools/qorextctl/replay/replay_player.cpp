@@ -16,7 +16,7 @@ constexpr uint16_t kNotSupportedError = 94;
 
 }  // namespace
 
-std::optional<Error> ReplayPlayer::start(const Options& options) {
+std::optional<Error> ReplayPlayer::start(const LaunchOptions& options) {
   auto serve_request = [this](const ReplayModem::Request& request) { serve(request); };
   auto stage = ReplayStage::start(options, printer_, serve_request);
   if (!stage) return stage.error();

@@ -16,10 +16,10 @@ namespace qorextctl {
 // expects of the daemon what it did then.
 class ReplayPlayer {
  public:
-  ReplayPlayer(const Recording& recording, const Options& options, Printer& printer)
-      : printer_(printer), script_(recording), report_(printer, options.show_personal) {}
+  ReplayPlayer(const Recording& recording, bool show_personal, Printer& printer)
+      : printer_(printer), script_(recording), report_(printer, show_personal) {}
 
-  std::optional<Error> start(const Options& options);
+  std::optional<Error> start(const LaunchOptions& options);
   void run();
   // Tells what is different in all, of the recording that is called `path`.
   Outcome finish(const std::string& path);

@@ -10,15 +10,15 @@
 
 namespace qorextctl {
 
-Result<std::unique_ptr<ReplayStage>> ReplayStage::start(const Options& options, Printer& printer,
-                                                        OnRequest on_request) {
+Result<std::unique_ptr<ReplayStage>> ReplayStage::start(const LaunchOptions& options,
+                                                        Printer& printer, OnRequest on_request) {
   std::unique_ptr<ReplayStage> stage(new ReplayStage(options.timeout, std::move(on_request)));
   if (auto error = stage->open(options, printer)) return *error;
   stage->note_activity();
   return stage;
 }
 
-std::optional<Error> ReplayStage::open(const Options& options, Printer& printer) {
+std::optional<Error> ReplayStage::open(const LaunchOptions& options, Printer& printer) {
   SetupOptions given = options.setup;
   given.serves_modem = true;
   auto setup = Setup::create(given, interrupts_.fd());

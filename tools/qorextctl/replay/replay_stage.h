@@ -7,7 +7,7 @@
 
 #include "tools/qorextctl/base/fd.h"
 #include "tools/qorextctl/daemon/daemon.h"
-#include "tools/qorextctl/options/options.h"
+#include "tools/qorextctl/daemon/private_setup.h"
 #include "tools/qorextctl/output/output.h"
 #include "tools/qorextctl/replay/replay_modem.h"
 
@@ -17,7 +17,7 @@ class ReplayStage {
  public:
   // `on_request` gets every request to the modem, from within wait().
   using OnRequest = std::function<void(const ReplayModem::Request&)>;
-  static Result<std::unique_ptr<ReplayStage>> start(const Options& options, Printer& printer,
+  static Result<std::unique_ptr<ReplayStage>> start(const LaunchOptions& options, Printer& printer,
                                                     OnRequest on_request);
 
   // Until `done` says so (true), or until the time has passed, the daemon has ended or the user
@@ -37,7 +37,7 @@ class ReplayStage {
  private:
   ReplayStage(double seconds, OnRequest on_request)
       : seconds_(seconds), on_request_(std::move(on_request)) {}
-  std::optional<Error> open(const Options& options, Printer& printer);
+  std::optional<Error> open(const LaunchOptions& options, Printer& printer);
 
   double seconds_;
   OnRequest on_request_;

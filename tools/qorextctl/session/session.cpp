@@ -12,7 +12,7 @@
 
 namespace qorextctl {
 
-Result<std::unique_ptr<Session>> Session::start(const Options& options, Printer& printer,
+Result<std::unique_ptr<Session>> Session::start(const LaunchOptions& options, Printer& printer,
                                                 Recorder* recorder) {
   std::unique_ptr<Session> session(new Session(options, printer, recorder));
   if (auto error = session->open()) return *error;

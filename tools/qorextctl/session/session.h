@@ -8,7 +8,6 @@
 #include "tools/qorextctl/base/fd.h"
 #include "tools/qorextctl/base/text.h"
 #include "tools/qorextctl/daemon/private_setup.h"
-#include "tools/qorextctl/options/options.h"
 #include "tools/qorextctl/session/exchange.h"
 
 namespace qorextctl {
@@ -31,7 +30,7 @@ class Session {
 
   // Starts what `options` ask for, and has it recorded where there is a recorder; then the daemon
   // has come to its first wait for a request. Printer and recorder must outlive the session.
-  static Result<std::unique_ptr<Session>> start(const Options& options, Printer& printer,
+  static Result<std::unique_ptr<Session>> start(const LaunchOptions& options, Printer& printer,
                                                 Recorder* recorder = nullptr);
 
   // One line: "NAME key=value..." is a request; one of commands(); a comment.
@@ -68,7 +67,7 @@ class Session {
   Outcome finish(Outcome outcome, bool print_exit);
 
  private:
-  Session(const Options& options, Printer& printer, Recorder* recorder)
+  Session(const LaunchOptions& options, Printer& printer, Recorder* recorder)
       : options_(options), printer_(printer), recorder_(recorder) {}
   std::optional<Error> open();
   DaemonOptions wanted_daemon();
@@ -92,7 +91,7 @@ class Session {
   Outcome show_phone(const std::vector<std::string>& words);
   Outcome tell_modem(const std::vector<std::string>& words);
 
-  const Options& options_;
+  const LaunchOptions& options_;
   Printer& printer_;
   Recorder* recorder_;
   Interrupts interrupts_;

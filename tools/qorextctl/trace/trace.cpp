@@ -29,21 +29,21 @@ std::vector<Json> shown(const Recording& recording, bool show_personal) {
 
 }  // namespace
 
-Outcome write_trace(const Options& options, Printer& printer) {
-  auto recording = read_recording(options.words[0]);
+Outcome write_trace(const std::string& path, const std::string& output, bool show_personal,
+                    Printer& printer) {
+  auto recording = read_recording(path);
   if (!recording) return fail(recording.error(), printer);
-  std::string text = timeline(shown(*recording, options.show_personal))
+  std::string text = timeline(shown(*recording, show_personal))
                          .dump(-1, ' ', false, Json::error_handler_t::replace);
-  if (options.output.empty() || options.output == "-") {
+  if (output.empty() || output == "-") {
     std::cout << text << '\n';
     return Outcome::success;
   }
-  bool is_ready = !options.show_personal || open_private(options.output, O_TRUNC).valid();
-  std::ofstream file(options.output);
-  if (!is_ready || !file)
-    return fail(usage_error("trace: cannot write '" + options.output + "'"), printer);
+  bool is_ready = !show_personal || open_private(output, O_TRUNC).valid();
+  std::ofstream file(output);
+  if (!is_ready || !file) return fail(usage_error("trace: cannot write '" + output + "'"), printer);
   if (file << text << '\n' << std::flush) return Outcome::success;
-  return fail({Outcome::broken, "trace: '" + options.output + "' cannot be written"}, printer);
+  return fail({Outcome::broken, "trace: '" + output + "' cannot be written"}, printer);
 }
 
 }  // namespace qorextctl

@@ -1,13 +1,12 @@
 // SPDX-License-Identifier: Apache-2.0
-// What the command line can ask for.
+// What the command line sets.
 #pragma once
 
 #include <string>
 #include <vector>
 
-#include "tools/qorextctl/base/deadline.h"
 #include "tools/qorextctl/daemon/private_setup.h"
-#include "tools/qorextctl/options/load_options.h"
+#include "tools/qorextctl/load/load_options.h"
 #include "tools/qorextctl/output/terminal.h"
 #include "tools/qorextctl/phone/phone_files.h"
 
@@ -35,17 +34,12 @@ struct DecodeOptions {
   std::string input = "-";  // a file; "-" is standard input
 };
 
-struct Options {
+struct Options : LaunchOptions {
   Verb verb = Verb::list;
-  std::vector<std::string> words;  // behind the verb
+  std::vector<std::string> words;  // after the verb
   bool json = false;
-  bool log = false;
   bool show_personal = false;
   ColourWhen colour = ColourWhen::automatic;
-  unsigned instance = 0;
-  double timeout = kDefaultTimeoutSeconds;
-  std::string daemon_executable;  // empty: the one beside this program
-  SetupOptions setup;
   PhoneFiles phone;
   DecodeOptions decode;
   std::string output;  // of record and trace; "-" is standard output
