@@ -4,11 +4,10 @@
 #include <algorithm>
 
 #include "tools/docs/pages.h"
-#include "tools/qorextctl/catalogue/request.h"
-#include "tools/qorextctl/catalogue/values.h"
 #include "tools/qorextctl/frames/decode.h"
 #include "tools/qorextctl/frames/field_text.h"
-#include "tools/qorextctl/frames/unsolicited.h"
+#include "tools/qorextctl/frames/protocol.h"
+#include "tools/qorextctl/frames/values.h"
 #include "tools/qorextctl/output/catalogue_text.h"
 
 namespace docs {

@@ -10,8 +10,7 @@
 #include "modem/messages/services.h"
 #include "modem/scenario.h"
 #include "modem/state/factory.h"
-#include "tools/qorextctl/catalogue/request.h"
-#include "tools/qorextctl/frames/unsolicited.h"
+#include "tools/qorextctl/frames/protocol.h"
 
 namespace docs {
 namespace {

@@ -8,8 +8,8 @@
 #include <filesystem>
 #include <fstream>
 
-#include "tools/qorextctl/catalogue/request.h"
-#include "tools/qorextctl/catalogue/values.h"
+#include "tools/qorextctl/frames/protocol.h"
+#include "tools/qorextctl/frames/values.h"
 #include "tools/qorextctl/modem/modem_control.h"
 #include "tools/qorextctl/session/session.h"
 

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "tools/qorextctl/catalogue/nam_record.h"
+#include "tools/qorextctl/frames/json_record.h"
 
 #include <gtest/gtest.h>
 

@@ -7,10 +7,10 @@
 #include <map>
 
 #include "tools/qorextctl/base/text.h"
-#include "tools/qorextctl/catalogue/nam_record.h"
-#include "tools/qorextctl/catalogue/values.h"
 #include "tools/qorextctl/frames/frames.h"
+#include "tools/qorextctl/frames/json_record.h"
 #include "tools/qorextctl/frames/personal.h"
+#include "tools/qorextctl/frames/values.h"
 
 namespace qorextctl {
 

@@ -6,7 +6,7 @@
 
 #include <algorithm>
 
-#include "tools/qorextctl/catalogue/nv_items.h"
+#include "tools/qorextctl/frames/protocol.h"
 
 namespace qorextctl {
 
@@ -189,20 +189,10 @@ std::string id_text(Family family, uint32_t id) {
 }
 
 std::string status_name(uint32_t status) {
-  switch (status) {
-    case 0:
-      return "success";
-    case 2:
-      return "refused by the modem";
-    case 3:
-      return "subsidy lock refused";
-    case 5:
-      return "failure";
-    case kNotSupported:
-      return "obsolete or not supported";
-    default:
-      return "unknown";
+  for (const Status& known : kStatuses) {
+    if (known.value == status) return known.name;
   }
+  return "unknown";
 }
 
 }  // namespace qorextctl

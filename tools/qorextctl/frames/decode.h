@@ -8,7 +8,7 @@
 #include <vector>
 
 #include "tools/qorextctl/base/bytes.h"
-#include "tools/qorextctl/catalogue/request.h"
+#include "tools/qorextctl/frames/protocol.h"
 
 namespace qorextctl {
 
@@ -47,9 +47,6 @@ DecodedFrame decode_reply(const Request* request, ReplyForm form, uint32_t id, V
 DecodedFrame decode_unsolicited(View frame);
 // By the arguments of the row whose payload fits best.
 DecodedFrame decode_request(View frame);
-
-// Of replies that nobody served.
-constexpr uint32_t kNotSupported = 6;
 
 // "success", "failure", ...; "unknown" for a status that no reply is known to carry.
 std::string status_name(uint32_t status);

@@ -2,8 +2,8 @@
 // Which reply belongs to a request.
 #pragma once
 
-#include "tools/qorextctl/catalogue/request.h"
 #include "tools/qorextctl/frames/frames.h"
+#include "tools/qorextctl/frames/protocol.h"
 
 namespace qorextctl {
 

@@ -4,7 +4,7 @@
 
 #include <string>
 
-#include "tools/qorextctl/catalogue/request.h"
+#include "tools/qorextctl/frames/protocol.h"
 
 namespace qorextctl {
 

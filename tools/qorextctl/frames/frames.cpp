@@ -9,8 +9,6 @@ namespace {
 
 constexpr uint32_t kCdmaFamily = 2;   // of the bytes 1 to 3 of every CDMA-hook request
 constexpr uint8_t kFirstBadType = 3;  // header types of generic requests lie below
-constexpr size_t kLengthOffset = 4;   // in replies of both families
-constexpr size_t kUnsolLengthOffset = 12;
 
 Bytes build_generic(const RequestDraft& draft) {
   Bytes frame{draft.type};

@@ -7,23 +7,9 @@
 #include <optional>
 
 #include "tools/qorextctl/base/bytes.h"
-#include "tools/qorextctl/catalogue/request.h"
+#include "tools/qorextctl/frames/protocol.h"
 
 namespace qorextctl {
-
-constexpr size_t kGenericHeaderSize = 8;
-constexpr size_t kCdmaHeaderSize = 18;
-constexpr size_t kCdmaTrailerSize = 2;
-constexpr size_t kStatusOffset = 8;  // in CDMA-hook headers
-constexpr size_t kCodeOffset = 12;
-constexpr size_t kDataPlmnSize = 568;
-constexpr size_t kUnsolHeaderSize = 16;
-constexpr uint32_t kUnsolCdmaHeaderSize = 20;  // as an unsolicited CDMA-hook frame states it
-constexpr size_t kUnsolOverhead = 28;          // of both formats, header and trailer
-constexpr uint32_t kGenericError = 0xFFFFFFFF;
-
-// The daemon takes what one read returns as one request.
-constexpr size_t kMaxRequestBytes = 17408;
 
 // A frame that claims to be longer has a broken length field.
 constexpr size_t kMaxFrameBytes = 65536;

@@ -11,6 +11,7 @@
 
 namespace qorextctl {
 
+constexpr const char* kMasked = "***";     // for a value
 constexpr const char* kMaskedByte = "**";  // for a byte in hex, so that places stay
 
 // The values of personal fields become kMasked, their bytes in `frame` zero.

@@ -9,9 +9,6 @@ namespace qorextctl {
 
 namespace {
 
-constexpr uint32_t kSuccess = 0;
-constexpr uint32_t kFailure = 5;
-
 void set_status(DecodedFrame& decoded, uint32_t status) {
   decoded.status = status;
   decoded.status_name = status_name(status);

@@ -7,8 +7,8 @@
 #include <sstream>
 
 #include "tools/qorextctl/base/text.h"
-#include "tools/qorextctl/catalogue/values.h"
 #include "tools/qorextctl/frames/arguments.h"
+#include "tools/qorextctl/frames/values.h"
 #include "tools/qorextctl/session/completion.h"
 
 namespace qorextctl {

@@ -3,8 +3,8 @@
 
 #include <fmt/format.h>
 
-#include "tools/qorextctl/catalogue/nv_items.h"
 #include "tools/qorextctl/frames/frame_kind.h"
+#include "tools/qorextctl/frames/protocol.h"
 
 namespace qorextctl {
 

@@ -4,8 +4,8 @@
 #include <array>
 #include <charconv>
 
-#include "tools/qorextctl/catalogue/nv_items.h"
 #include "tools/qorextctl/frames/personal.h"
+#include "tools/qorextctl/frames/protocol.h"
 #include "tools/qorextctl/log/log_line.h"
 
 namespace qorextctl {

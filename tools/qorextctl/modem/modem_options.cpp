@@ -9,7 +9,7 @@
 #include <iterator>
 
 #include "tools/qorextctl/base/text.h"
-#include "tools/qorextctl/catalogue/values.h"
+#include "tools/qorextctl/frames/values.h"
 
 namespace qorextctl {
 

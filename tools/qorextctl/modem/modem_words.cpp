@@ -6,7 +6,7 @@
 
 #include "platform/linux/qmi_json/foreign_json.h"
 #include "tools/qorextctl/base/text.h"
-#include "tools/qorextctl/catalogue/values.h"
+#include "tools/qorextctl/frames/values.h"
 #include "tools/qorextctl/modem/modem_control.h"
 #include "tools/qorextctl/modem/modem_options.h"
 

@@ -6,8 +6,8 @@
 #include <algorithm>
 
 #include "tools/qorextctl/base/text.h"
-#include "tools/qorextctl/catalogue/values.h"
 #include "tools/qorextctl/frames/field_text.h"
+#include "tools/qorextctl/frames/values.h"
 
 namespace qorextctl {
 

@@ -5,8 +5,8 @@
 #include <string>
 #include <vector>
 
-#include "tools/qorextctl/catalogue/request.h"
 #include "tools/qorextctl/frames/decode.h"
+#include "tools/qorextctl/frames/protocol.h"
 
 namespace qorextctl {
 

@@ -5,8 +5,7 @@
 
 #include <algorithm>
 
-#include "tools/qorextctl/catalogue/nv_items.h"
-#include "tools/qorextctl/catalogue/request.h"
+#include "tools/qorextctl/frames/protocol.h"
 #include "tools/qorextctl/session/completed_files.h"
 #include "tools/qorextctl/session/modem_completion.h"
 #include "tools/qorextctl/session/session.h"

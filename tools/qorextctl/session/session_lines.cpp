@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <fmt/format.h>
 
-#include "tools/qorextctl/catalogue/values.h"
 #include "tools/qorextctl/frames/arguments.h"
+#include "tools/qorextctl/frames/values.h"
 #include "tools/qorextctl/modem/ask_modem.h"
 #include "tools/qorextctl/modem/modem_control.h"
 #include "tools/qorextctl/phone/phone_files.h"

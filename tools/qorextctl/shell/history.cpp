@@ -15,12 +15,12 @@
 
 #include "tools/qorextctl/base/fd.h"
 #include "tools/qorextctl/base/text.h"
-#include "tools/qorextctl/catalogue/nv_items.h"
-#include "tools/qorextctl/catalogue/values.h"
 #include "tools/qorextctl/daemon/channel.h"
 #include "tools/qorextctl/frames/arguments.h"
 #include "tools/qorextctl/frames/decode.h"
 #include "tools/qorextctl/frames/personal.h"
+#include "tools/qorextctl/frames/protocol.h"
+#include "tools/qorextctl/frames/values.h"
 
 namespace qorextctl {
 

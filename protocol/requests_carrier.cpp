@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
 // The carrier's provisioning requests.
-#include "tools/qorextctl/catalogue/request.h"
+#include "protocol/request.h"
 
-namespace qorextctl {
+namespace protocol {
 
-namespace {
+namespace carrier {
 
 constexpr uint16_t kTotEntries = 15;
 constexpr uint16_t kTotSize = 2 + 4 * kTotEntries;
@@ -129,8 +129,8 @@ constexpr Request kRequests[] = {
     {"write-akey", 0x02000013, "write the authentication key", {kAkey}, kTwice},
 };
 
-}  // namespace
+}  // namespace carrier
 
-std::span<const Request> carrier_requests() { return kRequests; }
+std::span<const Request> carrier_requests() { return carrier::kRequests; }
 
-}  // namespace qorextctl
+}  // namespace protocol

@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "tools/qorextctl/catalogue/request.h"
+#include "protocol/request.h"
 
-namespace qorextctl {
+namespace protocol {
 
-namespace {
+namespace nv {
 
 constexpr Argument kNvRead[] = {
     {u32("rde-id", 0), kRequired, "element number"},
@@ -62,8 +62,8 @@ constexpr Request kRequests[] = {
     {"write-item-10003", 0x0200000E, "write NV item 10003", {kItemData}},
 };
 
-}  // namespace
+}  // namespace nv
 
-std::span<const Request> nv_requests() { return kRequests; }
+std::span<const Request> nv_requests() { return nv::kRequests; }
 
-}  // namespace qorextctl
+}  // namespace protocol

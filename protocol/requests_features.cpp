@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
 // The modem's features: most are generic requests, the PFP table and the utility message are not.
-#include "tools/qorextctl/catalogue/request.h"
+#include "protocol/request.h"
 
-namespace qorextctl {
+namespace protocol {
 
-namespace {
+namespace feature {
 
 constexpr uint16_t kUtilsDataSize = 256;
 constexpr uint32_t kUtilsSize = 8 + kUtilsDataSize;
@@ -65,8 +65,8 @@ constexpr Request kRequests[] = {
     {"utils", 0x0200001E, "any utility request", {kUtils, kUtilsSize}, kUtilsReply},
 };
 
-}  // namespace
+}  // namespace feature
 
-std::span<const Request> feature_requests() { return kRequests; }
+std::span<const Request> feature_requests() { return feature::kRequests; }
 
-}  // namespace qorextctl
+}  // namespace protocol

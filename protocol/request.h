@@ -7,9 +7,9 @@
 #include <span>
 #include <string_view>
 
-#include "tools/qorextctl/catalogue/field.h"
+#include "protocol/field.h"
 
-namespace qorextctl {
+namespace protocol {
 
 enum class Family : uint8_t {
   generic,  // 8-byte big-endian header
@@ -116,4 +116,4 @@ std::span<const Request> engineering_requests();
 std::span<const Request> feature_requests();
 std::span<const Request> raw_requests();
 
-}  // namespace qorextctl
+}  // namespace protocol

@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "tools/qorextctl/catalogue/nv_items.h"
+#include "protocol/nv_items.h"
 
 #include <algorithm>
 
-namespace qorextctl {
+namespace protocol {
 
-namespace {
+namespace nv_item {
 
 constexpr uint16_t kMdnDigits = 15;
 constexpr uint16_t kPairCount = 20;
@@ -65,12 +65,12 @@ constexpr NvItem kItems[] = {
     {10018, "ddtm", {kDdtm}},
 };
 
-}  // namespace
+}  // namespace nv_item
 
-std::span<const NvItem> known_nv_items() { return kItems; }
+std::span<const NvItem> known_nv_items() { return nv_item::kItems; }
 
 const NvItem* find_nv_item(uint32_t id) {
-  for (const NvItem& item : kItems) {
+  for (const NvItem& item : nv_item::kItems) {
     if (item.id == id) return &item;
   }
   return nullptr;
@@ -84,4 +84,4 @@ bool is_personal_item(uint32_t id) {
                      [](const Field& field) { return field.privacy == Privacy::personal; });
 }
 
-}  // namespace qorextctl
+}  // namespace protocol

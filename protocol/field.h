@@ -6,7 +6,7 @@
 #include <cstddef>
 #include <cstdint>
 
-namespace qorextctl {
+namespace protocol {
 
 enum class Type : uint8_t {
   u8,
@@ -34,8 +34,6 @@ enum class Privacy : uint8_t {
   personal,
   as_item,  // as the NV item that the field "rde-id" names
 };
-
-constexpr const char* kMasked = "***";  // for a value that is not open
 
 struct Field {
   const char* name;
@@ -115,4 +113,4 @@ constexpr Field item_data(Field field) {
   return field;
 }
 
-}  // namespace qorextctl
+}  // namespace protocol

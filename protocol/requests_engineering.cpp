@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
 // The modem's live engineering data of the CDMA 1x and EVDO links.
-#include "tools/qorextctl/catalogue/request.h"
+#include "protocol/request.h"
 
-namespace qorextctl {
+namespace protocol {
 
-namespace {
+namespace engineering {
 
 constexpr Field kCallFields[] = {
     u32("fer", 0),
@@ -61,8 +61,8 @@ constexpr Request kRequests[] = {
     {"get-evdo", 0x02000012, "EVDO link data", {}, kEvdoReply},
 };
 
-}  // namespace
+}  // namespace engineering
 
-std::span<const Request> engineering_requests() { return kRequests; }
+std::span<const Request> engineering_requests() { return engineering::kRequests; }
 
-}  // namespace qorextctl
+}  // namespace protocol

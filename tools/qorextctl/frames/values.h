@@ -6,7 +6,7 @@
 
 #include "tools/qorextctl/base/bytes.h"
 #include "tools/qorextctl/base/result.h"
-#include "tools/qorextctl/catalogue/request.h"
+#include "tools/qorextctl/frames/protocol.h"
 
 namespace qorextctl {
 

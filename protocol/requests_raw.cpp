@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
 // Requests by number, for ids that have no row of their own and for payloads that no row allows.
 // What their bytes hold is not known, so they count as personal.
-#include "tools/qorextctl/catalogue/request.h"
+#include "protocol/request.h"
 
-namespace qorextctl {
+namespace protocol {
 
-namespace {
+namespace raw {
 
 constexpr uint32_t kMax24Bit = 0xFFFFFF;
 
@@ -30,8 +30,8 @@ constexpr Request kRequests[] = {
     {"cdma", kCdmaIds, "any CDMA-hook request", {kCdma}, {ReplyForm::cdma, &kData}},
 };
 
-}  // namespace
+}  // namespace raw
 
-std::span<const Request> raw_requests() { return kRequests; }
+std::span<const Request> raw_requests() { return raw::kRequests; }
 
-}  // namespace qorextctl
+}  // namespace protocol

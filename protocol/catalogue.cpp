@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <vector>
 
-#include "tools/qorextctl/catalogue/request.h"
+#include "protocol/request.h"
 
-namespace qorextctl {
+namespace protocol {
 
 namespace {
 
@@ -37,4 +37,4 @@ const Request* find_request(Family family, uint32_t id) {
   return nullptr;
 }
 
-}  // namespace qorextctl
+}  // namespace protocol

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "tools/qorextctl/catalogue/nam_record.h"
+#include "tools/qorextctl/frames/json_record.h"
 
 #include <fmt/format.h>
 
@@ -14,7 +14,7 @@ namespace qorextctl {
 
 namespace {
 
-using Json = nlohmann::json;
+using Record = nlohmann::json;
 
 Result<std::map<std::string, std::string>> parse_all(std::istream& input) {
   std::string text;
@@ -25,9 +25,9 @@ Result<std::map<std::string, std::string>> parse_all(std::istream& input) {
 }  // namespace
 
 Result<std::map<std::string, std::string>> parse_record(const std::string& text) {
-  auto [record, excess] = qmi_json::parse_foreign<Json>(text);
+  auto [record, excess] = qmi_json::parse_foreign<Record>(text);
   if (excess) return usage_error(fmt::format("the record {}", excess));
-  if (record.is_object() && record.contains("fields")) record = Json(record["fields"]);
+  if (record.is_object() && record.contains("fields")) record = Record(record["fields"]);
   if (!record.is_object()) return usage_error("the record is no JSON object");
   std::map<std::string, std::string> members;
   for (const auto& [key, member] : record.items()) {

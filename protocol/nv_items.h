@@ -4,9 +4,9 @@
 
 #include <cstdint>
 
-#include "tools/qorextctl/catalogue/request.h"
+#include "protocol/request.h"
 
-namespace qorextctl {
+namespace protocol {
 
 struct NvItem {
   uint32_t id;  // RDE id
@@ -22,4 +22,4 @@ const NvItem* find_nv_item(uint32_t id);
 // Of the numbers and codes named in personal.h.
 bool is_personal_item(uint32_t id);
 
-}  // namespace qorextctl
+}  // namespace protocol

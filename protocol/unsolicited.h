@@ -2,9 +2,9 @@
 // The messages that come unsolicited: one row a message.
 #pragma once
 
-#include "tools/qorextctl/catalogue/request.h"
+#include "protocol/request.h"
 
-namespace qorextctl {
+namespace protocol {
 
 struct UnsolicitedMessage {
   uint32_t format;
@@ -14,4 +14,7 @@ struct UnsolicitedMessage {
 };
 std::span<const UnsolicitedMessage> unsolicited_messages();
 
-}  // namespace qorextctl
+// Null when there is none.
+const UnsolicitedMessage* find_unsolicited(uint32_t format, uint32_t id);
+
+}  // namespace protocol

@@ -1,11 +1,13 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "tools/qorextctl/catalogue/values.h"
+#include "tools/qorextctl/frames/values.h"
 
 #include <fmt/format.h>
 
 #include <algorithm>
 #include <charconv>
 #include <limits>
+
+#include "tools/qorextctl/frames/personal.h"
 
 namespace qorextctl {
 

@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
 // The number assignment module: numbers and identities of the CDMA subscription.
-#include "tools/qorextctl/catalogue/request.h"
+#include "protocol/request.h"
 
-namespace qorextctl {
+namespace protocol {
 
-namespace {
+namespace nam {
 
 constexpr uint16_t kRecordSize = 104;
 constexpr uint16_t kPairCount = 20;
@@ -72,8 +72,8 @@ constexpr Request kRequests[] = {
     {"set-sid-nid", 0x02000004, "write the SID/NID pairs", {kSetPairs, kPairCount* kPairSize}},
 };
 
-}  // namespace
+}  // namespace nam
 
-std::span<const Request> nam_requests() { return kRequests; }
+std::span<const Request> nam_requests() { return nam::kRequests; }
 
-}  // namespace qorextctl
+}  // namespace protocol
