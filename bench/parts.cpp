@@ -7,7 +7,7 @@
 #include "platform/linux/qmi_idl/codec.h"
 #include "qorext_vendor_service_v01.h"
 #include "src/host/base/framing.h"
-#include "src/host/base/hex.h"
+#include "src/host/base/bytes.h"
 
 namespace {
 

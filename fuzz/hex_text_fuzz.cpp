@@ -7,7 +7,7 @@
 #include "fuzz/require.h"
 #include "platform/linux/qmi_json/hex.h"
 #include "src/carrier/engineering_text.h"
-#include "src/host/base/hex.h"
+#include "src/host/base/bytes.h"
 #include "tools/qorextctl/base/bytes.h"
 
 namespace {

@@ -5,7 +5,7 @@
 #include "fuzz/require.h"
 #include "fuzz/scratch.h"
 #include "qorext_vendor_service_v01.h"
-#include "src/capture/kpi_intake.h"
+#include "src/capture/capture.h"
 #include "src/host/base/framing.h"
 #include "src/vendor/utility_messages.h"
 

@@ -6,7 +6,7 @@
 #include "fuzz/phone.h"
 #include "fuzz/require.h"
 #include "fuzz/scratch.h"
-#include "src/capture/vorn_directory.h"
+#include "src/capture/kpi_logs.h"
 
 namespace {
 

@@ -6,7 +6,7 @@
 #include "fuzz/phone.h"
 #include "fuzz/require.h"
 #include "modem/state/nam_encoding.h"
-#include "src/carrier/carrier_operations.h"
+#include "src/carrier/carrier_handler.h"
 #include "src/carrier/digits.h"
 #include "src/vendor/rde_messages.h"
 

@@ -15,10 +15,10 @@
 
 #include "fuzz/require.h"
 #include "qorext_vendor_service_v01.h"
-#include "src/capture/hob_save.h"
+#include "src/capture/capture.h"
 #include "src/carrier_modem/carrier_clients.h"
 #include "src/host/base/parent.h"
-#include "src/host/indications.h"
+#include "src/host/host.h"
 #include "src/vendor/vendor_client.h"
 
 namespace fuzz {

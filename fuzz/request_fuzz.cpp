@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 // The whole way of a request: bytes on the pipe, loop, dispatch, handler, modem, reply.
-#include "src/host/request_loop.h"
+#include "src/host/host.h"
 
 #include "fuzz/phone.h"
 #include "fuzz/require.h"

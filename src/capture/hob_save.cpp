@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "src/capture/hob_save.h"
+#include "src/capture/capture.h"
 
 #include <fcntl.h>
 #include <pthread.h>
@@ -32,7 +32,8 @@ struct HobMessage {
 };
 static_assert(sizeof(HobMessage) == 1);
 
-// Guards against the modem's repeated requests only; two at the very same time may both run.
+// A plain flag, not a lock: it refuses the modem's repeated requests, but two threads that check it
+// at the same time may both save. Relaxed order is enough, since it guards no other memory.
 std::atomic<bool> g_in_progress = false;
 
 pthread_attr_t g_thread_attributes;
@@ -107,7 +108,7 @@ void* dhob_write(void*) {
   }
   g_in_progress.store(true, std::memory_order_relaxed);
   uint8_t outcome = save_block();
-  sync();
+  sync();  // the report says that the block is on the disk
   LOGE("dhob_write: Sending DYNHOB request to BP");
   send_hob_message(outcome);
   g_in_progress.store(false, std::memory_order_relaxed);

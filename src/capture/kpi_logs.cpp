@@ -9,7 +9,6 @@
 #include <unistd.h>
 
 #include "phone_path.h"
-#include "src/capture/vorn_directory.h"
 #include "src/host/base/log.h"
 #include "src/host/base/scoped_fd.h"
 
@@ -53,7 +52,7 @@ void hand_off(const VornPath& log) {
   if (!NativeDropBoxWriter::addText(kDropBoxTag, log)) LOGE("vorn: send to dropbox failed!.");
 }
 
-// Makes a new log the current one; the one before is handed off unless it is empty.
+// Makes a new log the current one and hands off the one before unless it is empty.
 bool rotate(VornPath& log, off_t& size, time_t now, KpiLogState& state) {
   if (size > 0) {
     state.handed_off = now;
@@ -67,7 +66,7 @@ bool rotate(VornPath& log, off_t& size, time_t now, KpiLogState& state) {
   return true;
 }
 
-void give_to_readers(const VornPath& log) {
+void set_log_owner_and_mode(const VornPath& log) {
   if (chown(phone_path(log), getuid(), kLogGroup) != 0) {
     LOGE("vorn_update_current_log: Unable to chown %s, errno %d", log, errno);
   }
@@ -76,7 +75,7 @@ void give_to_readers(const VornPath& log) {
   }
 }
 
-// False with errno when not all of it was written.
+// Continues after short writes. False with errno when not all bytes were written.
 bool write_all(const ScopedFd& file, const char* bytes, size_t size) {
   while (size > 0) {
     ssize_t written = write(file.get(), bytes, size);
@@ -93,25 +92,27 @@ struct OpenFile {
   ScopedFd fd;
 };
 
-bool report(const char* what, const OpenFile& file) {
+bool log_failure(const char* what, const OpenFile& file) {
   LOGE("vorn_update_current_log: Unable to %s %s, errno %d", what, file.path, errno);
   return false;
 }
 
-// Until `to` is on the disk. False after logging what failed.
+// Copies all of `from` and syncs `to`. False after logging the failure. The sync of `from` is not
+// checked: the file is deleted next.
 bool copy(const OpenFile& from, const OpenFile& to) {
   char chunk[kChunkSize];
   ssize_t size;
   while ((size = read(from.fd.get(), chunk, sizeof chunk)) > 0) {
-    if (!write_all(to.fd, chunk, static_cast<size_t>(size))) return report("write", to);
+    if (!write_all(to.fd, chunk, static_cast<size_t>(size))) return log_failure("write", to);
   }
-  if (size < 0) return report("read", from);
-  if (fsync(to.fd.get()) != 0) return report("write", to);
+  if (size < 0) return log_failure("read", from);
+  if (fsync(to.fd.get()) != 0) return log_failure("write", to);
   fsync(from.fd.get());
   return true;
 }
 
-// A failed merge leaves the log as it was before: of `size` bytes.
+// Appends to a log of `size` bytes. A failure cuts the log back to that size: part of a package
+// must not stay in it.
 bool append(const VornPath& temporary, const VornPath& log, off_t size) {
   OpenFile to = {
       log, ScopedFd(open(phone_path(log), O_RDWR | O_APPEND | O_CREAT | O_CLOEXEC, kCreationMode))};
@@ -121,9 +122,9 @@ bool append(const VornPath& temporary, const VornPath& log, off_t size) {
     LOGE("vorn_update_current_log: Unable to open files, errno %d", errno);
     return false;
   }
-  if (size == 0) give_to_readers(log);
+  if (size == 0) set_log_owner_and_mode(log);
   if (copy(from, to)) return true;
-  if (ftruncate(to.fd.get(), size) != 0) report("truncate", to);
+  if (ftruncate(to.fd.get(), size) != 0) log_failure("truncate", to);
   return false;
 }
 
@@ -147,6 +148,7 @@ void vorn_update_current_log(const VornPath& temporary, KpiLogState& state) {
   bool is_due = is_rotation_due(size + added, now, state.handed_off);
   if (is_due && !rotate(log, size, now, state)) return;
   if (!append(temporary, log, size)) return;
+  // Before the success line: what it reports must survive a power failure, links included.
   if (!state.are_links_synced) state.are_links_synced = vorn_sync_links();
   LOGE("vorn_update_current_log: update %s succeed.", log);
   unlink(phone_path(temporary));

@@ -1,15 +1,22 @@
 // SPDX-License-Identifier: Apache-2.0
 // The packets in which the modem uploads its KPI ("vorn") logs. Packets with one package id form a
-// package; this is the check of each packet against the package being received, and touches no
-// file.
+// package; each packet is checked against the package being received. No file is accessed here.
 #pragma once
 
 #include <stddef.h>
 #include <stdint.h>
 
-// u8 package id, u8 sequence id, u8 last-packet flag, u8 not read, u16 payload size
-// (little-endian), payload. A first packet's payload begins with a header word.
-constexpr size_t kKpiPayload = 6;
+// The payload follows; that of a first packet begins with a header word.
+struct KpiPacketHeader {
+  uint8_t package_id;
+  uint8_t sequence_id;
+  uint8_t last_flag;
+  uint8_t unused;
+  uint16_t size;
+};
+static_assert(sizeof(KpiPacketHeader) == 6);
+
+constexpr size_t kKpiPayload = sizeof(KpiPacketHeader);
 constexpr uint32_t kKpiHeaderSize = 4;
 
 struct KpiPacket {
@@ -22,8 +29,7 @@ struct KpiPacket {
 
 constexpr uint8_t kFirstSequence = 1;
 
-// The package being received; -1 when there is none, or when its place in the sequence is not
-// known.
+// The package being received. -1: no package, or its place in the sequence is not known.
 struct KpiReceiver {
   int32_t package_id = -1;
   int32_t expected_sequence = -1;
@@ -36,9 +42,9 @@ enum KpiAction {
   kKpiDrop,
   kKpiForward,             // a record for the parent
   kKpiStore,               // the whole payload
-  kKpiStoreWithoutHeader,  // the payload behind its header word
+  kKpiStoreWithoutHeader,  // the payload after its header word
 };
 
-// What is to become of the packet; advances or resets the receiver. After kKpiForward the receiver
-// is for the caller to reset.
+// Returns what to do with the packet; advances or resets the receiver. After kKpiForward the caller
+// resets it.
 KpiAction check_kpi_packet(KpiReceiver& receiver, const KpiPacket& packet);

@@ -29,7 +29,7 @@ int make_directory(KpiStore& store) {
   return 0;
 }
 
-// What a full disk writes first is short, without an errno.
+// On a full disk the first failing write is short and sets no errno.
 int write_payload(const ScopedFd& file, const VornPath& path, const KpiPacket& packet,
                   uint32_t skip) {
   ssize_t size = ssize_t{packet.size} - skip;

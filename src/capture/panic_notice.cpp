@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "src/capture/panic_notice.h"
+#include "src/capture/capture.h"
 
 #include <ctype.h>
 #include <fcntl.h>
@@ -18,12 +18,13 @@ constexpr char kBootInfo[] = "/proc/bootinfo";
 constexpr char kModemRestarts[] = "/sys/module/subsystem_restart/parameters/modem_restarts";
 constexpr char kRestartReason[] = "/sys/module/pil_q6v5_mss/parameters/ssr_reason";
 
-constexpr char kKernelPanic[] = "0x00020000";  // compared as text: no other spelling counts
+constexpr char kKernelPanic[] =
+    "0x00020000";  // compared as text: other spellings of the number do not match
 
 constexpr size_t kBootInfoSize = 1024;
 constexpr size_t kLineSize = 32;
 
-// Reads what one read gives of at most size - 1 bytes and terminates it; false on any failure.
+// Reads at most size - 1 bytes with one read() and terminates them. False on failure.
 template <size_t size>
 bool read_text(const ScopedFd& file, char (&text)[size]) {
   ssize_t length = read(file.get(), text, size - 1);
@@ -32,7 +33,7 @@ bool read_text(const ScopedFd& file, char (&text)[size]) {
   return true;
 }
 
-// The file's first line; false when there is none, or nothing in it.
+// Reads the file's first line; false when there is none or it is empty.
 bool read_line(const ScopedFd& file, char (&line)[kLineSize]) {
   if (!read_text(file, line)) return false;
   if (char* end = strchr(line, '\n')) end[1] = '\0';
@@ -77,7 +78,7 @@ bool keep_digits(char (&line)[kLineSize]) {
   return end != line;
 }
 
-// Stores how often the modem has restarted since boot; false when that is not told.
+// Stores how often the modem has restarted since boot; false when the kernel does not report it.
 bool count_modem_restarts(int* restarts) {
   ScopedFd file = open_for_reading(kModemRestarts);
   LOGD("is_modem_panic looking for BP Panic");
@@ -92,7 +93,7 @@ bool count_modem_restarts(int* restarts) {
   return true;
 }
 
-// Any reason counts, whatever it says.
+// Any reason counts; its text is not compared.
 bool has_restart_reason() {
   LOGD("*** Try open the sys file bp panic_reason : %s\n", kRestartReason);
   ScopedFd file = open_for_reading(kRestartReason);

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "src/capture/vorn_directory.h"
+#include "src/capture/kpi_logs.h"
 
 #include <dirent.h>
 #include <errno.h>
@@ -23,8 +23,8 @@ constexpr mode_t kLogMode = 0740;
 constexpr double kStaleSeconds = 172800;
 constexpr int kLinkedLogs = 2;
 
-// A link is made under this name and then renamed over the one it replaces, so that an index link
-// once made is never missing: without one the next merge would clear the directory.
+// A link is created under this name and renamed over the one it replaces, so that an index link is
+// never missing: without one the next merge would clear the directory.
 constexpr char kNewLink[] = "/data/vorn/.new";
 
 bool exists(const VornPath& path) {
@@ -36,7 +36,7 @@ void build_index_name(int index, VornPath& name) {
   snprintf(name, sizeof name, "%s/.%04d", kVornDirectory, index);
 }
 
-void announce_index_name(int index, VornPath& name) {
+void log_index_name(int index, VornPath& name) {
   build_index_name(index, name);
   LOGE("vorn_get_index_filename: index name %s", name);
 }
@@ -71,8 +71,8 @@ bool replace_link(const VornPath& log, const VornPath& link) {
   return false;
 }
 
-// Without a log the link is deleted. A link that cannot be replaced is deleted and made: the old
-// one would have the same log handed off at every merge.
+// Without a log the link is deleted. A link that cannot be replaced is deleted and created: with
+// the old one, every merge would hand off the same log.
 void point_index_to(int index, const VornPath& log, bool has_log) {
   VornPath link;
   build_index_name(index, link);
@@ -81,19 +81,19 @@ void point_index_to(int index, const VornPath& log, bool has_log) {
   if (has_log) make_link(log, link);
 }
 
-// Makes `created` the current log and stores the path of the log that no link names any more, or an
-// empty one. The previous link changes first: a power cut between the two must leave a link to
-// every log with packages in it.
+// Makes `created` the current log and stores the path of the log that no link names afterwards, or
+// an empty path. The previous link changes first: after a power cut between the two, every log with
+// packages in it must still have a link.
 void shift_links(const VornPath& created, VornPath& unlinked) {
   VornPath link;
   VornPath current;
   unlinked[0] = '\0';
   vorn_get_filename(kCurrentIndex, current);
-  announce_index_name(kCurrentIndex, link);
+  log_index_name(kCurrentIndex, link);
   bool has_created = exists(created);
   if (exists(current)) {
     vorn_get_filename(kPreviousIndex, unlinked);
-    announce_index_name(kPreviousIndex, link);
+    log_index_name(kPreviousIndex, link);
     point_index_to(kPreviousIndex, current, exists(current));
   }
   point_index_to(kCurrentIndex, created, has_created);
@@ -108,8 +108,8 @@ void dated_name(time_t when, VornPath& name) {
            fields.tm_sec, kVornSuffix);
 }
 
-// Two logs of one second would share a name, and creating the second would empty the first: a name
-// in use by one of the two kept logs is skipped.
+// Two logs created in the same second would share a name, and creating the second would empty the
+// first. A name that one of the two kept logs has is skipped.
 void next_free_name(VornPath& name) {
   time_t when = time(nullptr);
   dated_name(when, name);
@@ -136,15 +136,15 @@ void delete_if_stale(const VornPath& path, time_t now) {
   unlink(phone_path(path));
 }
 
-// Calls `act` with the path of each entry whose name does not begin with `spared`; ".", ".." are
-// spared too. False with errno when the directory cannot be opened.
+// Calls `act` with the path of each entry whose name does not begin with `skipped`; "." and ".."
+// are skipped too. False with errno when the directory cannot be opened.
 template <typename Act>
-bool for_each_entry(char spared, Act act) {
+bool for_each_entry(char skipped, Act act) {
   DIR* directory = opendir(phone_path(kVornDirectory));
   if (directory == nullptr) return false;
   while (const dirent* entry = readdir(directory)) {
     const char* name = entry->d_name;
-    if (strcmp(name, ".") == 0 || strcmp(name, "..") == 0 || name[0] == spared) continue;
+    if (strcmp(name, ".") == 0 || strcmp(name, "..") == 0 || name[0] == skipped) continue;
     VornPath path;
     snprintf(path, sizeof path, "%s/%.*s", kVornDirectory,
              static_cast<int>(sizeof path - sizeof kVornDirectory - 1), name);
@@ -158,7 +158,7 @@ bool for_each_entry(char spared, Act act) {
 
 int vorn_get_filename(int index, VornPath& target) {
   VornPath link;
-  announce_index_name(index, link);
+  log_index_name(index, link);
   if (!read_link(link, target)) {
     LOGE("vorn_get_filename: get real name of %s failed, rc %d", link, errno);
     return -1;
@@ -166,7 +166,7 @@ int vorn_get_filename(int index, VornPath& target) {
   return exists(target) ? 0 : -1;
 }
 
-// Some file systems (f2fs) keep a changed link only when its directory is synced.
+// Some file systems (f2fs) write a changed link to the disk only when its directory is synced.
 bool vorn_sync_links() {
   ScopedFd directory(open(phone_path(kVornDirectory), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
   if (directory && fsync(directory.get()) == 0) return true;
@@ -184,7 +184,7 @@ int vorn_create_new_log(VornPath& name, bool& are_links_synced) {
   VornPath unlinked;
   shift_links(created, unlinked);
   are_links_synced = vorn_sync_links();
-  // After a power cut within a shift both links name one log, which is then the previous one.
+  // A power cut within a shift leaves both links on one log: it is then the previous one and stays.
   if (!exists(unlinked) || is_linked(unlinked)) return 0;
 
   unlink(phone_path(unlinked));

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 // Live data of the CDMA 1x link.
-#include "src/carrier/carrier_operations.h"
+#include "src/carrier/carrier_handler.h"
 #include "src/carrier/engineering_text.h"
 #include "src/host/base/log.h"
 
@@ -50,31 +50,31 @@ static_assert(offsetof(CallProcessingReply, bsLat) == 304);
 #define TO(field) offsetof(CallProcessingReply, field)
 
 constexpr EngineeringField kFields[] = {
-    {TO(fer),                  0,   4                   },
-    {TO(bestActivePilot),      16,  2                   },
-    {TO(bestActiveStrength),   18,  2                   },
-    {TO(bestNeighborPilot),    20,  2                   },
-    {TO(bestNeighborStrength), 22,  2                   },
-    {TO(sid),                  24,  2                   },
-    {TO(nid),                  26,  2                   },
-    {TO(channel),              28,  2                   },
-    {TO(serviceOption),        30,  2                   },
-    {TO(droppedCallCounter),   158, 2                   },
-    {TO(sCallCounter),         156, 2                   },
-    {TO(txPower),              38,  2,                    true},
-    {TO(band),                        33,                    1              },
-    {TO(activePilotCount),                        12,        1},
-    {TO(neighborPilotCount),                        13,      1            },
-    {TO(candPilotCount),                        14,          1},
-    {TO(cpState),                        36,                 2                   },
-    {TO(lastCallIndicator),                        160,       2},
-    {TO(lnaStatus),                        34,               1                            },
-    {TO(rssi),                        40,                    2},
-    {TO(PRevInUse),                        32,               1                       },
-    {TO(bid),                        42,                     2},
-    {TO(bsLat),                        44,                   4                     },
-    {TO(bsLong),                        48,                  4},
-    {TO(rate_redu),                        162,               2                 },
+    {TO(fer),                  0,   4, kZero},
+    {TO(bestActivePilot),      16,  2, kZero},
+    {TO(bestActiveStrength),   18,  2, kZero},
+    {TO(bestNeighborPilot),    20,  2, kZero},
+    {TO(bestNeighborStrength), 22,  2, kZero},
+    {TO(sid),                  24,  2, kZero},
+    {TO(nid),                  26,  2, kZero},
+    {TO(channel),              28,  2, kZero},
+    {TO(serviceOption),        30,  2, kZero},
+    {TO(droppedCallCounter),   158, 2, kZero},
+    {TO(sCallCounter),         156, 2, kZero},
+    {TO(txPower),              38,  2, kSign},
+    {TO(band),                 33,  1, kZero},
+    {TO(activePilotCount),     12,  1, kZero},
+    {TO(neighborPilotCount),   13,  1, kZero},
+    {TO(candPilotCount),       14,  1, kZero},
+    {TO(cpState),              36,  2, kZero},
+    {TO(lastCallIndicator),    160, 2, kZero},
+    {TO(lnaStatus),            34,  1, kZero},
+    {TO(rssi),                 40,  2, kZero},
+    {TO(PRevInUse),            32,  1, kZero},
+    {TO(bid),                  42,  2, kZero},
+    {TO(bsLat),                44,  4, kZero},
+    {TO(bsLong),               48,  4, kZero},
+    {TO(rate_redu),            162, 2, kZero},
 };
 
 #undef TO
@@ -101,7 +101,7 @@ void log_reply(const CallProcessingReply& reply) {
       "lastCallIndicator=%d,   sCallCounter=%d,   PRevInUse=%d, ",
       reply.sid, reply.nid, reply.channel, reply.serviceOption, reply.droppedCallCounter,
       reply.lastCallIndicator, reply.sCallCounter, reply.PRevInUse);
-  // The second bsLat is the longitude; the label is kept.
+  // The second bsLat is the longitude; log filters know the label.
   LOGE(
       "CP status3: band=%d,   lnaStatus=%d,   cpState=%d,   txPower=%d,   rssi=%d   bid=%d   "
       "bsLat=%d   bsLat=%d ",

@@ -1,16 +1,14 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "src/carrier/carrier_handler.h"
 
-#include "src/carrier/carrier_operations.h"
-#include "src/carrier/carrier_reply.h"
-#include "src/host/base/framing.h"
 #include "src/host/base/log.h"
+#include "src/host/base/parent.h"
 
 namespace {
 
-enum Payload { kAnyPayload, kSomePayload };  // kSomePayload: refused without a reply when empty
+enum Payload { kAnyPayload, kSomePayload };  // kSomePayload: an empty one is declined
 
-// Which header the reply goes out with: the request's own, or a fresh one with this id.
+// The header of the reply: the request's own, or a new one with this id.
 struct ReplyHeader {
   bool is_local;
   uint32_t id;
@@ -18,76 +16,76 @@ struct ReplyHeader {
 constexpr ReplyHeader kRequestHeader = {false, 0};
 constexpr ReplyHeader local(uint32_t id) { return {true, id}; }
 
-// What becomes of a request that has been answered. kDeclined makes the parent get a second reply,
-// "not supported", behind the real one; that is meant.
+// What the handler returns once the reply is sent. After kDeclined the parent gets a second reply,
+// "not supported". This is deliberate.
 enum Outcome { kServed, kDeclined };
 
 struct CarrierRow {
   uint32_t id;
-  void (*announce)(uint32_t id);
+  void (*log_entry)(uint32_t id);
   Payload payload;
   CarrierOperation* operation;
   ReplyHeader header;
   Outcome outcome;
 };
 
-void quiet(uint32_t) {}
+void log_nothing(uint32_t) {}
 
-void getting(uint32_t id) {
+void log_get(uint32_t id) {
   LOGE("qorext_hook_sprint_get_nv_data_to_oem: ENTER EVENT VALUE %d ", id);
   LOGE("qorext_hook_sprint_get_nv_data_to_oem: EVENT VALUE %d ", id);
 }
 
-void setting(uint32_t id) {
+void log_set(uint32_t id) {
   LOGE("qorext_hook_sprint_set_nv_data_from_oem: ENTER EVENT VALUE %d ", id);
 }
 
-void obsolete(uint32_t id) { LOGD("qorext_hook_sprint_handler: Obsolete MSG ID: %d", id); }
+void log_obsolete(uint32_t id) { LOGD("qorext_hook_sprint_handler: Obsolete MSG ID: %d", id); }
 
 constexpr CarrierRow kProvisioningTable[] = {
-  // The reply to a BC14 query carries the id of the BC10 query. That is meant.
-    {0x020000B0, getting,  kAnyPayload,  get_bc10_status,          local(0x020000B0), kServed  },
-    {0x020000B1, setting,  kSomePayload, set_bc10_status,          kRequestHeader,    kServed  },
-    {0x020000B2, getting,  kAnyPayload,  get_bc14_status,          local(0x020000B0), kServed  },
-    {0x020000B3, setting,  kSomePayload, set_bc14_status,          kRequestHeader,    kServed  },
-    {0x020000B4, setting,  kSomePayload, set_roaming_list_segment, kRequestHeader,    kServed  },
-    {0x020000B5, setting,  kSomePayload, set_active_profile,       kRequestHeader,    kDeclined},
-    {0x020000B6, quiet,    kAnyPayload,  factory_reset,            kRequestHeader,    kServed  },
-    {0x020000B7, quiet,    kAnyPayload,  get_ddtm_preference,      kRequestHeader,    kServed  },
-    {0x020000B8, quiet,    kAnyPayload,  set_ddtm_preference,      kRequestHeader,    kServed  },
-    {0x020000B9, quiet,    kAnyPayload,  get_ddtm_preference,      kRequestHeader,    kServed  },
-    {0x020000BA, quiet,    kAnyPayload,  set_ddtm_preference,      kRequestHeader,    kServed  },
-    {0x020000BB, obsolete, kAnyPayload,  refuse_obsolete,          kRequestHeader,    kServed  },
-    {0x020000BC, quiet,    kAnyPayload,  get_bsr_timer,            kRequestHeader,    kServed  },
-    {0x020000BD, quiet,    kAnyPayload,  set_bsr_timer,            kRequestHeader,    kServed  },
-    {0x020000BE, quiet,    kAnyPayload,  get_lte_option,           kRequestHeader,    kServed  },
-    {0x020000BF, quiet,    kAnyPayload,  set_lte_option,           kRequestHeader,    kServed  },
-    {0x020000C0, quiet,    kAnyPayload,  get_lte_data,             kRequestHeader,    kServed  },
-    {0x020000C1, quiet,    kAnyPayload,  get_active_ehrpd_apn,     kRequestHeader,    kServed  },
-    {0x020000C2, obsolete, kAnyPayload,  refuse_obsolete,          kRequestHeader,    kServed  },
-    {0x020000C3, obsolete, kAnyPayload,  refuse_obsolete,          kRequestHeader,    kServed  },
-    {0x020000C4, quiet,    kAnyPayload,  get_tot_order,            kRequestHeader,    kServed  },
-    {0x020000C5, quiet,    kAnyPayload,  update_tot_order,         kRequestHeader,    kServed  },
-    {0x020000C6, obsolete, kAnyPayload,  refuse_obsolete,          kRequestHeader,    kServed  },
-    {0x020000C7, obsolete, kAnyPayload,  refuse_obsolete,          kRequestHeader,    kServed  },
-    {0x020000C8, obsolete, kAnyPayload,  refuse_obsolete,          kRequestHeader,    kServed  },
-    {0x020000C9, obsolete, kAnyPayload,  refuse_obsolete,          kRequestHeader,    kServed  },
-    {0x020000CA, obsolete, kAnyPayload,  refuse_obsolete,          kRequestHeader,    kServed  },
-    {0x020000CB, obsolete, kAnyPayload,  refuse_obsolete,          kRequestHeader,    kServed  },
+  // The reply to a BC14 query carries the id of the BC10 query. This is deliberate.
+    {0x020000B0, log_get,      kAnyPayload,  get_bc10_status,          local(0x020000B0), kServed  },
+    {0x020000B1, log_set,      kSomePayload, set_bc10_status,          kRequestHeader,    kServed  },
+    {0x020000B2, log_get,      kAnyPayload,  get_bc14_status,          local(0x020000B0), kServed  },
+    {0x020000B3, log_set,      kSomePayload, set_bc14_status,          kRequestHeader,    kServed  },
+    {0x020000B4, log_set,      kSomePayload, set_roaming_list_segment, kRequestHeader,    kServed  },
+    {0x020000B5, log_set,      kSomePayload, set_active_profile,       kRequestHeader,    kDeclined},
+    {0x020000B6, log_nothing,  kAnyPayload,  factory_reset,            kRequestHeader,    kServed  },
+    {0x020000B7, log_nothing,  kAnyPayload,  get_ddtm_preference,      kRequestHeader,    kServed  },
+    {0x020000B8, log_nothing,  kAnyPayload,  set_ddtm_preference,      kRequestHeader,    kServed  },
+    {0x020000B9, log_nothing,  kAnyPayload,  get_ddtm_preference,      kRequestHeader,    kServed  },
+    {0x020000BA, log_nothing,  kAnyPayload,  set_ddtm_preference,      kRequestHeader,    kServed  },
+    {0x020000BB, log_obsolete, kAnyPayload,  refuse_obsolete,          kRequestHeader,    kServed  },
+    {0x020000BC, log_nothing,  kAnyPayload,  get_bsr_timer,            kRequestHeader,    kServed  },
+    {0x020000BD, log_nothing,  kAnyPayload,  set_bsr_timer,            kRequestHeader,    kServed  },
+    {0x020000BE, log_nothing,  kAnyPayload,  get_lte_option,           kRequestHeader,    kServed  },
+    {0x020000BF, log_nothing,  kAnyPayload,  set_lte_option,           kRequestHeader,    kServed  },
+    {0x020000C0, log_nothing,  kAnyPayload,  get_lte_data,             kRequestHeader,    kServed  },
+    {0x020000C1, log_nothing,  kAnyPayload,  get_active_ehrpd_apn,     kRequestHeader,    kServed  },
+    {0x020000C2, log_obsolete, kAnyPayload,  refuse_obsolete,          kRequestHeader,    kServed  },
+    {0x020000C3, log_obsolete, kAnyPayload,  refuse_obsolete,          kRequestHeader,    kServed  },
+    {0x020000C4, log_nothing,  kAnyPayload,  get_tot_order,            kRequestHeader,    kServed  },
+    {0x020000C5, log_nothing,  kAnyPayload,  update_tot_order,         kRequestHeader,    kServed  },
+    {0x020000C6, log_obsolete, kAnyPayload,  refuse_obsolete,          kRequestHeader,    kServed  },
+    {0x020000C7, log_obsolete, kAnyPayload,  refuse_obsolete,          kRequestHeader,    kServed  },
+    {0x020000C8, log_obsolete, kAnyPayload,  refuse_obsolete,          kRequestHeader,    kServed  },
+    {0x020000C9, log_obsolete, kAnyPayload,  refuse_obsolete,          kRequestHeader,    kServed  },
+    {0x020000CA, log_obsolete, kAnyPayload,  refuse_obsolete,          kRequestHeader,    kServed  },
+    {0x020000CB, log_obsolete, kAnyPayload,  refuse_obsolete,          kRequestHeader,    kServed  },
 };
 
 constexpr CarrierRow kProgrammingTable[] = {
-    {0x02000001, getting, kAnyPayload,  get_nam_info,             local(0x02000001), kServed  },
-    {0x02000002, quiet,   kSomePayload, set_nam_info,             kRequestHeader,    kServed  },
-    {0x02000003, getting, kAnyPayload,  get_sid_nid_pairs,        local(0x02000003), kServed  },
-    {0x02000004, quiet,   kSomePayload, set_sid_nid_pairs,        kRequestHeader,    kServed  },
-    {0x02000007, getting, kAnyPayload,  get_mob_p_rev,            local(0x02000007), kServed  },
-    {0x0200000A, quiet,   kAnyPayload,  verify_subsidy_lock_code, local(0x0200000A), kServed  },
-    {0x02000011, quiet,   kAnyPayload,  get_call_processing_data, local(0x02000011), kServed  },
-    {0x02000012, quiet,   kAnyPayload,  get_evdo_data,            local(0x02000012), kServed  },
-    {0x02000013, quiet,   kAnyPayload,  write_akey,               kRequestHeader,    kDeclined},
-    {0x02000015, quiet,   kAnyPayload,  rde_write,                local(0x02000015), kServed  },
-    {0x02000016, quiet,   kAnyPayload,  rde_read,                 local(0x02000016), kServed  },
+    {0x02000001, log_get,     kAnyPayload,  get_nam_info,             local(0x02000001), kServed  },
+    {0x02000002, log_nothing, kSomePayload, set_nam_info,             kRequestHeader,    kServed  },
+    {0x02000003, log_get,     kAnyPayload,  get_sid_nid_pairs,        local(0x02000003), kServed  },
+    {0x02000004, log_nothing, kSomePayload, set_sid_nid_pairs,        kRequestHeader,    kServed  },
+    {0x02000007, log_get,     kAnyPayload,  get_mob_p_rev,            local(0x02000007), kServed  },
+    {0x0200000A, log_nothing, kAnyPayload,  verify_subsidy_lock_code, local(0x0200000A), kServed  },
+    {0x02000011, log_nothing, kAnyPayload,  get_call_processing_data, local(0x02000011), kServed  },
+    {0x02000012, log_nothing, kAnyPayload,  get_evdo_data,            local(0x02000012), kServed  },
+    {0x02000013, log_nothing, kAnyPayload,  write_akey,               kRequestHeader,    kDeclined},
+    {0x02000015, log_nothing, kAnyPayload,  rde_write,                local(0x02000015), kServed  },
+    {0x02000016, log_nothing, kAnyPayload,  rde_read,                 local(0x02000016), kServed  },
 };
 
 const CarrierRow* find_row(uint32_t id) {
@@ -100,7 +98,7 @@ const CarrierRow* find_row(uint32_t id) {
   return nullptr;
 }
 
-// Answers in the request's own header: what follows its length and status stays as it was received.
+// In a reply with the request's own header, all but length and status stays as it was received.
 uint32_t send_reply(const CarrierRow& row, uint8_t* request, uint32_t status,
                     const CarrierReply& reply) {
   uint8_t fresh[kCdmaReplySize] = {};
@@ -113,6 +111,30 @@ uint32_t send_reply(const CarrierRow& row, uint8_t* request, uint32_t status,
 }
 
 }  // namespace
+
+uint32_t qorext_hook_sprint_send_response(const uint8_t* header, const uint8_t* data) {
+  if (header == nullptr) return 0;
+  uint32_t id = cdma_id(header);
+  auto length = static_cast<int32_t>(cdma_length(header));
+
+  LOGE("qorext_hook_sprint_send_response: ENTER FUNCTION %d ", id);
+  Frame frame(cdma_length(header) + kCdmaReplySize);
+  if (!frame) return 0;
+  LOGE("qorext_hook_sprint_send_response: SEND RESPONSE TO APP LAYER Message ID %d ", id);
+  LOGE("qorext_hook_sprint_send_response: SEND RESPONSE TO APP LAYER Length %d ", length);
+
+  // The header counts as a structure of 20 bytes whose last two are padding, while the data begins
+  // at 18: without data, bytes 18 and 19 of the header go out. This is deliberate.
+  memcpy(frame.at(0), header, kCdmaReplySize);
+  if (data != nullptr && length >= 1) {
+    memset(frame.at(kCdmaPayload), 0, frame.size() - kCdmaPayload);
+    memcpy(frame.at(kCdmaPayload), data, static_cast<size_t>(length));
+    LOGE("qorext_hook_sprint_send_response: BYTE ARRAY NOT NULL ");
+  }
+  LOGE("qorext_hook_sprint_send_response: HEADER ID %d ", id);
+  writeToParent(frame.data(), frame.size());
+  return 1;
+}
 
 uint32_t qorext_hook_sprint_handler(uint8_t* request, uint32_t) {
   LOGE("qorext_hook_sprint_handler: ENTER ");
@@ -128,7 +150,7 @@ uint32_t qorext_hook_sprint_handler(uint8_t* request, uint32_t) {
     return kCarrierDeclined;
   }
 
-  row->announce(id);
+  row->log_entry(id);
   if (row->payload == kSomePayload && cdma_length(request) == 0) return kCarrierDeclined;
 
   CarrierReply reply;

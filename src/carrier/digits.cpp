@@ -8,21 +8,21 @@ constexpr unsigned kMiddleShift = 10;
 constexpr uint32_t kGroupMask = 0x3FF;
 constexpr uint32_t kMiddleMask = 0xF;
 
-// As the phone's compiler reads it: without a sign.
-int counted(char digit) { return digit == '0' ? 10 : static_cast<uint8_t>(digit) - '0'; }
+// Without a sign, as char has none on the phone.
+int digit_value(char digit) { return digit == '0' ? 10 : static_cast<uint8_t>(digit) - '0'; }
 
-// A decimal place of 9 stands for the digit 0.
+// A decimal place of 9 represents the digit 0.
 char digit_of_place(unsigned place) { return static_cast<char>('0' + (place % 10 + 1) % 10); }
 
 }  // namespace
 
 uint16_t encode_three_digits(const char* digits) {
-  return static_cast<uint16_t>(100 * counted(digits[0]) + 10 * counted(digits[1]) +
-                               counted(digits[2]) - 111);
+  return static_cast<uint16_t>(100 * digit_value(digits[0]) + 10 * digit_value(digits[1]) +
+                               digit_value(digits[2]) - 111);
 }
 
 uint8_t encode_two_digits(const char* digits) {
-  return static_cast<uint8_t>(10 * counted(digits[0]) + counted(digits[1]) - 11);
+  return static_cast<uint8_t>(10 * digit_value(digits[0]) + digit_value(digits[1]) - 11);
 }
 
 void decode_three_digits(uint16_t code, char* digits) {
@@ -49,6 +49,6 @@ void decode_seven_digits(uint32_t code, char* digits) {
   decode_three_digits(static_cast<uint16_t>(code & kGroupMask), digits + 4);
 }
 
-uint8_t encode_dial_digit(char digit) { return static_cast<uint8_t>(counted(digit)); }
+uint8_t encode_dial_digit(char digit) { return static_cast<uint8_t>(digit_value(digit)); }
 
 char decode_dial_digit(uint8_t code) { return code == 10 ? '0' : static_cast<char>('0' + code); }

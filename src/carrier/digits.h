@@ -1,13 +1,14 @@
 // SPDX-License-Identifier: Apache-2.0
 // The digit encodings of CDMA identities (TIA/EIA-95, 6.3.1): a group of digits is the decimal
 // number of its digits less one in each place, the digit 0 counting as 10. Three digits d1 d2 d3
-// become 100 d1 + 10 d2 + d3 - 111 (0 to 999), two digits 10 d1 + d2 - 11 (0 to 99). Pure functions
-// on characters; texts need not be terminated unless said.
+// become 100 d1 + 10 d2 + d3 - 111 (0 to 999), two digits 10 d1 + d2 - 11 (0 to 99). The functions
+// have no state and neither need nor write a terminating NUL.
 #pragma once
 
 #include <stdint.h>
 
-// A character that is no digit counts as its unsigned value less that of '0'; it is never an error.
+// A character that is not a digit counts as its unsigned value less that of '0'; it is not an
+// error.
 uint16_t encode_three_digits(const char* digits);
 uint8_t encode_two_digits(const char* digits);
 

@@ -3,8 +3,7 @@
 
 #include <algorithm>
 
-#include "src/carrier_modem/vendor_operations.h"
-#include "src/host/base/hex.h"
+#include "src/carrier_modem/operations.h"
 #include "src/host/base/log.h"
 
 namespace {
@@ -38,7 +37,8 @@ void hexstr_to_bin(const uint8_t* text, size_t length, uint8_t* record, size_t r
 
 void read_engineering_record(EngineeringType type, const char* title, uint8_t* record,
                              size_t record_size) {
-  // Zeros behind the modem's text, up to the longest that can be dumped.
+  // The modem's length may exceed its text; up to the dump's limit the bytes after the text are
+  // zero.
   uint8_t text[kHexDumpLimit] = {};
   static_assert(sizeof text >= kEngineeringTextSize);
   uint32_t length = 0;

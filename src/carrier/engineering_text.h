@@ -1,31 +1,32 @@
 // SPDX-License-Identifier: Apache-2.0
-// The modem's engineering data: hexadecimal text of a packed binary record, which becomes a reply
-// of 32-bit fields.
+// The modem's engineering data: a packed binary record as hexadecimal text, which is converted into
+// a reply of 32-bit fields.
 #pragma once
 
 #include <stddef.h>
 #include <stdint.h>
 
-#include "src/carrier/carrier_reply.h"
+#include "src/host/base/bytes.h"
 
 enum EngineeringType : int32_t { kCallProcessing = 0, kEvdo = 1 };
 
-// Where one field of the reply comes from: `width` bytes at `source` of the binary record,
-// extended with their sign or with zeros to a word at `target` of the reply.
+// One field of the reply: `width` bytes at `source` of the binary record, extended with their sign
+// or with zeros to 32 bits at `target` of the reply.
+enum Extension : bool { kZero, kSign };
 struct EngineeringField {
   uint16_t target;
   uint16_t source;
   uint8_t width;
-  bool is_signed = false;
+  Extension extension;
 };
 
-// Asks the modem for its text, logs it as `title` and decodes it into the record of `record_size`
-// bytes, which is zero where the text says nothing (all of it after a failure).
+// Requests the modem's text, logs it under `title` and decodes it into the record of `record_size`
+// bytes. The record is zero after the end of the text, all of it after a failure.
 void read_engineering_record(EngineeringType type, const char* title, uint8_t* record,
                              size_t record_size);
 
-// Decodes `length` characters; the text beyond 2 * record_size characters is passed over. A
-// character that is no hexadecimal digit is logged and stands for the value decoded before it.
+// Decodes `length` characters, at most 2 * record_size; the rest is skipped. A character that is
+// not a hexadecimal digit is logged and takes the value of the digit before it.
 void hexstr_to_bin(const uint8_t* text, size_t length, uint8_t* record, size_t record_size);
 
 template <size_t size>
@@ -34,7 +35,7 @@ void unpack_fields(const EngineeringField (&fields)[size], const uint8_t* record
   for (const EngineeringField& field : fields) {
     uint32_t value = 0;
     memcpy(&value, record + field.source, field.width);
-    if (field.is_signed) value = static_cast<uint32_t>(static_cast<int16_t>(value));
+    if (field.extension == kSign) value = static_cast<uint32_t>(static_cast<int16_t>(value));
     store_le32(to + field.target, value);
   }
 }

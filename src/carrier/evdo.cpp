@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 // Live data of the EVDO (HDR) link.
-#include "src/carrier/carrier_operations.h"
+#include "src/carrier/carrier_handler.h"
 #include "src/carrier/engineering_text.h"
 #include "src/host/base/log.h"
 
@@ -40,25 +40,25 @@ static_assert(offsetof(EvdoReply, pilotEnergy) == 128);
 #define TO(field) offsetof(EvdoReply, field)
 
 constexpr EngineeringField kFields[] = {
-    {TO(hdrChanNum),    0,  2              },
-    {TO(uatiColorCode), 2,  1              },
-    {TO(txUati),        4,  4              },
-    {TO(pilotPn),       8,  2              },
- // A level, and yet extended with zeros; that is kept.
-    {TO(hdrRssi),       10, 2              },
-    {TO(rxPwrRx0Dbm),   12, 4              },
-    {TO(rxPwrRx1Dbm),   16, 4              },
-    {TO(measPkts),      20, 2              },
-    {TO(errPkts),       22, 2              },
-    {TO(sessionState),  24, 1              },
-    {TO(atState),       25, 1              },
-    {TO(userCount),     26, 1              },
-    {TO(hybridMode),    27, 1              },
-    {TO(macIndex),      28, 1              },
-    {TO(pilotEnergy),   46, 2,               true},
-    {TO(drcCover),                 48,        1    },
-    {TO(sinr),                 49,            1    },
-    {TO(anAuthStatus),                 50,    1},
+    {TO(hdrChanNum),    0,  2, kZero},
+    {TO(uatiColorCode), 2,  1, kZero},
+    {TO(txUati),        4,  4, kZero},
+    {TO(pilotPn),       8,  2, kZero},
+ // A signed level that is extended with zeros: deliberate.
+    {TO(hdrRssi),       10, 2, kZero},
+    {TO(rxPwrRx0Dbm),   12, 4, kZero},
+    {TO(rxPwrRx1Dbm),   16, 4, kZero},
+    {TO(measPkts),      20, 2, kZero},
+    {TO(errPkts),       22, 2, kZero},
+    {TO(sessionState),  24, 1, kZero},
+    {TO(atState),       25, 1, kZero},
+    {TO(userCount),     26, 1, kZero},
+    {TO(hybridMode),    27, 1, kZero},
+    {TO(macIndex),      28, 1, kZero},
+    {TO(pilotEnergy),   46, 2, kSign},
+    {TO(drcCover),      48, 1, kZero},
+    {TO(sinr),          49, 1, kZero},
+    {TO(anAuthStatus),  50, 1, kZero},
 };
 
 #undef TO

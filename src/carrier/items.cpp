@@ -1,8 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
-// NV items and access codes as the carrier's requests address them.
-#include "src/carrier/carrier_operations.h"
-#include "src/carrier_modem/access_codes.h"
-#include "src/carrier_modem/rde.h"
+// NV items and access codes.
+#include "src/carrier/carrier_handler.h"
+#include "src/carrier_modem/operations.h"
 #include "src/host/base/log.h"
 
 namespace {
@@ -25,13 +24,7 @@ struct ItemAddress {
 static_assert(sizeof(ItemAddress) == 16);
 
 constexpr size_t kItemData = kCdmaPayload + sizeof(ItemAddress);
-constexpr uint32_t kReadTrailer = 4;  // behind the data of a read, not set
-
-ItemAddress address_in(const uint8_t* request) {
-  ItemAddress address;
-  memcpy(&address, request + kCdmaPayload, sizeof address);
-  return address;
-}
+constexpr uint32_t kReadTrailer = 4;  // zero bytes after the data of a read
 
 }  // namespace
 
@@ -64,7 +57,7 @@ uint32_t write_akey(const uint8_t* request, CarrierReply&) {
 
 uint32_t rde_write(const uint8_t* request, CarrierReply&) {
   LOGE("qorext_hook_sprint_rde_write: FUNCTION enter.");
-  ItemAddress to = address_in(request);
+  auto to = load<ItemAddress>(request + kCdmaPayload);
   if (qor_qmi_sprint_rde_write(to.item, to.record, to.offset, to.length, request + kItemData) !=
       kRdeSuccess) {
     LOGE("RDE write error");
@@ -76,7 +69,7 @@ uint32_t rde_write(const uint8_t* request, CarrierReply&) {
 
 uint32_t rde_read(const uint8_t* request, CarrierReply& reply) {
   LOGE("qorext_hook_sprint_rde_read: Function Enter.");
-  ItemAddress from = address_in(request);
+  auto from = load<ItemAddress>(request + kCdmaPayload);
   from.length = 0;
   uint8_t* data = reply.data + sizeof from;
   if (qor_qmi_sprint_rde_read(from.item, from.record, from.offset, data, kItemBufferSize,

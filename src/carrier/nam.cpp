@@ -3,16 +3,19 @@
 
 #include <string.h>
 
-#include "src/carrier_modem/rde.h"
+#include "src/carrier/carrier_handler.h"
+#include "src/carrier_modem/operations.h"
 #include "src/host/base/log.h"
 
 namespace {
 
 constexpr uint32_t kUnknownHostCode = 0xFFFFFFFF;
 
-// By the parent's code.
+// Indexed by the parent's code.
 constexpr uint16_t kVocoderItemValues[] = {0x8000, 0x8002, 0x801C, 2, 9, 3, 0x44};
 constexpr uint32_t kVocoderCodes = sizeof kVocoderItemValues / sizeof kVocoderItemValues[0];
+
+constexpr size_t kSidNidValues = 2 * kSidNidPairs;
 
 }  // namespace
 
@@ -38,4 +41,25 @@ uint32_t vocoder_from_item(uint16_t item_value) {
     if (kVocoderItemValues[code] == item_value) return code;
   }
   return kUnknownHostCode;
+}
+
+// The twenty SID/NID pairs are 16-bit values in the modem's item and 32-bit values in the parent's
+// record.
+uint32_t get_sid_nid_pairs(const uint8_t*, CarrierReply& reply) {
+  LOGE("qorext_hook_sprint_get_sid_nid_pairs:  GET SID/NID PAIRS  %d ", 0);
+  NamItemBuffer item;
+  uint32_t rc = read_nam_item(kSidNidItem, item);
+  for (size_t i = 0; i < kSidNidValues; ++i) put_le32(reply, load_le16(item + kSidAt + 2 * i));
+  return status_from_modem(rc);
+}
+
+uint32_t set_sid_nid_pairs(const uint8_t* request, CarrierReply&) {
+  LOGE("qorext_hook_sprint_set_nv_spc_protected_data_from_oem: EVENT VALUE %d ", cdma_id(request));
+  LOGE("qorext_hook_sprint_set_sid_nid_pairs:  SET SID/NID PAIRS  %d ", 0);
+  NamItemBuffer item = {};
+  for (size_t i = 0; i < kSidNidValues; ++i) {
+    uint32_t value = load_le32(request + kCdmaPayload + 4 * i);
+    store_le16(item + kSidAt + 2 * i, static_cast<uint16_t>(value));
+  }
+  return status_from_modem(write_nam_item(kSidNidItem, item));
 }

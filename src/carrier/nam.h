@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// The number assignment module: the record that the parent sees, and the modem's items that keep
+// The number assignment module (NAM): the record of the parent, and the modem's items that store
 // its values in the CDMA over-the-air encoding. Only NAM 0 is served.
 #pragma once
 
@@ -24,7 +24,7 @@ struct NamRecord {
   char imsiT[16];
   uint32_t access_overload;
   char new_spc[6];  // set only; not terminated
-  uint8_t not_used[2];
+  uint8_t unused[2];
 };
 static_assert(sizeof(NamRecord) == 104);
 static_assert(offsetof(NamRecord, hSid) == 32);
@@ -35,8 +35,30 @@ static_assert(offsetof(NamRecord, imsiT) == 76);
 static_assert(offsetof(NamRecord, access_overload) == 92);
 static_assert(offsetof(NamRecord, new_spc) == 96);
 
+// A NAM as the modem stores it, between its items and the parent's record.
+struct NamValues {
+  char mdn[16];  // digits, NUL-terminated
+  uint32_t min1;
+  uint16_t min2;
+  uint32_t imsi_t_s1;
+  uint16_t imsi_t_s2;
+  uint16_t sid;
+  uint16_t nid;
+  uint8_t scm;
+  uint8_t imsi_11_12;
+  uint16_t mcc;
+  uint16_t primary_a;
+  uint16_t primary_b;
+  uint16_t secondary_a;
+  uint16_t secondary_b;
+  uint16_t vocoder;
+  uint16_t mcc_t;
+  uint8_t imsi_t_11_12;
+  uint8_t overload_class;
+};
+
 constexpr uint32_t kMdnDigits = 15;
-constexpr size_t kAreaDigits = 3;  // of a MIN, in front of its seven others
+constexpr size_t kAreaDigits = 3;  // the first of a MIN's ten
 constexpr size_t kMccDigits = 3;   // of an IMSI_T, then two digits, then ten as in a MIN
 constexpr size_t kClassDigits = 2;
 
@@ -61,7 +83,7 @@ constexpr NamItem kMccTItem = {20, 3};
 constexpr NamItem kImsiT1112Item = {18, 2};
 constexpr NamItem kOverloadClassItem = {2, 3};
 
-// Where the values lie in their items. All items but SCM and vocoder begin with the NAM index.
+// Offsets of the values in their items. All items but SCM and vocoder begin with the NAM index.
 constexpr size_t kNamIndex = 0;
 constexpr size_t kMdnCountAt = 1;
 constexpr size_t kMdnDigitsAt = 2;
@@ -82,19 +104,19 @@ constexpr size_t kSidNidPairs = 20;
 constexpr uint32_t kNamItemBufferSize = 1024;
 using NamItemBuffer = uint8_t[kNamItemBufferSize];
 
-// Zeroes the buffer, reads the item into it and logs the result (kRdeSuccess or kRdeFailure), which
-// is returned.
+// Zeroes the buffer, reads the item into it, and logs and returns the result (kRdeSuccess or
+// kRdeFailure).
 uint32_t read_nam_item(const NamItem& item, NamItemBuffer& buffer);
 
-// Writes the item from the buffer and logs the result, which is returned.
+// Writes the item from the buffer, and logs and returns the result.
 uint32_t write_nam_item(const NamItem& item, const NamItemBuffer& buffer);
 
-// The vocoder's code in the modem's item for the parent's, and back; unknown codes become 0x8000
-// and 0xFFFFFFFF.
+// Convert the vocoder's code between the parent's record and the modem's item. Unknown codes become
+// 0x8000 and 0xFFFFFFFF.
 uint16_t vocoder_to_item(uint32_t host_code);
 uint32_t vocoder_from_item(uint16_t item_value);
 
-// The first failure among the results of a NAM exchange, by the number that the log knows it under.
+// The first failure among the results of a NAM exchange, with its number as the log shows it.
 class FirstFailure {
  public:
   void note(uint32_t result) { note(next_++, result); }

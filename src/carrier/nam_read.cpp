@@ -1,18 +1,18 @@
 // SPDX-License-Identifier: Apache-2.0
-// Get NAM information: fifteen items become one record.
+// Get NAM information: reads fifteen items into one record.
 #include <string.h>
 
 #include <algorithm>
 
-#include "src/carrier/carrier_operations.h"
+#include "src/carrier/carrier_handler.h"
 #include "src/carrier/digits.h"
 #include "src/carrier/nam.h"
-#include "src/carrier/nam_values.h"
 #include "src/host/base/log.h"
 
 namespace {
 
-// Reads items in their order into one buffer and keeps the first failure.
+// Reads items in order into one buffer and keeps the first failure. After a failed read the buffer
+// is zero, so the remaining items are still read and logged.
 class NamReader {
  public:
   bool read(const NamItem& item) {
@@ -20,9 +20,9 @@ class NamReader {
     failure_.note(rc);
     return rc == 0;
   }
-  uint8_t byte(size_t offset) const { return buffer_[offset]; }
-  uint16_t half(size_t offset) const { return load_le16(buffer_ + offset); }
-  uint32_t word(size_t offset) const { return load_le32(buffer_ + offset); }
+  uint8_t u8(size_t offset) const { return buffer_[offset]; }
+  uint16_t u16(size_t offset) const { return load_le16(buffer_ + offset); }
+  uint32_t u32(size_t offset) const { return load_le32(buffer_ + offset); }
   const uint8_t* at(size_t offset) const { return buffer_ + offset; }
   const FirstFailure& failure() const { return failure_; }
 
@@ -31,9 +31,9 @@ class NamReader {
   FirstFailure failure_;
 };
 
-// Every position becomes a digit, so a shorter number comes back filled up with '0'.
-void take_mdn(const NamReader& item, char (&mdn)[16]) {
-  size_t count = std::min<size_t>(size_t{item.byte(kMdnCountAt)} + 1, kMdnDigits);
+// Every position becomes a digit: a shorter number is filled up with '0'.
+void decode_mdn(const NamReader& item, char (&mdn)[16]) {
+  size_t count = std::min<size_t>(size_t{item.u8(kMdnCountAt)} + 1, kMdnDigits);
   strncpy(mdn, reinterpret_cast<const char*>(item.at(kMdnDigitsAt)), count);
   for (size_t i = 0; i < kMdnDigits; ++i) {
     auto code = static_cast<uint8_t>(mdn[i]);
@@ -46,71 +46,71 @@ void take_mdn(const NamReader& item, char (&mdn)[16]) {
 
 void read_mdn(NamReader& item, NamValues& values) {
   LOGE("qorext_hook_sprint_read_mdn_from_nv:  READ NV_DIR_NUMBER_PCS_I %d ", 0);
-  if (item.read(kMdnItem)) take_mdn(item, values.mdn);
+  if (item.read(kMdnItem)) decode_mdn(item, values.mdn);
   LOGE("qorext_hook_sprint_read_mdn_from_nv:  READ NV_DIR_NUMBER_PCS_I COMPLETE %s ", values.mdn);
   LOGE("qorext_hook_sprint_get_nam_block_request_info:  GET NAM VALUE MDN  %s ", values.mdn);
 }
 
 void read_identities(NamReader& item, NamValues& values) {
   item.read(kMin1Item);
-  values.min1 = item.word(kS1At);
+  values.min1 = item.u32(kS1At);
   LOGE("qorext_hook_sprint_get_nam_block_request_info:  GET NAM VALUE MIN1  %lu ",
        static_cast<unsigned long>(values.min1));
   item.read(kMin2Item);
-  values.min2 = item.half(kS2At);
+  values.min2 = item.u16(kS2At);
   LOGE("qorext_hook_sprint_get_nam_block_request_info:  GET NAM VALUE MIN2  %d ", values.min2);
   item.read(kImsiTs1Item);
-  values.imsi_t_s1 = item.word(kS1At);
+  values.imsi_t_s1 = item.u32(kS1At);
   LOGE("qorext_hook_sprint_get_nam_block_request_info:  GET NAM VALUE IMSI_T_S1  %lu ",
        static_cast<unsigned long>(values.imsi_t_s1));
   item.read(kImsiTs2Item);
-  values.imsi_t_s2 = item.half(kS2At);
+  values.imsi_t_s2 = item.u16(kS2At);
   LOGE("qorext_hook_sprint_get_nam_block_request_info:  GET NAM VALUE IMSI_T_S2  %d ",
        values.imsi_t_s2);
   item.read(kSidNidItem);
-  values.sid = item.half(kSidAt);
-  values.nid = item.half(kNidAt);
+  values.sid = item.u16(kSidAt);
+  values.nid = item.u16(kNidAt);
   LOGE("qorext_hook_sprint_get_nam_block_request_info:  GET NAM VALUE SID NID  %d ", values.sid);
   item.read(kScmItem);
-  values.scm = item.byte(kScmAt);
+  values.scm = item.u8(kScmAt);
   LOGE("qorext_hook_sprint_get_nam_block_request_info:  GET NAM VALUE SCM  %d ", values.scm);
   item.read(kImsi1112Item);
-  values.imsi_11_12 = item.byte(k1112At);
+  values.imsi_11_12 = item.u8(k1112At);
   LOGE("qorext_hook_sprint_get_nam_block_request_info:  GET NAM VALUE IMSI_11_12  %d ",
        values.imsi_11_12);
   item.read(kMccItem);
-  values.mcc = item.half(kMccAt);
+  values.mcc = item.u16(kMccAt);
   LOGE("qorext_hook_sprint_get_nam_block_request_info:  GET NAM VALUE IMSI_MCC %d ", values.mcc);
 }
 
 void read_system_values(NamReader& item, NamValues& values) {
   item.read(kPrimaryChannelsItem);
-  values.primary_a = item.half(kChannelAAt);
-  values.primary_b = item.half(kChannelBAt);
+  values.primary_a = item.u16(kChannelAAt);
+  values.primary_b = item.u16(kChannelBAt);
   LOGE(
       "qorext_hook_sprint_get_nam_block_request_info:  GET NAM VALUE P_CHANNEL_A %d P_CHANNEL_B "
       "%d ",
       values.primary_a, values.primary_b);
   item.read(kSecondaryChannelsItem);
-  values.secondary_a = item.half(kChannelAAt);
-  values.secondary_b = item.half(kChannelBAt);
+  values.secondary_a = item.u16(kChannelAAt);
+  values.secondary_b = item.u16(kChannelBAt);
   LOGE(
       "qorext_hook_sprint_get_nam_block_request_info:  GET NAM VALUE S_CHANNEL_A %d S_CHANNEL_B "
       "%d ",
       values.secondary_a, values.secondary_b);
   item.read(kVocoderItem);
-  values.vocoder = item.half(kVocoderAt);
+  values.vocoder = item.u16(kVocoderAt);
   LOGE("qorext_hook_sprint_get_nam_block_request_info:  GET NAM VALUE VOCODER %d ", values.vocoder);
   item.read(kMccTItem);
-  values.mcc_t = item.half(kMccAt);
+  values.mcc_t = item.u16(kMccAt);
   LOGE("qorext_hook_sprint_get_nam_block_request_info:  GET NAM VALUE IMSI_MCC_T %d ",
        values.mcc_t);
   item.read(kImsiT1112Item);
-  values.imsi_t_11_12 = item.byte(k1112At);
+  values.imsi_t_11_12 = item.u8(k1112At);
   LOGE("qorext_hook_sprint_get_nam_block_request_info:  GET NAM VALUE IMSI_T_11_12 %d ",
        values.imsi_t_11_12);
   item.read(kOverloadClassItem);
-  values.overload_class = item.byte(kOverloadClassAt);
+  values.overload_class = item.u8(kOverloadClassAt);
   LOGE("qorext_hook_sprint_get_nam_block_request_info:  GET NAM VALUE OVERLOAD CLASS %d ",
        values.overload_class);
 }

@@ -1,13 +1,12 @@
 // SPDX-License-Identifier: Apache-2.0
-// Set NAM information: one record becomes fifteen items, and perhaps a new service programming
-// code.
+// Set NAM information: writes one record into fifteen items and, if it changes, the service
+// programming code.
 #include <string.h>
 
-#include "src/carrier/carrier_operations.h"
+#include "src/carrier/carrier_handler.h"
 #include "src/carrier/digits.h"
 #include "src/carrier/nam.h"
-#include "src/carrier/nam_values.h"
-#include "src/carrier_modem/access_codes.h"
+#include "src/carrier_modem/operations.h"
 #include "src/host/base/log.h"
 
 namespace {
@@ -16,27 +15,28 @@ constexpr size_t kSpcSize = sizeof NamRecord::new_spc;
 constexpr int kSpcErrorNumber = 19;
 constexpr uint32_t kSpcFailure = 4;
 
-// Whether the write in progress asks for a new service programming code.
+// Whether the write in progress changes the service programming code. Only the request loop's
+// thread uses it.
 bool g_is_spc_changed = false;
 
-// Writes items in their order from one buffer and keeps the first failure. Bytes that are not set
-// keep what was read, or what the item before left.
+// Writes items in order from one buffer and keeps the first failure. Bytes that are not set keep
+// the value that was read from the modem, or that of the item before.
 class NamWriter {
  public:
   void start_from_modem(const NamItem& item) { read_nam_item(item, buffer_); }
-  NamWriter& byte(size_t offset, uint8_t value) {
+  NamWriter& u8(size_t offset, uint8_t value) {
     buffer_[offset] = value;
     return *this;
   }
-  NamWriter& half(size_t offset, uint16_t value) {
+  NamWriter& u16(size_t offset, uint16_t value) {
     store_le16(buffer_ + offset, value);
     return *this;
   }
-  NamWriter& word(size_t offset, uint32_t value) {
+  NamWriter& u32(size_t offset, uint32_t value) {
     store_le32(buffer_ + offset, value);
     return *this;
   }
-  NamWriter& index() { return byte(kNamIndex, 0); }
+  NamWriter& index() { return u8(kNamIndex, 0); }
   void write(const NamItem& item) { note(write_nam_item(item, buffer_)); }
 
   void note(uint32_t result) { failure_.note(result); }
@@ -84,7 +84,7 @@ void check_spc_change(const char* current_spc, const char* new_spc) {
   if (g_is_spc_changed) g_is_spc_changed = is_digits(new_spc);
 }
 
-void take_system_values(const NamRecord& record, NamValues& values) {
+void convert_system_values(const NamRecord& record, NamValues& values) {
   values.sid = static_cast<uint16_t>(record.hSid);
   values.nid = static_cast<uint16_t>(record.hNid);
   LOGE("qorext_hook_sprint_set_nam_info:  SET NAM SID %d NID %d ", values.sid, values.nid);
@@ -122,38 +122,38 @@ void write_mdn(NamWriter& writer, const char (&mdn)[16]) {
 
 void write_read_modified(NamWriter& writer, const NamValues& values) {
   writer.start_from_modem(kMin1Item);
-  writer.index().word(kS1At, values.min1).write(kMin1Item);
+  writer.index().u32(kS1At, values.min1).write(kMin1Item);
   writer.start_from_modem(kMin2Item);
-  writer.index().half(kS2At, values.min2).write(kMin2Item);
+  writer.index().u16(kS2At, values.min2).write(kMin2Item);
   writer.start_from_modem(kImsiTs1Item);
-  writer.index().word(kS1At, values.imsi_t_s1).write(kImsiTs1Item);
+  writer.index().u32(kS1At, values.imsi_t_s1).write(kImsiTs1Item);
   writer.start_from_modem(kImsiTs2Item);
-  writer.index().half(kS2At, values.imsi_t_s2).write(kImsiTs2Item);
+  writer.index().u16(kS2At, values.imsi_t_s2).write(kImsiTs2Item);
   writer.start_from_modem(kSidNidItem);
-  writer.index().half(kSidAt, values.sid).half(kNidAt, values.nid).write(kSidNidItem);
+  writer.index().u16(kSidAt, values.sid).u16(kNidAt, values.nid).write(kSidNidItem);
 }
 
 void write_rest(NamWriter& writer, const NamValues& values) {
-  writer.byte(kScmAt, values.scm).write(kScmItem);
-  writer.index().byte(k1112At, values.imsi_11_12).write(kImsi1112Item);
-  writer.index().half(kMccAt, values.mcc).write(kMccItem);
+  writer.u8(kScmAt, values.scm).write(kScmItem);
+  writer.index().u8(k1112At, values.imsi_11_12).write(kImsi1112Item);
+  writer.index().u16(kMccAt, values.mcc).write(kMccItem);
   writer.index()
-      .half(kChannelAAt, values.primary_a)
-      .half(kChannelBAt, values.primary_b)
+      .u16(kChannelAAt, values.primary_a)
+      .u16(kChannelBAt, values.primary_b)
       .write(kPrimaryChannelsItem);
   writer.index()
-      .half(kChannelAAt, values.secondary_a)
-      .half(kChannelBAt, values.secondary_b)
+      .u16(kChannelAAt, values.secondary_a)
+      .u16(kChannelBAt, values.secondary_b)
       .write(kSecondaryChannelsItem);
   writer.start_from_modem(kVocoderItem);
-  writer.half(kVocoderAt, values.vocoder).write(kVocoderItem);
-  writer.index().half(kMccAt, values.mcc_t).write(kMccTItem);
-  writer.index().byte(k1112At, values.imsi_t_11_12).write(kImsiT1112Item);
+  writer.u16(kVocoderAt, values.vocoder).write(kVocoderItem);
+  writer.index().u16(kMccAt, values.mcc_t).write(kMccTItem);
+  writer.index().u8(k1112At, values.imsi_t_11_12).write(kImsiT1112Item);
   writer.start_from_modem(kOverloadClassItem);
-  writer.index().byte(kOverloadClassAt, values.overload_class).write(kOverloadClassItem);
+  writer.index().u8(kOverloadClassAt, values.overload_class).write(kOverloadClassItem);
 }
 
-// Every step is attempted, whatever failed before it.
+// Attempts every step, also after a failure.
 uint32_t write_block(const NamRecord& record, const NamValues& values, const uint8_t* current_spc) {
   LOGE("qorext_hook_sprint_set_nam_block_request_info:  SET NAM BLOCK  %d ", 0);
   NamWriter writer;
@@ -186,6 +186,6 @@ uint32_t set_nam_info(const uint8_t* request, CarrierReply&) {
   encode_identities(record, values);
   const uint8_t* current_spc = request + kCdmaCode;
   check_spc_change(reinterpret_cast<const char*>(current_spc), record.new_spc);
-  take_system_values(record, values);
+  convert_system_values(record, values);
   return status_from_modem(write_block(record, values, current_spc));
 }

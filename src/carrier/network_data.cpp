@@ -1,10 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
-// Records that the modem reports of its networks.
+// Records of the modem about its networks.
 #include <algorithm>
 
-#include "src/carrier/carrier_operations.h"
-#include "src/carrier_modem/lte_data.h"
-#include "src/carrier_modem/vendor_operations.h"
+#include "src/carrier/carrier_handler.h"
+#include "src/carrier_modem/operations.h"
 #include "src/host/base/log.h"
 
 namespace {
@@ -16,13 +15,17 @@ static_assert(kApnListSize == 1017);
 
 void put_apn_record(CarrierReply& reply, const ApnEntry& entry) {
   put_bytes(reply, entry.name, kApnNameSize);
-  put_le32(reply, entry.first);
-  put_le32(reply, __builtin_bswap32(entry.second));  // an address: the one big-endian word
+  put_le32(reply, entry.first_value);
+  put_le32(reply, __builtin_bswap32(entry.second_value));  // the record's one big-endian value
   put_bytes(reply, entry.tail, kApnTailSize);
 }
 
-constexpr size_t kTotCount = kCdmaPayload;
-constexpr size_t kTotOrderEntries = kCdmaPayload + 2;
+// The TOT order as the parent sends and gets it.
+struct __attribute__((packed)) TotOrder {
+  uint16_t count;
+  uint32_t entries[kTotEntries];
+};
+static_assert(sizeof(TotOrder) == 62);
 
 }  // namespace
 
@@ -49,20 +52,21 @@ uint32_t get_active_ehrpd_apn(const uint8_t*, CarrierReply& reply) {
 
 uint32_t get_tot_order(const uint8_t*, CarrierReply& reply) {
   TotOrderResponse response = qor_qmi_sprint_get_tot_order();
-  put_bytes(reply, &response.count, sizeof response.count);
-  put_bytes(reply, response.entries, sizeof response.entries);
+  TotOrder order = {response.count, {}};
+  memcpy(order.entries, response.entries, sizeof order.entries);
+  put_bytes(reply, &order, sizeof order);
   return kStatusSuccess;
 }
 
 uint32_t update_tot_order(const uint8_t* request, CarrierReply&) {
   LOGE("handle_update_tot_order: EVENT VALUE %d ", cdma_id(request));
-  TotOrderRequest order = {};
-  order.count = load_le16(request + kTotCount);
-
+  auto order = load<TotOrder>(request + kCdmaPayload);
   int result = 0;
   if (order.count <= kTotEntries) {
-    memcpy(order.entries, request + kTotOrderEntries, order.count * sizeof order.entries[0]);
-    result = qor_qmi_sprint_update_tot_order(order);
+    TotOrderRequest message = {};
+    message.count = order.count;
+    memcpy(message.entries, order.entries, order.count * sizeof order.entries[0]);
+    result = qor_qmi_sprint_update_tot_order(message);
   }
   LOGE("Update TOT order result - %d", result);
   return result > 0 ? kStatusSuccess : kStatusFailure;

@@ -1,8 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // Carrier settings that the modem keeps.
-#include "src/carrier/carrier_operations.h"
-#include "src/carrier_modem/rde.h"
-#include "src/carrier_modem/vendor_operations.h"
+#include "src/carrier/carrier_handler.h"
+#include "src/carrier_modem/operations.h"
 #include "src/host/base/log.h"
 
 namespace {
@@ -13,15 +12,10 @@ constexpr uint32_t kBandClass14 = 1;
 constexpr int32_t kLteOptionItem = 10017;
 constexpr int32_t kDdtmItem = 10018;
 
-constexpr size_t kSegmentSize = kCdmaPayload;
-constexpr size_t kSegmentData = kCdmaPayload + 4;
-
 constexpr uint8_t kNoResetFlag = 255;
 constexpr uint32_t kItemBufferSize = 1024;
 
-constexpr uint32_t status_of(bool done) { return done ? kStatusSuccess : kStatusFailure; }
-
-uint32_t payload_word(const uint8_t* request) { return load_le32(request + kCdmaPayload); }
+uint32_t payload_u32(const uint8_t* request) { return load_le32(request + kCdmaPayload); }
 
 uint32_t get_band(uint32_t selector, CarrierReply& reply) {
   LOGE("qorext_hook_sprint_get_BC10_status:  ENTER FUNCTION  %d ", 0);
@@ -33,7 +27,7 @@ uint32_t get_band(uint32_t selector, CarrierReply& reply) {
 
 uint32_t set_band(uint32_t selector, const uint8_t* request) {
   LOGE("qorext_hook_sprint_set_BC10_BC14_status:  ENTER");
-  uint32_t band = payload_word(request);
+  uint32_t band = payload_u32(request);
   LOGE("qorext_hook_sprint_set_BC10_BC14_status:  status = %d ", band);
   return status_of(qor_qmi_sprint_write_band(selector, band) != 0);
 }
@@ -58,14 +52,15 @@ uint32_t set_bc14_status(const uint8_t* request, CarrierReply&) {
 
 uint32_t set_roaming_list_segment(const uint8_t* request, CarrierReply&) {
   LOGE("qorext_hook_sprint_set_roaming_list_segment:  ENTER  %d ", 0);
-  uint32_t size = load_le32(request + kSegmentSize);
+  uint32_t size = payload_u32(request);
   LOGE("qorext_hook_sprint_set_roaming_list_segment:  p_prl->size (%d)", size);
-  return status_of(qor_qmi_sprint_set_roaming_list_segment(size, request + kSegmentData) != 0);
+  const uint8_t* data = request + kCdmaPayload + sizeof size;
+  return status_of(qor_qmi_sprint_set_roaming_list_segment(size, data) != 0);
 }
 
 uint32_t set_active_profile(const uint8_t* request, CarrierReply&) {
   LOGE("qorext_hook_sprint_set_Active_Profile:  ENTER  %d ", 0);
-  uint32_t profile = payload_word(request);
+  uint32_t profile = payload_u32(request);
   LOGE("qorext_hook_sprint_set_Active_profile:   profile = %d ", profile);
   return status_of(qor_qmi_sprint_switch_proflie(profile) != 0);
 }
@@ -84,7 +79,8 @@ uint32_t get_ddtm_preference(const uint8_t*, CarrierReply& reply) {
   LOGE("qorext_hook_sprint_get_ddtm_preference:  ENTER  %d ", 0);
   uint8_t ddtm = 0;
   if (qor_qmi_sprint_rde_read(kDdtmItem, 0, 0, &ddtm, sizeof ddtm, nullptr) != kRdeSuccess) {
-    LOGE("qorext_hook_sprint_set_ddtm_preference: Fail to write.");  // the set's words, and meant
+    LOGE("qorext_hook_sprint_set_ddtm_preference: Fail to write.");  // the text of the set:
+                                                                     // deliberate
     return kStatusFailure;
   }
   LOGE("qorext_hook_sprint_get_ddtm_preference:   ddtm = %d ", ddtm);
@@ -104,7 +100,8 @@ uint32_t set_ddtm_preference(const uint8_t* request, CarrierReply&) {
 }
 
 uint32_t get_bsr_timer(const uint8_t* request, CarrierReply& reply) {
-  LOGE("handle_set_bsr_timer: EVENT VALUE %d ", cdma_id(request));  // the set's words, and meant
+  LOGE("handle_set_bsr_timer: EVENT VALUE %d ",
+       cdma_id(request));  // the text of the set: deliberate
   uint32_t timer = qor_qmi_sprint_get_bsr_timer();
   LOGE("Get BSR timer result - %d", timer);
   put_le32(reply, timer);
@@ -113,7 +110,7 @@ uint32_t get_bsr_timer(const uint8_t* request, CarrierReply& reply) {
 
 uint32_t set_bsr_timer(const uint8_t* request, CarrierReply&) {
   LOGE("handle_set_bsr_timer: EVENT VALUE %d ", cdma_id(request));
-  int result = qor_qmi_sprint_set_bsr_timer(payload_word(request));
+  int result = qor_qmi_sprint_set_bsr_timer(payload_u32(request));
   LOGE("Set BSR timer result - %d", result);
   return status_of(result > 0);
 }
@@ -126,7 +123,8 @@ uint32_t get_lte_option(const uint8_t* request, CarrierReply& reply) {
 }
 
 uint32_t set_lte_option(const uint8_t* request, CarrierReply&) {
-  LOGE("handle_get_lte_option: EVENT VALUE %d ", cdma_id(request));  // the get's words, and meant
+  LOGE("handle_get_lte_option: EVENT VALUE %d ",
+       cdma_id(request));  // the text of the get: deliberate
   uint32_t rc =
       qor_qmi_sprint_rde_write(kLteOptionItem, 0, 0, cdma_length(request), request + kCdmaPayload);
   return status_of(rc == kRdeSuccess);

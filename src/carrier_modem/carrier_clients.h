@@ -4,8 +4,8 @@
 
 #include "qmi_client.h"
 
-// Opens the NAS and then the DMS client; five attempts each. 0, or the last failure of the first
-// service that could not be opened. Called once, by main; the clients are never released.
+// Opens the NAS and then the DMS client; five attempts each. Returns 0, or the last failure of the
+// first service that could not be opened. Called once, by main; the clients are never released.
 int qmi_qorext_sprint_client_init();
 
 constexpr int kNasService = 1;
@@ -23,3 +23,20 @@ int qmi_qorext_sprint_nas_send_msg_sync(unsigned int message_id, void* request,
 int qmi_qorext_sprint_dms_send_msg_sync(unsigned int message_id, void* request,
                                         unsigned int request_length, void* response,
                                         unsigned int response_length);
+
+// The same for a request and a response of fixed layout; the second form for messages whose request
+// is empty.
+template <typename Request, typename Response>
+int nas_exchange(unsigned int message_id, Request& request, Response& response) {
+  return qmi_qorext_sprint_nas_send_msg_sync(message_id, &request, sizeof request, &response,
+                                             sizeof response);
+}
+template <typename Response>
+int nas_exchange(unsigned int message_id, Response& response) {
+  return qmi_qorext_sprint_nas_send_msg_sync(message_id, nullptr, 0, &response, sizeof response);
+}
+template <typename Request, typename Response>
+int dms_exchange(unsigned int message_id, Request& request, Response& response) {
+  return qmi_qorext_sprint_dms_send_msg_sync(message_id, &request, sizeof request, &response,
+                                             sizeof response);
+}

@@ -5,7 +5,7 @@
 
 #include "src/host/base/framing.h"
 #include "src/host/base/log.h"
-#include "src/host/base/parent.h"
+#include "src/vendor/vendor_client.h"
 
 namespace {
 
@@ -17,30 +17,23 @@ constexpr uint32_t kCarrierEventMessage = 0x020001B0;
 
 // As the parent gets it: packed and little-endian.
 struct __attribute__((packed)) LteErrorData {
-  uint32_t first;
-  uint8_t second;
-  uint32_t third;
+  uint32_t first_value;
+  uint8_t second_value;
+  uint32_t third_value;
   uint8_t text[103];
 };
 static_assert(sizeof(LteErrorData) == 112);
 static_assert(offsetof(LteErrorData, text) == 9);
 
-void send_unsolicited(uint32_t id, const void* data, uint32_t size) {
-  Frame frame = unsolicited_cdma(id, size);
-  if (!frame) {
-    LOGE("send_unsol_response: out of memory!");
-    return;
-  }
-  memcpy(frame.at(kUnsolCdmaData), data, size);
-  writeUnsolToParent(frame);
+void send(uint32_t id, const void* data, uint32_t size) {
+  if (!send_unsolicited_cdma(id, data, size)) LOGE("send_unsol_response: out of memory!");
 }
 
 // Decodes into the zeroed record; logs a failure.
 template <typename Record>
 bool decode(qmi_client_type client, unsigned int id, void* buffer, unsigned int length,
             Record& record) {
-  int rc = qmi_client_message_decode(client, QMI_IDL_INDICATION, id, buffer, length, &record,
-                                     sizeof record);
+  int rc = decode_indication(client, id, buffer, length, record);
   if (rc == QMI_NO_ERR) return true;
   LOGE("qor_qmi_sprint_hook_ind_cb: qmi_client_message_decode Failed(%d).", rc);
   return false;
@@ -53,17 +46,15 @@ void convert_lte_error_to_ril_format(const LteErrorIndication* indication) {
   if (indication == nullptr) {
     LOGE("convert_lte_error_to_ril_format: parameter is null!");
   } else {
-    data.first = indication->first;
-    data.second = indication->second;
-    data.third = indication->third;
+    data.first_value = indication->first_value;
+    data.second_value = indication->second_value;
+    data.third_value = indication->third_value;
     memcpy(data.text, indication->text, sizeof data.text);
   }
-  send_unsolicited(kLteErrorMessage, &data, sizeof data);
+  send(kLteErrorMessage, &data, sizeof data);
 }
 
-void send_unsol_response(uint32_t value) {
-  send_unsolicited(kCarrierEventMessage, &value, sizeof value);
-}
+void send_unsol_response(uint32_t value) { send(kCarrierEventMessage, &value, sizeof value); }
 
 int qor_qmi_sprint_hook_ind_cb(qmi_client_type client, unsigned int indication_id, void* buffer,
                                unsigned int length, void*) {

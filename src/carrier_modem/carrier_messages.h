@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
-// The vendor service's carrier messages. Their responses follow two conventions, which is the
-// modem's choice for each message: a status word (0 is success), or an outcome word (1 is success)
-// with an error code behind it.
+// The vendor service's carrier messages. Their responses follow two conventions, depending on the
+// message: a status word (0 is success), or an outcome word (1 is success) followed by an error
+// code. The names of values whose meaning the service does not publish are neutral.
 #pragma once
 
 #include <stddef.h>
@@ -52,7 +52,7 @@ constexpr uint32_t kEngineeringTextSize = 1000;
 
 struct EngineeringInfoResponse {
   uint32_t status;
-  uint32_t not_read;
+  uint32_t unused;
   uint32_t length;
   uint8_t data[kEngineeringTextSize];
 };
@@ -85,24 +85,24 @@ struct LteServiceStateResponse {
 };
 static_assert(sizeof(LteServiceStateResponse) == 12);
 
-// Each value has a validity byte in front of it.
+// Each value follows its validity byte.
 struct LteChannelResponse {
   uint32_t outcome;
   uint32_t error;
   uint8_t second_valid;
-  uint16_t second;
+  uint16_t second_value;
   uint8_t first_valid;
-  uint16_t first;
+  uint16_t first_value;
   uint8_t third_valid;
-  uint8_t third;
+  uint8_t third_value;
   uint8_t fourth_valid;
-  uint8_t fourth;
+  uint8_t fourth_value;
 };
 static_assert(sizeof(LteChannelResponse) == 20);
-static_assert(offsetof(LteChannelResponse, second) == 10);
-static_assert(offsetof(LteChannelResponse, first) == 14);
-static_assert(offsetof(LteChannelResponse, third) == 17);
-static_assert(offsetof(LteChannelResponse, fourth) == 19);
+static_assert(offsetof(LteChannelResponse, second_value) == 10);
+static_assert(offsetof(LteChannelResponse, first_value) == 14);
+static_assert(offsetof(LteChannelResponse, third_value) == 17);
+static_assert(offsetof(LteChannelResponse, fourth_value) == 19);
 
 constexpr uint32_t kTotEntries = 15;
 
@@ -132,9 +132,9 @@ constexpr size_t kApnNameSize = 103;
 constexpr size_t kApnTailSize = 16;
 
 struct ApnEntry {
-  uint32_t first;
-  uint32_t second;
-  uint8_t not_read[12];
+  uint32_t first_value;
+  uint32_t second_value;
+  uint8_t unused[12];
   uint8_t name[kApnNameSize];
   uint8_t padding[5];
   uint8_t tail[kApnTailSize];

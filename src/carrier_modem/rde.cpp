@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "src/carrier_modem/rde.h"
+#include "src/carrier_modem/operations.h"
 
 #include <string.h>
 
-#include "src/host/base/hex.h"
+#include "src/host/base/bytes.h"
 #include "src/host/base/log.h"
 #include "src/vendor/rde_messages.h"
 #include "src/vendor/vendor_client.h"
@@ -54,7 +54,7 @@ uint32_t qor_qmi_sprint_rde_read(int32_t index, int32_t record, int32_t offset, 
     return kRdeFailure;
   }
 
-  uint32_t available = held_bytes(response);
+  uint32_t available = valid_length(response);
   char text[2 * kElementDataSize + 1];
   toHexString(available, response.data, text);
   LOGE("NV Read %u, length %u, data length %u, grde - %s", response.rde_id, response.length,

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-// The NAS and DMS messages of the carrier's operations, as far as they are read here; the layouts
-// are those of the published services' C structures.
+// The NAS and DMS messages of the carrier's operations. The layouts are those of the published
+// services' C structures; members that are not used here are arrays without a name of their own.
 #pragma once
 
 #include <stddef.h>
@@ -16,7 +16,7 @@ constexpr unsigned int kDmsWriteSpc = 0x52;
 constexpr size_t kCodeSize = 6;
 constexpr size_t kAkeySize = 26;
 
-// The record that every response begins with.
+// Every response begins with it.
 struct QmiResult {
   uint32_t result;  // 0 is success
   uint32_t error;
@@ -25,16 +25,16 @@ static_assert(sizeof(QmiResult) == 8);
 
 struct ServingSystemResponse {
   QmiResult qmi;
-  uint8_t not_read_before[1096];
+  uint8_t unused_before[1096];
   uint8_t plmn_valid;
   uint8_t padding;
   uint16_t mcc;
   uint16_t mnc;
-  uint8_t not_read_between[324];
+  uint8_t unused_between[324];
   uint8_t cell_id_valid;
   uint8_t padding_of_cell_id;
   uint32_t cell_id;
-  uint8_t not_read_behind[68];
+  uint8_t unused_after[68];
 };
 static_assert(sizeof(ServingSystemResponse) == 1508);
 static_assert(offsetof(ServingSystemResponse, plmn_valid) == 1104);
@@ -45,13 +45,13 @@ static_assert(offsetof(ServingSystemResponse, cell_id) == 1436);
 
 struct SigInfoResponse {
   QmiResult qmi;
-  uint8_t not_read_before[28];
+  uint8_t unused_before[28];
   uint8_t lte_valid;
   uint8_t padding;
   int8_t lte_rssi;
   int8_t lte_rsrq;
   int16_t lte_rsrp;
-  uint8_t not_read_behind[22];
+  uint8_t unused_after[22];
 };
 static_assert(sizeof(SigInfoResponse) == 64);
 static_assert(offsetof(SigInfoResponse, lte_valid) == 36);
@@ -67,11 +67,11 @@ static_assert(sizeof(TxRxInfoRequest) == 4);
 
 struct TxRxInfoResponse {
   QmiResult qmi;
-  uint8_t not_read_before[56];
+  uint8_t unused_before[56];
   uint8_t tx_valid;
-  uint8_t not_read_between[7];
+  uint8_t unused_between[7];
   uint32_t tx_power;
-  uint8_t not_read_behind[88];
+  uint8_t unused_after[88];
 };
 static_assert(sizeof(TxRxInfoResponse) == 164);
 static_assert(offsetof(TxRxInfoResponse, tx_valid) == 64);

@@ -1,12 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "src/carrier_modem/startup_properties.h"
-
 #include <cutils/properties.h>
 #include <stdio.h>
 #include <stdlib.h>
 #include <string.h>
 
-#include "src/carrier_modem/rde.h"
+#include "src/carrier_modem/operations.h"
 #include "src/host/base/bytes.h"
 #include "src/host/base/log.h"
 
@@ -22,14 +20,14 @@ constexpr uint32_t kTextSize = 1024;
 constexpr int kVersionNumberLength = 13;
 constexpr int kVersionLength = 63;
 
-// The modem's item as text: what is longer than the item is not ours to read.
+// An item as text; the byte after the longest item stays zero and ends it.
 using ItemText = char[kTextSize + 1];
 
 uint32_t read_item(int32_t item, ItemText& text) {
   return qor_qmi_sprint_rde_read(item, 0, 0, text, kTextSize, nullptr);
 }
 
-// What stands behind the last hyphen.
+// The text after the last hyphen.
 const char* version_number(const ItemText& text) {
   const char* hyphen = strrchr(text, '-');
   if (hyphen != nullptr) return hyphen + 1;
@@ -62,7 +60,8 @@ void qor_qmi_read_baseband_config_version() {
   const char* number = status == kRdeSuccess ? version_number(text) : "Unknown";
   set_cut("ril.baseband.config.ver_num", number, kVersionNumberLength);
 
-  // Into the same text, not cleared: a shorter item keeps the tail of the one before.
+  // The same buffer, not cleared: a shorter item keeps the tail of the one before. This is
+  // deliberate.
   status = read_item(kFlexVersionItem, text);
   LOGE("qor_qmi_read_baseband_config_version: flex nv status(%d)", status);
   if (status == kRdeSuccess) set_cut("ril.baseband.config.version", text, kVersionLength);

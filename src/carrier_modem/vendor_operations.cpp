@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "src/carrier_modem/vendor_operations.h"
+#include "src/carrier_modem/operations.h"
 
 #include <string.h>
 
@@ -7,6 +7,21 @@
 
 #include "src/host/base/log.h"
 #include "src/vendor/vendor_client.h"
+
+namespace {
+
+// Returns the result of the send; a failure is logged under the operation's name.
+int log_send_failure(const char* operation, int rc) {
+  if (rc != 0) LOGE("%s: qmi_client_send_msg_sync failed (%d).", operation, rc);
+  return rc;
+}
+
+template <typename... Messages>
+bool exchange(const char* operation, unsigned int message_id, Messages&... messages) {
+  return log_send_failure(operation, qorext_exchange(message_id, messages...)) == 0;
+}
+
+}  // namespace
 
 int qor_qmi_sprint_fatory_reset(uint8_t mode) {
   ByteMessage request = {mode};
@@ -27,11 +42,9 @@ int qor_qmi_sprint_set_roaming_list_segment(uint32_t length, const uint8_t* data
   request.length = std::min(length, kRoamingListSize);
   memcpy(request.data, data, request.length);
 
-  int rc = qorext_exchange(kSetRoamingListSegment, request, response);
-  if (rc != 0) {
-    LOGE("qor_qmi_sprint_set_roaming_list_segment: qmi_client_send_msg_sync failed (%d).", rc);
+  if (!exchange("qor_qmi_sprint_set_roaming_list_segment", kSetRoamingListSegment, request,
+                response))
     return 0;
-  }
   return response.value == kStatusOk;
 }
 
@@ -41,11 +54,8 @@ int qor_qmi_sprint_get_engineering_info(int32_t type, uint8_t* output, uint32_t*
   LOGE("In Engineering info request %d", type);
   WordMessage request = {static_cast<uint32_t>(type)};
   EngineeringInfoResponse response = {};
-  int rc = qorext_exchange(kGetEngineeringInfo, request, response);
-  if (rc != 0) {
-    LOGE("qor_qmi_sprint_get_engineering_info: qmi_client_send_msg_sync failed (%d).", rc);
+  if (!exchange("qor_qmi_sprint_get_engineering_info", kGetEngineeringInfo, request, response))
     return 0;
-  }
   if (response.status != kStatusOk) {
     LOGE("qor_qmi_sprint_get_engineering_info: Get Engineer info failed (%d).", response.status);
     return 0;
@@ -58,11 +68,7 @@ int qor_qmi_sprint_get_engineering_info(int32_t type, uint8_t* output, uint32_t*
 
 uint32_t qor_qmi_sprint_get_bsr_timer() {
   BsrTimerResponse response = {};
-  int rc = qorext_exchange(kGetBsrTimer, response);
-  if (rc != 0) {
-    LOGE("qor_qmi_sprint_get_bsr_timer: qmi_client_send_msg_sync failed (%d).", rc);
-    return 0;
-  }
+  if (!exchange("qor_qmi_sprint_get_bsr_timer", kGetBsrTimer, response)) return 0;
   if (response.outcome != kOutcomeOk) {
     LOGE("qor_qmi_sprint_get_bsr_timer: Get BSR timer failed (%d).", response.error);
     return 0;
@@ -73,11 +79,7 @@ uint32_t qor_qmi_sprint_get_bsr_timer() {
 int qor_qmi_sprint_set_bsr_timer(uint32_t timer) {
   WordMessage request = {timer};
   OutcomeResponse response = {};
-  int rc = qorext_exchange(kSetBsrTimer, request, response);
-  if (rc != 0) {
-    LOGE("qor_qmi_sprint_set_bsr_timer: qmi_client_send_msg_sync failed (%d).", rc);
-    return 0;
-  }
+  if (!exchange("qor_qmi_sprint_set_bsr_timer", kSetBsrTimer, request, response)) return 0;
   if (response.outcome != kOutcomeOk) {
     LOGE("qor_qmi_sprint_set_bsr_timer: Set BSR timer failed (%d).", response.error);
     return 0;
@@ -85,22 +87,18 @@ int qor_qmi_sprint_set_bsr_timer(uint32_t timer) {
   return 1;
 }
 
-void qor_qmi_sprint_get_lte_ul_dl_channel(uint32_t* first, uint32_t* second, uint8_t* third,
-                                          uint8_t* fourth) {
+void qor_qmi_sprint_get_lte_ul_dl_channel(uint32_t* first_value, uint32_t* second_value,
+                                          uint8_t* third_value, uint8_t* fourth_value) {
   LteChannelResponse response = {};
-  int rc = qorext_exchange(kGetLteChannel, response);
-  if (rc != 0) {
-    LOGE("qor_qmi_sprint_get_lte_ul_dl_channel: qmi_client_send_msg_sync failed (%d).", rc);
-    return;
-  }
+  if (!exchange("qor_qmi_sprint_get_lte_ul_dl_channel", kGetLteChannel, response)) return;
   if (response.outcome != kOutcomeOk) {
     LOGE("qor_qmi_sprint_get_lte_ul_dl_channel: failed (%d).", response.error);
     return;
   }
-  if (first != nullptr && response.first_valid != 0) *first = response.first;
-  if (second != nullptr && response.second_valid != 0) *second = response.second;
-  if (third != nullptr && response.third_valid != 0) *third = response.third;
-  if (fourth != nullptr && response.fourth_valid != 0) *fourth = response.fourth;
+  if (first_value != nullptr && response.first_valid != 0) *first_value = response.first_value;
+  if (second_value != nullptr && response.second_valid != 0) *second_value = response.second_value;
+  if (third_value != nullptr && response.third_valid != 0) *third_value = response.third_value;
+  if (fourth_value != nullptr && response.fourth_valid != 0) *fourth_value = response.fourth_value;
 }
 
 int qor_qmi_sprint_get_active_ehrpd_apn(ActiveApnResponse* response) {
@@ -109,27 +107,19 @@ int qor_qmi_sprint_get_active_ehrpd_apn(ActiveApnResponse* response) {
     return -1;
   }
   *response = {};
-  int rc = qorext_exchange(kGetActiveEhrpdApn, *response);
-  if (rc != 0) {
-    LOGE("qor_qmi_sprint_get_active_ehrpd_apn: qmi_client_send_msg_sync failed (%d).", rc);
-  }
-  return rc;
+  return log_send_failure("qor_qmi_sprint_get_active_ehrpd_apn",
+                          qorext_exchange(kGetActiveEhrpdApn, *response));
 }
 
 TotOrderResponse qor_qmi_sprint_get_tot_order() {
   TotOrderResponse response = {};
-  int rc = qorext_exchange(kGetTotOrder, response);
-  if (rc != 0) LOGE("qor_qmi_sprint_get_tot_order: qmi_client_send_msg_sync failed (%d).", rc);
+  exchange("qor_qmi_sprint_get_tot_order", kGetTotOrder, response);
   return response;
 }
 
 int qor_qmi_sprint_update_tot_order(TotOrderRequest& order) {
   OutcomeResponse response = {};
-  int rc = qorext_exchange(kUpdateTotOrder, order, response);
-  if (rc != 0) {
-    LOGE("qor_qmi_sprint_update_tot_order: qmi_client_send_msg_sync failed (%d).", rc);
-    return 0;
-  }
+  if (!exchange("qor_qmi_sprint_update_tot_order", kUpdateTotOrder, order, response)) return 0;
   if (response.outcome != kOutcomeOk) {
     LOGE("qor_qmi_sprint_update_tot_order: Update TOT order failed (%d).", response.error);
     return 0;
@@ -140,11 +130,7 @@ int qor_qmi_sprint_update_tot_order(TotOrderRequest& order) {
 uint32_t qor_qmi_sprint_read_band(uint32_t selector) {
   WordMessage request = {selector};
   ReadBandResponse response = {};
-  int rc = qorext_exchange(kReadBand, request, response);
-  if (rc != 0) {
-    LOGE("qor_qmi_sprint_read_band: qmi_client_send_msg_sync failed (%d).", rc);
-    return 0;
-  }
+  if (!exchange("qor_qmi_sprint_read_band", kReadBand, request, response)) return 0;
   if (response.status != kStatusOk) {
     LOGE("qor_qmi_sprint_read_band: Read Band failed.");
     return 0;
@@ -155,13 +141,9 @@ uint32_t qor_qmi_sprint_read_band(uint32_t selector) {
 int qor_qmi_sprint_write_band(uint32_t selector, uint32_t band) {
   WriteBandRequest request = {selector, band};
   WordMessage response = {};
-  int rc = qorext_exchange(kWriteBand, request, response);
-  if (rc != 0) {
-    LOGE("qor_qmi_sprint_write_band: qmi_client_send_msg_sync failed (%d).", rc);
-    return 0;
-  }
+  if (!exchange("qor_qmi_sprint_write_band", kWriteBand, request, response)) return 0;
   if (response.value != kStatusOk) {
-    LOGE("qor_qmi_sprint_write_band: Read Band failed.");  // the read's words, and meant
+    LOGE("qor_qmi_sprint_write_band: Read Band failed.");  // the text of the read: deliberate
     return 0;
   }
   return 1;
@@ -170,14 +152,21 @@ int qor_qmi_sprint_write_band(uint32_t selector, uint32_t band) {
 int qor_qmi_sprint_switch_proflie(uint32_t profile) {
   WordMessage request = {profile};
   WordMessage response = {};
-  int rc = qorext_exchange(kSwitchProfile, request, response);
-  if (rc != 0) {
-    LOGE("qor_qmi_sprint_switch_proflie: qmi_client_send_msg_sync failed (%d).", rc);
-    return 0;
-  }
+  if (!exchange("qor_qmi_sprint_switch_proflie", kSwitchProfile, request, response)) return 0;
   if (response.value != kStatusOk) {
     LOGE("qor_qmi_sprint_switch_proflie: failed.");
     return 0;
   }
   return 1;
+}
+
+uint32_t qor_qmi_sprint_get_lte_service_state() {
+  LteServiceStateResponse response = {};
+  if (!exchange("qor_qmi_sprint_get_lte_service_state", kGetLteServiceState, response)) return 0;
+  if (response.outcome != kOutcomeOk) {
+    // Under the name of another operation: deliberate.
+    LOGE("qor_qmi_sprint_get_lte_option: Get LTE service state failed (%d).", response.error);
+    return 0;
+  }
+  return response.state;
 }

@@ -1,12 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <algorithm>
 
-#include "src/features/feature_requests.h"
-#include "src/features/status_reply.h"
+#include "src/features/features.h"
 #include "src/host/base/framing.h"
-#include "src/host/base/hex.h"
 #include "src/host/base/log.h"
-#include "src/host/base/parent.h"
 #include "src/vendor/vendor_client.h"
 
 namespace {
@@ -23,8 +20,8 @@ struct TunerMessage {
 static_assert(sizeof(TunerMessage) == 32);
 static_assert(offsetof(TunerMessage, data) == 4);
 
-// The byte behind the setting ends it. It is zero already; unlike the coverage text, a setting
-// never loses its last byte.
+// The byte after the setting ends it and is zero already. Unlike the coverage text, a setting never
+// loses its last byte.
 void put_setting(const uint8_t* setting, TunerMessage& message) {
   if (message.length == 0) return;
   memcpy(message.data, setting, message.length);
@@ -34,11 +31,8 @@ void put_setting(const uint8_t* setting, TunerMessage& message) {
   end = 0;
 }
 
-void send_answer(const uint8_t* request, const uint8_t* data, uint32_t size) {
-  Frame reply = generic_reply(request, size);
-  if (!reply) return;
-  memcpy(reply.at(kGenericPayload), data, size);
-  writeToParent(reply);
+void send_reply(const uint8_t* request, const uint8_t* data, uint32_t size) {
+  if (!send_generic_reply(request, data, size)) return;
   LOGE("qorext_hook_set_antenna_tuning sending response, msgLen 0x%x.", size);
 }
 
@@ -54,12 +48,12 @@ int qorext_hook_set_antenna_tuning(const uint8_t* request, uint32_t) {
   int rc = qorext_exchange(QMI_TUNER_REQ_V01, message, response);
   if (rc != 0) {
     LOGE("Sending QMI_TUNER_REQ_V01 failed! with error %d", rc);
-    uint8_t status = status_byte(rc);
-    send_answer(request, &status, sizeof status);
+    constexpr uint8_t kFailure = kStatusFailure;
+    send_reply(request, &kFailure, sizeof kFailure);
     return rc;
   }
   LOGE("Dumping modem response for QMI_TUNER_REQ_V01...");
   hexDump(&response, sizeof response);
-  send_answer(request, response.data, std::min(response.length, kTunerDataSize));
+  send_reply(request, response.data, std::min(response.length, kTunerDataSize));
   return rc;
 }

@@ -5,11 +5,11 @@
 #include <stddef.h>
 #include <stdint.h>
 
-// The longest UTF-8 text of a GSM text, without its terminator.
+// The size of the longest UTF-8 text that a GSM text can become, without its terminator.
 constexpr size_t utf8_limit(size_t gsm_length) { return 2 * gsm_length; }
 
 // Converts to UTF-8 and terminates the text: `output` needs utf8_limit(length) + 1 bytes. Carriage
-// returns are dropped; bytes of 0x80 and more pass unchanged, so that a text that is UTF-8 or
-// Latin-1 already survives. There is no extension table: its escape becomes a blank. Returns the
-// number of bytes written, without the terminator; 0 when a pointer is null or the length is 0.
+// returns are dropped; bytes of 0x80 and more are copied unchanged, for texts that are already
+// UTF-8 or Latin-1. There is no extension table: its escape becomes a space. Returns the number of
+// bytes written, without the terminator; 0 when a pointer is null or the length is 0.
 size_t gsm_to_utf8(const uint8_t* input, uint16_t length, char* output);

@@ -1,18 +1,16 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "src/host/dispatch.h"
-
 #include <span>
 
 #include "src/carrier/carrier_handler.h"
-#include "src/features/feature_requests.h"
+#include "src/features/features.h"
 #include "src/host/base/framing.h"
 #include "src/host/base/log.h"
-#include "src/vendor/nv_access.h"
-#include "src/vendor/pfp.h"
+#include "src/host/host.h"
+#include "src/vendor/handlers.h"
 
 namespace {
 
-// The result says nothing: handlers report through their reply alone.
+// The result is ignored: handlers report through their reply alone.
 using HookHandler = int (*)(const uint8_t* request, uint32_t argument);
 
 struct HookDispatchEntry {
@@ -35,6 +33,7 @@ constexpr HookDispatchEntry kGenericTable[] = {
     {0x50505, 0, handleCallEndRadioState       },
 };
 
+// The argument of the NV rows is the RDE id. A row of nvRead needs one in the NV response table.
 constexpr HookDispatchEntry kCdmaFallbackTable[] = {
     {0x02000016, kFromRequest, genNvRead         },
     {0x02000015, kFromRequest, genNvWrite        },

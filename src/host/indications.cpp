@@ -1,40 +1,33 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "src/host/indications.h"
-
 #include <stdio.h>
 
-#include "src/capture/hob_save.h"
+#include "src/capture/capture.h"
 #include "src/carrier_modem/carrier_indications.h"
-#include "src/features/feature_indications.h"
+#include "src/features/features.h"
 #include "src/host/base/framing.h"
 #include "src/host/base/log.h"
-#include "src/host/base/parent.h"
-#include "src/vendor/pfp.h"
+#include "src/host/host.h"
+#include "src/vendor/handlers.h"
 
 namespace {
 
 constexpr uint32_t kNotificationMessage = 1111;
 constexpr uint32_t kNotificationSize = 22;
-constexpr size_t kNotificationText = 20;  // at most; the rest of the data stays zero
+constexpr size_t kMaxNotificationText = 20;  // the rest of the data stays zero
 
 constexpr uint32_t kGenericMessage = 0x06000200;
 
-uint32_t g_notification_counter = 12;
+uint32_t g_notification_counter = 12;  // used on the callback thread only
 
 int send_notification(qmi_client_type, unsigned int, void*, unsigned int, void*) {
-  char text[kNotificationText + 1];
-  snprintf(text, sizeof text, "%s-%d", "UNSOLNOTIFY9876", g_notification_counter++);
-
-  Frame frame = unsolicited_cdma(kNotificationMessage, kNotificationSize);
-  if (!frame) return 0;
-  memcpy(frame.at(kUnsolCdmaData), text, strlen(text));
-  writeUnsolToParent(frame);
+  char text[kNotificationSize] = {};
+  snprintf(text, kMaxNotificationText + 1, "UNSOLNOTIFY9876-%d", g_notification_counter++);
+  send_unsolicited_cdma(kNotificationMessage, text, sizeof text);
   return 0;
 }
 
 int send_generic_message(qmi_client_type, unsigned int, void*, unsigned int, void*) {
-  Frame frame = unsolicited_generic(kGenericMessage, 0);
-  if (frame) writeUnsolToParent(frame);
+  send_unsolicited_generic(kGenericMessage, nullptr, 0);
   return 0;
 }
 

@@ -1,37 +1,35 @@
 // SPDX-License-Identifier: Apache-2.0
 // qorext_client readfd writefd writeunsolfd instance: serves the radio interface daemon's OEM-hook
-// requests through the modem. Whatever goes wrong, the exit status is 0.
+// requests through the modem. The exit status is 0, also after a failure.
 #include <signal.h>
 #include <stdlib.h>
 #include <unistd.h>
 
-#include "src/capture/hob_save.h"
-#include "src/capture/panic_notice.h"
+#include "src/capture/capture.h"
 #include "src/carrier_modem/carrier_clients.h"
-#include "src/carrier_modem/startup_properties.h"
+#include "src/carrier_modem/operations.h"
 #include "src/host/base/log.h"
 #include "src/host/base/parent.h"
-#include "src/host/indications.h"
-#include "src/host/request_loop.h"
+#include "src/host/host.h"
 #include "src/vendor/vendor_client.h"
 
 namespace {
 
 constexpr uid_t kRadioUser = 1001;
-constexpr int kStatedArguments = 4;
+constexpr int kCountedArguments = 4;
 constexpr int kInvalidFd = -1;
 
-// The read descriptor, or kInvalidFd when the arguments will not do.
-int take_arguments(int argc, char** argv) {
-  // The program's own name counts here, so the fourth argument may be missing; it then is 0.
-  if (argc < kStatedArguments) {
-    LOGE("Need %d args %d", kStatedArguments, argc);
+// Returns the read descriptor, or kInvalidFd when the arguments are not valid.
+int parse_arguments(int argc, char** argv) {
+  // The count includes the program's own name, so the fourth argument may be missing; it is then 0.
+  if (argc < kCountedArguments) {
+    LOGE("Need %d args %d", kCountedArguments, argc);
     return kInvalidFd;
   }
   int read_fd = atoi(argv[1]);
   int write_fd = atoi(argv[2]);
   int unsolicited_fd = atoi(argv[3]);
-  qor_ext_instance_id = argc > kStatedArguments ? static_cast<uint32_t>(atoi(argv[4])) : 0;
+  qor_ext_instance_id = argc > kCountedArguments ? static_cast<uint32_t>(atoi(argv[4])) : 0;
   set_parent_pipes(write_fd, unsolicited_fd);
   LOGE("readfd=%d, writefd=%d, writeunsolfd=%d qor_ext_instance_id=%d", read_fd, write_fd,
        unsolicited_fd, qor_ext_instance_id);
@@ -55,7 +53,7 @@ bool open_modem_clients() {
   return true;
 }
 
-void exchange_start_up_facts() {
+void exchange_start_up_notices() {
   bool is_primary = qor_ext_instance_id == kPrimaryInstance;
   if (notify_auto_verify_sim_pin() != 0) {
     LOGE("[Warning] Failed notify the auto verify SIM PIN to BP");
@@ -72,13 +70,13 @@ void exchange_start_up_facts() {
 
 int main(int argc, char** argv) {
   LOGE("Starting qorext_client");
-  signal(SIGPIPE, SIG_IGN);  // a closed pipe is a write error like any other
+  signal(SIGPIPE, SIG_IGN);  // writing to a closed pipe is a logged error
   [[maybe_unused]] int not_checked = setuid(kRadioUser);
 
-  int read_fd = take_arguments(argc, argv);
+  int read_fd = parse_arguments(argc, argv);
   if (read_fd == kInvalidFd || !open_modem_clients()) return 0;
 
-  exchange_start_up_facts();
+  exchange_start_up_notices();
   serve_requests(read_fd);
   return 0;
 }

@@ -1,6 +1,4 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "src/host/request_loop.h"
-
 #include <errno.h>
 #include <string.h>
 #include <sys/select.h>
@@ -8,11 +6,11 @@
 
 #include "src/host/base/framing.h"
 #include "src/host/base/log.h"
-#include "src/host/dispatch.h"
+#include "src/host/host.h"
 
 namespace {
 
-// An fd_set has no room for other descriptors: they fail like a closed one.
+// A descriptor outside an fd_set would be written past its end; it fails like a closed one.
 int select_readable(int fd, fd_set* readable) {
   if (fd < 0 || fd >= FD_SETSIZE) {
     errno = EBADF;
@@ -45,7 +43,8 @@ bool wait_for_data(int fd) {
   return true;
 }
 
-// The number of bytes of the next request, 0 at the end of the pipe, or -1 after a logged failure.
+// Returns the number of bytes of the next request, 0 at the end of the pipe, or -1 after logging a
+// failure. The buffer is zeroed first: handlers follow the lengths in a request as they come.
 ssize_t read_request(int fd, uint8_t (&request)[kRequestSize]) {
   if (!wait_for_data(fd)) return -1;
   memset(request, 0, sizeof request);

@@ -1,44 +1,115 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "src/vendor/nv_access.h"
+#include "src/vendor/handlers.h"
 
 #include <string.h>
 
 #include "src/host/base/framing.h"
-#include "src/host/base/hex.h"
 #include "src/host/base/log.h"
 #include "src/host/base/parent.h"
-#include "src/vendor/nv_response.h"
 #include "src/vendor/rde_messages.h"
 #include "src/vendor/vendor_client.h"
 
 namespace {
 
-// The general requests' payload and the head of their reply's data.
-constexpr size_t kItemAddress = kCdmaPayload;
-constexpr size_t kItemAddressSize = 16;
-constexpr size_t kItemData = kItemAddress + kItemAddressSize;
-// A general read's reply data beyond the item's bytes: the address, and four zero bytes at the end.
-constexpr uint32_t kGenReadOverhead = kItemAddressSize + 4;
+constexpr bool kNotServed = false;
 
-static_assert(offsetof(ElementRequest, length) + sizeof(uint32_t) == kItemAddressSize);
-static_assert(offsetof(ElementReadResponse, length) - offsetof(ElementReadResponse, rde_id) +
-                  sizeof(uint32_t) ==
-              kItemAddressSize);
+constexpr NvResponseEntry kNvResponseTable[] = {
+  // id, bytes of the item, reply. The parent expects status 5 for the items 38 and 39, although
+  // the
+  // modem is asked for them.
+    {0x02000007, 4, handleNvResponse,  true      },
+    {0x02000017, 4, handleNvResponse,  kNotServed},
+    {0x02000019, 4, handleNvResponse,  kNotServed},
+    {0x0200000A, 6, handleSpcResponse, true      },
+    {0x0200000D, 4, handleNvResponse,  true      },
+    {0x0200000F, 4, handleNvResponse,  true      },
+};
 
-void send_general_read_reply(uint32_t id, ElementReadResponse& response) {
-  response.length = held_bytes(response);
-  Frame reply = cdma_reply(id, kStatusSuccess, response.length + kGenReadOverhead);
-  if (!reply) return;
-  memcpy(reply.at(kItemAddress), &response.rde_id, kItemAddressSize);
-  memcpy(reply.at(kItemData), response.data, response.length);
-  writeToParent(reply);
+bool is_served(uint32_t id) {
+  const NvResponseEntry* entry = find_nv_response(id);
+  return entry != nullptr && entry->is_served;
 }
 
-void answer_write(const uint8_t* request, bool failed) {
-  send_cdma_status(cdma_id(request), failed ? kStatusFailure : kStatusSuccess);
+bool codes_match(const uint8_t* request, const ElementReadResponse& response, uint32_t size) {
+  return cdma_length(request) == size && response.length == size &&
+         memcmp(request + kCdmaPayload, response.data, size) == 0;
+}
+
+// The general requests' payload and the head of their reply's data.
+struct ItemAddress {
+  uint32_t rde_id;
+  uint32_t record;
+  uint32_t offset;
+  uint32_t length;
+};
+static_assert(sizeof(ItemAddress) == 16);
+
+struct GeneralReadData {
+  ItemAddress address;
+  uint8_t data[kElementDataSize];
+  uint8_t zeros[4];  // after the last byte of the item, wherever that is
+};
+
+constexpr size_t kItemData = kCdmaPayload + sizeof(ItemAddress);
+
+// With the address of the request; the length counts in a write only, but a read sends it as well.
+ElementRequest element_of(const uint8_t* request) {
+  auto address = load<ItemAddress>(request + kCdmaPayload);
+  return {address.rde_id, address.record, address.offset, address.length, 0, {}};
+}
+
+void send_general_read_reply(uint32_t id, const ElementReadResponse& response) {
+  uint32_t length = valid_length(response);
+  GeneralReadData data = {
+      {response.rde_id,  response.record, response.offset, length},
+      {         },
+      {                }
+  };
+  memcpy(data.data, response.data, length);
+  uint32_t size = sizeof data.address + length + sizeof data.zeros;
+  send_cdma_reply(id, kStatusSuccess, &data, size);
+}
+
+void send_write_status(const uint8_t* request, bool is_done) {
+  send_cdma_status(cdma_id(request), status_of(is_done));
 }
 
 }  // namespace
+
+const NvResponseEntry* find_nv_response(uint32_t message_id) {
+  for (const NvResponseEntry& entry : kNvResponseTable) {
+    if (entry.message_id == message_id) return &entry;
+  }
+  return nullptr;
+}
+
+int handleNvResponse(const uint8_t* request, const ElementReadResponse& response,
+                     uint32_t data_size) {
+  uint32_t id = cdma_id(request);
+  LOGE("handleNvResponse for id %x, dataSize-%d, respSize-%d", id, data_size, response.length);
+
+  Frame reply = cdma_reply(id, kStatusSuccess, data_size);
+  if (!reply) return 0;
+  if (is_served(id)) {
+    memcpy(reply.at(kCdmaPayload), response.data, data_size);
+    LOGE("handleNvRsp: data is %d for msgId 0x%x", response.data[0], id);
+  } else {
+    LOGE("This should not happen");
+    store_le32(reply.at(kCdmaStatus), kStatusFailure);
+  }
+  LOGE("handleNvRsp: response hexdump for p_respHdr->msgId 0x%x...", id);
+  hexDump(reply.data(), reply.size());
+  writeToParent(reply.data(), reply.size());
+  return 0;
+}
+
+int handleSpcResponse(const uint8_t* request, const ElementReadResponse& response,
+                      uint32_t data_size) {
+  uint32_t id = cdma_id(request);
+  LOGE("handleSpcResponse for id %x, respSize-%d", id, response.length);
+  send_cdma_status(id, status_of(codes_match(request, response, data_size)));
+  return 0;
+}
 
 int nvRead(const uint8_t* request, uint32_t rde_id) {
   if (request == nullptr) return 0;
@@ -63,7 +134,7 @@ int nvWrite(const uint8_t* request, uint32_t rde_id) {
   uint32_t length = cdma_length(request);
   LOGE("NV write RdeId: %d length %d", rde_id, length);
   if (length > kElementDataSize) {
-    answer_write(request, true);
+    send_write_status(request, false);
     return 0;
   }
 
@@ -73,20 +144,19 @@ int nvWrite(const uint8_t* request, uint32_t rde_id) {
   set_data(element, request + kCdmaPayload, length);
 
   int rc = qorext_exchange(kElementWrite, element, response);
-  bool failed = rc != 0 || response.result != 0;
-  if (failed) {
+  bool has_failed = rc != 0 || response.result != 0;
+  if (has_failed) {
     LOGE("NV write Err RdeId=%d, Err=%d, resp_type=%d", rde_id, rc, response.error);
   }
-  answer_write(request, failed);
+  send_write_status(request, !has_failed);
   return 0;
 }
 
 int genNvRead(const uint8_t* request, uint32_t) {
   if (request == nullptr) return 0;
 
-  ElementRequest element = {};
+  ElementRequest element = element_of(request);
   ElementReadResponse response = {};
-  memcpy(&element, request + kItemAddress, kItemAddressSize);
 
   int rc = qorext_exchange(kElementRead, element, response);
   if (rc != 0 || response.result != 0) {
@@ -102,9 +172,8 @@ int genNvRead(const uint8_t* request, uint32_t) {
 int genNvWrite(const uint8_t* request, uint32_t) {
   if (request == nullptr) return 0;
 
-  ElementRequest element = {};
+  ElementRequest element = element_of(request);
   ElementWriteResponse response = {};
-  memcpy(&element, request + kItemAddress, kItemAddressSize);
   if (element.length > kElementDataSize) {
     LOGE("Data more than buffer size %d", element.length);
     return 0;
@@ -115,12 +184,12 @@ int genNvWrite(const uint8_t* request, uint32_t) {
   hexDump(element.data, element.length);
 
   int rc = qorext_exchange(kElementWrite, element, response);
-  bool failed = rc != 0 || response.result != 0;
-  if (failed) {
+  bool has_failed = rc != 0 || response.result != 0;
+  if (has_failed) {
     LOGE("Gen NV write error %d result %d, for element %u", rc, response.result, element.rde_id);
   } else {
     LOGE("Gen NV Write success for element %u", element.rde_id);
   }
-  answer_write(request, failed);
+  send_write_status(request, !has_failed);
   return 0;
 }

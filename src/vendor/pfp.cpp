@@ -1,9 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "src/vendor/pfp.h"
+#include "src/vendor/handlers.h"
 
 #include "src/host/base/framing.h"
 #include "src/host/base/log.h"
-#include "src/host/base/parent.h"
 #include "src/vendor/vendor_client.h"
 
 namespace {
@@ -19,12 +18,12 @@ static_assert(sizeof(PfpRequest) == 4);
 struct PfpResponse {
   uint32_t result;
   uint32_t error;
-  uint32_t not_read;
+  uint32_t unused;
 };
 static_assert(sizeof(PfpResponse) == 12);
 
 struct mypfp_ind_msg_v01 {
-  uint16_t not_read;
+  uint16_t unused;
   uint16_t rat;
   uint32_t tbl_idx;
   uint8_t table[224];
@@ -42,22 +41,18 @@ int myPfpRequest(const uint8_t* request, uint32_t) {
   int rc = qorext_exchange(kPfpMessage, message, response);
   LOGE("MyPfp: returned rc=%d result =%d", rc, response.result);
   uint32_t id = request == nullptr ? 0 : cdma_id(request);
-  send_cdma_status(id, rc == 0 ? kStatusSuccess : kStatusFailure);
+  send_cdma_status(id, status_of(rc == 0));
   return 0;
 }
 
 int pfpIndication(qmi_client_type client, unsigned int indication_id, void* buffer,
                   unsigned int length, void*) {
   mypfp_ind_msg_v01 table = {};
-  if (qmi_client_message_decode(client, QMI_IDL_INDICATION, indication_id, buffer, length, &table,
-                                sizeof table) != QMI_NO_ERR) {
+  if (decode_indication(client, indication_id, buffer, length, table) != QMI_NO_ERR) {
     LOGE("failed to decode pfp idl data");
     return 0;
   }
-  Frame frame = unsolicited_cdma(kPfpUnsolicited, sizeof table);
-  if (!frame) return 0;
-  memcpy(frame.at(kUnsolCdmaData), &table, sizeof table);
-  writeUnsolToParent(frame);
+  if (!send_unsolicited_cdma(kPfpUnsolicited, &table, sizeof table)) return 0;
   LOGE("mypfp_ind_msg_v01: rat = %d , tbl_idx = %d data_size = %d ", table.rat, table.tbl_idx,
        static_cast<int>(sizeof table));
   return 0;

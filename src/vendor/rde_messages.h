@@ -32,7 +32,7 @@ struct ElementReadResponse {
   uint32_t rde_id;
   uint32_t record;
   uint32_t offset;
-  uint32_t length;  // of the data read, as the modem tells it; may be more than there is room for
+  uint32_t length;  // of the data read, as the modem reports it; may exceed kElementDataSize
   uint32_t data_length;
   uint8_t data[kElementDataSize];
 };
@@ -53,7 +53,8 @@ inline void set_data(ElementRequest& request, const void* data, uint32_t length)
   memcpy(request.data, data, length);
 }
 
-// The modem's length is believed, but for bytes that it cannot have sent.
-inline uint32_t held_bytes(const ElementReadResponse& response) {
+// The number of data bytes that the response holds: the modem's length as it comes, but not more
+// than it can have sent.
+inline uint32_t valid_length(const ElementReadResponse& response) {
   return std::min(response.length, kElementDataSize);
 }

@@ -28,7 +28,7 @@ static_assert(sizeof(utils_req_msg_v01) == 264);
 static_assert(offsetof(utils_req_msg_v01, data) == 8);
 
 struct utils_resp_msg_v01 {
-  uint32_t not_read;
+  uint32_t unused;
   uint32_t length;
   uint8_t data[kUtilityDataSize];
 };

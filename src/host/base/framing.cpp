@@ -16,18 +16,32 @@ constexpr size_t kUnsolFormat = 0;
 constexpr size_t kUnsolHeaderSize = 4;
 constexpr size_t kUnsolHeader = 8;
 constexpr size_t kUnsolLength = 12;  // in both formats
-constexpr size_t kUnsolOverhead = 28;
 
-enum UnsolFormat : uint32_t { kCdmaFormat = 0, kGenericFormat = 1 };
+// The two header formats of an unsolicited message.
+struct UnsolForm {
+  uint32_t format;
+  uint32_t header_size;
+  size_t data_at;
+};
+constexpr UnsolForm kCdmaForm = {0, kCdmaReplySize, kUnsolCdmaData};
+constexpr UnsolForm kGenericForm = {1, kGenericHeaderSize, kUnsolGenericData};
 
-Frame unsolicited(UnsolFormat format, uint32_t header_size, uint32_t id, uint32_t data_length) {
-  Frame frame(size_t{data_length} + kUnsolOverhead);
-  if (!frame) return frame;
-  store_le32(frame.at(kUnsolFormat), format);
-  store_le32(frame.at(kUnsolHeaderSize), header_size);
+// Copies the data into its frame; false when there was no memory for the frame.
+bool fill(Frame& frame, size_t at, const void* data, uint32_t size) {
+  if (!frame) return false;
+  if (size != 0) memcpy(frame.at(at), data, size);
+  return true;
+}
+
+bool send_unsolicited(const UnsolForm& form, uint32_t id, const void* data, uint32_t size) {
+  Frame frame(size_t{size} + kUnsolOverhead);
+  if (!fill(frame, form.data_at, data, size)) return false;
+  store_le32(frame.at(kUnsolFormat), form.format);
+  store_le32(frame.at(kUnsolHeaderSize), form.header_size);
   store_le32(frame.at(kUnsolHeader), id);
-  store_le32(frame.at(kUnsolLength), data_length);
-  return frame;
+  store_le32(frame.at(kUnsolLength), size);
+  writeUnsolToParent(frame.data(), frame.size());
+  return true;
 }
 
 void store_cdma_header(uint8_t* frame, uint32_t id, uint32_t status, uint32_t data_length) {
@@ -79,26 +93,40 @@ Frame cdma_reply(uint32_t id, uint32_t status, uint32_t data_length) {
   return frame;
 }
 
-Frame generic_reply(const uint8_t* request, uint32_t data_length) {
-  Frame frame(size_t{data_length} + kGenericHeaderSize);
-  if (!frame) return frame;
+bool send_cdma_reply(uint32_t id, uint32_t status, const void* data, uint32_t size) {
+  Frame frame = cdma_reply(id, status, size);
+  if (!fill(frame, kCdmaPayload, data, size)) return false;
+  writeToParent(frame.data(), frame.size());
+  return true;
+}
+
+bool send_generic_reply(const uint8_t* request, const void* data, uint32_t size) {
+  Frame frame(size_t{size} + kGenericHeaderSize);
+  if (!fill(frame, kGenericPayload, data, size)) return false;
   memcpy(frame.at(0), request, kGenericHeaderSize);
-  store_le32(frame.at(kGenericLength), data_length);
-  return frame;
+  store_le32(frame.at(kGenericLength), size);
+  writeToParent(frame.data(), frame.size());
+  return true;
 }
 
-Frame unsolicited_cdma(uint32_t id, uint32_t data_length) {
-  return unsolicited(kCdmaFormat, kCdmaReplySize, id, data_length);
+bool send_unsolicited_cdma(uint32_t id, const void* data, uint32_t size) {
+  return send_unsolicited(kCdmaForm, id, data, size);
 }
 
-Frame unsolicited_generic(uint32_t id_bytes, uint32_t data_length) {
-  return unsolicited(kGenericFormat, kGenericHeaderSize, id_bytes, data_length);
+bool send_unsolicited_generic(uint32_t id_bytes, const void* data, uint32_t size) {
+  return send_unsolicited(kGenericForm, id_bytes, data, size);
 }
 
 void send_cdma_status(uint32_t id, uint32_t status) {
   uint8_t reply[kCdmaReplySize] = {};
   store_cdma_header(reply, id, status, 0);
   writeToParent(reply, sizeof reply);
+}
+
+uint8_t send_generic_status(const uint8_t* request, uint32_t status) {
+  auto byte = static_cast<uint8_t>(status);
+  send_generic_reply(request, &byte, sizeof byte);
+  return byte;
 }
 
 void send_generic_error(const uint8_t* request) {

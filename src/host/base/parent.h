@@ -6,10 +6,8 @@
 #include <stddef.h>
 #include <stdint.h>
 
-#include "src/host/base/frame.h"
-
 // Which instance of the program this is; 0 is the primary one. Set once by main, before any other
-// thread starts.
+// thread starts, and only read afterwards.
 extern uint32_t qor_ext_instance_id;
 constexpr uint32_t kPrimaryInstance = 0;
 
@@ -17,12 +15,7 @@ constexpr uint32_t kPrimaryInstance = 0;
 // before any other thread starts.
 void set_parent_pipes(int reply_fd, int unsolicited_fd);
 
-// Each writes one frame with one write(): 1, or 0 after logging errno. A short write is neither
-// repeated nor reported.
+// Each writes one frame with one write(), so frames of several threads never mix. Returns 1, or 0
+// after logging errno. A short write is neither repeated nor reported.
 int writeToParent(const void* buffer, size_t length);
 int writeUnsolToParent(const void* buffer, size_t length);
-
-inline int writeToParent(const Frame& frame) { return writeToParent(frame.data(), frame.size()); }
-inline int writeUnsolToParent(const Frame& frame) {
-  return writeUnsolToParent(frame.data(), frame.size());
-}

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "src/carrier/carrier_reply.h"
+#include "src/carrier/carrier_handler.h"
 
 #include "tests/unit/product/carrier_phone.h"
 

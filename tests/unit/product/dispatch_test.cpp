@@ -1,6 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "src/host/dispatch.h"
-#include "src/host/indications.h"
+#include "src/host/host.h"
 
 #include "src/carrier_modem/carrier_clients.h"
 #include "src/host/base/parent.h"

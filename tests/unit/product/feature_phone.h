@@ -5,8 +5,7 @@
 
 #include "src/carrier_modem/carrier_clients.h"
 #include "src/host/base/parent.h"
-#include "src/host/dispatch.h"
-#include "src/host/indications.h"
+#include "src/host/host.h"
 #include "src/vendor/vendor_client.h"
 #include "tests/unit/product/fake_phone.h"
 #include "tests/unit/product/requests.h"

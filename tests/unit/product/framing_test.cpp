@@ -3,7 +3,7 @@
 
 #include <future>
 
-#include "src/host/base/hex.h"
+#include "src/host/base/bytes.h"
 #include "src/host/base/parent.h"
 #include "tests/unit/product/fake_phone.h"
 #include "tests/unit/product/requests.h"
@@ -114,12 +114,17 @@ TEST_F(Framing, CdmaReplyEndsInTwoBytesMoreThanItsData) {
             "16000002 05000000 03000000 000000000000 AAAAAAAAAA 0000"_hex);
 }
 
-TEST_F(Framing, GenericReplyTurnsTheLengthLittleEndian) {
+TEST_F(Framing, GenericReplyHasItsLengthInLittleEndian) {
   Request request = Request::generic(0x5002A, from_hex("AABBCC"));
-  Frame frame = generic_reply(request.data(), 0x0102);
-  ASSERT_TRUE(frame);
-  EXPECT_EQ(frame.size(), 0x0102u + 8);
-  EXPECT_EQ(hex({frame.data(), 10}), "01 05002A 02010000 0000"_hex);
+  Bytes data(0x0102, 0xAA);
+  EXPECT_TRUE(send_generic_reply(request.data(), data.data(), 0x0102));
+  EXPECT_THAT(replies(), ElementsAre("01 05002A 02010000"_hex + hex(data)));
+}
+
+TEST_F(Framing, GenericStatusIsTheOnlyByteOfItsReply) {
+  Request request = Request::generic(0x5001E, from_hex("AABBCC"));
+  EXPECT_EQ(send_generic_status(request.data(), kStatusFailure), 5u);
+  EXPECT_THAT(replies(), ElementsAre("01 05001E 01000000 05"_hex));
 }
 
 TEST_F(Framing, GenericErrorRepeatsFourBytesOfTheRequest) {
@@ -128,27 +133,40 @@ TEST_F(Framing, GenericErrorRepeatsFourBytesOfTheRequest) {
 }
 
 TEST_F(Framing, UnsolicitedCdmaFrameHasItsDataAt26) {
-  Frame frame = unsolicited_cdma(0x0200001D, 4);
-  ASSERT_TRUE(frame);
-  memset(frame.at(kUnsolCdmaData), 0xAA, 4);
-  EXPECT_EQ(hex({frame.data(), frame.size()}),
-            "00000000 14000000 1D000002 04000000 00000000 000000000000 AAAAAAAA 0000"_hex);
+  EXPECT_TRUE(send_unsolicited_cdma(0x0200001D, Bytes(4, 0xAA).data(), 4));
+  EXPECT_THAT(unsolicited(), ElementsAre("00000000 14000000 1D000002 04000000 00000000 "
+                                         "000000000000 AAAAAAAA 0000"_hex));
 }
 
 TEST_F(Framing, UnsolicitedGenericFrameHasItsDataAt16) {
-  Frame frame = unsolicited_generic(0x04000301, 4);
-  ASSERT_TRUE(frame);
-  memset(frame.at(kUnsolGenericData), 0xAA, 4);
-  EXPECT_EQ(hex({frame.data(), frame.size()}),
-            "01000000 08000000 01030004 04000000 AAAAAAAA 000000000000000000000000"_hex);
+  EXPECT_TRUE(send_unsolicited_generic(0x04000301, Bytes(4, 0xAA).data(), 4));
+  EXPECT_THAT(unsolicited(), ElementsAre("01000000 08000000 01030004 04000000 AAAAAAAA "
+                                         "000000000000000000000000"_hex));
 }
 
-TEST_F(Framing, FrameWithoutMemoryIsFalse) {
+TEST_F(Framing, FrameWithoutDataMayHaveANullPointer) {
+  EXPECT_TRUE(send_unsolicited_generic(0x06000200, nullptr, 0));
+  EXPECT_TRUE(send_cdma_reply(0x0200001E, 0, nullptr, 0));
+  EXPECT_EQ(unsolicited().at(0).size(), 2u * 28);
+  EXPECT_EQ(replies().at(0).size(), 2u * 20);
+}
+
+TEST_F(Framing, FrameWithoutMemoryIsNotSent) {
   allocations_left = 0;
+  Bytes data(4);
   EXPECT_FALSE(cdma_reply(1, 0, 4));
-  EXPECT_FALSE(generic_reply(from_hex("0105001900000000").data(), 4));
-  EXPECT_FALSE(unsolicited_cdma(1, 4));
-  EXPECT_FALSE(unsolicited_generic(1, 4));
+  EXPECT_FALSE(send_cdma_reply(1, 0, data.data(), 4));
+  EXPECT_FALSE(send_generic_reply(from_hex("0105001900000000").data(), data.data(), 4));
+  EXPECT_FALSE(send_unsolicited_cdma(1, data.data(), 4));
+  EXPECT_FALSE(send_unsolicited_generic(1, data.data(), 4));
+  EXPECT_THAT(trace, IsEmpty());
+}
+
+TEST_F(Framing, FailedWriteStillCountsAsSent) {
+  write_errnos = {EPIPE};
+  EXPECT_TRUE(send_cdma_reply(1, 0, nullptr, 0));
+  EXPECT_TRUE(send_unsolicited_cdma(1, nullptr, 0));
+  EXPECT_THAT(logs(), ElementsAre("Write to parent failed 32", "Write to parent failed 32"));
 }
 
 TEST_F(Framing, EachPipeGetsItsFrames) {

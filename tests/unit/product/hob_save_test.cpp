@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "src/capture/hob_save.h"
+#include "src/capture/capture.h"
 
 #include <fcntl.h>
 
@@ -7,7 +7,7 @@
 #include <utility>
 
 #include "src/host/base/parent.h"
-#include "src/host/indications.h"
+#include "src/host/host.h"
 #include "src/vendor/vendor_client.h"
 #include "tests/unit/product/capture_phone.h"
 

@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "src/host/indications.h"
+#include "src/host/host.h"
 
 #include <iostream>
 
-#include "src/features/feature_indications.h"
+#include "src/features/features.h"
 #include "tests/unit/product/feature_phone.h"
 
 using testing::ElementsAre;

@@ -3,7 +3,6 @@
 #include <unistd.h>
 
 #include "src/capture/kpi_logs.h"
-#include "src/capture/vorn_directory.h"
 #include "tests/unit/product/vorn_phone.h"
 
 using testing::ElementsAreArray;

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "src/carrier_modem/lte_data.h"
+#include "src/carrier_modem/operations.h"
 
 #include "tests/unit/product/carrier_phone.h"
 

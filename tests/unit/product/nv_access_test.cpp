@@ -1,9 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "src/vendor/nv_access.h"
-#include "src/host/indications.h"
+#include "src/host/host.h"
+#include "src/vendor/handlers.h"
 
 #include "src/host/base/parent.h"
-#include "src/vendor/nv_response.h"
 #include "src/vendor/vendor_client.h"
 #include "tests/unit/product/fake_phone.h"
 #include "tests/unit/product/requests.h"

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "src/capture/panic_notice.h"
-#include "src/host/indications.h"
+#include "src/capture/capture.h"
+#include "src/host/host.h"
 
 #include <fcntl.h>
 

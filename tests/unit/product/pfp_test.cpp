@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "src/vendor/pfp.h"
+#include "src/vendor/handlers.h"
 
 #include "tests/unit/product/feature_phone.h"
 

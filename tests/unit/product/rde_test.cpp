@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "src/carrier_modem/rde.h"
-#include "src/host/indications.h"
+#include "src/carrier_modem/operations.h"
+#include "src/host/host.h"
 
 #include "src/vendor/vendor_client.h"
 #include "tests/unit/product/fake_phone.h"

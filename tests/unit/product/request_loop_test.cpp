@@ -1,6 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "src/host/request_loop.h"
-#include "src/host/indications.h"
+#include "src/host/host.h"
 
 #include <fcntl.h>
 #include <sys/select.h>

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // The generic-hook features that are one utility request each: system-information filter, radio
 // state at the end of a call, silent reboot.
-#include "src/features/feature_requests.h"
+#include "src/features/features.h"
 #include "tests/unit/product/feature_phone.h"
 
 using testing::ElementsAre;

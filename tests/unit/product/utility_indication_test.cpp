@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "src/features/feature_indications.h"
+#include "src/features/features.h"
 #include "tests/unit/product/feature_phone.h"
 
 using testing::ElementsAre;

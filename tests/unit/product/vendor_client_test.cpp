@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "src/vendor/vendor_client.h"
-#include "src/host/indications.h"
+#include "src/host/host.h"
 
 #include "tests/unit/product/fake_phone.h"
 #include "tests/unit/product/requests.h"

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "src/capture/vorn_directory.h"
+#include "src/capture/kpi_logs.h"
 
 #include "tests/unit/product/vorn_phone.h"
 

@@ -1,14 +1,15 @@
 // SPDX-License-Identifier: Apache-2.0
+// The utility indication, whose content depends on its type, and the coverage report.
 #include <cutils/properties.h>
 
 #include <algorithm>
 
-#include "src/capture/kpi_intake.h"
-#include "src/features/feature_indications.h"
+#include "src/capture/capture.h"
+#include "src/features/features.h"
 #include "src/host/base/framing.h"
 #include "src/host/base/log.h"
-#include "src/host/base/parent.h"
 #include "src/vendor/utility_messages.h"
+#include "src/vendor/vendor_client.h"
 
 namespace {
 
@@ -16,10 +17,13 @@ constexpr uint32_t kKpiPacket = 1;
 constexpr uint32_t kRfCableStatus = 7;
 constexpr uint8_t kLogUploadNotice = 0x02;
 
+constexpr uint32_t kCoverageReportSize = 32;
+constexpr uint32_t kCoverageMessage = 0x04000301;
+
 enum Content { kWholeData, kNoticeAndData, kFirstByte };
 
-// Indication types that become an unsolicited message; its type and id as they lie on the pipe,
-// read as a little-endian word.
+// An indication type that becomes an unsolicited message. `message` is its type and id as they lie
+// on the pipe, read as a little-endian word.
 struct ForwardedType {
   uint32_t type;
   uint32_t message;
@@ -43,15 +47,14 @@ const ForwardedType* find_forwarded(uint32_t type) {
 }
 
 void forward(const ForwardedType& row, const utils_ind_msg_v01& indication) {
-  uint32_t notice = row.content == kNoticeAndData ? 1 : 0;
+  uint8_t data[1 + kUtilityDataSize] = {kLogUploadNotice};
   uint32_t size = row.content == kFirstByte ? 1 : std::min(indication.length, kUtilityDataSize);
+  memcpy(data + 1, indication.data, size);
 
-  Frame frame = unsolicited_generic(row.message, notice + size);
-  if (!frame) return;
-  if (notice != 0) *frame.at(kUnsolGenericData) = kLogUploadNotice;
-  memcpy(frame.at(kUnsolGenericData + notice), indication.data, size);
-  writeUnsolToParent(frame);
-  LOGE("utils_ind_msg_v01: respsize=%d, msgLen=%d", static_cast<int>(frame.size()), size);
+  uint32_t notice = row.content == kNoticeAndData ? 1 : 0;
+  if (!send_unsolicited_generic(row.message, data + 1 - notice, notice + size)) return;
+  LOGE("utils_ind_msg_v01: respsize=%d, msgLen=%d",
+       static_cast<int>(kUnsolOverhead + notice + size), size);
 }
 
 void update_rf_status(const utils_ind_msg_v01& indication) {
@@ -65,7 +68,7 @@ void update_rf_status(const utils_ind_msg_v01& indication) {
   LOGE("updateRfStatus: ril.baseband.rfcable.status: %s", status);
 }
 
-void act_on(const utils_ind_msg_v01& indication) {
+void handle(const utils_ind_msg_v01& indication) {
   if (const ForwardedType* row = find_forwarded(indication.type)) {
     forward(*row, indication);
   } else if (indication.type == kKpiPacket) {
@@ -82,11 +85,21 @@ void act_on(const utils_ind_msg_v01& indication) {
 int utilsIndHndlr(qmi_client_type client, unsigned int indication_id, void* buffer,
                   unsigned int length, void*) {
   utils_ind_msg_v01 indication = {};
-  if (qmi_client_message_decode(client, QMI_IDL_INDICATION, indication_id, buffer, length,
-                                &indication, sizeof indication) != QMI_NO_ERR) {
+  if (decode_indication(client, indication_id, buffer, length, indication) != QMI_NO_ERR) {
     LOGE("uploadbplogs:failed to decode idl data");
     return 0;
   }
-  act_on(indication);
+  handle(indication);
+  return 0;
+}
+
+int sigcovIndHndlr(qmi_client_type client, unsigned int indication_id, void* buffer,
+                   unsigned int length, void*) {
+  uint8_t report[kCoverageReportSize] = {};
+  if (decode_indication(client, indication_id, buffer, length, report) != QMI_NO_ERR) {
+    LOGE("sigcovIndHndlr: failed to decode ind data");
+    return 0;
+  }
+  send_unsolicited_generic(kCoverageMessage, report, sizeof report);
   return 0;
 }

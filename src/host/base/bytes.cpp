@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "src/host/base/hex.h"
+#include "src/host/base/bytes.h"
 
 #include "src/host/base/log.h"
 
