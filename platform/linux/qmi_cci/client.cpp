@@ -1,8 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "platform/linux/qmi_cci/client.h"
 
-#include "platform/linux/qmi_cci/queue_bound.h"
-#include "platform/linux/qmi_cci/thread.h"
+#include "platform/linux/qmi_cci/threads.h"
 #include "platform/linux/qmi_transport/wait.h"
 
 namespace qmi_cci {
@@ -15,33 +14,36 @@ Client::Client(std::unique_ptr<qmi_transport::Channel> channel, const qmi_idl::S
     : service_(service),
       callback_(callback),
       indications_(callback.function == nullptr ? 0 : queue_bound_from_environment()),
-      connection_(std::move(channel), indication_sink()) {}
+      connection_(std::move(channel), indication_handler()) {}
 
-Connection::OnIndication Client::indication_sink() {
+Connection::OnIndication Client::indication_handler() {
   if (callback_.function == nullptr) return {};
   return [this](std::span<const uint8_t> packet) { indications_.push(packet); };
 }
 
-// The callback's thread holds the client: it may outlive a release from within the callback.
+// The callback thread holds a reference: when the callback releases its own client, the client must
+// live until the callback has returned. The reader needs none, as close() always joins it.
 void Client::start() {
   if (callback_.function == nullptr) return;
-  connection_.prepare_reading();
-  reader_ = quiet_thread([this] { connection_.read_for_all(); });
-  caller_ = quiet_thread([self = shared_from_this()] {
+  connection_.prepare_reader();
+  reader_ = start_thread([this] { connection_.run_reader(); });
+  callback_thread_ = start_thread([self = shared_from_this()] {
     self->indications_.call_back(self.get(), self->callback_.function, self->callback_.data);
   });
 }
 
+// The queue is stopped first, so that no further callback begins while the other threads end. The
+// last burst is logged when the reader, which adds to it, has ended.
 void Client::close() {
   indications_.stop();
   connection_.stop();
   if (reader_.joinable()) reader_.join();
   indications_.report_burst();
-  if (!caller_.joinable()) return;
-  if (caller_.get_id() == std::this_thread::get_id()) {
-    caller_.detach();
+  if (!callback_thread_.joinable()) return;
+  if (callback_thread_.get_id() == std::this_thread::get_id()) {
+    callback_thread_.detach();  // the callback has called qmi_client_release()
   } else {
-    caller_.join();
+    callback_thread_.join();
   }
 }
 

@@ -11,11 +11,12 @@
 namespace qmi_cci {
 
 struct Callback {
-  qmi_client_ind_cb function = nullptr;  // null: indications are dropped, no thread is needed
+  qmi_client_ind_cb function = nullptr;  // null: indications are dropped and there are no threads
   void* data = nullptr;
 };
 
-// A client of one instance of a service.
+// A client of one instance of a service. With a callback it has two threads: one reads packets
+// while no sender waits for a response, the other calls back. Any number of threads may send.
 class Client final : public Handle, public std::enable_shared_from_this<Client> {
  public:
   Client(std::unique_ptr<qmi_transport::Channel> channel, const qmi_idl::Service& service,
@@ -23,23 +24,23 @@ class Client final : public Handle, public std::enable_shared_from_this<Client> 
 
   void start() override;
   void close() override;
-  void exiting() override { indications_.report_burst(); }
+  void on_exit() override { indications_.report_burst(); }
 
   const qmi_idl::Service& service() const { return service_; }
 
-  // As qmi_client_send_msg_sync; an empty span stands for no structure.
+  // As qmi_client_send_msg_sync(). An empty span is a message without a structure.
   int send(uint32_t message_id, std::span<const uint8_t> request, std::span<uint8_t> response,
            std::chrono::milliseconds timeout);
 
  private:
-  Connection::OnIndication indication_sink();
+  Connection::OnIndication indication_handler();
 
   const qmi_idl::Service& service_;
   Callback callback_;
-  IndicationQueue indications_;
+  IndicationQueue indications_;  // before connection_, whose handler uses it
   Connection connection_;
-  std::thread reader_;
-  std::thread caller_;
+  std::thread reader_;           // joined by close()
+  std::thread callback_thread_;  // joined by close(), or detached when it runs close() itself
 };
 
 }  // namespace qmi_cci

@@ -6,8 +6,8 @@ namespace {
 
 using qmi_idl::WireType;
 
-// The transaction that a response answers, also when its length does not fit its header: its sender
-// need not wait for the timeout.
+// Accepts a response whose length contradicts its header as well: its sender then fails at once
+// instead of waiting for the timeout.
 std::optional<uint16_t> transaction_of(std::span<const uint8_t> packet) {
   if (packet.size() < 3 || packet[0] != static_cast<uint8_t>(WireType::response)) return {};
   return static_cast<uint16_t>(packet[1] | packet[2] << 8);
@@ -20,7 +20,8 @@ bool decode_response(std::span<const uint8_t> packet, const Exchange& exchange) 
                          exchange.structure);
 }
 
-void finish(Exchange& exchange, int result) {
+// Notifies under the owner's lock: the sender destroys the exchange as soon as it gets the lock.
+void complete_with(Exchange& exchange, int result) {
   exchange.result = result;
   exchange.changed.notify_one();
 }
@@ -33,7 +34,8 @@ Exchange* ExchangeTable::find(uint16_t transaction) {
   return exchange;
 }
 
-void ExchangeTable::enter(Exchange& exchange) {
+// Ids are reused as late as possible, so that a late response does not match a new exchange.
+void ExchangeTable::add(Exchange& exchange) {
   do {
     ++last_transaction_;
   } while (last_transaction_ == 0 || find(last_transaction_) != nullptr);
@@ -42,7 +44,7 @@ void ExchangeTable::enter(Exchange& exchange) {
   first_ = &exchange;
 }
 
-void ExchangeTable::leave(Exchange& exchange) {
+void ExchangeTable::remove(Exchange& exchange) {
   Exchange** link = &first_;
   while (*link != &exchange) link = &(*link)->next;
   *link = exchange.next;
@@ -57,21 +59,23 @@ Exchange* ExchangeTable::find_waiting(std::span<const uint8_t> packet) {
 void ExchangeTable::complete(std::span<const uint8_t> packet) {
   Exchange* exchange = find_waiting(packet);
   if (exchange == nullptr) return;
-  finish(*exchange, decode_response(packet, *exchange) ? QMI_NO_ERR : QMI_MALFORMED_ERR);
+  complete_with(*exchange, decode_response(packet, *exchange) ? QMI_NO_ERR : QMI_MALFORMED_ERR);
 }
 
-void ExchangeTable::refuse(std::span<const uint8_t> packet) {
+void ExchangeTable::complete_as_malformed(std::span<const uint8_t> packet) {
   Exchange* exchange = find_waiting(packet);
-  if (exchange != nullptr) finish(*exchange, QMI_MALFORMED_ERR);
+  if (exchange != nullptr) complete_with(*exchange, QMI_MALFORMED_ERR);
 }
 
 void ExchangeTable::fail_all(int result) {
   for (Exchange* exchange = first_; exchange != nullptr; exchange = exchange->next) {
-    if (!exchange->result) finish(*exchange, result);
+    if (!exchange->result) complete_with(*exchange, result);
   }
 }
 
-bool ExchangeTable::wake_reader() {
+// Skips exchanges that are complete, or whose sender is still sending and tries to claim the role
+// itself when it is done.
+bool ExchangeTable::wake_sender() {
   for (Exchange* exchange = first_; exchange != nullptr; exchange = exchange->next) {
     if (exchange->result || !exchange->can_read) continue;
     exchange->changed.notify_one();

@@ -11,38 +11,39 @@
 
 namespace qmi_cci {
 
-// One request that waits for its response. It lies on its sender's stack, so that an exchange needs
-// no memory of its own.
+// One request that waits for its response. It is on its sender's stack, so an exchange needs no
+// memory of its own. Once added to a table it is protected by the lock of the table's owner.
 struct Exchange {
   const qmi_idl::Message& expected;
-  std::span<uint8_t> structure;  // where the response goes
+  std::span<uint8_t> structure;  // receives the response
 
-  std::optional<int> result{};  // nothing: no response yet
-  bool can_read = false;        // its sender waits and may take over the reading
-  std::condition_variable changed{};
+  std::optional<int> result{};        // empty until the exchange is complete
+  bool can_read = false;              // the sender waits and may take the reading role
+  std::condition_variable changed{};  // there is a result, or the reading role is free
   uint16_t transaction = 0;
   Exchange* next = nullptr;
 };
 
-// The exchanges under way. Not locked: the caller holds its own lock around every call.
+// The exchanges under way. Not thread-safe: the owner holds its lock around every call.
 class ExchangeTable {
  public:
-  // Gives the exchange a transaction id that is not 0 and not in use.
-  void enter(Exchange& exchange);
-  void leave(Exchange& exchange);
+  // Assigns a transaction id that is neither 0 nor in use.
+  void add(Exchange& exchange);
+  void remove(Exchange& exchange);
 
-  // Decodes a response into the exchange that it belongs to; a late one belongs to none.
+  // Decodes a response into its exchange. Ignores one that no exchange waits for, such as a late
+  // one.
   void complete(std::span<const uint8_t> packet);
-  // Ends the exchange that a response belongs to, which cannot be decoded, as malformed.
-  void refuse(std::span<const uint8_t> packet);
-  // Ends all exchanges that have no result yet.
+  // Completes the exchange of a response that cannot be decoded as malformed.
+  void complete_as_malformed(std::span<const uint8_t> packet);
+  // Completes all exchanges that have no result yet.
   void fail_all(int result);
-  // Wakes one sender to take over the reading; false when none waits.
-  bool wake_reader();
+  // Wakes one waiting sender, which can take the reading role. False when none waits.
+  bool wake_sender();
 
  private:
   Exchange* find(uint16_t transaction);
-  // The exchange that waits for this response; null when none does.
+  // The exchange that waits for this response, or null.
   Exchange* find_waiting(std::span<const uint8_t> packet);
 
   Exchange* first_ = nullptr;

@@ -14,6 +14,8 @@ struct Entry {
   bool is_closing = false;
 };
 
+// The mutex protects the map alone: start() and close() run without it, because they wait for
+// threads that may look up handles themselves.
 struct Registry {
   std::mutex mutex;
   std::unordered_map<void*, Entry> entries;
@@ -21,17 +23,19 @@ struct Registry {
 
 Registry& registry();
 
-void announce_exit() {
+// Holds the mutex during on_exit(), which takes the lock of an indication queue. The order is safe:
+// no code that holds that lock takes this one.
+void report_exit() {
   std::lock_guard lock(registry().mutex);
-  for (const auto& [handle, entry] : registry().entries) entry.object->exiting();
+  for (const auto& [handle, entry] : registry().entries) entry.object->on_exit();
 }
 
 Registry* make_registry() {
-  atexit(announce_exit);
+  atexit(report_exit);
   return new Registry;
 }
 
-// Never destroyed: clients that are still open when the process exits have threads that go on.
+// Never destroyed: the threads of clients that are open when the process exits are still running.
 Registry& registry() {
   static Registry& instance = *make_registry();
   return instance;
@@ -42,7 +46,8 @@ void add(void* handle, const std::shared_ptr<Handle>& object) {
   registry().entries[handle] = {object};
 }
 
-// The object of a handle that is not being released yet; from now on it is.
+// Marks the handle as being released and returns its object. Null when another thread was first,
+// so that one of two concurrent releases closes the object.
 std::shared_ptr<Handle> begin_release(void* handle) {
   std::lock_guard lock(registry().mutex);
   auto found = registry().entries.find(handle);
@@ -51,13 +56,15 @@ std::shared_ptr<Handle> begin_release(void* handle) {
   return found->second.object;
 }
 
-void forget(void* handle) {
+void remove(void* handle) {
   std::lock_guard lock(registry().mutex);
   registry().entries.erase(handle);
 }
 
 }  // namespace
 
+// The handle is known before start(), because the first callback may run, and use it, before
+// start() has returned.
 void install(const std::shared_ptr<Handle>& object, void** out) {
   void* handle = object.get();
   add(handle, object);
@@ -75,7 +82,7 @@ bool release(void* handle) {
   auto object = begin_release(handle);
   if (object == nullptr) return false;
   object->close();
-  forget(handle);
+  remove(handle);
   return true;
 }
 

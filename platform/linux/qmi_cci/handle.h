@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
-// The objects behind the handles given to callers. A handle is only ever looked up, never followed,
-// so that a stale or foreign one is refused instead of believed; an object lives on until the calls
-// that use it have returned.
+// The objects that the callers' handles refer to. A handle is looked up and never dereferenced, so
+// a stale or unknown one is an error without undefined behaviour. An object is destroyed when the
+// last call that uses it has returned. All functions are thread-safe.
 #pragma once
 
 #include <memory>
@@ -11,24 +11,26 @@ namespace qmi_cci {
 class Handle {
  public:
   virtual ~Handle() = default;
-  // Starts the object's threads; throws when there are none to be had.
+  // Starts the object's threads. Throws std::system_error when that fails.
   virtual void start() = 0;
-  // Ends its threads and fails the calls that wait in it. Called once.
+  // Ends its threads and fails the calls that wait in it. Called once, also after a failed start().
   virtual void close() = 0;
-  // The process exits while the handle is open; the object's threads go on for the time being.
-  virtual void exiting() {}
+  // Called when the process exits while the handle is open. The object's threads are still running.
+  virtual void on_exit() {}
 };
 
-// Makes the handle known, stores it in `out` and starts the object.
+// Registers the object, stores its handle in `out` and starts it. Throws what start() throws; the
+// object is then closed and `out` is null.
 void install(const std::shared_ptr<Handle>& object, void** out);
 
-// Closes the object and then forgets the handle: until then a callback that still runs may use it.
-// False when there is no such handle or it is being released already.
+// Closes the object and then removes the handle, so that a callback that is still running can use
+// it. False when the handle is unknown or already being released.
 bool release(void* handle);
 
-// The object, or null when there is no such or it is of another kind.
+// The object of a handle, or null when the handle is unknown.
 std::shared_ptr<Handle> find_any(void* handle);
 
+// The same; null also when the object is not a Kind.
 template <typename Kind>
 std::shared_ptr<Kind> find(void* handle) {
   return std::dynamic_pointer_cast<Kind>(find_any(handle));

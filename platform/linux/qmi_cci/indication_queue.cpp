@@ -2,8 +2,13 @@
 #include "platform/linux/qmi_cci/indication_queue.h"
 
 #include <malloc.h>
+#include <stdlib.h>
 
 #include <algorithm>
+#include <charconv>
+#include <new>
+#include <string_view>
+#include <system_error>
 #include <utility>
 
 #include "platform/linux/qmi_cci/log.h"
@@ -12,28 +17,83 @@
 namespace qmi_cci {
 namespace {
 
-// The allocator keeps what is freed. Up to here it may: that much it keeps of any program.
-constexpr size_t kKeptMemory = size_t{128} << 10;
+constexpr char kVariable[] = "QOREXT_INDICATION_QUEUE";
+
+// The allocator keeps freed memory. Beyond this size it is returned to the system.
+constexpr size_t kRetainedMemory = size_t{128} << 10;
 
 constexpr char kFull[] = "the queue is full";
 constexpr char kNoMemory[] = "there is no memory";
 
+// Returns 0 when the text is not a decimal number.
+size_t parse_number(std::string_view text) {
+  size_t number = 0;
+  const char* end = text.data() + text.size();
+  auto [stop, error] = std::from_chars(text.data(), end, number);
+  return error == std::errc() && stop == end ? number : 0;
+}
+
 }  // namespace
 
+size_t queue_bound_from_environment() {
+  const char* text = getenv(kVariable);
+  if (text == nullptr) return kDefaultQueueBound;
+  size_t bound = parse_number(text);
+  if (bound >= kMinQueueBound) return bound;
+  LOGE("%s: %s is not a number of bytes from %zu on; %zu is taken", kVariable, text, kMinQueueBound,
+       kDefaultQueueBound);
+  return kDefaultQueueBound;
+}
+
+void QueuedPacket::Free::operator()(QueuedPacket* packet) const { free(packet); }
+
+QueuedPacket::Ptr QueuedPacket::copy(std::span<const uint8_t> bytes) {
+  void* memory = malloc(sizeof(QueuedPacket) + bytes.size());
+  if (memory == nullptr) return nullptr;
+  Ptr packet(new (memory) QueuedPacket(bytes.size()));
+  std::copy(bytes.begin(), bytes.end(), packet->bytes().begin());
+  return packet;
+}
+
+// The allocator stores a size_t of its own before each block.
+size_t QueuedPacket::cost() const {
+  return malloc_usable_size(const_cast<QueuedPacket*>(this)) + sizeof(size_t);
+}
+
+PacketList::~PacketList() {
+  while (!empty()) take_first();
+}
+
+void PacketList::append(QueuedPacket::Ptr packet) {
+  cost_ += packet->cost();
+  *end_ = packet.release();
+  end_ = &(*end_)->next_;
+}
+
+QueuedPacket::Ptr PacketList::take_first() {
+  QueuedPacket::Ptr packet(first_);
+  first_ = packet->next_;
+  if (first_ == nullptr) end_ = &first_;
+  cost_ -= packet->cost();
+  return packet;
+}
+
+// Runs on the thread that reads the channel. A burst is logged after the lock is released: writing
+// to the log may take long, and the callback thread needs the lock for its next packet.
 void IndicationQueue::push(std::span<const uint8_t> packet) {
   Burst ended;
   {
     std::lock_guard lock(mutex_);
-    bool is_over = has_room_again();
-    if (const char* cause = refuse(packet)) return drop(cause);
+    bool is_over = has_drained();
+    if (const char* cause = try_queue(packet)) return drop(cause);
     if (is_over) ended = std::exchange(burst_, {});
     changed_.notify_one();
   }
-  report(ended);
+  log(ended);
 }
 
-const char* IndicationQueue::refuse(std::span<const uint8_t> packet) {
-  if (burst_.cause == kFull && !has_room_again()) return kFull;
+const char* IndicationQueue::try_queue(std::span<const uint8_t> packet) {
+  if (burst_.cause == kFull && !has_drained()) return kFull;
   auto queued = QueuedPacket::copy(packet);
   if (queued == nullptr) return kNoMemory;
   if (queued->cost() > bound_ - packets_.cost()) return kFull;
@@ -55,14 +115,16 @@ QueuedPacket::Ptr IndicationQueue::pop() {
     wait_for_packet(lock);
     if (stopped_) return nullptr;
     packet = packets_.take_first();
-    if (has_room_again()) ended = std::exchange(burst_, {});
+    if (has_drained()) ended = std::exchange(burst_, {});
   }
-  report(ended);
+  log(ended);
   return packet;
 }
 
+// malloc_trim() may take long, so it runs without the lock. A packet that is queued meanwhile is
+// not missed: wait() checks the list before it sleeps.
 void IndicationQueue::wait_for_packet(Lock& lock) {
-  if (packets_.empty() && highest_cost_ > kKeptMemory) {
+  if (packets_.empty() && highest_cost_ > kRetainedMemory) {
     highest_cost_ = 0;
     lock.unlock();
     malloc_trim(0);
@@ -71,6 +133,7 @@ void IndicationQueue::wait_for_packet(Lock& lock) {
   changed_.wait(lock, [this] { return stopped_ || !packets_.empty(); });
 }
 
+// The callback runs without the lock, so it may send requests or release its client.
 void IndicationQueue::call_back(qmi_client_type client, qmi_client_ind_cb callback,
                                 void* callback_data) {
   while (auto packet = pop()) {
@@ -93,10 +156,10 @@ void IndicationQueue::report_burst() {
     std::lock_guard lock(mutex_);
     ended = std::exchange(burst_, {});
   }
-  report(ended);
+  log(ended);
 }
 
-void IndicationQueue::report(const Burst& burst) const {
+void IndicationQueue::log(const Burst& burst) const {
   if (burst.dropped == 0) return;
   LOGE("Dropped %zu indications: %s, %zu of at most %zu bytes queued", burst.dropped, burst.cause,
        burst.queued, bound_);

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// The library's own lines in the Android log.
+// The Android log, with the library's tag.
 #pragma once
 
 #include <android/log.h>

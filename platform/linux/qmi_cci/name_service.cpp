@@ -17,62 +17,80 @@ using qmi_transport::ServerAddress;
 using qmi_transport::Status;
 using std::chrono::milliseconds;
 
-constexpr milliseconds kPatience{1000};
-constexpr milliseconds kPatienceWithTheSilent{50};
+constexpr milliseconds kAnswerTimeout{1000};
+constexpr milliseconds kTimeoutOfUnresponsive{50};
+constexpr uint32_t kRecordMagic = 0x51534931;
 
-// The name services that have not answered when they were asked last. Never destroyed, because
-// threads of notifiers may outlive main.
-class SilentServices {
+// The name services whose last answer timed out. Shared by all callers and notifier threads; the
+// mutex protects the set and is never held while another lock is taken. Never destroyed, because
+// notifier threads may outlive main.
+class Unresponsive {
  public:
-  static SilentServices& instance() {
-    static SilentServices& services = *new SilentServices;
+  static Unresponsive& instance() {
+    static Unresponsive& services = *new Unresponsive;
     return services;
   }
 
-  milliseconds patience(const Endpoint& endpoint) {
+  milliseconds timeout_of(const Endpoint& endpoint) {
     std::lock_guard lock(mutex_);
-    return names_.contains(name_of(endpoint)) ? kPatienceWithTheSilent : kPatience;
+    return names_.contains(name_of(endpoint)) ? kTimeoutOfUnresponsive : kAnswerTimeout;
   }
-  void note(const Endpoint& endpoint, bool is_silent) {
+  void record(const Endpoint& endpoint, bool has_answered) {
     std::lock_guard lock(mutex_);
-    if (is_silent) {
-      names_.insert(name_of(endpoint));
-    } else {
+    if (has_answered) {
       names_.erase(name_of(endpoint));
+    } else {
+      names_.insert(name_of(endpoint));
     }
   }
 
  private:
-  // QRTR has no path, and no Unix socket is without one.
+  // The path identifies the endpoint: it is empty for QRTR only.
   static const std::string& name_of(const Endpoint& endpoint) { return endpoint.path; }
 
   std::mutex mutex_;
   std::set<std::string> names_;
 };
 
-void note(std::vector<ServerAddress>& servers, const Announcement& announcement) {
+void update(const Announcement& announcement, std::vector<ServerAddress>& servers) {
   std::erase(servers, announcement.server);
   if (announcement.kind == Announcement::Kind::appeared) servers.push_back(announcement.server);
 }
 
 }  // namespace
 
+// A name service that goes away is not recorded as unresponsive: it did not cost the caller time.
 ServerList read_list(const Endpoint& endpoint, qmi_transport::ServiceWatch& watch) {
-  auto deadline = qmi_transport::in(SilentServices::instance().patience(endpoint));
+  auto deadline = qmi_transport::in(Unresponsive::instance().timeout_of(endpoint));
   ServerList list;
   Announcement announcement{};
   while (qmi_transport::wait_for(watch.fd(), POLLIN, deadline)) {
     Status status = watch.next(announcement);
     if (status == Status::nothing) continue;
     if (status != Status::ok) return list;
-    list.is_whole = announcement.kind == Announcement::Kind::end_of_list;
-    if (list.is_whole) break;
-    note(list.servers, announcement);
+    list.is_complete = announcement.kind == Announcement::Kind::end_of_list;
+    if (list.is_complete) break;
+    update(announcement, list.servers);
   }
-  SilentServices::instance().note(endpoint, !list.is_whole);
+  Unresponsive::instance().record(endpoint, list.is_complete);
   return list;
 }
 
-void note_answer(const Endpoint& endpoint) { SilentServices::instance().note(endpoint, false); }
+void record_answer(const Endpoint& endpoint) { Unresponsive::instance().record(endpoint, true); }
+
+std::vector<ServerAddress> list_servers(const Endpoint& endpoint, const qmi_idl::Service& service) {
+  auto watch = qmi_transport::watch_service(endpoint, service.id, service.version);
+  return watch != nullptr ? read_list(endpoint, *watch).servers : std::vector<ServerAddress>{};
+}
+
+qmi_service_info to_record(const ServerAddress& server) {
+  return {{kRecordMagic, server.service, server.instance, server.node, server.port}};
+}
+
+std::optional<ServerAddress> from_record(const qmi_service_info& record) {
+  const uint32_t* fields = record.opaque;
+  if (fields[0] != kRecordMagic) return std::nullopt;
+  return ServerAddress{fields[1], fields[2], fields[3], fields[4]};
+}
 
 }  // namespace qmi_cci

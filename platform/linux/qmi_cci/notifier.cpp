@@ -4,7 +4,6 @@
 #include <time.h>
 
 #include "platform/linux/qmi_cci/name_service.h"
-#include "platform/linux/qmi_cci/thread.h"
 #include "platform/linux/qmi_transport/wait.h"
 
 namespace qmi_cci {
@@ -14,13 +13,13 @@ using qmi_transport::Announcement;
 using qmi_transport::Deadline;
 using qmi_transport::Status;
 
-// How long a modem that is not there is left alone before it is looked for again.
+// The pause between attempts to reach a name service that is not there.
 constexpr std::chrono::milliseconds kRetryPause{100};
 
 void initialise(qmi_client_os_params& signal) {
   signal.sig_set = 0;
   signal.timed_out = 0;
-  signal.clock = 1;
+  signal.clock = 1;  // CLOCK_MONOTONIC, as set for `cond` below
   pthread_condattr_t attributes;
   pthread_condattr_init(&attributes);
   pthread_condattr_setclock(&attributes, CLOCK_MONOTONIC);
@@ -37,10 +36,12 @@ Notifier::Notifier(qmi_transport::Endpoint endpoint, const qmi_idl::Service& ser
   initialise(signal_);
 }
 
+// Reads the list of present instances before the thread starts, so that the thread sees new ones
+// only.
 void Notifier::start() {
   begin_watch();
   if (watch_ != nullptr) read_list(endpoint_, *watch_);
-  watcher_ = quiet_thread([this] { watch_for_ever(); });
+  watcher_ = start_thread([this] { run(); });
 }
 
 void Notifier::close() {
@@ -52,8 +53,9 @@ void Notifier::begin_watch() {
   watch_ = qmi_transport::watch_service(endpoint_, service_.id, service_.version);
 }
 
-// A name service that is new, or has come back, has only instances that have come up meanwhile.
-void Notifier::watch_for_ever() {
+// A lookup after the first one does not skip the list: all instances of a name service that has
+// come back have come up since the last one was lost.
+void Notifier::run() {
   for (;;) {
     if (watch_ != nullptr) follow(*watch_);
     watch_.reset();
@@ -69,10 +71,11 @@ void Notifier::follow(qmi_transport::ServiceWatch& watch) {
     if (status == Status::gone || status == Status::failed) return;
     if (status != Status::ok) continue;
     if (announcement.kind == Announcement::Kind::appeared) raise();
-    if (announcement.kind == Announcement::Kind::end_of_list) note_answer(endpoint_);
+    if (announcement.kind == Announcement::Kind::end_of_list) record_answer(endpoint_);
   }
 }
 
+// The flag is set under the mutex, or a caller that has just read it as 0 would miss the wakeup.
 void Notifier::raise() {
   pthread_mutex_lock(&signal_.mutex);
   signal_.sig_set = 1;

@@ -5,23 +5,23 @@
 #include <thread>
 
 #include "platform/linux/qmi_cci/handle.h"
-#include "platform/linux/qmi_cci/stop_event.h"
+#include "platform/linux/qmi_cci/threads.h"
 #include "platform/linux/qmi_idl/descriptor.h"
 #include "platform/linux/qmi_transport/transport.h"
 #include "qmi_client.h"
 
 namespace qmi_cci {
 
-// Raises the caller's signal for every instance of a service that comes up after start() has
-// returned, or while it runs. Those that were up before are for the service list. An instance that
-// comes up after the start is either listed or signalled, or both: the name service has answered
-// the notifier's look-up before any list is asked for.
+// Raises the caller's signal for every instance of a service that comes up during or after start().
+// Instances that were up before are in the service list. An instance that comes up after start()
+// has returned is listed, signalled, or both: the name service has answered the notifier's lookup
+// before a list is requested.
 //
-// Of a name service that is not there, or does not answer in time, nothing is known: all that it
-// announces later has come up.
+// When the name service is not there or does not answer in time, all instances that it announces
+// later count as new.
 class Notifier final : public Handle {
  public:
-  // Initialises all members of `signal`, which the caller keeps until the notifier is released.
+  // Initialises all members of `signal`, which must outlive the notifier.
   Notifier(qmi_transport::Endpoint endpoint, const qmi_idl::Service& service,
            qmi_client_os_params& signal);
 
@@ -31,16 +31,18 @@ class Notifier final : public Handle {
 
  private:
   void begin_watch();
-  void watch_for_ever();
+  // The thread's main function: returns after close().
+  void run();
   // Returns when the name service has gone away or the notifier is closed.
   void follow(qmi_transport::ServiceWatch& watch);
   void raise();
 
   qmi_transport::Endpoint endpoint_;
   const qmi_idl::Service& service_;
-  qmi_client_os_params& signal_;
+  qmi_client_os_params& signal_;  // sig_set is protected by the signal's own mutex
   StopEvent stop_;
-  std::unique_ptr<qmi_transport::ServiceWatch> watch_;  // the thread's, once that runs
+  // Not locked: used by start() before the thread exists, and then by the thread alone.
+  std::unique_ptr<qmi_transport::ServiceWatch> watch_;
   std::thread watcher_;
 };
 

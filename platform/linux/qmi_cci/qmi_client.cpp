@@ -1,19 +1,19 @@
 // SPDX-License-Identifier: Apache-2.0
-// The exported functions: they check what the caller gives and let no exception out.
+// The exported functions: they check the arguments and convert exceptions to result codes.
 #include "qmi_client.h"
 
 #include <algorithm>
 
 #include "platform/linux/qmi_cci/client.h"
+#include "platform/linux/qmi_cci/name_service.h"
 #include "platform/linux/qmi_cci/notifier.h"
-#include "platform/linux/qmi_cci/service_list.h"
 
 using namespace qmi_cci;
 
 namespace {
 
 template <typename Work>
-int guarded(Work work) noexcept {
+int catch_all(Work work) noexcept {
   try {
     return work();
   } catch (...) {
@@ -42,6 +42,7 @@ std::optional<qmi_idl::Direction> direction_of(qmi_idl_type_of_message_type type
   return std::nullopt;
 }
 
+// Returns the number of records stored, at most `room`.
 unsigned int fill(qmi_service_info* list, unsigned int room,
                   const std::vector<qmi_transport::ServerAddress>& servers) {
   auto count = std::min<size_t>(room, servers.size());
@@ -55,7 +56,7 @@ int qmi_client_notifier_init(qmi_idl_service_object_type service, qmi_client_os_
                              qmi_client_type* notifier) {
   if (service == nullptr || signal == nullptr || notifier == nullptr) return QMI_INVALID_PARAM_ERR;
   *notifier = nullptr;
-  return guarded([&]() -> int {
+  return catch_all([&]() -> int {
     auto endpoint = qmi_transport::endpoint_from_environment();
     if (!endpoint) return QMI_TRANSPORT_ERR;
     install(std::make_shared<Notifier>(*endpoint, qmi_idl::service_of(service), *signal), notifier);
@@ -68,7 +69,7 @@ int qmi_client_get_service_list(qmi_idl_service_object_type service, qmi_service
   if (service == nullptr || services == nullptr) return QMI_INVALID_PARAM_ERR;
   if (list != nullptr && entries == nullptr) return QMI_INVALID_PARAM_ERR;
   *services = 0;
-  return guarded([&]() -> int {
+  return catch_all([&]() -> int {
     auto endpoint = qmi_transport::endpoint_from_environment();
     if (!endpoint) return QMI_TRANSPORT_ERR;
     auto servers = list_servers(*endpoint, qmi_idl::service_of(service));
@@ -83,7 +84,7 @@ int qmi_client_init(qmi_service_info* info, qmi_idl_service_object_type service,
                     qmi_client_type* client) {
   if (info == nullptr || service == nullptr || client == nullptr) return QMI_INVALID_PARAM_ERR;
   *client = nullptr;
-  return guarded([&]() -> int {
+  return catch_all([&]() -> int {
     const qmi_idl::Service& description = qmi_idl::service_of(service);
     auto server = from_record(*info);
     if (!server || server->service != description.id) return QMI_INVALID_PARAM_ERR;
@@ -98,7 +99,7 @@ int qmi_client_init(qmi_service_info* info, qmi_idl_service_object_type service,
 }
 
 int qmi_client_release(qmi_client_type client) {
-  return guarded([&]() -> int { return release(client) ? QMI_NO_ERR : QMI_INVALID_PARAM_ERR; });
+  return catch_all([&]() -> int { return release(client) ? QMI_NO_ERR : QMI_INVALID_PARAM_ERR; });
 }
 
 int qmi_client_send_msg_sync(qmi_client_type client, unsigned int message_id, void* request,
@@ -107,7 +108,7 @@ int qmi_client_send_msg_sync(qmi_client_type client, unsigned int message_id, vo
   if (!fits(request, request_length) || !fits(response, response_length)) {
     return QMI_INVALID_PARAM_ERR;
   }
-  return guarded([&]() -> int {
+  return catch_all([&]() -> int {
     auto sender = find<Client>(client);
     if (sender == nullptr) return QMI_INVALID_PARAM_ERR;
     return sender->send(message_id, bytes(const_cast<const void*>(request), request_length),
@@ -119,7 +120,7 @@ int qmi_client_message_decode(qmi_client_type client, qmi_idl_type_of_message_ty
                               unsigned int message_id, const void* buffer, unsigned int length,
                               void* decoded, unsigned int decoded_length) {
   if (!fits(buffer, length) || !fits(decoded, decoded_length)) return QMI_INVALID_PARAM_ERR;
-  return guarded([&]() -> int {
+  return catch_all([&]() -> int {
     auto decoder = find<Client>(client);
     auto direction = direction_of(type);
     if (decoder == nullptr || !direction) return QMI_INVALID_PARAM_ERR;
