@@ -38,7 +38,7 @@ set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "OEM-hook service of a handset, its tool a
 set(CPACK_PACKAGE_DESCRIPTION
 "qorextctl drives qorext_client as a phone's radio interface daemon does: it
 sends requests by name, decodes replies, unsolicited messages and logs, and
-records and replays sessions. qorext_modem stands for the modem.")
+records and replays sessions. qorext_modem emulates the modem.")
 set(CPACK_PACKAGING_INSTALL_PREFIX /usr)
 set(CPACK_PACKAGE_DIRECTORY ${PROJECT_BINARY_DIR}/package)
 set(CPACK_STRIP_FILES ON)
