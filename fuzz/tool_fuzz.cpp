@@ -18,7 +18,7 @@
 #include "tools/qorextctl/replay/replay_script.h"
 #include "tools/qorextctl/session/exchange.h"
 #include "tools/qorextctl/session/session.h"
-#include "tools/qorextctl/trace/timeline.h"
+#include "tools/qorextctl/trace/trace.h"
 
 namespace {
 

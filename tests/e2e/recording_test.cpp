@@ -394,7 +394,7 @@ TEST_F(Recordings, OfABrokenFileAreRefusedInOneLine) {
     EXPECT_EQ(result.status, 2);
     EXPECT_EQ(result.output, "");
     EXPECT_THAT(lines_of(result.errors),
-                ElementsAre(EndsWith("recording: line 1: version 9 is not known, only 1")));
+                ElementsAre(EndsWith("recording: line 1: version 9 is not supported, expected 1")));
   }
 }
 

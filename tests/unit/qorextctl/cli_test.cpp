@@ -137,7 +137,7 @@ TEST_F(CommandLine, AReplayIsItsOwnModem) {
       << R"({"type":"recording","version":1,"started":"","instance":0,"masked":false})" << '\n';
   EXPECT_EQ(run_words({"replay", path.c_str()}), 2);
   EXPECT_EQ(err_.str(),
-            "qorextctl: replay: --modem is not for replays, the recording is the modem\n");
+            "qorextctl: replay: --modem is not allowed, the recording is the modem\n");
 }
 
 TEST_F(CommandLine, WrongUsageIsOneLineAndStatus2) {

@@ -4,13 +4,12 @@
 #include <gmock/gmock.h>
 #include <unistd.h>
 
-#include <cmath>
 #include <filesystem>
 #include <fstream>
+#include <thread>
 
 #include "tests/unit/qorextctl/fake_setup.h"
 #include "tools/qorextctl/load/load_report.h"
-#include "tools/qorextctl/load/progress.h"
 
 namespace qorextctl {
 namespace {
@@ -24,7 +23,7 @@ std::vector<std::string> names_of(const Mix& mix, uint32_t seed, size_t count) {
   return names;
 }
 
-TEST(Mix, WeightsSayHowOftenEachComes) {
+TEST(Mix, SendsRequestsByWeight) {
   auto mix = Mix::parse("nv-read:3,get-nam");
   ASSERT_TRUE(mix) << mix.error().message;
   auto names = names_of(*mix, 1, 4000);
@@ -32,13 +31,13 @@ TEST(Mix, WeightsSayHowOftenEachComes) {
   EXPECT_NEAR(static_cast<double>(reads), 3000, 150);
 }
 
-TEST(Mix, TheSameSeedGivesTheSameRequests) {
+TEST(Mix, RepeatsTheRequestsOfASeed) {
   auto mix = Mix::parse("nv-read:3,get-nam:1,unknown:2");
   EXPECT_EQ(names_of(*mix, 7, 100), names_of(*mix, 7, 100));
   EXPECT_NE(names_of(*mix, 7, 100), names_of(*mix, 8, 100));
 }
 
-TEST(Mix, NeededArgumentsAreThoseThatCompletionOffers) {
+TEST(Mix, TakesRequiredArgumentsFromCompletion) {
   auto mix = Mix::parse("set-ddtm");
   ASSERT_TRUE(mix) << mix.error().message;
   EXPECT_EQ(to_hex(mix->entries()[0].bytes),
@@ -46,20 +45,22 @@ TEST(Mix, NeededArgumentsAreThoseThatCompletionOffers) {
             "01");
 }
 
-TEST(Mix, AnUnknownRequestIsExpectedToFail) {
+TEST(Mix, ExpectsAnUnknownRequestToFail) {
   auto mix = Mix::parse("unknown");
   ASSERT_TRUE(mix) << mix.error().message;
   EXPECT_TRUE(mix->entries()[0].wants_failure);
   EXPECT_EQ(mix->entries()[0].name, "unknown");
 }
 
-TEST(Mix, WhatIsWrongIsTold) {
-  EXPECT_EQ(Mix::parse("get-nam:0").error().message, "'0' is no weight from 1 to 1000000");
-  EXPECT_EQ(Mix::parse("get-nam:x").error().message, "'x' is no weight from 1 to 1000000");
+TEST(Mix, ReportsErrors) {
+  EXPECT_EQ(Mix::parse("get-nam:0").error().message,
+            "weight '0': expected a number (1 to 1000000)");
+  EXPECT_EQ(Mix::parse("get-nam:x").error().message,
+            "weight 'x': expected a number (1 to 1000000)");
   EXPECT_THAT(Mix::parse("get-nma").error().message, HasSubstr("did you mean 'get-nam'?"));
   EXPECT_THAT(Mix::parse("set-bsr-timer").error().message,
               HasSubstr("timer (timer value) is missing"));
-  EXPECT_THAT(Mix::parse("").error().message, HasSubstr("--mix: give requests"));
+  EXPECT_THAT(Mix::parse("").error().message, HasSubstr("--mix: expected requests"));
 }
 
 class MixFile : public testing::Test {
@@ -74,7 +75,7 @@ class MixFile : public testing::Test {
   std::string path_ = "/tmp/mix_" + std::to_string(getpid());
 };
 
-TEST_F(MixFile, LinesAreAWeightAndASessionsLine) {
+TEST_F(MixFile, HasAWeightAndASessionLinePerLine) {
   auto mix = read("# a comment\n\n3 nv-read rde-id=28\n1 expect-failure raw 14000002 00000000\n");
   ASSERT_TRUE(mix) << mix.error().message;
   ASSERT_EQ(mix->entries().size(), 2U);
@@ -85,19 +86,19 @@ TEST_F(MixFile, LinesAreAWeightAndASessionsLine) {
   EXPECT_TRUE(mix->entries()[1].wants_failure);
 }
 
-TEST_F(MixFile, ErrorsNameFileAndLine) {
+TEST_F(MixFile, ReportsErrorsWithFileAndLine) {
   EXPECT_EQ(read("1 get-nam\nnv-read\n").error().message,
-            path_ + ":2: 'nv-read' is no weight from 1 to 1000000");
+            path_ + ":2: weight 'nv-read': expected a number (1 to 1000000)");
   EXPECT_THAT(read("1 frob\n").error().message, HasSubstr(path_ + ":1: unknown request 'frob'"));
   EXPECT_EQ(read("1 'get-nam\n").error().message, path_ + ":1: a quote is not closed");
   EXPECT_EQ(read("1 get-nam\n1 " + std::string(1 << 20, 'x') + "\n").error().message,
             path_ + ":2: is longer than 1048576 bytes");
   EXPECT_THAT(read("1\n").error().message, HasSubstr(":1: no request given"));
-  EXPECT_EQ(read("").error().message, path_ + ": holds no request");
+  EXPECT_EQ(read("").error().message, path_ + ": contains no request");
   EXPECT_EQ(Mix::read("/nowhere").error().message, "cannot read '/nowhere'");
 }
 
-TEST(Quantiles, AreValuesThatHaveCome) {
+TEST(Quantiles, AreAmongTheValues) {
   std::vector<float> values;
   for (int i = 100; i >= 1; --i) values.push_back(static_cast<float>(i));
   Quantiles times = quantiles_of(values);
@@ -112,14 +113,14 @@ TEST(Quantiles, AreValuesThatHaveCome) {
 
 LoadReport report() {
   LoadReport made;
-  made.add("b", {0.05F, 0.04F, false});
-  made.add("b", {0.2F, 0.1F, false});
-  made.add("a", {1.5F, 1.0F, true});
+  made.add("b", {0.05, 0.04}, false);
+  made.add("b", {0.2, 0.1}, false);
+  made.add("a", {1.5, 1.0}, true);
   made.set_seconds(2);
   return made;
 }
 
-TEST(LoadReport, IsATableAndAHistogram) {
+TEST(LoadReport, HasATableAndAHistogram) {
   EXPECT_EQ(report().text(),
             "request                   count  failed       min       p50       p90       p99       "
             "max  ms\n"
@@ -136,7 +137,7 @@ TEST(LoadReport, IsATableAndAHistogram) {
             "  up to      2.000 ms         1 ########################################\n");
 }
 
-TEST(LoadReport, IsAnObjectANameAndOneOfTheWhole) {
+TEST(LoadReport, HasAnObjectPerNameAndATotal) {
   auto objects = report().objects();
   ASSERT_EQ(objects.size(), 3U);
   EXPECT_EQ(objects[1].dump(),
@@ -150,7 +151,28 @@ TEST(LoadReport, IsAnObjectANameAndOneOfTheWhole) {
   EXPECT_EQ(objects[2]["histogram"].size(), 6U);
 }
 
-TEST(Progress, TellsHowFarItIs) {
+TEST(Exchanges, AreDueAtTheirRateAlsoAfterALateOne) {
+  std::vector<double> latencies;
+  double seconds = run_exchanges(
+      3, 1000, [](size_t, Deadline::Clock::time_point) { return true; },
+      [&] {
+        if (latencies.empty()) std::this_thread::sleep_for(std::chrono::milliseconds(20));
+      },
+      [&](const Timing& timing) { latencies.push_back(timing.latency); });
+  ASSERT_EQ(latencies.size(), 3U);
+  EXPECT_GE(latencies[2], 20 - 2);
+  EXPECT_GE(seconds, 0.02);
+}
+
+TEST(Exchanges, EndWhenTheWaitReturnsFalse) {
+  size_t done = 0;
+  run_exchanges(
+      10, 0, [](size_t number, Deadline::Clock::time_point) { return number < 4; }, [] {},
+      [&](const Timing&) { ++done; });
+  EXPECT_EQ(done, 4U);
+}
+
+TEST(Progress, ShowsCountsRateAndTimeLeft) {
   EXPECT_EQ(progress_text(0, 10, 0), "[..............................] 0/10");
   EXPECT_EQ(progress_text(5, 10, 2), "[###############...............] 5/10, 2 a second, 2 s left");
   EXPECT_EQ(progress_text(10, 10, 4),
@@ -180,24 +202,24 @@ class LoadOn : public WithFakeDaemon {
   Options options_;
 };
 
-TEST_F(LoadOn, ADaemonThatAnswersIsASuccess) {
+TEST_F(LoadOn, ADaemonThatRepliesIsASuccess) {
   EXPECT_EQ(run("answer"), Outcome::success);
   EXPECT_THAT(out_.str(), HasSubstr("set-ddtm                     20       0"));
   EXPECT_THAT(out_.str(), Not(HasSubstr("set-ddtm (0x020000B8)")));
   EXPECT_EQ(err_.str(), "");
 }
 
-TEST_F(LoadOn, RefusalsAreCounted) {
+TEST_F(LoadOn, RefusalsCountAsFailed) {
   EXPECT_EQ(run("refuse"), Outcome::refused);
   EXPECT_THAT(out_.str(), HasSubstr("set-ddtm                     20      20"));
 }
 
-TEST_F(LoadOn, SilenceEndsTheRun) {
+TEST_F(LoadOn, AMissingReplyEndsTheRun) {
   EXPECT_EQ(run("silent"), Outcome::transport);
   EXPECT_EQ(out_.str(), "");
 }
 
-TEST_F(LoadOn, TheDaemonsEndEndsTheRun) {
+TEST_F(LoadOn, TheExitOfTheDaemonEndsTheRun) {
   EXPECT_EQ(run("end"), Outcome::transport);
   EXPECT_EQ(out_.str(), "");
   EXPECT_THAT(err_.str(), HasSubstr("the daemon ended with exit status 3"));

@@ -1,10 +1,14 @@
 // SPDX-License-Identifier: Apache-2.0
-// QMI messages as they go between the daemon and the modem.
+// QMI messages between the daemon and the modem.
 #pragma once
 
 #include "tests/unit/qorextctl/frame_samples.h"
 
 namespace qorextctl {
+
+// NV items: the second one is personal.
+constexpr uint32_t kMobPRev = 28;
+constexpr uint32_t kMin1 = 25;
 
 constexpr uint8_t kQmiRequest = 0;
 constexpr uint8_t kQmiResponse = 2;
@@ -54,7 +58,7 @@ inline Bytes read_response(uint16_t transaction, uint32_t item, const Bytes& dat
   return qmi(kQmiResponse, transaction, 0x08, tlvs);
 }
 
-// The two codes follow one another.
+// The two codes are consecutive.
 inline Bytes write_spc_request(uint16_t transaction, const std::string& current,
                                const std::string& next) {
   Bytes tlvs;

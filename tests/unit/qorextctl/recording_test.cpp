@@ -2,7 +2,6 @@
 #include "tools/qorextctl/recording/recording.h"
 
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 #include <unistd.h>
 
 #include <filesystem>
@@ -25,7 +24,7 @@ class ARecording : public testing::Test {
  protected:
   ~ARecording() override { std::filesystem::remove(path_); }
 
-  // What is wrong with a file of this text.
+  // The error of a file with this text, without the path.
   std::string error_of(const std::string& text) {
     std::ofstream(path_) << text;
     auto recording = read_recording(path_);
@@ -34,7 +33,6 @@ class ARecording : public testing::Test {
     return recording.error().message.substr(
         std::min(path_.size(), recording.error().message.size()));
   }
-  std::string error_of_line(const std::string& line) { return error_of(kHeadLine + line + "\n"); }
 
   Result<Recording> written_and_read(const Recording& recording) {
     std::ofstream file(path_);
@@ -48,7 +46,7 @@ class ARecording : public testing::Test {
     return text.str();
   }
 
-  // One of everything; the requests, replies and messages are full of personal data.
+  // One event of each kind; requests, replies and messages carry personal data.
   static Recording everything(bool masked) {
     Recording recording{3, masked, "2026-11-21T10:00:00Z"};
     Bytes request = from_hex("0A000002 06000000 00000000 323436383130 323436383130");
@@ -87,7 +85,7 @@ TEST_F(ARecording, IsReadAsItWasWritten) {
   EXPECT_EQ(text_of(*read), text_of(everything(false)));
 }
 
-TEST_F(ARecording, HoldsNoPersonalDataWhenItIsMasked) {
+TEST_F(ARecording, ContainsNoPersonalDataWhenMasked) {
   std::string text = text_of(everything(true));
   for (const char* personal : {"246810", "323436383130", "1234", "9135550142", "3131313131"}) {
     EXPECT_THAT(text, Not(HasSubstr(personal)));
@@ -97,7 +95,7 @@ TEST_F(ARecording, HoldsNoPersonalDataWhenItIsMasked) {
   EXPECT_THAT(text, HasSubstr("mdn_number ***"));
 }
 
-TEST_F(ARecording, TellsWhereItIsMaskedAndShowsWhatItShowed) {
+TEST_F(ARecording, HasAFirstMaskedEventAndShowsTheSameText) {
   auto read = written_and_read(everything(true));
   ASSERT_TRUE(read) << read.error().message;
   ASSERT_NE(first_masked(*read), nullptr);
@@ -105,7 +103,7 @@ TEST_F(ARecording, TellsWhereItIsMaskedAndShowsWhatItShowed) {
   EXPECT_EQ(text_of(*read), text_of(everything(true)));
 }
 
-TEST_F(ARecording, KeepsTheDefaultMaskWhenItIsShownAgain) {
+TEST_F(ARecording, IsMaskedByDefaultWhenShown) {
   auto read = written_and_read(everything(false));
   ASSERT_TRUE(read);
   EventText text(false);
@@ -115,49 +113,52 @@ TEST_F(ARecording, KeepsTheDefaultMaskWhenItIsShownAgain) {
   EXPECT_THAT(shown, Not(HasSubstr("1234")));
 }
 
-TEST_F(ARecording, IsRefusedWithTheLineThatIsWrong) {
-  EXPECT_EQ(error_of(""), ": is no recording, it is empty");
-  EXPECT_EQ(error_of("no json\n"), ": line 1: is no JSON object");
-  EXPECT_EQ(error_of(R"({"type":"log","time":0,"line":""})"),
-            ": line 1: is not the head of a recording");
-  EXPECT_EQ(error_of_line("[]"), ": line 2: is no JSON object");
-  EXPECT_EQ(error_of_line(R"({"type":"frame","time":1,"kind":"reply","hex":"**","fields":)" +
-                          std::string(200'000, '[') + std::string(200'000, ']') + "}"),
-            ": line 2: is nested deeper than 64 levels");
-  EXPECT_EQ(error_of_line(std::string(2'000'000, ' ')), ": line 2: is longer than 1048576 bytes");
-  EXPECT_EQ(error_of_line(R"({"type":"log","line":"x"})"), ": line 2: has no 'time'");
-  EXPECT_EQ(error_of_line(R"({"type":"log","time":-1,"line":"x"})"),
-            ": line 2: 'time' is no number from 0");
-  EXPECT_EQ(error_of_line(R"({"type":"log","time":0,"line":7})"), ": line 2: 'line' is no text");
-  EXPECT_EQ(error_of_line(R"({"type":"tape","time":0})"), ": line 2: there is no type 'tape'");
-  EXPECT_EQ(error_of_line(R"({"type":"frame","time":0,"kind":"letter","hex":"00"})"),
-            ": line 2: there is no kind of frame 'letter'");
-  EXPECT_EQ(error_of_line(R"({"type":"frame","time":0,"kind":"reply","hex":"0"})"),
-            ": line 2: 'hex' is no hex (pairs of digits)");
-  EXPECT_EQ(error_of_line(R"({"type":"message","time":0,"service":"wds","client":1,"hex":"00"})"),
-            ": line 2: there is no service 'wds'");
-  EXPECT_EQ(error_of_line(R"({"type":"message","time":0,"service":"nas","client":1,"hex":"00"})"),
-            ": line 2: 'hex' is no QMI message");
-  EXPECT_EQ(error_of_line(R"({"type":"service","time":0,"name":"nas","up":1})"),
-            ": line 2: 'up' is neither true nor false");
-  EXPECT_EQ(error_of_line(R"({"type":"exit","time":0,"status":70000,"signal":0})"),
-            ": line 2: 'status' is too large");
+TEST_F(ARecording, IsRejectedWithTheNumberOfTheFaultyLine) {
+  std::string other_version = kHeadLine;
+  other_version.replace(other_version.find("\"version\":1"), 11, "\"version\":2");
+  const char* later = R"({"type":"log","time":5,"line":""})";
+  const char* earlier = R"({"type":"log","time":4,"line":""})";
+  const std::pair<std::string, std::string> kFiles[] = {
+      {"", "is empty, expected a recording"},
+      {"no json\n", "line 1: is not a JSON object"},
+      {later, "line 1: is not the head of a recording"},
+      {other_version, "line 1: version 2 is not supported, expected 1"},
+      {kHeadLine + (later + ("\n" + std::string(earlier))),
+       "line 3: is earlier than the line before"},
+  };
+  for (const auto& [text, error] : kFiles) EXPECT_EQ(error_of(text), ": " + error);
 }
 
-TEST_F(ARecording, IsRefusedWhenItsTimesGoBack) {
-  EXPECT_EQ(error_of_line(R"({"type":"log","time":5,"line":""})"
-                          "\n"
-                          R"({"type":"log","time":4,"line":""})"),
-            ": line 3: is earlier than the line before");
+TEST_F(ARecording, IsRejectedWithTheFaultOfAnEvent) {
+  std::string deep = std::string(200'000, '[') + std::string(200'000, ']');
+  const std::pair<std::string, const char*> kEvents[] = {
+      {"[]", "is not a JSON object"},
+      {std::string(2'000'000, ' '), "is longer than 1048576 bytes"},
+      {R"({"type":"frame","time":1,"kind":"reply","hex":"**","fields":)" + deep + "}",
+       "is nested deeper than 64 levels"},
+      {R"({"type":"log","line":"x"})", "'time' is missing"},
+      {R"({"type":"log","time":-1,"line":"x"})",
+       "'time': -1 is out of range (0 to 9223372036854775807)"},
+      {R"({"type":"log","time":"now","line":"x"})", "'time': expected a number"},
+      {R"({"type":"log","time":0,"line":7})", "'line': expected a string"},
+      {R"({"type":"tape","time":0})", "unknown type 'tape'"},
+      {R"({"type":"frame","time":0,"kind":"letter","hex":"00"})", "unknown kind of frame 'letter'"},
+      {R"({"type":"frame","time":0,"kind":"reply","hex":"0"})",
+       "'hex': expected pairs of hexadecimal digits"},
+      {R"({"type":"message","time":0,"service":"wds","client":1,"hex":"00"})",
+       "unknown service 'wds'"},
+      {R"({"type":"message","time":0,"service":"nas","client":1,"hex":"00"})",
+       "'hex' is not a QMI message"},
+      {R"({"type":"service","time":0,"name":"nas","up":1})", "'up': expected true or false"},
+      {R"({"type":"exit","time":0,"status":70000,"signal":0})",
+       "'status': 70000 is out of range (0 to 65535)"},
+  };
+  for (const auto& [event, error] : kEvents) {
+    EXPECT_EQ(error_of(kHeadLine + event + "\n"), std::string(": line 2: ") + error);
+  }
 }
 
-TEST_F(ARecording, OfAnotherVersionIsRefused) {
-  std::string head = kHeadLine;
-  head.replace(head.find("\"version\":1"), 11, "\"version\":2");
-  EXPECT_EQ(error_of(head), ": line 1: version 2 is not known, only 1");
-}
-
-TEST_F(ARecording, ThatIsNotThereIsRefused) {
+TEST_F(ARecording, ThatDoesNotExistIsRejected) {
   auto recording = read_recording("/nonexistent/recording");
   ASSERT_FALSE(recording);
   EXPECT_EQ(recording.error().message, "cannot read '/nonexistent/recording'");

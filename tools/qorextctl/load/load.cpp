@@ -7,8 +7,8 @@
 #include <thread>
 
 #include "tools/qorextctl/frames/arguments.h"
+#include "tools/qorextctl/load/engine.h"
 #include "tools/qorextctl/load/load_report.h"
-#include "tools/qorextctl/load/progress.h"
 
 namespace qorextctl {
 
@@ -16,16 +16,8 @@ namespace {
 
 using Clock = Deadline::Clock;
 
-// Answered by the daemon itself, with a refusal.
+// The daemon itself refuses it.
 const std::vector<std::string> kHarmless = {"obsolete-bb"};
-
-float milliseconds(Clock::duration time) {
-  return std::chrono::duration<float, std::milli>(time).count();
-}
-
-double seconds_since(Clock::time_point start) {
-  return std::chrono::duration<double>(Clock::now() - start).count();
-}
 
 class Load {
  public:
@@ -46,7 +38,7 @@ class Load {
   Load(const Load&) = delete;
   Load& operator=(const Load&) = delete;
 
-  // The daemon answers when it has found the modem: its start is no request's latency.
+  // The daemon replies once it has found the modem. That time does not count as latency.
   Outcome wait_until_serving() {
     auto harmless = parse_command(kHarmless, false);
     Outcome outcome = session_.exchange(harmless->bytes, harmless->request);
@@ -55,12 +47,20 @@ class Load {
 
   LoadReport run() {
     limit_ = Deadline::in_seconds(options_.time_limit);
-    auto start = Clock::now();
-    for (size_t i = 0; i < options_.count && !session_.over() && !limit_.passed(); ++i) {
-      progress_.update(i);
-      send(mix_.choose(random_), due(start, i));
-    }
-    report_.set_seconds(seconds_since(start));
+    const MixEntry* entry = nullptr;
+    Outcome outcome = Outcome::success;
+    double seconds = run_exchanges(
+        options_.count, options_.rate,
+        [&](size_t number, Clock::time_point due) {
+          if (session_.over() || limit_.passed()) return false;
+          progress_.update(number);
+          entry = &mix_.choose(random_);
+          wait_until(due);
+          return !session_.over();
+        },
+        [&] { outcome = session_.exchange(entry->bytes, entry->request); },
+        [&](const Timing& timing) { add(*entry, outcome, timing); });
+    report_.set_seconds(seconds);
     return report_;
   }
 
@@ -75,14 +75,8 @@ class Load {
   }
 
  private:
-  Clock::time_point due(Clock::time_point start, size_t number) const {
-    if (options_.rate <= 0) return Clock::now();
-    std::chrono::duration<double> behind(static_cast<double>(number) / options_.rate);
-    return start + std::chrono::duration_cast<Clock::duration>(behind);
-  }
-
-  // What comes meanwhile is taken: the daemon would wait for its reader else. The last bit is less
-  // than a poll can measure.
+  // Reads what the daemon sends meanwhile: its writes block when nothing reads. Sleeps for the last
+  // part, which is shorter than the resolution of poll().
   void wait_until(Clock::time_point time) {
     constexpr auto kCoarse = std::chrono::milliseconds(2);
     auto left = std::chrono::floor<std::chrono::milliseconds>(time - Clock::now() - kCoarse);
@@ -90,25 +84,19 @@ class Load {
     if (!session_.over()) std::this_thread::sleep_until(time);
   }
 
-  void send(const MixEntry& entry, Clock::time_point due) {
-    wait_until(due);
-    if (session_.over()) return;
-    auto sent = Clock::now();
-    Outcome outcome = session_.exchange(entry.bytes, entry.request);
-    auto answered = Clock::now();
-    bool is_wanted = entry.wants_failure && outcome == Outcome::refused;
-    if (entry.wants_failure && outcome == Outcome::success) outcome = Outcome::refused;
-    if (is_wanted) outcome = Outcome::success;
+  void add(const MixEntry& entry, Outcome outcome, const Timing& timing) {
+    if (entry.wants_failure && outcome <= Outcome::refused) {
+      outcome = outcome == Outcome::refused ? Outcome::success : Outcome::refused;
+    }
     worst_ = std::max(worst_, outcome);
-    report_.add(entry.name, {milliseconds(answered - due), milliseconds(answered - sent),
-                             outcome != Outcome::success});
+    report_.add(entry.name, timing, outcome != Outcome::success);
   }
 
   Session& session_;
   const LoadOptions& options_;
   const Mix& mix_;
   Printer& printer_;
-  Deadline limit_ = Deadline::in_seconds(0);  // counts from the first request
+  Deadline limit_ = Deadline::in_seconds(0);  // starts with the first request
   std::mt19937 random_;
   Progress progress_;
   LoadReport report_;

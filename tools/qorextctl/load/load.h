@@ -8,13 +8,12 @@
 
 namespace qorextctl {
 
-// What the options say, or what is wrong with them; nothing is started for it.
+// Returns the mix that the options name, or what is wrong with it.
 Result<Mix> mix_of(const LoadOptions& options);
 
-// Sends the requests and prints how long they took. Request number i is due i/rate seconds after
-// the first one, whether or not those before it have been answered; the daemon takes one at a time,
-// so those that are due meanwhile wait, and their latency counts. Without a rate each request is
-// due when the one before it has been answered.
+// Sends the requests and prints how long they took. Request i is due i/rate seconds after the first
+// one, also when earlier ones have no reply yet: the daemon serves one at a time, and the latency
+// of the others includes their wait. Without a rate, requests are consecutive.
 Outcome run_load(Session& session, const LoadOptions& options, const Mix& mix, Printer& printer);
 
 }  // namespace qorextctl

@@ -29,10 +29,10 @@ std::optional<uint32_t> weight_of(const std::string& text) {
 }
 
 Error wrong_weight(const std::string& text) {
-  return usage_error(fmt::format("'{}' is no weight from 1 to {}", text, kMaxWeight));
+  return usage_error(fmt::format("weight '{}': expected a number (1 to {})", text, kMaxWeight));
 }
 
-// The request's name, and what completion offers for the arguments that it needs.
+// The request's name and required arguments, with the values that completion offers.
 Words with_offered_arguments(const std::string& name) {
   Words words = {name};
   const Request* request = find_request(name);
@@ -78,7 +78,8 @@ Result<Mix> Mix::parse(const std::string& text) {
     Words words = name == kUnknown ? kUnknownRequest : with_offered_arguments(name);
     if (auto error = mix.add(*weight, name, words)) return *error;
   }
-  if (mix.entries_.empty()) return usage_error("--mix: give requests, such as nv-read:3,get-nam");
+  if (mix.entries_.empty())
+    return usage_error("--mix: expected requests, such as nv-read:3,get-nam");
   return mix;
 }
 
@@ -105,11 +106,11 @@ Result<Mix> Mix::read(const std::string& path) {
     auto error = mix.add(*weight, "", {words->begin() + 1, words->end()});
     if (error) return wrong(*error);
   }
-  if (mix.entries_.empty()) return usage_error(fmt::format("{}: holds no request", path));
+  if (mix.entries_.empty()) return usage_error(fmt::format("{}: contains no request", path));
   return mix;
 }
 
-// (The library's distributions differ from one library to the other.)
+// Not std::discrete_distribution, whose results differ between libraries.
 const MixEntry& Mix::choose(std::mt19937& random) const {
   uint64_t place = random() % weights_;
   for (const MixEntry& entry : entries_) {

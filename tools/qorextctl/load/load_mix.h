@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// Which requests a load consists of, and how often each comes.
+// The requests of a load and their weights.
 #pragma once
 
 #include <cstdint>
@@ -14,7 +14,7 @@
 namespace qorextctl {
 
 struct MixEntry {
-  std::string name;  // in the results; several entries may share one
+  std::string name;  // in the results; not unique
   Bytes bytes;
   const Request* request = nullptr;  // null: raw bytes
   bool wants_failure = false;
@@ -23,15 +23,14 @@ struct MixEntry {
 
 class Mix {
  public:
-  // "nv-read:3,get-nam,unknown:2": a weight is 1 unless given. Where a request needs an argument,
-  // the first value that completion offers is taken; "unknown" is one that the daemon does not
-  // know.
+  // "nv-read:3,get-nam,unknown:2". The default weight is 1. Required arguments get the first value
+  // that completion offers; "unknown" is a request without a handler in the daemon.
   static Result<Mix> parse(const std::string& text);
 
-  // Lines "WEIGHT LINE", where LINE is a session's: a request, "raw HEX", "expect-failure LINE".
+  // Lines "WEIGHT LINE". LINE is as in a session: a request, "raw HEX" or "expect-failure LINE".
   static Result<Mix> read(const std::string& path);
 
-  // By their weights.
+  // Returns an entry at random, by weight.
   const MixEntry& choose(std::mt19937& random) const;
 
   const std::vector<MixEntry>& entries() const { return entries_; }

@@ -2,22 +2,23 @@
 #include "tools/qorextctl/load/load_report.h"
 
 #include <fmt/format.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <cmath>
+
+#include "tools/qorextctl/daemon/channel.h"
 
 namespace qorextctl {
 
 namespace {
 
-// Milliseconds; each bucket reaches twice as far as the one before.
+// Milliseconds; each bucket ends at twice the end of the one before.
 constexpr double kMinBucket = 0.0625;
 constexpr size_t kMaxHashes = 40;
 
-double at_rank(const std::vector<float>& sorted, double share) {
-  auto rank = static_cast<size_t>(std::ceil(share * static_cast<double>(sorted.size())));
-  return sorted[std::max<size_t>(rank, 1) - 1];
-}
+constexpr size_t kProgressWidth = 30;
+constexpr std::chrono::milliseconds kProgressInterval{100};
 
 double rounded(double milliseconds) { return std::round(milliseconds * 1000) / 1000; }
 
@@ -29,20 +30,23 @@ Json to_json(const Quantiles& times) {
           {"max", rounded(times.max)}};
 }
 
-}  // namespace
-
-Quantiles quantiles_of(std::vector<float> values) {
-  if (values.empty()) return {};
-  std::sort(values.begin(), values.end());
-  return {values.front(), at_rank(values, 0.5), at_rank(values, 0.9), at_rank(values, 0.99),
-          values.back()};
+void write_text(int fd, const std::string& text) {
+  write_whole(fd, {reinterpret_cast<const uint8_t*>(text.data()), text.size()});
 }
 
-void LoadReport::add(const std::string& name, const LoadSample& sample) {
+}  // namespace
+
+Quantiles quantiles_of(const std::vector<float>& values) {
+  if (values.empty()) return {};
+  return {quantile(values, 0), quantile(values, 0.5), quantile(values, 0.9), quantile(values, 0.99),
+          quantile(values, 1)};
+}
+
+void LoadReport::add(const std::string& name, const Timing& timing, bool failed) {
   Samples& samples = names_[name];
-  samples.latencies.push_back(sample.latency);
-  samples.services.push_back(sample.service);
-  if (sample.failed) ++samples.failed;
+  samples.latencies.push_back(static_cast<float>(timing.latency));
+  samples.services.push_back(static_cast<float>(timing.service));
+  if (failed) ++samples.failed;
   ++count_;
 }
 
@@ -86,10 +90,10 @@ std::string LoadReport::text() const {
   text += fmt::format("{} requests in {:.3f} s, {:.1f} a second, {} failed\n", count_, seconds_,
                       rate(), failed());
   auto buckets = histogram();
-  size_t most = 1;
-  for (const Bucket& bucket : buckets) most = std::max(most, bucket.count);
+  size_t max_count = 1;
+  for (const Bucket& bucket : buckets) max_count = std::max(max_count, bucket.count);
   for (const Bucket& bucket : buckets) {
-    size_t hashes = (bucket.count * kMaxHashes + most - 1) / most;
+    size_t hashes = (bucket.count * kMaxHashes + max_count - 1) / max_count;
     text += fmt::format("  up to {:>10.3f} ms {:>9} {}", bucket.below, bucket.count,
                         std::string(hashes, '#'));
     text.erase(text.find_last_not_of(' ') + 1);
@@ -119,6 +123,31 @@ std::vector<Json> LoadReport::objects() const {
                  {"rate", rounded(rate())},
                  {"histogram", buckets}});
   return all;
+}
+
+std::string progress_text(size_t done, size_t all, double seconds) {
+  size_t hashes = all == 0 ? kProgressWidth : kProgressWidth * done / all;
+  std::string text = fmt::format("[{}{}] {}/{}", std::string(hashes, '#'),
+                                 std::string(kProgressWidth - hashes, '.'), done, all);
+  if (done == 0 || seconds <= 0) return text;
+  double rate = static_cast<double>(done) / seconds;
+  return text + fmt::format(", {:.0f} a second, {:.0f} s left", rate,
+                            static_cast<double>(all - done) / rate);
+}
+
+void Progress::update(size_t done) {
+  if (fd_ < 0 || Clock::now() < next_) return;
+  next_ = Clock::now() + kProgressInterval;
+  line_ = progress_text(done, all_, std::chrono::duration<double>(Clock::now() - start_).count());
+  show();
+}
+
+void Progress::hide() {
+  if (!line_.empty()) write_text(fd_, "\r\x1B[K");
+}
+
+void Progress::show() {
+  if (!line_.empty()) write_text(fd_, "\r" + line_ + "\x1B[K");
 }
 
 }  // namespace qorextctl

@@ -1,14 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "tools/qorextctl/recording/recorder.h"
 
-#include <fcntl.h>
 #include <fmt/chrono.h>
 #include <fmt/format.h>
 
 #include <algorithm>
 #include <chrono>
-
-#include "tools/qorextctl/base/fd.h"
 
 namespace qorextctl {
 
@@ -26,23 +23,21 @@ std::string utc_now() {
 
 }  // namespace
 
-Recorder::Recorder(const std::string& path, unsigned instance, bool show_personal)
-    : path_(path), file_(path), start_(monotonic_now()) {
+Recorder::Recorder(std::string path, std::ofstream file, unsigned instance, bool show_personal)
+    : path_(std::move(path)), file_(std::move(file)), start_(monotonic_now()) {
   recording_ = {instance, !show_personal, utc_now()};
 }
 
 Result<std::unique_ptr<Recorder>> Recorder::create(const std::string& path, unsigned instance,
                                                    bool show_personal) {
-  bool is_ready = !show_personal || open_private(path, O_TRUNC).valid();
-  std::unique_ptr<Recorder> recorder(new Recorder(path, instance, show_personal));
-  if (!is_ready || !recorder->file_)
-    return usage_error(fmt::format("record: cannot write '{}'", path));
-  return recorder;
+  auto file = create_file("record", path, show_personal);
+  if (!file) return file.error();
+  return std::unique_ptr<Recorder>(new Recorder(path, std::move(*file), instance, show_personal));
 }
 
 std::optional<Error> Recorder::watch(const std::string& control, double timeout_seconds) {
   if (control.empty()) {
-    return usage_error("record: give --control PATH, the modem's control socket");
+    return usage_error("record: --control PATH is missing, the modem's control socket");
   }
   timeout_seconds_ = timeout_seconds;
   auto modem = ModemControl::connect(control, timeout_seconds);
@@ -51,7 +46,7 @@ std::optional<Error> Recorder::watch(const std::string& control, double timeout_
   auto answer = modem_->call({{"command", "watch"}}, Deadline::in_seconds(timeout_seconds));
   if (!answer) return answer.error();
   if (answer->value("ok", false)) return std::nullopt;
-  return transport_error("the modem cannot be watched: " + answer->value("error", ""));
+  return transport_error("the modem does not report its messages: " + answer->value("error", ""));
 }
 
 void Recorder::add(Event event) {
@@ -65,35 +60,33 @@ void Recorder::add_frame(FrameKind kind, View frame) {
 }
 
 void Recorder::add_log(const std::string& line, int64_t time) {
-  if (line.empty()) return;  // the log library ends a line that ends itself once more
+  if (line.empty()) return;  // the log library adds a second line end to some lines
   add({time - start_, LogEvent{line}});
 }
 
 void Recorder::add_exit(const ExitStatus& status) { add({monotonic_now() - start_, status}); }
 
-void Recorder::add_told(const Json& told) {
-  if (auto message = told.find("message"); message != told.end()) {
+void Recorder::add_report(const Json& report) {
+  auto time = [this](const Json& member) { return member.value("time", int64_t{0}) - start_; };
+  if (auto message = report.find("message"); message != report.end()) {
     auto packet = parse_hex(message->value("packet", ""));
     if (!packet || !qmi_idl::load_header(*packet)) return;
-    add({message->value("time", int64_t{0}) - start_,
-         MessageEvent{message->value("service", ""), message->value("client", uint64_t{0}),
-                      *packet}});
+    add({time(*message), MessageEvent{message->value("service", ""),
+                                      message->value("client", uint64_t{0}), *packet}});
   }
-  if (auto service = told.find("service"); service != told.end()) {
-    add({service->value("time", int64_t{0}) - start_,
-         ServiceEvent{service->value("name", ""), service->value("up", false)}});
+  if (auto service = report.find("service"); service != report.end()) {
+    add({time(*service), ServiceEvent{service->value("name", ""), service->value("up", false)}});
   }
 }
 
-// The answer to a command stands behind everything that was told before it.
+// The response to a command follows all earlier reports.
 void Recorder::collect() {
   if (!modem_) return;
   auto answer = modem_->call({{"command", "version"}}, Deadline::in_seconds(timeout_seconds_));
   try {
-    for (const Json& told : modem_->take_told()) add_told(told);
+    for (const Json& report : modem_->take_told()) add_report(report);
   } catch (const Json::exception& error) {
-    answer =
-        transport_error(fmt::format("what the modem reports is not understood: {}", error.what()));
+    answer = transport_error(fmt::format("unexpected report of the modem: {}", error.what()));
   }
   if (answer) return;
   modem_.reset();

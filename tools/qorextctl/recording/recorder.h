@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// Collects what happens while a daemon runs.
+// Collects frames, messages and log lines while a daemon runs.
 #pragma once
 
 #include <fstream>
@@ -12,39 +12,40 @@ namespace qorextctl {
 
 class Recorder {
  public:
-  // Creates the file. Without `show_personal` the recording is masked, with it the file private.
+  // Creates the file. Without `show_personal` personal data is masked; with it only the owner can
+  // read the file.
   static Result<std::unique_ptr<Recorder>> create(const std::string& path, unsigned instance,
                                                   bool show_personal);
 
-  // Has the modem tell its messages from now on, over its control socket.
+  // Subscribes to the messages of the modem with this control socket.
   std::optional<Error> watch(const std::string& control, double timeout_seconds);
 
-  // Any thread may add.
+  // Thread-safe.
   void add_frame(FrameKind kind, View frame);
-  void add_log(const std::string& line, int64_t time);  // of the monotonic clock
+  void add_log(const std::string& line, int64_t time);  // monotonic clock
   void add_exit(const ExitStatus& status);
 
-  // Takes the messages that the modem has told so far. They come on a channel of their own: before
-  // this has been called, the last ones may still be on their way.
+  // Adds the messages that the modem has reported since the last call. Returns when there are no
+  // more in transit.
   void collect();
 
-  // Writes the file; nothing may be added behind. An error also when messages may be missing, of
-  // which the file holds what has come.
+  // Writes the file. Must be called last. Also returns an error when messages may be missing; then
+  // the file holds those that were received.
   std::optional<Error> write();
 
   const Recording& recording() const { return recording_; }
 
  private:
-  Recorder(const std::string& path, unsigned instance, bool show_personal);
+  Recorder(std::string path, std::ofstream file, unsigned instance, bool show_personal);
   void add(Event event);
-  void add_told(const Json& told);
+  void add_report(const Json& report);
 
   std::string path_;
   std::ofstream file_;
   double timeout_seconds_ = 0;
   std::optional<ModemControl> modem_;
   std::optional<Error> lost_;
-  int64_t start_;  // of the monotonic clock
+  int64_t start_;  // monotonic clock
   std::mutex mutex_;
   Recording recording_;
 };

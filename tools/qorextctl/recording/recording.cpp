@@ -1,13 +1,15 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "tools/qorextctl/recording/recording.h"
 
+#include <fcntl.h>
+#include <fmt/format.h>
+
 #include <algorithm>
-#include <ostream>
 
 #include "modem/messages/request_log.h"
+#include "tools/qorextctl/base/fd.h"
 #include "tools/qorextctl/frames/item_text.h"
 #include "tools/qorextctl/frames/personal.h"
-#include "tools/qorextctl/recording/recording_format.h"
 
 namespace qorextctl {
 
@@ -20,7 +22,7 @@ static_assert(std::size(kTypes) == std::variant_size_v<decltype(Event::what)>);
 }  // namespace
 
 Json EventText::members(const FrameEvent& frame) {
-  DecodedFrame decoded = conversation_.decode(frame.kind, frame.bytes);
+  DecodedFrame decoded = frames_.read(frame.kind, frame.bytes);
   if (!show_personal_) mask(decoded);
   Json members = {{"kind", name_of(frame.kind)}};
   members.update(to_json(decoded));
@@ -58,6 +60,14 @@ Json EventText::show(const Event& event) {
   Json shown = {{"type", kTypes[event.what.index()]}, {"time", event.time}};
   shown.update(std::visit([this](const auto& what) { return members(what); }, event.what));
   return shown;
+}
+
+Result<std::ofstream> create_file(const std::string& verb, const std::string& path,
+                                  bool is_private) {
+  bool is_ready = !is_private || open_private(path, O_TRUNC).valid();
+  std::ofstream file(path);
+  if (is_ready && file) return file;
+  return usage_error(fmt::format("{}: cannot write '{}'", verb, path));
 }
 
 bool write_recording(const Recording& recording, std::ostream& file) {

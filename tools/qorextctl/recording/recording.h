@@ -1,18 +1,27 @@
 // SPDX-License-Identifier: Apache-2.0
-// What went over the daemon's pipes and to and from its modem, and what it logged, as one file:
-// docs/recordings.md describes it.
+// A run of the daemon as a file: frames, messages of the modem and log lines. docs/recordings.md
+// describes the format.
 #pragma once
 
-#include <iosfwd>
+#include <fstream>
 #include <variant>
 
 #include "tools/qorextctl/base/result.h"
 #include "tools/qorextctl/daemon/process.h"
 #include "tools/qorextctl/log/log_reader.h"
 #include "tools/qorextctl/recording/conversation.h"
-#include "tools/qorextctl/recording/qmi_message.h"
 
 namespace qorextctl {
+
+constexpr int kRecordingVersion = 1;
+
+// The "type" of the head and of the events.
+constexpr const char* kHead = "recording";
+constexpr const char* kFrame = "frame";
+constexpr const char* kMessage = "message";
+constexpr const char* kService = "service";
+constexpr const char* kLog = "log";
+constexpr const char* kExit = "exit";
 
 struct FrameEvent {
   FrameKind kind;
@@ -20,7 +29,7 @@ struct FrameEvent {
 };
 struct MessageEvent {
   std::string service;
-  uint64_t client;  // one of the modem's
+  uint64_t client;  // as the modem numbers them
   Bytes packet;
 };
 struct ServiceEvent {
@@ -35,17 +44,17 @@ struct Event {
   int64_t time;  // nanoseconds from the recording's start
   std::variant<FrameEvent, MessageEvent, ServiceEvent, LogEvent, ExitStatus> what;
   size_t line = 0;        // of the file
-  Json masked = nullptr;  // the file's object, where that does not tell the bytes; they are empty
+  Json masked = nullptr;  // the file's object when its bytes are masked; `what` then has none
 };
 
 struct Recording {
   unsigned instance = 0;  // of the daemon
   bool masked = false;
-  std::string started;             // UTC, as ISO 8601 writes it
-  std::vector<Event> events = {};  // in the order of their times
+  std::string started;             // UTC, ISO 8601
+  std::vector<Event> events = {};  // in order of time
 };
 
-// Events as objects, as they stand in the file. Takes them in their order.
+// Converts events to the objects of the file. Call it in the order of the events.
 class EventText {
  public:
   explicit EventText(bool show_personal) : show_personal_(show_personal) {}
@@ -59,20 +68,24 @@ class EventText {
   Json members(const ExitStatus& status) const;
 
   bool show_personal_;
-  Conversation conversation_;
-  QmiReader messages_;
+  FrameReader frames_;
+  MessageReader messages_;
   LogReader log_;
 };
 
-// False when the file cannot be written.
+// Creates a file to write to; only the owner can read a private one. `verb` begins the error.
+Result<std::ofstream> create_file(const std::string& verb, const std::string& path,
+                                  bool is_private);
+
+// Returns false when the file cannot be written.
 bool write_recording(const Recording& recording, std::ostream& file);
 
-// A file that is no recording, or not of this version, is a `usage` error that names the line.
+// Returns a `usage` error with the line number for a file that is not a recording of this version.
 Result<Recording> read_recording(const std::string& path);
-// The same of a file that is open; `name` stands in front of what is wrong.
+// The same for an open file; errors begin with `name`.
 Result<Recording> read_recording(std::istream& file, const std::string& name);
 
-// The first event whose bytes are masked; null when there is none.
+// Returns the first event whose bytes are masked, or null.
 const Event* first_masked(const Recording& recording);
 
 }  // namespace qorextctl

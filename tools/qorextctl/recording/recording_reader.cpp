@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <fmt/format.h>
 
-#include <fstream>
 #include <stdexcept>
 
 #include "modem/messages/services.h"
@@ -9,7 +8,6 @@
 #include "tools/qorextctl/base/text.h"
 #include "tools/qorextctl/frames/personal.h"
 #include "tools/qorextctl/recording/recording.h"
-#include "tools/qorextctl/recording/recording_format.h"
 
 namespace qorextctl {
 
@@ -21,41 +19,43 @@ struct BadLine : std::runtime_error {
 
 const Json& member(const Json& object, const char* key) {
   auto found = object.find(key);
-  if (found == object.end()) throw BadLine(fmt::format("has no '{}'", key));
+  if (found == object.end()) throw BadLine(fmt::format("'{}' is missing", key));
   return *found;
 }
 
-std::string text_of(const Json& object, const char* key) {
+const Json& member(const Json& object, const char* key, bool (Json::*is_right)() const noexcept,
+                   const char* expected) {
   const Json& value = member(object, key);
-  if (!value.is_string()) throw BadLine(fmt::format("'{}' is no text", key));
-  return value.get<std::string>();
+  if (!(value.*is_right)()) throw BadLine(fmt::format("'{}': expected {}", key, expected));
+  return value;
+}
+
+std::string text_of(const Json& object, const char* key) {
+  return member(object, key, &Json::is_string, "a string").get<std::string>();
 }
 
 bool flag_of(const Json& object, const char* key) {
-  const Json& value = member(object, key);
-  if (!value.is_boolean()) throw BadLine(fmt::format("'{}' is neither true nor false", key));
-  return value.get<bool>();
+  return member(object, key, &Json::is_boolean, "true or false").get<bool>();
 }
 
-int64_t number_of(const Json& object, const char* key) {
-  const Json& value = member(object, key);
-  bool fits = value.is_number_unsigned() && value.get<uint64_t>() <= INT64_MAX;
-  if (!fits) throw BadLine(fmt::format("'{}' is no number from 0", key));
+int64_t number_of(const Json& object, const char* key, uint64_t max = INT64_MAX) {
+  const Json& value = member(object, key, &Json::is_number, "a number");
+  if (!value.is_number_unsigned() || value.get<uint64_t>() > max) {
+    throw BadLine(fmt::format("'{}': {} is out of range (0 to {})", key, value.dump(), max));
+  }
   return value.get<int64_t>();
 }
 
 int small_number_of(const Json& object, const char* key) {
-  int64_t value = number_of(object, key);
-  if (value > UINT16_MAX) throw BadLine(fmt::format("'{}' is too large", key));
-  return static_cast<int>(value);
+  return static_cast<int>(number_of(object, key, UINT16_MAX));
 }
 
-// Empty where bytes are masked.
+// Returns no bytes when they are masked.
 Bytes bytes_of(const Json& object) {
   std::string hex = text_of(object, "hex");
   if (hex.find(kMaskedByte) != std::string::npos) return {};
   auto bytes = parse_hex(hex);
-  if (!bytes || bytes->empty()) throw BadLine("'hex' is no hex (pairs of digits)");
+  if (!bytes || bytes->empty()) throw BadLine("'hex': expected pairs of hexadecimal digits");
   return *bytes;
 }
 
@@ -64,20 +64,20 @@ FrameEvent frame_of(const Json& object) {
   for (FrameKind known : {FrameKind::request, FrameKind::reply, FrameKind::unsolicited}) {
     if (kind == name_of(known)) return {known, bytes_of(object)};
   }
-  throw BadLine(fmt::format("there is no kind of frame '{}'", kind));
+  throw BadLine(fmt::format("unknown kind of frame '{}'", kind));
 }
 
 std::string service_of(const Json& object, const char* key) {
   std::string name = text_of(object, key);
   if (modem::find_service(std::string_view(name))) return name;
-  throw BadLine(fmt::format("there is no service '{}'", name));
+  throw BadLine(fmt::format("unknown service '{}'", name));
 }
 
 MessageEvent message_of(const Json& object) {
   MessageEvent event{service_of(object, "service"),
                      static_cast<uint64_t>(number_of(object, "client")), bytes_of(object)};
   if (!event.packet.empty() && !qmi_idl::load_header(event.packet)) {
-    throw BadLine("'hex' is no QMI message");
+    throw BadLine("'hex' is not a QMI message");
   }
   return event;
 }
@@ -97,7 +97,7 @@ Event event_of(Json object) {
   } else if (type == kExit) {
     event.what = ExitStatus{small_number_of(object, "status"), small_number_of(object, "signal")};
   } else {
-    throw BadLine(fmt::format("there is no type '{}'", type));
+    throw BadLine(fmt::format("unknown type '{}'", type));
   }
   if (has_bytes && bytes_of(object).empty()) event.masked = std::move(object);
   return event;
@@ -107,7 +107,8 @@ void check_head(const Json& head) {
   if (text_of(head, "type") != kHead) throw BadLine("is not the head of a recording");
   int64_t version = number_of(head, "version");
   if (version == kRecordingVersion) return;
-  throw BadLine(fmt::format("version {} is not known, only {}", version, kRecordingVersion));
+  throw BadLine(
+      fmt::format("version {} is not supported, expected {}", version, kRecordingVersion));
 }
 
 Recording head_of(const Json& head) {
@@ -119,7 +120,7 @@ Recording head_of(const Json& head) {
 Json object_of(const std::string& line) {
   auto [object, excess] = qmi_json::parse_foreign<Json>(line);
   if (excess) throw BadLine(excess);
-  if (!object.is_object()) throw BadLine("is no JSON object");
+  if (!object.is_object()) throw BadLine("is not a JSON object");
   return std::move(object);
 }
 
@@ -160,7 +161,7 @@ Result<Recording> read_recording(std::istream& file, const std::string& name) {
   } catch (const BadLine& bad) {
     return usage_error(fmt::format("{}: line {}: {}", name, number, printable(bad.what())));
   }
-  if (number == 0) return usage_error(fmt::format("{}: is no recording, it is empty", name));
+  if (number == 0) return usage_error(fmt::format("{}: is empty, expected a recording", name));
   return recording;
 }
 

@@ -14,7 +14,7 @@ namespace {
 
 constexpr const char* kHex = "hex";
 
-// Values by the paths of their names, in their order.
+// A value and its path, in the order of the object.
 struct Leaf {
   std::string path;
   const Json* value;
@@ -71,7 +71,6 @@ bool same(const Side& expected, const Side& got, const std::string& path) {
   return left && right && *left == *right;
 }
 
-// The paths of both sides.
 std::vector<std::string> paths_of(const Side& expected, const Side& got) {
   std::vector<std::string> paths;
   for (const Leaf& leaf : expected.values) paths.push_back(leaf.path);
@@ -94,18 +93,32 @@ Comparable both(const Decoded& decoded, bool show_personal, Json (*to_object)(co
   return result;
 }
 
-// The status number tells what its name tells.
+// Without the status name, which follows from the number.
 Json frame_object(const DecodedFrame& frame) {
   Json object = to_json(frame);
   object.erase("status_name");
   return object;
 }
 
-// The transaction is the client's own affair.
+// Without the transaction, which the client chooses.
 Json message_object(const QmiMessage& message) {
   std::string hex = hex_of(message);
   size_t header = 2 * qmi_idl::kHeaderSize;
   return {{"fields", message.fields}, {kHex, hex.substr(std::min(header, hex.size()))}};
+}
+
+// Strings without quotes.
+std::string plain(const Json& value) {
+  return value.is_string() ? value.get<std::string>() : value.dump();
+}
+
+std::string text_of(const Difference& difference) {
+  const auto& [field, expected, got] = difference;
+  if (!field.empty()) {
+    return fmt::format("{}: expected {}, got {}", field, plain(expected), plain(got));
+  }
+  if (got.is_null()) return "is missing";
+  return "is unexpected: " + plain(got.contains("fields") ? got["fields"] : got);
 }
 
 }  // namespace
@@ -131,6 +144,28 @@ std::vector<Difference> compare(const Comparable& expected, const Comparable& go
     differences.push_back(difference_at(left, right, kHex));
   }
   return differences;
+}
+
+void ReplayReport::add(size_t line, const std::string& what, const Difference& difference) {
+  ++differences_;
+  std::string where = line == 0 ? "" : fmt::format("line {}: ", line);
+  printer_.result({{"type", "difference"},
+                   {"line", line == 0 ? Json() : Json(line)},
+                   {"what", what},
+                   {"field", difference.field.empty() ? Json() : Json(difference.field)},
+                   {"expected", difference.expected},
+                   {"got", difference.got}},
+                  fmt::format("{}{}: {}", where, what, text_of(difference)));
+}
+
+void ReplayReport::summary(const std::string& path) {
+  printer_.result({{"type", "replay"},
+                   {"recording", path},
+                   {"compared", compared_},
+                   {"differences", differences_}},
+                  fmt::format("{}: {} frames and messages compared, {}", path, compared_,
+                              differences_ == 1 ? "1 difference"
+                                                : fmt::format("{} differences", differences_)));
 }
 
 }  // namespace qorextctl

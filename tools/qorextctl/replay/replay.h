@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// A recording played back against the daemon.
+// A recording played back to the daemon.
 #pragma once
 
 #include "tools/qorextctl/daemon/private_setup.h"
@@ -8,7 +8,8 @@
 namespace qorextctl {
 
 // Starts the daemon with a modem that answers from the recording, sends the recorded requests and
-// shows what is different. `refused` when something is; `usage` for a file that cannot be played.
+// prints the differences. Returns `refused` when there are any, `usage` for a file that cannot be
+// replayed.
 Outcome replay(const std::string& path, const LaunchOptions& options, bool show_personal,
                Printer& printer);
 

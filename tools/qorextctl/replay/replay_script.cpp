@@ -33,16 +33,16 @@ uint64_t client_of(const Event& event) { return std::get<MessageEvent>(event.wha
 
 ReplayScript::ReplayScript(const Recording& recording)
     : recording_(recording), matched_(recording.events.size()) {
-  QmiReader reader;
+  MessageReader reader;
   for (const Event& event : recording.events) {
-    const auto* told = std::get_if<MessageEvent>(&event.what);
-    messages_.push_back(told ? reader.read(told->service, told->client, told->packet)
+    const auto* sent = std::get_if<MessageEvent>(&event.what);
+    messages_.push_back(sent ? reader.read(sent->service, sent->client, sent->packet)
                              : std::nullopt);
   }
   for (size_t i = 0; i < messages_.size(); ++i) requests_.push_back(find_request_of(i));
 }
 
-// One with another transaction answers the last request all the same, wrongly.
+// A response with another transaction is a faulty response to the last request.
 std::optional<size_t> ReplayScript::find_request_of(size_t response) const {
   const auto& answer = messages_[response];
   if (!answer || !is_of(*answer, WireType::response)) return std::nullopt;

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-// A recording as the script of a replay: which request of the daemon's is which one of the
-// recording, and what it is answered with.
+// A recording as the script of a replay: which recorded request each request of the daemon is, and
+// the response to it.
 #pragma once
 
 #include "tools/qorextctl/recording/recording.h"
@@ -12,25 +12,26 @@ class ReplayScript {
   explicit ReplayScript(const Recording& recording);
 
   const std::vector<Event>& events() const { return recording_.events; }
-  // Nothing for events of other kinds.
+  // Nothing when the event is not a message.
   const std::optional<QmiMessage>& message(size_t event) const { return messages_[event]; }
 
-  // The replay has come to this event.
+  // Sets the position of the replay.
   void reach(size_t event) { position_ = event; }
 
-  // The event that the request is; nothing when nobody expects it. The same content comes first,
-  // then the same message of another content, both up to the parent's next request; then the same
-  // content anywhere behind.
+  // Returns the event of this request, or nothing when it is unexpected. Prefers the same content,
+  // then the same message with other content, both up to the parent's next request; then the same
+  // content after that.
   std::optional<size_t> match(const QmiMessage& request);
   bool is_matched(size_t event) const { return matched_[event]; }
 
-  // Whether the recording tells of a request between the position and `event` that has not come.
+  // Whether a request between the position and `event` has not been matched.
   bool is_early(size_t event) const;
 
-  // The request that a response answers; nothing when there is none.
+  // The request of a response; nothing when there is none.
   std::optional<size_t> request_of(size_t response) const { return requests_[response]; }
 
-  // A response with the transaction of the request that came.
+  // The response with the transaction of the received request. A recorded transaction that differs
+  // from its request's differs here too.
   Bytes answer(size_t response, uint16_t transaction) const;
 
  private:

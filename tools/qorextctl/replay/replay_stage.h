@@ -1,36 +1,67 @@
 // SPDX-License-Identifier: Apache-2.0
-// The daemon of a replay, its phone, and a modem that does what the replay wants.
+// What a replay runs: the daemon, its phone, and a modem that sends what the replay asks for.
 #pragma once
 
 #include <climits>
 #include <functional>
+#include <memory>
 
+#include "platform/linux/qmi_transport/transport.h"
 #include "tools/qorextctl/base/fd.h"
 #include "tools/qorextctl/daemon/daemon.h"
 #include "tools/qorextctl/daemon/private_setup.h"
 #include "tools/qorextctl/output/output.h"
-#include "tools/qorextctl/replay/replay_modem.h"
+#include "tools/qorextctl/recording/conversation.h"
 
 namespace qorextctl {
 
+// A server of QMI packets without a state of its own.
+class ReplayModem {
+ public:
+  // Publishes the modem's services at the Unix socket.
+  static Result<std::unique_ptr<ReplayModem>> serve(const std::string& path);
+
+  // Readable when next() has an event to handle.
+  int fd() const { return server_->fd(); }
+
+  struct Request {
+    QmiMessage message;
+    uint64_t client;
+  };
+  // Handles one event. Returns the request when it was one.
+  std::optional<Request> next();
+
+  void send(uint64_t client, View packet) { server_->send(client, packet); }
+  void send_to_all(const std::string& service, View packet);
+  void move_service(const std::string& name, bool is_up);
+
+ private:
+  explicit ReplayModem(std::unique_ptr<qmi_transport::Server> server)
+      : server_(std::move(server)), buffer_(qmi_transport::kMaxPacketSize) {}
+
+  std::unique_ptr<qmi_transport::Server> server_;
+  MessageReader reader_;
+  Bytes buffer_;
+};
+
 class ReplayStage {
  public:
-  // `on_request` gets every request to the modem, from within wait().
+  // wait() calls `on_request` with every request to the modem.
   using OnRequest = std::function<void(const ReplayModem::Request&)>;
   static Result<std::unique_ptr<ReplayStage>> start(const LaunchOptions& options, Printer& printer,
                                                     OnRequest on_request);
 
-  // Until `done` says so (true), or until the time has passed, the daemon has ended or the user
-  // wants an end. `done` is asked whenever something happens, and every `most_ms`. Where nothing
-  // has happened for the time, the next wait is over at once.
-  bool wait(const std::function<bool()>& done, int most_ms = INT_MAX);
-  // The time begins anew: the daemon has something to do.
-  void note_activity() { quiet_ = Deadline::in_seconds(seconds_); }
+  // Returns true when `done` does: it is called after each event and every `max_ms`. Returns false
+  // after the timeout, or when the daemon has ended or the user has interrupted. Once nothing has
+  // happened for the timeout, the next wait does not wait again.
+  bool wait(const std::function<bool()>& done, int max_ms = INT_MAX);
+  // Restarts the timeout: the daemon has something to do.
+  void note_activity() { idle_ = Deadline::in_seconds(seconds_); }
 
   ReplayModem& modem() { return *modem_; }
   Daemon& daemon() { return *daemon_; }
   bool has_ended() const { return daemon_->replies().ended() && daemon_->unsolicited().ended(); }
-  // How; waits for it.
+  // Waits for the daemon's end and describes it.
   std::string end();
   bool is_interrupted() const { return interrupted_; }
 
@@ -45,7 +76,7 @@ class ReplayStage {
   std::unique_ptr<Setup> setup_;
   std::unique_ptr<ReplayModem> modem_;
   std::unique_ptr<Daemon> daemon_;
-  Deadline quiet_ = Deadline::in_seconds(0);
+  Deadline idle_ = Deadline::in_seconds(0);
   bool interrupted_ = false;
 };
 

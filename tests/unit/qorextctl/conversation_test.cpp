@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "tools/qorextctl/recording/qmi_message.h"
+#include "tools/qorextctl/recording/conversation.h"
 
 #include <gtest/gtest.h>
 
@@ -8,9 +8,6 @@
 
 namespace qorextctl {
 namespace {
-
-constexpr uint32_t kMobPRev = 28;
-constexpr uint32_t kMin1 = 25;
 
 class ReadMessage : public testing::Test {
  protected:
@@ -25,7 +22,7 @@ class ReadMessage : public testing::Test {
     return message;
   }
 
-  QmiReader reader_;
+  MessageReader reader_;
 };
 
 TEST_F(ReadMessage, HasNamesAndFields) {
@@ -37,13 +34,13 @@ TEST_F(ReadMessage, HasNamesAndFields) {
   EXPECT_EQ(hex_of(message), to_hex(read_response(7, kMobPRev, {6})));
 }
 
-TEST_F(ReadMessage, WithoutADescriptionHasItsNumber) {
+TEST_F(ReadMessage, HasItsIdAsNameWithoutADescription) {
   QmiMessage message = read("nas", qmi(kQmiRequest, 1, 0x1234, {}));
   EXPECT_EQ(title_of(message), "nas 0x1234 request");
   EXPECT_TRUE(message.fields.is_null());
 }
 
-TEST_F(ReadMessage, IsNoneWithoutAWholeHeaderOrAService) {
+TEST_F(ReadMessage, NeedsAWholeHeaderAndAKnownService) {
   EXPECT_FALSE(reader_.read("qorext", 1, Bytes{0, 1, 0}));
   EXPECT_FALSE(reader_.read("qorext", 1, Bytes{0, 1, 0, 8, 0, 9, 0, 1}));
   EXPECT_FALSE(reader_.read("wds", 1, read_request(1, 1)));
@@ -55,7 +52,7 @@ TEST_F(ReadMessage, ShowsOtherItemsWhenMasked) {
   EXPECT_EQ(hex_of(message), to_hex(read_response(7, kMobPRev, {6})));
 }
 
-TEST_F(ReadMessage, HidesPersonalItemsAndTheirBytes) {
+TEST_F(ReadMessage, MasksPersonalItemsAndTheirBytes) {
   Bytes packet = read_response(7, kMin1, {0x12, 0x34, 0x56});
   QmiMessage message = masked("qorext", packet);
   EXPECT_EQ(message.fields["data"], "***");
@@ -66,14 +63,14 @@ TEST_F(ReadMessage, HidesPersonalItemsAndTheirBytes) {
   EXPECT_EQ(hex.find_first_not_of('*', 14), std::string::npos);
 }
 
-TEST_F(ReadMessage, HidesCodes) {
+TEST_F(ReadMessage, MasksCodes) {
   QmiMessage message = masked("dms", write_spc_request(1, "246810", "135791"));
   EXPECT_EQ(message.fields["current_spc"], "***");
   EXPECT_EQ(message.fields["new_spc"], "***");
   EXPECT_EQ(hex_of(message).find("323436383130"), std::string::npos);
 }
 
-TEST_F(ReadMessage, HidesTheDataOfUtilityRequestsAndResponses) {
+TEST_F(ReadMessage, MasksTheDataOfUtilityRequestsAndResponses) {
   constexpr uint16_t kUtils = 0x000F;
   Bytes request;
   append_tlv(request, 1, {9, 0, 0, 0});
@@ -90,29 +87,29 @@ TEST_F(ReadMessage, HidesTheDataOfUtilityRequestsAndResponses) {
   EXPECT_FALSE(read("qorext", qmi(kQmiIndication, 3, kUtils, {})).is_personal);
 }
 
-TEST_F(ReadMessage, HidesAnAnswerThatNamesAnotherItemThanWasAskedFor) {
+TEST_F(ReadMessage, MasksAResponseThatNamesAnotherItemThanItsRequest) {
   read("qorext", read_request(9, kMin1));
   EXPECT_EQ(masked("qorext", read_response(9, kMobPRev, {0x12})).fields["data"], "***");
   EXPECT_EQ(masked("qorext", read_response(9, kMobPRev, {0x12}), 2).fields["data"], "12");
 }
 
-TEST_F(ReadMessage, ShowsATransactionsNumberWhenItIsUsedForSomethingElse) {
+TEST_F(ReadMessage, ShowsAResponseWhenItsTransactionIsUsedAgain) {
   read("qorext", read_request(9, kMin1));
   read("qorext", read_request(9, kMobPRev));
   EXPECT_EQ(masked("qorext", read_response(9, kMobPRev, {6})).fields["data"], "06");
 }
 
-TEST_F(ReadMessage, HidesWhatDoesNotMatchADescriptionWithPersonalFields) {
+TEST_F(ReadMessage, MasksAMessageThatDoesNotMatchItsDescription) {
   Bytes packet = qmi(kQmiResponse, 1, 0x08, {0x03, 0xFF, 0xFF, 0x12, 0x34});
   EXPECT_EQ(hex_of(masked("qorext", packet)).substr(14), "**********");
 }
 
-TEST_F(ReadMessage, IsOfTheBlocksThreadWhenItTellsHowTheSaveWent) {
+TEST_F(ReadMessage, IsABlockSaveResultUnlessTheStateIsReady) {
   QmiMessage ready = read("qorext", hob_request(1, 0xFF));
   QmiMessage saved = read("qorext", hob_request(2, 1));
-  EXPECT_FALSE(tells_of_block_save(ready.name, ready.fields));
-  EXPECT_TRUE(tells_of_block_save(saved.name, saved.fields));
-  EXPECT_FALSE(tells_of_block_save("element_read", saved.fields));
+  EXPECT_FALSE(is_block_save_result(ready.name, ready.fields));
+  EXPECT_TRUE(is_block_save_result(saved.name, saved.fields));
+  EXPECT_FALSE(is_block_save_result("element_read", saved.fields));
 }
 
 }  // namespace
