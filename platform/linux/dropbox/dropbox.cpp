@@ -23,7 +23,7 @@ std::string path_of(const std::string& tag, long long milliseconds) {
   return phone_path((kFolder + tag + "@" + std::to_string(milliseconds) + ".txt").c_str());
 }
 
-// Entries of one tag never share a millisecond: a later one takes the next that is free.
+// The name of an entry is its time. When it is taken, the entry gets the next free millisecond.
 bool add_text(const char* tag, const char* text) {
   for (long long time = milliseconds_now();; ++time) {
     if (phone_files::store(path_of(tag, time), text, phone_files::Existing::keep)) return true;
@@ -33,7 +33,7 @@ bool add_text(const char* tag, const char* text) {
 
 }  // namespace
 
-// Its callers know no exceptions.
+// The callers are compiled without exceptions, so none may leave this function.
 bool NativeDropBoxWriter::addText(const char* tag, const char* text) {
   if (tag == nullptr || text == nullptr || !phone_files::is_plain_name(tag)) return false;
   try {

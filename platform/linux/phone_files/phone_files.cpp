@@ -27,11 +27,12 @@ bool write_all(int fd, std::string_view content) {
 }
 
 bool fill(int fd, std::string_view content) {
-  bool filled = fchmod(fd, kMode) == 0 && write_all(fd, content);
-  return close(fd) == 0 && filled;
+  bool is_written = fchmod(fd, kMode) == 0 && write_all(fd, content);
+  return close(fd) == 0 && is_written;
 }
 
-bool give_name(const std::string& from, const std::string& to, Existing existing) {
+// link() fails when the name exists, rename() replaces the file.
+bool move_to(const std::string& from, const std::string& to, Existing existing) {
   if (existing == Existing::replace) return rename(from.c_str(), to.c_str()) == 0;
   return link(from.c_str(), to.c_str()) == 0;
 }
@@ -48,14 +49,14 @@ bool store(const std::string& path, std::string_view content, Existing existing)
   std::error_code ignored;
   std::filesystem::create_directories(target.parent_path(), ignored);
 
-  std::string draft = target.parent_path() / ("." + target.filename().string() + ".XXXXXX");
-  int fd = mkostemp(draft.data(), O_CLOEXEC);
+  std::string temporary = target.parent_path() / ("." + target.filename().string() + ".XXXXXX");
+  int fd = mkostemp(temporary.data(), O_CLOEXEC);
   if (fd < 0) return false;
-  bool stored = fill(fd, content) && give_name(draft, path, existing);
+  bool is_stored = fill(fd, content) && move_to(temporary, path, existing);
   int saved = errno;
-  if (!stored || existing == Existing::keep) unlink(draft.c_str());
+  if (!is_stored || existing == Existing::keep) unlink(temporary.c_str());
   errno = saved;
-  return stored;
+  return is_stored;
 }
 
 }  // namespace phone_files

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// Files of the phone that libraries of the workstation write for others to read.
+// Writes files of the phone that other processes read.
 #pragma once
 
 #include <string>
@@ -7,13 +7,15 @@
 
 namespace phone_files {
 
-// A name that stays inside its folder: letters, digits and "._@:-", not empty, no leading dot.
+// Whether the name is a plain file name: letters, digits and "._@:-", not empty, no leading dot.
+// Such a name cannot leave its folder.
 bool is_plain_name(std::string_view name);
 
 enum class Existing { replace, keep };
 
-// Writes the file under another name and then gives it its own, so that a reader finds all of it or
-// nothing; creates its folders. False when that fails (errno is set; EEXIST: a file is kept).
+// Writes a temporary file and renames or links it to `path`, so that a reader sees the whole
+// content or none. Creates missing folders. False on failure (errno is set; EEXIST: `keep` found a
+// file).
 bool store(const std::string& path, std::string_view content, Existing existing);
 
 }  // namespace phone_files

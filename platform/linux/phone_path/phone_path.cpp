@@ -7,8 +7,8 @@
 
 namespace {
 
-// One character more than a path may have. The workstation's own file of that name is never taken
-// in place of the phone's.
+// One character longer than a path may be. Returning the path unmapped instead would access the
+// workstation's own file of that name.
 struct TooLong {
   char text[PATH_MAX + 1];
   constexpr TooLong() : text() {
@@ -22,12 +22,12 @@ constexpr TooLong kTooLong;
 
 const char* phone_path(const char* path) {
   thread_local char mapped[2][PATH_MAX];
-  thread_local unsigned turn = 0;
+  thread_local unsigned next = 0;
 
   const char* root = getenv("QOREXT_PHONE_ROOT");
   if (root == nullptr || *root == '\0' || *path == '\0') return path;
 
-  char* text = mapped[turn++ % 2];
+  char* text = mapped[next++ % 2];
   int length = snprintf(text, PATH_MAX, "%s%s", root, path);
   return length < PATH_MAX ? text : kTooLong.text;
 }

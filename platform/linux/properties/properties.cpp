@@ -19,7 +19,7 @@ std::string path_of(const char* key) { return phone_path((std::string(kFolder) +
 
 bool is_valid(const char* key) { return key != nullptr && phone_files::is_plain_name(key); }
 
-// Callers know no exceptions: without memory for its path a property is not there.
+// The C interface must not throw: without memory for its path a property counts as unset.
 int open_property(const char* key) {
   try {
     return open(path_of(key).c_str(), O_RDONLY | O_CLOEXEC);
@@ -28,7 +28,7 @@ int open_property(const char* key) {
   }
 }
 
-// Returns the length of the text stored in `value`, or -1 when there is no such property.
+// Returns the length of the string stored in `value`, or -1 when the property is not set.
 ssize_t read_property(const char* key, char* value) {
   int fd = open_property(key);
   if (fd < 0) return -1;

@@ -25,13 +25,13 @@ uint64_t extend(uint64_t value, size_t width, bool is_signed) {
   return is_signed ? (value ^ sign) - sign : value;
 }
 
-// The bytes still to be read or written; running out of them fails for good.
+// The bytes that are left to read or write.
 template <typename Byte>
 class Cursor {
  public:
   explicit Cursor(std::span<Byte> bytes) : rest_(bytes) {}
 
-  // Null when fewer than `size` bytes are left.
+  // Null when fewer than `size` bytes are left; the cursor then stays where it is.
   Byte* take(size_t size) {
     if (size > rest_.size()) return nullptr;
     Byte* start = rest_.data();
@@ -47,10 +47,11 @@ class Cursor {
 using Reader = Cursor<const uint8_t>;
 using Writer = Cursor<uint8_t>;
 
-// Whether the numbers are the same bytes on the wire and in the structure.
-bool is_alike(const Shape& shape) { return shape.wire == shape.memory; }
+// Whether the numbers have the same bytes on the wire and in the structure, on a little-endian
+// machine. They are then copied at once: most messages carry long byte arrays.
+bool has_wire_layout(const Shape& shape) { return shape.wire == shape.memory; }
 
-// How many numbers of the element stand in the structure.
+// The number of the element's numbers in the structure. Not bounded by the capacity.
 size_t count_in(const Shape& shape, const uint8_t* structure) {
   switch (shape.kind) {
     case Kind::array:
@@ -72,7 +73,7 @@ bool encode_element(const Shape& shape, const uint8_t* structure, Writer& out) {
 
   store(head, shape.count_wire, count);
   const uint8_t* numbers = structure + shape.offset;
-  if (is_alike(shape)) {
+  if (has_wire_layout(shape)) {
     memcpy(body, numbers, count * shape.wire);
     return true;
   }
@@ -83,7 +84,7 @@ bool encode_element(const Shape& shape, const uint8_t* structure, Writer& out) {
 }
 
 void decode_numbers(const Shape& shape, const uint8_t* body, size_t count, uint8_t* numbers) {
-  if (is_alike(shape)) {
+  if (has_wire_layout(shape)) {
     memcpy(numbers, body, count * shape.wire);
     return;
   }
@@ -114,13 +115,14 @@ bool is_present(const Element& element, const uint8_t* structure) {
   return element.valid_offset == kNoOffset || structure[element.valid_offset] != 0;
 }
 
-// The elements that share the TLV of the first one.
+// The leading elements that share the first one's TLV.
 std::span<const Element> tlv_of(std::span<const Element> elements) {
   size_t size = 1;
   while (size < elements.size() && elements[size].tlv == elements[0].tlv) ++size;
   return elements.first(size);
 }
 
+// The header is written last, when the length is known.
 bool encode_tlv(std::span<const Element> tlv, const uint8_t* structure, Writer& out) {
   uint8_t* head = out.take(kTlvHeaderSize);
   if (head == nullptr) return false;
@@ -136,6 +138,7 @@ bool encode_tlv(std::span<const Element> tlv, const uint8_t* structure, Writer& 
   return true;
 }
 
+// Ignores bytes after the known elements: newer services append elements to a TLV.
 bool decode_tlv(std::span<const Element> tlv, Reader in, uint8_t* structure) {
   for (const Element& element : tlv) {
     if (!decode_element(element.shape, in, structure)) return false;
@@ -158,6 +161,7 @@ bool reports_failure(const Message& message, const uint8_t* structure) {
   });
 }
 
+// A service that fails a request may send the result TLV only.
 bool has_all_mandatory(const Message& message, const bool (&seen)[256], const uint8_t* structure) {
   bool failure = reports_failure(message, structure);
   return std::all_of(message.elements.begin(), message.elements.end(), [&](const Element& element) {

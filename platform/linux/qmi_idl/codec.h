@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-// Encodes and decodes messages by their descriptions. Nothing outside the given spans is read or
-// written, whatever the bytes say.
+// Encodes and decodes messages by their descriptions. Reads and writes nothing outside the given
+// spans: lengths and counts on the wire are not trusted.
 #pragma once
 
 #include <stdint.h>
@@ -13,8 +13,8 @@
 
 namespace qmi_idl {
 
-// The header in front of every QMI message on QRTR and on the Unix socket: u8 type, u16
-// transaction, u16 message id, u16 length of the TLVs that follow; little-endian, unaligned.
+// The header before every QMI message on QRTR and on the Unix socket: u8 type, u16 transaction,
+// u16 message id, u16 length of the TLVs that follow; little-endian, unaligned.
 constexpr size_t kHeaderSize = 7;
 
 enum class WireType : uint8_t { request = 0, response = 2, indication = 4 };
@@ -28,18 +28,18 @@ struct Header {
 
 void store_header(const Header& header, std::span<uint8_t, kHeaderSize> out);
 
-// Nothing when the packet is shorter than a header, has an unknown type, or does not hold exactly
-// the length that its header states.
+// Returns nullopt when the packet is shorter than a header, has an unknown type, or its TLVs do not
+// have exactly the length in the header.
 std::optional<Header> load_header(std::span<const uint8_t> packet);
 
-// Encodes the structure (of exactly message.size bytes) as TLVs. Returns the number of bytes
-// written, or -1 when a count is above its capacity or the output is too small.
+// Encodes the structure, which has message.size bytes, as TLVs. Returns the number of bytes
+// written, or -1 when a count exceeds its capacity or the output is too small.
 ssize_t encode(const Message& message, std::span<const uint8_t> structure, std::span<uint8_t> wire);
 
-// Decodes TLVs into the structure (of exactly message.size bytes), which is zeroed first. Unknown
-// TLVs and bytes behind the known elements of a TLV are passed over; a mandatory TLV may be missing
-// only when the message has a result and that reports a failure. False when the bytes do not match
-// the description; the structure's content is then unspecified.
+// Decodes TLVs into the structure, which has message.size bytes and is zeroed first. Skips unknown
+// TLVs and bytes after the known elements of a TLV. A mandatory TLV may be missing only when the
+// message's result reports a failure. False when the bytes do not match the description; the
+// structure's content is then unspecified.
 bool decode(const Message& message, std::span<const uint8_t> wire, std::span<uint8_t> structure);
 
 }  // namespace qmi_idl

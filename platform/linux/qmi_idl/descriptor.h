@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
-// How a QMI service's messages look, on the wire and as C structures. One constexpr table a service
-// says it once, for the client library, the simulated modem and the decoders.
+// Describes a QMI service's messages, on the wire and as C structures. One constexpr table for each
+// service is used by the client library, the simulated modem and the decoders.
 //
-// A message is a row of elements. Consecutive elements with the same TLV type share one TLV and
-// stand in it in their order. On the wire every number is little-endian; in the structure it is a
-// naturally aligned native integer that may be wider (an enumeration of one byte on the wire is
-// four bytes in the structure) and is then extended with its sign.
+// A message is a list of elements. Consecutive elements with the same TLV type share one TLV, in
+// their order. Numbers are little-endian on the wire. In the structure they are naturally aligned
+// native integers, which may be wider (an enumeration takes one byte on the wire and four in the
+// structure) and are then sign-extended.
 #pragma once
 
 #include <stddef.h>
@@ -20,10 +20,10 @@ constexpr uint16_t kNoOffset = 0xFFFF;
 
 enum class Kind : uint8_t {
   integer,  // one number
-  bytes,    // `capacity` bytes, neither counted nor terminated
+  bytes,    // `capacity` bytes, without a count or terminator
   text,     // a length of `count_wire` bytes, then characters; NUL-terminated in the structure
-  array,  // a count of `count_wire` bytes, then as many numbers; the count is kept in the structure
-  result,  // {u16 result, u16 error} on the wire, two u32 in the structure
+  array,    // a count of `count_wire` bytes, then as many numbers; the structure has the count too
+  result,   // {u16 result, u16 error} on the wire, two u32 in the structure
 };
 
 struct Shape {
@@ -32,10 +32,10 @@ struct Shape {
   uint8_t wire;           // bytes of one number on the wire
   uint8_t memory;         // bytes of one number in the structure
   uint16_t offset;        // of the (first) number in the structure
-  uint16_t capacity;      // how many numbers the structure has room for; text: without the NUL
+  uint16_t capacity;      // the most numbers that the structure holds; text: without the NUL
   uint8_t count_wire;     // text, array: bytes of the count on the wire
   uint8_t count_memory;   // array: bytes of the count in the structure
-  uint16_t count_offset;  // array: where the count lies in the structure
+  uint16_t count_offset;  // array: of the count in the structure
 };
 
 struct Element {
@@ -58,11 +58,11 @@ struct Message {
 struct Service {
   const char* name;
   uint32_t id;      // the QMI service number
-  uint8_t version;  // the major version that is looked up and published
+  uint8_t version;  // the major version, for lookup and publication
   std::span<const Message> messages;
 };
 
-// What a service object (qmi_idl_service_object_type) points to.
+// The description that a service object (qmi_idl_service_object_type) points to.
 inline const Service& service_of(const void* service_object) {
   return *static_cast<const Service*>(service_object);
 }
@@ -80,7 +80,7 @@ constexpr Shape i8(uint16_t offset) { return number(true, 1, 1, offset); }
 constexpr Shape i16(uint16_t offset) { return number(true, 2, 2, offset); }
 constexpr Shape i32(uint16_t offset) { return number(true, 4, 4, offset); }
 
-// Enumerations: one byte on the wire, a 32-bit word in the structure.
+// Enumerations: one byte on the wire, u32 in the structure.
 constexpr Shape enum8(uint16_t offset) { return number(false, 1, 4, offset); }
 constexpr Shape signed_enum8(uint16_t offset) { return number(true, 1, 4, offset); }
 
@@ -90,7 +90,7 @@ constexpr Shape result(uint16_t offset) {
 constexpr Shape bytes(uint16_t offset, uint16_t count) {
   return {Kind::bytes, false, 1, 1, offset, count, 0, 0, kNoOffset};
 }
-// `capacity` characters at most, and one more byte of the structure for the NUL.
+// At most `capacity` characters. The structure has one more byte, for the NUL.
 constexpr Shape text8(uint16_t offset, uint16_t capacity) {
   return {Kind::text, false, 1, 1, offset, capacity, 1, 0, kNoOffset};
 }
@@ -109,19 +109,20 @@ constexpr Shape array(Count count, Shape item, uint16_t capacity) {
           capacity,    count.wire,     count.memory, count.offset};
 }
 
-// First byte behind the element in the structure.
+// The offset after the element in the structure.
 constexpr size_t end_of(const Shape& shape) {
   size_t terminator = shape.kind == Kind::text ? 1 : 0;
   return size_t{shape.offset} + size_t{shape.memory} * shape.capacity + terminator;
 }
 
-// The most bytes that the element can take on the wire, without its TLV's header.
+// The element's maximum size on the wire in bytes, without its TLV's header.
 constexpr size_t wire_limit(const Shape& shape) {
   return size_t{shape.count_wire} + size_t{shape.wire} * shape.capacity;
 }
 
-// A table that tells the truth: elements inside their structure, TLVs in one piece.
-constexpr bool is_sound(const Message& message) {
+// Whether all elements are inside the structure and each TLV's elements are consecutive, with one
+// validity byte.
+constexpr bool is_consistent(const Message& message) {
   bool seen[256] = {};
   for (size_t i = 0; i < message.elements.size(); ++i) {
     const Element& element = message.elements[i];
@@ -139,9 +140,9 @@ constexpr bool is_sound(const Message& message) {
   return true;
 }
 
-constexpr bool is_sound(const Service& service) {
+constexpr bool is_consistent(const Service& service) {
   for (const Message& message : service.messages) {
-    if (!is_sound(message)) return false;
+    if (!is_consistent(message)) return false;
   }
   return true;
 }

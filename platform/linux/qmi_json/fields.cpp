@@ -13,7 +13,7 @@ using qmi_idl::Element;
 using qmi_idl::Kind;
 using qmi_idl::Shape;
 
-// The structure's numbers are native, and so is this machine's order: little-endian.
+// The structure's numbers are native, in little-endian order on every supported machine.
 uint64_t load_native(const uint8_t* from, size_t width) {
   uint64_t value = 0;
   memcpy(&value, from, width);
@@ -60,6 +60,15 @@ Range range_of(const Shape& shape) {
   return {low, low + span - 1};
 }
 
+std::string out_of_range(const std::string& value, const Range& range) {
+  return value + " is out of range (" + std::to_string(range.low) + " to " +
+         std::to_string(range.high) + ")";
+}
+
+std::string too_many(size_t count, size_t limit) {
+  return std::to_string(count) + " values, expected at most " + std::to_string(limit);
+}
+
 Fields::Fields(const qmi_idl::Message& message, std::span<uint8_t> structure)
     : message_(message), structure_(structure) {
   if (structure.size() != message.size) throw FieldError("wrong structure size");
@@ -72,8 +81,8 @@ const Element& Fields::find(std::string_view name, size_t index) const {
   throw FieldError(std::string(message_.name) + ": unknown field \"" + std::string(name) + "\"");
 }
 
-void Fields::fail(const Element& element, const char* what) const {
-  throw FieldError(std::string(message_.name) + ": field \"" + element.name + "\" " + what);
+void Fields::fail(const Element& element, const std::string& what) const {
+  throw FieldError(std::string(message_.name) + ": field \"" + element.name + "\": " + what);
 }
 
 bool Fields::knows(std::string_view name) const {
@@ -83,13 +92,13 @@ bool Fields::knows(std::string_view name) const {
 
 uint32_t Fields::number(std::string_view name, size_t index) const {
   const Element& element = find(name, index);
-  if (element.shape.kind != Kind::integer) fail(element, "is not a number");
+  if (element.shape.kind != Kind::integer) fail(element, "not a number");
   return static_cast<uint32_t>(load(element)[0]);
 }
 
 Bytes Fields::bytes(std::string_view name, size_t index) const {
   const Element& element = find(name, index);
-  if (!is_bytes(element.shape)) fail(element, "is not bytes");
+  if (!is_bytes(element.shape)) fail(element, "not bytes");
   const uint8_t* start = structure_.data() + element.shape.offset;
   return {start, start + stored_count(element.shape, structure_.data())};
 }
@@ -100,13 +109,13 @@ std::vector<int64_t> Fields::numbers(std::string_view name, size_t index) const 
 
 void Fields::set(std::string_view name, int64_t value, size_t index) {
   const Element& element = find(name, index);
-  if (element.shape.kind != Kind::integer) fail(element, "is not a number");
+  if (element.shape.kind != Kind::integer) fail(element, "not a number");
   store(element, {&value, 1});
 }
 
 void Fields::set(std::string_view name, std::span<const uint8_t> value, size_t index) {
   const Element& element = find(name, index);
-  if (!is_bytes(element.shape)) fail(element, "is not bytes");
+  if (!is_bytes(element.shape)) fail(element, "not bytes");
   store(element, std::vector<int64_t>(value.begin(), value.end()));
 }
 
@@ -116,15 +125,15 @@ void Fields::set(std::string_view name, std::span<const int64_t> values, size_t 
 
 void Fields::set_text(std::string_view name, std::string_view value, size_t index) {
   const Element& element = find(name, index);
-  if (element.shape.kind != Kind::text) fail(element, "is not text");
+  if (element.shape.kind != Kind::text) fail(element, "not a string");
   auto octets = reinterpret_cast<const uint8_t*>(value.data());
   store(element, std::vector<int64_t>(octets, octets + value.size()));
 }
 
 void Fields::set_result(uint32_t result, uint32_t error) {
-  int64_t words[] = {result, error};
+  int64_t values[] = {result, error};
   for (const Element& element : message_.elements) {
-    if (element.shape.kind == Kind::result) store(element, words);
+    if (element.shape.kind == Kind::result) store(element, values);
   }
 }
 
@@ -150,11 +159,12 @@ std::vector<int64_t> Fields::load(const Element& element) const {
 
 void Fields::store(const Element& element, std::span<const int64_t> values) {
   const Shape& shape = element.shape;
-  if (values.size() > shape.capacity) fail(element, "has no room for so many values");
+  if (values.size() > shape.capacity) {
+    fail(element, too_many(values.size(), shape.capacity));
+  }
   Range range = range_of(shape);
-  if (!std::all_of(values.begin(), values.end(),
-                   [&](int64_t value) { return range.holds(value); })) {
-    fail(element, "holds no such number");
+  for (int64_t value : values) {
+    if (!range.holds(value)) fail(element, out_of_range(std::to_string(value), range));
   }
 
   uint8_t* to = structure_.data() + shape.offset;

@@ -1,14 +1,15 @@
 // SPDX-License-Identifier: Apache-2.0
-// A message's C structure, read and filled by the names of its elements.
+// Reads and writes a message's C structure by the names of its elements.
 //
-// An unknown name or a value of another kind is a mistake of the caller's and throws FieldError,
-// and so does a value that the element cannot hold.
+// Throws FieldError for an unknown name, an element of another kind, or a value that the element
+// cannot hold.
 #pragma once
 
 #include <stdint.h>
 
 #include <span>
 #include <stdexcept>
+#include <string>
 #include <string_view>
 #include <vector>
 
@@ -25,11 +26,10 @@ struct FieldError : std::invalid_argument {
 const qmi_idl::Message* find_by_name(const qmi_idl::Service& service, qmi_idl::Direction direction,
                                      std::string_view name);
 
-// Bytes (counted or not), as opposed to numbers.
+// Whether the element is bytes, with or without a count, and not numbers.
 bool is_bytes(const qmi_idl::Shape& shape);
 
-// The numbers that an element can carry: what the wire has room for, as the structure's numbers may
-// be wider.
+// The numbers that an element can carry. The wire decides, as the structure's numbers may be wider.
 struct Range {
   int64_t low;
   int64_t high;
@@ -38,11 +38,15 @@ struct Range {
 };
 Range range_of(const qmi_idl::Shape& shape);
 
-// Where a name stands several times in a message (the entries of a list, one TLV an entry), `index`
-// tells which one is meant.
+// Error messages: "300 is out of range (0 to 255)", "9 values, expected at most 8".
+std::string out_of_range(const std::string& value, const Range& range);
+std::string too_many(size_t count, size_t limit);
+
+// For a name that several elements have (the entries of a list, each in its own TLV), `index`
+// selects one of them.
 class Fields {
  public:
-  // `structure` has exactly message.size bytes and outlives the object.
+  // `structure` has message.size bytes and must outlive the object.
   Fields(const qmi_idl::Message& message, std::span<uint8_t> structure);
 
   const qmi_idl::Message& message() const { return message_; }
@@ -53,17 +57,16 @@ class Fields {
   Bytes bytes(std::string_view name, size_t index = 0) const;
   std::vector<int64_t> numbers(std::string_view name, size_t index = 0) const;
 
-  // Each marks an optional TLV as present. Bytes fewer than an uncounted element holds are filled
-  // up with zeros.
+  // These mark an optional TLV as present. Bytes without a count are padded with zeros.
   void set(std::string_view name, int64_t value, size_t index = 0);
   void set(std::string_view name, std::span<const uint8_t> value, size_t index = 0);
   void set(std::string_view name, std::span<const int64_t> values, size_t index = 0);
   void set_text(std::string_view name, std::string_view value, size_t index = 0);
 
-  // Sets the result record, when the message has one.
+  // Sets the result record. Does nothing when the message has none.
   void set_result(uint32_t result, uint32_t error);
 
-  // The same by element, for walking through message().elements. A mandatory element is always
+  // The same by element, for iterating over message().elements. A mandatory element is always
   // present.
   bool is_present(const qmi_idl::Element& element) const;
   void mark_present(const qmi_idl::Element& element);
@@ -72,7 +75,7 @@ class Fields {
 
  private:
   const qmi_idl::Element& find(std::string_view name, size_t index) const;
-  [[noreturn]] void fail(const qmi_idl::Element& element, const char* what) const;
+  [[noreturn]] void fail(const qmi_idl::Element& element, const std::string& what) const;
 
   const qmi_idl::Message& message_;
   std::span<uint8_t> structure_;

@@ -4,11 +4,11 @@
 namespace qmi_json {
 namespace {
 
-static_assert(kMaxLevels == 64 && kMaxMembers == 4096, "the texts name them");
+static_assert(kMaxLevels == 64 && kMaxMembers == 4096, "the messages contain the limits");
 constexpr const char* kTooDeep = "is nested deeper than 64 levels";
 constexpr const char* kTooWide = "has an object of more than 4096 members";
 
-// The position of the string's closing quote, or the text's end.
+// The position of the string's closing quote, or a position at or after the end of the text.
 size_t end_of_string(std::string_view text, size_t quote) {
   size_t at = quote + 1;
   while (at < text.size() && text[at] != '"') at += text[at] == '\\' ? 2 : 1;
@@ -17,7 +17,7 @@ size_t end_of_string(std::string_view text, size_t quote) {
 
 }  // namespace
 
-// Brackets and colons of a text that is not JSON are counted too: the library would give up before.
+// A text that is not JSON may exceed a limit as well. The library would reject it in any case.
 const char* excess_of(std::string_view json) {
   size_t members[kMaxLevels + 1] = {};
   size_t level = 0;

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
-// JSON from outside. The library's values are copied, written and in part destroyed by recursion,
-// and an object with its members in order is searched from its front. So a text is measured, in one
-// pass without recursion, before the library sees it.
+// Parses JSON from untrusted sources. The JSON library copies, writes and partly destroys values by
+// recursion, and searches ordered objects linearly. The text is therefore checked against limits,
+// in one pass without recursion, before the library parses it.
 #pragma once
 
 #include <cstddef>
@@ -9,19 +9,19 @@
 
 namespace qmi_json {
 
-// Arrays and objects within one another.
+// Nested arrays and objects.
 constexpr size_t kMaxLevels = 64;
 // Members of one object.
 constexpr size_t kMaxMembers = 4096;
 
-// Null for a text within the limits, JSON or not; else what it is: "is nested deeper than 64
-// levels".
+// Returns null for a text within the limits, valid JSON or not. Otherwise returns what is wrong,
+// for example "is nested deeper than 64 levels".
 const char* excess_of(std::string_view json);
 
 template <class Json>
 struct Parsed {
-  Json value;                    // discarded where the text is not JSON or has an excess
-  const char* excess = nullptr;  // as excess_of() gives it
+  Json value;                    // discarded when the text is not JSON or exceeds a limit
+  const char* excess = nullptr;  // the result of excess_of()
 };
 
 // Never throws. Json is one of the library's types, such as nlohmann::json.

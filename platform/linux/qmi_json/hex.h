@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// Bytes as hexadecimal text, as JSON and scenario files carry them.
+// Bytes as hexadecimal digits, as in JSON and scenario files.
 #pragma once
 
 #include <stdint.h>
@@ -14,10 +14,10 @@ namespace qmi_json {
 
 using Bytes = std::vector<uint8_t>;
 
-// Two lower-case digits a byte.
+// Two lower-case digits for each byte.
 std::string to_hex(std::span<const uint8_t> bytes);
 
-// Digits of either case; blanks between the bytes are passed over. Nothing for any other text.
+// Accepts digits of either case and skips spaces between bytes. Returns nullopt for any other text.
 std::optional<Bytes> from_hex(std::string_view text);
 
 }  // namespace qmi_json

@@ -35,10 +35,10 @@ json value_of(const Fields& fields, const Element& element) {
 }
 
 [[noreturn]] void fail(const Message& message, const std::string& name, const std::string& what) {
-  throw FieldError(std::string(message.name) + ": field \"" + name + "\" " + what);
+  throw FieldError(std::string(message.name) + ": field \"" + name + "\": " + what);
 }
 
-// One element's way from JSON: `fail` ends it with the element's name.
+// Converts one element's value from JSON. Throws FieldError with the element's name.
 class ElementReader {
  public:
   ElementReader(const Message& message, const Element& element)
@@ -47,8 +47,7 @@ class ElementReader {
   std::vector<int64_t> read(const json& value) const {
     std::vector<int64_t> values = parse(value);
     if (values.size() > shape_.capacity) {
-      refuse("has room for " + std::to_string(shape_.capacity) + " values, not " +
-             std::to_string(values.size()));
+      refuse(too_many(values.size(), shape_.capacity));
     }
     return values;
   }
@@ -70,24 +69,23 @@ class ElementReader {
 
   int64_t parse_number(const json& value) const {
     Range range = range_of(shape_);
-    std::string wanted =
-        "wants a number from " + std::to_string(range.low) + " to " + std::to_string(range.high);
-    if (!value.is_number_integer()) refuse(wanted);
-    if (value.is_number_unsigned() && value.get<uint64_t>() > INT64_MAX) refuse(wanted);
-
-    auto number = value.get<int64_t>();
-    if (!range.holds(number)) refuse(wanted);
-    return number;
+    if (!value.is_number_integer()) {
+      refuse("expected an integer from " + std::to_string(range.low) + " to " +
+             std::to_string(range.high));
+    }
+    bool is_huge = value.is_number_unsigned() && value.get<uint64_t>() > INT64_MAX;
+    if (is_huge || !range.holds(value.get<int64_t>())) refuse(out_of_range(value.dump(), range));
+    return value.get<int64_t>();
   }
 
   std::vector<int64_t> parse_hex(const json& value) const {
     auto bytes = from_hex(value.get_ref<const std::string&>());
-    if (!bytes) refuse("wants hexadecimal digits, two a byte");
+    if (!bytes) refuse("expected hexadecimal digits, two for each byte");
     return {bytes->begin(), bytes->end()};
   }
 
   std::vector<int64_t> parse_text(const json& value) const {
-    if (!value.is_string()) refuse("wants a text");
+    if (!value.is_string()) refuse("expected a string");
     std::vector<int64_t> values;
     for (char character : value.get_ref<const std::string&>()) {
       values.push_back(static_cast<uint8_t>(character));
@@ -97,8 +95,8 @@ class ElementReader {
 
   std::vector<int64_t> parse_list(const json& value) const {
     if (!value.is_array()) {
-      refuse(is_bytes(shape_) ? "wants hexadecimal text or a list of numbers"
-                              : "wants a list of numbers");
+      refuse(is_bytes(shape_) ? "expected hexadecimal digits or a list of numbers"
+                              : "expected a list of numbers");
     }
     std::vector<int64_t> values;
     for (const json& item : value) values.push_back(parse_number(item));
@@ -108,7 +106,7 @@ class ElementReader {
   std::vector<int64_t> parse_result(const json& value) const {
     if (!value.is_object() || !value.contains("result") || !value.contains("error") ||
         value.size() != 2) {
-      refuse("wants {\"result\":...,\"error\":...}");
+      refuse("expected {\"result\":...,\"error\":...}");
     }
     return {parse_number(value["result"]), parse_number(value["error"])};
   }
@@ -122,10 +120,10 @@ class ElementReader {
 
 void store_named(Fields& fields, const std::string& name, const json& value) {
   const Message& message = fields.message();
-  bool is_repeated = occurrences(message, name) > 1;
-  if (is_repeated && !value.is_array()) fail(message, name, "wants a list, one value an entry");
-  if (is_repeated && value.size() > occurrences(message, name))
-    fail(message, name, "has more values than entries");
+  size_t entries = occurrences(message, name);
+  bool is_repeated = entries > 1;
+  if (is_repeated && !value.is_array()) fail(message, name, "expected a list");
+  if (is_repeated && value.size() > entries) fail(message, name, too_many(value.size(), entries));
 
   size_t index = 0;
   for (const Element& element : message.elements) {
@@ -156,7 +154,7 @@ json to_json(const Message& message, std::span<const uint8_t> structure) {
 void from_json(const Message& message, const json& fields, std::span<uint8_t> structure) {
   std::fill(structure.begin(), structure.end(), uint8_t{0});
   if (!fields.is_object() && !fields.is_null()) {
-    throw FieldError(std::string(message.name) + ": fields are a JSON object");
+    throw FieldError(std::string(message.name) + ": expected the fields as a JSON object");
   }
   Fields target(message, structure);
   for (const auto& [name, value] : fields.items()) {

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
-// The vendor service's messages. Three conventions for a response's first words live side by side:
-// the QMI result record (TLV 0x02, 0 is success), a plain status word (0 is success) and an outcome
-// word with an error behind it (1 is success); which message follows which is the modem's choice.
+// The vendor service's messages. The modem uses three conventions for the beginning of a response:
+// the QMI result record (TLV 0x02, 0 is success), a u32 `status` (0 is success), and a u32
+// `outcome` followed by a u32 `error` (1 is success).
 #include "platform/linux/qmi_idl/descriptor.h"
 #include "qorext_vendor_service_v01.h"
 
@@ -143,7 +143,7 @@ constexpr Element kOutcomeOnly[] = {
 constexpr size_t kApnEntries = 8;
 constexpr size_t kApnElements = 5;
 
-// One TLV an entry, from 0x10 on; entries lie 144 bytes apart.
+// One TLV for each entry, from 0x10. The structure's entries are 144 bytes apart.
 constexpr auto active_ehrpd_apn_response() {
   std::array<Element, 3 + kApnEntries * kApnElements> elements{};
   elements[0] = {kResultTlv, kNoOffset, "result", result(0)};
@@ -183,7 +183,7 @@ constexpr Element kSetBsrTimerRequest[] = {
 constexpr Element kLteChannelResponse[] = {
     {0x01, kNoOffset, "outcome", u32(0)},
     {0x01, kNoOffset, "error", u32(4)},
-    // Each value is told on its own: the modem leaves out what it does not know.
+    // Each value has its own TLV: the modem omits those it does not know.
     {0x10, 8, "second_channel", u16(10)},
     {0x11, 12, "first_channel", u16(14)},
     {0x12, 16, "third_value", u8(17)},
@@ -261,7 +261,7 @@ constexpr Message kMessages[] = {
 };
 
 constexpr Service kQorext = {"qorext", 0xE7, 1, kMessages};
-static_assert(is_sound(kQorext));
+static_assert(is_consistent(kQorext));
 
 }  // namespace
 

@@ -27,7 +27,7 @@ constexpr Message kMessages[] = {
 };
 
 constexpr Service kDms = {"dms", 2, 1, kMessages};
-static_assert(is_sound(kDms));
+static_assert(is_consistent(kDms));
 
 }  // namespace
 

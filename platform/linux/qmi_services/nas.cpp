@@ -93,7 +93,7 @@ constexpr Message kMessages[] = {
 };
 
 constexpr Service kNas = {"nas", 3, 1, kMessages};
-static_assert(is_sound(kNas));
+static_assert(is_consistent(kNas));
 
 }  // namespace
 

@@ -111,9 +111,9 @@ TEST_F(JsonFields, NameOfEveryEntryIsAList) {
   json fields = qmi_json::to_json(apns, structure_of(apns, {{"address_type", {7, 8}}}));
   EXPECT_EQ(fields["address_type"], (json{7, 8, 0, 0, 0, 0, 0, 0}));
   EXPECT_EQ(error_of(apns, {{"address_type", 7}}),
-            "get_active_ehrpd_apn: field \"address_type\" wants a list, one value an entry");
+            "get_active_ehrpd_apn: field \"address_type\": expected a list");
   EXPECT_EQ(error_of(apns, {{"address_type", {1, 2, 3, 4, 5, 6, 7, 8, 9}}}),
-            "get_active_ehrpd_apn: field \"address_type\" has more values than entries");
+            "get_active_ehrpd_apn: field \"address_type\": 9 values, expected at most 8");
 }
 
 TEST_F(JsonFields, MessageWithoutFieldsTakesNone) {
@@ -123,39 +123,44 @@ TEST_F(JsonFields, MessageWithoutFieldsTakesNone) {
   EXPECT_EQ(error_of(notify, {{"x", 1}}), "notify: unknown field \"x\"");
 }
 
-TEST_F(JsonFields, WrongFieldsAreToldByName) {
+TEST_F(JsonFields, WrongFieldsAreReportedByName) {
   const std::pair<json, const char*> kCases[] = {
       {{{"typo", 1}}, "element_write: unknown field \"typo\""},
-      {{{"record", -1}}, "element_write: field \"record\" wants a number from 0 to 4294967295"},
+      {{{"record", -1}}, "element_write: field \"record\": -1 is out of range (0 to 4294967295)"},
       {{{"record", 4294967296}},
-       "element_write: field \"record\" wants a number from 0 to 4294967295"},
+       "element_write: field \"record\": 4294967296 is out of range (0 to 4294967295)"},
       {{{"record", UINT64_MAX}},
-       "element_write: field \"record\" wants a number from 0 to 4294967295"},
-      {{{"record", 1.5}}, "element_write: field \"record\" wants a number from 0 to 4294967295"},
-      {{{"record", "1"}}, "element_write: field \"record\" wants a number from 0 to 4294967295"},
-      {{{"data", "123"}}, "element_write: field \"data\" wants hexadecimal digits, two a byte"},
-      {{{"data", "zz"}}, "element_write: field \"data\" wants hexadecimal digits, two a byte"},
-      {{{"data", 7}}, "element_write: field \"data\" wants hexadecimal text or a list of numbers"},
-      {{{"data", {256}}}, "element_write: field \"data\" wants a number from 0 to 255"},
+       "element_write: field \"record\": 18446744073709551615 is out of range (0 to 4294967295)"},
+      {{{"record", 1.5}},
+       "element_write: field \"record\": expected an integer from 0 to 4294967295"},
+      {{{"record", "1"}},
+       "element_write: field \"record\": expected an integer from 0 to 4294967295"},
+      {{{"data", "123"}},
+       "element_write: field \"data\": expected hexadecimal digits, two for each byte"},
+      {{{"data", "zz"}},
+       "element_write: field \"data\": expected hexadecimal digits, two for each byte"},
+      {{{"data", 7}},
+       "element_write: field \"data\": expected hexadecimal digits or a list of numbers"},
+      {{{"data", {256}}}, "element_write: field \"data\": 256 is out of range (0 to 255)"},
       {{{"data", std::string(1026, '0')}},
-       "element_write: field \"data\" has room for 512 values, not 513"},
-      {json::array(), "element_write: fields are a JSON object"},
+       "element_write: field \"data\": 513 values, expected at most 512"},
+      {json::array(), "element_write: expected the fields as a JSON object"},
   };
   for (const auto& [fields, error] : kCases) EXPECT_EQ(error_of(element, fields), error);
 }
 
-TEST_F(JsonFields, WrongTextsListsAndResultsAreToldByName) {
+TEST_F(JsonFields, WrongStringsListsAndResultsAreReportedByName) {
   const std::pair<json, const char*> kCases[] = {
       {{{"network_description", 1}},
-       "get_serving_system: field \"network_description\" wants a text"},
+       "get_serving_system: field \"network_description\": expected a string"},
       {{{"radio_interfaces", "08"}},
-       "get_serving_system: field \"radio_interfaces\" wants a list of numbers"},
+       "get_serving_system: field \"radio_interfaces\": expected a list of numbers"},
       {{{"radio_interfaces", {128}}},
-       "get_serving_system: field \"radio_interfaces\" wants a number from -128 to 127"},
+       "get_serving_system: field \"radio_interfaces\": 128 is out of range (-128 to 127)"},
       {{{"result", 0}},
-       "get_serving_system: field \"result\" wants {\"result\":...,\"error\":...}"},
+       "get_serving_system: field \"result\": expected {\"result\":...,\"error\":...}"},
       {{{"result", {{"result", 65536}, {"error", 0}}}},
-       "get_serving_system: field \"result\" wants a number from 0 to 65535"},
+       "get_serving_system: field \"result\": 65536 is out of range (0 to 65535)"},
   };
   for (const auto& [fields, error] : kCases) EXPECT_EQ(error_of(serving_system, fields), error);
 }

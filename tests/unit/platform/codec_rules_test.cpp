@@ -16,7 +16,7 @@ constexpr Element kElements[] = {
     {0x13, 36, "text", text8(37, 4)},
 };
 constexpr Message kMessage = {0x20, Direction::response, "probe", 42, kElements};
-static_assert(is_sound(kMessage));
+static_assert(is_consistent(kMessage));
 
 const Bytes kSuccess = {0x02, 4, 0, 0, 0, 0, 0};
 const Bytes kFailure = {0x02, 4, 0, 1, 0, 48, 0};
@@ -188,7 +188,7 @@ constexpr Element kTwoValidities[] = {{0x10, 0, "a", u8(1)}, {0x10, 2, "b", u8(3
 constexpr Element kInside[] = {{0x01, kNoOffset, "value", u32(4)}, {0x10, 0, "b", u8(1)}};
 
 bool sound(std::span<const Element> elements) {
-  return is_sound(Message{1, Direction::request, "probe", 8, elements});
+  return is_consistent(Message{1, Direction::request, "probe", 8, elements});
 }
 
 TEST(Soundness, IsSeenInATableThatStaysInsideItsStructure) { EXPECT_TRUE(sound(kInside)); }
@@ -208,8 +208,8 @@ TEST(Soundness, IsMissedInTlvsInPieces) {
 TEST(Soundness, OfAServiceIsThatOfAllItsMessages) {
   static constexpr Message kMessages[] = {{1, Direction::request, "good", 8, kInside},
                                           {2, Direction::request, "bad", 8, kBehindTheEnd}};
-  EXPECT_FALSE(is_sound(Service{"probe", 1, 1, kMessages}));
-  EXPECT_TRUE(is_sound(Service{"probe", 1, 1, std::span(kMessages).first(1)}));
+  EXPECT_FALSE(is_consistent(Service{"probe", 1, 1, kMessages}));
+  EXPECT_TRUE(is_consistent(Service{"probe", 1, 1, std::span(kMessages).first(1)}));
 }
 
 }  // namespace
