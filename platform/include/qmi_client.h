@@ -54,8 +54,8 @@ typedef enum {
 typedef void (*qmi_client_ind_cb)(qmi_client_type client, unsigned int message_id, void* buffer,
                                   unsigned int length, void* callback_data);
 
-// Starts watching for instances of the service; raises the signal for each that appears, also for
-// those that are there already. Released with qmi_client_release.
+// Starts watching for instances of the service. Raises the signal for each instance that comes up
+// from now on; those that are up already are in the service list. Released with qmi_client_release.
 int qmi_client_notifier_init(qmi_idl_service_object_type service, qmi_client_os_params* signal,
                              qmi_client_type* notifier);
 
