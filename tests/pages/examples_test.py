@@ -25,6 +25,10 @@ def pattern(shown):
     return re.sub(r'\d+\\ events', r'\\d+ events', text)
 
 
+def options_in(text):
+    return set(re.findall(r'--[a-z][a-z-]+', text))
+
+
 class Examples(unittest.TestCase):
     def setUp(self):
         folder = tempfile.TemporaryDirectory()
@@ -54,6 +58,17 @@ class Examples(unittest.TestCase):
                     self.assertRegex(self.run_line(line), '^' + pattern(shown.splitlines()), line)
                     count += 1
         self.assertEqual(count, 3)
+
+    def test_the_tools_page_names_the_options_of_the_help(self):
+        help_texts = [self.run_line('qorextctl --help')]
+        commands = re.findall(r'^  ([a-z]+) ', help_texts[0].split('\nSubcommands:\n')[1]
+                              .split('\n\n')[0], re.MULTILINE)
+        self.assertIn('record', commands)
+        help_texts += [self.run_line(f'qorextctl {command} --help') for command in commands]
+        known = {option for text in help_texts for option in options_in(text.split('examples:')[0])}
+        page = (ROOT / 'docs/qorextctl.md').read_text()
+        self.assertEqual(known - options_in(page), set())
+        self.assertEqual(options_in(page) - known, {'--listen'})  # of the modem
 
     def test_the_control_socket_answers_as_shown(self):
         answers = self.ask([line for block in blocks('docs/modem-control.md')
