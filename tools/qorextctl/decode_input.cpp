@@ -15,7 +15,7 @@ namespace qorextctl {
 
 namespace {
 
-std::optional<FrameKind> told(InputKind as) {
+std::optional<FrameKind> frame_kind(InputKind as) {
   switch (as) {
     case InputKind::request:
       return FrameKind::request;
@@ -35,13 +35,13 @@ class Decoder {
 
   Outcome frame(const std::string& text) {
     auto bytes = parse_hex(text);
-    if (!bytes || bytes->empty()) return complain("no hex (pairs of digits)");
-    auto kind = told(as_);
+    if (!bytes || bytes->empty()) return fail("not hex (pairs of digits)");
+    auto kind = frame_kind(as_);
     if (!kind) kind = recognise(*bytes);
     if (!kind) {
-      return complain(
-          fmt::format("{} bytes that are no frame; say --as request, reply or "
-                      "unsolicited to see them all the same",
+      return fail(
+          fmt::format("{} bytes are not a frame; --as request, reply or "
+                      "unsolicited decodes them anyway",
                       bytes->size()));
     }
     DecodedFrame decoded = decode_as(*kind, *bytes);
@@ -53,16 +53,16 @@ class Decoder {
   Outcome line(const std::string& line) {
     ++line_;
     if (as_ == InputKind::log) return log_line(line);
-    if (told(as_)) return is_blank(line) ? Outcome::success : frame(line);
+    if (frame_kind(as_)) return is_blank(line) ? Outcome::success : frame(line);
     auto bytes = parse_hex(without_end(line));
     return bytes && !bytes->empty() ? frame(without_end(line)) : log_line(line);
   }
 
-  // Also what it may have said of the next line's bytes is lost.
+  // The skipped line may have been the title of the next hex dump.
   Outcome skipped_line() {
     ++line_;
     reader_.forget();
-    return complain(fmt::format("is longer than {} bytes, skipped", kMaxLineBytes));
+    return fail(fmt::format("is longer than {} bytes, skipped", kMaxLineBytes));
   }
 
  private:
@@ -74,7 +74,7 @@ class Decoder {
     return line.substr(0, line.find_last_not_of(" \t\r") + 1);
   }
 
-  Outcome complain(const std::string& what) {
+  Outcome fail(const std::string& what) {
     std::string where = line_ != 0 ? fmt::format("decode: line {}: ", line_) : "decode: ";
     printer_.error(usage_error(where + what));
     return Outcome::usage;
@@ -117,7 +117,7 @@ Outcome decode_input(const std::vector<std::string>& words, const DecodeOptions&
   std::ifstream file(options.input);
   if (file) return decode_lines(file, options.as, show_personal, printer);
   printer.error(usage_error(
-      fmt::format("decode: cannot read '{}': give a file that you may read", options.input)));
+      fmt::format("decode: cannot read '{}': expected a readable file", options.input)));
   return Outcome::usage;
 }
 

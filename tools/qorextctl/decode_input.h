@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// Frames and logs that were recorded elsewhere.
+// Decodes frames and logs that were recorded elsewhere.
 #pragma once
 
 #include <istream>
@@ -11,13 +11,13 @@
 
 namespace qorextctl {
 
-// `words` are the hex of one frame; without them lines are read, each the hex of a frame or a
-// log's. Malformed frames are `refused`, bytes that are no frame `usage`; a log's dumps are shown
-// as they are.
+// Decodes the hex words of one frame; without words, the lines of the input, each of which is the
+// hex of a frame or a line of a log. Returns `refused` for a malformed frame, `usage` for bytes
+// that are not a frame and for lines that are too long.
 Outcome decode_input(const std::vector<std::string>& words, const DecodeOptions& options,
                      bool show_personal, Printer& printer);
 
-// The same of lines from a stream.
+// Decodes the lines of a stream in the same way.
 Outcome decode_lines(std::istream& input, InputKind as, bool show_personal, Printer& printer);
 
 }  // namespace qorextctl

@@ -40,5 +40,6 @@ int main(int argc, char** argv) {
   } catch (const std::exception& exception) {
     return fail(printer, exception.what());
   }
-  return fail(printer, "standard output cannot be written: is its disk full, or its reader gone?");
+  return fail(printer,
+              "cannot write to standard output: expected an open file or pipe with space left");
 }

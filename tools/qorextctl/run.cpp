@@ -52,14 +52,14 @@ Outcome run_session(const Options& options, Printer& printer) {
   return (*session)->finish(outcome, true);
 }
 
-void show_summary(const Options& options, const Recording& recording, Printer& printer) {
-  const char* use = recording.masked ? "personal data is masked" : "with all personal data";
+void print_summary(const Options& options, const Recording& recording, Printer& printer) {
+  const char* masking = recording.masked ? "personal data is masked" : "with all personal data";
   size_t count = recording.events.size();
   printer.result({{"type", "recording"},
                   {"file", options.output},
                   {"events", count},
                   {"masked", recording.masked}},
-                 fmt::format("{}: {} events, {}", options.output, count, use));
+                 fmt::format("{}: {} events, {}", options.output, count, masking));
 }
 
 Outcome run_record(const Options& options, Printer& printer) {
@@ -69,7 +69,7 @@ Outcome run_record(const Options& options, Printer& printer) {
   if (!session) return fail(printer, session.error());
   Outcome outcome = (*session)->run_lines(STDIN_FILENO);
   outcome = (*session)->finish(outcome, true);
-  show_summary(options, (*recorder)->recording(), printer);
+  print_summary(options, (*recorder)->recording(), printer);
   return outcome;
 }
 
@@ -99,10 +99,10 @@ Outcome run_modem(const Options& options, Printer& printer) {
 
 Outcome run_phone(const Options& options, Printer& printer) {
   const std::string& root = options.setup.phone_root;
-  bool only_shows = !options.words.empty() && options.words[0] == "show";
-  auto error = only_shows ? std::nullopt : prepare_phone(root, options.phone);
+  bool is_show = !options.words.empty() && options.words[0] == "show";
+  auto error = is_show ? std::nullopt : prepare_phone(root, options.phone);
   if (error) return fail(printer, *error);
-  if (only_shows) printer.phone(root, phone_report(root));
+  if (is_show) printer.phone(root, phone_report(root));
   return Outcome::success;
 }
 

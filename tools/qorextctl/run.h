@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// Every command's work.
+// Runs a command.
 #pragma once
 
 #include "tools/qorextctl/cli/options.h"
@@ -7,7 +7,7 @@
 
 namespace qorextctl {
 
-// Does what the options say. Returns the exit status.
+// Runs the command that the options contain. Returns the exit status.
 int run(const Options& options, Printer& printer);
 
 }  // namespace qorextctl

@@ -21,7 +21,7 @@ int digit_value(char digit) {
 
 bool is_separator(char character) { return character == ' ' || character == ':'; }
 
-// The JSON library refuses to write what is no UTF-8.
+// The JSON library throws if a text is not valid UTF-8.
 bool is_utf8(const std::string& text) {
   try {
     return !nlohmann::json(text).dump().empty();
@@ -77,11 +77,11 @@ std::optional<Bytes> parse_hex(std::string_view text) {
 }
 
 std::string printable(View text) {
-  bool utf8 = is_utf8({text.begin(), text.end()});
+  bool is_text_utf8 = is_utf8({text.begin(), text.end()});
   std::string shown;
   for (uint8_t byte : text) {
-    bool plain = byte >= 0x80 ? utf8 : byte >= ' ' && byte != 0x7F;
-    shown += plain ? std::string(1, static_cast<char>(byte)) : fmt::format("\\x{:02X}", byte);
+    bool is_plain = byte >= 0x80 ? is_text_utf8 : byte >= ' ' && byte != 0x7F;
+    shown += is_plain ? std::string(1, static_cast<char>(byte)) : fmt::format("\\x{:02X}", byte);
   }
   return shown;
 }

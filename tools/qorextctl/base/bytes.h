@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// Numbers in byte strings, and byte strings as text.
+// Numbers in byte sequences, and byte sequences as text.
 #pragma once
 
 #include <cstddef>
@@ -20,7 +20,7 @@ struct ByteRange {
   size_t size;
 };
 
-// The `width` bytes (at most 4) at `offset`; bytes behind the end count as zero.
+// Reads `width` bytes (at most 4) at `offset`. Bytes after the end count as zero.
 uint32_t load_le(View bytes, size_t offset, size_t width);
 uint32_t load_be(View bytes, size_t offset, size_t width);
 
@@ -30,21 +30,22 @@ void append_be(Bytes& bytes, uint32_t value, size_t width);
 
 bool all_zero(View bytes);
 
-// At most `size` bytes from `offset`; fewer, or none, where the bytes end before.
+// Returns `size` bytes from `offset`, or fewer if the bytes end earlier.
 View part(View bytes, size_t offset, size_t size);
 
-// Upper-case digits without separators.
+// Returns upper-case digits without separators.
 std::string to_hex(View bytes);
 
-// Pairs of hex digits, blanks and colons between them passed over; nothing for any other text.
+// Parses pairs of hex digits and skips blanks and colons between pairs. Returns nothing for any
+// other text.
 std::optional<Bytes> parse_hex(std::string_view text);
 
-// Text for a person and for JSON: UTF-8 stays, control characters become \xNN, and so do all bytes
-// from 0x80 where the whole is no UTF-8.
+// Escapes control characters as \xNN, and also all bytes from 0x80 unless the whole text is valid
+// UTF-8.
 std::string printable(View text);
 std::string printable(std::string_view text);
 
-// The same of the first 200 bytes, and "..." for the rest: for an error's text.
+// Shortens a text for an error message: the first 200 bytes, printable, and "..." for the rest.
 std::string beginning_of(std::string_view text);
 
 }  // namespace qorextctl

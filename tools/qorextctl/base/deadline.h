@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// A point in time until which something may take.
+// The time at which a wait ends.
 #pragma once
 
 #include <algorithm>
@@ -22,7 +22,7 @@ class Deadline {
   Clock::time_point time() const { return time_; }
   bool passed() const { return Clock::now() >= time_; }
 
-  // For poll(): rounded up, so that a poll that times out is never too early; at least 0.
+  // The timeout for poll(), at least 0. Rounded up, so that poll() does not return too early.
   int remaining_ms() const {
     auto left = std::chrono::ceil<std::chrono::milliseconds>(time_ - Clock::now()).count();
     return static_cast<int>(std::clamp<decltype(left)>(left, 0, kMaxMs));

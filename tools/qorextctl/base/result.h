@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// Either a value or the reason why there is none.
+// A value or an error.
 #pragma once
 
 #include <string>
@@ -8,12 +8,12 @@
 
 namespace qorextctl {
 
-// What the program's exit status says.
+// The values are the exit statuses of the program.
 enum class Outcome : int {
   success = 0,
-  refused = 1,    // a reply carried a failure status
-  usage = 2,      // the command was wrong; nothing was sent
-  transport = 3,  // no reply in time, daemon ended, modem not reachable
+  refused = 1,    // a reply has a failure status
+  usage = 2,      // the command is wrong; nothing was sent
+  transport = 3,  // no reply in time, the daemon ended, or the modem is not reachable
   broken = 4,     // the program itself failed
 };
 

@@ -57,27 +57,27 @@ void add_shared_options(CLI::App& app, Options& options) {
   app.add_option_function<std::string>(
          "--color",
          [&](const std::string& name) { options.colour = chosen("--color", kColours, name); },
-         "auto, always or never; auto honours NO_COLOR")
+         "auto, always or never; auto: at a terminal, unless NO_COLOR is set")
       ->option_text("WHEN");
   app.add_option("--timeout", options.timeout, "seconds to wait for a reply")
       ->check(CLI::Range(0.001, kMaxTimeout))
       ->capture_default_str();
   app.add_option("--instance", options.instance, "the daemon's instance id")->capture_default_str();
-  app.add_option("--modem", options.setup.modem, "unix:PATH or qrtr; without it a private modem")
+  app.add_option("--modem", options.setup.modem, "unix:PATH or qrtr; default: a private modem")
       ->check([](const std::string& modem) {
         bool good = modem == "qrtr" || (modem.rfind("unix:", 0) == 0 && modem.size() > 5);
-        return good ? "" : "'" + modem + "' is neither qrtr nor unix:PATH";
+        return good ? "" : "'" + modem + "' is not qrtr or unix:PATH";
       });
   app.add_option("--control", options.setup.control, "control socket of the modem");
   app.add_option("--scenario", options.setup.scenario, "start state of the private modem")
       ->check(CLI::ExistingFile);
   app.add_option("--phone-root", options.setup.phone_root,
-                 "folder of the phone's files; without it a private one");
+                 "folder of the phone's files; default: a private one");
   app.add_option("--daemon-program", options.daemon_executable,
-                 "the daemon; without it qorext_client beside qorextctl")
+                 "the daemon; default: qorext_client in the folder of qorextctl")
       ->check(CLI::ExistingFile);
   app.add_option("--modem-program", options.setup.modem_executable,
-                 "the private modem; without it qorext_modem beside qorextctl")
+                 "the private modem; default: qorext_modem in the folder of qorextctl")
       ->check(CLI::ExistingFile);
 }
 
@@ -108,7 +108,7 @@ std::vector<std::string> choices_of(const std::string& option) {
 }
 
 void describe_command_line(CLI::App& app, Options& options) {
-  app.description("Drives qorext_client as the radio interface daemon does.");
+  app.description("Sends requests to qorext_client as the radio interface daemon does.");
   app.name("qorextctl");
   app.set_version_flag("--version", "qorextctl " QOREXT_VERSION);
   app.footer(std::string(kExamples) + kExitStatuses);

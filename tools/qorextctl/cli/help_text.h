@@ -1,13 +1,13 @@
 // SPDX-License-Identifier: Apache-2.0
-// What --help says below the options.
+// The part of --help after the options.
 #pragma once
 
 namespace qorextctl {
 
 constexpr const char* kExitStatuses = R"(exit status:
   0  success
-  1  the modem or the daemon has refused: a reply carried a failure status, or a frame is malformed;
-     a replay has found differences
+  1  refused by the modem or the daemon: a reply has a failure status; or a frame is malformed, or a
+     replay has found differences
   2  wrong usage: nothing was sent, nothing was started
   3  transport: no reply in time, the daemon ended, or the modem is not reachable
   4  the tool itself failed: its output could not be written
@@ -19,18 +19,18 @@ constexpr const char* kExamples = R"(examples:
   qorextctl request nv-read rde-id=28                 with a private modem
   qorextctl request get-nam --json > nam.json         edit it, then:
   qorextctl request set-nam spc=000000 json=nam.json
-  qorextctl raw 07000002 0000000000000000 000000000000  bytes as they are
+  qorextctl raw 07000002 0000000000000000 000000000000  raw bytes
   qorextctl decode 07000002 0000000000000000 000000000000
-  adb logcat -d | qorextctl decode                    a log with what its hex dumps hold
+  adb logcat -d | qorextctl decode                    a log with its hex dumps decoded
   printf 'get-nam\nmodem indicate notify\nwait-unsol\n' | qorextctl session
-  qorextctl shell                                     the same typed, with completion
-  qorextctl load --count 10000 --rate 500             how long requests take
-  echo tune data=0A0B | qorextctl record --output tune.jsonl   all that is exchanged, in a file
-  qorextctl replay tune.jsonl                         and once more: what is different?
-  qorextctl trace tune.jsonl --output tune.trace.json and as a timeline
+  qorextctl shell                                     at a terminal, with completion
+  qorextctl load --count 10000 --rate 500             latencies
+  echo tune data=0A0B | qorextctl record --output tune.jsonl   records all frames and messages
+  qorextctl replay tune.jsonl                         replays them and shows differences
+  qorextctl trace tune.jsonl --output tune.trace.json a timeline
   qorextctl --modem unix:/run/m.sock --control /run/c.sock session
   qorextctl --control /run/c.sock modem nv 28 0A
-  qorextctl --phone-root phone phone prepare          a root to keep
+  qorextctl --phone-root phone phone prepare          creates a phone root
   qorextctl --phone-root phone phone show             logs, properties, DropBox
 
 )";
@@ -74,7 +74,7 @@ constexpr const char* kTraceExamples = R"(examples:
 constexpr const char* kShellKeys = R"(keys:
   Tab                                     completes names, arguments and values, or lists them
   Up, Down, Ctrl-R                        earlier lines, also of earlier runs
-  Ctrl-C                                  clears the line, or ends what is waited for
+  Ctrl-C                                  clears the line, or ends the current wait
   Ctrl-D                                  ends the daemon and the shell
 
 )";

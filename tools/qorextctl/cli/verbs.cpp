@@ -21,7 +21,8 @@ CLI::App* add_verb(CLI::App& app, Options& options, Verb verb, const char* name,
   return command;
 }
 
-// What CLI11 takes for an option of its own goes back among the words.
+// CLI11 would reject the options of a modem command: they are declared, and put back into the
+// words.
 void add_modem_option(CLI::App& modem, Options& options, const ModemOption& option) {
   std::string name = option.name;
   auto& words = options.words;
@@ -52,7 +53,7 @@ void add_phone(CLI::App& app, Options& options) {
   phone->add_option("--modem-restarts", files.modem_restarts, "since the boot")
       ->capture_default_str();
   phone->add_option("--ssr-reason", files.ssr_reason, "of the modem's last restart");
-  phone->add_option("--hob-seed", files.hob_seed, "makes up the hand-off block's content")
+  phone->add_option("--hob-seed", files.hob_seed, "seed of the hand-off block's content")
       ->capture_default_str();
   phone->add_option("--hob", files.hob_file, "the hand-off block, 32768 bytes")
       ->check(CLI::ExistingFile);
@@ -60,12 +61,12 @@ void add_phone(CLI::App& app, Options& options) {
 
 void add_decode(CLI::App& app, Options& options) {
   CLI::App* decode = add_verb(app, options, Verb::decode, "decode",
-                              "show what frames or a log hold", kDecodeExamples);
-  decode->add_option("words", options.words, "HEX... of one frame; without it lines are read");
+                              "decode frames, or the hex dumps of a log", kDecodeExamples);
+  decode->add_option("words", options.words, "HEX... of one frame; default: reads lines");
   decode
       ->add_option_function<std::string>(
           "--as", [&](const std::string& name) { options.decode.as = input_named(name); },
-          "request, reply, unsolicited or log; without it recognised by itself")
+          "request, reply, unsolicited or log; default: recognised")
       ->option_text("KIND");
   decode
       ->add_option("--input", options.decode.input, "lines of hex or of a log; - is standard input")
@@ -78,12 +79,13 @@ CLI::Option* add_output(CLI::App& verb, Options& options, const char* help) {
 }
 
 void add_recordings(CLI::App& app, Options& options) {
-  add_output(*add_verb(app, options, Verb::record, "record",
-                       "a session, with all that is exchanged written to a file", kRecordExamples),
-             options, "the recording")
+  add_output(
+      *add_verb(app, options, Verb::record, "record",
+                "a session, with all frames and messages written to a file", kRecordExamples),
+      options, "the recording")
       ->required();
   add_verb(app, options, Verb::replay, "replay",
-           "play a recording back against the daemon and show the differences", kReplayExamples)
+           "replay a recording against the daemon and show the differences", kReplayExamples)
       ->add_option("words", options.words, "RECORDING")
       ->required()
       ->expected(1);
@@ -98,20 +100,21 @@ void add_load(CLI::App& app, LoadOptions& load, Options& options) {
   constexpr size_t kMaxRequests = 10'000'000;
   constexpr double kMaxRate = 1'000'000;
   constexpr double kMaxSeconds = 86400;
-  CLI::App* verb =
-      add_verb(app, options, Verb::load, "load", "many requests at a given rate", kLoadExamples);
+  CLI::App* verb = add_verb(app, options, Verb::load, "load", "send many requests at a given rate",
+                            kLoadExamples);
   verb->add_option("--count", load.count, "requests to send")
       ->check(CLI::Range(size_t{1}, kMaxRequests))
       ->capture_default_str();
-  verb->add_option("--rate", load.rate, "requests a second; 0 sends one behind the other")
+  verb->add_option("--rate", load.rate,
+                   "requests per second; 0: each after the reply to the previous one")
       ->check(CLI::Range(0.0, kMaxRate))
       ->capture_default_str();
   auto* mix =
       verb->add_option("--mix", load.mix, "NAME[:WEIGHT],... of requests")->capture_default_str();
-  verb->add_option("--mix-file", load.mix_file, "lines of a weight and a session's line")
+  verb->add_option("--mix-file", load.mix_file, "lines with a weight and a session line")
       ->check(CLI::ExistingFile)
       ->excludes(mix);
-  verb->add_option("--seed", load.seed, "of the choice of requests")->capture_default_str();
+  verb->add_option("--seed", load.seed, "seed for the choice of requests")->capture_default_str();
   verb->add_option("--time-limit", load.time_limit, "seconds for the whole run")
       ->check(CLI::Range(0.001, kMaxSeconds))
       ->capture_default_str();
@@ -124,8 +127,7 @@ void add_verbs(CLI::App& app, Options& options) {
            kRequestExamples)
       ->add_option("words", options.words, "NAME [KEY=VALUE]...")
       ->required();
-  add_verb(app, options, Verb::raw, "raw", "send bytes as they are and show the reply",
-           kRawExamples)
+  add_verb(app, options, Verb::raw, "raw", "send raw bytes and show the reply", kRawExamples)
       ->add_option("words", options.words, "HEX...")
       ->required();
   add_verb(app, options, Verb::session, "session", "requests from standard input, one a line",
@@ -140,8 +142,9 @@ void add_verbs(CLI::App& app, Options& options) {
   add_decode(app, options);
   add_load(app, options.load, options);
   add_phone(app, options);
-  CLI::App* modem = add_verb(app, options, Verb::modem, "modem", "ask a modem's control socket",
-                             "commands:\n" + modem_command_help() + "\n" + kModemExamples);
+  CLI::App* modem =
+      add_verb(app, options, Verb::modem, "modem", "send a command to a modem's control socket",
+               "commands:\n" + modem_command_help() + "\n" + kModemExamples);
   modem->add_option("words", options.words, "COMMAND [ARGUMENT]...")->required();
   for (const ModemOption& option : modem_options()) add_modem_option(*modem, options, option);
 }

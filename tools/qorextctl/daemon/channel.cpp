@@ -13,8 +13,8 @@ using namespace std::chrono_literals;
 
 void FramePipe::read_available() {
   constexpr size_t kPipeSize = 65536;
-  size_t enough = std::min(pending().size() + kPipeSize, kMaxPending);
-  while (!ended_ && pending().size() < enough && readable(Deadline::in(0ms))) read_once();
+  size_t limit = std::min(pending().size() + kPipeSize, kMaxPending);
+  while (!ended_ && pending().size() < limit && readable(Deadline::in(0ms))) read_once();
 }
 
 bool FramePipe::readable(Deadline deadline) const {

@@ -13,11 +13,11 @@
 namespace qorextctl {
 
 enum class Silence {
-  timeout,  // no whole frame until the deadline; bytes of a part of one are kept
+  timeout,  // no complete frame until the deadline; a partial one is kept
   ended,    // the other end has closed the pipe
 };
 
-// A frame, or why there is none.
+// A frame, or the reason why there is none.
 class Received {
  public:
   Received(Bytes frame) : content_(std::move(frame)) {}
@@ -31,21 +31,22 @@ class Received {
   std::variant<Bytes, Silence> content_;
 };
 
-// Frames out of a pipe, however its bytes come: several in one read, one in many.
+// Reads frames from a pipe. One read may return several frames or a part of one.
 class FramePipe {
  public:
   explicit FramePipe(UniqueFd input) : input_(std::move(input)) {}
 
   int fd() const { return input_.get(); }
   bool ended() const { return ended_; }
-  // -1, which poll() skips, once the other end has closed the pipe, and while so much has been read
-  // and not taken that nothing more is read.
+  // The descriptor for poll(). It is -1, which poll() skips, after the other end has closed the
+  // pipe and while the buffer is full.
   int poll_fd() const { return ended_ || is_full() ? -1 : input_.get(); }
 
-  // Reads what is there without waiting, at most as much as a pipe holds: who writes all the time
-  // keeps nobody here.
+  // Reads the available bytes without waiting, at most one full pipe, so that it returns even if
+  // the other end never stops writing.
   void read_available();
-  // The next whole frame of those read already.
+  // Returns the next complete frame that has been read. `size_of` returns the size of the frame at
+  // the start of the bytes, or nothing while it is not known.
   template <class SizeOf>
   std::optional<Bytes> take(SizeOf size_of) {
     return buffer_.take(size_of);
@@ -78,7 +79,8 @@ Received FramePipe::receive(SizeOf size_of, Deadline deadline) {
   }
 }
 
-// One write() of all bytes; false when the pipe is closed or takes only a part (errno tells).
+// Writes all bytes with one write(). Returns false if the pipe is closed or accepts only a part,
+// and sets errno.
 bool write_whole(int fd, View bytes);
 
 }  // namespace qorextctl

@@ -26,13 +26,13 @@ struct Daemon::Ends {
 };
 
 Result<std::unique_ptr<Daemon>> Daemon::start(const DaemonOptions& options) {
-  signal(SIGPIPE, SIG_IGN);  // a request to a daemon that has gone is an ordinary failure
+  signal(SIGPIPE, SIG_IGN);  // a write to a daemon that has ended fails with EPIPE
   auto requests = make_pipe();
   auto replies = make_pipe();
   auto unsolicited = make_pipe();
   auto log = options.on_timed_log ? make_timed_pipe() : make_pipe();
   if (!requests || !replies || !unsolicited || !log) {
-    return transport_error(fmt::format("no pipes: {}", strerror(errno)));
+    return transport_error(fmt::format("cannot create pipes: {}", strerror(errno)));
   }
   Launch launch;
   launch.descriptors = {requests->read.get(), replies->write.get(), unsolicited->write.get()};
@@ -49,7 +49,7 @@ Result<std::unique_ptr<Daemon>> Daemon::start(const DaemonOptions& options) {
 }
 
 Daemon::Daemon(Process process, Ends ends, const DaemonOptions& options)
-    : log_(options.on_log, options.most_log_lines),
+    : log_(options.on_log, options.max_log_lines),
       requests_(std::move(ends.requests)),
       replies_(std::move(ends.replies)),
       unsolicited_(std::move(ends.unsolicited)),
@@ -68,7 +68,7 @@ bool Daemon::wait_taken(Deadline deadline) const {
     int waiting = 0;
     if (ioctl(requests_.get(), FIONREAD, &waiting) != 0 || waiting == 0) return true;
     if (deadline.passed()) return false;
-    pollfd entry{requests_.get(), 0, 0};  // tells when nobody can read any more
+    pollfd entry{requests_.get(), 0, 0};  // POLLERR: the reading end is closed
     if (poll(&entry, 1, kPauseMs) > 0) return true;
   }
 }

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// The daemon, started and spoken to as its parent does it.
+// Starts the daemon and exchanges frames with it in the way its parent does.
 #pragma once
 
 #include <memory>
@@ -18,31 +18,31 @@ struct DaemonOptions {
   unsigned instance = 0;
   LogCapture::Listener on_log = {};
   LogCapture::TimedListener on_timed_log = {};
-  size_t most_log_lines = SIZE_MAX;  // kept for log()
-  int log = -1;                      // a descriptor that gets the log; -1: it is captured
+  size_t max_log_lines = SIZE_MAX;  // kept for log()
+  int log = -1;                     // a descriptor for the log; -1: it is captured
 };
 
 class Daemon {
  public:
-  // Returns as soon as it runs; it answers when it has found the modem.
+  // Returns as soon as the process runs. The daemon replies after it has found the modem.
   static Result<std::unique_ptr<Daemon>> start(const DaemonOptions& options);
-  // Asks the daemon to end by closing the request pipe, then ends it.
+  // Closes the request pipe, waits for the daemon to end, then terminates it.
   ~Daemon();
 
-  // Whether the daemon has read what was sent, or has gone; waits for it. A request that is sent
-  // before that would be read together with the one in front of it.
+  // Waits until the daemon has read the last request or has ended. Returns false at the deadline.
+  // Two requests in one read are one request to the daemon.
   bool wait_taken(Deadline deadline) const;
 
-  // One write, one request. False when the daemon has gone.
+  // Sends one request with one write. Returns false if the daemon has ended.
   bool send(View request);
   Received receive_reply(ReplyForm form, Deadline deadline);
   Received receive_unsolicited(Deadline deadline);
 
-  // For callers that wait for more than one thing at a time.
+  // For callers that wait for several pipes.
   FramePipe& replies() { return replies_; }
   FramePipe& unsolicited() { return unsolicited_; }
 
-  // The daemon ends when it finds its request pipe closed.
+  // The daemon ends when its request pipe is closed.
   void close_requests() { requests_.reset(); }
   std::optional<ExitStatus> wait_exit(Deadline deadline) { return process_.wait(deadline); }
 
@@ -53,7 +53,7 @@ class Daemon {
   struct Ends;
   Daemon(Process process, Ends ends, const DaemonOptions& options);
 
-  LogCapture log_;  // ends after the process
+  LogCapture log_;  // destroyed after the process
   UniqueFd requests_;
   FramePipe replies_;
   FramePipe unsolicited_;

@@ -15,34 +15,34 @@ namespace {
 
 constexpr size_t kMaxRead = 65536;
 
-// The log library cuts its lines after some kilobytes. No part of a longer line is kept: without
-// the head it would be nobody's line, and not be masked as the daemon's are.
+// The log library cuts its lines after some kilobytes. A longer line is dropped completely: a part
+// without the line's head would not be masked.
 constexpr size_t kMaxLine = 65536;
 constexpr const char* kLongLine = "(a line of more than 65536 bytes)";
-static_assert(kMaxLine == 65536, "the text names it");
+static_assert(kMaxLine == 65536, "kLongLine contains the number");
 
 using std::chrono::nanoseconds;
 
 nanoseconds monotonic_now() { return Deadline::Clock::now().time_since_epoch(); }
 
-// What the monotonic clock shows less than the real-time clock; the best of some readings, as the
-// thread may be held up between two.
+// The real-time clock minus the monotonic clock. Uses the reading that took the shortest time,
+// because the thread may be preempted between the clocks.
 nanoseconds clock_offset() {
   constexpr int kReadings = 5;
   nanoseconds offset{};
-  nanoseconds least = nanoseconds::max();
+  nanoseconds shortest = nanoseconds::max();
   for (int i = 0; i < kReadings; ++i) {
     nanoseconds before = monotonic_now();
     nanoseconds real = std::chrono::system_clock::now().time_since_epoch();
     nanoseconds taken = monotonic_now() - before;
-    if (taken >= least) continue;
-    least = taken;
+    if (taken >= shortest) continue;
+    shortest = taken;
     offset = real - before - taken / 2;
   }
   return offset;
 }
 
-// The kernel stamps with the real-time clock.
+// The kernel's timestamps are of the real-time clock.
 int64_t monotonic_time(const msghdr& message) {
   const cmsghdr* header = CMSG_FIRSTHDR(&message);
   bool is_stamp =
@@ -110,7 +110,7 @@ void LogCapture::add(const std::string& line, int64_t time) {
   if (timed_listener_) timed_listener_(line, time);
   std::lock_guard lock(mutex_);
   lines_.push_back(line);
-  if (lines_.size() > most_lines_) lines_.pop_front();
+  if (lines_.size() > max_lines_) lines_.pop_front();
   changed_.notify_all();
 }
 

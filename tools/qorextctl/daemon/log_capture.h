@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-// What a program writes to its output and error channels, line by line. A thread reads all the
-// time, so that the program never waits because nobody reads its log.
+// Captures the lines that a program writes to its standard output and error. A thread reads them,
+// so that the program never blocks on a full pipe.
 #pragma once
 
 #include <sys/types.h>
@@ -23,28 +23,28 @@ namespace qorextctl {
 
 class LogCapture {
  public:
-  // Called on the reading thread with every line, without its end.
+  // Called on the reading thread for each line, without its end.
   using Listener = std::function<void(const std::string&)>;
 
-  // The same with the time at which the line was written: nanoseconds of the monotonic clock.
+  // Also gets the time at which the line was written, in nanoseconds of the monotonic clock.
   using TimedListener = std::function<void(const std::string&, int64_t)>;
 
-  // Only the last `most_lines` are kept.
-  explicit LogCapture(Listener listener = {}, size_t most_lines = SIZE_MAX)
-      : listener_(std::move(listener)), most_lines_(most_lines) {}
-  // Waits for the end of the log: end the program first.
+  // Keeps the last `max_lines` lines.
+  explicit LogCapture(Listener listener = {}, size_t max_lines = SIZE_MAX)
+      : listener_(std::move(listener)), max_lines_(max_lines) {}
+  // Waits for the end of the log, so the program must have ended.
   ~LogCapture();
 
-  // For a timed listener `input` comes from make_timed_pipe().
+  // A timed listener needs an `input` from make_timed_pipe().
   void start(UniqueFd input, TimedListener listener = {});
 
   std::vector<std::string> lines() const;
-  // True as soon as a line holds the text.
+  // Waits until a line contains the text. Returns false at the deadline or the log's end.
   bool wait_for(const std::string& text, Deadline deadline) const;
-  // The number of the first line from number `first` on that holds the text, counted from 0;
-  // nothing when there is none until the deadline or the log's end.
+  // Returns the index of the first line from index `first` that contains the text, or nothing at
+  // the deadline or the log's end.
   std::optional<size_t> find(const std::string& text, size_t first, Deadline deadline) const;
-  // Waits until the program has closed its output.
+  // Waits until the program has closed its output. Returns false at the deadline.
   bool wait_end(Deadline deadline) const;
 
  private:
@@ -58,7 +58,7 @@ class LogCapture {
 
   Listener listener_;
   TimedListener timed_listener_;
-  size_t most_lines_;
+  size_t max_lines_;
   mutable std::mutex mutex_;
   mutable std::condition_variable changed_;
   std::deque<std::string> lines_;

@@ -47,7 +47,7 @@ std::optional<Error> Setup::make_folder() {
   std::error_code error;
   fs::path base = fs::temp_directory_path(error);
   std::string folder = (error ? fs::path("/tmp") : base) / "qorextctl.XXXXXX";
-  if (!mkdtemp(folder.data())) return failed("make the folder", folder, strerror(errno));
+  if (!mkdtemp(folder.data())) return failed("create the folder", folder, strerror(errno));
   folder_ = folder;
   give_to_radio_user(folder_);
   return std::nullopt;
@@ -62,11 +62,12 @@ std::optional<Error> Setup::start_modem(const SetupOptions& options) {
   std::string executable = options.modem_executable;
   if (executable.empty()) executable = sibling("qorext_modem");
   if (executable.empty()) {
-    return transport_error("qorext_modem is not beside qorextctl; use --modem or --modem-program");
+    return transport_error(
+        "qorext_modem is not in the folder of qorextctl; use --modem or --modem-program");
   }
   auto ready = make_pipe();
   auto output = make_pipe();
-  if (!ready || !output) return failed("make pipes for", executable, strerror(errno));
+  if (!ready || !output) return failed("create pipes for", executable, strerror(errno));
   control_ = folder_ + "/control.sock";
   Launch launch;
   launch.arguments = {executable,
@@ -92,7 +93,7 @@ std::optional<Error> Setup::start_modem(const SetupOptions& options) {
   return error;
 }
 
-// The modem writes a byte when it can be reached; the end of the pipe says that it has gone.
+// The modem writes a byte when it is ready. End of file: it has ended.
 std::optional<Error> Setup::wait_ready(const UniqueFd& ready, double seconds) {
   Deadline deadline = Deadline::in_seconds(seconds);
   pollfd entries[] = {{ready.get(), POLLIN, 0}, {interrupt_fd_, POLLIN, 0}};
@@ -112,7 +113,7 @@ std::optional<Error> Setup::wait_ready(const UniqueFd& ready, double seconds) {
 Result<std::unique_ptr<Daemon>> launch_daemon(DaemonOptions options, const Setup& setup) {
   if (options.executable.empty()) options.executable = sibling("qorext_client");
   if (options.executable.empty()) {
-    return transport_error("qorext_client is not beside qorextctl; use --daemon-program");
+    return transport_error("qorext_client is not in the folder of qorextctl; use --daemon-program");
   }
   options.modem = setup.modem();
   options.phone_root = setup.phone_root();

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-// What the daemon needs around it: a modem and a phone's file system. What is not given is made for
-// this run only, in a temporary folder that is removed afterwards.
+// The modem and the phone root that the daemon runs with. Those that are not given are private:
+// created for this run in a temporary folder, and removed afterwards.
 #pragma once
 
 #include <memory>
@@ -12,13 +12,13 @@
 namespace qorextctl {
 
 struct SetupOptions {
-  std::string modem = {};        // "unix:PATH" or "qrtr"; empty: a private one
-  std::string control;           // of the given modem; empty: none
+  std::string modem = {};        // "unix:PATH" or "qrtr"; empty: private
+  std::string control;           // control socket of the given modem; empty: none
   std::string scenario;          // file for the private modem; empty: its default
-  std::string phone_root;        // empty: a private one
-  std::string modem_executable;  // empty: the one beside this program
+  std::string phone_root;        // empty: private
+  std::string modem_executable;  // empty: qorext_modem in this program's folder
   double timeout_seconds = 20;
-  bool serves_modem = false;  // the caller does, at modem(): none is started
+  bool serves_modem = false;  // the caller serves the private modem's socket: none is started
 };
 
 // What a command that starts the daemon sets.
@@ -32,13 +32,13 @@ struct LaunchOptions {
 
 class Setup {
  public:
-  // A readable `interrupt_fd` ends the wait for the private modem.
+  // A readable `interrupt_fd` ends the wait for the private modem with an error.
   static Result<std::unique_ptr<Setup>> create(const SetupOptions& options, int interrupt_fd = -1);
   ~Setup();
 
   const std::string& modem() const { return modem_; }
-  std::string modem_socket() const { return folder_ + "/modem.sock"; }  // of a private one
-  const std::string& control() const { return control_; }               // empty: none is known
+  std::string modem_socket() const { return folder_ + "/modem.sock"; }  // of the private modem
+  const std::string& control() const { return control_; }               // empty: unknown
   const std::string& phone_root() const { return phone_root_; }
   const LogCapture& modem_log() const { return modem_log_; }
 
@@ -55,11 +55,11 @@ class Setup {
   std::optional<Error> wait_ready(const UniqueFd& ready, double seconds);
 
   int interrupt_fd_;
-  std::string folder_;  // empty: nothing private
+  std::string folder_;  // empty: nothing is private
   std::string modem_;
   std::string control_;
   std::string phone_root_;
-  LogCapture modem_log_;  // ends after the process
+  LogCapture modem_log_;  // destroyed after the process
   std::optional<Process> process_;
 };
 

@@ -20,9 +20,9 @@ namespace qorextctl {
 
 namespace {
 
-constexpr auto kGrace = std::chrono::seconds(2);  // between asking a program to end and killing it
+constexpr auto kGrace = std::chrono::seconds(2);  // between SIGTERM and SIGKILL
 
-// What execve() needs, made before fork(): the child must not allocate memory.
+// The arguments of execve(), made before fork() because the child must not allocate memory.
 struct Image {
   std::vector<std::string> environment;
   std::vector<char*> argv;
@@ -55,7 +55,7 @@ Image make_image(const Launch& launch) {
   return image;
 }
 
-// Signals that this program ignores would stay ignored in the child.
+// Ignored and blocked signals are inherited by execve().
 void restore_signals() {
   signal(SIGPIPE, SIG_DFL);
   sigset_t none;
@@ -65,7 +65,7 @@ void restore_signals() {
 
 [[noreturn]] void run_child(const Launch& launch, const Image& image, int report, int null) {
   prctl(PR_SET_PDEATHSIG, SIGTERM);
-  setpgid(0, 0);  // Ctrl-C at the terminal is meant for this program, which may well go on
+  setpgid(0, 0);  // Ctrl-C at the terminal must reach this program only
   restore_signals();
   dup2(null, STDIN_FILENO);
   if (launch.output >= 0) {
@@ -80,7 +80,7 @@ void restore_signals() {
   _exit(127);
 }
 
-// Reads what a failed execve() reported; the pipe just ends when it succeeded.
+// Returns the errno of a failed execve(), or 0: the pipe is closed by a successful one.
 int failure_of(const UniqueFd& report) {
   int reason = 0;
   ssize_t size = 0;

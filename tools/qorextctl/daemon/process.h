@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// Programs started by this one.
+// Child processes.
 #pragma once
 
 #include <sys/types.h>
@@ -18,20 +18,20 @@ namespace qorextctl {
 struct Launch {
   std::vector<std::string> arguments;  // the first one is the path of the executable
   std::vector<std::pair<std::string, std::string>> environment = {};  // added to this program's
-  std::vector<int> descriptors = {};  // kept open, under their numbers, beside 0, 1 and 2
-  int output = -1;                    // standard output and error; -1: this program's own
+  std::vector<int> descriptors = {};  // stay open with the same numbers, besides 0, 1 and 2
+  int output = -1;                    // for standard output and error; -1: this program's
 };
 
 struct ExitStatus {
-  int code = 0;    // when `signal` is 0
-  int signal = 0;  // that ended the program
+  int code = 0;    // valid if `signal` is 0
+  int signal = 0;  // the signal that ended the program
 };
 std::string describe(const ExitStatus& status);
 
-// A running program. It is ended with its owner, and when the starting thread dies.
+// A running program. It is terminated by the destructor, and when the thread that started it ends.
 class Process {
  public:
-  // Standard input is empty. The child has no descriptor open that is not named.
+  // Standard input is /dev/null. All descriptors but those in `launch` are closed.
   static Result<Process> start(const Launch& launch);
 
   Process(Process&& other) noexcept;
@@ -40,7 +40,7 @@ class Process {
 
   pid_t pid() const { return pid_; }
 
-  // Nothing when it still runs at the deadline.
+  // Returns nothing if the program still runs at the deadline.
   std::optional<ExitStatus> wait(Deadline deadline);
   void signal(int number) const;
 
@@ -52,7 +52,7 @@ class Process {
   std::optional<ExitStatus> status_;
 };
 
-// An executable in the folder of the running one; empty when it is not there.
+// Returns the path of an executable in this program's folder, or an empty string if there is none.
 std::string sibling(const std::string& name);
 
 }  // namespace qorextctl

@@ -16,7 +16,7 @@ constexpr Layout kPiece = {kPieceFields};
 constexpr Field kTunerFields[] = {u32("length", 0), counted(hex("data", 4), "length")};
 constexpr Layout kTuner = {kTunerFields, 32};
 
-// As the modem packs them; the names are those of the reply's fields.
+// The modem's packed record, with the field names of the reply.
 constexpr Field kCallFields[] = {
     u32("fer", 0),
     u8("active-pilots", 12),
@@ -83,14 +83,14 @@ LogContent content(const char* type, const std::string& name, const std::string&
   return {type, frame};
 }
 
-// What belongs to a request of the generic family or of the carrier's.
+// Content with the name and the id of a request.
 LogContent content_for(const char* type, const char* request, const Layout& layout,
                        const Bytes& bytes) {
   const Request& row = *find_request(request);
   return content(type, row.name, id_text(family_of(row), row.id), layout, bytes);
 }
 
-// The modem gives these records as hexadecimal text, and the text is what is dumped.
+// The modem returns these records as hexadecimal text, and the daemon dumps the text.
 LogContent engineering(const char* request, const Layout& layout, const Bytes& text) {
   auto record = parse_hex({reinterpret_cast<const char*>(text.data()), text.size()});
   if (record) return content_for("engineering", request, layout, *record);

@@ -1,15 +1,15 @@
 // SPDX-License-Identifier: Apache-2.0
-// What the bytes in the daemon's log are.
+// Decodes the bytes in the daemon's log.
 #pragma once
 
 #include "tools/qorextctl/frames/decode.h"
 
 namespace qorextctl {
 
-// What a hex dump shows.
+// The content of a hex dump.
 enum class Dump { unknown, reply, nv_item, data_plmn, tuner, call_processing, evdo };
 
-// Where bytes of an NV item lie.
+// The position of bytes in an NV item.
 struct ItemAddress {
   uint32_t item;
   uint32_t record;
@@ -21,8 +21,8 @@ struct LogContent {
   DecodedFrame frame;
 };
 
-// Nothing where there are no bytes, or nobody knows what they are. Of an item without an address
-// nobody knows.
+// Returns nothing if there are no bytes or their content is unknown. Bytes of an NV item are
+// unknown without an address.
 std::optional<LogContent> decode_dump(Dump dump, const std::optional<ItemAddress>& address,
                                       const Bytes& bytes);
 

@@ -9,10 +9,10 @@ namespace qorextctl {
 
 namespace {
 
-// No head is longer; the expressions see no more of a line.
+// The expressions search only this part of a line; no head is longer.
 constexpr size_t kMaxHead = 160;
 
-// A form of a line's head, and which groups of its expression hold what.
+// A format of a line's head, with the groups of its expression.
 struct Form {
   std::regex head;
   size_t source;
@@ -26,9 +26,9 @@ const std::vector<Form>& forms() {
   static const std::vector<Form> all = {
       // brief, time
       {std::regex("(?:" + date + R"()?([VDIWEFS])/RIL-QOREXT *\(( *\d+)\): )"), 2, 1},
-      // threadtime; newer log libraries write the same to a terminal
+      // threadtime; also the terminal format of current log libraries
       {std::regex(date + user + R"((\d+ +\d+) ([VDIWEFS]) RIL-QOREXT *: )"), 1, 2},
-      // older log libraries to a terminal
+      // the terminal format of older log libraries
       {std::regex("RIL-QOREXT ([VDIWEFS]) " + date + R"((\d+ +\d+) )"), 2, 1},
   };
   return all;

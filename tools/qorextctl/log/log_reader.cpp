@@ -18,15 +18,15 @@ constexpr std::string_view kDumpText = "HexDump: Data ";
 constexpr std::string_view kItemText = "NV Read ";
 constexpr std::string_view kItemDigits = "grde - ";
 
-// Threads that a log's state is kept of: many times what a phone's daemon ever has.
+// Limits the memory for a log with any number of threads. The daemon has a few.
 constexpr size_t kMaxSources = 1024;
 
-// The line in front of a hex dump.
-struct Announcement {
+// A line before a hex dump, which gives its content.
+struct DumpTitle {
   std::string_view text;
   Dump dump;
 };
-constexpr Announcement kAnnouncements[] = {
+constexpr DumpTitle kDumpTitles[] = {
     {"handleNvRsp: response hexdump for p_respHdr->msgId", Dump::reply},
     {"qor_qmi_sprint_rde_write: hexdump len", Dump::nv_item},
     {"Gen NV Write RdeId", Dump::nv_item},
@@ -36,14 +36,14 @@ constexpr Announcement kAnnouncements[] = {
     {"qorext_hook_sprint_get_evdo_data() hexDump...", Dump::evdo},
 };
 
-// Lines that name item, record and offset.
+// Lines that contain item, record and offset.
 constexpr std::string_view kAddressTexts[] = {
     "NV Write with RDE index",
     "NV Read with RDE index",
     "Gen NV Write RdeId",
 };
 
-// Lines up to the first personal value; what follows is masked.
+// The start of a line up to its first personal value. The rest is masked.
 constexpr std::string_view kPersonalTexts[] = {
     "qorext_hook_sprint_read_mdn_from_nv:  mdn_number incremented by 0 ",
     "qorext_hook_sprint_read_mdn_from_nv:  mdn_number ",
@@ -80,7 +80,7 @@ std::string joined(std::string_view head, std::string_view text, std::string_vie
   return std::string(head).append(text).append(rest);
 }
 
-// The first three decimal numbers of a text; the daemon writes some as signed ones.
+// The first three decimal numbers of a text. The daemon writes some of them as signed numbers.
 std::optional<std::array<uint32_t, 3>> three_numbers(std::string_view text) {
   std::array<uint32_t, 3> numbers{};
   for (uint32_t& number : numbers) {
@@ -95,25 +95,25 @@ std::optional<std::array<uint32_t, 3>> three_numbers(std::string_view text) {
   return numbers;
 }
 
-void take_announcement(State& state, std::string_view text) {
+void note_title(State& state, std::string_view text) {
   for (std::string_view address : kAddressTexts) {
     if (!starts_with(text, address)) continue;
     auto numbers = three_numbers(text.substr(address.size()));
     state.address.reset();
     if (numbers) state.address = {(*numbers)[0], (*numbers)[1], (*numbers)[2]};
   }
-  for (const Announcement& announcement : kAnnouncements) {
-    if (starts_with(text, announcement.text)) state.dump = announcement.dump;
+  for (const DumpTitle& title : kDumpTitles) {
+    if (starts_with(text, title.text)) state.dump = title.dump;
   }
 }
 
-// "***" for digits that are no pairs: a line that somebody has cut.
+// Returns "***" for digits that are not pairs, from a line that was cut.
 std::string masked_digits(std::string_view digits) {
   auto bytes = parse_hex(digits);
   return bytes ? masked_hex(bytes->size()) : kMasked;
 }
 
-// The log library cuts long lines, also within a byte.
+// The log library may cut a long line within a byte.
 std::optional<Bytes> whole_bytes(std::string_view digits) {
   return parse_hex(digits.substr(0, digits.size() / 2 * 2));
 }
@@ -138,8 +138,8 @@ LogEntry read_dump(const State& state, const DaemonLine& line) {
   return entry;
 }
 
-// "NV Read 28, length 1, data length 1, grde - 06": the modem names the item that it has read, the
-// line before names the one that was asked for.
+// For example "NV Read 28, length 1, data length 1, grde - 06". This is the item that the modem has
+// returned; the line before has the one that was requested.
 LogEntry read_item(const State& state, const DaemonLine& line, size_t digits_at) {
   std::string_view before = line.text.substr(0, digits_at);
   std::string_view digits = line.text.substr(digits_at);
@@ -184,7 +184,7 @@ LogEntry LogReader::read(const std::string& line) {
     state = {};
     return entry;
   }
-  take_announcement(state, parsed->text);
+  note_title(state, parsed->text);
   return {masked_text(*parsed), std::nullopt};
 }
 

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-// The daemon's log, with what its lines hold: hex dumps of frames and of modem data, NV items,
-// personal values in clear.
+// Decodes and masks the daemon's log: hex dumps of frames and of modem data, NV items, and personal
+// values in clear text.
 #pragma once
 
 #include <map>
@@ -15,16 +15,16 @@ struct LogEntry {
   std::optional<LogContent> content;
 };
 
-// Takes a log line by line, because a line says what the next one's hex dump is. Lines of other
-// programs pass as they are. A dump of which nothing is known is masked wholly.
+// Reads all lines of a log in order, because the content of a hex dump depends on the line before.
+// Lines of other programs do not change. A dump of unknown content is masked completely.
 class LogReader {
  public:
   LogEntry read(const std::string& line);
 
-  // After a line that could not be read: of no dump is anything known then.
+  // Called after a skipped line: the content of the next dumps is unknown.
   void forget() { states_.clear(); }
 
-  // Of one process or thread.
+  // The state of one process or thread.
   struct State {
     Dump dump = Dump::unknown;
     std::optional<ItemAddress> address;  // of the item that is being read or written

@@ -13,7 +13,7 @@ namespace qorextctl {
 
 namespace {
 
-// "rde-id= [record=] ...": optional ones in brackets.
+// For example "rde-id= [record=]": optional arguments are in brackets.
 std::string usage(const Request& request) {
   std::vector<std::string> names;
   for (const Argument& argument : request.payload.arguments) {
@@ -37,7 +37,7 @@ std::string field_row(const char* indent, const Field& field) {
   return fmt::format("{}{:<20} {}\n", indent, field.name, type_text(field));
 }
 
-// The data of a reply that is a success.
+// The fields of a successful reply.
 std::string reply_text(const Layout& layout) {
   std::string text = "reply:\n";
   for (const Field& field : layout.fields) text += field_row("  ", field);
@@ -65,7 +65,7 @@ Json fields_json(std::span<const Field> fields) {
   return all;
 }
 
-// Under the names that the fields of a decoded reply have.
+// With the field names of a decoded reply.
 Json reply_json(const Request& request) {
   if (!request.reply.layout) return Json::array();
   Json all = fields_json(request.reply.layout->fields);

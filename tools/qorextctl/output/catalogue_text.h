@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// The request catalogue for people and for programs.
+// The request catalogue as text and as JSON.
 #pragma once
 
 #include <string>
@@ -10,14 +10,14 @@
 
 namespace qorextctl {
 
-// One line a request; with a single request, its arguments and its reply's fields too,
-// one a line.
+// Returns one line per request. A single request also has a line for each argument and each field
+// of its reply.
 std::string catalogue_text(const std::vector<const Request*>& requests);
 
-// What stands for an argument that is not given.
+// Describes the default of an argument.
 std::string default_text(const Default& otherwise);
 
-// "0x02000016"; "any" for those that take any id.
+// For example "0x02000016", or "any" for a request that accepts any id.
 std::string any_or_id(const Request& request);
 
 Json catalogue_json(const Request& request);

@@ -22,18 +22,18 @@ std::string size_text(uint32_t length) {
   return length == 1 ? "1 byte" : fmt::format("{} bytes", length);
 }
 
-// Every line of a text with something in front.
-std::string indented(std::string_view front, const std::string& text) {
+// Adds a prefix to each line.
+std::string indented(std::string_view prefix, const std::string& text) {
   std::string result;
   for (size_t start = 0; start < text.size();) {
     size_t end = std::min(text.find('\n', start), text.size() - 1) + 1;
-    result.append(front).append(text, start, end - start);
+    result.append(prefix).append(text, start, end - start);
     start = end;
   }
   return result;
 }
 
-// "request" is a row of the catalogue.
+// The type "request" is used for the catalogue.
 const char* type_of(FrameKind kind) {
   return kind == FrameKind::request ? "request-frame" : name_of(kind);
 }
@@ -53,7 +53,6 @@ void Printer::share_screen_with(InputLine* line) {
 
 void Printer::object(const Json& object) {
   text(object.dump(-1, ' ', false, Json::error_handler_t::replace) + "\n");
-  ;
 }
 
 void Printer::text(const std::string& text) { write(out_, text); }
@@ -65,7 +64,7 @@ void Printer::write(std::ostream& stream, const std::string& text) {
   if (input_line_) input_line_->show();
 }
 
-// The status of an unsolicited frame is worth a word only when it is none of success.
+// An unsolicited frame shows its status only if it is not success.
 std::string Printer::status_text(const DecodedFrame& frame, bool is_reply) const {
   if (!frame.status || (!is_reply && *frame.status == 0)) return "";
   std::string text = frame.status_name == "unknown"
@@ -74,7 +73,7 @@ std::string Printer::status_text(const DecodedFrame& frame, bool is_reply) const
   return *frame.status == 0 ? out_colours_.good(text) : out_colours_.bad(text);
 }
 
-// "nv-read (0x02000016): success, 21 bytes".
+// For example "nv-read (0x02000016): success, 21 bytes".
 std::string Printer::summary(const DecodedFrame& frame, std::string_view remark,
                              bool is_reply) const {
   std::string name = out_colours_.title(frame.name.empty() ? "unknown" : frame.name);

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-// What the program prints: aligned lines for people, or one JSON object a line with stable keys.
-// Results go to standard output; logs and errors to standard error. Any thread may print.
+// The output of the program: aligned lines, or one JSON object per line with stable keys. Results
+// go to `out`, logs and errors to `err`. Thread-safe.
 #pragma once
 
 #include <iosfwd>
@@ -20,43 +20,43 @@ class Printer {
  public:
   Printer(std::ostream& out, std::ostream& err, bool json) : out_(out), err_(err), json_(json) {}
 
-  void show_hex(bool show) { hex_ = show; }  // below every frame; JSON always has it
+  void show_hex(bool show) { hex_ = show; }  // below each frame; JSON always has it
   void use_colours(Colours out, Colours err) {
     out_colours_ = out;
     err_colours_ = err;
   }
 
-  void show_personal(bool show) { show_personal_ = show; }  // in the daemon's log
-  void show_frames(bool show) { frames_ = show; }           // replies and unsolicited ones
+  void show_personal(bool show) { show_personal_ = show; }  // in logs and unknown bytes
+  void show_frames(bool show) { frames_ = show; }           // replies and unsolicited frames
 
-  // What is typed meanwhile makes room for what is printed; null: nothing is.
+  // Hides the line during output; null: there is none.
   void share_screen_with(InputLine* line);
 
-  // `second`: the reply that follows the real one.
+  // `second`: the second of two replies to one request.
   void reply(const DecodedFrame& reply, bool second);
-  // Of a request whose wait has ended before.
+  // A reply that arrived after its timeout.
   void late_reply(const DecodedFrame& reply);
   void unsolicited(const DecodedFrame& message);
-  // A frame that was given, not exchanged.
+  // A frame that is decoded from input, not exchanged.
   void decoded(FrameKind kind, const DecodedFrame& frame);
-  // A line of a log, and below it what it holds.
+  // A line of a log, and the decoded content below it.
   void log_entry(const std::string& line, const std::optional<LogContent>& content);
   void daemon_exit(const ExitStatus& status);
   void property(const std::string& name, const std::string& value);
   void phone(const std::string& root, const Items& report);
   void modem_answer(const std::string& command, const Json& answer);
-  // One result: the object where JSON is wanted, else the text.
+  // Prints the object as JSON, or else the text.
   void result(const Json& object, const std::string& text);
-  // Several, an object each, and the lines that show them to people.
+  // Prints each object as JSON, or else the lines.
   void results(const std::vector<Json>& objects, const std::string& lines);
   void request_list(const std::vector<const Request*>& requests);
   void help(const std::string& text);
   void error(const Error& error);
-  // As hex, for an error: bytes of which nothing is known.
+  // Returns bytes of unknown content as hex for an error message, masked if they may be personal.
   std::string unknown_bytes(View bytes) const;
-  // Of the daemon's log; its lines in their order.
+  // A line of the daemon's log. Call it with all lines in order: masking depends on earlier lines.
   void log_line(const std::string& line);
-  // The end of a log, for a person who asks why something failed.
+  // The last lines of a log, printed after a failure.
   void log_tail(const std::string& title, const std::vector<std::string>& lines);
 
  private:

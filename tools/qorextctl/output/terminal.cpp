@@ -15,8 +15,8 @@ constexpr const char* kBold = "1";
 constexpr const char* kGreen = "32";
 constexpr const char* kRed = "31";
 
-// https://no-color.org: set, and not empty.
-bool unwanted() {
+// NO_COLOR counts if it is set and not empty (https://no-color.org).
+bool is_unwanted() {
   const char* no_color = getenv("NO_COLOR");
   const char* terminal = getenv("TERM");
   return (no_color && *no_color) || !terminal || std::string_view(terminal) == "dumb";
@@ -26,7 +26,7 @@ bool unwanted() {
 
 Colours Colours::choose(ColourWhen when, int fd) {
   if (when != ColourWhen::automatic) return Colours(when == ColourWhen::always);
-  return Colours(isatty(fd) == 1 && !unwanted());
+  return Colours(isatty(fd) == 1 && !is_unwanted());
 }
 
 std::string Colours::painted(const char* code, const std::string& text) const {

@@ -32,10 +32,10 @@ constexpr const char* kModemRestarts = "/sys/module/subsystem_restart/parameters
 constexpr const char* kRestartReason = "/sys/module/pil_q6v5_mss/parameters/ssr_reason";
 
 Error failed(const std::string& path) {
-  return transport_error(fmt::format("cannot make {}: {}", path, strerror(errno)));
+  return transport_error(fmt::format("cannot create {}: {}", path, strerror(errno)));
 }
 
-// Every folder on the way that was not there belongs to the radio user too.
+// Parent folders that are created belong to the radio user too.
 bool make_folders(const fs::path& folder) {
   std::error_code error;
   if (fs::is_directory(folder, error)) return true;
@@ -50,7 +50,7 @@ bool make_folders(const fs::path& folder) {
   return give_to_radio_user(folder);
 }
 
-// A file with `size` bytes of which `content` stands at an offset and the others are holes.
+// A sparse file of `size` bytes with `content` at an offset.
 struct FileContent {
   std::string name;
   mode_t mode;
@@ -83,7 +83,7 @@ Result<Bytes> block_of(const PhoneFiles& files) {
   std::ifstream file(files.hob_file, std::ios::binary);
   Bytes block{std::istreambuf_iterator<char>(file), {}};
   if (block.size() == kHobSize) return block;
-  return usage_error(fmt::format("{} has {} bytes, a hand-off block has {}", files.hob_file,
+  return usage_error(fmt::format("{}: {} bytes, expected {} (a hand-off block)", files.hob_file,
                                  block.size(), kHobSize));
 }
 

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// The files of a phone that the daemon and the workstation's libraries find under a folder.
+// The files of a phone, in a folder that the daemon uses as its root.
 #pragma once
 
 #include <optional>
@@ -10,7 +10,7 @@
 
 namespace qorextctl {
 
-// The modem's hand-off block: where it lies in the RAM device, and how many bytes it has.
+// The offset of the modem's hand-off block in the RAM device, and its size in bytes.
 constexpr uint64_t kHobOffset = 0xF540000;
 constexpr size_t kHobSize = 0x8000;
 
@@ -20,27 +20,28 @@ constexpr const char* kPropertiesFolder = "/dev/__properties__";
 constexpr const char* kDropBoxFolder = "/data/system/dropbox";
 constexpr const char* kLogFolder = "/data/vorn";
 
-// What the files say; by default that the phone was switched on as usual.
+// The content of the files. The defaults are those of a normal power-up.
 struct PhoneFiles {
   std::string power_up_reason = "0x00004000";
   std::string modem_restarts = "0";
   std::string ssr_reason = {};  // of the modem's last restart
-  uint32_t hob_seed = 1;        // the block is hob_content() of it, unless
-  std::string hob_file = {};    // names a file of kHobSize bytes
+  uint32_t hob_seed = 1;        // for hob_content()
+  std::string hob_file = {};    // a file with the hand-off block; empty: uses hob_seed
 };
 
-// The folders alone: a phone without the devices and files below.
+// Creates the folders only, without devices and files.
 std::optional<Error> make_phone_folders(const std::string& root);
 
-// Folders, boot information, the modem's restart counter and reason, the HOB RAM with a block, the
-// partition for it. What is there already is written anew, but for the partition, logs, properties
-// and DropBox entries, which stay. Everything belongs to the radio user when root makes it.
+// Creates the folders, the boot information, the modem's restart counter and reason, the HOB RAM
+// with a block, and the partition for it. Existing files are written again, except the partition,
+// logs, properties and DropBox entries. Files that root creates belong to the radio user.
 std::optional<Error> prepare_phone(const std::string& root, const PhoneFiles& files);
 
-// kHobSize bytes, for one seed always the same.
+// Returns kHobSize bytes that depend only on the seed.
 Bytes hob_content(uint32_t seed);
 
-// For the daemon, which becomes this user when it is started by root.
+// Changes the owner if root calls it: a daemon that root starts becomes the radio user. Returns
+// false and sets errno on failure.
 bool give_to_radio_user(const std::string& path);
 
 // Returns nothing if the property is not set.

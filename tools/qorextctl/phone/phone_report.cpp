@@ -22,7 +22,7 @@ constexpr mode_t kPermissions = 07777;
 constexpr const char* kCurrentLink = "/data/vorn/.0001";
 constexpr const char* kPreviousLink = "/data/vorn/.0002";
 
-// The names in a folder of the root, sorted; empty when there is no such folder.
+// The sorted names in a folder; empty if there is no such folder.
 std::vector<std::string> names_in(const std::string& folder) {
   std::vector<std::string> names;
   std::error_code ignored;
@@ -33,11 +33,11 @@ std::vector<std::string> names_in(const std::string& folder) {
   return names;
 }
 
-Bytes read_file(const std::string& path, uint64_t offset = 0, size_t most = kHobSize) {
+Bytes read_file(const std::string& path, uint64_t offset = 0, size_t max_size = kHobSize) {
   std::ifstream file(path, std::ios::binary);
   file.seekg(static_cast<std::streamoff>(offset));
-  Bytes bytes(most);
-  file.read(reinterpret_cast<char*>(bytes.data()), static_cast<std::streamsize>(most));
+  Bytes bytes(max_size);
+  file.read(reinterpret_cast<char*>(bytes.data()), static_cast<std::streamsize>(max_size));
   bytes.resize(static_cast<size_t>(file.gcount()));
   return bytes;
 }
@@ -47,7 +47,7 @@ std::string text_of(const std::string& path) {
   return {bytes.begin(), bytes.end()};
 }
 
-// Where a link points, as the phone sees it; empty when there is no such link.
+// The target of a link, a path of the phone; empty if there is no such link.
 std::string target_of(const std::string& path) {
   std::error_code ignored;
   return fs::read_symlink(path, ignored).string();
@@ -83,7 +83,7 @@ Items link_record(const std::string& root, const std::string& path) {
           {"resolves", fs::exists(root + target, ignored) ? "yes" : "no", {}}};
 }
 
-// "TAG@MILLISECONDS.txt"
+// The name has the form "TAG@MILLISECONDS.txt".
 Items dropbox_record(const std::string& root, const std::string& name) {
   size_t at = name.find('@');
   time_t seconds = at == std::string::npos ? 0 : strtoll(name.c_str() + at + 1, nullptr, 10) / 1000;

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// What lies in a phone's root after the daemon has worked there.
+// The files that the daemon has written in a phone root.
 #pragma once
 
 #include <string>
@@ -8,8 +8,8 @@
 
 namespace qorextctl {
 
-// The log directory's links and files, properties, DropBox entries, and whether the hand-off block
-// has been saved.
+// Lists the log directory's links and files, the properties, the DropBox entries, and whether the
+// hand-off block has been saved.
 Items phone_report(const std::string& root);
 
 }  // namespace qorextctl

@@ -18,11 +18,11 @@ std::string named_or_id(const Expected& expected) {
 
 }  // namespace
 
-// Handles what comes, also where it never stops coming, until `done` says so or `extra_fd` is
-// readable (true), or until the daemon has ended, the user wants an end or the time has passed
-// (false). Asks `done` again after `most_ms`.
+// Processes frames until `done` returns true or `extra_fd` is readable (true), or until the daemon
+// has ended, an interrupt is pending or the deadline has passed (false), even if the daemon never
+// stops writing. Calls `done` at least every `max_ms`.
 template <class Done>
-bool Exchange::pump(Done done, int extra_fd, const Deadline* deadline, int most_ms) {
+bool Exchange::pump(Done done, int extra_fd, const Deadline* deadline, int max_ms) {
   for (bool is_late = false;; is_late = deadline && deadline->passed()) {
     print_unsolicited();
     print_late();
@@ -34,8 +34,8 @@ bool Exchange::pump(Done done, int extra_fd, const Deadline* deadline, int most_
                         {extra_fd, POLLIN, 0},
                         {interrupt_fd_, POLLIN, 0}};
     int time = deadline ? deadline->remaining_ms() : -1;
-    bool is_last = most_ms < 0 || time <= most_ms;
-    int ready = poll(entries, std::size(entries), is_last ? time : most_ms);
+    bool is_last = max_ms < 0 || time <= max_ms;
+    int ready = poll(entries, std::size(entries), is_last ? time : max_ms);
     if (ready == 0 && is_last) return false;
     if (entries[0].revents != 0) daemon_.replies().read_available();
     interrupted_ = entries[3].revents != 0;
@@ -46,70 +46,71 @@ bool Exchange::pump(Done done, int extra_fd, const Deadline* deadline, int most_
 void Exchange::print_unsolicited() {
   daemon_.unsolicited().read_available();
   while (auto frame = daemon_.unsolicited().take(unsolicited_size)) {
-    tell(FrameKind::unsolicited, *frame);
+    notify(FrameKind::unsolicited, *frame);
     printer_.unsolicited(decode_unsolicited(*frame));
     ++unsolicited_;
   }
 }
 
-// Without an id no frame could be told from another one's.
-void Exchange::owe(const Expected& expected, bool second) {
+// Without an id, a late reply cannot be recognised.
+void Exchange::expect_late(const Expected& expected, bool second) {
   if (expected.id == 0) return;
-  owed_ = expected;
-  if (second) owed_->replies = 1;
+  late_ = expected;
+  if (second) late_->replies = 1;
 }
 
-// A reply whose wait has ended belongs to its own request, not to the next one.
+// A late reply belongs to its own request, not to the next one.
 void Exchange::print_late() {
-  while (owed_) {
-    View come = daemon_.replies().pending();
-    auto size = reply_size(come, owed_->form);
-    if (!size || *size > come.size()) return;
-    DecodedFrame late = decode_reply(owed_->request, owed_->form, owed_->id, part(come, 0, *size));
+  while (late_) {
+    View received = daemon_.replies().pending();
+    auto size = reply_size(received, late_->form);
+    if (!size || *size > received.size()) return;
+    DecodedFrame late =
+        decode_reply(late_->request, late_->form, late_->id, part(received, 0, *size));
     if (!late.problems.empty()) return;
     daemon_.replies().take([&](View) { return size; });
     printer_.late_reply(late);
-    if (--owed_->replies == 0) owed_.reset();
+    if (--late_->replies == 0) late_.reset();
   }
 }
 
-// More than a reply ever has, and nobody has taken it for one.
+// More bytes than any reply has cannot be one.
 void Exchange::drop_flood() {
   if (daemon_.replies().pending().size() <= kMaxFrameBytes) return;
-  Bytes strays = daemon_.replies().take_all();
-  tell(FrameKind::reply, strays);
-  if (!dropped_) first_dropped_ = {strays.begin(), strays.begin() + kMaxDroppedShown};
-  dropped_ += strays.size();
+  Bytes unexpected = daemon_.replies().take_all();
+  notify(FrameKind::reply, unexpected);
+  if (!dropped_) first_dropped_ = {unexpected.begin(), unexpected.begin() + kMaxDroppedShown};
+  dropped_ += unexpected.size();
 }
 
-void Exchange::report_strays() {
+void Exchange::report_unexpected() {
   daemon_.replies().read_available();
   print_late();
-  Bytes strays = daemon_.replies().take_all();
-  if (!strays.empty()) tell(FrameKind::reply, strays);
-  std::string text = printer_.unknown_bytes(strays);
+  Bytes unexpected = daemon_.replies().take_all();
+  if (!unexpected.empty()) notify(FrameKind::reply, unexpected);
+  std::string text = printer_.unknown_bytes(unexpected);
   if (dropped_ != 0) {
     text = fmt::format("{}, and {} more", printer_.unknown_bytes(first_dropped_),
-                       dropped_ - first_dropped_.size() + strays.size());
+                       dropped_ - first_dropped_.size() + unexpected.size());
     dropped_ = 0;
   }
   if (text.empty()) return;
-  printer_.error({Outcome::refused, "bytes that no request asked for: " + text});
+  printer_.error({Outcome::refused, "unexpected bytes in the reply pipe: " + text});
 }
 
 Outcome Exchange::run(View request, const Request* named) {
   Expected expected = expect_reply(request, named);
-  report_strays();
+  report_unexpected();
   bool taken = wait_until([&] { return daemon_.wait_taken(Deadline::in_seconds(0)); },
                           Deadline::in_seconds(timeout_));
   if (!taken) {
     std::string why =
-        fmt::format("the daemon has not read the request before it within {} s", timeout_);
+        fmt::format("the daemon has not read the previous request within {} s", timeout_);
     printer_.error(transport_error(fmt::format("{} is not sent: {}", named_or_id(expected),
                                                interrupted_ ? "interrupted" : why)));
     return Outcome::transport;
   }
-  tell(FrameKind::request, request);
+  notify(FrameKind::request, request);
   Deadline deadline = Deadline::in_seconds(daemon_.send(request) ? timeout_ : 0);
   auto reply = receive(expected, false, deadline);
   if (!reply) return Outcome::transport;
@@ -131,21 +132,21 @@ std::optional<DecodedFrame> Exchange::receive(const Expected& expected, bool sec
     return frame.has_value();
   };
   if (!pump(got_frame, -1, &deadline)) {
-    no_reply(expected, second);
-    owe(expected, second);
+    report_no_reply(expected, second);
+    expect_late(expected, second);
     return std::nullopt;
   }
-  tell(FrameKind::reply, *frame);
+  notify(FrameKind::reply, *frame);
   DecodedFrame reply = decode_reply(expected.request, expected.form, expected.id, *frame);
   printer_.reply(reply, second);
   return reply;
 }
 
-void Exchange::no_reply(const Expected& expected, bool second) {
+void Exchange::report_no_reply(const Expected& expected, bool second) {
   Bytes rest = daemon_.replies().take_all();
-  if (!rest.empty()) tell(FrameKind::reply, rest);
+  if (!rest.empty()) notify(FrameKind::reply, rest);
   std::string got =
-      rest.empty() ? "" : fmt::format(", only a part came: {}", printer_.unknown_bytes(rest));
+      rest.empty() ? "" : fmt::format(", received only a part: {}", printer_.unknown_bytes(rest));
   std::string which =
       fmt::format("no {}reply to {}", second ? "second " : "", named_or_id(expected));
   std::string why =
@@ -183,11 +184,11 @@ Outcome Exchange::finish(bool print_exit) {
   daemon_.close_requests();
   auto status = daemon_.wait_exit(Deadline::in_seconds(timeout_));
   print_unsolicited();
-  report_strays();
+  report_unexpected();
   if (!status) {
-    printer_.error(
-        transport_error(fmt::format("the daemon still runs {} s after its end", timeout_)));
-    daemon_.process().signal(SIGTERM);  // nothing is waited for any more, nor its log's end
+    printer_.error(transport_error(
+        fmt::format("the daemon still runs {} s after the end of its requests", timeout_)));
+    daemon_.process().signal(SIGTERM);  // ends a later wait for its log too
     return Outcome::transport;
   }
   if (print_exit) printer_.daemon_exit(*status);

@@ -1,6 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// Requests to a running daemon, one after the other: what comes back is decoded and printed as it
-// comes.
+// Sends requests to a running daemon, and decodes and prints replies and unsolicited frames.
 #pragma once
 
 #include <functional>
@@ -12,12 +11,12 @@
 
 namespace qorextctl {
 
-// Gets every frame: before it is written, after it was read.
+// Called for every frame, before it is sent or after it is received.
 using FrameListener = std::function<void(FrameKind kind, View frame)>;
 
 class Exchange {
  public:
-  // A readable `interrupt_fd` ends every wait.
+  // A readable `interrupt_fd` ends all waits.
   Exchange(Daemon& daemon, Printer& printer, double timeout_seconds, int interrupt_fd = -1)
       : daemon_(daemon),
         printer_(printer),
@@ -26,46 +25,46 @@ class Exchange {
 
   void listen(FrameListener listener) { listener_ = std::move(listener); }
 
-  // Sends one request and prints its replies, and unsolicited frames that come meanwhile. The next
-  // request may follow only then: two requests in one read would be taken as one.
+  // Sends one request and waits for its replies. Prints them, and unsolicited frames that arrive
+  // meanwhile.
   Outcome run(View request, const Request* named);
 
-  // Prints the unsolicited frames that have come, without waiting.
+  // Prints the unsolicited frames that have arrived, without waiting.
   void print_unsolicited();
 
-  // Waits until `count` unsolicited frames have come that no earlier wait has counted.
+  // Waits until `count` unsolicited frames have arrived since the last call.
   Outcome wait_unsolicited(size_t count, double seconds);
 
   // Prints unsolicited frames until the descriptor is readable or the daemon has ended.
   void wait_readable(int fd);
 
-  // Prints what comes until `done` says so. False when the time has passed before, the daemon has
-  // ended or the user wants an end.
+  // Prints frames until `done` returns true. Returns false at the deadline, when the daemon has
+  // ended, or on an interrupt.
   bool wait_until(const std::function<bool()>& done, Deadline deadline);
 
-  // Closes the request pipe and prints what is left and how the daemon ended.
+  // Closes the request pipe, prints the remaining frames, and reports how the daemon ended.
   Outcome finish(bool print_exit);
 
-  // The daemon has gone, or the user wants an end.
+  // Whether the daemon has ended or an interrupt is pending.
   bool over() const { return interrupted_ || daemon_.replies().ended(); }
 
-  // Whether the user wants an end; resume() takes it as meant for the wait that it has ended only.
+  // resume() continues after an interrupt, which then ends no more than one wait.
   bool interrupted() const { return interrupted_; }
   void resume() { interrupted_ = false; }
 
  private:
-  // Nothing when no reply came, which is told already.
+  // Returns nothing, after printing an error, if there is no reply.
   std::optional<DecodedFrame> receive(const Expected& expected, bool second, Deadline deadline);
-  void tell(FrameKind kind, View frame) const {
+  void notify(FrameKind kind, View frame) const {
     if (listener_) listener_(kind, frame);
   }
-  void no_reply(const Expected& expected, bool second);
-  void owe(const Expected& expected, bool second);
+  void report_no_reply(const Expected& expected, bool second);
+  void expect_late(const Expected& expected, bool second);
   void print_late();
   void drop_flood();
-  void report_strays();
+  void report_unexpected();
   template <class Done>
-  bool pump(Done done, int extra_fd, const Deadline* deadline, int most_ms = -1);
+  bool pump(Done done, int extra_fd, const Deadline* deadline, int max_ms = -1);
 
   Daemon& daemon_;
   Printer& printer_;
@@ -73,8 +72,8 @@ class Exchange {
   int interrupt_fd_;
   FrameListener listener_;
   bool interrupted_ = false;
-  size_t unsolicited_ = 0;        // not counted by a wait
-  std::optional<Expected> owed_;  // the last one that nobody waits for any more
+  size_t unsolicited_ = 0;        // frames since the last wait_unsolicited()
+  std::optional<Expected> late_;  // the last reply that timed out
   size_t dropped_ = 0;            // bytes of the reply pipe, not reported yet
   Bytes first_dropped_;
 };

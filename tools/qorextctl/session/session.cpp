@@ -26,7 +26,7 @@ std::optional<Error> Session::open() {
   if (recorder_) {
     if (auto error = recorder_->watch(setup_->control(), options_.timeout)) return error;
   }
-  auto daemon = launch_daemon(wanted_daemon(), *setup_);
+  auto daemon = launch_daemon(daemon_options(), *setup_);
   if (!daemon) return daemon.error();
   daemon_ = std::move(*daemon);
   exchange_.emplace(*daemon_, printer_, options_.timeout, interrupts_.fd());
@@ -34,7 +34,7 @@ std::optional<Error> Session::open() {
   return std::nullopt;
 }
 
-DaemonOptions Session::wanted_daemon() {
+DaemonOptions Session::daemon_options() {
   DaemonOptions wanted;
   wanted.executable = options_.daemon_executable;
   wanted.instance = options_.instance;
@@ -47,7 +47,7 @@ DaemonOptions Session::wanted_daemon() {
   return wanted;
 }
 
-// What the daemon does by itself stands in front of the first request then.
+// Everything that the daemon does on its own is recorded before the first request.
 void Session::record_exchange() {
   exchange_->listen([this](FrameKind kind, View frame) { recorder_->add_frame(kind, frame); });
   daemon_->log().wait_for("waiting for data", Deadline::in_seconds(options_.timeout));
@@ -59,31 +59,31 @@ Outcome Session::finish_recording() {
   if (auto status = daemon_->wait_exit(deadline)) recorder_->add_exit(*status);
   recorder_->collect();
   auto error = recorder_->write();
-  return error ? complain(*error) : Outcome::success;
+  return error ? report(*error) : Outcome::success;
 }
 
-Outcome Session::complain(Error error) {
+Outcome Session::report(Error error) {
   if (line_ != 0) error.message = fmt::format("line {}: {}", line_, error.message);
   printer_.error(error);
   return error.outcome;
 }
 
-Outcome Session::judged(Outcome outcome) {
-  daemon_failed_ = daemon_failed_ || outcome != Outcome::success;
+Outcome Session::note_failure(Outcome outcome) {
+  has_failed_ = has_failed_ || outcome != Outcome::success;
   return outcome;
 }
 
 Outcome Session::send(View request, const Request* named) {
-  return judged(exchange_->run(request, named));
+  return note_failure(exchange_->run(request, named));
 }
 
 Outcome Session::run_line(const std::string& line) {
   auto words = split_line(line);
-  if (!words) return complain(usage_error("a quote is not closed"));
+  if (!words) return report(usage_error("a quote is not closed"));
   return words->empty() ? Outcome::success : run_words(*words);
 }
 
-// Runs the whole lines in `text` and leaves the rest of it.
+// Runs the complete lines in `text` and removes them.
 Outcome Session::run_whole_lines(std::string& text) {
   Outcome worst = Outcome::success;
   size_t start = 0;
@@ -129,9 +129,9 @@ bool Session::resume() {
 }
 
 Outcome Session::finish(Outcome outcome, bool print_exit) {
-  outcome = std::max(outcome, judged(exchange_->finish(print_exit)));
+  outcome = std::max(outcome, note_failure(exchange_->finish(print_exit)));
   if (recorder_) outcome = std::max(outcome, finish_recording());
-  if (!daemon_failed_ || options_.log) return outcome;
+  if (!has_failed_ || options_.log) return outcome;
   daemon_->log().wait_end(Deadline::in_seconds(options_.timeout));
   printer_.log_tail("the daemon's log", daemon_->log().lines());
   printer_.log_tail("the modem's log", setup_->modem_log().lines());

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// Lines of requests, from a person, a script or the command line.
+// A session: lines with requests and commands, from a terminal, a script or the command line.
 #pragma once
 
 #include <memory>
@@ -14,71 +14,71 @@ namespace qorextctl {
 
 class Recorder;
 
-// A line that is no request.
+// A line that is not a request.
 struct LineCommand {
   const char* name;
   const char* arguments;
   const char* help;
 };
 
-// The lines that are not requests, each with its arguments and help.
+// The help for the lines of a session, one per line.
 std::string session_lines();
 
 class Session {
  public:
   static std::vector<LineCommand> commands();
 
-  // Starts what `options` ask for, and has it recorded where there is a recorder; then the daemon
-  // has come to its first wait for a request. Printer and recorder must outlive the session.
+  // Starts the setup and the daemon. With a recorder, records all frames and waits until the daemon
+  // waits for its first request. Options, printer and recorder must outlive the session.
   static Result<std::unique_ptr<Session>> start(const LaunchOptions& options, Printer& printer,
                                                 Recorder* recorder = nullptr);
 
-  // One line: "NAME key=value..." is a request; one of commands(); a comment.
+  // Runs one line: a request such as "NAME key=value...", one of commands(), or a comment.
   Outcome run_line(const std::string& line);
 
   Outcome send(View request, const Request* named);
 
-  // The same, but a failure is no reason to show the log at the end.
+  // Like send(), but a failure does not print the logs at the end.
   Outcome exchange(View request, const Request* named) { return exchange_->run(request, named); }
 
-  // Takes what comes without being asked for, until the deadline.
+  // Processes unsolicited frames until the deadline.
   void take_until(Deadline deadline) {
     exchange_->wait_until([] { return false; }, deadline);
   }
 
-  // Lines from a descriptor until its end, or until the daemon has gone. The worst outcome.
+  // Runs lines from a descriptor until its end or the end of the daemon. Returns the worst outcome.
   Outcome run_lines(int fd);
 
-  // Prints what comes without being asked for, until the descriptor is readable (true), or until
-  // the daemon has gone or the user wants an end.
+  // Prints unsolicited frames until the descriptor is readable. Returns false if the daemon has
+  // ended or on an interrupt.
   bool wait_input(int fd);
 
   bool over() const { return exchange_->over(); }
 
-  // Goes on, also after a Ctrl-C, which ends no more than one wait. False: it is to end.
+  // Continues after Ctrl-C. Returns false if the session must end.
   bool resume();
 
   const std::string& control() const { return setup_->control(); }
 
-  // For a person, who was told at once: finish() shows no log because of what has failed before.
-  void forget_failures() { daemon_failed_ = false; }
+  // finish() prints no logs for failures before this call.
+  void forget_failures() { has_failed_ = false; }
 
-  // Ends the daemon; shows the log's end when a request has failed, unless the log is shown anyway.
+  // Ends the daemon. Prints the end of the logs if a request has failed and the log was not shown.
   Outcome finish(Outcome outcome, bool print_exit);
 
  private:
   Session(const LaunchOptions& options, Printer& printer, Recorder* recorder)
       : options_(options), printer_(printer), recorder_(recorder) {}
   std::optional<Error> open();
-  DaemonOptions wanted_daemon();
+  DaemonOptions daemon_options();
   void record_exchange();
   Outcome finish_recording();
-  Outcome complain(Error error);
-  Outcome judged(Outcome outcome);
+  Outcome report(Error error);
+  Outcome note_failure(Outcome outcome);
   Outcome run_whole_lines(std::string& text);
   Outcome run_words(const std::vector<std::string>& words);
 
-  // The lines that are no requests.
+  // The lines that are not requests.
   struct Line;
   static const Line kLines[];
   Outcome send_raw(const std::vector<std::string>& words);
@@ -89,7 +89,7 @@ class Session {
   Outcome wait_log(const std::vector<std::string>& words);
   bool find_in_log(const std::string& text, Deadline deadline);
   Outcome show_phone(const std::vector<std::string>& words);
-  Outcome tell_modem(const std::vector<std::string>& words);
+  Outcome send_to_modem(const std::vector<std::string>& words);
 
   const LaunchOptions& options_;
   Printer& printer_;
@@ -98,9 +98,9 @@ class Session {
   std::unique_ptr<Setup> setup_;
   std::unique_ptr<Daemon> daemon_;
   std::optional<Exchange> exchange_;
-  bool daemon_failed_ = false;  // in a way that its log may explain
-  size_t next_log_line_ = 0;    // behind the one that ended the last wait-log
-  size_t line_ = 0;             // 0: not reading lines
+  bool has_failed_ = false;   // finish() prints the logs
+  size_t next_log_line_ = 0;  // after the one that ended the last wait-log
+  size_t line_ = 0;           // 0: not reading lines
 };
 
 }  // namespace qorextctl

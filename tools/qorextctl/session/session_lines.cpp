@@ -46,14 +46,14 @@ struct Session::Line {
 
 // clang-format off
 const Session::Line Session::kLines[] = {
-    {{"raw", "HEX...", "bytes as they are"}, &Session::send_raw},
-    {{"modem", "COMMAND...", "a command to the modem's control socket"}, &Session::tell_modem},
-    {{"wait-unsol", "[N] [SECONDS]", "until N unsolicited frames have come"}, &Session::wait_unsolicited},
-    {{"wait-property", "NAME VALUE [SECONDS]", "until the property has the value"}, &Session::wait_property},
-    {{"wait-log", "TEXT [N] [SECONDS]", "until N lines of the daemon's log hold the text"}, &Session::wait_log},
-    {{"phone", "show", "what lies in the phone's root"}, &Session::show_phone},
-    {{"expect-failure", "LINE", "a failure is a success then"}, &Session::expect_failure},
-    {{"help", "[NAME]", "all lines, or a request's arguments and its reply's fields"}, &Session::help},
+    {{"raw", "HEX...", "send raw bytes"}, &Session::send_raw},
+    {{"modem", "COMMAND...", "send a command to the modem's control socket"}, &Session::send_to_modem},
+    {{"wait-unsol", "[N] [SECONDS]", "wait for N unsolicited frames"}, &Session::wait_unsolicited},
+    {{"wait-property", "NAME VALUE [SECONDS]", "wait until the property has the value"}, &Session::wait_property},
+    {{"wait-log", "TEXT [N] [SECONDS]", "wait for N lines with the text in the daemon's log"}, &Session::wait_log},
+    {{"phone", "show", "show the files in the phone root"}, &Session::show_phone},
+    {{"expect-failure", "LINE", "run a line that is expected to fail"}, &Session::expect_failure},
+    {{"help", "[NAME]", "show all lines, or the arguments and reply fields of a request"}, &Session::help},
 };
 // clang-format on
 
@@ -70,21 +70,21 @@ std::string session_lines() {
 }
 
 Outcome Session::run_words(const std::vector<std::string>& words) {
-  std::vector<std::string> behind(words.begin() + 1, words.end());
+  std::vector<std::string> arguments(words.begin() + 1, words.end());
   for (const Line& line : kLines) {
-    if (words[0] == line.command.name) return (this->*line.run)(behind);
+    if (words[0] == line.command.name) return (this->*line.run)(arguments);
   }
   auto command = parse_command(words, false);
-  return command ? send(command->bytes, command->request) : complain(command.error());
+  return command ? send(command->bytes, command->request) : report(command.error());
 }
 
 Outcome Session::send_raw(const std::vector<std::string>& words) {
   auto bytes = parse_raw(words);
-  return bytes ? send(*bytes, nullptr) : complain(bytes.error());
+  return bytes ? send(*bytes, nullptr) : report(bytes.error());
 }
 
 Outcome Session::help(const std::vector<std::string>& words) {
-  if (words.size() > 1) return complain(usage_error("help: give one name, or none"));
+  if (words.size() > 1) return report(usage_error("help: expected one name or none"));
   const LineCommand* command = nullptr;
   for (const Line& line : kLines) {
     if (!words.empty() && words[0] == line.command.name) command = &line.command;
@@ -98,27 +98,28 @@ Outcome Session::help(const std::vector<std::string>& words) {
   } else if (words.empty()) {
     printer_.help(session_lines() + "requests:\n" + requests_text());
   } else {
-    return complain(unknown_request(words[0]));
+    return report(unknown_request(words[0]));
   }
   return Outcome::success;
 }
 
 Outcome Session::expect_failure(const std::vector<std::string>& words) {
-  if (words.empty()) return complain(usage_error("expect-failure: give a request or a command"));
-  bool failed_before = daemon_failed_;
+  if (words.empty()) return report(usage_error("expect-failure: expected a request or a command"));
+  bool failed_before = has_failed_;
   Outcome outcome = run_words(words);
   if (outcome != Outcome::refused) {
     return outcome == Outcome::success
-               ? complain({Outcome::refused, fmt::format("{}: a success, not a failure", words[0])})
+               ? report(
+                     {Outcome::refused, fmt::format("{}: succeeded, expected a failure", words[0])})
                : outcome;
   }
-  daemon_failed_ = failed_before;
+  has_failed_ = failed_before;
   return Outcome::success;
 }
 
-Outcome Session::tell_modem(const std::vector<std::string>& words) {
+Outcome Session::send_to_modem(const std::vector<std::string>& words) {
   auto outcome = ask_modem(words, setup_->control(), options_.timeout, printer_, interrupts_.fd());
-  return outcome ? *outcome : complain(outcome.error());
+  return outcome ? *outcome : report(outcome.error());
 }
 
 Outcome Session::wait_unsolicited(const std::vector<std::string>& words) {
@@ -126,15 +127,15 @@ Outcome Session::wait_unsolicited(const std::vector<std::string>& words) {
   auto seconds = words.size() < 2 ? std::optional(options_.timeout) : parse_seconds(words[1]);
   bool good = count && *count > 0 && *count <= int64_t{kMaxWaitedFrames} && seconds;
   if (!good || words.size() > 2) {
-    return complain(usage_error("wait-unsol: give a number of frames and a number of seconds"));
+    return report(usage_error("wait-unsol: expected a number of frames and a number of seconds"));
   }
-  return judged(exchange_->wait_unsolicited(static_cast<size_t>(*count), *seconds));
+  return note_failure(exchange_->wait_unsolicited(static_cast<size_t>(*count), *seconds));
 }
 
 Outcome Session::wait_property(const std::vector<std::string>& words) {
   auto seconds = words.size() < 3 ? std::optional(options_.timeout) : parse_seconds(words[2]);
   if (words.size() < 2 || words.size() > 3 || !seconds) {
-    return complain(usage_error("wait-property: give a name, a value and a number of seconds"));
+    return report(usage_error("wait-property: expected a name, a value and a number of seconds"));
   }
   std::optional<std::string> value;
   auto has_value = [&] {
@@ -145,42 +146,43 @@ Outcome Session::wait_property(const std::vector<std::string>& words) {
     printer_.property(words[0], words[1]);
     return Outcome::success;
   }
-  std::string told = value ? fmt::format("is '{}'", *value) : "is not set";
-  return complain(transport_error(fmt::format("property {} {}", words[0], told)));
+  std::string state = value ? fmt::format("is '{}'", *value) : "is not set";
+  return report(transport_error(fmt::format("property {} {}", words[0], state)));
 }
 
 Outcome Session::wait_log(const std::vector<std::string>& words) {
   auto count = words.size() < 2 ? std::optional<int64_t>(1) : parse_number(words[1]);
   auto seconds = words.size() < 3 ? std::optional(options_.timeout) : parse_seconds(words[2]);
   if (words.empty() || words.size() > 3 || !count || *count < 1 || !seconds) {
-    return complain(usage_error("wait-log: give a text, a number of lines and of seconds"));
+    return report(
+        usage_error("wait-log: expected a text, a number of lines and a number of seconds"));
   }
   Deadline deadline = Deadline::in_seconds(*seconds);
-  for (int64_t come = 0; come < *count; ++come) {
+  for (int64_t found = 0; found < *count; ++found) {
     if (!find_in_log(words[0], deadline)) {
-      return judged(complain(transport_error(
-          fmt::format("{} of {} lines with '{}' came in the log", come, *count, words[0]))));
+      return note_failure(report(transport_error(
+          fmt::format("{} of {} lines with '{}' came in the log", found, *count, words[0]))));
     }
   }
   return Outcome::success;
 }
 
-// The last lines of a daemon that has ended may still be on their way.
+// After the end of the daemon its last lines may not have been read yet.
 bool Session::find_in_log(const std::string& text, Deadline deadline) {
-  constexpr std::chrono::milliseconds kPause{20};
+  constexpr std::chrono::milliseconds kPollTime{20};
   std::optional<size_t> found;
-  auto look = [&](Deadline until) {
+  auto find = [&](Deadline until) {
     found = daemon_->log().find(text, next_log_line_, until);
     return found.has_value();
   };
-  exchange_->wait_until([&] { return look(Deadline::in(kPause)); }, deadline);
-  if (!found && !exchange_->interrupted()) look(deadline);
+  exchange_->wait_until([&] { return find(Deadline::in(kPollTime)); }, deadline);
+  if (!found && !exchange_->interrupted()) find(deadline);
   if (found) next_log_line_ = *found + 1;
   return found.has_value();
 }
 
 Outcome Session::show_phone(const std::vector<std::string>& words) {
-  if (words.size() != 1 || words[0] != "show") return complain(usage_error("phone: give show"));
+  if (words.size() != 1 || words[0] != "show") return report(usage_error("phone: expected show"));
   printer_.phone(setup_->phone_root(), phone_report(setup_->phone_root()));
   return Outcome::success;
 }

@@ -39,7 +39,7 @@ bool write_private(const std::string& path, int flags, const std::string& text) 
   return file.valid() && write_whole(file.get(), bytes_of(text));
 }
 
-// Names of the modem's state that are no arguments of a request.
+// State keys of the modem that are not arguments of a request.
 constexpr std::string_view kStateKeys[] = {"subsidy-lock-code", "data", "text"};
 
 bool is_named(const Argument& argument, const std::string& name) {
@@ -56,7 +56,7 @@ bool is_personal_argument(const std::string& name) {
   return false;
 }
 
-// An argument of the request itself; those of other requests may share its name.
+// Whether the request has a public argument with this name; in other requests it may be personal.
 bool is_open_argument(const Request* request, const std::string& name) {
   if (!request) return false;
   const auto& arguments = request->payload.arguments;
@@ -65,7 +65,7 @@ bool is_open_argument(const Request* request, const std::string& name) {
   });
 }
 
-// "nam.mdn=..." has the name mdn; a word that gives no value has none.
+// The name in "nam.mdn=..." is "mdn"; a word without a value has none.
 std::string name_in(const std::string& word) {
   size_t equals = word.find('=');
   if (equals == std::string::npos) return "";
@@ -83,7 +83,7 @@ bool names_personal(const Words& words) {
   });
 }
 
-// A line that cannot be sent may hold the value of another argument.
+// A line that cannot be parsed may contain any of the request's values.
 bool is_private_request(const Request& request, const Words& words) {
   auto command = parse_command(words, false);
   return command ? is_private_frame(command->bytes) : takes_personal(request);
@@ -94,7 +94,7 @@ bool names_private_state(const std::string& word) {
          std::end(kStateKeys);
 }
 
-// Of an NV item, and of everything that is given as it will be sent.
+// Raw JSON may contain anything; NV data depends on the item.
 bool is_private_modem_command(const Words& words) {
   if (words.size() < 2) return false;
   if (words[1].front() == '{') return true;
@@ -106,8 +106,7 @@ bool is_private_modem_command(const Words& words) {
 
 bool is_private(const Words& words) {
   if (words.empty()) return false;
-  Words behind(words.begin() + 1, words.end());
-  if (words[0] == "expect-failure") return is_private(behind);
+  if (words[0] == "expect-failure") return is_private({words.begin() + 1, words.end()});
   if (words[0] == "raw" || names_personal(words)) return true;
   if (words[0] == "modem") return is_private_modem_command(words);
   const Request* request = find_request(words[0]);
@@ -125,7 +124,7 @@ std::string history_path() {
 }
 
 Error HistoryFile::failed() const {
-  return {Outcome::broken, fmt::format("no history is kept: {}: {}", path_, strerror(errno))};
+  return {Outcome::broken, fmt::format("the history is not saved: {}: {}", path_, strerror(errno))};
 }
 
 Result<std::vector<std::string>> HistoryFile::load() {
@@ -139,18 +138,18 @@ Result<std::vector<std::string>> HistoryFile::load() {
 }
 
 std::optional<Error> HistoryFile::replace(const std::vector<std::string>& lines) {
-  std::string made = fmt::format("{}.{}", path_, getpid());
-  bool good = write_private(made, O_TRUNC, fmt::format("{}\n", fmt::join(lines, "\n"))) &&
-              rename(made.c_str(), path_.c_str()) == 0;
+  std::string temporary = fmt::format("{}.{}", path_, getpid());
+  bool good = write_private(temporary, O_TRUNC, fmt::format("{}\n", fmt::join(lines, "\n"))) &&
+              rename(temporary.c_str(), path_.c_str()) == 0;
   if (good) return std::nullopt;
   Error error = failed();
-  unlink(made.c_str());
+  unlink(temporary.c_str());
   return error;
 }
 
 std::optional<Error> HistoryFile::add(const std::string& line) {
   if (path_.empty()) return std::nullopt;
-  std::error_code ignored;  // opening the file tells
+  std::error_code ignored;  // open() will fail too
   fs::create_directories(fs::path(path_).parent_path(), ignored);
   if (write_private(path_, O_APPEND, line + "\n")) return std::nullopt;
   return failed();

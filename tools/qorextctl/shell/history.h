@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// The lines of earlier runs, one a line in a file that nobody else may read.
+// The lines of earlier runs, in a file with mode 0600.
 #pragma once
 
 #include <optional>
@@ -12,18 +12,18 @@ namespace qorextctl {
 
 constexpr size_t kMaxHistoryLines = 1000;
 
-// $XDG_STATE_HOME/qorextctl/history, or the same below ~/.local/state; empty without a home.
+// Returns $XDG_STATE_HOME/qorextctl/history, or the same in ~/.local/state; empty without HOME.
 std::string history_path();
 
 class HistoryFile {
  public:
-  // Makes the folder; an empty path keeps nothing.
+  // An empty path stores nothing.
   explicit HistoryFile(std::string path) : path_(std::move(path)) {}
 
-  // The last kMaxHistoryLines lines, the oldest one first. What is older leaves the file.
+  // Returns the last kMaxHistoryLines lines, oldest first, and removes older ones from the file.
   Result<std::vector<std::string>> load();
 
-  // Puts a line at the file's end, also when other runs do so at the same time.
+  // Appends a line and creates the folder if needed. Several runs may append at the same time.
   std::optional<Error> add(const std::string& line);
 
  private:

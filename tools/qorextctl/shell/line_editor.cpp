@@ -23,8 +23,8 @@ bool is_word_end(const std::string& text) {
   return text.empty() || (text.back() != '=' && text.back() != '/' && text.back() != '.');
 }
 
-// A terminal of UTF-8 is by far the likeliest where nobody says anything.
-void take_locale() {
+// Without a locale in the environment, UTF-8 is the most probable encoding.
+void set_utf8_locale() {
   setlocale(LC_CTYPE, "");
   if (MB_CUR_MAX == 1) setlocale(LC_CTYPE, "C.UTF-8");
 }
@@ -41,7 +41,7 @@ std::string in_columns(const std::vector<Candidate>& candidates, size_t columns)
   return text;
 }
 
-// One a row, where there is more to say of each.
+// One row for each candidate, with its remark.
 std::string in_rows(const std::vector<Candidate>& candidates) {
   std::string text;
   for (const Candidate& candidate : candidates) {
@@ -62,7 +62,7 @@ bool can_edit_lines() {
 
 LineEditor::LineEditor(const char* prompt, Hooks hooks)
     : prompt_(prompt), hooks_(std::move(hooks)), history_(history_init()) {
-  take_locale();
+  set_utf8_locale();
   editor_ = el_init("qorextctl", stdin, stdout, stderr);
   HistEvent event;
   history(history_, &event, H_SETSIZE, kMaxRemembered);
@@ -72,9 +72,9 @@ LineEditor::LineEditor(const char* prompt, Hooks hooks)
   el_set(editor_, EL_EDITOR, "emacs");
   el_set(editor_, EL_HIST, history, history_);
   el_set(editor_, EL_GETCFN, next_character);
-  // (The narrow call would copy the texts and never free them.)
+  // el_set() would copy the texts and never free them.
   el_wset(editor_, EL_ADDFN, L"complete-word", L"complete the word", complete_word);
-  el_source(editor_, nullptr);  // how the user likes to edit
+  el_source(editor_, nullptr);  // the user's ~/.editrc
   el_set(editor_, EL_BIND, "^I", "complete-word", nullptr);
   take_terminal();
 }
@@ -107,7 +107,7 @@ std::optional<std::string> LineEditor::read_line() {
   return line;
 }
 
-// Also between two lines: what is typed ahead would be echoed into the output.
+// Also between two lines: the terminal would echo characters typed ahead into the output.
 void LineEditor::take_terminal() { el_set(editor_, EL_PREP_TERM, 1); }
 
 void LineEditor::hide() {
@@ -133,7 +133,7 @@ int LineEditor::next_character(EditLine* editor, wchar_t* character) {
   return self.wait_for_key() ? self.read_character(*character) : -1;
 }
 
-// The screen is free for output while nobody types.
+// Other threads may print during the wait.
 bool LineEditor::wait_for_key() {
   screen_.unlock();
   event_ = hooks_.wait(STDIN_FILENO);
@@ -142,8 +142,8 @@ bool LineEditor::wait_for_key() {
   return event_ == Event::key;
 }
 
-// 1, 0 at the end of input, -1 on an error, as the library wants it. A byte that is no character
-// is passed over.
+// Returns 1, 0 at the end of input or -1 on an error, as EL_GETCFN requires. Skips bytes that are
+// not part of a character.
 int LineEditor::read_character(wchar_t& character) {
   mbstate_t state{};
   for (;;) {
@@ -178,7 +178,7 @@ void LineEditor::insert(const Completion& completion, const std::string& word) {
   el_insertstr(editor_, (rest + (is_whole ? " " : "")).c_str());
 }
 
-// Above the line, which stays as it is.
+// Prints above the line, which does not change.
 void LineEditor::list(const std::vector<Candidate>& candidates) {
   bool has_remarks = std::any_of(candidates.begin(), candidates.end(),
                                  [](const Candidate& one) { return !one.remark.empty(); });
@@ -187,7 +187,8 @@ void LineEditor::list(const std::vector<Candidate>& candidates) {
   el_set(editor_, EL_REFRESH);
 }
 
-// From its first row to the end of the screen. The library does not know what stands below.
+// Clears from the line's first row to the end of the screen: the library does not know about the
+// rows below.
 void LineEditor::clear_line() {
   size_t row = cursor_row();
   if (row > 0) fmt::print(stdout, "\x1B[{}A", row);
@@ -201,7 +202,7 @@ size_t LineEditor::columns() {
   return known ? size.ws_col : kDefaultColumns;
 }
 
-// Counted from the prompt's, as the library folds the line.
+// The row of the cursor relative to the prompt, with the library's line folding.
 size_t LineEditor::cursor_row() {
   const LineInfoW* info = el_wline(editor_);
   size_t width = columns();

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-// Lines typed at a terminal, with editing, history and completion. Output may come meanwhile.
+// Reads lines at a terminal, with editing, history and completion. Other threads may print
+// meanwhile.
 #pragma once
 
 #include <histedit.h>
@@ -15,16 +16,16 @@
 
 namespace qorextctl {
 
-// Whether the terminal can be drawn upon: standard input and output, and what TERM says.
+// Returns whether standard input and output are terminals and TERM supports cursor movement.
 bool can_edit_lines();
 
 class LineEditor final : public InputLine {
  public:
-  // What ended the wait for a key.
+  // The result of a wait for a key.
   enum class Event { key, cancelled, ended };
 
   struct Hooks {
-    std::function<Event(int fd)> wait;  // until standard input is readable
+    std::function<Event(int fd)> wait;  // waits until standard input is readable
     std::function<Completion(const std::string& line)> complete;  // the line up to the cursor
   };
 
@@ -33,10 +34,11 @@ class LineEditor final : public InputLine {
   LineEditor(const LineEditor&) = delete;
   LineEditor& operator=(const LineEditor&) = delete;
 
-  // For the keys that go back in history, and for searching in it.
+  // Adds a line to the history of this editor.
   void remember(const std::string& line);
 
-  // A whole line without its end; an empty one when it was cancelled; nothing at the end of input.
+  // Returns a line without its end, an empty line if it was cancelled, or nothing at the end of
+  // input.
   std::optional<std::string> read_line();
 
   void hide() override;
@@ -61,7 +63,7 @@ class LineEditor final : public InputLine {
   Hooks hooks_;
   EditLine* editor_;
   History* history_;
-  std::mutex screen_;  // held by whoever changes the screen or the line
+  std::mutex screen_;  // guards the screen and the line
   bool typing_ = false;
   Event event_ = Event::key;
 };

@@ -12,25 +12,25 @@ namespace qorextctl {
 namespace {
 
 constexpr const char* kPrompt = "qorext> ";
-constexpr double kGlanceSeconds = 0.5;  // at the modem, while somebody waits for a completion
+constexpr double kStateTimeout = 0.5;  // seconds; the user waits for the completion
 
-void add_keys(std::vector<std::string>& keys, const std::string& front, const Json& table) {
+void add_keys(std::vector<std::string>& keys, const std::string& prefix, const Json& table) {
   for (const auto& [name, value] : table.items()) {
     if (value.is_object()) {
-      add_keys(keys, front + name + ".", value);
+      add_keys(keys, prefix + name + ".", value);
     } else if (!value.is_array() || value.empty() || !value[0].is_object()) {
-      keys.push_back(front + name);
+      keys.push_back(prefix + name);
     }
   }
 }
 
-// "lte.mcc", "carrier.bsr_timer": as "modem set" takes them.
+// For example "lte.mcc" and "carrier.bsr_timer", the keys of "modem set".
 std::vector<std::string> state_keys(const std::string& control) {
   std::vector<std::string> keys;
   if (control.empty()) return keys;
-  auto modem = ModemControl::connect(control, kGlanceSeconds);
+  auto modem = ModemControl::connect(control, kStateTimeout);
   if (!modem) return keys;
-  auto answer = modem->call({{"command", "state"}}, Deadline::in_seconds(kGlanceSeconds));
+  auto answer = modem->call({{"command", "state"}}, Deadline::in_seconds(kStateTimeout));
   if (answer && answer->contains("state")) add_keys(keys, "", (*answer)["state"]);
   return keys;
 }
@@ -75,13 +75,13 @@ class Shell {
     return complete_line(line, [this] { return state_keys(session_.control()); });
   }
 
-  // A line that begins with a blank is not to be kept either.
+  // As in other shells, a line that begins with a blank is not stored.
   void remember(const std::string& line) {
     if (line.find_first_not_of(" \t") == std::string::npos) return;
     editor_.remember(line);
-    if (keeps_no_more_ || line.front() == ' ' || is_private_line(line)) return;
+    if (has_history_failed_ || line.front() == ' ' || is_private_line(line)) return;
     auto error = history_.add(line);
-    keeps_no_more_ = error.has_value();
+    has_history_failed_ = error.has_value();
     if (error) printer_.error(*error);
   }
 
@@ -89,7 +89,7 @@ class Shell {
   Printer& printer_;
   HistoryFile history_;
   LineEditor editor_;
-  bool keeps_no_more_ = false;  // told once
+  bool has_history_failed_ = false;  // reported once
 };
 
 }  // namespace

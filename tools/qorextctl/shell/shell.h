@@ -6,9 +6,8 @@
 
 namespace qorextctl {
 
-// Lines from a person, with editing, history and completion, until Ctrl-D or the daemon's end;
-// without a terminal a session as any other one. Returns the worst outcome of the latter, and of
-// the former how the daemon ended.
+// Reads lines with editing, history and completion until Ctrl-D or the end of the daemon. Without a
+// terminal it runs standard input as a session and returns the worst outcome.
 Outcome run_shell(Session& session, Printer& printer);
 
 }  // namespace qorextctl
