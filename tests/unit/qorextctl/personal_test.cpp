@@ -11,7 +11,7 @@
 #include "tools/qorextctl/session/session.h"
 
 namespace qorextctl {
-namespace {
+namespace personal_test {
 
 Bytes built(const std::string& line) { return parse_command(*split_line(line), false)->bytes; }
 
@@ -174,5 +174,5 @@ TEST(Personal, NothingIsHiddenThatIsNotMasked) {
   EXPECT_EQ(hex_of(request), to_hex(built("check-spc code=246810")));
 }
 
-}  // namespace
+}  // namespace personal_test
 }  // namespace qorextctl

@@ -8,7 +8,7 @@
 #include "tools/qorextctl/frames/item_text.h"
 
 namespace qorextctl {
-namespace {
+namespace replies_test {
 
 DecodedFrame decoded(const char* name, const Bytes& frame) {
   const Request* request = find_request(name);
@@ -267,5 +267,5 @@ TEST(Replies, CutFramesAreDecodedAsFarAsTheyGo) {
   }
 }
 
-}  // namespace
+}  // namespace replies_test
 }  // namespace qorextctl

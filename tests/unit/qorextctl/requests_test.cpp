@@ -9,7 +9,7 @@
 #include "tools/qorextctl/session/session.h"
 
 namespace qorextctl {
-namespace {
+namespace requests_test {
 
 std::string padded(const std::string& hex, size_t payload_size, size_t header_size) {
   std::string text = to_hex(*parse_hex(hex));
@@ -68,5 +68,5 @@ TEST(Requests, TheLongestRequestIsBuiltAndOneByteMoreIsRefused) {
       "cdma)");
 }
 
-}  // namespace
+}  // namespace requests_test
 }  // namespace qorextctl

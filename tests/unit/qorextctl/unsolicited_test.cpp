@@ -7,7 +7,7 @@
 #include "tools/qorextctl/frames/item_text.h"
 
 namespace qorextctl {
-namespace {
+namespace unsolicited_test {
 
 struct Case {
   Bytes frame;
@@ -115,5 +115,5 @@ TEST(Unsolicited, FramesCutAtEveryByteAreDecodedAsFarAsTheyGo) {
   }
 }
 
-}  // namespace
+}  // namespace unsolicited_test
 }  // namespace qorextctl
