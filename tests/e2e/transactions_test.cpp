@@ -18,7 +18,7 @@ class Transactions : public testing::Test {
  protected:
   Transactions() : modem(phone) {
     qorextctl::DaemonOptions options;
-    options.most_log_lines = kLastLogLines;
+    options.max_log_lines = kLastLogLines;
     daemon = start_daemon(phone, options);
   }
 

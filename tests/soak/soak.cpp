@@ -52,7 +52,7 @@ Soak::Soak(const Options& options) : options_(options), draws_(options.seed), mo
   phone_->use_programs(installation_.programs());
   modem_ = std::make_unique<e2e::ModemProcess>(*phone_);
   qorextctl::DaemonOptions daemon;
-  daemon.most_log_lines = e2e::kLastLogLines;
+  daemon.max_log_lines = e2e::kLastLogLines;
   daemon_ = e2e::start_daemon(*phone_, daemon);
   const Network& network = model_.network();
   requested_table_ =

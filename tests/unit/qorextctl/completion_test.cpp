@@ -31,40 +31,40 @@ Texts at_end_of(const std::string& line) {
   return texts_of(complete_line(line, [] { return Texts{"lte.mcc", "lte.mnc"}; }).candidates);
 }
 
-TEST(Completion, EveryRequestAndEveryOtherLineIsOffered) {
+TEST(Completion, AllRequestsAndCommandsAreCandidates) {
   Texts all = at_end_of("");
   for (const Request& request : catalogue()) EXPECT_THAT(all, Contains(request.name));
   for (const LineCommand& command : Session::commands()) EXPECT_THAT(all, Contains(command.name));
 }
 
-TEST(Completion, OnlyWhatBeginsWithTheWordIsOffered) {
+TEST(Completion, CandidatesBeginWithTheWord) {
   EXPECT_THAT(at_end_of("nv-"), ElementsAre("nv-read", "nv-write"));
   EXPECT_THAT(at_end_of("  wait-l"), ElementsAre("wait-log"));
   EXPECT_THAT(at_end_of("frob"), IsEmpty());
 }
 
-TEST(Completion, TheWordIsToldByWhereItStarts) {
+TEST(Completion, TheWordStartsAfterTheLastBlank) {
   Completion completion = complete_line("nv-read rde", {});
   EXPECT_EQ(completion.start, 8U);
   EXPECT_EQ(completion.common(), "rde-id=");
   EXPECT_EQ(complete_line("nv", {}).common(), "nv-");
 }
 
-TEST(Completion, ArgumentsThatAreNotGivenYetAreOffered) {
+TEST(Completion, ArgumentsThatAreMissingAreCandidates) {
   EXPECT_THAT(at_end_of("nv-read "), ElementsAre("rde-id=", "record=", "offset=", "length="));
   EXPECT_THAT(at_end_of("nv-read record=0 "), ElementsAre("rde-id=", "offset=", "length="));
   EXPECT_THAT(at_end_of("set-nam "), Contains("json="));
   EXPECT_THAT(at_end_of("get-nam "), IsEmpty());
 }
 
-TEST(Completion, ValuesAreOfferedWhereTheyCanBeCounted) {
+TEST(Completion, ValuesOfAFiniteSetAreCandidates) {
   EXPECT_THAT(at_end_of("set-ddtm ddtm="), ElementsAre("ddtm=1", "ddtm=0"));
   EXPECT_THAT(at_end_of("set-nam vocoder="), testing::SizeIs(7));
   EXPECT_THAT(at_end_of("nv-read rde-id=2"), Contains("rde-id=28"));
   EXPECT_THAT(at_end_of("set-bsr-timer timer="), IsEmpty());
 }
 
-TEST(Completion, OfferedValuesAreTakenByTheirArguments) {
+TEST(Completion, CandidateValuesAreAcceptedByTheirArguments) {
   for (const Request& request : catalogue()) {
     for (const Argument& argument : request.payload.arguments) {
       std::string key = argument.field.name + std::string("=");
@@ -75,13 +75,13 @@ TEST(Completion, OfferedValuesAreTakenByTheirArguments) {
   }
 }
 
-TEST(Completion, ALineBehindExpectFailureIsCompletedToo) {
+TEST(Completion, TheLineAfterExpectFailureIsCompleted) {
   EXPECT_THAT(at_end_of("expect-failure set-ddtm ddtm="), ElementsAre("ddtm=1", "ddtm=0"));
   EXPECT_THAT(at_end_of("help nv-r"), ElementsAre("nv-read"));
   EXPECT_THAT(at_end_of("phone "), ElementsAre("show"));
 }
 
-TEST(Completion, ModemCommandsWithTheirArgumentsAreOffered) {
+TEST(Completion, ModemCommandsAndTheirArgumentsAreCandidates) {
   Texts all = at_end_of("modem ");
   for (const ModemCommand& command : modem_commands()) EXPECT_THAT(all, Contains(command.name));
   EXPECT_THAT(at_end_of("modem fault silent me"), ElementsAre("message="));
@@ -92,7 +92,7 @@ TEST(Completion, ModemCommandsWithTheirArgumentsAreOffered) {
   EXPECT_THAT(at_end_of("modem set lte.mn"), ElementsAre("lte.mnc="));
 }
 
-TEST(Completion, IndicationsAndTheirFieldsAreOffered) {
+TEST(Completion, IndicationsAndTheirFieldsAreCandidates) {
   EXPECT_THAT(at_end_of("modem indicate pf"), ElementsAre("pfp"));
   EXPECT_THAT(at_end_of("modem indicate pfp "), Contains("tbl_idx="));
   EXPECT_THAT(at_end_of("modem indicate carrier v"), Contains("value="));
@@ -100,7 +100,7 @@ TEST(Completion, IndicationsAndTheirFieldsAreOffered) {
   EXPECT_THAT(at_end_of("modem indicate frob t"), IsEmpty());
 }
 
-TEST(Completion, ServicesRequestsAndFaultsOfTheModemAreOffered) {
+TEST(Completion, ServicesRequestsAndFaultsAreCandidates) {
   EXPECT_THAT(at_end_of("modem service "), testing::UnorderedElementsAre("nas", "dms", "qorext"));
   EXPECT_THAT(at_end_of("modem fault "), Contains("stray"));
   EXPECT_THAT(at_end_of("modem fault silent service=d"), ElementsAre("service=dms"));
@@ -108,7 +108,7 @@ TEST(Completion, ServicesRequestsAndFaultsOfTheModemAreOffered) {
               ElementsAre("message=element_read", "message=element_write"));
 }
 
-TEST(Completion, FilesAreOfferedWhereOneIsNamed) {
+TEST(Completion, FilesAreCandidatesForAFileArgument) {
   namespace fs = std::filesystem;
   fs::path folder = fs::temp_directory_path() / ("completion_" + std::to_string(getpid()));
   fs::create_directories(folder / "nams");
@@ -120,7 +120,7 @@ TEST(Completion, FilesAreOfferedWhereOneIsNamed) {
   fs::remove_all(folder);
 }
 
-TEST(Completion, WordsOfAShellAreCompletedAsThoseOfALine) {
+TEST(Completion, WordsOfTheCommandLineAreCompletedLikeThoseOfALine) {
   EXPECT_THAT(texts_of(complete_request({"nv-read", "rde"})), ElementsAre("rde-id="));
   EXPECT_THAT(texts_of(complete_request({"wait-l"})), IsEmpty());
   EXPECT_THAT(texts_of(complete_modem({"hob"}, {})), ElementsAre("hob_save", "hob"));

@@ -2,6 +2,7 @@
 #include "tools/qorextctl/daemon/daemon.h"
 
 #include <fcntl.h>
+#include <fmt/format.h>
 #include <unistd.h>
 
 #include "tests/unit/qorextctl/fake_setup.h"
@@ -12,11 +13,9 @@ namespace {
 
 using DaemonStart = WithFakeDaemon;
 
-Deadline soon() { return Deadline::in_seconds(10); }
-
 const Bytes kRequest = build({.id = 0x02000007});
 
-TEST_F(DaemonStart, ItGetsThreePipesAndItsInstanceAndNothingElse) {
+TEST_F(DaemonStart, PassesThreePipesAndTheInstanceAndNothingElse) {
   UniqueFd leak(open("/dev/null", O_RDONLY));  // inheritable
   auto daemon = start("start");
   ASSERT_TRUE(daemon->send(kRequest));
@@ -24,25 +23,20 @@ TEST_F(DaemonStart, ItGetsThreePipesAndItsInstanceAndNothingElse) {
   ASSERT_TRUE(daemon->log().wait_for("request", soon()));
 
   auto lines = daemon->log().lines();
-  int read_fd = 0;
-  int write_fd = 0;
-  int unsolicited_fd = 0;
+  int fds[3];
   int instance = -1;
-  ASSERT_EQ(sscanf(lines[0].c_str(), "arguments %d %d %d %d", &read_fd, &write_fd, &unsolicited_fd,
-                   &instance),
+  ASSERT_EQ(sscanf(lines[0].c_str(), "arguments %d %d %d %d", &fds[0], &fds[1], &fds[2], &instance),
             4);
-  std::vector<int> sorted{read_fd, write_fd, unsolicited_fd};
-  std::sort(sorted.begin(), sorted.end());
-  EXPECT_EQ(lines[1], "open " + std::to_string(sorted[0]) + " " + std::to_string(sorted[1]) + " " +
-                          std::to_string(sorted[2]));
+  std::sort(std::begin(fds), std::end(fds));
+  EXPECT_EQ(lines[1], fmt::format("open {}", fmt::join(fds, " ")));
   EXPECT_EQ(instance, 2);
   EXPECT_EQ(lines[2], "modem unix:/m");
   EXPECT_EQ(lines[3], "root /root/of/phone");
   EXPECT_EQ(lines[4], "request 18");
 }
 
-TEST_F(DaemonStart, OfALogLineWithoutEndNothingIsKept) {
-  auto daemon = start("much");
+TEST_F(DaemonStart, ATooLongLogLineIsDropped) {
+  auto daemon = start("long-log");
   ASSERT_TRUE(daemon->send(kRequest));
   ASSERT_TRUE(daemon->receive_reply(ReplyForm::cdma, soon()));
   daemon->close_requests();
@@ -54,8 +48,8 @@ TEST_F(DaemonStart, OfALogLineWithoutEndNothingIsKept) {
   EXPECT_EQ(lines[3], "(a line of more than 65536 bytes)");
 }
 
-TEST_F(DaemonStart, WhatIsReadAndNotTakenStaysBounded) {
-  auto daemon = start("flood-garbage");
+TEST_F(DaemonStart, UnprocessedBytesAreLimited) {
+  auto daemon = start("flood-corrupt");
   ASSERT_TRUE(daemon->send(kRequest));
   FramePipe& pipe = daemon->unsolicited();
   Deadline deadline = soon();
@@ -68,7 +62,7 @@ TEST_F(DaemonStart, WhatIsReadAndNotTakenStaysBounded) {
   daemon->process().signal(SIGKILL);
 }
 
-TEST_F(DaemonStart, ItEndsWhenItsRequestPipeIsClosed) {
+TEST_F(DaemonStart, TheDaemonEndsWhenItsRequestPipeIsClosed) {
   auto daemon = start("answer");
   EXPECT_FALSE(daemon->wait_exit(Deadline::in_seconds(0.02)));
   daemon->close_requests();
@@ -77,7 +71,7 @@ TEST_F(DaemonStart, ItEndsWhenItsRequestPipeIsClosed) {
   EXPECT_EQ(describe(*status), "exit status 0");
 }
 
-TEST_F(DaemonStart, OneThatHasGoneTakesNoRequests) {
+TEST_F(DaemonStart, ADaemonThatHasEndedAcceptsNoRequests) {
   auto daemon = start("end");
   ASSERT_TRUE(daemon->send(kRequest));
   Received reply = daemon->receive_reply(ReplyForm::cdma, soon());
@@ -89,7 +83,7 @@ TEST_F(DaemonStart, OneThatHasGoneTakesNoRequests) {
   EXPECT_EQ(daemon->log().lines().back(), "leaving");
 }
 
-TEST_F(DaemonStart, UnsolicitedFramesAreFoundInPieces) {
+TEST_F(DaemonStart, UnsolicitedFramesAreJoinedFromPieces) {
   auto daemon = start("notify");
   ASSERT_TRUE(daemon->send(kRequest));
   Received first = daemon->receive_unsolicited(soon());
@@ -112,8 +106,8 @@ TEST_F(DaemonStart, TwoRepliesInOneWriteAreTwoFrames) {
   EXPECT_EQ(load_le(*second, 8, 4), 6u);
 }
 
-TEST_F(DaemonStart, LogLinesAreHandedOnAsTheyCome) {
-  behave("answer");
+TEST_F(DaemonStart, LogLinesArePassedToTheListener) {
+  set_mode("answer");
   std::vector<std::string> seen;
   DaemonOptions launch = options();
   launch.on_log = [&seen](const std::string& line) { seen.push_back(line); };

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// "qorextctl decode", to the letter.
+// The exact output of "qorextctl decode".
 #include "tools/qorextctl/decode_input.h"
 
 #include <gtest/gtest.h>
@@ -51,19 +51,27 @@ constexpr const char* kLog =
     "QMI_TUNER_REQ_V01...\n"
     "11-21 17:14:39.127  1234  1240 E RIL-QOREXT: HexDump: Data 020000000A0B\n";
 
-TEST_F(DecodeInput, ARequestIsShownToAPerson) {
+TEST_F(DecodeInput, ShowsAFrameOfEachKind) {
   EXPECT_EQ(words({"16000002", "10000000", "00000000", "000000000000", "1C000000", "01000000",
                    "02000000", "03000000"}),
             Outcome::success);
+  EXPECT_EQ(words({to_hex(cdma_unsolicited(0x020001B0, from_hex("07000000")))}), Outcome::success);
+  EXPECT_EQ(words({"01050019 00000000"}), Outcome::success);
+  EXPECT_EQ(words({"01050019 00000000"}, {InputKind::reply, "-"}), Outcome::success);
   EXPECT_EQ(out_.str(),
             "request nv-read (0x02000016): 16 bytes\n"
             "  rde-id:  28\n"
             "  record:  1\n"
             "  offset:  2\n"
-            "  length:  3\n");
+            "  length:  3\n"
+            "unsolicited carrier-event (0x020001B0): 4 bytes\n"
+            "  value:  7\n"
+            "request silent-reboot (0x050019)\n"
+            "reply silent-reboot (0x050019): success\n"
+            "  data:\n");
 }
 
-TEST_F(DecodeInput, AReplyIsShownToAScript) {
+TEST_F(DecodeInput, ShowsAFrameAsJson) {
   json_ = true;
   EXPECT_EQ(words({to_hex(cdma_frame(0x020000BC, 0, from_hex("4D000000")))}), Outcome::success);
   EXPECT_EQ(out_.str(), R"({"type":"reply","name":"get-bsr-timer","id":"0x020000BC","status":0,)"
@@ -72,21 +80,7 @@ TEST_F(DecodeInput, AReplyIsShownToAScript) {
                         "\n");
 }
 
-TEST_F(DecodeInput, AnUnsolicitedFrameIsShown) {
-  EXPECT_EQ(words({to_hex(cdma_unsolicited(0x020001B0, from_hex("07000000")))}), Outcome::success);
-  EXPECT_EQ(out_.str(), "unsolicited carrier-event (0x020001B0): 4 bytes\n  value:  7\n");
-}
-
-TEST_F(DecodeInput, WhatAFrameIsCanBeTold) {
-  EXPECT_EQ(words({"01050019 00000000"}), Outcome::success);
-  EXPECT_EQ(words({"01050019 00000000"}, {InputKind::reply, "-"}), Outcome::success);
-  EXPECT_EQ(out_.str(),
-            "request silent-reboot (0x050019)\n"
-            "reply silent-reboot (0x050019): success\n"
-            "  data:\n");
-}
-
-TEST_F(DecodeInput, PersonalFieldsAreMaskedUnlessAskedFor) {
+TEST_F(DecodeInput, MasksPersonalFieldsUnlessTheyAreRequested) {
   EXPECT_EQ(words({kCheck}), Outcome::success);
   show_personal_ = true;
   EXPECT_EQ(words({kCheck}), Outcome::success);
@@ -95,7 +89,7 @@ TEST_F(DecodeInput, PersonalFieldsAreMaskedUnlessAskedFor) {
             "request check-spc (0x0200000A): 6 bytes\n  code:  246810\n");
 }
 
-TEST_F(DecodeInput, AMaskedFrameForAScriptHasNoBytesEither) {
+TEST_F(DecodeInput, MasksTheBytesOfAFrameInJson) {
   json_ = true;
   EXPECT_EQ(words({kCheck}), Outcome::success);
   EXPECT_EQ(out_.str(),
@@ -115,47 +109,44 @@ TEST_F(DecodeInput, LinesOfHexAreFrames) {
 }
 
 constexpr size_t kTooLong = (1 << 20) + 1;
+const std::string kTag = "E/RIL-QOREXT( 1): ";
 
-TEST_F(DecodeInput, ALineWithoutEndIsSkippedWithOneWarning) {
-  std::string tag = "E/RIL-QOREXT( 1): ";
-  std::string long_line = tag + "isSpcChanged = 0, (246810 ~ 246810)" + std::string(kTooLong, 'x');
-  EXPECT_EQ(lines("first\n" + long_line + "\nsecond\n" + long_line), Outcome::usage);
-  EXPECT_EQ(out_.str(), "first\nsecond\n");
+TEST_F(DecodeInput, SkipsATooLongLineWithOneWarning) {
+  std::string long_line = kTag + "isSpcChanged = 0, (246810 ~ 246810)" + std::string(kTooLong, 'x');
+  std::string long_frame(kTooLong, 'A');
+  EXPECT_EQ(lines("first\n" + long_line + "\nsecond\n" + long_frame + "\n01050019 00000000\n" +
+                  long_line),
+            Outcome::usage);
+  EXPECT_EQ(out_.str(), "first\nsecond\nrequest silent-reboot (0x050019)\n");
   EXPECT_EQ(err_.str(),
             "qorextctl: decode: line 2: is longer than 1048576 bytes, skipped\n"
-            "qorextctl: decode: line 4: is longer than 1048576 bytes, skipped\n");
+            "qorextctl: decode: line 4: is longer than 1048576 bytes, skipped\n"
+            "qorextctl: decode: line 6: is longer than 1048576 bytes, skipped\n");
 }
 
-TEST_F(DecodeInput, AFrameWithoutEndIsSkippedToo) {
-  EXPECT_EQ(lines(std::string(kTooLong, 'A') + "\n01050019 00000000\n"), Outcome::usage);
-  EXPECT_EQ(out_.str(), "request silent-reboot (0x050019)\n");
-}
-
-TEST_F(DecodeInput, ALineOfTheGreatestLengthIsShown) {
+TEST_F(DecodeInput, ShowsALineOfMaximumLength) {
   std::string line(kTooLong - 1, 'x');
   EXPECT_EQ(lines(line + "\n" + line), Outcome::success);
   EXPECT_EQ(out_.str(), line + "\n" + line + "\n");
   EXPECT_EQ(err_.str(), "");
 }
 
-// The skipped line may have been the one that says what the dump is.
-TEST_F(DecodeInput, ADumpAfterASkippedLineIsMaskedWholly) {
-  std::string tag = "E/RIL-QOREXT( 1): ";
-  EXPECT_EQ(lines(tag + "Dumping modem response for QMI_TUNER_REQ_V01...\n" + tag +
-                  std::string(kTooLong, 'x') + "\n" + tag + "HexDump: Data 020000000A0B\n"),
+TEST_F(DecodeInput, MasksADumpAfterASkippedLineCompletely) {
+  EXPECT_EQ(lines(kTag + "Dumping modem response for QMI_TUNER_REQ_V01...\n" + kTag +
+                  std::string(kTooLong, 'x') + "\n" + kTag + "HexDump: Data 020000000A0B\n"),
             Outcome::usage);
-  EXPECT_EQ(out_.str(), tag + "Dumping modem response for QMI_TUNER_REQ_V01...\n" + tag +
+  EXPECT_EQ(out_.str(), kTag + "Dumping modem response for QMI_TUNER_REQ_V01...\n" + kTag +
                             "HexDump: Data ************\n");
 }
 
-TEST_F(DecodeInput, ALogOfCountlessThreadsIsMaskedRatherThanRemembered) {
+TEST_F(DecodeInput, LimitsTheThreadsOfALog) {
   std::string log = "E/RIL-QOREXT( 1): Dumping modem response for QMI_TUNER_REQ_V01...\n";
   for (int i = 2; i < 2000; ++i) log += "E/RIL-QOREXT(" + std::to_string(i) + "): x\n";
   lines(log + "E/RIL-QOREXT( 1): HexDump: Data 020000000A0B\n");
   EXPECT_TRUE(out_.str().ends_with("HexDump: Data ************\n"));
 }
 
-TEST_F(DecodeInput, ALogIsShownWithWhatItHolds) {
+TEST_F(DecodeInput, ShowsALogWithItsContent) {
   EXPECT_EQ(lines(kLog), Outcome::success);
   EXPECT_EQ(out_.str(),
             "--------- beginning of main\n"
@@ -177,7 +168,7 @@ TEST_F(DecodeInput, ALogIsShownWithWhatItHolds) {
             "  |   problem: 6 bytes of data, 32 expected\n");
 }
 
-TEST_F(DecodeInput, ALogIsOneObjectALineForAScript) {
+TEST_F(DecodeInput, ShowsALogAsOneObjectPerLine) {
   json_ = true;
   EXPECT_EQ(
       lines("a \xFF\tline\nE/RIL-QOREXT( 1): NV Read 32, length 1, data length 1, grde - 31\n"),
@@ -192,7 +183,7 @@ TEST_F(DecodeInput, ALogIsOneObjectALineForAScript) {
             "\n");
 }
 
-TEST_F(DecodeInput, ALogMayBeShownInClear) {
+TEST_F(DecodeInput, ShowsALogInClearTextOnRequest) {
   show_personal_ = true;
   EXPECT_EQ(lines(kLog), Outcome::success);
   EXPECT_NE(out_.str().find("isSpcChanged = 0, (246810 ~ 246810)\n"), std::string::npos);
@@ -200,7 +191,7 @@ TEST_F(DecodeInput, ALogMayBeShownInClear) {
   EXPECT_NE(out_.str().find("  |   spc:  246810\n"), std::string::npos);
 }
 
-TEST_F(DecodeInput, AMalformedFrameIsARefusal) {
+TEST_F(DecodeInput, AMalformedFrameIsRefused) {
   EXPECT_EQ(words({"B1000002 05000000 00000000 000000000000 01000000"}), Outcome::refused);
   EXPECT_EQ(out_.str(),
             "request set-bc10 (0x020000B1): 5 bytes\n"
@@ -208,29 +199,29 @@ TEST_F(DecodeInput, AMalformedFrameIsARefusal) {
             "  problem: the length field says 5, the frame has 22 bytes instead of 23\n");
 }
 
-TEST_F(DecodeInput, WhatIsNoFrameIsWrongUsageWithItsLine) {
+TEST_F(DecodeInput, BytesThatAreNotAFrameAreWrongUsage) {
   EXPECT_EQ(words({"0G"}), Outcome::usage);
   EXPECT_EQ(words({"FF"}), Outcome::usage);
   EXPECT_EQ(lines("01050019 00000000\nFFFF\n"), Outcome::usage);
-  EXPECT_EQ(lines("no hex\n", InputKind::reply), Outcome::usage);
+  EXPECT_EQ(lines("not hex\n", InputKind::reply), Outcome::usage);
   EXPECT_EQ(err_.str(),
-            "qorextctl: decode: no hex (pairs of digits)\n"
-            "qorextctl: decode: 1 bytes that are no frame; say --as request, reply or unsolicited "
-            "to see them all the same\n"
-            "qorextctl: decode: line 2: 2 bytes that are no frame; say --as request, reply or "
-            "unsolicited to see them all the same\n"
-            "qorextctl: decode: line 1: no hex (pairs of digits)\n");
+            "qorextctl: decode: not hex (pairs of digits)\n"
+            "qorextctl: decode: 1 bytes are not a frame; --as request, reply or unsolicited "
+            "decodes them anyway\n"
+            "qorextctl: decode: line 2: 2 bytes are not a frame; --as request, reply or "
+            "unsolicited decodes them anyway\n"
+            "qorextctl: decode: line 1: not hex (pairs of digits)\n");
 }
 
-TEST_F(DecodeInput, ALogMayHaveLinesOfHexWhenItIsToldToBeOne) {
+TEST_F(DecodeInput, LinesOfHexMayBeReadAsALog) {
   EXPECT_EQ(lines("FFFF\n", InputKind::log), Outcome::success);
   EXPECT_EQ(out_.str(), "FFFF\n");
 }
 
-TEST_F(DecodeInput, AFileThatCannotBeReadIsWrongUsage) {
+TEST_F(DecodeInput, AnUnreadableFileIsWrongUsage) {
   EXPECT_EQ(words({}, {InputKind::automatic, "/nowhere/log"}), Outcome::usage);
   EXPECT_EQ(err_.str(),
-            "qorextctl: decode: cannot read '/nowhere/log': give a file that you may read\n");
+            "qorextctl: decode: cannot read '/nowhere/log': expected a readable file\n");
 }
 
 }  // namespace

@@ -28,15 +28,15 @@ FakeModem::~FakeModem() {
   unlink(path_.c_str());
 }
 
-std::string FakeModem::asked() {
+std::string FakeModem::received() {
   thread_.join();
-  return asked_;
+  return received_;
 }
 
 void FakeModem::serve(const std::string& answer) {
   UniqueFd client(accept(listener_.get(), nullptr, nullptr));
   char byte = 0;
-  while (read(client.get(), &byte, 1) == 1 && byte != '\n') asked_ += byte;
+  while (read(client.get(), &byte, 1) == 1 && byte != '\n') received_ += byte;
   [[maybe_unused]] ssize_t sent = send(client.get(), answer.data(), answer.size(), MSG_NOSIGNAL);
 }
 

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// A control socket that gives one prepared answer.
+// A control socket of a modem, with one prepared answer.
 #pragma once
 
 #include <string>
@@ -11,20 +11,20 @@ namespace qorextctl {
 
 class FakeModem {
  public:
-  // Answers the first line with `answer` as it is (give it a line end), then hangs up.
+  // Answers one line with `answer`, which must contain the line end, then closes the connection.
   explicit FakeModem(const std::string& answer);
   ~FakeModem();
 
   const std::string& path() const { return path_; }
-  // What was asked, without its line end; waits for the exchange to end.
-  std::string asked();
+  // Waits for the exchange to end. Returns the received line without its end.
+  std::string received();
 
  private:
   void serve(const std::string& answer);
 
   std::string path_;
   UniqueFd listener_;
-  std::string asked_;
+  std::string received_;
   std::thread thread_;
 };
 

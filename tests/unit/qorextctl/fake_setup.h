@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// Tests that start the fake daemon.
+// Tests with the fake daemon.
 #pragma once
 
 #include <gtest/gtest.h>
@@ -12,12 +12,14 @@
 
 namespace qorextctl {
 
+inline Deadline soon() { return Deadline::in_seconds(10); }
+
 class WithFakeDaemon : public testing::Test {
  protected:
   void TearDown() override { unsetenv("FAKE_DAEMON"); }
 
-  // How the next daemon behaves.
-  static void behave(const char* mode) { setenv("FAKE_DAEMON", mode, 1); }
+  // Sets the mode of the next daemon, a row of the table in fake_daemon.cpp.
+  static void set_mode(const char* mode) { setenv("FAKE_DAEMON", mode, 1); }
 
   static DaemonOptions options() {
     return {.executable = FAKE_DAEMON,
@@ -28,7 +30,7 @@ class WithFakeDaemon : public testing::Test {
   }
 
   static std::unique_ptr<Daemon> start(const char* mode) {
-    behave(mode);
+    set_mode(mode);
     auto daemon = Daemon::start(options());
     EXPECT_TRUE(daemon) << daemon.error().message;
     return daemon ? std::move(*daemon) : nullptr;

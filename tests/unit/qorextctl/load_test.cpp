@@ -190,7 +190,7 @@ class LoadOn : public WithFakeDaemon {
   }
 
   Outcome run(const char* mode) {
-    behave(mode);
+    set_mode(mode);
     auto mix = mix_of(options_.load);
     EXPECT_TRUE(mix) << mix.error().message;
     auto session = Session::start(options_, printer_);

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// The daemon's log lines, and what they hold.
+// The lines of the daemon's log, their content and their masking.
 #include "tools/qorextctl/log/log_reader.h"
 
 #include <gtest/gtest.h>
@@ -37,7 +37,7 @@ std::string shown(const LogEntry& entry) {
          to_json(frame.fields).dump() + problems;
 }
 
-TEST(LogLine, TheFormatsOfLogcatAreKnown) {
+TEST(LogLine, AllLogFormatsAreAccepted) {
   struct {
     const char* head;
     const char* source;
@@ -66,7 +66,7 @@ TEST(LogLine, TheFormatsOfLogcatAreKnown) {
   }
 }
 
-TEST(LogLine, LinesOfOthersAreNotTheDaemons) {
+TEST(LogLine, LinesOfOtherProgramsAreRejected) {
   for (const char* line :
        {"", "--------- beginning of main", "E/RILJ    ( 1234): E/RIL-QOREXT( 1): x",
         "11-21 17:14:39.123  1234  1240 E RILJ    : RIL-QOREXT: x", "RIL-QOREXT",
@@ -77,18 +77,13 @@ TEST(LogLine, LinesOfOthersAreNotTheDaemons) {
   EXPECT_TRUE(parse_daemon_line(kHead + std::string(1'000'000, 'x')));
 }
 
-TEST(LogReader, BytesOfAUtilityRequestAreMasked) {
-  EXPECT_EQ(masked({"UTILS: req.req_data[0]50, req.req_data[UTILS_REQ_DATA_SIZE_V01-1] 7"}),
-            "UTILS: req.req_data[0]***");
-}
-
-TEST(LogReader, AReplyFrameIsDecoded) {
+TEST(LogReader, DecodesAReplyFrame) {
   EXPECT_EQ(shown(last_of({"handleNvRsp: response hexdump for p_respHdr->msgId 0x200000d...",
                            "HexDump: Data 0D00000204000000000000000000000000001E0000000000"})),
             "reply read-item-10003 0x0200000D {\"data\":\"1E000000\",\"value\":30}");
 }
 
-TEST(LogReader, AnItemIsDecodedByItsNumber) {
+TEST(LogReader, DecodesAnItemByItsNumber) {
   const std::string write = "qor_qmi_sprint_rde_write: hexdump len 3...";
   EXPECT_EQ(shown(last_of({"NV Write with RDE index 2, record number 0, offset 0.", write,
                            "HexDump: Data 000009"})),
@@ -109,7 +104,7 @@ TEST(LogReader, AnItemIsDecodedByItsNumber) {
             "before problem: primary-b is missing: the data ends before");
 }
 
-TEST(LogReader, WhatTheModemAnsweredIsDecoded) {
+TEST(LogReader, DecodesResponsesOfTheModem) {
   std::string record = to_hex(counting(568));
   LogEntry plmn =
       last_of({"Dumping modem response for QMI_DATA_PLMN_REQ_V01...", "HexDump: Data " + record});
@@ -121,7 +116,7 @@ TEST(LogReader, WhatTheModemAnsweredIsDecoded) {
       R"(modem-response tune 0x05002A {"length":3,"data":"0A0B0C"})");
 }
 
-TEST(LogReader, ALineThatTheLogHasCutIsDecodedAsFarAsItGoes) {
+TEST(LogReader, DecodesTheRemainingPartOfACutLine) {
   EXPECT_EQ(shown(last_of({"Dumping modem response for QMI_TUNER_REQ_V01...",
                            "HexDump: Data 020000000A0B0"})),
             R"(modem-response tune 0x05002A {"length":2,"data":"0A0B"} )"
@@ -136,7 +131,7 @@ TEST(LogReader, ALineThatTheLogHasCutIsDecodedAsFarAsItGoes) {
             "HexDump: Data ****");
 }
 
-TEST(LogReader, TheTextOfAnEngineeringRecordIsUnpacked) {
+TEST(LogReader, DecodesTheTextOfAnEngineeringRecord) {
   std::string text = to_hex(counting(52));
   std::string dump = to_hex(Bytes(text.begin(), text.end()));
   LogEntry entry =
@@ -155,7 +150,7 @@ TEST(LogReader, TheTextOfAnEngineeringRecordIsUnpacked) {
             "problem: the modem's text is not hex (pairs of digits)");
 }
 
-TEST(LogReader, EachThreadHasItsOwnDump) {
+TEST(LogReader, KeepsTheStateOfEachThread) {
   LogReader reader;
   const std::string head = "11-21 17:14:39.123  1234  ";
   reader.read(head + "1240 E RIL-QOREXT: Dumping modem response for QMI_TUNER_REQ_V01...");
@@ -169,7 +164,7 @@ TEST(LogReader, EachThreadHasItsOwnDump) {
                "nv-item");
 }
 
-TEST(LogReader, LinesOfOtherProgramsPassAsTheyAre) {
+TEST(LogReader, DoesNotChangeLinesOfOtherPrograms) {
   LogReader reader;
   for (const char* line : {"", "--------- beginning of main", "E/OTHER( 1): HexDump: Data 00",
                            "I/RILJ( 1): isSpcChanged = 1, (1 ~ 2)", "a \xFF\x01 byte"}) {
@@ -177,7 +172,7 @@ TEST(LogReader, LinesOfOtherProgramsPassAsTheyAre) {
   }
 }
 
-TEST(LogReader, PersonalItemsAreMasked) {
+TEST(LogReader, MasksPersonalItems) {
   const std::string write = "qor_qmi_sprint_rde_write: hexdump len 3...";
   for (int item : {8, 16, 17, 18, 20, 21, 22, 25, 26, 32}) {
     std::string number = std::to_string(item);
@@ -189,7 +184,7 @@ TEST(LogReader, PersonalItemsAreMasked) {
               "HexDump: Data ******");
     EXPECT_EQ(masked({"NV Read " + number + ", length 2, data length 2, grde - 0102"}),
               "NV Read " + number + ", length 2, data length 2, grde - ****");
-    // A modem that does not say what it has read.
+    // The modem may return an item without its number.
     EXPECT_EQ(masked({"NV Read with RDE index (" + number + "), recordNum(0), offset(0).",
                       "NV Read 0, length 2, data length 2, grde - 0102"}),
               "NV Read 0, length 2, data length 2, grde - ****");
@@ -199,7 +194,7 @@ TEST(LogReader, PersonalItemsAreMasked) {
       "HexDump: Data 06");
 }
 
-TEST(LogReader, DumpsOfWhichNothingIsKnownAreMasked) {
+TEST(LogReader, MasksDumpsOfUnknownContent) {
   EXPECT_EQ(masked({"HexDump: Data 010203"}), "HexDump: Data ******");
   EXPECT_EQ(masked({"qor_qmi_sprint_rde_write: hexdump len 3...", "HexDump: Data 010203"}),
             "HexDump: Data ******");
@@ -212,7 +207,7 @@ TEST(LogReader, DumpsOfWhichNothingIsKnownAreMasked) {
   EXPECT_EQ(masked({"HexDump: Data "}), "HexDump: Data ");
 }
 
-TEST(LogReader, ADumpOfAFrameKeepsItsOpenBytes) {
+TEST(LogReader, KeepsThePublicBytesOfAFrame) {
   EXPECT_EQ(masked({"handleNvRsp: response hexdump for p_respHdr->msgId 0x2000016...",
                     "HexDump: Data " +
                         to_hex(cdma_frame(
@@ -222,40 +217,47 @@ TEST(LogReader, ADumpOfAFrameKeepsItsOpenBytes) {
             "20000000000000000000000002000000************0000");
 }
 
+// The public start of a line, and the rest.
 // clang-format off
 constexpr const char* kPersonalLines[][2] = {
-    {"qorext_hook_sprint_read_mdn_from_nv:  mdn_number 57 ", "qorext_hook_sprint_read_mdn_from_nv:  mdn_number ***"},
-    {"qorext_hook_sprint_read_mdn_from_nv:  mdn_number incremented by 0 57 ", "qorext_hook_sprint_read_mdn_from_nv:  mdn_number incremented by 0 ***"},
-    {"qorext_hook_sprint_read_mdn_from_nv:  nv output 9 ", "qorext_hook_sprint_read_mdn_from_nv:  nv output ***"},
-    {"qorext_hook_sprint_read_mdn_from_nv:  READ NV_DIR_NUMBER_PCS_I COMPLETE 9135550142 ", "qorext_hook_sprint_read_mdn_from_nv:  READ NV_DIR_NUMBER_PCS_I COMPLETE ***"},
-    {"qorext_hook_sprint_set_mdn_to_nv:  mdn_number 57 ", "qorext_hook_sprint_set_mdn_to_nv:  mdn_number ***"},
-    {"qorext_hook_sprint_get_nam_block_request_info:  GET NAM VALUE MDN  9135550142 ", "qorext_hook_sprint_get_nam_block_request_info:  GET NAM VALUE MDN  ***"},
-    {"qorext_hook_sprint_get_nam_block_request_info:  GET NAM VALUE MIN1  7284767 ", "qorext_hook_sprint_get_nam_block_request_info:  GET NAM VALUE MIN1  ***"},
-    {"qorext_hook_sprint_get_nam_block_request_info:  GET NAM VALUE MIN2  802 ", "qorext_hook_sprint_get_nam_block_request_info:  GET NAM VALUE MIN2  ***"},
-    {"qorext_hook_sprint_get_nam_block_request_info:  GET NAM VALUE IMSI_T_S1  7284767 ", "qorext_hook_sprint_get_nam_block_request_info:  GET NAM VALUE IMSI_T_S1  ***"},
-    {"qorext_hook_sprint_get_nam_block_request_info:  GET NAM VALUE IMSI_T_S2  802 ", "qorext_hook_sprint_get_nam_block_request_info:  GET NAM VALUE IMSI_T_S2  ***"},
-    {"qorext_hook_sprint_get_nam_block_request_info:  GET NAM VALUE IMSI_11_12  99 ", "qorext_hook_sprint_get_nam_block_request_info:  GET NAM VALUE IMSI_11_12  ***"},
-    {"qorext_hook_sprint_get_nam_block_request_info:  GET NAM VALUE IMSI_MCC 209 ", "qorext_hook_sprint_get_nam_block_request_info:  GET NAM VALUE IMSI_MCC ***"},
-    {"qorext_hook_sprint_get_nam_block_request_info:  GET NAM VALUE IMSI_MCC_T 209 ", "qorext_hook_sprint_get_nam_block_request_info:  GET NAM VALUE IMSI_MCC_T ***"},
-    {"qorext_hook_sprint_get_nam_block_request_info:  GET NAM VALUE IMSI_T_11_12 99 ", "qorext_hook_sprint_get_nam_block_request_info:  GET NAM VALUE IMSI_T_11_12 ***"},
-    {"qorext_hook_sprint_get_nam_info: NAM INFO imsiT => 310009135550142 ", "qorext_hook_sprint_get_nam_info: NAM INFO imsiT => ***"},
-    {"qorext_hook_sprint_get_nam_info: NAM INFO MIN => 9135550142 ", "qorext_hook_sprint_get_nam_info: NAM INFO MIN => ***"},
-    {"qorext_hook_sprint_get_nam_info: NAM INFO IMSI_11_12 => 00 ", "qorext_hook_sprint_get_nam_info: NAM INFO IMSI_11_12 => ***"},
-    {"qorext_hook_sprint_get_nam_info: NAM INFO Mcc => 310 MccT => 310 ", "qorext_hook_sprint_get_nam_info: NAM INFO Mcc => ***"},
-    {"qorext_hook_sprint_set_nam_info:  SET NAM IMSI_MCC  209 ", "qorext_hook_sprint_set_nam_info:  SET NAM IMSI_MCC  ***"},
-    {"qorext_hook_sprint_set_nam_info:  SET NAM IMSI_11_12  99 ", "qorext_hook_sprint_set_nam_info:  SET NAM IMSI_11_12  ***"},
-    {"qorext_hook_sprint_set_nam_info:  SET NAM MIN1 7284767 MIN2 802 ", "qorext_hook_sprint_set_nam_info:  SET NAM MIN1 ***"},
-    {"qorext_hook_sprint_set_nam_info:  SET NAM MccT 209 imsiT11_12 99 imsiT_s1 7284767 imsiT_s2 802 ", "qorext_hook_sprint_set_nam_info:  SET NAM MccT ***"},
-    {"isSpcChanged = 0, (246810 ~ 246810)", "isSpcChanged = 0, (***"},
-    {"isSpcChanged = 1, (246810 ~ 135791)", "isSpcChanged = 1, (***"},
-    {"qorext_hook_sprint_get_nam_block_request_info:  GET NAM VALUE SID NID  4700 ", "qorext_hook_sprint_get_nam_block_request_info:  GET NAM VALUE SID NID  4700 "},
-    {"qorext_hook_sprint_get_nam_info: NAM INFO hSid => 4700 hNid => 12 scm => 42 ", "qorext_hook_sprint_get_nam_info: NAM INFO hSid => 4700 hNid => 12 scm => 42 "},
-    {"qorext_hook_sprint_set_nam_block_request_info:  SET NAM BLOCK MDN  0 ", "qorext_hook_sprint_set_nam_block_request_info:  SET NAM BLOCK MDN  0 "},
+    {"UTILS: req.req_data[0]", "50, req.req_data[UTILS_REQ_DATA_SIZE_V01-1] 7"},
+    {"qorext_hook_sprint_read_mdn_from_nv:  mdn_number ", "57 "},
+    {"qorext_hook_sprint_read_mdn_from_nv:  mdn_number incremented by 0 ", "57 "},
+    {"qorext_hook_sprint_read_mdn_from_nv:  nv output ", "9 "},
+    {"qorext_hook_sprint_read_mdn_from_nv:  READ NV_DIR_NUMBER_PCS_I COMPLETE ", "9135550142 "},
+    {"qorext_hook_sprint_set_mdn_to_nv:  mdn_number ", "57 "},
+    {"qorext_hook_sprint_get_nam_block_request_info:  GET NAM VALUE MDN  ", "9135550142 "},
+    {"qorext_hook_sprint_get_nam_block_request_info:  GET NAM VALUE MIN1  ", "7284767 "},
+    {"qorext_hook_sprint_get_nam_block_request_info:  GET NAM VALUE MIN2  ", "802 "},
+    {"qorext_hook_sprint_get_nam_block_request_info:  GET NAM VALUE IMSI_T_S1  ", "7284767 "},
+    {"qorext_hook_sprint_get_nam_block_request_info:  GET NAM VALUE IMSI_T_S2  ", "802 "},
+    {"qorext_hook_sprint_get_nam_block_request_info:  GET NAM VALUE IMSI_11_12  ", "99 "},
+    {"qorext_hook_sprint_get_nam_block_request_info:  GET NAM VALUE IMSI_MCC ", "209 "},
+    {"qorext_hook_sprint_get_nam_block_request_info:  GET NAM VALUE IMSI_MCC_T ", "209 "},
+    {"qorext_hook_sprint_get_nam_block_request_info:  GET NAM VALUE IMSI_T_11_12 ", "99 "},
+    {"qorext_hook_sprint_get_nam_info: NAM INFO imsiT => ", "310009135550142 "},
+    {"qorext_hook_sprint_get_nam_info: NAM INFO MIN => ", "9135550142 "},
+    {"qorext_hook_sprint_get_nam_info: NAM INFO IMSI_11_12 => ", "00 "},
+    {"qorext_hook_sprint_get_nam_info: NAM INFO Mcc => ", "310 MccT => 310 "},
+    {"qorext_hook_sprint_set_nam_info:  SET NAM IMSI_MCC  ", "209 "},
+    {"qorext_hook_sprint_set_nam_info:  SET NAM IMSI_11_12  ", "99 "},
+    {"qorext_hook_sprint_set_nam_info:  SET NAM MIN1 ", "7284767 MIN2 802 "},
+    {"qorext_hook_sprint_set_nam_info:  SET NAM MccT ", "209 imsiT11_12 99 imsiT_s1 7284767 imsiT_s2 802 "},
+    {"isSpcChanged = 0, (", "246810 ~ 246810)"},
+    {"isSpcChanged = 1, (", "246810 ~ 135791)"},
+};
+constexpr const char* kPublicLines[] = {
+    "qorext_hook_sprint_get_nam_block_request_info:  GET NAM VALUE SID NID  4700 ",
+    "qorext_hook_sprint_get_nam_info: NAM INFO hSid => 4700 hNid => 12 scm => 42 ",
+    "qorext_hook_sprint_set_nam_block_request_info:  SET NAM BLOCK MDN  0 ",
 };
 // clang-format on
 
-TEST(LogReader, ValuesInClearAreMaskedAndOthersAreNot) {
-  for (const auto& [text, expected] : kPersonalLines) EXPECT_EQ(masked({text}), expected);
+TEST(LogReader, MasksPersonalValuesAndNoOthers) {
+  for (const auto& [start, rest] : kPersonalLines) {
+    EXPECT_EQ(masked({start + std::string(rest)}), start + std::string("***"));
+  }
+  for (const char* line : kPublicLines) EXPECT_EQ(masked({line}), line);
 }
 
 }  // namespace

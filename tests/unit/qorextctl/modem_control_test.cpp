@@ -25,7 +25,7 @@ TEST(ModemControl, ACommandIsOneLineAndSoIsItsAnswer) {
   auto answer = ask(modem);
   ASSERT_TRUE(answer) << answer.error().message;
   EXPECT_EQ(answer->dump(), R"({"ok":true,"state":{}})");
-  EXPECT_EQ(modem.asked(), R"({"command":"state"})");
+  EXPECT_EQ(modem.received(), R"({"command":"state"})");
 }
 
 TEST(ModemControl, AMissingSocketIsATransportError) {
@@ -122,7 +122,7 @@ TEST(ModemControl, WordsThatAreNoTextAreSentAllTheSame) {
   auto control = ModemControl::connect(modem.path());
   ASSERT_TRUE(control);
   EXPECT_TRUE(control->call({{"command", "a\xFF"}}, Deadline::in_seconds(10)));
-  EXPECT_EQ(modem.asked(), "{\"command\":\"a\xEF\xBF\xBD\"}");
+  EXPECT_EQ(modem.received(), "{\"command\":\"a\xEF\xBF\xBD\"}");
 }
 
 TEST(ModemControl, ASilentModemIsATransportErrorAfterTheDeadline) {

@@ -37,7 +37,7 @@ class Phone : public testing::Test {
   std::string root_ = testing::TempDir() + "qorextctl_phone_" + std::to_string(getpid());
 };
 
-TEST_F(Phone, WasSwitchedOnAsUsualUnlessToldOtherwise) {
+TEST_F(Phone, HasTheFilesOfANormalPowerUpOrTheGivenOnes) {
   prepare();
   EXPECT_EQ(content("/proc/bootinfo"), "POWERUPREASON : 0x00004000\n");
   EXPECT_EQ(content("/sys/module/subsystem_restart/parameters/modem_restarts"), "0\n");
@@ -48,7 +48,7 @@ TEST_F(Phone, WasSwitchedOnAsUsualUnlessToldOtherwise) {
   EXPECT_EQ(content("/sys/module/pil_q6v5_mss/parameters/ssr_reason"), "fatal\n");
 }
 
-TEST_F(Phone, HoldsItsBlockWhereTheDaemonMapsIt) {
+TEST_F(Phone, HasTheBlockAtTheOffsetThatTheDaemonMaps) {
   prepare({.hob_seed = 3});
   EXPECT_EQ(fs::file_size(root_ + kHobRam), kHobOffset + kHobSize);
   std::ifstream ram(root_ + kHobRam, std::ios::binary);
@@ -59,7 +59,7 @@ TEST_F(Phone, HoldsItsBlockWhereTheDaemonMapsIt) {
   EXPECT_EQ(fs::file_size(root_ + kHobPartition), 65536U);
 }
 
-TEST_F(Phone, TakesTheBlockFromAFileOfItsSize) {
+TEST_F(Phone, ReadsTheBlockFromAFileOfTheSameSize) {
   std::string block(kHobSize, 'h');
   write("/block", block);
   prepare({.hob_file = root_ + "/block"});
@@ -71,7 +71,7 @@ TEST_F(Phone, TakesTheBlockFromAFileOfItsSize) {
   EXPECT_EQ(error->outcome, Outcome::usage);
 }
 
-TEST_F(Phone, KeepsWhatWasSavedWhenItIsPreparedAgain) {
+TEST_F(Phone, KeepsSavedFilesWhenPreparedAgain) {
   prepare();
   Bytes block = hob_content(1);
   write(kHobPartition, {block.begin(), block.end()});
@@ -81,7 +81,7 @@ TEST_F(Phone, KeepsWhatWasSavedWhenItIsPreparedAgain) {
   EXPECT_EQ(content("/data/vorn/vorn_1.log"), "kept");
 }
 
-TEST_F(Phone, IsShownWithItsLogsPropertiesAndEntries) {
+TEST_F(Phone, ReportContainsLogsPropertiesAndEntries) {
   write("/data/vorn/vorn_1.log", "old");
   write("/data/vorn/vorn_2.log", "newer");
   write("/data/vorn/~vorn0007.log", "x");
@@ -103,7 +103,7 @@ TEST_F(Phone, IsShownWithItsLogsPropertiesAndEntries) {
   EXPECT_EQ(shown["hand_off_block"], "no block in the RAM");
 }
 
-TEST_F(Phone, WithNothingInItIsShownAsEmpty) {
+TEST_F(Phone, ReportOfAnEmptyRootIsEmpty) {
   EXPECT_EQ(to_text(phone_report(root_)),
             "  links:           none\n"
             "  logs:            none\n"

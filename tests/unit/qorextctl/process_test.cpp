@@ -1,17 +1,14 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "tools/qorextctl/daemon/process.h"
 
-#include <gtest/gtest.h>
 #include <unistd.h>
 
 #include <csignal>
 
-#include "tools/qorextctl/daemon/log_capture.h"
+#include "tests/unit/qorextctl/fake_setup.h"
 
 namespace qorextctl {
 namespace {
-
-Deadline soon() { return Deadline::in_seconds(10); }
 
 Launch shell(const std::string& script) {
   Launch launch;
@@ -32,24 +29,17 @@ std::vector<std::string> output_of(Launch launch) {
   return log.lines();
 }
 
-TEST(Process, ItsExitStatusIsTold) {
-  auto process = Process::start(shell("exit 7"));
-  ASSERT_TRUE(process);
-  auto status = process->wait(soon());
-  ASSERT_TRUE(status);
-  EXPECT_EQ(describe(*status), "exit status 7");
-  EXPECT_EQ(process->wait(soon())->code, 7);
+TEST(Process, ReportsTheExitStatusOrTheSignal) {
+  for (const auto& [script, expected] :
+       {std::pair("exit 7", "exit status 7"), std::pair("kill -ABRT $$", "signal 6 (Aborted)")}) {
+    auto process = Process::start(shell(script));
+    ASSERT_TRUE(process);
+    ASSERT_TRUE(process->wait(soon()));
+    EXPECT_EQ(describe(*process->wait(soon())), expected);
+  }
 }
 
-TEST(Process, TheSignalThatEndedItIsTold) {
-  auto process = Process::start(shell("kill -ABRT $$"));
-  ASSERT_TRUE(process);
-  auto status = process->wait(soon());
-  ASSERT_TRUE(status);
-  EXPECT_EQ(describe(*status), "signal 6 (Aborted)");
-}
-
-TEST(Process, TheEnvironmentIsThisOnePlusWhatIsGiven) {
+TEST(Process, TheEnvironmentIsInheritedAndExtended) {
   setenv("QOREXTCTL_TEST_A", "old", 1);
   setenv("QOREXTCTL_TEST_B", "kept", 1);
   Launch launch = shell("echo $QOREXTCTL_TEST_A $QOREXTCTL_TEST_B");
@@ -57,12 +47,12 @@ TEST(Process, TheEnvironmentIsThisOnePlusWhatIsGiven) {
   EXPECT_EQ(output_of(launch), std::vector<std::string>{"new kept"});
 }
 
-TEST(Process, ItsInputIsEmptyAndALastLineNeedsNoEnd) {
+TEST(Process, InputIsEmptyAndTheLastLineNeedsNoEnd) {
   EXPECT_EQ(output_of(shell("cat; echo one; printf two >&2")),
             (std::vector<std::string>{"one", "two"}));
 }
 
-TEST(Process, SignalsIgnoredOrBlockedHereAreNotThere) {
+TEST(Process, IgnoredAndBlockedSignalsAreRestored) {
   signal(SIGPIPE, SIG_IGN);
   sigset_t signals;
   sigset_t before;
@@ -75,14 +65,14 @@ TEST(Process, SignalsIgnoredOrBlockedHereAreNotThere) {
   EXPECT_EQ(lines.size(), 2u);
 }
 
-TEST(Process, CtrlCAtTheTerminalIsNotMeantForIt) {
+TEST(Process, HasItsOwnProcessGroup) {
   auto process = Process::start(shell("exec sleep 60"));
   ASSERT_TRUE(process);
   EXPECT_EQ(getpgid(process->pid()), process->pid());
   EXPECT_NE(getpgid(process->pid()), getpgrp());
 }
 
-TEST(Process, ItIsEndedWithItsOwner) {
+TEST(Process, IsKilledByTheDestructor) {
   pid_t pid = 0;
   {
     auto process = Process::start(shell("trap '' TERM HUP; while :; do sleep 0.01; done"));
@@ -101,12 +91,12 @@ TEST(Process, AMissingExecutableIsAnError) {
   EXPECT_EQ(process.error().message, "cannot start /nowhere/x: No such file or directory");
 }
 
-TEST(Process, AnExecutableBesideThisOneIsFound) {
+TEST(Process, FindsAnExecutableInTheSameFolder) {
   EXPECT_NE(sibling("qorextctl_test"), "");
   EXPECT_EQ(sibling("no_such_program"), "");
 }
 
-TEST(LogCapture, WaitingForALineEndsWithTheLog) {
+TEST(LogCapture, AWaitForALineEndsWithTheLog) {
   auto pipe = make_pipe();
   LogCapture log;
   log.start(std::move(pipe->read));
@@ -119,7 +109,7 @@ TEST(LogCapture, WaitingForALineEndsWithTheLog) {
   EXPECT_TRUE(log.wait_end(soon()));
 }
 
-TEST(LogCapture, TellsWhenALineWasWrittenNotWhenItIsRead) {
+TEST(LogCapture, ReportsWhenALineWasWrittenNotWhenItIsRead) {
   auto log = make_timed_pipe();
   ASSERT_TRUE(log);
   auto now = [] { return std::chrono::nanoseconds(Deadline::Clock::now().time_since_epoch()); };
@@ -133,15 +123,15 @@ TEST(LogCapture, TellsWhenALineWasWrittenNotWhenItIsRead) {
   LogCapture capture;
   capture.start(std::move(log->read),
                 [&seen](const std::string& line, int64_t time) { seen.emplace_back(line, time); });
-  ASSERT_TRUE(capture.wait_end(Deadline::in(std::chrono::seconds(10))));
+  ASSERT_TRUE(capture.wait_end(soon()));
   ASSERT_EQ(seen.size(), 1U);
   EXPECT_EQ(seen[0].first, "line");
-  constexpr int64_t kClocksApart = 5'000'000;
-  EXPECT_GE(seen[0].second, before.count() - kClocksApart);
-  EXPECT_LE(seen[0].second, after.count() + kClocksApart);
+  constexpr int64_t kMaxClockError = 5'000'000;
+  EXPECT_GE(seen[0].second, before.count() - kMaxClockError);
+  EXPECT_LE(seen[0].second, after.count() + kMaxClockError);
 }
 
-TEST(LogCapture, OnlyTheLastLinesAreKept) {
+TEST(LogCapture, KeepsOnlyTheLastLines) {
   auto pipe = make_pipe();
   LogCapture log({}, 2);
   log.start(std::move(pipe->read));

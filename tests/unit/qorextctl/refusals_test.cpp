@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// Every way in which a command can be wrong, with the line that says so.
+// The error messages for wrong commands.
 #include <gtest/gtest.h>
 
 #include "tools/qorextctl/frames/arguments.h"
@@ -8,13 +8,13 @@
 namespace qorextctl {
 namespace {
 
-struct Case {
+struct Refusal {
   const char* line;
   const char* message;
 };
 
 // clang-format off
-constexpr Case kCases[] = {
+constexpr Refusal kRefusals[] = {
     {"nv-raed rde-id=1", "unknown request 'nv-raed'; did you mean 'nv-read'? (see: qorextctl list)"},
     {"frobnicate", "unknown request 'frobnicate' (see: qorextctl list)"},
     {"nv-read", "nv-read: rde-id (element number) is missing (see: qorextctl list nv-read)"},
@@ -53,8 +53,8 @@ constexpr Case kCases[] = {
 };
 // clang-format on
 
-TEST(Refusals, EveryWrongCommandIsRefusedWithOneLine) {
-  for (const Case& test : kCases) {
+TEST(Refusals, AWrongCommandHasAnErrorMessage) {
+  for (const Refusal& test : kRefusals) {
     auto command = parse_command(*split_line(test.line), false);
     ASSERT_FALSE(command) << test.line;
     EXPECT_EQ(command.error().message, test.message);
@@ -62,7 +62,7 @@ TEST(Refusals, EveryWrongCommandIsRefusedWithOneLine) {
   }
 }
 
-TEST(Refusals, MoreUtilityDataThanTheModemTakesIsRefused) {
+TEST(Refusals, TooMuchUtilityDataIsRefused) {
   auto command = parse_command(
       std::vector<std::string>{"utils", "type=1", "data=" + std::string(514, '0')}, false);
   ASSERT_FALSE(command);
@@ -70,13 +70,13 @@ TEST(Refusals, MoreUtilityDataThanTheModemTakesIsRefused) {
             "utils: data: 257 bytes given, 0 to 256 bytes expected (see: qorextctl list utils)");
 }
 
-TEST(Refusals, NoWordsAtAllNameTheList) {
+TEST(Refusals, AnEmptyCommandIsRefused) {
   auto command = parse_command({}, false);
   ASSERT_FALSE(command);
   EXPECT_EQ(command.error().message, "no request given (see: qorextctl list)");
 }
 
-TEST(Refusals, RawBytesMustBeHexAndNeitherNoneNorTooMany) {
+TEST(Refusals, RawBytesMustBeHexOfALimitedSize) {
   using Words = std::vector<std::string>;
   EXPECT_EQ(parse_raw(Words{"xyz"}).error().message,
             "raw: the words are not hex (pairs of digits)");

@@ -17,7 +17,7 @@ TEST(Bytes, NumbersAreReadInBothByteOrders) {
   EXPECT_EQ(load_be(kSample, 1, 3), 0x020384u);
 }
 
-TEST(Bytes, WhatLiesBehindTheEndCountsAsZero) {
+TEST(Bytes, BytesAfterTheEndCountAsZero) {
   EXPECT_EQ(load_le(kSample, 3, 4), 0x84u);
   EXPECT_EQ(load_be(kSample, 3, 2), 0x8400u);
   EXPECT_EQ(load_le(kSample, 100, 4), 0u);
@@ -30,19 +30,19 @@ TEST(Bytes, NumbersAreAppendedInBothByteOrders) {
   EXPECT_EQ(bytes, (Bytes{0x02, 0x01, 0x03, 0x04, 0x05}));
 }
 
-TEST(Bytes, APartEndsWithTheWhole) {
+TEST(Bytes, APartEndsWithTheBytes) {
   EXPECT_EQ(part(kSample, 2, 10).size(), 2u);
   EXPECT_EQ(part(kSample, 4, 1).size(), 0u);
   EXPECT_EQ(part(kSample, 1, 2).front(), 0x02);
 }
 
-TEST(Bytes, HexIsReadWithBlanksAndColonsBetweenPairs) {
+TEST(Bytes, HexMayHaveBlanksAndColonsBetweenPairs) {
   EXPECT_EQ(parse_hex("01 02:03 84"), kSample);
   EXPECT_EQ(parse_hex("aAbB"), (Bytes{0xAA, 0xBB}));
   EXPECT_EQ(parse_hex(""), Bytes());
 }
 
-TEST(Bytes, HalfBytesAndOtherCharactersAreNoHex) {
+TEST(Bytes, HalfBytesAndOtherCharactersAreNotHex) {
   EXPECT_EQ(parse_hex("012"), std::nullopt);
   EXPECT_EQ(parse_hex("0 1"), std::nullopt);
   EXPECT_EQ(parse_hex("0g"), std::nullopt);
@@ -54,13 +54,13 @@ TEST(Bytes, HexIsWrittenInUpperCaseWithoutSeparators) {
   EXPECT_EQ(to_hex({}), "");
 }
 
-TEST(Bytes, PrintableTextKeepsUtf8AndEscapesTheRest) {
+TEST(Bytes, PrintableTextKeepsUtf8AndEscapesOtherBytes) {
   EXPECT_EQ(printable(Bytes{'a', 0xC3, 0xA9}), "a\xC3\xA9");
   EXPECT_EQ(printable(Bytes{'a', 0xC3, 'b'}), "a\\xC3b");
   EXPECT_EQ(printable(Bytes{'a', '\n', 0x7F}), "a\\x0A\\x7F");
 }
 
-TEST(Spelling, TheNearestNameIsFoundUpToTwoMistakes) {
+TEST(Nearest, FindsANameWithUpToTwoMistakes) {
   EXPECT_EQ(nearest("nv-raed", {"nv-write", "nv-read"}), "nv-read");
   EXPECT_EQ(nearest("get-nma", {"get-nam", "set-nam"}), "get-nam");
   EXPECT_EQ(nearest("frobnicate", {"nv-write", "nv-read"}), "");
@@ -69,12 +69,21 @@ TEST(Spelling, TheNearestNameIsFoundUpToTwoMistakes) {
   EXPECT_EQ(nearest(std::string(500'000, 'n'), std::vector<std::string>(1000, "nv-read")), "");
 }
 
-TEST(Deadline, ThePastLeavesNoTime) {
+TEST(SplitLine, AcceptsQuotesAndComments) {
+  using Words = std::vector<std::string>;
+  EXPECT_EQ(split_line("a  b\tc\r"), (Words{"a", "b", "c"}));
+  EXPECT_EQ(split_line("a='b c' \"d e\" ''"), (Words{"a=b c", "d e", ""}));
+  EXPECT_EQ(split_line("a#b # c"), (Words{"a#b"}));
+  EXPECT_EQ(split_line("# all"), Words());
+  EXPECT_EQ(split_line("'open"), std::nullopt);
+}
+
+TEST(Deadline, HasNoTimeLeftAfterItHasPassed) {
   EXPECT_EQ(Deadline::in_seconds(-1).remaining_ms(), 0);
   EXPECT_TRUE(Deadline::in_seconds(-1).passed());
 }
 
-TEST(Deadline, TheFutureLeavesWhatRemains) {
+TEST(Deadline, HasTheRemainingTimeBeforeItPasses) {
   Deadline deadline = Deadline::in_seconds(100);
   EXPECT_FALSE(deadline.passed());
   EXPECT_GT(deadline.remaining_ms(), 90'000);

@@ -30,14 +30,14 @@ class History : public testing::Test {
   HistoryFile history_{path_};
 };
 
-TEST_F(History, LinesComeBackInTheirOrder) {
+TEST_F(History, ReturnsLinesInTheirOrder) {
   EXPECT_TRUE(history_.load()->empty());
   EXPECT_FALSE(history_.add("get-nam"));
   EXPECT_FALSE(HistoryFile(path_).add("get-ddtm"));
   EXPECT_THAT(*history_.load(), ElementsAre("get-nam", "get-ddtm"));
 }
 
-TEST_F(History, TheFileIsPrivateAlsoWhenItWasNot) {
+TEST_F(History, MakesAnExistingFilePrivate) {
   fs::create_directories(folder_ / "state");
   std::ofstream(path_) << "old\n";
   fs::permissions(path_, fs::perms::all);
@@ -45,7 +45,7 @@ TEST_F(History, TheFileIsPrivateAlsoWhenItWasNot) {
   EXPECT_EQ(mode(), 0600U);
 }
 
-TEST_F(History, OldLinesLeaveTheFile) {
+TEST_F(History, RemovesOldLinesFromTheFile) {
   fs::create_directories(folder_ / "state");
   {
     std::ofstream file(path_);
@@ -58,18 +58,19 @@ TEST_F(History, OldLinesLeaveTheFile) {
   EXPECT_EQ(mode(), 0600U);
 }
 
-TEST_F(History, AFileThatCannotBeWrittenIsToldInOneLine) {
+TEST_F(History, ReportsAFileThatCannotBeWritten) {
   auto error = HistoryFile("/proc/nothing/history").add("get-nam");
   ASSERT_TRUE(error);
-  EXPECT_EQ(error->message, "no history is kept: /proc/nothing/history: No such file or directory");
+  EXPECT_EQ(error->message,
+            "the history is not saved: /proc/nothing/history: No such file or directory");
 }
 
-TEST_F(History, WithoutAPathNothingIsKept) {
+TEST_F(History, AnEmptyPathStoresNothing) {
   EXPECT_FALSE(HistoryFile("").add("get-nam"));
   EXPECT_TRUE(HistoryFile("").load()->empty());
 }
 
-TEST_F(History, ThePathFollowsTheEnvironment) {
+TEST_F(History, TheEnvironmentSetsThePath) {
   setenv("HOME", "/home/a", 1);
   setenv("XDG_STATE_HOME", "/state", 1);
   EXPECT_EQ(history_path(), "/state/qorextctl/history");
@@ -81,7 +82,7 @@ TEST_F(History, ThePathFollowsTheEnvironment) {
   EXPECT_EQ(history_path(), "");
 }
 
-TEST(PrivateLine, PersonalValuesAreRecognisedWhereverTheyStand) {
+TEST(PrivateLine, ALineWithPersonalValuesIsPrivate) {
   for (const char* line : {"check-spc code=123456",
                            "set-nam spc=000000 sid=1",
                            "set-nam spc=0",
@@ -110,7 +111,7 @@ TEST(PrivateLine, PersonalValuesAreRecognisedWhereverTheyStand) {
   }
 }
 
-TEST(PrivateLine, OtherLinesAreKept) {
+TEST(PrivateLine, OtherLinesArePublic) {
   for (const char* line :
        {"get-nam", "nv-read rde-id=32", "nv-write rde-id=7000 data=01", "frob", "",
         "tune data=0A0B", "coverage text=on", "modem nv 32", "modem nv 28 0A",
