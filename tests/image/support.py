@@ -14,7 +14,9 @@ BLUEPRINT = ROOT / 'Android.bp'
 INIT = ANDROID / 'init/qorext_client.rc'
 UEVENTD = ANDROID / 'init/ueventd.qorext.rc'
 VENDOR_POLICY = ANDROID / 'sepolicy/vendor'
-PROPERTY_CONTEXTS = ANDROID / 'sepolicy/system_ext/property_contexts'
+PUBLIC_POLICY = ANDROID / 'sepolicy/system_ext_public'
+PRIVATE_POLICY = ANDROID / 'sepolicy/system_ext_private'
+PROPERTY_CONTEXTS = PRIVATE_POLICY / 'property_contexts'
 
 
 def run(*command, text=None):

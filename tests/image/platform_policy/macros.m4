@@ -1,6 +1,5 @@
 divert(-1)
-# Of the platform's macros those that the daemon's policy uses. FULL_TREBLE is true or false, as the
-# phone's build sets it.
+# Of the platform's macros those that the daemon's policy uses.
 define(`r_file_perms', `{ getattr open read ioctl lock map watch watch_reads }')
 define(`w_file_perms', `{ open append write lock map }')
 define(`x_file_perms', `{ getattr execute execute_no_trans map }')
@@ -11,9 +10,16 @@ define(`r_dir_perms', `{ open getattr read search ioctl lock watch watch_reads }
 define(`rw_dir_perms', `{ r_dir_perms add_name remove_name write }')
 define(`create_socket_perms_no_ioctl', `{ create read getattr write setattr lock append bind connect getopt setopt shutdown map }')
 
-define(`full_treble_only', `ifelse(FULL_TREBLE, `true', `$1')')
-define(`not_full_treble', `ifelse(FULL_TREBLE, `true', `', `$1')')
-
+define(`domain_auto_trans', `
+allow $1 $2:file { getattr open read execute map };
+allow $1 $3:process { transition siginh rlimitinh };
+allow $3 $2:file { entrypoint open read execute getattr map };
+allow $3 $1:process sigchld;
+type_transition $1 $2:process $3;
+')
+define(`system_public_prop', `
+type $1, property_type, system_property_type, system_public_property_type;
+')
 define(`get_prop', `
 allow $1 $2:file { getattr open read map };
 ')
