@@ -1,5 +1,6 @@
 # SPDX-License-Identifier: Apache-2.0
 """Links in the pages lead somewhere, and the fixed texts of the glossary occur in the sources."""
+import json
 import pathlib
 import re
 import unittest
@@ -59,6 +60,12 @@ class Pages(unittest.TestCase):
         corrected = sources().replace('pckage', 'package')
         missing = [text for text in fixed_texts(GLOSSARY.read_text()) if text not in corrected]
         self.assertEqual(len(missing), 2)
+
+    def test_the_instructions_of_a_request_are_those_that_the_benchmark_compares(self):
+        stored = json.loads((ROOT / 'bench/instructions.json').read_text())
+        row = re.search(r'^\| instructions of the code built here \| (.*?) \| \|$',
+                        (ROOT / 'docs/performance.md').read_text(), re.MULTILINE)[1]
+        self.assertEqual([f'{count:,}' for count in stored.values()], row.split(' | '))
 
 
 if __name__ == '__main__':
