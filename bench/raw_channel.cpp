@@ -42,7 +42,7 @@ std::unique_ptr<Channel> open_raw_channel(uint32_t service) {
   check(endpoint.has_value(), "no modem is named");
   auto channel = qmi_transport::open_channel(*endpoint, find_server(*endpoint, service));
   check(channel != nullptr, "the service cannot be reached");
-  check(qmi_transport::let_receive_wait(channel->fd(), kPatience), "the socket cannot wait");
+  check(qmi_transport::set_receive_timeout(channel->fd(), kPatience), "the socket cannot wait");
   return channel;
 }
 
