@@ -6,7 +6,7 @@
 #include <string>
 
 #include "tests/e2e/support/value_or_throw.h"
-#include "tools/qorextctl/modem/modem_wait.h"
+#include "tools/qorextctl/modem/ask_modem.h"
 
 namespace bench {
 

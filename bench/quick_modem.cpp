@@ -13,7 +13,7 @@
 #include "modem/handlers/dispatch.h"
 #include "modem/messages/services.h"
 #include "modem/options.h"
-#include "modem/state/factory.h"
+#include "modem/state/state.h"
 #include "platform/linux/qmi_transport/wait.h"
 
 namespace {

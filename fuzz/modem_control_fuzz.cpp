@@ -7,7 +7,7 @@
 #include "modem/control/control.h"
 #include "modem/messages/services.h"
 #include "modem/state/archive.h"
-#include "modem/state/factory.h"
+#include "modem/state/state.h"
 #include "modem/state/state_keys.h"
 
 namespace {

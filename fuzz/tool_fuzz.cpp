@@ -14,6 +14,7 @@
 #include "tools/qorextctl/frames/personal.h"
 #include "tools/qorextctl/log/log_reader.h"
 #include "tools/qorextctl/modem/modem_control.h"
+#include "tools/qorextctl/modem/modem_words.h"
 #include "tools/qorextctl/output/output.h"
 #include "tools/qorextctl/replay/replay_script.h"
 #include "tools/qorextctl/session/exchange.h"

@@ -9,7 +9,7 @@
 #include "modem/options.h"
 #include "modem/scenario.h"
 #include "modem/server_loop.h"
-#include "modem/state/factory.h"
+#include "modem/state/state.h"
 
 namespace {
 

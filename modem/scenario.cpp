@@ -8,7 +8,7 @@
 #include <iterator>
 
 #include "modem/simulator/simulator.h"
-#include "modem/state/factory.h"
+#include "modem/state/state.h"
 #include "modem/state/state_keys.h"
 #include "modem/toml_levels.h"
 

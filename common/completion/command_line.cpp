@@ -3,6 +3,7 @@
 
 #include <CLI/CLI.hpp>
 #include <algorithm>
+#include <filesystem>
 #include <sstream>
 
 namespace completion {
@@ -50,6 +51,20 @@ Candidates beginning_with(const std::string& word, Candidates candidates) {
   return candidates;
 }
 
+Candidates files_beginning_with(const std::string& prefix, const std::string& begun) {
+  namespace fs = std::filesystem;
+  std::string folder = begun.substr(0, begun.find_last_of('/') + 1);
+  std::error_code error;
+  Candidates names;
+  for (const auto& entry : fs::directory_iterator(folder.empty() ? "." : folder, error)) {
+    std::string name = prefix + folder;
+    name += entry.path().filename().string();
+    if (entry.is_directory(error)) name += '/';
+    names.push_back({name});
+  }
+  return names;
+}
+
 Place place_in(const CLI::App& app, const Words& words) {
   Place place;
   if (words.empty()) return place;
@@ -87,7 +102,7 @@ Candidates verbs_of(const CLI::App& app) {
   return candidates;
 }
 
-// Checks are told behind the type: "TEXT:FILE", "TEXT:DIR", "TEXT:{a,b,c}".
+// The parser appends an option's checks to its type: "TEXT:FILE", "TEXT:DIR", "TEXT:{a,b,c}".
 Candidates values_of(const CLI::Option& option) {
   std::string type = option.get_type_name();
   size_t open = type.find('{');

@@ -1,13 +1,12 @@
 # Completion for bash: source it, or put it where bash-completion looks, under both names.
 #
-# The programs themselves tell what may come next, so that the names are always those of the
-# programs that are installed.
+# The programs print the candidates themselves, so the names are those of the installed versions.
 
 _qorextctl() {
   local line=${COMP_LINE:0:COMP_POINT} words word front candidate
   local -a candidates
   COMPREPLY=()
-  # Not bash's own words: those end at = and : too.
+  # Not COMP_WORDS: bash also splits words at = and :.
   read -ra words <<<"$line"
   [[ $line == *[[:blank:]] ]] && words+=('')
   word=${words[-1]}
@@ -23,7 +22,7 @@ _qorextctl() {
     fi
     COMPREPLY+=("${candidate#"$front"}")
   done
-  # There is more to come behind these.
+  # More text follows these.
   [[ ${#COMPREPLY[@]} -eq 1 && ${COMPREPLY[0]} == *[=/.:] ]] && compopt -o nospace 2>/dev/null
   return 0
 }

@@ -101,8 +101,8 @@ void get_lte_channel(Device& device, const Fields& /*request*/, Fields& response
   if (cell.service_state == kNoService) return;
   response.set("first_channel", cell.uplink_channel);
   response.set("second_channel", cell.downlink_channel);
-  response.set("third_value", cell.band);
-  response.set("fourth_value", cell.bandwidth);
+  response.set("third_value", cell.channel_third_value);
+  response.set("fourth_value", cell.channel_fourth_value);
 }
 
 }  // namespace modem

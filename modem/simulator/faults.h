@@ -1,39 +1,24 @@
 // SPDX-License-Identifier: Apache-2.0
-// Misbehaviour on request: what the modem does wrong with the next requests of a kind.
+// Injects the faults that a test or a person asked for.
 #pragma once
 
 #include <stdint.h>
 
 #include <optional>
 #include <random>
-#include <string>
 #include <vector>
 
 #include "modem/handlers/dispatch.h"
-#include "modem/state/archive.h"
+#include "modem/messages/fault.h"
 
 namespace modem {
 
-struct Fault {
-  std::string service = "any";  // "nas", "dms", "qorext" or "any"
-  std::string message = "any";  // a request's name, "0x24" for one without a name, or "any"
-  std::string kind;
-  uint32_t times = 0;     // how many requests it spoils; 0: all, until it is cleared
-  uint32_t delay_ms = 0;  // waited before whatever is answered
-  uint16_t result = 1;    // kind "error"
-  uint16_t error = 3;     // kind "error"; 3 is QMI's internal error
-  uint32_t bytes = 0;     // kind "truncated": how many bytes of TLVs are left
-};
-
-// Refuses services, messages and kinds that there are not.
-void describe(Archive& archive, Fault& fault);
-
-// One request and the right answer to it.
+// A request and the right answer to it.
 struct Exchange {
   const qmi_idl::Service& service;
   const qmi_idl::Header& header;
   uint64_t peer;
-  Bytes response;  // empty when the fault lets nobody serve the request
+  Bytes response;  // empty when serves_request() is false for the fault
 };
 
 class Faults {
@@ -44,10 +29,11 @@ class Faults {
   void clear() { faults_.clear(); }
   std::vector<Fault>& all() { return faults_; }
 
-  // The first fault that is meant for this request, counted down; nothing when there is none.
+  // The first fault that matches the request, if any. Counts it down and removes it after its last
+  // request.
   std::optional<Fault> take(const qmi_idl::Service& service, uint32_t message_id);
 
-  // Answers as the fault wants it.
+  // Answers the request with the fault.
   void apply(const Fault& fault, Exchange exchange, Outbox& outbox);
 
  private:
@@ -55,7 +41,7 @@ class Faults {
   std::minstd_rand random_;
 };
 
-// Whether a request that meets the fault is served at all, and so changes the modem's state.
+// Whether a request that meets the fault is served, and so changes the modem's state.
 bool serves_request(const Fault& fault);
 
 }  // namespace modem

@@ -1,13 +1,12 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "modem/state/factory.h"
-
 #include "modem/state/nam.h"
+#include "modem/state/state.h"
 
 namespace modem {
 namespace {
 
-constexpr uint16_t kHomeSid = 4700;
-constexpr uint16_t kHomeNid = 12;
+constexpr uint16_t kSystem = 4700;
+constexpr uint16_t kNetwork = 12;
 
 NvStore factory_nv() {
   NvStore nv;
@@ -16,8 +15,8 @@ NvStore factory_nv() {
                  .imsi_mcc = "310",
                  .imsi_11_12 = "00",
                  .imsi_t = "310009135550142",
-                 .home_sid = kHomeSid,
-                 .home_nid = kHomeNid,
+                 .home_sid = kSystem,
+                 .home_nid = kNetwork,
                  .scm = 0x2A,
                  .primary_channel_a = 283,
                  .primary_channel_b = 384,
@@ -48,8 +47,8 @@ LteCell factory_cell() {
           .cell_id = 0x01A2D03,
           .uplink_channel = 26365,
           .downlink_channel = 8365,
-          .band = 25,
-          .bandwidth = 3,
+          .channel_third_value = 25,
+          .channel_fourth_value = 3,
           .rssi = -67,
           .rsrq = -9,
           .rsrp = -96,
@@ -73,8 +72,8 @@ CallProcessingRecord factory_call() {
           .best_active_strength = 14,
           .best_neighbor_pilot = 336,
           .best_neighbor_strength = 27,
-          .sid = kHomeSid,
-          .nid = kHomeNid,
+          .sid = kSystem,
+          .nid = kNetwork,
           .channel = 283,
           .service_option = 68,
           .p_rev_in_use = 6,

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// What the modem remembers. Plain values: a copy is a snapshot.
+// What the modem stores. Plain values: a copy is a snapshot.
 #pragma once
 
 #include <stdint.h>
@@ -27,7 +27,7 @@ constexpr size_t kMaxUtilsAnswer = 512;
 constexpr size_t kMaxHobStates = 1024;
 constexpr size_t kMaxEngineeringText = 1000;
 
-// What the phone says of the hand-off block.
+// The phone's reports on the hand-off block.
 enum HobState : uint8_t { kHobFailed = 0, kHobSaved = 1, kHobReady = 0xFF };
 
 enum ServiceState : uint8_t { kNoService = 0, kLimitedService = 1, kFullService = 2 };
@@ -41,8 +41,8 @@ struct LteCell {
   uint32_t cell_id = 0;
   uint16_t uplink_channel = 0;
   uint16_t downlink_channel = 0;
-  uint8_t band = 0;
-  uint8_t bandwidth = 0;
+  uint8_t channel_third_value = 0;  // of the LTE channel message; their meaning is not known
+  uint8_t channel_fourth_value = 0;
   int8_t rssi = 0;   // dBm
   int8_t rsrq = 0;   // dB
   int16_t rsrp = 0;  // dBm
@@ -89,7 +89,7 @@ struct Carrier {
 struct Engineering {
   CallProcessingRecord call_processing = {};
   EvdoRecord evdo = {};
-  // Given out in place of the records' text when not empty.
+  // Sent in place of the records when not empty.
   std::string call_processing_text;
   std::string evdo_text;
 };
@@ -103,12 +103,12 @@ struct Pfp {
 struct Features {
   Bytes tuner;
   Bytes silent_reboot_answer;
-  Bytes auto_verify;  // what the last notice carried
+  Bytes auto_verify;  // data of the last notice
   uint8_t system_info_filter = 0;
   uint8_t coverage_mode = 0;
   std::string coverage_text;
   Bytes call_end_radio_state;        // 17 bytes
-  std::vector<uint32_t> hob_states;  // the last bytes received, the newest one last
+  std::vector<uint32_t> hob_states;  // the last bytes received, the newest last
 };
 
 struct State {
@@ -122,5 +122,8 @@ struct State {
   Pfp pfp;
   Features features;
 };
+
+// The modem as it leaves the factory: plausible, invented content.
+State factory_state();
 
 }  // namespace modem

@@ -6,6 +6,7 @@
 #include <array>
 
 #include "modem/state/gsm_alphabet.h"
+#include "modem/state/nam.h"
 
 namespace modem {
 namespace {
@@ -26,13 +27,13 @@ struct NvItem {
 void describe(Archive& archive, NvItem& item) {
   archive.require(archive.number("rde_id", item.rde_id), "rde_id");
   archive.number("record", item.record);
-  archive.hex("data", item.data, up_to(kMaxItemSize));
-  if (archive.reading() || archive.telling_names()) archive.flag("absent", item.is_absent);
+  archive.hex("data", item.data, up_to(kMaxItemSize), Privacy::personal);
+  if (archive.is_reading() || archive.is_listing()) archive.flag("absent", item.is_absent);
 }
 
 void describe_nv(Archive& archive, NvStore& nv) {
   std::vector<NvItem> items;
-  if (!archive.reading() && !archive.telling_names()) {
+  if (!archive.is_reading() && !archive.is_listing()) {
     for (const auto& [key, data] : nv.items())
       items.push_back({key.rde_id, key.record, data, false});
   }
@@ -43,14 +44,15 @@ void describe_nv(Archive& archive, NvStore& nv) {
   }
 }
 
-// A text in the form that inet_pton knows, for an address of `size` bytes.
+// The text form that inet_pton() reads.
 void describe_address(Archive& archive, const char* key, int family, std::span<uint8_t> address) {
   char text[INET6_ADDRSTRLEN] = "";
   inet_ntop(family, address.data(), text, sizeof text);
   std::string value = text;
-  if (!archive.text(key, value, up_to(sizeof text)) || !archive.reading()) return;
+  if (!archive.text(key, value, up_to(sizeof text)) || !archive.is_reading()) return;
   if (inet_pton(family, value.c_str(), address.data()) != 1) {
-    archive.refuse(key, family == AF_INET ? "wants an IPv4 address" : "wants an IPv6 address");
+    archive.refuse(key,
+                   family == AF_INET ? "expected an IPv4 address" : "expected an IPv6 address");
   }
 }
 
@@ -63,12 +65,12 @@ void describe_name(Archive& archive, const char* key, std::string& name) {
 
 }  // namespace
 
-void describe(Archive& archive, Nam& nam) {
-  archive.digits("mdn", nam.mdn, up_to(kMdnDigits));
-  archive.digits("min", nam.min, exactly(10));
-  archive.digits("imsi_mcc", nam.imsi_mcc, exactly(3));
-  archive.digits("imsi_11_12", nam.imsi_11_12, exactly(2));
-  archive.digits("imsi_t", nam.imsi_t, exactly(15));
+static void describe(Archive& archive, Nam& nam) {
+  archive.digits("mdn", nam.mdn, up_to(kMdnDigits), Privacy::personal);
+  archive.digits("min", nam.min, exactly(10), Privacy::personal);
+  archive.digits("imsi_mcc", nam.imsi_mcc, exactly(3), Privacy::personal);
+  archive.digits("imsi_11_12", nam.imsi_11_12, exactly(2), Privacy::personal);
+  archive.digits("imsi_t", nam.imsi_t, exactly(15), Privacy::personal);
   archive.number("home_sid", nam.home_sid);
   archive.number("home_nid", nam.home_nid);
   archive.number("scm", nam.scm);
@@ -80,8 +82,8 @@ void describe(Archive& archive, Nam& nam) {
   archive.number("overload_class", nam.overload_class);
 }
 
-void describe(Archive& archive, Settings& settings) {
-  archive.digits("spc", settings.spc, exactly(kSpcSize));
+static void describe(Archive& archive, Settings& settings) {
+  archive.digits("spc", settings.spc, exactly(kSpcSize), Privacy::personal);
   archive.number("mob_p_rev", settings.mob_p_rev);
   archive.number("lte_option", settings.lte_option);
   archive.number("ddtm", settings.ddtm);
@@ -91,7 +93,7 @@ void describe(Archive& archive, Settings& settings) {
   archive.text("flex_version", settings.flex_version, up_to(kMaxText));
 }
 
-void describe(Archive& archive, LteCell& cell) {
+static void describe(Archive& archive, LteCell& cell) {
   archive.number("service_state", cell.service_state, kNoService, kFullService);
   archive.number("mcc", cell.mcc, 0, kMaxPlmnDigits);
   archive.number("mnc", cell.mnc, 0, kMaxPlmnDigits);
@@ -99,8 +101,8 @@ void describe(Archive& archive, LteCell& cell) {
   archive.number("cell_id", cell.cell_id);
   archive.number("uplink_channel", cell.uplink_channel);
   archive.number("downlink_channel", cell.downlink_channel);
-  archive.number("band", cell.band);
-  archive.number("bandwidth", cell.bandwidth);
+  archive.number("channel_third_value", cell.channel_third_value);
+  archive.number("channel_fourth_value", cell.channel_fourth_value);
   archive.number("rssi", cell.rssi);
   archive.number("rsrq", cell.rsrq);
   archive.number("rsrp", cell.rsrp);
@@ -109,7 +111,7 @@ void describe(Archive& archive, LteCell& cell) {
   archive.number("tx_power", cell.tx_power);
 }
 
-void describe(Archive& archive, Apn& apn) {
+static void describe(Archive& archive, Apn& apn) {
   std::array<uint8_t, sizeof apn.ipv4> ipv4{};
   for (size_t i = 0; i < ipv4.size(); ++i) {
     ipv4[i] = static_cast<uint8_t>(apn.ipv4 >> (24 - 8 * i));
@@ -125,24 +127,25 @@ void describe(Archive& archive, Apn& apn) {
   for (uint8_t byte : ipv4) apn.ipv4 = apn.ipv4 << 8 | byte;
 }
 
-void describe(Archive& archive, Operator& entry) {
+static void describe(Archive& archive, Operator& entry) {
   archive.number("mcc", entry.mcc, 0, kMaxPlmnDigits);
   archive.number("mnc", entry.mnc, 0, kMaxPlmnDigits);
   describe_name(archive, "short_name", entry.short_name);
   describe_name(archive, "long_name", entry.long_name);
 }
 
-void describe(Archive& archive, Security& security) {
-  archive.text("subsidy_lock_code", security.subsidy_lock_code, exactly(kSpcSize));
-  archive.text("akey", security.akey, up_to(kAkeySize));
+static void describe(Archive& archive, Security& security) {
+  archive.text("subsidy_lock_code", security.subsidy_lock_code, exactly(kSpcSize),
+               Privacy::personal);
+  archive.text("akey", security.akey, up_to(kAkeySize), Privacy::personal);
 }
 
-void describe(Archive& archive, RoamingList& list) {
+static void describe(Archive& archive, RoamingList& list) {
   archive.number("segments", list.segments);
   archive.hex("last_segment", list.last_segment, up_to(kMaxRoamingSegment));
 }
 
-void describe(Archive& archive, Carrier& carrier) {
+static void describe(Archive& archive, Carrier& carrier) {
   archive.number("bc10", carrier.bc10);
   archive.number("bc14", carrier.bc14);
   archive.number("active_profile", carrier.active_profile);
@@ -152,16 +155,77 @@ void describe(Archive& archive, Carrier& carrier) {
   archive.section("roaming_list", carrier.roaming_list);
 }
 
-void describe(Archive& archive, Pfp& pfp) {
+static void describe(Archive& archive, CallProcessingRecord& record) {
+  archive.number("frame_error_rate", record.frame_error_rate);
+  archive.number("active_pilots", record.active_pilots);
+  archive.number("neighbor_pilots", record.neighbor_pilots);
+  archive.number("candidate_pilots", record.candidate_pilots);
+  archive.number("best_active_pilot", record.best_active_pilot);
+  archive.number("best_active_strength", record.best_active_strength);
+  archive.number("best_neighbor_pilot", record.best_neighbor_pilot);
+  archive.number("best_neighbor_strength", record.best_neighbor_strength);
+  archive.number("sid", record.sid);
+  archive.number("nid", record.nid);
+  archive.number("channel", record.channel);
+  archive.number("service_option", record.service_option);
+  archive.number("p_rev_in_use", record.p_rev_in_use);
+  archive.number("band", record.band);
+  archive.number("lna_status", record.lna_status);
+  archive.number("state", record.state);
+  archive.number("tx_power", record.tx_power);
+  archive.number("rssi", record.rssi);
+  archive.number("base_id", record.base_id);
+  archive.number("base_latitude", record.base_latitude);
+  archive.number("base_longitude", record.base_longitude);
+  archive.numbers("active_set_pn", record.active_set_pn);
+  archive.numbers("active_set_strength", record.active_set_strength);
+  archive.numbers("neighbor_set_pn", record.neighbor_set_pn);
+  archive.number("calls", record.calls);
+  archive.number("dropped_calls", record.dropped_calls);
+  archive.number("last_call_indicator", record.last_call_indicator);
+  archive.number("rate_reduction", record.rate_reduction);
+}
+
+static void describe(Archive& archive, EvdoRecord& record) {
+  archive.number("channel", record.channel);
+  archive.number("uati_color_code", record.uati_color_code);
+  archive.number("tx_uati", record.tx_uati);
+  archive.number("pilot_pn", record.pilot_pn);
+  archive.number("rssi", record.rssi);
+  archive.number("rx0_power", record.rx0_power);
+  archive.number("rx1_power", record.rx1_power);
+  archive.number("measured_packets", record.measured_packets);
+  archive.number("error_packets", record.error_packets);
+  archive.number("session_state", record.session_state);
+  archive.number("at_state", record.at_state);
+  archive.number("users", record.users);
+  archive.number("hybrid_mode", record.hybrid_mode);
+  archive.number("mac_index", record.mac_index);
+  archive.numbers("sector_id", record.sector_id);
+  archive.number("pilot_energy", record.pilot_energy);
+  archive.number("drc_cover", record.drc_cover);
+  archive.number("sinr", record.sinr);
+  archive.number("an_auth_status", record.an_auth_status);
+}
+
+static void describe(Archive& archive, Engineering& engineering) {
+  archive.section("call_processing", engineering.call_processing);
+  archive.section("evdo", engineering.evdo);
+  archive.text("call_processing_text", engineering.call_processing_text,
+               up_to(kMaxEngineeringText));
+  archive.text("evdo_text", engineering.evdo_text, up_to(kMaxEngineeringText));
+}
+
+static void describe(Archive& archive, Pfp& pfp) {
   archive.number("version", pfp.version);
   archive.number("rat", pfp.rat);
   archive.hex("table", pfp.table, up_to(kPfpTableSize));
 }
 
-void describe(Archive& archive, Features& features) {
+static void describe(Archive& archive, Features& features) {
   archive.hex("tuner", features.tuner, up_to(kTunerSize));
   archive.hex("silent_reboot_answer", features.silent_reboot_answer, up_to(kMaxUtilsAnswer));
-  archive.hex("auto_verify", features.auto_verify, up_to(kMaxUtilsData));
+  archive.hex("auto_verify", features.auto_verify, up_to(kMaxUtilsData), Privacy::personal);
   archive.number("system_info_filter", features.system_info_filter);
   archive.number("coverage_mode", features.coverage_mode);
   archive.text("coverage_text", features.coverage_text, up_to(kMaxUtilsData));
@@ -174,8 +238,8 @@ void describe(Archive& archive, State& state) {
   Settings settings = load_settings(state.nv);
   bool has_nam = archive.section("nam", nam);
   bool has_settings = archive.section("settings", settings);
-  if (archive.reading() && has_nam) store_nam(state.nv, nam);
-  if (archive.reading() && has_settings) store_settings(state.nv, settings);
+  if (archive.is_reading() && has_nam) store_nam(state.nv, nam);
+  if (archive.is_reading() && has_settings) store_settings(state.nv, settings);
   describe_nv(archive, state.nv);
 
   archive.section("lte", state.lte);
@@ -186,6 +250,14 @@ void describe(Archive& archive, State& state) {
   archive.section("engineering", state.engineering);
   archive.section("pfp", state.pfp);
   archive.section("features", state.features);
+}
+
+const std::vector<Key>& state_keys() {
+  static const std::vector<Key> keys = [] {
+    State state = factory_state();
+    return Archive::keys_of(state);
+  }();
+  return keys;
 }
 
 }  // namespace modem

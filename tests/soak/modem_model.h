@@ -26,7 +26,7 @@ struct Exchange {
 struct Cell {
   uint16_t mcc, mnc;
   uint32_t cell_id;
-  uint8_t band, bandwidth;
+  uint8_t third, fourth;  // of the channel message
   uint16_t downlink, uplink;
   uint8_t rssi, rsrq;  // two's complement
   uint16_t rsrp;

@@ -39,7 +39,7 @@ Case get_lte_data(Draws& draws, ModemModel& modem) {
   LteAnswers answers = ask_for_lte(modem);
   if (!answers.is_complete) return {request, echo(request, 5)};
   const Cell& cell = modem.network().cell;
-  Bytes channels = Bytes{cell.band, cell.bandwidth} + words({cell.downlink, cell.uplink});
+  Bytes channels = Bytes{cell.third, cell.fourth} + words({cell.downlink, cell.uplink});
   Bytes data = le32(answers.has_state ? 2 : 0) + le16(cell.mcc) + le16(cell.mnc) +
                le32(cell.cell_id) + (answers.has_channels ? channels : zeros(channels.size())) +
                Bytes{cell.rssi} + le16(cell.rsrp) + Bytes{cell.rsrq} +

@@ -2,7 +2,7 @@
 #include <fmt/format.h>
 
 #include "modem/scenario.h"
-#include "modem/state/factory.h"
+#include "modem/state/state.h"
 #include "tools/docs/pages.h"
 
 namespace docs {
@@ -11,18 +11,19 @@ namespace {
 
 constexpr const char* kIntroduction = R"(# Keys of a scenario file
 
-Every key that `qorext_modem --scenario FILE` takes; [scenarios](scenarios.md) tells what they mean.
-Made from the modem's own tables by `./dev docs`; do not edit.
+Every key of a file for `qorext_modem --scenario FILE`, and its type and range. `qorextctl modem set`
+changes the same keys in a running modem, all but `instances` and `faults[]`. For what they mean, see
+[scenarios](scenarios.md). `./dev docs` prints this page from the modem's tables; do not edit it.
 
-`a.b` is the key `b` of the table `[a]`, `a[].b` one of each table of the list `[[a]]`. The default
-is what the factory has; for the keys of a list, what a new entry has. A key without a default has to
-be given where its table is.
+`a.b` is the key `b` of the table `[a]`; `a[].b` is the key `b` of each table of the list `[[a]]`. The
+default is the factory's value, or that of a new entry of a list. A key without a default is required
+where its table is given.
 
-| Key | Takes | Default |
+| Key | Value | Default |
 |---|---|---|
 )";
 
-// Where a value is longer than a page is wide.
+// The first part of a value that is longer than a line.
 std::string shortened(const std::string& value) {
   constexpr size_t kMax = 60;
   return value.size() <= kMax ? value : value.substr(0, kMax) + "...";
@@ -33,9 +34,9 @@ std::string shortened(const std::string& value) {
 std::string scenario_keys() {
   modem::Scenario scenario{modem::factory_state(), {}};
   std::string text = kIntroduction;
-  for (const modem::KeyRow& row : modem::Archive::names_of(scenario)) {
-    std::string value = row.value.empty() ? "" : "`" + shortened(row.value) + "`";
-    text += fmt::format("| `{}` | {} | {} |\n", row.path, row.accepts, value);
+  for (const modem::Key& key : modem::Archive::keys_of(scenario)) {
+    std::string value = key.value.empty() ? "" : "`" + shortened(key.value) + "`";
+    text += fmt::format("| `{}` | {} | {} |\n", key.path, key.accepts, value);
   }
   return text;
 }

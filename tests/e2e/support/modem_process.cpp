@@ -16,8 +16,8 @@
 #include "tests/e2e/support/value_or_throw.h"
 #include "tools/qorextctl/daemon/log_capture.h"
 #include "tools/qorextctl/daemon/process.h"
-#include "tools/qorextctl/modem/modem_control.h"
-#include "tools/qorextctl/modem/modem_wait.h"
+#include "tools/qorextctl/modem/ask_modem.h"
+#include "tools/qorextctl/modem/modem_words.h"
 
 namespace e2e {
 

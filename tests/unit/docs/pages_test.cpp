@@ -9,7 +9,7 @@
 
 #include "modem/messages/services.h"
 #include "modem/scenario.h"
-#include "modem/state/factory.h"
+#include "modem/state/state.h"
 #include "tools/qorextctl/frames/protocol.h"
 
 namespace docs {
@@ -70,9 +70,9 @@ void complete(json& scenario) {
 TEST(ScenarioKeys, AreTakenWithTheirDefaults) {
   modem::Scenario scenario{modem::factory_state(), {}};
   size_t taken = 0;
-  for (const modem::KeyRow& row : modem::Archive::names_of(scenario)) {
-    if (row.value.empty()) continue;
-    json given = nested(row.path, json::parse(row.value));
+  for (const modem::Key& key : modem::Archive::keys_of(scenario)) {
+    if (key.value.empty()) continue;
+    json given = nested(key.path, json::parse(key.value));
     complete(given);
     EXPECT_NO_THROW(modem::Archive::from_json(given, "", scenario)) << given;
     ++taken;

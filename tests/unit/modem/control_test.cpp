@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "modem/control/control.h"
 
-#include "modem/messages/fault_kinds.h"
+#include "modem/messages/fault.h"
 #include "modem/state/state_keys.h"
 #include "tests/unit/modem/modem_test.h"
 
@@ -40,7 +40,7 @@ TEST_F(ControlLines, StateGoesOutAndComesBackUnchanged) {
   EXPECT_EQ(before["nam"]["mdn"], "9135550142");
   EXPECT_EQ(before["nam"]["imsi_t"], "310009135550142");
   EXPECT_EQ(before["settings"]["fsg_version"], "QOR-FSG-01.02.03");
-  EXPECT_EQ(before["lte"]["band"], 25);
+  EXPECT_EQ(before["lte"]["channel_third_value"], 25);
   EXPECT_EQ(before["engineering"]["call_processing"]["channel"], 283);
 
   EXPECT_EQ(command({{"command", "set"}, {"state", before}})["ok"], true);
@@ -81,34 +81,35 @@ TEST_F(ControlLines, SetCanTakeAnItemAway) {
 TEST_F(ControlLines, SetWithAnErrorChangesNothing) {
   EXPECT_EQ(error_of({{"command", "set"},
                       {"state", {{"carrier", {{"bsr_timer", 1}}}, {"lte", {{"mcc", 1000}}}}}}),
-            "lte.mcc: wants a number from 0 to 999");
+            "lte.mcc: 1000 is out of range (0 to 999)");
   EXPECT_EQ(state().carrier.bsr_timer, 300U);
 }
 
 TEST_F(ControlLines, WrongStatesAreToldByTheirPath) {
   const std::pair<json, const char*> kCases[] = {
-      {{{"lte", 1}}, "lte: wants named values"},
+      {{{"lte", 1}}, "lte: expected a table of keys and values"},
       {{{"lte", {{"rat", 1}}}}, "lte.rat: unknown key"},
-      {{{"lte", {{"mcc", "1"}}}}, "lte.mcc: wants a number from 0 to 999"},
-      {{{"nam", {{"min", "123"}}}}, "nam.min: wants a text of 10 digits"},
-      {{{"nam", {{"mdn", "555-0142"}}}}, "nam.mdn: wants a text of 0 to 15 digits"},
+      {{{"lte", {{"band", 25}}}}, "lte.band: unknown key"},
+      {{{"lte", {{"mcc", "1"}}}}, "lte.mcc: expected a number (0 to 999)"},
+      {{{"nam", {{"min", "123"}}}}, "nam.min: has 3 digits, expected 10"},
+      {{{"nam", {{"mdn", "555-0142"}}}}, "nam.mdn: expected 0 to 15 digits"},
       {{{"operators", {{{"mcc", 1}, {"short_name", "北"}}}}},
        "operators[0].short_name: has a character that is not in the GSM alphabet"},
       {{{"operators", {{{"long_name", std::string(65, 'a')}}}}},
        "operators[0].long_name: has more than 64 characters"},
-      {{{"ehrpd_apns", {{{"ipv4", "1.2.3"}}}}}, "ehrpd_apns[0].ipv4: wants an IPv4 address"},
-      {{{"ehrpd_apns", {{{"ipv6", "::g"}}}}}, "ehrpd_apns[0].ipv6: wants an IPv6 address"},
+      {{{"ehrpd_apns", {{{"ipv4", "1.2.3"}}}}}, "ehrpd_apns[0].ipv4: expected an IPv4 address"},
+      {{{"ehrpd_apns", {{{"ipv6", "::g"}}}}}, "ehrpd_apns[0].ipv6: expected an IPv6 address"},
       {{{"ehrpd_apns", json::array({1, 2, 3, 4, 5, 6, 7, 8, 9})}},
-       "ehrpd_apns: has room for 8 entries"},
+       "ehrpd_apns: has 9 entries, expected 0 to 8"},
       {{{"nv", {{{"rde_id", 1}, {"data", std::string(1026, '0')}}}}},
-       "nv[0].data: wants 0 to 512 bytes"},
+       "nv[0].data: has 513 bytes, expected 0 to 512"},
       {{{"nv", {{{"rde_id", 1}, {"data", "0"}}}}},
-       "nv[0].data: wants hexadecimal digits, two a byte"},
-      {{{"carrier", {{"tot_order", 1}}}}, "carrier.tot_order: wants a list"},
+       "nv[0].data: expected hexadecimal digits, two per byte"},
+      {{{"carrier", {{"tot_order", 1}}}}, "carrier.tot_order: expected a list"},
       {{{"carrier", {{"tot_order", {1, -1}}}}},
-       "carrier.tot_order[1]: wants a number from 0 to 4294967295"},
+       "carrier.tot_order[1]: -1 is out of range (0 to 4294967295)"},
       {{{"security", {{"subsidy_lock_code", "12345"}}}},
-       "security.subsidy_lock_code: wants 6 characters"},
+       "security.subsidy_lock_code: has 5 bytes, expected 6"},
   };
   for (const auto& [given, error] : kCases) {
     EXPECT_EQ(error_of({{"command", "set"}, {"state", given}}), error);
@@ -165,10 +166,10 @@ TEST_F(ControlLines, WrongIndicationsAreRefused) {
   EXPECT_EQ(error_of({{"command", "indicate"}, {"indication", "nothing"}}),
             "unknown indication \"nothing\"");
   EXPECT_EQ(error_of({{"command", "indicate"}, {"indication", "notify"}, {"count", 100001}}),
-            "count: wants a number from 0 to 100000");
+            "count: 100001 is out of range (0 to 100000)");
   // A hundred thousand of longer intervals would end behind the clock's last moment.
   EXPECT_EQ(error_of({{"command", "indicate"}, {"indication", "notify"}, {"interval_ms", 3600001}}),
-            "interval_ms: wants a number from 0 to 3600000");
+            "interval_ms: 3600001 is out of range (0 to 3600000)");
   EXPECT_EQ(error_of({{"command", "indicate"}, {"indication", "utils"}, {"fields", {{"x", 1}}}}),
             "utils: unknown field \"x\"");
   EXPECT_TRUE(actions().empty());
@@ -191,13 +192,13 @@ TEST_F(ControlLines, EveryKindOfFaultIsTaken) {
 TEST_F(ControlLines, WrongFaultsAreRefused) {
   EXPECT_EQ(error_of({{"command", "fault"}}), "kind: is missing");
   EXPECT_EQ(error_of({{"command", "fault"}, {"kind", "silent"}, {"service", "x"}}),
-            "service: there is no service \"x\"");
+            "service: unknown service \"x\"");
   EXPECT_EQ(error_of({{"command", "fault"}, {"kind", "silent"}, {"message", "utilz"}}),
-            "message: there is no request \"utilz\"");
+            "message: unknown request \"utilz\"");
   EXPECT_EQ(
       error_of(
           {{"command", "fault"}, {"kind", "silent"}, {"service", "nas"}, {"message", "utils"}}),
-      "message: there is no request \"utils\"");
+      "message: unknown request \"utils\"");
   EXPECT_TRUE(simulator.faults.all().empty());
 }
 
@@ -212,7 +213,7 @@ TEST_F(ControlLines, ServicesGoAndCome) {
   EXPECT_EQ(error_of({{"command", "service"}, {"name", "wds"}, {"up", true}}),
             "there is no service \"wds\"");
   EXPECT_EQ(error_of({{"command", "service"}, {"name", "nas"}, {"up", 1}}),
-            "up: wants true or false");
+            "up: expected true or false");
 }
 
 TEST_F(ControlLines, InstancesAreCountedAndShown) {
@@ -224,9 +225,9 @@ TEST_F(ControlLines, InstancesAreCountedAndShown) {
   ASSERT_EQ(due.size(), 1U);
   EXPECT_EQ(due[0].kind, Action::Kind::resize);
   EXPECT_EQ(error_of({{"command", "instances"}, {"count", 0}}),
-            "count: wants a number from 1 to 16");
+            "count: 0 is out of range (1 to 16)");
   EXPECT_EQ(error_of({{"command", "instances"}, {"count", 17}}),
-            "count: wants a number from 1 to 16");
+            "count: 17 is out of range (1 to 16)");
   EXPECT_EQ(simulator.instances, 2U);
 }
 
@@ -276,7 +277,8 @@ TEST_F(ControlLines, NestingWithoutEndGetsOneClearError) {
 
 TEST_F(ControlLines, SixtyFourLevelsAreTaken) {
   std::string start = R"({"command":"set","state":)";
-  EXPECT_EQ(line(start + nested(63, "[", "]") + "}")["error"], "wants named values");
+  EXPECT_EQ(line(start + nested(63, "[", "]") + "}")["error"],
+            "expected a table of keys and values");
   EXPECT_EQ(line(start + nested(64, "[", "]") + "}")["error"],
             "the line is nested deeper than 64 levels");
 }
@@ -284,7 +286,7 @@ TEST_F(ControlLines, SixtyFourLevelsAreTaken) {
 TEST_F(ControlLines, BracketsAndColonsInATextAreNoLevels) {
   std::string text = std::string(100'000, '[') + R"(\\\")" + std::string(100'000, ':');
   json answer = line(R"({"command":"service","up":true,"name":")" + text + "\"}");
-  EXPECT_EQ(answer["error"], "name: wants 0 to 64 characters");
+  EXPECT_EQ(answer["error"], "name: has 200002 bytes, expected 0 to 64");
 }
 
 TEST_F(ControlLines, AnObjectHasAtMost4096Members) {

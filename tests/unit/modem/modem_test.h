@@ -9,7 +9,7 @@
 
 #include "modem/messages/services.h"
 #include "modem/simulator/simulator.h"
-#include "modem/state/factory.h"
+#include "modem/state/state.h"
 #include "platform/linux/qmi_json/json_fields.h"
 
 class ModemTest : public ::testing::Test {

@@ -329,8 +329,8 @@ TEST_F(ModemProcess, WrongScenarioIsOneLineAndStatus2) {
   std::ofstream(file("scenario.toml")) << "[carrier]\nbsr_timer = -1\n";
   launch({"--listen", "unix:" + endpoint.path, "--scenario", file("scenario.toml")});
   EXPECT_EQ(wait_for_end(), 2);
-  EXPECT_EQ(text_of("errors"),
-            file("scenario.toml") + ":2: carrier.bsr_timer: wants a number from 0 to 4294967295\n");
+  EXPECT_EQ(text_of("errors"), file("scenario.toml") +
+                                   ":2: carrier.bsr_timer: -1 is out of range (0 to 4294967295)\n");
 }
 
 TEST_F(ModemProcess, DeepScenarioIsOneLineAndStatus2) {

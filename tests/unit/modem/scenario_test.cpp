@@ -75,7 +75,7 @@ error = 93
   EXPECT_EQ(modem::load_nam(state.nv).min, "9135550142");
   EXPECT_EQ(modem::load_settings(state.nv).spc, "123456");
   EXPECT_EQ(state.lte.rsrp, -110);
-  EXPECT_EQ(state.lte.band, 25);
+  EXPECT_EQ(state.lte.channel_third_value, 25);
   ASSERT_EQ(state.operators.size(), 1U);
   EXPECT_EQ(state.operators[0].short_name, "Grün");
   EXPECT_EQ(*state.nv.find({6000}), (modem::Bytes{1, 2}));
@@ -84,16 +84,16 @@ error = 93
 }
 
 TEST_F(ScenarioFile, ErrorsNameFileAndLine) {
-  EXPECT_EQ(error_of("[lte]\nband = 25\nmcc = 1000\n"),
-            "scenario.toml:3: lte.mcc: wants a number from 0 to 999");
+  EXPECT_EQ(error_of("[lte]\nrssi = 25\nmcc = 1000\n"),
+            "scenario.toml:3: lte.mcc: 1000 is out of range (0 to 999)");
   EXPECT_EQ(error_of("[lte]\n\nfrequency = 1900\n"), "scenario.toml:3: lte.frequency: unknown key");
   EXPECT_EQ(error_of("\n[lte2]\n"), "scenario.toml:2: lte2: unknown key");
   EXPECT_EQ(error_of("[[nv]]\nrde_id = 1\ndata = \"00\"\n[[nv]]\nrde_id = 1979-05-27\n"),
-            "scenario.toml:5: nv[1].rde_id: wants a number from 0 to 4294967295");
+            "scenario.toml:5: nv[1].rde_id: expected a number (0 to 4294967295)");
   EXPECT_EQ(error_of("[carrier]\ntot_order = [\n1,\n2.5]\n"),
-            "scenario.toml:4: carrier.tot_order[1]: wants a number from 0 to 4294967295");
+            "scenario.toml:4: carrier.tot_order[1]: expected a number (0 to 4294967295)");
   EXPECT_EQ(error_of("[[faults]]\nkind = \"tired\"\n"),
-            "scenario.toml:2: faults[0].kind: there is no kind of fault \"tired\"");
+            "scenario.toml:2: faults[0].kind: unknown kind of fault \"tired\"");
 }
 
 TEST_F(ScenarioFile, MissingValueIsToldAtTheLineOfItsTable) {

@@ -10,7 +10,7 @@
 
 #include "tools/qorextctl/frames/protocol.h"
 #include "tools/qorextctl/frames/values.h"
-#include "tools/qorextctl/modem/modem_control.h"
+#include "tools/qorextctl/modem/modem_words.h"
 #include "tools/qorextctl/session/session.h"
 
 namespace qorextctl {
@@ -27,9 +27,7 @@ Texts texts_of(const std::vector<Candidate>& candidates) {
   return texts;
 }
 
-Texts at_end_of(const std::string& line) {
-  return texts_of(complete_line(line, [] { return Texts{"lte.mcc", "lte.mnc"}; }).candidates);
-}
+Texts at_end_of(const std::string& line) { return texts_of(complete_line(line).candidates); }
 
 TEST(Completion, AllRequestsAndCommandsAreCandidates) {
   Texts all = at_end_of("");
@@ -44,10 +42,10 @@ TEST(Completion, CandidatesBeginWithTheWord) {
 }
 
 TEST(Completion, TheWordStartsAfterTheLastBlank) {
-  Completion completion = complete_line("nv-read rde", {});
+  Completion completion = complete_line("nv-read rde");
   EXPECT_EQ(completion.start, 8U);
   EXPECT_EQ(completion.common(), "rde-id=");
-  EXPECT_EQ(complete_line("nv", {}).common(), "nv-");
+  EXPECT_EQ(complete_line("nv").common(), "nv-");
 }
 
 TEST(Completion, ArgumentsThatAreMissingAreCandidates) {
@@ -123,7 +121,7 @@ TEST(Completion, FilesAreCandidatesForAFileArgument) {
 TEST(Completion, WordsOfTheCommandLineAreCompletedLikeThoseOfALine) {
   EXPECT_THAT(texts_of(complete_request({"nv-read", "rde"})), ElementsAre("rde-id="));
   EXPECT_THAT(texts_of(complete_request({"wait-l"})), IsEmpty());
-  EXPECT_THAT(texts_of(complete_modem({"hob"}, {})), ElementsAre("hob_save", "hob"));
+  EXPECT_THAT(texts_of(complete_modem({"hob"})), ElementsAre("hob_save", "hob"));
 }
 
 }  // namespace

@@ -9,7 +9,7 @@
 #include <cstring>
 
 #include "tests/unit/qorextctl/fake_modem.h"
-#include "tools/qorextctl/modem/modem_wait.h"
+#include "tools/qorextctl/modem/ask_modem.h"
 
 namespace qorextctl {
 namespace {
@@ -54,7 +54,7 @@ TEST(ModemControl, AnAnswerThatIsNoObjectIsATransportError) {
   FakeModem modem("[1]\n");
   auto answer = ask(modem);
   ASSERT_FALSE(answer);
-  EXPECT_NE(answer.error().message.find("the answer is no JSON object: [1]"), std::string::npos);
+  EXPECT_NE(answer.error().message.find("the answer is not a JSON object: [1]"), std::string::npos);
 }
 
 TEST(ModemControl, AnAnswerOfEndlessLevelsIsATransportError) {
@@ -72,7 +72,7 @@ TEST(ModemControl, OfALongAnswerThatIsNoObjectTheStartIsShown) {
   FakeModem modem("\x1b" + std::string(100'000, 'x') + "\n");
   auto answer = ask(modem);
   ASSERT_FALSE(answer);
-  EXPECT_NE(answer.error().message.find("no JSON object: \\x1Bxxx"), std::string::npos);
+  EXPECT_NE(answer.error().message.find("not a JSON object: \\x1Bxxx"), std::string::npos);
   EXPECT_LT(answer.error().message.size(), 500U);
 }
 
@@ -104,7 +104,8 @@ TEST(ModemControl, AnAnswerThatDoesNotSayWhetherItIsOneIsATransportError) {
   auto answer = ask(modem);
   ASSERT_FALSE(answer);
   EXPECT_EQ(answer.error().outcome, Outcome::transport);
-  EXPECT_NE(answer.error().message.find("the answer's \"ok\" is no flag"), std::string::npos);
+  EXPECT_NE(answer.error().message.find("the answer's \"ok\" is not true or false"),
+            std::string::npos);
 }
 
 TEST(ModemControl, AnAnswerWithoutWhatIsWaitedForIsATransportError) {

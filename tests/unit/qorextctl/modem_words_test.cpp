@@ -1,11 +1,15 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <gtest/gtest.h>
 
-#include "tools/qorextctl/modem/modem_control.h"
+#include "modem/state/state_keys.h"
+#include "tools/qorextctl/modem/modem_words.h"
 #include "tools/qorextctl/session/session.h"
+#include "tools/qorextctl/shell/history.h"
 
 namespace qorextctl {
 namespace {
+
+using Texts = std::vector<std::string>;
 
 std::string command(const std::string& line) {
   auto built = modem_command(*split_line(line));
@@ -57,9 +61,9 @@ TEST(ModemWords, UploadsHaveALogAndOptions) {
             R"({"command":"kpi","header":4294967295,"data":"00"})");
   EXPECT_EQ(command("kpi --file log").find(R"({"command":"kpi","file":"/)"), 0U);
   EXPECT_EQ(command("kpi --package 7"), "modem kpi: give --file LOG or data=HEX");
-  EXPECT_EQ(command("kpi --file"), "modem: --file wants a file");
-  EXPECT_EQ(command("kpi data=00 --header 1"), "modem: --header wants eight hex digits");
-  EXPECT_EQ(command("kpi data=00 --lose x"), "modem: --lose wants a number");
+  EXPECT_EQ(command("kpi --file"), "modem: --file: expected a file");
+  EXPECT_EQ(command("kpi data=00 --header 1"), "modem: --header: expected eight hex digits");
+  EXPECT_EQ(command("kpi data=00 --lose x"), "modem: --lose: expected a number");
 }
 
 TEST(ModemWords, KpiRecordsAreOnePacketWithAHeaderWord) {
@@ -92,22 +96,62 @@ TEST(ModemWords, ServicesGoUpAndDown) {
 TEST(ModemWords, InstancesAreCountedOrShown) {
   EXPECT_EQ(command("instances 2"), R"({"command":"instances","count":2})");
   EXPECT_EQ(command("instances"), R"({"command":"instances"})");
-  EXPECT_EQ(command("instances two"), "modem instances: give a number, or nothing to be shown it");
-  EXPECT_EQ(command("instances 2 3"), "modem instances: give a number, or nothing to be shown it");
+  EXPECT_EQ(command("instances two"), "modem instances: expected a number, or nothing to print it");
+  EXPECT_EQ(command("instances 2 3"), "modem instances: expected a number, or nothing to print it");
 }
 
 TEST(ModemWords, AValueHasNoMembers) {
   EXPECT_EQ(command("set lte=1 lte.mcc=2"),
-            "modem: 'lte.mcc=2' names a member of what has a value");
+            "modem: 'lte.mcc=2' names a member of a key that has a value");
   EXPECT_EQ(command("set lte.mcc=1 lte.mcc.x=2"),
-            "modem: 'lte.mcc.x=2' names a member of what has a value");
-  EXPECT_EQ(command("nv 28 rde_id.x=1"), "modem: 'rde_id.x=1' names a member of what has a value");
+            "modem: 'lte.mcc.x=2' names a member of a key that has a value");
+  EXPECT_EQ(command("nv 28 rde_id.x=1"),
+            "modem: 'rde_id.x=1' names a member of a key that has a value");
 }
 
 TEST(ModemWords, StateIsSetByPath) {
   EXPECT_EQ(command("set lte.mcc=310 lte.mnc=4 settings.spc=123456 flag=true"),
             R"({"command":"set","state":{"lte":{"mcc":310,"mnc":4},"settings":{"spc":"123456"},)"
             R"("flag":true}})");
+}
+
+// A value of the key's type, of a size that it accepts; a string consists of digits.
+std::string sample_of(const modem::Key& key) {
+  if (key.type != modem::Key::Type::string) return key.value;
+  size_t size = Json::parse(key.value).get<std::string>().size();
+  return std::string(size == 0 ? 2 : size, '1');
+}
+
+bool is_in_list(const modem::Key& key) { return key.path.find("[]") != std::string::npos; }
+
+TEST(ModemWords, EveryKeyOfTheStateIsAcceptedWithAValueOfItsType) {
+  for (const modem::Key& key : modem::state_keys()) {
+    if (is_in_list(key)) continue;
+    auto built = modem_command(Texts{"set", key.path + "=" + sample_of(key)});
+    ASSERT_TRUE(built) << key.path;
+    modem::State state = modem::factory_state();
+    auto given = nlohmann::json::parse(built->at("state").dump());
+    EXPECT_NO_THROW(modem::Archive::from_json(given, "", state)) << given;
+  }
+}
+
+TEST(ModemWords, APersonalKeyOfTheStateStaysOutOfTheHistory) {
+  for (const modem::Key& key : modem::state_keys()) {
+    if (is_in_list(key)) continue;
+    bool is_personal = key.privacy == modem::Privacy::personal;
+    EXPECT_EQ(is_private_line("modem set " + key.path + "=" + sample_of(key)), is_personal)
+        << key.path;
+  }
+  for (const char* pair :
+       {"mdn=9135550199", "nam={\"mdn\":\"9135550199\"}", "settings={\"spc\":\"123456\"}",
+        "nv=[{\"rde_id\":32,\"data\":\"313233\"}]", "security.akey=1", "nam.imsi-t=3"}) {
+    EXPECT_TRUE(is_private_line(std::string("modem set '") + pair + "'")) << pair;
+  }
+}
+
+TEST(ModemWords, StringsOfFaultsMayLookLikeNumbers) {
+  EXPECT_EQ(command("fault silent message=0x24 service=1 times=2"),
+            R"({"command":"fault","kind":"silent","message":"0x24","service":"1","times":2})");
 }
 
 TEST(ModemWords, NestingWithoutEndIsRefused) {
@@ -141,8 +185,8 @@ TEST(ModemWords, WrongWordsAreRefused) {
             "modem indicate: give an indication's name, such as notify or pfp");
   EXPECT_EQ(command("indicate a=1"),
             "modem indicate: give an indication's name, such as notify or pfp");
-  EXPECT_EQ(command("indicate pfp --count"), "modem: --count wants a number");
-  EXPECT_EQ(command("indicate pfp --count x"), "modem: --count wants a number");
+  EXPECT_EQ(command("indicate pfp --count"), "modem: --count: expected a number");
+  EXPECT_EQ(command("indicate pfp --count x"), "modem: --count: expected a number");
   EXPECT_EQ(command("indicate pfp rat"), "modem: 'rat' is not key=value");
   EXPECT_EQ(command("fault times=1"), "modem fault: give a kind, such as silent, delay or error");
   EXPECT_EQ(command("service nas"),

@@ -26,7 +26,7 @@ Candidates words_of(const completion::Place& place) {
   std::string verb = place.verb->get_name();
   if (verb == "request") return complete_request(place.positionals);
   if (verb == "list") return first_of(complete_request(place.positionals), place);
-  if (verb == "modem") return complete_modem(place.positionals, {});
+  if (verb == "modem") return complete_modem(place.positionals);
   return first_of(completion::positionals_of(*place.verb), place);
 }
 

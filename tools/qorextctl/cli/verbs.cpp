@@ -4,8 +4,7 @@
 #include <CLI/CLI.hpp>
 
 #include "tools/qorextctl/cli/help_text.h"
-#include "tools/qorextctl/modem/modem_control.h"
-#include "tools/qorextctl/modem/modem_options.h"
+#include "tools/qorextctl/modem/modem_words.h"
 #include "tools/qorextctl/session/session.h"
 
 namespace qorextctl {

@@ -20,14 +20,13 @@ Error unreachable(const std::string& path, const std::string& why) {
       "the modem's control socket {}: {}; does qorext_modem run with --control?", path, why));
 }
 
-// A line of the modem's: no answer is longer. Between a command and its answer all together may be
-// as much as the modem lets pile up.
+// The longest answer, and all that the modem queues for a connection that does not read.
 constexpr size_t kMaxLine = size_t{64} << 20;
 constexpr size_t kMaxReceived = size_t{256} << 20;
 
 std::string reason() { return errno == EAGAIN ? "the modem does not listen" : strerror(errno); }
 
-// Of connecting and sending; receiving has deadlines of its own.
+// Of connect() and send(); receive_line() has a deadline.
 void limit_time(const UniqueFd& socket, double seconds) {
   auto time =
       std::chrono::duration_cast<std::chrono::microseconds>(std::chrono::duration<double>(seconds));
@@ -71,7 +70,7 @@ std::optional<std::string> ModemControl::take_line() {
   return line;
 }
 
-// A modem that never stops sending is looked at once more after the deadline, as a silent one is.
+// The deadline is checked after a read too, for a modem that never stops sending.
 Result<std::string> ModemControl::receive_line(Deadline deadline) {
   for (bool is_late = false;; is_late = deadline.passed()) {
     if (auto line = take_line()) return *line;
@@ -99,15 +98,16 @@ Result<Json> ModemControl::call(const Json& command, Deadline deadline) {
     auto [answer, excess] = qmi_json::parse_foreign<Json>(*line);
     if (excess) return unreachable(path_, std::string("the answer ") + excess);
     if (!answer.is_object()) {
-      return unreachable(path_, "the answer is no JSON object: " + beginning_of(*line));
+      return unreachable(path_, "the answer is not a JSON object: " + beginning_of(*line));
     }
     if (answer.contains("ok")) {
-      if (!answer["ok"].is_boolean()) return unreachable(path_, "the answer's \"ok\" is no flag");
+      if (!answer["ok"].is_boolean())
+        return unreachable(path_, "the answer's \"ok\" is not true or false");
       return std::move(answer);
     }
-    told_.push_back(std::move(answer));
+    reports_.push_back(std::move(answer));
     received += line->size();
-    if (received > kMaxReceived) return unreachable(path_, "the answer does not come");
+    if (received > kMaxReceived) return unreachable(path_, "too much data before the answer");
     if (deadline.passed()) return unreachable(path_, "no answer in time");
   }
 }

@@ -1,6 +1,4 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "tools/qorextctl/modem/modem_options.h"
-
 #include <fmt/format.h>
 
 #include <algorithm>
@@ -10,6 +8,7 @@
 
 #include "tools/qorextctl/base/text.h"
 #include "tools/qorextctl/frames/values.h"
+#include "tools/qorextctl/modem/modem_words.h"
 
 namespace qorextctl {
 
@@ -32,7 +31,7 @@ constexpr ModemOption kOptions[] = {
     {kNoWait, Kind::flag, "kpi, hob-save: do not wait for the end"},
 };
 
-// What --reorder means alone: a first packet out of its place would be another defect.
+// For --reorder without a number: the first packet in the wrong place would be another defect.
 constexpr int64_t kReordered = 2;
 
 const ModemOption* find_option(const std::string& word) {
@@ -42,7 +41,7 @@ const ModemOption* find_option(const std::string& word) {
   return found == std::end(kOptions) ? nullptr : found;
 }
 
-// Null when the text is not what the option wants.
+// Null when the option does not accept the text.
 Json value_of(const ModemOption& option, const std::string& text) {
   if (option.kind == Kind::path) return std::filesystem::absolute(text).string();
   if (option.kind == Kind::word) {
@@ -53,16 +52,16 @@ Json value_of(const ModemOption& option, const std::string& text) {
   return number ? Json(*number) : Json();
 }
 
-Error wants(const ModemOption& option) {
+Error wrong_value(const ModemOption& option) {
   const char* what = option.kind == Kind::path   ? "a file"
                      : option.kind == Kind::word ? "eight hex digits"
                                                  : "a number";
-  return usage_error(fmt::format("modem: {} wants {}", option.name, what));
+  return usage_error(fmt::format("modem: {}: expected {}", option.name, what));
 }
 
-// Stores an option; how many of the words behind it are its own.
+// Stores an option; returns how many of the words after it belong to it.
 Result<size_t> take_option(Json& command, const ModemOption& option,
-                           std::span<const std::string> behind) {
+                           std::span<const std::string> after) {
   std::string name = option.name;
   if (name == kNoWait) {
     command["wait"] = false;
@@ -73,9 +72,9 @@ Result<size_t> take_option(Json& command, const ModemOption& option,
     member = true;
     return size_t{0};
   }
-  if (!behind.empty()) member = value_of(option, behind[0]);
+  if (!after.empty()) member = value_of(option, after[0]);
   if (!member.is_null()) return size_t{1};
-  if (option.kind != Kind::number_or_not) return wants(option);
+  if (option.kind != Kind::number_or_not) return wrong_value(option);
   member = kReordered;
   return size_t{0};
 }

@@ -1,14 +1,17 @@
 // SPDX-License-Identifier: Apache-2.0
+#include "tools/qorextctl/modem/modem_words.h"
+
 #include <fmt/format.h>
 
 #include <algorithm>
 #include <iterator>
 
+#include "modem/messages/fault.h"
+#include "modem/messages/services.h"
+#include "platform/linux/qmi_json/fields.h"
 #include "platform/linux/qmi_json/foreign_json.h"
 #include "tools/qorextctl/base/text.h"
 #include "tools/qorextctl/frames/values.h"
-#include "tools/qorextctl/modem/modem_control.h"
-#include "tools/qorextctl/modem/modem_options.h"
 
 namespace qorextctl {
 
@@ -16,77 +19,22 @@ namespace {
 
 using Words = std::span<const std::string>;
 
-// What is text or bytes even where it looks like a number.
-constexpr std::string_view kTextKeys[] = {"data",         "table",
-                                          "report",       "text",
-                                          "name",         "service",
-                                          "message",      "kind",
-                                          "spc",          "file",
-                                          "mdn",          "min",
-                                          "imsi_mcc",     "imsi_11_12",
-                                          "imsi_t",       "short_name",
-                                          "long_name",    "ipv4",
-                                          "ipv6",         "fsg_version",
-                                          "flex_version", "network_description"};
+bool is_command_string(std::string_view key) { return key == "data" || key == "file"; }
 
-bool is_text_key(std::string_view key) {
-  return std::find(std::begin(kTextKeys), std::end(kTextKeys), key) != std::end(kTextKeys);
+bool is_state_string(std::string_view path) { return is_string(modem::state_keys(), path); }
+
+bool is_fault_string(std::string_view key) {
+  modem::Fault fault;
+  return is_string(modem::Archive::keys_of(fault), key);
 }
 
-Result<Json> typed_value(const std::string& key, const std::string& text) {
-  bool structured = !text.empty() && (text.front() == '[' || text.front() == '{');
-  if (is_text_key(key) && !structured) return Json(text);
-  if (auto number = parse_number(text)) return Json(*number);
-  auto [parsed, excess] = qmi_json::parse_foreign<Json>(text);
-  if (excess) return usage_error(fmt::format("modem: the value of '{}' {}", key, excess));
-  return parsed.is_discarded() ? Json(text) : std::move(parsed);
+Result<Json> plain(Json command, Words words) {
+  return with_pairs(std::move(command), words, is_command_string);
 }
-
-// "lte.mcc" names the member mcc of the table lte. Null when lte is a value already.
-Json* member_at(Json& object, std::string_view path) {
-  Json* place = &object;
-  for (;;) {
-    if (!place->is_object() && !place->is_null()) return nullptr;
-    size_t dot = path.find('.');
-    place = &(*place)[std::string(path.substr(0, dot))];
-    if (dot == std::string_view::npos) return place;
-    path.remove_prefix(dot + 1);
-  }
-}
-
-Error wrong_pair(const std::string& word, std::string_view what) {
-  return usage_error(fmt::format("modem: '{}' {}", beginning_of(word), what));
-}
-
-std::optional<Error> add_pair(Json& object, const std::string& word) {
-  size_t equals = word.find('=');
-  if (equals == std::string::npos || equals == 0) return wrong_pair(word, "is not key=value");
-  std::string path = json_key(word.substr(0, equals));
-  auto dots = static_cast<size_t>(std::count(path.begin(), path.end(), '.'));
-  if (dots >= qmi_json::kMaxLevels) {
-    return wrong_pair(word, fmt::format("has more than {} levels", qmi_json::kMaxLevels));
-  }
-  auto value = typed_value(path.substr(path.rfind('.') + 1), word.substr(equals + 1));
-  if (!value) return value.error();
-  Json* member = member_at(object, path);
-  if (!member) return wrong_pair(word, "names a member of what has a value");
-  *member = std::move(*value);
-  return std::nullopt;
-}
-
-// Adds key=value words to the object.
-Result<Json> with_pairs(Json object, Words words) {
-  for (const std::string& word : words) {
-    if (auto error = add_pair(object, word)) return *error;
-  }
-  return object;
-}
-
-Result<Json> plain(Json command, Words words) { return with_pairs(std::move(command), words); }
 
 Result<Json> set(Json command, Words words) {
   if (words.empty()) return usage_error("modem set: nothing to set, give key=value");
-  auto state = with_pairs(Json::object(), words);
+  auto state = with_pairs(Json::object(), words, is_state_string);
   if (!state) return state;
   command["state"] = *state;
   return command;
@@ -99,23 +47,36 @@ Result<Json> nv(Json command, Words words) {
   if (!rde_id) return usage_error("modem nv: give an element number, and hex bytes to write it");
   command["rde_id"] = *rde_id;
   words = words.subspan(1);
-  if (words.empty() || is_pair(words[0])) return with_pairs(command, words);
+  if (words.empty() || is_pair(words[0])) return plain(command, words);
   if (!parse_hex(words[0])) {
     return usage_error(fmt::format("modem nv: '{}' is not hex (pairs of digits)", words[0]));
   }
   command["data"] = words[0];
-  return with_pairs(command, words.subspan(1));
+  return plain(command, words.subspan(1));
 }
 
-// Options are the burst's; everything else is a field.
+// A field that holds bytes, as hex digits.
+bool is_byte_field(const std::string& indication, std::string_view name) {
+  const qmi_idl::Message* message =
+      qmi_json::find_by_name(modem::qorext_service(), qmi_idl::Direction::indication, indication);
+  if (!message) return false;
+  return std::any_of(message->elements.begin(), message->elements.end(),
+                     [name](const qmi_idl::Element& element) {
+                       return element.name == name && qmi_json::is_bytes(element.shape);
+                     });
+}
+
+// The options describe the burst; all other words are fields.
 Result<Json> indicate(Json command, Words words) {
   if (words.empty() || is_pair(words[0])) {
     return usage_error("modem indicate: give an indication's name, such as notify or pfp");
   }
-  command["indication"] = modem_indication(words[0]);
+  std::string name = modem_indication(words[0]);
+  command["indication"] = name;
   auto fields = take_options(command, words.subspan(1));
   if (!fields) return fields.error();
-  auto members = with_pairs(Json::object(), *fields);
+  auto members = with_pairs(Json::object(), *fields,
+                            [&name](std::string_view field) { return is_byte_field(name, field); });
   if (!members) return members;
   command["fields"] = *members;
   return command;
@@ -124,7 +85,7 @@ Result<Json> indicate(Json command, Words words) {
 Result<Json> with_options(Json command, Words words) {
   auto pairs = take_options(command, words);
   if (!pairs) return pairs.error();
-  return with_pairs(command, *pairs);
+  return plain(command, *pairs);
 }
 
 Result<Json> kpi(Json command, Words words) {
@@ -152,7 +113,7 @@ Result<Json> fault(Json command, Words words) {
     command["kind"] = words[0];
     words = words.subspan(1);
   }
-  auto filled = with_pairs(command, words);
+  auto filled = with_pairs(command, words, is_fault_string);
   if (filled && !filled->contains("kind")) {
     return usage_error("modem fault: give a kind, such as silent, delay or error");
   }
@@ -170,7 +131,7 @@ Result<Json> service(Json command, Words words) {
 Result<Json> instances(Json command, Words words) {
   auto count = words.empty() ? std::nullopt : parse_number(words[0]);
   if (words.size() > 1 || (!words.empty() && !count)) {
-    return usage_error("modem instances: give a number, or nothing to be shown it");
+    return usage_error("modem instances: expected a number, or nothing to print it");
   }
   if (count) command["count"] = *count;
   return command;
@@ -184,7 +145,7 @@ struct CommandRow {
 };
 
 constexpr CommandRow kCommands[] = {
-    {"state", plain, "", "everything the modem has stored"},
+    {"state", plain, "", "print the stored state"},
     {"set", set, "KEY=VALUE...", "change the state, such as lte.mcc=310"},
     {"nv", nv, "RDE [HEX] [record=N]", "read or write an NV item"},
     {"indicate", indicate, "NAME [FIELD=VALUE...] [--count N] [--interval-ms N]",
@@ -192,17 +153,17 @@ constexpr CommandRow kCommands[] = {
     {"kpi", kpi, "--file LOG | data=HEX [OPTIONS]", "upload a KPI log"},
     {"kpi_record", kpi_record, "WORD [HEX] [--package N]", "upload a KPI record, such as 02C0FFEE"},
     {"kpi_packet", plain, "[package=] [sequence=] [last=] [header=] [data=]", "one KPI packet"},
-    {"uploads", plain, "", "how far the uploads are"},
+    {"uploads", plain, "", "progress of the uploads"},
     {"hob_save", with_options, "[--count N] [--interval-ms N] [--no-wait]",
      "ask the phone to save the hand-off block"},
-    {"hob", plain, "", "what the phone has told about the block"},
-    {"fault", fault, "KIND [service=] [message=] [times=] [delay_ms=]...", "misbehave"},
-    {"faults", plain, "", "faults in force"},
-    {"clear_faults", plain, "", "end all faults"},
+    {"hob", plain, "", "the phone's reports on the block"},
+    {"fault", fault, "KIND [service=] [message=] [times=] [delay_ms=]...", "inject a fault"},
+    {"faults", plain, "", "list the active faults"},
+    {"clear_faults", plain, "", "remove all faults"},
     {"service", service, "NAME up|down", "publish or withdraw qorext, nas or dms"},
-    {"instances", instances, "[N]", "how many instances qorext has; with N change it"},
-    {"requests", plain, "", "what the modem was asked"},
-    {"clear_requests", plain, "", "forget what the modem was asked"},
+    {"instances", instances, "[N]", "print or change the number of qorext instances"},
+    {"requests", plain, "", "the requests received"},
+    {"clear_requests", plain, "", "clear the list of requests"},
     {"version", plain, "", "the modem's version"},
     {"quit", plain, "", "end the modem"},
 };

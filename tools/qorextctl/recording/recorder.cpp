@@ -84,7 +84,7 @@ void Recorder::collect() {
   if (!modem_) return;
   auto answer = modem_->call({{"command", "version"}}, Deadline::in_seconds(timeout_seconds_));
   try {
-    for (const Json& report : modem_->take_told()) add_report(report);
+    for (const Json& report : modem_->take_reports()) add_report(report);
   } catch (const Json::exception& error) {
     answer = transport_error(fmt::format("unexpected report of the modem: {}", error.what()));
   }

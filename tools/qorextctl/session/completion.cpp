@@ -6,8 +6,6 @@
 #include <algorithm>
 
 #include "tools/qorextctl/frames/protocol.h"
-#include "tools/qorextctl/session/completed_files.h"
-#include "tools/qorextctl/session/modem_completion.h"
 #include "tools/qorextctl/session/session.h"
 
 namespace qorextctl {
@@ -18,9 +16,9 @@ using Words = std::vector<std::string>;
 using Candidates = std::vector<Candidate>;
 using completion::beginning_with;
 
-Words behind(const Words& words) { return {words.begin() + 1, words.end()}; }
+Words all_but_first(const Words& words) { return {words.begin() + 1, words.end()}; }
 
-// "a  b" is a, b; what stands behind the last blank is the word to be completed.
+// "a  b" is a, b; the text after the last blank is the word to complete.
 Words split_at_blanks(const std::string& line) {
   Words words(1);
   for (char character : line) {
@@ -87,15 +85,15 @@ Candidates arguments_of(const Request& request, const Words& words) {
   if (!request.payload.takes_record) return candidates;
   constexpr std::string_view kRecord = "json=";
   if (word.rfind(kRecord, 0) == 0)
-    return files_beginning_with("json=", word.substr(kRecord.size()));
+    return completion::files_beginning_with("json=", word.substr(kRecord.size()));
   candidates.push_back({"json=", "a JSON record with any of these"});
   return candidates;
 }
 
-Candidates line_words(const Words& words, const StateKeys& state_keys) {
+Candidates line_words(const Words& words) {
   if (words.size() == 1) return all_names();
-  if (words[0] == "expect-failure") return line_words(behind(words), state_keys);
-  if (words[0] == "modem") return words_of_modem(behind(words), state_keys);
+  if (words[0] == "expect-failure") return line_words(all_but_first(words));
+  if (words[0] == "modem") return words_of_modem(all_but_first(words));
   if (words[0] == "help" && words.size() == 2) return all_names();
   if (words[0] == "phone" && words.size() == 2) return {{"show"}};
   const Request* request = find_request(words[0]);
@@ -114,10 +112,10 @@ std::string Completion::common() const {
   return shared;
 }
 
-Completion complete_line(const std::string& line, const StateKeys& state_keys) {
+Completion complete_line(const std::string& line) {
   Words words = split_at_blanks(line);
   const std::string& word = words.back();
-  return {line.size() - word.size(), beginning_with(word, line_words(words, state_keys))};
+  return {line.size() - word.size(), beginning_with(word, line_words(words))};
 }
 
 Candidates complete_request(const Words& words) {

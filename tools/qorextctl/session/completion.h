@@ -1,8 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
-// What may stand where a line has got to.
+// Completion of a session's lines and of the words of "request" and "modem".
 #pragma once
 
-#include <functional>
 #include <string>
 #include <vector>
 
@@ -14,22 +13,20 @@ using completion::Candidate;
 
 struct Completion {
   size_t start = 0;                   // of the word, within the line
-  std::vector<Candidate> candidates;  // for the whole word, all beginning as it does
+  std::vector<Candidate> candidates;  // for the whole word, all beginning with it
 
-  // What all candidates begin with.
+  // The longest common beginning of the candidates.
   std::string common() const;
 };
 
-// What is known only while a modem runs: the keys of its state, such as "lte.mcc".
-using StateKeys = std::function<std::vector<std::string>()>;
+// For the last word of a session's line, which ends at the cursor.
+Completion complete_line(const std::string& line);
 
-// Of a session's line, which ends at the cursor. Names, argument names and values.
-Completion complete_line(const std::string& line, const StateKeys& state_keys);
-
-// The same for words that a shell has taken apart, as of "qorextctl request" and "qorextctl modem";
-// the last one is to be completed.
+// For the last of the words after "qorextctl request" and "qorextctl modem".
 std::vector<Candidate> complete_request(const std::vector<std::string>& words);
-std::vector<Candidate> complete_modem(const std::vector<std::string>& words,
-                                      const StateKeys& state_keys);
+std::vector<Candidate> complete_modem(const std::vector<std::string>& words);
+
+// All that may be at the place of the last word after "modem", whatever it begins with.
+std::vector<Candidate> words_of_modem(const std::vector<std::string>& words);
 
 }  // namespace qorextctl

@@ -1,15 +1,13 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "tools/qorextctl/session/modem_completion.h"
-
+// What may follow in a command to the modem.
 #include <algorithm>
 
-#include "modem/messages/fault_kinds.h"
+#include "modem/messages/fault.h"
 #include "modem/messages/services.h"
 #include "platform/linux/qmi_json/fields.h"
 #include "tools/qorextctl/base/text.h"
-#include "tools/qorextctl/modem/modem_control.h"
-#include "tools/qorextctl/modem/modem_options.h"
-#include "tools/qorextctl/session/completed_files.h"
+#include "tools/qorextctl/modem/modem_words.h"
+#include "tools/qorextctl/session/completion.h"
 
 namespace qorextctl {
 
@@ -70,10 +68,9 @@ Candidates option_names() {
   return names;
 }
 
-Candidates state_pairs(const StateKeys& state_keys) {
+Candidates state_pairs() {
   Candidates pairs;
-  if (!state_keys) return pairs;
-  for (const std::string& key : state_keys()) pairs.push_back({key + "="});
+  for (const std::string& key : modem_state_keys()) pairs.push_back({key + "="});
   return pairs;
 }
 
@@ -85,20 +82,20 @@ Words split_usage(std::string usage) {
   return split_line(usage).value_or(Words());
 }
 
-// What the usage of a command names itself, as "KIND [service=] [--count N] up|down". Words in
-// capitals stand for something else.
+// The literal words of a usage such as "KIND [service=] [--count N] up|down". Words in capitals are
+// placeholders.
 Candidates named_in(const std::string& usage) {
   Candidates candidates;
   for (const std::string& word : split_usage(usage)) {
-    bool stands_for_another = word.front() >= 'A' && word.front() <= 'Z';
+    bool is_placeholder = word.front() >= 'A' && word.front() <= 'Z';
     size_t equals = word.find('=');
     size_t size = equals == std::string::npos ? word.size() : equals + 1;
-    if (!stands_for_another) candidates.push_back({word.substr(0, size)});
+    if (!is_placeholder) candidates.push_back({word.substr(0, size)});
   }
   return candidates;
 }
 
-// What the first word behind a command may be, where a table tells it.
+// The first word after a command, where a table lists the possible ones.
 Candidates first_words(const std::string& command) {
   if (command == "indicate") return indication_names();
   if (command == "service") return service_names("");
@@ -106,8 +103,7 @@ Candidates first_words(const std::string& command) {
   return {};
 }
 
-// What may stand behind that, besides what the command's usage names. `words` begin with the
-// command.
+// Later words, besides those of the command's usage. `words` begin with the command.
 Candidates further_words(const Words& words) {
   const std::string& word = words.back();
   if (words[0] == "indicate") return fields_of(words[1]);
@@ -117,10 +113,10 @@ Candidates further_words(const Words& words) {
   return {};
 }
 
-Candidates arguments_of(const ModemCommand& command, const Words& words,
-                        const StateKeys& state_keys) {
-  if (words[0] == "set") return state_pairs(state_keys);
-  if (words[words.size() - 2] == "--file") return files_beginning_with("", words.back());
+Candidates words_after(const ModemCommand& command, const Words& words) {
+  if (words[0] == "set") return state_pairs();
+  if (words[words.size() - 2] == "--file")
+    return completion::files_beginning_with("", words.back());
   Candidates names = words.size() == 2 ? first_words(words[0]) : further_words(words);
   bool takes_value = words.back().find('=') != std::string::npos;
   if (takes_value || (words.size() == 2 && !names.empty())) return names;
@@ -131,20 +127,20 @@ Candidates arguments_of(const ModemCommand& command, const Words& words,
 
 }  // namespace
 
-Candidates words_of_modem(const Words& words, const StateKeys& state_keys) {
+Candidates words_of_modem(const Words& words) {
   Candidates names;
   for (const ModemCommand& command : modem_commands()) {
     if (words.size() == 1) {
       names.push_back({command.name, command.help});
     } else if (json_key(words[0]) == command.name) {
-      return arguments_of(command, words, state_keys);
+      return words_after(command, words);
     }
   }
   return names;
 }
 
-Candidates complete_modem(const Words& words, const StateKeys& state_keys) {
-  return completion::beginning_with(words.back(), words_of_modem(words, state_keys));
+Candidates complete_modem(const Words& words) {
+  return completion::beginning_with(words.back(), words_of_modem(words));
 }
 
 }  // namespace qorextctl

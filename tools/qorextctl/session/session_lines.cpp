@@ -4,7 +4,7 @@
 #include "tools/qorextctl/frames/arguments.h"
 #include "tools/qorextctl/frames/values.h"
 #include "tools/qorextctl/modem/ask_modem.h"
-#include "tools/qorextctl/modem/modem_control.h"
+#include "tools/qorextctl/modem/modem_words.h"
 #include "tools/qorextctl/phone/phone_files.h"
 #include "tools/qorextctl/phone/phone_report.h"
 #include "tools/qorextctl/session/session.h"

@@ -21,6 +21,7 @@
 #include "tools/qorextctl/frames/personal.h"
 #include "tools/qorextctl/frames/protocol.h"
 #include "tools/qorextctl/frames/values.h"
+#include "tools/qorextctl/modem/modem_words.h"
 
 namespace qorextctl {
 
@@ -39,8 +40,8 @@ bool write_private(const std::string& path, int flags, const std::string& text) 
   return file.valid() && write_whole(file.get(), bytes_of(text));
 }
 
-// State keys of the modem that are not arguments of a request.
-constexpr std::string_view kStateKeys[] = {"subsidy-lock-code", "data", "text"};
+// Bytes of indications and KPI logs.
+constexpr std::string_view kByteFields[] = {"data", "text"};
 
 bool is_named(const Argument& argument, const std::string& name) {
   return name == argument.field.name;
@@ -90,8 +91,11 @@ bool is_private_request(const Request& request, const Words& words) {
 }
 
 bool names_private_state(const std::string& word) {
-  return std::find(std::begin(kStateKeys), std::end(kStateKeys), name_in(word)) !=
-         std::end(kStateKeys);
+  size_t equals = word.find('=');
+  if (equals == std::string::npos) return false;
+  bool is_byte_field = std::find(std::begin(kByteFields), std::end(kByteFields), name_in(word)) !=
+                       std::end(kByteFields);
+  return is_byte_field || is_personal_state(word.substr(0, equals));
 }
 
 // Raw JSON may contain anything; NV data depends on the item.

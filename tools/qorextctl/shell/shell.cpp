@@ -3,7 +3,6 @@
 
 #include <unistd.h>
 
-#include "tools/qorextctl/modem/modem_control.h"
 #include "tools/qorextctl/shell/history.h"
 #include "tools/qorextctl/shell/line_editor.h"
 
@@ -12,28 +11,6 @@ namespace qorextctl {
 namespace {
 
 constexpr const char* kPrompt = "qorext> ";
-constexpr double kStateTimeout = 0.5;  // seconds; the user waits for the completion
-
-void add_keys(std::vector<std::string>& keys, const std::string& prefix, const Json& table) {
-  for (const auto& [name, value] : table.items()) {
-    if (value.is_object()) {
-      add_keys(keys, prefix + name + ".", value);
-    } else if (!value.is_array() || value.empty() || !value[0].is_object()) {
-      keys.push_back(prefix + name);
-    }
-  }
-}
-
-// For example "lte.mcc" and "carrier.bsr_timer", the keys of "modem set".
-std::vector<std::string> state_keys(const std::string& control) {
-  std::vector<std::string> keys;
-  if (control.empty()) return keys;
-  auto modem = ModemControl::connect(control, kStateTimeout);
-  if (!modem) return keys;
-  auto answer = modem->call({{"command", "state"}}, Deadline::in_seconds(kStateTimeout));
-  if (answer && answer->contains("state")) add_keys(keys, "", (*answer)["state"]);
-  return keys;
-}
 
 class Shell {
  public:
@@ -41,8 +18,7 @@ class Shell {
       : session_(session),
         printer_(printer),
         history_(history_path()),
-        editor_(kPrompt, {[this](int fd) { return wait(fd); },
-                          [this](const std::string& line) { return complete(line); }}) {
+        editor_(kPrompt, {[this](int fd) { return wait(fd); }, complete_line}) {
     printer_.share_screen_with(&editor_);
     recall();
   }
@@ -69,10 +45,6 @@ class Shell {
     if (!lines) printer_.error(lines.error());
     if (!lines) return;
     for (const std::string& line : *lines) editor_.remember(line);
-  }
-
-  Completion complete(const std::string& line) {
-    return complete_line(line, [this] { return state_keys(session_.control()); });
   }
 
   // As in other shells, a line that begins with a blank is not stored.
