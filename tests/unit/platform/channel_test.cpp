@@ -1,40 +1,33 @@
 // SPDX-License-Identifier: Apache-2.0
-// Clients and their server, over every transport.
+// Channels between clients and their server, over every transport.
 #include "tests/unit/platform/transport_support.h"
 
 namespace transport_test {
 namespace {
 
-class Channels : public Transport {};
+// With a modem that sends every packet back.
+class Channels : public Transport {
+ protected:
+  Channels() { modem_->publish(kService, kInstance); }
 
-TEST_P(Channels, CarriesPacketsBothWaysUnchanged) {
-  ScriptedModem modem(endpoint(), echo);
-  modem.publish(kService, kInstance);
-  auto channel = open();
-  ASSERT_NE(channel, nullptr);
+  std::unique_ptr<ScriptedModem> modem_ = std::make_unique<ScriptedModem>(endpoint(), echo);
+};
+
+TEST_P(Channels, CarryPacketsBothWaysUnchanged) {
   const Bytes packet = {0, 1, 0, 8, 0, 2, 0, 0, 0xFF};
-  EXPECT_EQ(send(*channel, packet), Status::ok);
-  EXPECT_EQ(receive(*channel), Answer(Status::ok, packet));
-  EXPECT_EQ(modem.requests()[0].packet, packet);
-  EXPECT_EQ(modem.requests()[0].service, kService);
+  expect_echo(*open(), packet);
+  EXPECT_EQ(modem_->requests()[0].packet, packet);
+  EXPECT_EQ(modem_->requests()[0].service, kService);
 }
 
-TEST_P(Channels, CarriesTheLargestPacket) {
-  ScriptedModem modem(endpoint(), echo);
-  modem.publish(kService, kInstance);
-  auto channel = open();
-  ASSERT_NE(channel, nullptr);
-  Bytes packet(largest_packet());
+TEST_P(Channels, CarryTheLargestPacket) {
+  Bytes packet(GetParam() == TransportKind::qrtr ? 65535 : qmi_transport::kMaxPacketSize);
   for (size_t i = 0; i < packet.size(); ++i) packet[i] = static_cast<uint8_t>(i * 7);
-  ASSERT_EQ(send(*channel, packet), Status::ok);
-  EXPECT_EQ(receive(*channel), Answer(Status::ok, packet));
+  expect_echo(*open(), packet);
 }
 
-TEST_P(Channels, GoesOnAfterAPacketThatTheBufferHasNoRoomFor) {
-  ScriptedModem modem(endpoint(), echo);
-  modem.publish(kService, kInstance);
+TEST_P(Channels, StayUsableAfterAPacketLongerThanTheBuffer) {
   auto channel = open();
-  ASSERT_NE(channel, nullptr);
   const Bytes packet = {1, 2, 3, 4};
   Bytes buffer(packet.size() - 1);
   using Receive = qmi_transport::Received (Channel::*)(std::span<uint8_t>);
@@ -48,16 +41,12 @@ TEST_P(Channels, GoesOnAfterAPacketThatTheBufferHasNoRoomFor) {
     EXPECT_EQ(received.status, Status::too_long);
     EXPECT_EQ(received.size, buffer.size());
     EXPECT_EQ(buffer, Bytes({1, 2, 3}));
-    ASSERT_EQ(send(*channel, {7}), Status::ok);
-    EXPECT_EQ(receive(*channel), Answer(Status::ok, {7}));
+    expect_echo(*channel, {7});
   }
 }
 
-TEST_P(Channels, KeepsThePacketsOfOneSenderInOrder) {
-  ScriptedModem modem(endpoint(), echo);
-  modem.publish(kService, kInstance);
+TEST_P(Channels, KeepThePacketsOfOneSenderInOrder) {
   auto channel = open();
-  ASSERT_NE(channel, nullptr);
   constexpr uint8_t kPackets = 200;
   std::thread sender([&] {
     for (uint8_t i = 0; i < kPackets; ++i) EXPECT_EQ(send(*channel, {i}), Status::ok);
@@ -66,11 +55,8 @@ TEST_P(Channels, KeepsThePacketsOfOneSenderInOrder) {
   sender.join();
 }
 
-TEST_P(Channels, HasNothingToReadWhenNothingWasSent) {
-  ScriptedModem modem(endpoint(), echo);
-  modem.publish(kService, kInstance);
+TEST_P(Channels, HaveNothingToReadWhenNothingWasSent) {
   auto channel = open();
-  ASSERT_NE(channel, nullptr);
   Bytes buffer(qmi_transport::kMaxPacketSize);
   EXPECT_TRUE(eventually([&] {
     return !wait_for(channel->fd(), POLLIN, in(0ms)) ||
@@ -79,13 +65,10 @@ TEST_P(Channels, HasNothingToReadWhenNothingWasSent) {
   EXPECT_EQ(channel->receive(buffer).status, Status::nothing);
 }
 
-TEST_P(Channels, WaitsForAPacketInTheReceivingCallButNotForEver) {
-  ScriptedModem modem(endpoint(), echo);
-  modem.publish(kService, kInstance);
+TEST_P(Channels, WaitForAPacketInTheReceivingCallForALimitedTime) {
   auto channel = open();
-  ASSERT_NE(channel, nullptr);
   Bytes buffer(qmi_transport::kMaxPacketSize);
-  // Packets of the name service may still come; they are not for the caller, who gets `nothing`.
+  // Packets of the name service may still come. The caller gets `nothing` for them.
   EXPECT_TRUE(eventually([&] {
     auto start = std::chrono::steady_clock::now();
     EXPECT_EQ(channel->receive_waiting(buffer).status, Status::nothing);
@@ -103,38 +86,28 @@ TEST_P(Channels, WaitsForAPacketInTheReceivingCallButNotForEver) {
   EXPECT_EQ(buffer, Bytes({7, 8, 9}));
 }
 
-TEST_P(Channels, RefusesAChannelToAServerThatIsNotThere) {
-  ScriptedModem modem(endpoint());
-  modem.publish(kService, kInstance);
+TEST_P(Channels, CannotBeOpenedToAServerThatIsNotThere) {
   ServerAddress absent = present()[0];
   absent.port += 1000;
   EXPECT_EQ(qmi_transport::open_channel(endpoint(), absent), nullptr);
 }
 
-TEST_P(Channels, AnswersEveryClientByItself) {
-  ScriptedModem modem(endpoint(), echo);
-  modem.publish(kService, kInstance);
+TEST_P(Channels, CarryTheAnswersOfTheirOwnClient) {
   std::vector<std::unique_ptr<Channel>> channels;
   for (uint8_t i = 0; i < 5; ++i) {
     channels.push_back(open());
-    ASSERT_NE(channels.back(), nullptr);
     ASSERT_EQ(send(*channels.back(), {i}), Status::ok);
   }
   for (uint8_t i = 0; i < 5; ++i) EXPECT_EQ(receive(*channels[i]), Answer(Status::ok, {i}));
 }
 
-TEST_P(Channels, ReachesAllClientsOfAService) {
-  ScriptedModem modem(endpoint(), echo);
-  modem.publish(kService, kInstance);
-  modem.publish(kOtherService, kInstance);
+TEST_P(Channels, ReachAllClientsOfAService) {
+  modem_->publish(kOtherService, kInstance);
   auto first = open();
   auto second = open();
   auto other = open(kOtherService);
-  for (auto* channel : {&first, &second, &other}) {
-    ASSERT_EQ(send(**channel, {1}), Status::ok);
-    ASSERT_EQ(receive(**channel).first, Status::ok);
-  }
-  modem.run([](Server& server) {
+  for (auto* channel : {&first, &second, &other}) expect_echo(**channel, {1});
+  modem_->run([](Server& server) {
     EXPECT_EQ(server.peers(kService).size(), 2u);
     for (Peer peer : server.peers(kService)) server.send(peer, Bytes{9});
   });
@@ -143,68 +116,54 @@ TEST_P(Channels, ReachesAllClientsOfAService) {
   EXPECT_EQ(receive(*other, 50ms).first, Status::nothing);
 }
 
-TEST_P(Channels, TellsTheServerThatAClientIsGone) {
-  ScriptedModem modem(endpoint(), echo);
-  modem.publish(kService, kInstance);
+TEST_P(Channels, ReportTheEndOfAClientToTheServer) {
   auto channel = open();
-  ASSERT_EQ(send(*channel, {1}), Status::ok);
-  ASSERT_EQ(receive(*channel).first, Status::ok);
-  Peer peer = modem.requests()[0].peer;
+  expect_echo(*channel, {1});
+  Peer peer = modem_->requests()[0].peer;
   channel.reset();
-  EXPECT_TRUE(eventually([&] { return modem.peers_gone() == 1; }));
-  modem.run([peer](Server& server) {
+  EXPECT_TRUE(eventually([&] { return modem_->peers_gone() == 1; }));
+  modem_->run([peer](Server& server) {
     EXPECT_TRUE(server.peers(kService).empty());
     EXPECT_EQ(server.send(peer, Bytes{1}), Status::gone);
   });
 }
 
-TEST_P(Channels, EndsTheChannelsOfAWithdrawnServiceOnly) {
-  ScriptedModem modem(endpoint(), echo);
-  modem.publish(kService, kInstance);
-  modem.publish(kOtherService, kInstance);
+TEST_P(Channels, EndWhenTheirOwnServiceIsWithdrawn) {
+  modem_->publish(kOtherService, kInstance);
   auto ended = open();
   auto other = open(kOtherService);
-  modem.withdraw(kService);
+  modem_->withdraw(kService);
   EXPECT_EQ(receive(*ended).first, Status::gone);
-  EXPECT_EQ(send(*other, {1}), Status::ok);
-  EXPECT_EQ(receive(*other), Answer(Status::ok, {1}));
+  expect_echo(*other, {1});
 }
 
-TEST_P(Channels, RefusesToSendToAWithdrawnService) {
-  ScriptedModem modem(endpoint(), echo);
-  modem.publish(kService, kInstance);
+TEST_P(Channels, RefuseToSendToAWithdrawnService) {
   auto channel = open();
-  modem.withdraw(kService);
+  modem_->withdraw(kService);
   EXPECT_EQ(send(*channel, {1}), Status::gone);
   EXPECT_EQ(send(*channel, {1}), Status::gone);
 }
 
-TEST_P(Channels, EndsItsChannelsWithTheServer) {
-  auto modem = std::make_unique<ScriptedModem>(endpoint(), echo);
-  modem->publish(kService, kInstance);
+TEST_P(Channels, EndWithTheServer) {
   auto channel = open();
-  modem.reset();
+  modem_.reset();
   EXPECT_EQ(receive(*channel).first, Status::gone);
 }
 
-TEST_P(Channels, ServesNewClientsOfAServiceThatCameBack) {
-  ScriptedModem modem(endpoint(), echo);
-  modem.publish(kService, kInstance);
+TEST_P(Channels, ServeNewClientsOfAServiceThatIsPublishedAgain) {
   ServerAddress before = present()[0];
-  modem.withdraw(kService);
+  modem_->withdraw(kService);
   EXPECT_TRUE(present().empty());
-  modem.publish(kService, kInstance);
-  // The kernel may give the same port again; then it is the new server's.
+  modem_->publish(kService, kInstance);
+  // The kernel may assign the same port again, which is then the new server's.
   bool is_reachable = qmi_transport::open_channel(endpoint(), before) != nullptr;
   EXPECT_EQ(is_reachable, before == present()[0]);
-  auto channel = open();
-  ASSERT_NE(channel, nullptr);
-  EXPECT_EQ(send(*channel, {1}), Status::ok);
-  EXPECT_EQ(receive(*channel), Answer(Status::ok, {1}));
+  expect_echo(*open(), {1});
 }
 
-TEST_P(Channels, HoldsNoDescriptorBehindItsObjects) {
-  size_t before = own("fd");
+TEST_P(Channels, LeaveNoDescriptorOpen) {
+  modem_.reset();
+  Resources before = own_resources();
   for (int i = 0; i < 20; ++i) {
     ScriptedModem modem(endpoint(), echo);
     modem.publish(kService, kInstance);
@@ -214,7 +173,7 @@ TEST_P(Channels, HoldsNoDescriptorBehindItsObjects) {
     modem.withdraw(kService);
     EXPECT_EQ(open(), nullptr);
   }
-  EXPECT_EQ(own("fd"), before);
+  EXPECT_EQ(own_resources().descriptors, before.descriptors);
 }
 
 INSTANTIATE_TEST_SUITE_P(Over, Channels, every_transport(), kind_name);

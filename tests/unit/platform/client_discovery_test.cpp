@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// Finding services: the notifier and the service list.
+// Discovery of services: the notifier and the service list.
 #include <poll.h>
 #include <sys/socket.h>
 #include <time.h>
@@ -14,30 +14,32 @@ class Discovery : public testing::TestWithParam<TransportKind> {
  protected:
   Discovery() : place_(GetParam()) {}
 
-  std::unique_ptr<ScriptedModem> start_modem() const {
-    return std::make_unique<ScriptedModem>(place_.endpoint(), answer);
-  }
+  void start_modem() { modem_.emplace(place_.endpoint(), answer); }
+  void publish(uint32_t number = 0) { modem_->publish(qorext().id, vendor_instance(number)); }
+  void withdraw() { modem_->withdraw(qorext().id); }
 
   ModemPlace place_;
+  std::optional<ScriptedModem> modem_;
 };
 
-// A notifier and its signal.
+// A notifier that is started, and its signal.
 struct Notifier {
-  Notifier() { memset(&signal, 0xEE, sizeof(signal)); }
+  Notifier() {
+    memset(&signal, 0xEE, sizeof(signal));
+    EXPECT_EQ(qmi_client_notifier_init(vendor(), &signal, &handle), QMI_NO_ERR);
+  }
   Notifier(const Notifier&) = delete;
   Notifier& operator=(const Notifier&) = delete;
   ~Notifier() {
     if (handle != nullptr) qmi_client_release(handle);
   }
 
-  int start() { return qmi_client_notifier_init(vendor(), &signal, &handle); }
-
   // Waits as the product does, on the clock that the signal names.
-  bool is_raised(std::chrono::milliseconds patience = kPatience) {
+  bool is_raised(std::chrono::milliseconds timeout = kTimeout) {
     timespec deadline{};
     clock_gettime(CLOCK_MONOTONIC, &deadline);
-    deadline.tv_sec += patience.count() / 1000;
-    deadline.tv_nsec += patience.count() % 1000 * 1000000;
+    deadline.tv_sec += timeout.count() / 1000;
+    deadline.tv_nsec += timeout.count() % 1000 * 1000000;
     deadline.tv_sec += deadline.tv_nsec / 1000000000;
     deadline.tv_nsec %= 1000000000;
     pthread_mutex_lock(&signal.mutex);
@@ -64,20 +66,18 @@ int list(unsigned& services, qmi_service_info* infos = nullptr, unsigned* entrie
   return qmi_client_get_service_list(vendor(), infos, entries, &services);
 }
 
-TEST_P(Discovery, ANotifierSetsUpItsSignal) {
+TEST_P(Discovery, ANotifierInitialisesItsSignal) {
   Notifier notifier;
-  ASSERT_EQ(notifier.start(), QMI_NO_ERR);
   EXPECT_EQ(notifier.signal.sig_set, 0u);
   EXPECT_EQ(notifier.signal.timed_out, 0u);
   EXPECT_EQ(notifier.signal.clock, 1u);
   EXPECT_FALSE(notifier.is_raised(50ms));
 }
 
-TEST_P(Discovery, ANotifierDoesNotReportAServiceThatIsThere) {
-  auto modem = start_modem();
-  modem->publish(qorext().id, vendor_instance());
+TEST_P(Discovery, ANotifierDoesNotReportAServiceThatIsUpAlready) {
+  start_modem();
+  publish();
   Notifier notifier;
-  ASSERT_EQ(notifier.start(), QMI_NO_ERR);
   unsigned services = 0;
   EXPECT_EQ(list(services), QMI_NO_ERR);
   EXPECT_EQ(services, 1u);
@@ -85,75 +85,68 @@ TEST_P(Discovery, ANotifierDoesNotReportAServiceThatIsThere) {
 }
 
 TEST_P(Discovery, ANotifierReportsAServiceThatComesUpAsSoonAsItHasStarted) {
-  auto modem = start_modem();
+  start_modem();
   for (int i = 0; i < 100; ++i) {
     Notifier notifier;
-    ASSERT_EQ(notifier.start(), QMI_NO_ERR);
-    modem->publish(qorext().id, vendor_instance());
+    publish();
     ASSERT_TRUE(notifier.is_raised()) << i;
-    modem->withdraw(qorext().id);
+    withdraw();
   }
 }
 
 TEST_P(Discovery, ANotifierReportsAServiceThatGoesAndComesBack) {
-  auto modem = start_modem();
-  modem->publish(qorext().id, vendor_instance());
+  start_modem();
+  publish();
   Notifier notifier;
-  ASSERT_EQ(notifier.start(), QMI_NO_ERR);
-  modem->withdraw(qorext().id);
+  withdraw();
   EXPECT_FALSE(notifier.is_raised(100ms));
-  modem->publish(qorext().id, vendor_instance());
+  publish();
   EXPECT_TRUE(notifier.is_raised());
 }
 
-// Its addresses may be those of the modem before.
+// The new modem may have the addresses of the old one.
 TEST_P(Discovery, ANotifierReportsTheServicesOfAModemThatStartsAgain) {
-  auto modem = start_modem();
-  modem->publish(qorext().id, vendor_instance());
+  start_modem();
+  publish();
   Notifier notifier;
-  ASSERT_EQ(notifier.start(), QMI_NO_ERR);
-  modem.reset();
+  modem_.reset();
   EXPECT_FALSE(notifier.is_raised(50ms));
-  modem = start_modem();
-  modem->publish(qorext().id, vendor_instance());
+  start_modem();
+  publish();
   EXPECT_TRUE(notifier.is_raised());
 }
 
-TEST_P(Discovery, ANotifierTellsOfAServiceThatComesLater) {
-  auto modem = start_modem();
+TEST_P(Discovery, ANotifierReportsAServiceThatComesUpLater) {
+  start_modem();
   Notifier notifier;
-  ASSERT_EQ(notifier.start(), QMI_NO_ERR);
   EXPECT_FALSE(notifier.is_raised(50ms));
-  modem->publish(qorext().id, vendor_instance());
+  publish();
   EXPECT_TRUE(notifier.is_raised());
 }
 
-TEST_P(Discovery, ANotifierTellsOfEveryInstance) {
-  auto modem = start_modem();
+TEST_P(Discovery, ANotifierReportsEveryInstance) {
+  start_modem();
   Notifier notifier;
-  ASSERT_EQ(notifier.start(), QMI_NO_ERR);
-  modem->publish(qorext().id, vendor_instance());
+  publish();
   ASSERT_TRUE(notifier.is_raised());
   notifier.clear();
-  modem->publish(qorext().id, vendor_instance() | 0x100);
+  publish(1);
   EXPECT_TRUE(notifier.is_raised());
 }
 
-TEST_P(Discovery, ANotifierDoesNotTellOfOtherServicesAndVersions) {
-  auto modem = start_modem();
+TEST_P(Discovery, ANotifierDoesNotReportOtherServicesAndVersions) {
+  start_modem();
   Notifier notifier;
-  ASSERT_EQ(notifier.start(), QMI_NO_ERR);
-  modem->publish(qorext().id + 1, vendor_instance());
-  modem->publish(qorext().id, vendor_instance() + 1);
+  modem_->publish(qorext().id + 1, vendor_instance());
+  modem_->publish(qorext().id, vendor_instance() + 1);
   EXPECT_FALSE(notifier.is_raised(100ms));
 }
 
 TEST_P(Discovery, ANotifierOutlivesTheModem) {
   Notifier notifier;
-  ASSERT_EQ(notifier.start(), QMI_NO_ERR);
   for (int i = 0; i < 3; ++i) {
-    auto modem = start_modem();
-    modem->publish(qorext().id, vendor_instance());
+    start_modem();
+    publish();
     EXPECT_TRUE(notifier.is_raised());
     notifier.clear();
   }
@@ -163,14 +156,13 @@ TEST_P(Discovery, ANotifierIsReleasedAtOnce) {
   auto before = std::chrono::steady_clock::now();
   for (int i = 0; i < 50; ++i) {
     Notifier notifier;
-    ASSERT_EQ(notifier.start(), QMI_NO_ERR);
     ASSERT_EQ(qmi_client_release(notifier.handle), QMI_NO_ERR);
     notifier.handle = nullptr;
   }
   EXPECT_LT(std::chrono::steady_clock::now() - before, 20s);
 }
 
-TEST_P(Discovery, ANotifierNeedsAllItsParameters) {
+TEST_P(Discovery, ANotifierRequiresAllItsParameters) {
   qmi_client_os_params signal{};
   qmi_client_type handle = nullptr;
   EXPECT_EQ(qmi_client_notifier_init(nullptr, &signal, &handle), QMI_INVALID_PARAM_ERR);
@@ -187,9 +179,9 @@ TEST_P(Discovery, TheListIsEmptyAtOnceWithoutAModem) {
 }
 
 TEST_P(Discovery, TheListIsEmptyWithoutTheService) {
-  auto modem = start_modem();
-  modem->publish(qorext().id, vendor_instance() + 1);
-  modem->publish(3, 1);
+  start_modem();
+  modem_->publish(qorext().id, vendor_instance() + 1);
+  modem_->publish(3, 1);
   unsigned services = 9;
   unsigned entries = 1;
   qmi_service_info info{};
@@ -199,19 +191,19 @@ TEST_P(Discovery, TheListIsEmptyWithoutTheService) {
 }
 
 TEST_P(Discovery, TheListCountsTheInstances) {
-  auto modem = start_modem();
-  modem->publish(qorext().id, vendor_instance());
+  start_modem();
+  publish();
   unsigned services = 0;
   EXPECT_EQ(list(services), QMI_NO_ERR);
   EXPECT_EQ(services, 1u);
-  modem->publish(qorext().id, vendor_instance() | 0x100);
+  publish(1);
   EXPECT_EQ(list(services), QMI_NO_ERR);
   EXPECT_EQ(services, 2u);
 }
 
-TEST_P(Discovery, TheListFillsNoMoreRecordsThanThereIsRoomFor) {
-  auto modem = start_modem();
-  for (uint32_t i = 0; i < 3; ++i) modem->publish(qorext().id, vendor_instance() | i << 8);
+TEST_P(Discovery, TheListStoresNoMoreRecordsThanThereIsRoomFor) {
+  start_modem();
+  for (uint32_t i = 0; i < 3; ++i) publish(i);
   qmi_service_info infos[4] = {};
   unsigned services = 0;
   unsigned entries = 2;
@@ -226,21 +218,21 @@ TEST_P(Discovery, TheListFillsNoMoreRecordsThanThereIsRoomFor) {
   EXPECT_EQ(infos[3].opaque[0], 0u);
 }
 
-TEST_P(Discovery, TheListNeedsItsParameters) {
+TEST_P(Discovery, TheListRequiresItsParameters) {
   unsigned services = 0;
   qmi_service_info info{};
-  EXPECT_EQ(qmi_client_get_service_list(nullptr, nullptr, nullptr, &services),
-            QMI_INVALID_PARAM_ERR);
-  EXPECT_EQ(qmi_client_get_service_list(vendor(), nullptr, nullptr, nullptr),
-            QMI_INVALID_PARAM_ERR);
-  EXPECT_EQ(qmi_client_get_service_list(vendor(), &info, nullptr, &services),
-            QMI_INVALID_PARAM_ERR);
+  auto get = [](void* service, qmi_service_info* infos, unsigned* count) {
+    return qmi_client_get_service_list(service, infos, nullptr, count);
+  };
+  EXPECT_EQ(get(nullptr, nullptr, &services), QMI_INVALID_PARAM_ERR);
+  EXPECT_EQ(get(vendor(), nullptr, nullptr), QMI_INVALID_PARAM_ERR);
+  EXPECT_EQ(get(vendor(), &info, &services), QMI_INVALID_PARAM_ERR);
 }
 
 TEST_P(Discovery, EveryRecordOfTheListOpensAClientOfItsInstance) {
-  auto modem = start_modem();
-  modem->publish(qorext().id, vendor_instance());
-  modem->publish(qorext().id, vendor_instance() | 0x100);
+  start_modem();
+  publish();
+  publish(1);
   qmi_service_info infos[2] = {};
   unsigned services = 0;
   unsigned entries = 2;
@@ -248,15 +240,14 @@ TEST_P(Discovery, EveryRecordOfTheListOpensAClientOfItsInstance) {
   for (qmi_service_info& info : infos) {
     qmi_client_type client = nullptr;
     ASSERT_EQ(qmi_client_init(&info, vendor(), nullptr, nullptr, nullptr, &client), QMI_NO_ERR);
-    Band band{};
-    EXPECT_EQ(read_band(client, 6, band), QMI_NO_ERR);
+    EXPECT_EQ(code_of(client), QMI_NO_ERR);
     qmi_client_release(client);
   }
 }
 
 INSTANTIATE_TEST_SUITE_P(Over, Discovery, every_transport(), kind_name);
 
-// A name service that takes connections and answers none.
+// A name service that accepts connections and does not answer.
 class SilentNameService : public testing::Test {
  protected:
   SilentNameService() {
@@ -277,20 +268,18 @@ class SilentNameService : public testing::Test {
   qmi_transport::ScopedFd listener_ = qmi_transport::unix_socket();
 };
 
-TEST_F(SilentNameService, IsAskedForItsListForASecond) {
+TEST_F(SilentNameService, IsGivenASecondToAnswer) {
   auto taken = time_of_a_list();
   EXPECT_GE(taken, 900ms);
   EXPECT_LT(taken, 10s);
 
   Notifier notifier;
-  ASSERT_EQ(notifier.start(), QMI_NO_ERR);
   EXPECT_FALSE(notifier.is_raised(50ms));
 }
 
-TEST_F(SilentNameService, CostsASecondOnlyOnce) {
-  Notifier notifier;
+TEST_F(SilentNameService, DelaysOnlyTheFirstCallByASecond) {
   auto before = std::chrono::steady_clock::now();
-  ASSERT_EQ(notifier.start(), QMI_NO_ERR);
+  Notifier notifier;
   EXPECT_GE(std::chrono::steady_clock::now() - before, 900ms);
   for (int i = 0; i < 10; ++i) EXPECT_LT(time_of_a_list(), 500ms);
 }
@@ -306,9 +295,8 @@ TEST_F(SilentNameService, IsGivenASecondAgainAfterAnAnswer) {
   }
 }
 
-TEST_F(SilentNameService, HasItsServicesReportedWhenItAnswersAtLast) {
+TEST_F(SilentNameService, HasItsServicesReportedWhenItAnswersLater) {
   Notifier notifier;
-  ASSERT_EQ(notifier.start(), QMI_NO_ERR);
   listener_ = qmi_transport::ScopedFd();
   ScriptedModem modem(place_.endpoint(), answer);
   modem.publish(qorext().id, vendor_instance());

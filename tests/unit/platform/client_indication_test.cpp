@@ -7,32 +7,31 @@
 namespace client_test {
 namespace {
 
-using qmi_idl::WireType;
-using qmi_transport::Peer;
-using qmi_transport::Server;
-
-class Indications : public testing::TestWithParam<TransportKind> {
+class Indications : public ModemAndClient, public testing::TestWithParam<TransportKind> {
  protected:
-  Indications() : place_(GetParam()), modem_(place_.endpoint(), answer) {
-    modem_.publish(qorext().id, vendor_instance());
-  }
+  Indications() : ModemAndClient(GetParam()) {}
 
   // Opens a client that the modem knows.
-  qmi_client_type open(qmi_client_ind_cb callback, void* data) {
-    qmi_client_type client = open_client(callback, data);
-    Band band{};
-    EXPECT_EQ(read_band(client, 1, band), QMI_NO_ERR);
-    return client;
+  void open(qmi_client_ind_cb callback, void* data) {
+    ModemAndClient::open(callback, data);
+    EXPECT_EQ(code_of(client_), QMI_NO_ERR);
   }
 
   void indicate(const Bytes& packet) {
-    modem_.run([&packet](Server& server) {
-      for (Peer peer : server.peers(qorext().id)) server.send(peer, packet);
+    modem_.run([&](Server& server) { server.send(server.peers(qorext().id).at(0), packet); });
+  }
+  // Sends indications with the numbers from 0.
+  void indicate_numbers(uint32_t count) {
+    modem_.run([count](Server& server) {
+      Peer peer = server.peers(qorext().id).at(0);
+      for (uint32_t i = 0; i < count; ++i) server.send(peer, utils_indication(i));
     });
   }
 
-  ModemPlace place_;
-  ScriptedModem modem_;
+  static void expect_in_order(Seen& seen, uint32_t count) {
+    EXPECT_TRUE(eventually([&] { return seen.count() == count; }));
+    for (uint32_t i = 0; i < count; ++i) ASSERT_EQ(seen.numbers[i], i);
+  }
 };
 
 struct Raw {
@@ -50,47 +49,41 @@ void keep_raw(qmi_client_type client, unsigned int message_id, void* buffer, uns
       {client, message_id, Bytes(bytes, bytes + length), buffer});
 }
 
-TEST_P(Indications, AreHandedOverWithoutTheirHeader) {
+TEST_P(Indications, ArePassedToTheCallbackWithoutTheirHeader) {
   RawPromise promise;
-  qmi_client_type client = open(keep_raw, &promise);
+  open(keep_raw, &promise);
   Bytes packet = utils_indication(7);
   indicate(packet);
   Raw raw = promise.get_future().get();
-  EXPECT_EQ(raw.client, client);
+  EXPECT_EQ(raw.client, client_);
   EXPECT_EQ(raw.message_id, kUtils);
   EXPECT_EQ(raw.content, Bytes(packet.begin() + 7, packet.end()));
-  qmi_client_release(client);
 }
 
-TEST_P(Indications, WithoutContentHaveALengthOfZeroAndABuffer) {
+TEST_P(Indications, WithoutContentHaveLengthZeroAndABuffer) {
   RawPromise promise;
-  qmi_client_type client = open(keep_raw, &promise);
+  open(keep_raw, &promise);
   indicate(packet_of(WireType::indication, 0, 0x13, {}));
   Raw raw = promise.get_future().get();
   EXPECT_EQ(raw.message_id, 0x13u);
   EXPECT_TRUE(raw.content.empty());
   EXPECT_NE(raw.buffer, nullptr);
-  qmi_client_release(client);
 }
 
-TEST_P(Indications, OfUnknownMessagesAreHandedOverToo) {
+TEST_P(Indications, OfUnknownMessagesArePassedToTheCallbackToo) {
   RawPromise promise;
-  qmi_client_type client = open(keep_raw, &promise);
+  open(keep_raw, &promise);
   indicate(packet_of(WireType::indication, 0, 0x7FFF, {1, 1, 0, 9}));
   EXPECT_EQ(promise.get_future().get().message_id, 0x7FFFu);
-  qmi_client_release(client);
 }
 
-TEST_P(Indications, AreDroppedByAClientWithoutCallback) {
-  qmi_client_type client = open(nullptr, nullptr);
-  for (uint32_t i = 0; i < 5; ++i) indicate(utils_indication(i));
-  Band band{};
-  EXPECT_EQ(read_band(client, 3, band), QMI_NO_ERR);
-  EXPECT_EQ(band.band, 3u);
-  qmi_client_release(client);
+TEST_P(Indications, AreDroppedByAClientWithoutACallback) {
+  open(nullptr, nullptr);
+  indicate_numbers(5);
+  EXPECT_EQ(read_band(client_, 3), success(3));
 }
 
-// A callback that waits until the test lets it go on.
+// A callback that blocks until the test opens the gate.
 struct Gate {
   Seen seen;
   std::promise<void> entered;
@@ -106,76 +99,57 @@ struct Gate {
   }
 };
 
-TEST_P(Indications, AllArriveInOrderAtASlowCallbackWhileResponsesAreServed) {
+TEST_P(Indications, ArriveInOrderAtASlowCallbackWhileRequestsAreServed) {
   constexpr uint32_t kIndications = 5000;
   Gate gate;
-  qmi_client_type client = open(Gate::callback, &gate);
-  modem_.run([](Server& server) {
-    Peer peer = server.peers(qorext().id).at(0);
-    for (uint32_t i = 0; i < kIndications; ++i) server.send(peer, utils_indication(i));
-  });
+  open(Gate::callback, &gate);
+  indicate_numbers(kIndications);
   gate.entered.get_future().wait();
-  Band band{};
-  EXPECT_EQ(read_band(client, 5, band), QMI_NO_ERR);
+  EXPECT_EQ(code_of(client_), QMI_NO_ERR);
   EXPECT_EQ(gate.seen.count(), 0u);
   gate.open.set_value();
-
-  EXPECT_TRUE(eventually([&] { return gate.seen.count() == kIndications; }));
-  for (uint32_t i = 0; i < kIndications; ++i) ASSERT_EQ(gate.seen.numbers[i], i);
-  qmi_client_release(client);
+  expect_in_order(gate.seen, kIndications);
 }
 
-TEST_P(Indications, AllArriveInOrderThatComeBeforeAndBehindResponses) {
+TEST_P(Indications, ArriveInOrderBeforeAndAfterResponses) {
   constexpr uint32_t kRequests = 500;
-  Seen seen;
-  qmi_client_type client = open(Seen::callback, &seen);
+  open(Seen::callback, &seen_);
   modem_.answer_with([](Server& server, const Request& request) {
     server.send(request.peer, utils_indication(2 * number_of(request)));
     answer(server, request);
     server.send(request.peer, utils_indication(2 * number_of(request) + 1));
   });
-  for (uint32_t i = 0; i < kRequests; ++i) {
-    Band band{};
-    ASSERT_EQ(read_band(client, i, band), QMI_NO_ERR);
-    ASSERT_EQ(band.band, i);
-  }
-  EXPECT_TRUE(eventually([&] { return seen.count() == 2 * kRequests; }));
-  for (uint32_t i = 0; i < seen.count(); ++i) ASSERT_EQ(seen.numbers[i], i);
-  qmi_client_release(client);
+  for (uint32_t i = 0; i < kRequests; ++i) ASSERT_EQ(read_band(client_, i), success(i));
+  expect_in_order(seen_, 2 * kRequests);
 }
 
-TEST_P(Indications, ThatWaitWhenTheServiceGoesAwayAreStillDelivered) {
+TEST_P(Indications, ThatAreQueuedWhenTheServiceGoesAwayAreStillDelivered) {
   Gate gate;
-  qmi_client_type client = open(Gate::callback, &gate);
-  modem_.run([](Server& server) {
-    Peer peer = server.peers(qorext().id).at(0);
-    for (uint32_t i = 0; i < 5; ++i) server.send(peer, utils_indication(i));
-  });
+  open(Gate::callback, &gate);
+  indicate_numbers(5);
   gate.entered.get_future().wait();
-  Band band{};
-  EXPECT_EQ(read_band(client, 5, band), QMI_NO_ERR);
-  modem_.withdraw(qorext().id);
+  EXPECT_EQ(code_of(client_), QMI_NO_ERR);
+  withdraw();
   gate.open.set_value();
   EXPECT_TRUE(eventually([&] { return gate.seen.count() == 5; }));
-  qmi_client_release(client);
 }
 
-TEST_P(Indications, EndWithTheReleaseThatWaitsForTheCallback) {
+TEST_P(Indications, EndWithTheReleaseWhichWaitsForTheCallback) {
   Gate gate;
-  qmi_client_type client = open(Gate::callback, &gate);
-  for (uint32_t i = 0; i < 3; ++i) indicate(utils_indication(i));
+  open(Gate::callback, &gate);
+  indicate_numbers(3);
   gate.entered.get_future().wait();
 
   std::atomic<bool> released = false;
   std::thread releaser([&] {
-    EXPECT_EQ(qmi_client_release(client), QMI_NO_ERR);
+    EXPECT_EQ(qmi_client_release(client_), QMI_NO_ERR);
     released = true;
   });
-  Band band{};
-  EXPECT_TRUE(eventually([&] { return read_band(client, 1, band) == QMI_SERVICE_ERR; }));
+  EXPECT_TRUE(eventually([&] { return code_of(client_) == QMI_SERVICE_ERR; }));
   EXPECT_FALSE(released);
   gate.open.set_value();
   releaser.join();
+  client_ = nullptr;
   EXPECT_EQ(gate.seen.count(), 1u);
 }
 
@@ -190,46 +164,39 @@ struct SelfRelease {
   }
 };
 
-TEST_P(Indications, MayEndWithAReleaseFromTheCallbackItself) {
-  size_t threads = own("task");
-  size_t descriptors = own("fd");
-  SelfRelease release;
-  qmi_client_type client = open(SelfRelease::callback, &release);
-  modem_.run([](Server& server) {
-    Peer peer = server.peers(qorext().id).at(0);
-    for (uint32_t i = 0; i < 5; ++i) server.send(peer, utils_indication(i));
-  });
-  EXPECT_EQ(release.result.get_future().get(), QMI_NO_ERR);
-  EXPECT_EQ(qmi_client_release(client), QMI_INVALID_PARAM_ERR);
-  EXPECT_TRUE(eventually([&] { return own("task") == threads && own("fd") == descriptors; }));
-  EXPECT_EQ(release.calls, 1);
+TEST_P(Indications, CanBeEndedByAReleaseInTheCallback) {
+  Resources before = own_resources();
+  SelfRelease self;
+  open(SelfRelease::callback, &self);
+  indicate_numbers(5);
+  EXPECT_EQ(self.result.get_future().get(), QMI_NO_ERR);
+  EXPECT_EQ(release(), QMI_INVALID_PARAM_ERR);
+  EXPECT_TRUE(eventually([&] { return own_resources() == before; }));
+  EXPECT_EQ(self.calls, 1);
 }
 
 struct SenderInCallback {
-  std::promise<std::pair<int, uint32_t>> result;
+  std::promise<Outcome> result;
 
   static void callback(qmi_client_type client, unsigned int, void*, unsigned int, void* data) {
-    Band band{};
-    int code = read_band(client, 77, band);
-    static_cast<SenderInCallback*>(data)->result.set_value({code, band.band});
+    static_cast<SenderInCallback*>(data)->result.set_value(read_band(client, 77));
   }
 };
 
-TEST_P(Indications, LeaveTheirCallbackFreeToSend) {
+TEST_P(Indications, CanSendRequestsInTheCallback) {
   SenderInCallback sender;
-  qmi_client_type client = open(SenderInCallback::callback, &sender);
+  open(SenderInCallback::callback, &sender);
   indicate(utils_indication(1));
-  EXPECT_EQ(sender.result.get_future().get(), std::make_pair(int{QMI_NO_ERR}, 77u));
-  qmi_client_release(client);
+  EXPECT_EQ(sender.result.get_future().get(), success(77));
 }
 
-TEST_P(Indications, AreDecodedOnlyIntoTheirOwnStructure) {
-  qmi_client_type client = open(nullptr, nullptr);
+TEST_P(Indications, AreDecodedIntoTheirOwnStructureOnly) {
+  open(nullptr, nullptr);
   Bytes packet = utils_indication(7);
   uint8_t structure[520];
   auto decode = [&](qmi_idl_type_of_message_type type, unsigned id, unsigned length,
                     unsigned room) {
-    return qmi_client_message_decode(client, type, id, packet.data() + 7, length, structure, room);
+    return qmi_client_message_decode(client_, type, id, packet.data() + 7, length, structure, room);
   };
   EXPECT_EQ(decode(QMI_IDL_INDICATION, kUtils, 13, 520), QMI_NO_ERR);
   EXPECT_EQ(structure[0], 7);
@@ -241,7 +208,6 @@ TEST_P(Indications, AreDecodedOnlyIntoTheirOwnStructure) {
   EXPECT_EQ(decode(QMI_IDL_REQUEST, 0x12, 13, 520), QMI_INVALID_PARAM_ERR);
   EXPECT_EQ(decode(static_cast<qmi_idl_type_of_message_type>(3), kUtils, 13, 520),
             QMI_INVALID_PARAM_ERR);
-  qmi_client_release(client);
 }
 
 INSTANTIATE_TEST_SUITE_P(Over, Indications, every_transport(), kind_name);

@@ -3,14 +3,10 @@
 #include <gmock/gmock.h>
 
 #include "tests/unit/platform/client_support.h"
-#include "tests/unit/platform/log_lines.h"
 
 namespace client_test {
 namespace {
 
-using qmi_idl::WireType;
-using qmi_transport::Peer;
-using qmi_transport::Server;
 using testing::ElementsAre;
 using testing::IsEmpty;
 
@@ -18,7 +14,7 @@ constexpr char kBoundVariable[] = "QOREXT_INDICATION_QUEUE";
 constexpr size_t kDefaultBound = 64 << 20;
 constexpr size_t kMinBound = 128 << 10;
 
-// A callback that lets through as many indications as the test allows, or any number.
+// A callback that returns for as many indications as the test allows, or for any number.
 struct Turnstile {
   Seen seen;
   std::atomic<size_t> entered = 0;
@@ -29,9 +25,7 @@ struct Turnstile {
     ++self.entered;
     self.wait();
     auto* bytes = static_cast<const uint8_t*>(buffer);
-    auto number = codec_test::get(Bytes(bytes, bytes + length), 3, 4);
-    std::lock_guard lock(self.seen.mutex);
-    self.seen.numbers.push_back(static_cast<uint32_t>(number));
+    self.seen.add(static_cast<uint32_t>(codec_test::get(Bytes(bytes, bytes + length), 3, 4)));
   }
   void let_one_through() {
     change([this] { ++allowed_; });
@@ -72,7 +66,7 @@ Bytes indication_of(uint32_t number, size_t size) {
   return packet_of(WireType::indication, 0, 0x7FFF, tlvs);
 }
 
-// What the line about a burst says.
+// The numbers in the log line about a burst.
 struct Report {
   size_t dropped = 0;
   size_t queued = 0;
@@ -89,29 +83,25 @@ Report parse(const std::string& line) {
   return report;
 }
 
-class Overflow : public testing::TestWithParam<TransportKind> {
+class Overflow : public ModemAndClient, public testing::TestWithParam<TransportKind> {
  protected:
-  Overflow() : place_(GetParam()), modem_(place_.endpoint(), answer, {.queue = 2 * kDefaultBound}) {
-    modem_.publish(qorext().id, vendor_instance());
-    take_log_lines();
-  }
+  Overflow() : ModemAndClient(GetParam(), {.queue = 2 * kDefaultBound}) {}
   ~Overflow() override {
     turnstile_.open();
-    if (client_ != nullptr) qmi_client_release(client_);
+    if (client_ != nullptr) release();  // before the turnstile is destroyed
   }
 
   void open(const std::optional<std::string>& bound) {
     std::optional<ScopedEnv> variable;
     if (bound) variable.emplace(kBoundVariable, *bound);
-    client_ = open_client(Turnstile::callback, &turnstile_);
+    ModemAndClient::open(Turnstile::callback, &turnstile_);
     expect_requests_are_served();
   }
 
-  // All that was sent before has been read then.
+  // The client has read everything that was sent before the response.
   void expect_requests_are_served() {
-    Band band{};
-    EXPECT_EQ(read_band(client_, ++requests_, band), QMI_NO_ERR);
-    EXPECT_EQ(band.band, requests_);
+    ++requests_;
+    EXPECT_EQ(read_band(client_, requests_), success(requests_));
   }
 
   void indicate(size_t count, size_t size = kSize) {
@@ -122,7 +112,7 @@ class Overflow : public testing::TestWithParam<TransportKind> {
     expect_requests_are_served();
   }
 
-  // More than the queue takes, after one that is with the callback.
+  // Sends more than the queue holds, after one that is in the callback.
   void overflow() {
     size_t entered = turnstile_.entered;
     indicate(1);
@@ -131,7 +121,7 @@ class Overflow : public testing::TestWithParam<TransportKind> {
     EXPECT_THAT(take_log_lines(), IsEmpty());
   }
 
-  // Lets one callback return. A burst that ends with the next packet taken is reported by then.
+  // Lets one callback return and waits for the next, by which time an ended burst is logged.
   void let_one_return() {
     size_t entered = turnstile_.entered;
     turnstile_.let_one_through();
@@ -144,7 +134,7 @@ class Overflow : public testing::TestWithParam<TransportKind> {
         << turnstile_.seen.count() << " of " << sent_ << " without " << dropped;
   }
 
-  // The one burst that has been reported since the last call.
+  // The one burst that has been logged since the last call.
   Report next_report() {
     auto lines = next_lines();
     EXPECT_THAT(lines, testing::SizeIs(1));
@@ -162,10 +152,7 @@ class Overflow : public testing::TestWithParam<TransportKind> {
   static constexpr size_t kSize = 500;
   static constexpr size_t kBound = 256 << 10;
 
-  ModemPlace place_;
-  ScriptedModem modem_;
   Turnstile turnstile_;
-  qmi_client_type client_ = nullptr;
   uint32_t sent_ = 0;
   uint32_t requests_ = 0;
 };
@@ -207,7 +194,7 @@ TEST_P(Overflow, EndsWhenHalfOfTheQueueHasBeenCalledBack) {
   EXPECT_NEAR(static_cast<double>(returned), 2.0 * static_cast<double>(quarter),
               0.2 * static_cast<double>(quarter));
 
-  // From here on they are taken again, and the gap is in one place.
+  // Indications are queued again from here, and the gap is in one place.
   size_t dropped = parse(lines[0]).dropped;
   uint32_t next = sent_;
   indicate(10);
@@ -217,7 +204,7 @@ TEST_P(Overflow, EndsWhenHalfOfTheQueueHasBeenCalledBack) {
   EXPECT_THAT(take_log_lines(), IsEmpty());
 }
 
-TEST_P(Overflow, IsReportedOnceForEachBurst) {
+TEST_P(Overflow, IsLoggedOnceForEachBurst) {
   open(std::to_string(kBound));
   size_t dropped = 0;
   for (int burst = 0; burst < 3; ++burst) {
@@ -230,7 +217,7 @@ TEST_P(Overflow, IsReportedOnceForEachBurst) {
   EXPECT_THAT(take_log_lines(), IsEmpty());
 }
 
-TEST_P(Overflow, IsReportedByTheReleaseWhenNothingElseEndsIt) {
+TEST_P(Overflow, IsLoggedByTheReleaseWhenNothingElseEndsIt) {
   open(std::to_string(kBound));
   overflow();
   std::thread releaser([this] { EXPECT_EQ(qmi_client_release(client_), QMI_NO_ERR); });
@@ -263,7 +250,7 @@ TEST_P(DefaultBound, Is64MiB) {
   expect_64_mib();
 }
 
-TEST_P(DefaultBound, IsTakenInPlaceOfOneThatMakesNoSense) {
+TEST_P(DefaultBound, ReplacesAnInvalidOne) {
   open("64M");
   EXPECT_THAT(take_log_lines(),
               ElementsAre("qmi_cci: QOREXT_INDICATION_QUEUE: 64M is not a number of bytes from "
@@ -271,17 +258,17 @@ TEST_P(DefaultBound, IsTakenInPlaceOfOneThatMakesNoSense) {
   expect_64_mib();
 }
 
-TEST_P(Overflow, KnowsBoundsFrom128KiBOn) {
+TEST_P(Overflow, AcceptsBoundsFrom128KiB) {
   for (const char* bound : {"", "0", "-1", "1e6", "131071", " 131072", "99999999999999999999"}) {
     open(bound);
     EXPECT_THAT(take_log_lines(), testing::SizeIs(1)) << bound;
-    qmi_client_release(client_);
+    release();
   }
   open(std::to_string(kMinBound));
   EXPECT_THAT(take_log_lines(), IsEmpty());
 }
 
-TEST_P(Overflow, IsNoneForTheLargestIndicationsWithTheLeastBound) {
+TEST_P(Overflow, DoesNotAffectTheLargestIndicationsAtTheSmallestBound) {
   open(std::to_string(kMinBound));
   turnstile_.open();
   size_t largest = GetParam() == TransportKind::qrtr ? 65535 : qmi_transport::kMaxPacketSize;

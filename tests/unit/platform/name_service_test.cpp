@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// Services that come and go, over every transport.
+// Announcements of services that come up and go away, over every transport.
 #include <gmock/gmock.h>
 
 #include "tests/unit/platform/transport_support.h"
@@ -7,9 +7,17 @@
 namespace transport_test {
 namespace {
 
-class NameService : public Transport {};
+class NameService : public Transport {
+ protected:
+  // The next announcement; fails the test when there is none.
+  static Announcement next(qmi_transport::ServiceWatch& names) {
+    auto announcement = next_announcement(names);
+    EXPECT_TRUE(announcement);
+    return announcement.value_or(Announcement{});
+  }
+};
 
-TEST_P(NameService, TellsOfTheServicesThatAreThere) {
+TEST_P(NameService, ListsTheServicesThatArePresent) {
   ScriptedModem modem(endpoint());
   modem.publish(kService, kInstance);
   modem.publish(kService, kSecond);
@@ -21,42 +29,35 @@ TEST_P(NameService, TellsOfTheServicesThatAreThere) {
   EXPECT_THAT(instances, testing::UnorderedElementsAre(kInstance, kSecond));
 }
 
-TEST_P(NameService, TellsTheEndOfAnEmptyList) {
+TEST_P(NameService, ReportsTheEndOfAnEmptyList) {
   ScriptedModem modem(endpoint());
-  auto names = watch();
-  ASSERT_NE(names, nullptr);
-  auto announcement = next_announcement(*names);
-  ASSERT_TRUE(announcement);
-  EXPECT_EQ(announcement->kind, Announcement::Kind::end_of_list);
+  EXPECT_EQ(next(*watch()).kind, Announcement::Kind::end_of_list);
 }
 
-TEST_P(NameService, TellsOfServicesThatComeAndGo) {
+TEST_P(NameService, AnnouncesServicesThatComeUpAndGoAway) {
   ScriptedModem modem(endpoint());
   auto names = watch();
-  ASSERT_TRUE(next_announcement(*names));
+  next(*names);
   modem.publish(kService, kInstance);
-  auto came = next_announcement(*names);
-  ASSERT_TRUE(came);
-  EXPECT_EQ(came->kind, Announcement::Kind::appeared);
-  EXPECT_EQ(came->server.instance, kInstance);
+  Announcement appeared = next(*names);
+  EXPECT_EQ(appeared.kind, Announcement::Kind::appeared);
+  EXPECT_EQ(appeared.server.instance, kInstance);
   modem.withdraw(kService);
-  auto went = next_announcement(*names);
-  ASSERT_TRUE(went);
-  EXPECT_EQ(went->kind, Announcement::Kind::gone);
-  EXPECT_EQ(went->server, came->server);
+  Announcement gone = next(*names);
+  EXPECT_EQ(gone.kind, Announcement::Kind::gone);
+  EXPECT_EQ(gone.server, appeared.server);
 }
 
 TEST_P(NameService, KeepsServicesAndVersionsApart) {
   ScriptedModem modem(endpoint());
   auto names = watch();
-  ASSERT_TRUE(next_announcement(*names));
+  next(*names);
   modem.publish(kOtherService, kInstance);
   modem.publish(kService, 2);
   modem.publish(kService, kSecond);
-  auto came = next_announcement(*names);
-  ASSERT_TRUE(came);
-  EXPECT_EQ(came->server.service, kService);
-  EXPECT_EQ(came->server.instance, kSecond);
+  Announcement appeared = next(*names);
+  EXPECT_EQ(appeared.server.service, kService);
+  EXPECT_EQ(appeared.server.instance, kSecond);
   EXPECT_EQ(present(kService, 2).size(), 1u);
   EXPECT_EQ(present(kService, 3).size(), 0u);
   EXPECT_EQ(present(kOtherService).size(), 1u);
@@ -79,27 +80,25 @@ TEST_P(NameService, WithdrawsOneInstanceWithItsClients) {
   auto& second_server = servers[0].instance == kSecond ? servers[0] : servers[1];
   auto second = qmi_transport::open_channel(endpoint(), second_server);
   auto names = watch();
-  while (next_announcement(*names)->kind != Announcement::Kind::end_of_list) {
+  while (next(*names).kind != Announcement::Kind::end_of_list) {
   }
 
   modem.run([](Server& server) { server.withdraw_instance(kService, kSecond); });
-  auto went = next_announcement(*names);
-  ASSERT_TRUE(went);
-  EXPECT_EQ(went->kind, Announcement::Kind::gone);
-  EXPECT_EQ(went->server, second_server);
+  Announcement gone = next(*names);
+  EXPECT_EQ(gone.kind, Announcement::Kind::gone);
+  EXPECT_EQ(gone.server, second_server);
   EXPECT_EQ(receive(*second).first, Status::gone);
-  EXPECT_EQ(send(*first, {1}), Status::ok);
-  EXPECT_EQ(receive(*first), Answer(Status::ok, {1}));
+  expect_echo(*first, {1});
   ASSERT_EQ(present().size(), 1u);
   EXPECT_EQ(present()[0].instance, kInstance);
 }
 
-TEST_P(NameService, HasNoServicesAfterTheServersEnd) {
+TEST_P(NameService, HasNoServicesAfterTheEndOfTheServer) {
   auto modem = std::make_unique<ScriptedModem>(endpoint());
   modem->publish(kService, kInstance);
   auto names = watch();
-  ASSERT_TRUE(next_announcement(*names));
-  ASSERT_TRUE(next_announcement(*names));
+  next(*names);
+  next(*names);
   modem.reset();
   auto last = next_announcement(*names);
   EXPECT_TRUE(!last || last->kind == Announcement::Kind::gone);

@@ -18,17 +18,23 @@ TEST(PhonePath, IsThePathItselfWithoutARoot) {
   EXPECT_EQ(phone_path(path), path);
 }
 
-TEST(PhonePath, IsThePathItselfWithAnEmptyRoot) {
-  ScopedEnv root("QOREXT_PHONE_ROOT", "");
-  EXPECT_STREQ(phone_path("/data/vorn"), "/data/vorn");
+TEST(PhonePath, BeginsWithTheRoot) {
+  const struct {
+    const char* root;
+    const char* path;
+    const char* result;
+  } kCases[] = {
+      {"", "/data/vorn", "/data/vorn"},
+      {"/tmp/phone", "/data/vorn", "/tmp/phone/data/vorn"},
+      {"/tmp", "", ""},
+  };
+  for (const auto& [root, path, result] : kCases) {
+    ScopedEnv env("QOREXT_PHONE_ROOT", root);
+    EXPECT_STREQ(phone_path(path), result);
+  }
 }
 
-TEST(PhonePath, HasTheRootInFront) {
-  ScopedEnv root("QOREXT_PHONE_ROOT", "/tmp/phone");
-  EXPECT_STREQ(phone_path("/data/vorn"), "/tmp/phone/data/vorn");
-}
-
-TEST(PhonePath, ServesTwoPathsAtATime) {
+TEST(PhonePath, IsValidForTwoPathsAtATime) {
   ScopedEnv root("QOREXT_PHONE_ROOT", "/r");
   const char* first = phone_path("/a");
   const char* second = phone_path("/b");
@@ -36,12 +42,7 @@ TEST(PhonePath, ServesTwoPathsAtATime) {
   EXPECT_STREQ(second, "/r/b");
 }
 
-TEST(PhonePath, LeavesAnEmptyPathEmpty) {
-  ScopedEnv root("QOREXT_PHONE_ROOT", "/tmp");
-  EXPECT_STREQ(phone_path(""), "");
-}
-
-TEST(PhonePath, RefusesAPathThatWouldBecomeTooLong) {
+TEST(PhonePath, IsRefusedBySystemCallsWhenItIsTooLong) {
   ScopedEnv root("QOREXT_PHONE_ROOT", "/r");
   std::string fits = "/" + std::string(PATH_MAX - 4, 'a');
   std::string too_long = fits + "a";
@@ -50,13 +51,13 @@ TEST(PhonePath, RefusesAPathThatWouldBecomeTooLong) {
   EXPECT_EQ(errno, ENAMETOOLONG);
 }
 
-TEST(PhonePath, NeverTakesTheWorkstationsOwnFileForThePhones) {
+TEST(PhonePath, NeverNamesTheWorkstationsOwnFile) {
   ScopedEnv root("QOREXT_PHONE_ROOT", ("/" + std::string(PATH_MAX, 'r')).c_str());
   EXPECT_EQ(access(phone_path("/proc/self/stat"), F_OK), -1);
   EXPECT_EQ(errno, ENAMETOOLONG);
 }
 
-TEST(PhonePath, IsKeptApartForEachThread) {
+TEST(PhonePath, IsSeparateForEachThread) {
   ScopedEnv root("QOREXT_PHONE_ROOT", "/r");
   const char* mine = phone_path("/mine");
   std::thread([] {

@@ -1,13 +1,43 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "tests/unit/platform/scripted_modem.h"
 
+#include <linux/qrtr.h>
 #include <poll.h>
+#include <sys/socket.h>
+#include <unistd.h>
 
 #include <future>
 
 namespace test_support {
+namespace {
 
 using qmi_transport::ServerEvent;
+
+bool kernel_has_qrtr() {
+  int fd = socket(AF_QIPCRTR, SOCK_DGRAM, 0);
+  if (fd >= 0) close(fd);
+  return fd >= 0;
+}
+
+std::string text_of(const qmi_transport::Endpoint& endpoint) {
+  return endpoint.kind == TransportKind::qrtr ? "qrtr" : "unix:" + endpoint.path;
+}
+
+size_t entry_count(const char* folder) {
+  auto entries = std::filesystem::directory_iterator(folder);
+  return static_cast<size_t>(std::distance(begin(entries), end(entries)));
+}
+
+}  // namespace
+
+ModemPlace::ModemPlace(TransportKind kind) : endpoint_{kind, {}} {
+  bool is_qrtr = kind == TransportKind::qrtr;
+  if (!is_qrtr) endpoint_.path = socket_path();
+  if (is_qrtr && !kernel_has_qrtr()) emulation_.emplace("QRTR_EMULATION", folder_.path());
+  modem_.emplace("QOREXT_MODEM", text_of(endpoint_));
+}
+
+Resources own_resources() { return {entry_count("/proc/self/fd"), entry_count("/proc/self/task")}; }
 
 ScriptedModem::ScriptedModem(const qmi_transport::Endpoint& endpoint, Handler handler,
                              const qmi_transport::ServerLimits& limits)

@@ -9,20 +9,30 @@ constexpr size_t kLarge = 60000;
 
 class SlowPeer : public Transport {
  protected:
-  // A channel that the modem knows, and which has nothing to read.
+  // A channel that the modem knows and that has nothing to read.
   std::unique_ptr<Channel> known_client() const {
     auto channel = open();
-    EXPECT_EQ(send(*channel, {1}), Status::ok);
-    EXPECT_EQ(receive(*channel), Answer(Status::ok, {1}));
+    expect_echo(*channel, {1});
     return channel;
+  }
+
+  // Starts an echoing modem with the service.
+  ScriptedModem& start_modem(const qmi_transport::ServerLimits& limits = {}) {
+    modem_.emplace(endpoint(), echo, limits);
+    modem_->publish(kService, kInstance);
+    return *modem_;
   }
 
   static bool is_answered(Channel& channel) {
     return send(channel, {2}) == Status::ok && receive(channel, 5s) == Answer(Status::ok, {2});
   }
+
+ private:
+  std::optional<ScriptedModem> modem_;
 };
 
-// Sends packets to the first client until `count` are sent or one cannot be; the last status.
+// Sends `count` packets to the first client. Stops at one that cannot be sent; returns the last
+// status.
 Status send_many(Server& server, size_t count) {
   Peer peer = server.peers(kService).at(0);
   Status status = Status::ok;
@@ -32,9 +42,8 @@ Status send_many(Server& server, size_t count) {
   return status;
 }
 
-TEST_P(SlowPeer, LosesNothingAndDoesNotHoldUpTheServer) {
-  ScriptedModem modem(endpoint(), echo);
-  modem.publish(kService, kInstance);
+TEST_P(SlowPeer, LosesNothingAndDoesNotBlockTheServer) {
+  ScriptedModem& modem = start_modem();
   auto channel = known_client();
   constexpr size_t kPackets = 500;  // 30 MB, more than any socket takes
   modem.run([](Server& server) { EXPECT_EQ(send_many(server, kPackets), Status::ok); });
@@ -50,10 +59,9 @@ TEST_P(SlowPeer, LosesNothingAndDoesNotHoldUpTheServer) {
   EXPECT_TRUE(is_answered(*channel));
 }
 
-TEST_P(SlowPeer, IsDroppedWithMoreBytesWaitingThanTheLimit) {
-  ScriptedModem modem(endpoint(), echo, {.queue = 10 * kLarge});
-  modem.publish(kService, kInstance);
-  auto deaf = known_client();
+TEST_P(SlowPeer, IsDroppedWhenMoreBytesWaitThanTheLimit) {
+  ScriptedModem& modem = start_modem({.queue = 10 * kLarge});
+  auto stalled = known_client();
   modem.run([](Server& server) {
     EXPECT_EQ(send_many(server, 1000), Status::gone);
     EXPECT_TRUE(server.peers(kService).empty());
@@ -65,10 +73,9 @@ TEST_P(SlowPeer, IsDroppedWithMoreBytesWaitingThanTheLimit) {
   EXPECT_TRUE(is_answered(*other));
 }
 
-TEST_P(SlowPeer, IsDroppedWhenItTakesNothingForLong) {
-  ScriptedModem modem(endpoint(), echo, {.stuck_after = 300ms});
-  modem.publish(kService, kInstance);
-  auto deaf = known_client();
+TEST_P(SlowPeer, IsDroppedWhenItReadsNothingForTooLong) {
+  ScriptedModem& modem = start_modem({.stuck_after = 300ms});
+  auto stalled = known_client();
   auto start = std::chrono::steady_clock::now();
   modem.run([](Server& server) { EXPECT_EQ(send_many(server, 100), Status::ok); });
   EXPECT_TRUE(eventually([&] { return modem.peers_dropped() == 1; }));
@@ -76,9 +83,8 @@ TEST_P(SlowPeer, IsDroppedWhenItTakesNothingForLong) {
   modem.run([](Server& server) { EXPECT_TRUE(server.peers(kService).empty()); });
 }
 
-TEST_P(SlowPeer, HasNoRoomUntilItHasReadWhatWaits) {
-  ScriptedModem modem(endpoint(), echo);
-  modem.publish(kService, kInstance);
+TEST_P(SlowPeer, HasNoRoomUntilItHasReadWhatWasSent) {
+  ScriptedModem& modem = start_modem();
   modem.run([](Server& server) { EXPECT_FALSE(server.has_room(kService)); });
   auto channel = known_client();
   auto has_room = [&modem] {
@@ -95,10 +101,9 @@ TEST_P(SlowPeer, HasNoRoomUntilItHasReadWhatWaits) {
   EXPECT_TRUE(eventually(has_room));
 }
 
-TEST_P(SlowPeer, IsWaitedForByTheOthersNoLongerThanItReads) {
-  ScriptedModem modem(endpoint(), echo);
-  modem.publish(kService, kInstance);
-  auto deaf = known_client();
+TEST_P(SlowPeer, DoesNotDelayTheOthersAfterItHasStoppedReading) {
+  ScriptedModem& modem = start_modem();
+  auto stalled = known_client();
   auto other = known_client();
   bool has_room = true;
   modem.run([&](Server& server) {
@@ -114,9 +119,8 @@ TEST_P(SlowPeer, IsWaitedForByTheOthersNoLongerThanItReads) {
       5s));
 }
 
-TEST_P(SlowPeer, GivesUpSendingToAServerThatDoesNotRead) {
-  ScriptedModem modem(endpoint());
-  modem.publish(kService, kInstance);
+TEST_P(SlowPeer, StopsSendingToAServerThatDoesNotRead) {
+  ScriptedModem& modem = start_modem();
   auto channel = open();
   modem.hold([&] {
     Bytes packet(60000);

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// A transport with a modem on it, for tests of what holds whatever is behind the interface.
+// Fixtures for tests of the transports.
 #pragma once
 
 #include <poll.h>
@@ -15,6 +15,7 @@ using qmi_transport::Announcement;
 using qmi_transport::Channel;
 using qmi_transport::in;
 using qmi_transport::Peer;
+using qmi_transport::ScopedFd;
 using qmi_transport::Server;
 using qmi_transport::ServerAddress;
 using qmi_transport::Status;
@@ -26,8 +27,17 @@ constexpr uint32_t kVersion = 1;
 constexpr uint32_t kInstance = 1;        // instance number 0 of version 1
 constexpr uint32_t kSecond = 0x100 | 1;  // instance number 1 of version 1
 
-class Transport : public testing::TestWithParam<TransportKind> {
+inline void echo(Server& server, const Request& request) {
+  server.send(request.peer, request.packet);
+}
+
+using Answer = std::pair<Status, Bytes>;
+
+// Clients of the modem at one endpoint.
+class Clients {
  protected:
+  explicit Clients(TransportKind kind) : place_(kind) {}
+
   const qmi_transport::Endpoint& endpoint() const { return place_.endpoint(); }
 
   std::unique_ptr<qmi_transport::ServiceWatch> watch(uint32_t service = kService,
@@ -35,10 +45,9 @@ class Transport : public testing::TestWithParam<TransportKind> {
     return qmi_transport::watch_service(endpoint(), service, version);
   }
 
-  // The next announcement; nothing when none comes in time or the name service has gone.
-  static std::optional<Announcement> next_announcement(
-      qmi_transport::ServiceWatch& watch, std::chrono::milliseconds patience = kPatience) {
-    auto deadline = in(patience);
+  // The next announcement, or nullopt when none comes in time or the name service has gone away.
+  static std::optional<Announcement> next_announcement(qmi_transport::ServiceWatch& watch) {
+    auto deadline = in(kTimeout);
     Announcement announcement{};
     while (wait_for(watch.fd(), POLLIN, deadline)) {
       Status status = watch.next(announcement);
@@ -60,16 +69,16 @@ class Transport : public testing::TestWithParam<TransportKind> {
     return servers;
   }
 
+  // A channel to the first instance of the service, or null when there is none.
   std::unique_ptr<Channel> open(uint32_t service = kService) const {
     auto servers = present(service);
     return servers.empty() ? nullptr : qmi_transport::open_channel(endpoint(), servers[0]);
   }
 
-  // The next packet or the end; `nothing` when none comes in time.
-  static std::pair<Status, Bytes> receive(Channel& channel,
-                                          std::chrono::milliseconds patience = kPatience) {
+  // The next packet or the end of the channel. `nothing` when none comes in time.
+  static Answer receive(Channel& channel, std::chrono::milliseconds timeout = kTimeout) {
     Bytes buffer(qmi_transport::kMaxPacketSize);
-    auto deadline = in(patience);
+    auto deadline = in(timeout);
     while (wait_for(channel.fd(), POLLIN, deadline)) {
       auto received = channel.receive(buffer);
       if (received.status == Status::nothing) continue;
@@ -80,20 +89,21 @@ class Transport : public testing::TestWithParam<TransportKind> {
   }
 
   static Status send(Channel& channel, const Bytes& packet) {
-    return channel.send(packet, in(kPatience));
+    return channel.send(packet, in(kTimeout));
   }
 
-  size_t largest_packet() const {
-    return GetParam() == TransportKind::qrtr ? 65535 : qmi_transport::kMaxPacketSize;
+  // Sends a packet to an echoing modem and expects it back.
+  static void expect_echo(Channel& channel, const Bytes& packet) {
+    ASSERT_EQ(send(channel, packet), Status::ok);
+    EXPECT_EQ(receive(channel), Answer(Status::ok, packet));
   }
 
-  ModemPlace place_{GetParam()};
+  ModemPlace place_;
 };
 
-inline void echo(Server& server, const Request& request) {
-  server.send(request.peer, request.packet);
-}
-
-using Answer = std::pair<Status, Bytes>;
+class Transport : public Clients, public testing::TestWithParam<TransportKind> {
+ protected:
+  Transport() : Clients(GetParam()) {}
+};
 
 }  // namespace transport_test

@@ -1,169 +1,176 @@
 // SPDX-License-Identifier: Apache-2.0
-// The Unix socket's own rules: its file, and connections that do not behave.
+// The rules of the Unix socket: its file, and connections that violate the protocol.
 #include <gmock/gmock.h>
-#include <poll.h>
 #include <sys/socket.h>
 #include <sys/stat.h>
 
 #include "platform/linux/qmi_transport/control.h"
 #include "platform/linux/qmi_transport/unix_socket.h"
-#include "platform/linux/qmi_transport/wait.h"
-#include "tests/unit/platform/scripted_modem.h"
+#include "tests/unit/platform/transport_support.h"
 
+namespace transport_test {
 namespace {
 
-using namespace test_support;
-using namespace qmi_transport;
+using qmi_transport::decode_control;
+using qmi_transport::encode_control;
+using qmi_transport::endpoint_from_environment;
+using qmi_transport::kControlSize;
+using qmi_transport::kMaxPacketSize;
+using qmi_transport::parse_endpoint;
+using qmi_transport::serve;
+using qmi_transport::unix_address;
+using qmi_transport::unix_receive;
+using qmi_transport::unix_send;
+using qmi_transport::unix_socket;
 
-constexpr uint32_t kService = 0xE7;
-constexpr uint32_t kInstance = 1;
-
-class UnixServer : public testing::Test {
+class UnixServer : public Clients, public testing::Test {
  protected:
-  ScopedFd connection() const { return unix_connect(place_.socket_path()); }
+  UnixServer() : Clients(TransportKind::unix_socket) {}
+
+  const std::string path_ = place_.socket_path();
+
+  ScopedFd connection() const { return qmi_transport::unix_connect(path_); }
+
+  // A socket that is bound to the path but does not listen.
+  ScopedFd bound_socket() const {
+    ScopedFd socket = unix_socket();
+    auto address = unix_address(path_);
+    EXPECT_EQ(bind(socket.get(), reinterpret_cast<sockaddr*>(&*address), sizeof(*address)), 0);
+    return socket;
+  }
 
   // A connection whose first packet is this.
-  ScopedFd greeted_with(std::span<const uint8_t> packet) const {
+  ScopedFd connection_with(std::span<const uint8_t> packet) const {
     ScopedFd socket = connection();
-    EXPECT_EQ(unix_send(socket.get(), packet, in(kPatience)), Status::ok);
+    EXPECT_EQ(unix_send(socket.get(), packet, in(kTimeout)), Status::ok);
     return socket;
   }
 
   static Status read(const ScopedFd& socket) {
     Bytes buffer(kMaxPacketSize);
-    EXPECT_TRUE(wait_for(socket.get(), POLLIN, in(kPatience)));
+    EXPECT_TRUE(wait_for(socket.get(), POLLIN, in(kTimeout)));
     return unix_receive(socket.get(), buffer).status;
   }
 
   bool is_serving() const {
-    auto names = watch_service(place_.endpoint(), kService, 1);
-    Announcement announcement{};
-    return names != nullptr && wait_for(names->fd(), POLLIN, in(kPatience)) &&
-           names->next(announcement) == Status::ok;
+    auto names = watch();
+    return names != nullptr && next_announcement(*names);
   }
-
-  ModemPlace place_{TransportKind::unix_socket};
 };
 
-TEST_F(UnixServer, TakesThePlaceOfADeadOne) {
-  {
-    ScopedFd dead = unix_socket();
-    auto address = unix_address(place_.socket_path());
-    ASSERT_EQ(bind(dead.get(), reinterpret_cast<sockaddr*>(&*address), sizeof(*address)), 0);
-  }
-  ASSERT_TRUE(std::filesystem::exists(place_.socket_path()));
-  EXPECT_NE(serve(place_.endpoint()), nullptr);
+TEST_F(UnixServer, ReplacesOneThatHasEnded) {
+  bound_socket();
+  ASSERT_TRUE(std::filesystem::exists(path_));
+  EXPECT_NE(serve(endpoint()), nullptr);
 }
 
-TEST_F(UnixServer, DoesNotTakeThePlaceOfALivingOne) {
-  ScriptedModem modem(place_.endpoint());
+TEST_F(UnixServer, DoesNotReplaceOneThatIsRunning) {
+  ScriptedModem modem(endpoint());
   errno = 0;
-  EXPECT_EQ(serve(place_.endpoint()), nullptr);
+  EXPECT_EQ(serve(endpoint()), nullptr);
   EXPECT_EQ(errno, EADDRINUSE);
   EXPECT_TRUE(is_serving());
 }
 
-TEST_F(UnixServer, DoesNotTakeThePlaceOfAFile) {
-  std::ofstream(place_.socket_path()) << "content";
-  EXPECT_EQ(serve(place_.endpoint()), nullptr);
-  EXPECT_EQ(content_of(place_.socket_path()), "content");
+TEST_F(UnixServer, DoesNotReplaceAFile) {
+  std::ofstream(path_) << "content";
+  EXPECT_EQ(serve(endpoint()), nullptr);
+  EXPECT_EQ(content_of(path_), "content");
 }
 
-TEST_F(UnixServer, RemovesItsFileAtItsEnd) {
-  auto server = serve(place_.endpoint());
-  EXPECT_TRUE(std::filesystem::exists(place_.socket_path()));
+TEST_F(UnixServer, RemovesItsFileWhenItEnds) {
+  auto server = serve(endpoint());
+  EXPECT_TRUE(std::filesystem::exists(path_));
   server.reset();
-  EXPECT_FALSE(std::filesystem::exists(place_.socket_path()));
+  EXPECT_FALSE(std::filesystem::exists(path_));
 }
 
-TEST_F(UnixServer, LeavesAFileThatHasReplacedItsOwn) {
-  auto server = serve(place_.endpoint());
-  std::filesystem::remove(place_.socket_path());
-  std::ofstream(place_.socket_path()) << "content";
+TEST_F(UnixServer, DoesNotRemoveAFileThatHasReplacedItsOwn) {
+  auto server = serve(endpoint());
+  std::filesystem::remove(path_);
+  std::ofstream(path_) << "content";
   server.reset();
-  EXPECT_EQ(content_of(place_.socket_path()), "content");
+  EXPECT_EQ(content_of(path_), "content");
 }
 
 TEST_F(UnixServer, NeedsAPathThatFitsASocketAddress) {
-  Endpoint far{Endpoint::Kind::unix_socket, "/tmp/" + std::string(200, 'x')};
+  qmi_transport::Endpoint far{TransportKind::unix_socket, "/tmp/" + std::string(200, 'x')};
   errno = 0;
   EXPECT_EQ(serve(far), nullptr);
   EXPECT_EQ(errno, ENAMETOOLONG);
-  EXPECT_EQ(watch_service(far, kService, 1), nullptr);
-  EXPECT_EQ(open_channel(far, {}), nullptr);
+  EXPECT_EQ(qmi_transport::watch_service(far, kService, 1), nullptr);
+  EXPECT_EQ(qmi_transport::open_channel(far, {}), nullptr);
 }
 
-TEST_F(UnixServer, IsNotThereBeforeItIsServed) {
+TEST_F(UnixServer, CannotBeReachedBeforeItIsServed) {
   errno = 0;
-  EXPECT_EQ(watch_service(place_.endpoint(), kService, 1), nullptr);
+  EXPECT_EQ(watch(), nullptr);
   EXPECT_EQ(errno, ENOENT);
 }
 
-TEST_F(UnixServer, ClosesAConnectionThatBeginsWithGarbage) {
-  ScriptedModem modem(place_.endpoint());
+TEST_F(UnixServer, ClosesAConnectionWhoseFirstPacketIsInvalid) {
+  ScriptedModem modem(endpoint());
   for (size_t size : std::vector<size_t>{1, 7, 19, 20, 21, 500, 65542}) {
-    ScopedFd socket = greeted_with(Bytes(size, 0x55));
+    ScopedFd socket = connection_with(Bytes(size, 0x55));
     EXPECT_EQ(read(socket), Status::gone) << size;
   }
   EXPECT_TRUE(is_serving());
 }
 
-TEST_F(UnixServer, ClosesAConnectionThatBeginsWithAnEmptyPacket) {
-  ScriptedModem modem(place_.endpoint());
-  EXPECT_EQ(read(greeted_with({})), Status::gone);
+TEST_F(UnixServer, ClosesAConnectionWhoseFirstPacketIsEmpty) {
+  ScriptedModem modem(endpoint());
+  EXPECT_EQ(read(connection_with({})), Status::gone);
   EXPECT_TRUE(is_serving());
 }
 
-TEST_F(UnixServer, ClosesAConnectionThatSendsMoreThanAPacket) {
-  ScriptedModem modem(place_.endpoint());
-  EXPECT_EQ(read(greeted_with(Bytes(kMaxPacketSize + 1))), Status::gone);
+TEST_F(UnixServer, ClosesAConnectionWhoseFirstPacketIsTooLong) {
+  ScriptedModem modem(endpoint());
+  EXPECT_EQ(read(connection_with(Bytes(kMaxPacketSize + 1))), Status::gone);
   EXPECT_TRUE(is_serving());
 }
 
-TEST_F(UnixServer, ClosesALookupThatSaysMore) {
-  ScriptedModem modem(place_.endpoint());
-  ScopedFd socket = greeted_with(encode_control({QRTR_TYPE_NEW_LOOKUP, {.service = kService}}));
+TEST_F(UnixServer, ClosesALookupThatSendsASecondPacket) {
+  ScriptedModem modem(endpoint());
+  ScopedFd socket = connection_with(encode_control({QRTR_TYPE_NEW_LOOKUP, {.service = kService}}));
   EXPECT_EQ(read(socket), Status::ok);
-  unix_send(socket.get(), Bytes(7), in(kPatience));
+  unix_send(socket.get(), Bytes(7), in(kTimeout));
   EXPECT_EQ(read(socket), Status::gone);
   EXPECT_TRUE(is_serving());
 }
 
-TEST_F(UnixServer, TellsNobodyOfAConnectionThatNeverSpoke) {
-  ScriptedModem modem(place_.endpoint());
+TEST_F(UnixServer, DoesNotReportAConnectionThatSentNothing) {
+  ScriptedModem modem(endpoint());
   modem.publish(kService, kInstance);
   connection();
   EXPECT_TRUE(is_serving());
   EXPECT_EQ(modem.peers_gone(), 0u);
 }
 
-TEST_F(UnixServer, OutlivesAFloodOfConnections) {
-  ScriptedModem modem(place_.endpoint());
+TEST_F(UnixServer, SurvivesAFloodOfConnections) {
+  ScriptedModem modem(endpoint());
   std::vector<ScopedFd> flood;
   for (int i = 0; i < 400; ++i) flood.push_back(connection());
   flood.clear();
   EXPECT_TRUE(eventually([&] { return is_serving(); }));
 }
 
-TEST_F(UnixServer, WelcomesAClientWithItsOwnWords) {
-  ScriptedModem modem(place_.endpoint());
+TEST_F(UnixServer, ConfirmsAClientWithItsOwnPacket) {
+  ScriptedModem modem(endpoint());
   modem.publish(kService, kInstance);
   auto hello = encode_control({QRTR_TYPE_HELLO, {.node = 1, .port = 1}});
-  ScopedFd socket = greeted_with(hello);
-  ASSERT_TRUE(wait_for(socket.get(), POLLIN, in(kPatience)));
+  ScopedFd socket = connection_with(hello);
+  ASSERT_TRUE(wait_for(socket.get(), POLLIN, in(kTimeout)));
   std::array<uint8_t, kControlSize> answer{};
   EXPECT_EQ(unix_receive(socket.get(), answer).size, kControlSize);
   EXPECT_EQ(answer, hello);
 }
 
-TEST_F(UnixServer, IsLeftAloneByAClientThatCannotConnect) {
-  ScopedFd listener = unix_socket();
-  auto address = unix_address(place_.socket_path());
-  ASSERT_EQ(bind(listener.get(), reinterpret_cast<sockaddr*>(&*address), sizeof(*address)), 0);
-  EXPECT_EQ(open_channel(place_.endpoint(), {kService, kInstance, 1, 1}), nullptr);
+TEST_F(UnixServer, CannotBeReachedUnlessItListens) {
+  ScopedFd socket = bound_socket();
+  EXPECT_EQ(qmi_transport::open_channel(endpoint(), {kService, kInstance, 1, 1}), nullptr);
 }
 
-TEST(ControlPacket, IsThatOfTheQrtrNameService) {
+TEST(ControlPacket, HasTheLayoutOfTheQrtrNameService) {
   auto bytes = encode_control({QRTR_TYPE_NEW_SERVER, {0xE7, 0x101, 1, 0x4001}});
   const std::array<uint8_t, 20> expected = {4, 0, 0, 0, 0xE7, 0, 0, 0,    1, 1,
                                             0, 0, 1, 0, 0,    0, 1, 0x40, 0, 0};
@@ -174,13 +181,13 @@ TEST(ControlPacket, IsThatOfTheQrtrNameService) {
   EXPECT_EQ(control->server, (ServerAddress{0xE7, 0x101, 1, 0x4001}));
 }
 
-TEST(ControlPacket, HasItsOneSize) {
+TEST(ControlPacket, IsRefusedWithAnotherSize) {
   EXPECT_FALSE(decode_control(Bytes(19)));
   EXPECT_FALSE(decode_control(Bytes(21)));
   EXPECT_TRUE(decode_control(Bytes(20)));
 }
 
-TEST(Endpoint, IsReadFromItsText) {
+TEST(Endpoint, IsParsed) {
   auto path = parse_endpoint("unix:/run/modem");
   ASSERT_TRUE(path);
   EXPECT_EQ(path->kind, TransportKind::unix_socket);
@@ -189,7 +196,7 @@ TEST(Endpoint, IsReadFromItsText) {
   EXPECT_EQ(parse_endpoint("qrtr")->kind, TransportKind::qrtr);
 }
 
-TEST(Endpoint, IsNotReadFromOtherTexts) {
+TEST(Endpoint, IsNotParsedFromOtherStrings) {
   for (const char* text : {"", "unix:", "unix", "QRTR", "qrtr:", "tcp:1", "/run/modem"}) {
     EXPECT_FALSE(parse_endpoint(text)) << text;
   }
@@ -203,3 +210,4 @@ TEST(Endpoint, HasADefault) {
 }
 
 }  // namespace
+}  // namespace transport_test
