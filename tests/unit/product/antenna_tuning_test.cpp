@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "src/features/features.h"
-#include "tests/unit/product/feature_phone.h"
+#include "tests/unit/product/serving_phone.h"
 
 namespace {
 
@@ -26,7 +26,7 @@ Lines succeeded(int payload_length, const Bytes& response, const Bytes& data) {
          answered(data);
 }
 
-class AntennaTuning : public FeaturePhone {};
+class AntennaTuning : public ServingPhone {};
 
 TEST_F(AntennaTuning, SettingIsSentAndTheAnswerRelayed) {
   Bytes response = tuner_message(3, from_hex("AABBCC DD"));
@@ -49,8 +49,6 @@ TEST_F(AntennaTuning, ZerosInSettingAndAnswerAreBytesLikeOthers) {
 // The text "no NULL found at the end of string" therefore never shows.
 TEST_F(AntennaTuning, SettingKeepsItsLastByteWithoutAWarning) {
   for (uint32_t length : {1u, 2u, 23u, 24u}) {
-    exchanges.clear();
-    trace.clear();
     ask(Request::generic(kTuning, Bytes(length, 0xFF)));
     EXPECT_EQ(trace, succeeded(static_cast<int>(length), Bytes(32), {}));
     EXPECT_EQ(sent().request, tuner_message(length, Bytes(length, 0xFF)));
@@ -59,8 +57,6 @@ TEST_F(AntennaTuning, SettingKeepsItsLastByteWithoutAWarning) {
 
 TEST_F(AntennaTuning, SettingIsCutTo24Bytes) {
   for (uint32_t length : {25u, 28u, 30u, 4000u}) {
-    exchanges.clear();
-    trace.clear();
     ask(Request::generic(kTuning, Bytes(length, 0xFF)));
     EXPECT_EQ(trace, succeeded(static_cast<int>(length), Bytes(32), {}));
     EXPECT_EQ(sent().request, tuner_message(24, Bytes(24, 0xFF)));
@@ -83,7 +79,6 @@ TEST_F(AntennaTuning, AnswerCarriesAsMuchAsTheModemGave) {
   for (uint32_t length : {0u, 1u, 27u, 28u}) {
     Bytes response = tuner_message(length, numbered(28));
     answer(QMI_TUNER_REQ_V01, response);
-    trace.clear();
     ask(Request::generic(kTuning));
     EXPECT_EQ(trace, succeeded(0, response, numbered(length)));
   }
@@ -93,7 +88,6 @@ TEST_F(AntennaTuning, AnswerIsCutTo28Bytes) {
   for (uint32_t length : {29u, 32u, 0x7FFFFFFFu, 0xFFFFFFFFu}) {
     Bytes response = tuner_message(length, numbered(28));
     answer(QMI_TUNER_REQ_V01, response);
-    trace.clear();
     ask(Request::generic(kTuning));
     EXPECT_EQ(trace, succeeded(0, response, numbered(28)));
   }

@@ -26,7 +26,6 @@ TEST_F(CarrierHandler, IdsWithoutARowAreDeclined) {
                                0xFFFFFFFF, 0x01000007, 0x030000B0};
   for (uint32_t id = 0x0200000B; id <= 0x02000010; ++id) ids.push_back(id);
   for (uint32_t id : ids) {
-    trace.clear();
     EXPECT_EQ(offer(Request::cdma(id, Bytes(4))), 0xFFFFFFFF) << std::hex << id;
     EXPECT_THAT(trace, ElementsAre("log: qorext_hook_sprint_handler: ENTER ",
                                    "log: qorext_hook_sprint_handler: Unexpected MSG ID: " +
@@ -37,7 +36,6 @@ TEST_F(CarrierHandler, IdsWithoutARowAreDeclined) {
 
 TEST_F(CarrierHandler, EmptySettingIsRefusedWithoutAReplyAfterItsFirstLine) {
   for (uint32_t id : {0x020000B1u, 0x020000B3u, 0x020000B4u, 0x020000B5u}) {
-    trace.clear();
     EXPECT_EQ(offer(Request::cdma(id)), 0xFFFFFFFF);
     EXPECT_THAT(trace,
                 ElementsAre("log: qorext_hook_sprint_handler: ENTER ",
@@ -49,7 +47,6 @@ TEST_F(CarrierHandler, EmptySettingIsRefusedWithoutAReplyAfterItsFirstLine) {
 
 TEST_F(CarrierHandler, EmptyProtectedRequestIsRefusedWithoutAReplyBeforeItsFirstLine) {
   for (uint32_t id : {0x02000002u, 0x02000004u}) {
-    trace.clear();
     EXPECT_EQ(offer(Request::cdma(id)), 0xFFFFFFFF);
     EXPECT_THAT(trace, ElementsAre("log: qorext_hook_sprint_handler: ENTER "));
   }
@@ -59,8 +56,7 @@ TEST_F(CarrierHandler, EmptyProtectedRequestIsRefusedWithoutAReplyBeforeItsFirst
 TEST_F(CarrierHandler, RefusedRequestGetsOnlyTheStatusSixReply) {
   for (uint32_t id :
        {0x020000B1u, 0x020000B3u, 0x020000B4u, 0x020000B5u, 0x02000002u, 0x02000004u}) {
-    trace.clear();
-    dispatch(Request::cdma(id));
+    ask_cdma(Request::cdma(id));
     EXPECT_THAT(replies(), ElementsAre(reply(id, 6)));
   }
 }
@@ -84,10 +80,10 @@ TEST_F(CarrierHandler, ReadReplyForFourBytesHasLength24AndIs44BytesLong) {
 TEST_F(CarrierHandler, ReadReplyIsCutToWhatTheModemCanHaveSent) {
   answer(8, read_answer(1, 1024, numbered(512)));
   offer(Request::cdma(0x02000016, kAddress));
-  offer(Request::cdma(0x020000BE));
   EXPECT_THAT(replies(),
-              ElementsAre(reply(0x02000016, 0, kAddress + le32(512) + numbered(512) + Bytes(4)),
-                          reply(0x020000BE, 0, numbered(512))));
+              ElementsAre(reply(0x02000016, 0, kAddress + le32(512) + numbered(512) + Bytes(4))));
+  offer(Request::cdma(0x020000BE));
+  EXPECT_THAT(replies(), ElementsAre(reply(0x020000BE, 0, numbered(512))));
 }
 
 TEST_F(CarrierHandler, ObsoleteRequestGetsTwentyBytes) {
@@ -180,7 +176,6 @@ class CarrierApns : public CarrierPhone {
     Bytes list = Bytes(8) + Bytes{low, high} + Bytes(6);
     for (uint8_t i = 1; i <= kEntries; ++i) list = list + entry(i);
     answer(0x106, list);
-    trace.clear();
     offer(Request::cdma(0x020000C1));
     return replies().at(0);
   }
@@ -207,6 +202,78 @@ TEST_F(CarrierApns, RecordsNeedAHighByteAndACount) {
 
 TEST_F(CarrierApns, CountBeyondTheListFillsAllEightRecords) {
   EXPECT_EQ(apns(200, 1), list_of(200, kEntries));
+}
+
+const std::string kSend = "log: qorext_hook_sprint_send_response: ";
+
+class CarrierReplies : public CarrierPhone {
+ protected:
+  // Twenty bytes, of which the length field says `length`.
+  static Bytes header(uint32_t length) {
+    return le32(0x020000C0) + le32(length) + le32(5) + text("SECRET") + Bytes{0xA1, 0xA2};
+  }
+};
+
+TEST_F(CarrierReplies, WithoutDataTheTwentyHeaderBytesGoOutAsTheyStand) {
+  EXPECT_EQ(qorext_hook_sprint_send_response(header(0).data(), nullptr), 1u);
+  EXPECT_THAT(trace, ElementsAre(kSend + "ENTER FUNCTION 33554624 ",
+                                 kSend + "SEND RESPONSE TO APP LAYER Message ID 33554624 ",
+                                 kSend + "SEND RESPONSE TO APP LAYER Length 0 ",
+                                 kSend + "HEADER ID 33554624 ", "reply: " + hex(header(0))));
+}
+
+TEST_F(CarrierReplies, DataLiesFrom18OverTheHeadersLastTwoBytesAndTwoZerosFollow) {
+  Bytes data = numbered(5);
+  EXPECT_EQ(qorext_hook_sprint_send_response(header(5).data(), data.data()), 1u);
+  Bytes expected = header(5);
+  expected.resize(18);
+  EXPECT_THAT(trace, ElementsAre(kSend + "ENTER FUNCTION 33554624 ",
+                                 kSend + "SEND RESPONSE TO APP LAYER Message ID 33554624 ",
+                                 kSend + "SEND RESPONSE TO APP LAYER Length 5 ",
+                                 kSend + "BYTE ARRAY NOT NULL ", kSend + "HEADER ID 33554624 ",
+                                 "reply: " + hex(expected + data + Bytes(2))));
+}
+
+TEST_F(CarrierReplies, OneByteOfDataIsFollowedByTwoZeros) {
+  uint8_t data = 0x77;
+  qorext_hook_sprint_send_response(header(1).data(), &data);
+  Bytes expected = header(1);
+  expected.resize(18);
+  EXPECT_THAT(replies(), ElementsAre(hex(expected + Bytes{0x77, 0, 0})));
+}
+
+TEST_F(CarrierReplies, DataOfNoBytesIsNotCopied) {
+  uint8_t data = 0x77;
+  qorext_hook_sprint_send_response(header(0).data(), &data);
+  EXPECT_THAT(replies(), ElementsAre(hex(header(0))));
+}
+
+TEST_F(CarrierReplies, LengthWithoutDataLeavesZerosBehindTheHeader) {
+  qorext_hook_sprint_send_response(header(5).data(), nullptr);
+  EXPECT_THAT(replies(), ElementsAre(hex(header(5) + Bytes(5))));
+}
+
+TEST_F(CarrierReplies, NullHeaderIsNotSent) {
+  uint8_t data = 0x77;
+  EXPECT_EQ(qorext_hook_sprint_send_response(nullptr, &data), 0u);
+  EXPECT_THAT(replies(), IsEmpty());
+}
+
+TEST_F(CarrierReplies, WithoutMemoryNothingIsSent) {
+  allocations_left = 0;
+  EXPECT_EQ(qorext_hook_sprint_send_response(header(0).data(), nullptr), 0u);
+  EXPECT_THAT(trace, ElementsAre(kSend + "ENTER FUNCTION 33554624 "));
+}
+
+TEST_F(CarrierReplies, FailedWriteIsNotLookedAt) {
+  write_errnos = {EBADF};
+  EXPECT_EQ(qorext_hook_sprint_send_response(header(0).data(), nullptr), 1u);
+}
+
+TEST(CarrierStatus, OnlyAModemStatusOfFiveIsTold) {
+  EXPECT_EQ(status_from_modem(0), 0u);
+  EXPECT_EQ(status_from_modem(5), 2u);
+  for (uint32_t other : {1u, 2u, 3u, 4u, 6u, 0xFFFFFFFFu}) EXPECT_EQ(status_from_modem(other), 5u);
 }
 
 }  // namespace

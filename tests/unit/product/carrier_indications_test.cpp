@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "src/carrier_modem/carrier_indications.h"
 
-#include "tests/unit/product/feature_phone.h"
+#include "tests/unit/product/serving_phone.h"
 
 using testing::ElementsAre;
 using testing::IsEmpty;
@@ -20,7 +20,7 @@ const Bytes kLteErrorStructure =
     le32(0x11223344) + from_hex("55 EEEEEE") + le32(0x66778899) + kText + from_hex("EE");
 const Bytes kLteErrorData = from_hex("44332211 55 99887766") + kText;
 
-class CarrierIndications : public FeaturePhone {
+class CarrierIndications : public ServingPhone {
  protected:
   int offer(unsigned int id) {
     return qor_qmi_sprint_hook_ind_cb(vendor_client(), id, encoded.data(),

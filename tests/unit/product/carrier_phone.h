@@ -2,28 +2,10 @@
 // A phone with its modem clients open, for tests of what the carrier asks for.
 #pragma once
 
-#include <concepts>
 #include <set>
 
 #include "src/carrier/carrier_handler.h"
-#include "src/carrier_modem/carrier_clients.h"
-#include "src/host/base/parent.h"
-#include "src/host/host.h"
-#include "src/vendor/vendor_client.h"
-#include "tests/unit/product/fake_phone.h"
-#include "tests/unit/product/requests.h"
-
-// The row of a table of cases, which its test is named by.
-struct NamedRow {
-  const char* name;
-};
-
-template <std::derived_from<NamedRow> Row>
-void PrintTo(const Row& row, std::ostream* out) {
-  *out << row.name;
-}
-
-inline constexpr auto kNameOfRow = [](const auto& row) { return std::string(row.param.name); };
+#include "tests/unit/product/serving_phone.h"
 
 // A line that ends in a number.
 inline Lines numbered_line(const std::string& text, uint32_t number, const char* end = " ") {
@@ -33,13 +15,9 @@ inline Lines numbered_line(const std::string& text, uint32_t number, const char*
 // The modem's refusal in a message whose result word is zero for success.
 inline const Bytes kRefusal = le32(1) + le32(16);
 
-class CarrierPhone : public FakePhone {
+class CarrierPhone : public ServingPhone {
  protected:
   CarrierPhone() {
-    set_parent_pipes(kReplyFd, kUnsolicitedFd);
-    qmi_qorext_sprint_client_init();
-    qmi_qorext_hook_client_init(handleUnsolMsg);
-    trace.clear();
     modem = [this, by_message = modem](const Exchange& exchange, std::span<uint8_t> response) {
       Bytes item = answer_of_item(exchange);
       if (item.empty()) return by_message(exchange, response);
@@ -53,11 +31,10 @@ class CarrierPhone : public FakePhone {
   std::set<uint32_t> unreadable;
   std::set<uint32_t> unwritable;
 
-  static uint32_t offer(Request request) {
+  uint32_t offer(Request request) {
+    forget();
     return qorext_hook_sprint_handler(request.data(), 0xFFFFFFFF);
   }
-
-  static void dispatch(Request request) { dispatch_cdma(request.data(), cdma_id(request.data())); }
 
   // The items written, in order.
   struct Write {

@@ -193,7 +193,7 @@ TEST_P(CarrierRows, IsAnswered) {
 }
 
 TEST_P(CarrierRows, IsAnsweredTwiceOnlyWhereMeant) {
-  dispatch(request_of(GetParam()));
+  ask_cdma(request_of(GetParam()));
   if (GetParam().is_answered_twice()) {
     EXPECT_THAT(replies(), ElementsAre(expected(), reply(GetParam().id, 6)));
   } else {
@@ -226,7 +226,7 @@ class CarrierRowsAlone : public CarrierRows {};
 
 TEST_P(CarrierRowsAlone, GetStatusSixWithoutMemory) {
   allocations_left = 0;
-  dispatch(request_of(GetParam()));
+  ask_cdma(request_of(GetParam()));
   EXPECT_THAT(replies(), ElementsAre(reply(GetParam().id, 6)));
 }
 
@@ -242,7 +242,7 @@ class CarrierFallback : public CarrierPhone {
       if (exchanges.size() == 2) allocations_left = -1;
       return by_item(exchange, response);
     };
-    dispatch(std::move(request));
+    ask_cdma(std::move(request));
     EXPECT_EQ(replies().size(), 1u);
     return replies().empty() ? "" : replies()[0];
   }

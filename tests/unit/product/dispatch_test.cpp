@@ -1,33 +1,19 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "src/host/host.h"
 
-#include "src/carrier_modem/carrier_clients.h"
-#include "src/host/base/parent.h"
-#include "src/vendor/vendor_client.h"
-#include "tests/unit/product/fake_phone.h"
-#include "tests/unit/product/requests.h"
+#include "tests/unit/product/serving_phone.h"
 
 using testing::ElementsAre;
 using testing::IsEmpty;
 
 namespace {
 
-class Dispatch : public FakePhone {
+class Dispatch : public ServingPhone {
  protected:
-  Dispatch() {
-    set_parent_pipes(kReplyFd, kUnsolicitedFd);
-    qmi_qorext_sprint_client_init();
-    qmi_qorext_hook_client_init(handleUnsolMsg);
-    trace.clear();
-  }
-
-  void cdma(uint32_t id, const Bytes& payload = {}) {
-    dispatch_cdma(Request::cdma(id, payload).data(), id);
-  }
+  void cdma(uint32_t id, const Bytes& payload = {}) { ask_cdma(Request::cdma(id, payload)); }
 
   // The RDE id that a request of this id asks the modem for.
   uint32_t rde_id_of(uint32_t id, unsigned int message) {
-    exchanges.clear();
     cdma(id, Bytes(4));
     EXPECT_EQ(exchanges.size(), 1u) << std::hex << id;
     if (exchanges.size() != 1) return 0;
@@ -38,7 +24,6 @@ class Dispatch : public FakePhone {
   // The same for a request that the carrier serves: it reaches the fallback when the carrier has no
   // memory for its reply.
   uint32_t fallback_rde_id_of(uint32_t id, unsigned int message, const Bytes& payload = Bytes(4)) {
-    exchanges.clear();
     allocations_left = 0;
     cdma(id, payload);
     allocations_left = -1;
@@ -50,8 +35,7 @@ class Dispatch : public FakePhone {
 };
 
 TEST_F(Dispatch, UnknownGenericIdGetsTheErrorReply) {
-  Request request = Request::generic(0x50506);
-  dispatch_generic(request.data(), 0x50506);
+  ask(Request::generic(0x50506));
   EXPECT_THAT(trace, ElementsAre("log: 0x60505 not supported", "reply: 01050506FFFFFFFF"));
 }
 
@@ -117,9 +101,11 @@ TEST_F(Dispatch, NullCdmaRequestCountsAsServed) {
 
 TEST_F(Dispatch, FailedWriteOfARefusalIsLogged) {
   write_errnos = {EBADF};
+  const std::string kFailed = "log: Write to parent failed 9";
   cdma(0x0200000B);
-  dispatch_generic(Request::generic(0x50506).data(), 0x50506);
-  EXPECT_THAT(logs(), testing::Contains("Write to parent failed 9").Times(2));
+  EXPECT_EQ(trace.back(), kFailed);
+  ask(Request::generic(0x50506));
+  EXPECT_EQ(trace.back(), kFailed);
 }
 
 }  // namespace

@@ -26,7 +26,6 @@ class Engineering : public CarrierPhone {
 
   // The data of the reply to this text.
   Bytes data_of(uint32_t id, size_t size) {
-    trace.clear();
     EXPECT_EQ(offer(Request::cdma(id)), 0u);
     Bytes frame = from_hex(replies().at(0));
     EXPECT_EQ(hex({frame.data(), 18}),

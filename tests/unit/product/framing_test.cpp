@@ -5,8 +5,7 @@
 
 #include "src/host/base/bytes.h"
 #include "src/host/base/parent.h"
-#include "tests/unit/product/fake_phone.h"
-#include "tests/unit/product/requests.h"
+#include "tests/unit/product/serving_phone.h"
 
 using testing::ElementsAre;
 using testing::IsEmpty;

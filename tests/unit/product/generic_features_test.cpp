@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // What the generic-hook features have in common: a row of the dispatch table, one exchange with the
 // modem, one reply. What is peculiar to each has a test file of its own.
-#include "tests/unit/product/feature_phone.h"
+#include "tests/unit/product/serving_phone.h"
 
 using testing::Contains;
 using testing::ElementsAre;
@@ -49,7 +49,7 @@ const Feature kFeatures[] = {
 // The one feature whose reply has no header.
 bool has_header(const Feature& feature) { return feature.id != 0x60001; }
 
-class GenericFeatures : public FeaturePhone, public testing::WithParamInterface<Feature> {
+class GenericFeatures : public ServingPhone, public testing::WithParamInterface<Feature> {
  protected:
   static std::string frame(const Bytes& data) {
     return has_header(GetParam()) ? generic_answer(GetParam().id, data) : hex(data);
@@ -76,7 +76,6 @@ TEST_P(GenericFeatures, RequestThatCannotBeSentIsAnsweredWithStatusFive) {
   for (int rc : {-1, -3, 1}) {
     fail_send(GetParam().message, rc);
     answer(GetParam().message, Bytes(GetParam().response_length, 0x01));
-    trace.clear();
     ask(Request::generic(GetParam().id, kPayload));
     EXPECT_THAT(replies(), ElementsAre(frame(failure))) << rc;
   }
@@ -97,7 +96,6 @@ TEST_P(GenericFeatures, ReplyThatCannotBeWrittenIsLost) {
 
 TEST_P(GenericFeatures, ReplyRepeatsTheTypeOfTheRequest) {
   for (uint8_t type : Bytes{0, 2}) {
-    trace.clear();
     ask(Request::generic(GetParam().id, kPayload, type));
     std::string expected = frame(GetParam().data);
     if (has_header(GetParam())) expected.replace(0, 2, hex({{type}}));

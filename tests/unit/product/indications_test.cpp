@@ -4,7 +4,7 @@
 #include <iostream>
 
 #include "src/features/features.h"
-#include "tests/unit/product/feature_phone.h"
+#include "tests/unit/product/serving_phone.h"
 
 using testing::ElementsAre;
 using testing::ExitedWithCode;
@@ -29,7 +29,7 @@ std::string printed(const Lines& lines) {
   return all;
 }
 
-class Indications : public FeaturePhone {
+class Indications : public ServingPhone {
  protected:
   [[noreturn]] static void print_and_exit(const Lines& lines) {
     std::cerr << printed(lines) << std::flush;

@@ -4,7 +4,7 @@
 #include "src/host/base/parent.h"
 #include "src/host/host.h"
 #include "tests/unit/product/capture_phone.h"
-#include "tests/unit/product/requests.h"
+#include "tests/unit/product/serving_phone.h"
 
 using testing::Contains;
 using testing::ElementsAre;

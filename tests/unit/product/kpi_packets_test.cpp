@@ -1,8 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "src/capture/kpi_packets.h"
 
-#include "tests/unit/product/fake_phone.h"
-#include "tests/unit/product/requests.h"
+#include "tests/unit/product/serving_phone.h"
 
 using testing::ElementsAre;
 using testing::IsEmpty;

@@ -80,8 +80,6 @@ class NamWrite : public NamPhone {
 
   uint32_t set_record(const Bytes& record, uint32_t status = 0,
                       const std::string& code = kNamCode) {
-    trace.clear();
-    exchanges.clear();
     uint32_t result = offer(Request::cdma(0x02000002, record).with_code(code));
     EXPECT_THAT(replies(),
                 testing::ElementsAre(own_header_reply(0x02000002, status, code, record)));

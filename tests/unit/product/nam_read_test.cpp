@@ -20,7 +20,6 @@ class NamRead : public NamPhone {
  protected:
   // The data of the get reply.
   std::string get(uint32_t status = 0) {
-    trace.clear();
     offer(Request::cdma(kGetNam).with_code("ABCDEF"));
     std::string frame = replies().at(0);
     EXPECT_EQ(frame.substr(0, 36), hex(le32(kGetNam) + le32(104) + le32(status) + Bytes(6)));

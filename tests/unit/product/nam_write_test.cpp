@@ -207,7 +207,6 @@ TEST_F(NamWrite, EveryRecordThatIsSetIsReadBack) {
 
     Nam expected = nam;
     expected.new_spc.clear();
-    trace.clear();
     offer(Request::cdma(0x02000001));
     ASSERT_THAT(replies(), ElementsAre(reply(0x02000001, 0, expected.record())));
   }

@@ -6,7 +6,7 @@
 
 #include "src/vendor/vendor_client.h"
 #include "tests/unit/product/capture_phone.h"
-#include "tests/unit/product/requests.h"
+#include "tests/unit/product/serving_phone.h"
 
 using testing::ElementsAreArray;
 

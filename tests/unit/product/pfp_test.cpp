@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "src/vendor/handlers.h"
 
-#include "tests/unit/product/feature_phone.h"
+#include "tests/unit/product/serving_phone.h"
 
 using testing::IsEmpty;
 
@@ -16,7 +16,7 @@ Bytes table(uint16_t rat, uint32_t index) {
   return from_hex("EEEE") + le16(rat) + le32(index) + numbered(224);
 }
 
-class Pfp : public FeaturePhone {
+class Pfp : public ServingPhone {
  protected:
   // What a request with this outcome leaves in the trace.
   static Lines outcome(int rc, uint32_t result, uint32_t id, uint32_t status) {

@@ -1,10 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "src/carrier_modem/operations.h"
-#include "src/host/host.h"
 
-#include "src/vendor/vendor_client.h"
-#include "tests/unit/product/fake_phone.h"
-#include "tests/unit/product/requests.h"
+#include "tests/unit/product/serving_phone.h"
 
 using testing::ElementsAre;
 
@@ -14,13 +11,8 @@ Bytes item(uint32_t length, const Bytes& data, uint32_t data_length) {
   return le32(0) + le32(0) + le32(77) + le32(1) + le32(2) + le32(length) + le32(data_length) + data;
 }
 
-class Rde : public FakePhone {
+class Rde : public ServingPhone {
  protected:
-  Rde() {
-    qmi_qorext_hook_client_init(handleUnsolMsg);
-    trace.clear();
-  }
-
   uint32_t read(void* output, uint32_t max_length, uint32_t* length = nullptr) {
     return qor_qmi_sprint_rde_read(41, 1, 2, output, max_length, length);
   }

@@ -7,8 +7,7 @@
 
 #include "src/host/base/parent.h"
 #include "src/vendor/vendor_client.h"
-#include "tests/unit/product/fake_phone.h"
-#include "tests/unit/product/requests.h"
+#include "tests/unit/product/serving_phone.h"
 
 using testing::ElementsAre;
 

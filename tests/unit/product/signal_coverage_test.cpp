@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "src/features/features.h"
-#include "tests/unit/product/feature_phone.h"
+#include "tests/unit/product/serving_phone.h"
 
 using testing::ElementsAre;
 using testing::IsEmpty;
@@ -13,7 +13,7 @@ constexpr unsigned int kCoverageIndication = 0x10C;
 
 const Lines kNotTerminated = {"log: sig_cov warning: no NULL found at the end of string"};
 
-class SignalCoverage : public FeaturePhone {
+class SignalCoverage : public ServingPhone {
  protected:
   // The trace of a request with this mode and claimed length.
   static Lines outcome(uint32_t id, int mode, int length, const Lines& warning = {},
@@ -39,8 +39,6 @@ TEST_F(SignalCoverage, FirstFormHasModeZero) {
 
 TEST_F(SignalCoverage, SecondFormHasItsModeInThePayload) {
   for (uint8_t mode : Bytes{0, 1, 0x7F, 0xFF}) {
-    exchanges.clear();
-    trace.clear();
     ask(Request::generic(kCoverageWithMode, {mode, 'a', 0}));
     EXPECT_EQ(trace, outcome(kCoverageWithMode, mode, 3));
     EXPECT_EQ(sent().request, message({mode, mode, 'a', 0}));
@@ -61,8 +59,6 @@ TEST_F(SignalCoverage, SingleCharacterIsLostWhole) {
 
 TEST_F(SignalCoverage, WithoutPayloadSendsTheModeAlone) {
   for (uint32_t id : {kCoverage, kCoverageWithMode}) {
-    exchanges.clear();
-    trace.clear();
     ask(Request::generic(id));
     EXPECT_EQ(trace, outcome(id, 0, 0));
     EXPECT_EQ(sent().request, message({0}));
@@ -71,8 +67,6 @@ TEST_F(SignalCoverage, WithoutPayloadSendsTheModeAlone) {
 
 TEST_F(SignalCoverage, TakesAtMost255BytesOfText) {
   for (uint32_t length : {254u, 255u, 256u, 300u, 4000u}) {
-    exchanges.clear();
-    trace.clear();
     ask(Request::generic(kCoverage, Bytes(length, 'x')));
     EXPECT_EQ(trace, outcome(kCoverage, 0, static_cast<int>(length), kNotTerminated));
     size_t taken = length < 255 ? length : 255;
@@ -90,8 +84,6 @@ TEST_F(SignalCoverage, EndIsLookedForWhereTheTextIsCut) {
 
 TEST_F(SignalCoverage, LengthBeyondThePayloadFindsZeros) {
   for (uint32_t length : {5u, 255u, 300u, 0xFFFFFFFFu}) {
-    exchanges.clear();
-    trace.clear();
     ask(generic_claiming(length, kCoverage, text("abc")));
     EXPECT_EQ(trace, outcome(kCoverage, 0, static_cast<int>(length)));
     size_t taken = length < 255 ? length : 255;

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "src/features/features.h"
-#include "tests/unit/product/feature_phone.h"
+#include "tests/unit/product/serving_phone.h"
 
 using testing::ElementsAre;
 
@@ -35,7 +35,7 @@ constexpr Forwarded kForwarded[] = {kLogUploadNotice, kWhole[0], kWhole[1],
 constexpr uint32_t kLengths[] = {0, 1, 2, 511, 512};
 constexpr uint32_t kLengthsBeyondTheData[] = {513, 0x7FFFFFFF, 0xFFFFFFFF};
 
-class UtilityIndication : public FeaturePhone {
+class UtilityIndication : public ServingPhone {
  protected:
   void deliver(uint32_t type, uint32_t length, const Bytes& data) {
     decode_to(kUtilityIndication, utility_structure(type, length, data));

@@ -2,8 +2,7 @@
 #include "src/vendor/vendor_client.h"
 #include "src/host/host.h"
 
-#include "tests/unit/product/fake_phone.h"
-#include "tests/unit/product/requests.h"
+#include "tests/unit/product/serving_phone.h"
 
 using testing::Contains;
 using testing::ElementsAre;

@@ -1,9 +1,38 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "tests/unit/product/feature_phone.h"
+// The data PLMN record and the operator name of a PLMN.
+#include "tests/unit/product/serving_phone.h"
 
 using testing::ElementsAre;
 
 namespace {
+
+constexpr uint32_t kDataPlmn = 0x60001;
+constexpr unsigned int QMI_DATA_PLMN_REQ_V01 = 0x16;
+
+class DataPlmn : public ServingPhone {};
+
+TEST_F(DataPlmn, RecordIsAnsweredWithoutAHeader) {
+  Bytes record = numbered(568);
+  answer(QMI_DATA_PLMN_REQ_V01, record);
+  ask(Request::generic(kDataPlmn));
+  EXPECT_EQ(trace,
+            (Lines{"send vendor 0x16", "log: Dumping modem response for QMI_DATA_PLMN_REQ_V01...",
+                   "log: HexDump: Data " + hex(record), "reply: " + hex(record)}));
+}
+
+TEST_F(DataPlmn, NothingOfTheRequestIsUsed) {
+  ask(generic_claiming(0xFFFFFFFF, kDataPlmn, numbered(40)));
+  EXPECT_EQ(sent().request, Bytes(4));
+  EXPECT_EQ(sent().response_length, 568u);
+}
+
+TEST_F(DataPlmn, FailedSendIsAnsweredWithZeros) {
+  fail_send(QMI_DATA_PLMN_REQ_V01, -3);
+  answer(QMI_DATA_PLMN_REQ_V01, numbered(568));
+  ask(Request::generic(kDataPlmn));
+  EXPECT_EQ(trace, (Lines{"send vendor 0x16", "log: Sending QMI_DATA_PLMN_REQ_V01 failed!",
+                          "reply: " + hex(Bytes(568))}));
+}
 
 constexpr uint32_t kOperatorName = 0xA0006;
 constexpr unsigned int GET_PLMN_NAME_REQ_MSG_V01 = 0x44;
@@ -30,12 +59,11 @@ Bytes record(const Answer& a) {
 const Lines kDump = {"log: Dumping modem response for GET_PLMN_NAME_REQ_MSG_V01...",
                      "log: HexDump=buffer overflow"};
 
-class OperatorName : public FeaturePhone {
+class OperatorName : public ServingPhone {
  protected:
   // A request for the name of 310 260, answered so; returns the trace behind the exchange's lines.
   Lines judge(const Answer& given) {
     answer(GET_PLMN_NAME_REQ_MSG_V01, record(given));
-    trace.clear();
     ask(Request::generic(kOperatorName, le16(310) + le16(260)));
     EXPECT_THAT(Lines(trace.begin(), trace.begin() + 4),
                 ElementsAre("log: Received request len = 4, mcc = 310, mnc = 260", "send nas 0x44",
@@ -79,8 +107,6 @@ TEST_F(OperatorName, MccAndMncAreTakenWhateverLengthTheHeaderClaims) {
       {0xFFFFFFFF, "log: Received request len = -1, mcc = 65535, mnc = 32768"},
   };
   for (const auto& row : kRows) {
-    exchanges.clear();
-    trace.clear();
     ask(generic_claiming(row.length, kOperatorName, from_hex("FFFF 0080")));
     EXPECT_EQ(trace.front(), row.line);
     EXPECT_EQ(Bytes(sent().request.begin(), sent().request.begin() + 4), from_hex("FFFF 0080"));

@@ -1,10 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
-// The generic-hook features that are one utility request each: system-information filter, radio
-// state at the end of a call, silent reboot.
+// The features that are one utility request each: system-information filter, radio state at the end
+// of a call, silent reboot, and the request that carries any utility message.
 #include "src/features/features.h"
-#include "tests/unit/product/feature_phone.h"
+#include "tests/unit/product/serving_phone.h"
 
 using testing::ElementsAre;
+using testing::IsEmpty;
 
 namespace {
 
@@ -12,7 +13,7 @@ constexpr uint32_t kSilentReboot = 0x50019;
 constexpr uint32_t kSysInfoFilter = 0x5001E;
 constexpr uint32_t kCallEndRadioState = 0x50505;
 
-class SysInfoFilter : public FeaturePhone {
+class SysInfoFilter : public ServingPhone {
  protected:
   static Lines outcome(int rc, uint8_t status) {
     return {"log: sys_info filter: sending qorext util request", "send vendor 0xf",
@@ -25,8 +26,6 @@ class SysInfoFilter : public FeaturePhone {
 
 TEST_F(SysInfoFilter, PassesTheFirstByteOn) {
   for (uint8_t byte : Bytes{0, 1, 0x7F, 0xFF}) {
-    exchanges.clear();
-    trace.clear();
     ask(Request::generic(kSysInfoFilter, {byte, 0xEE}));
     EXPECT_EQ(trace, outcome(0, 0));
     EXPECT_EQ(sent().request, le32(5) + le32(1) + Bytes{byte} + Bytes(255));
@@ -50,7 +49,7 @@ TEST_F(SysInfoFilter, WithoutPayloadPassesAZeroOn) {
   EXPECT_EQ(sent().request, le32(5) + le32(1) + Bytes(256));
 }
 
-class CallEndRadioState : public FeaturePhone {
+class CallEndRadioState : public ServingPhone {
  protected:
   static Lines outcome(int rc, const Bytes& data) {
     char tail[32];
@@ -74,7 +73,6 @@ TEST_F(CallEndRadioState, PutsAStatusInThePlaceOfTheFirstByte) {
 TEST_F(CallEndRadioState, AlwaysCarriesSeventeenBytes) {
   for (uint32_t length : {0u, 1u, 16u, 18u, 512u, 0xFFFFFFFFu}) {
     answer(kUtilityMessage, utility_response(length, {0xEE, 0xAB}));
-    trace.clear();
     ask(Request::generic(kCallEndRadioState, {1}));
     EXPECT_EQ(trace, outcome(0, from_hex("00 AB") + Bytes(15)) +
                          Lines{"log: get_call_end_radio_state : response, data: "
@@ -89,7 +87,7 @@ TEST_F(CallEndRadioState, AnswersAFailedSendWithFiveAlone) {
   EXPECT_EQ(trace, outcome(-3, {5}));
 }
 
-class SilentReboot : public FeaturePhone {
+class SilentReboot : public ServingPhone {
  protected:
   static Lines asked(int rc) {
     return {"log: Silent reboot: Sending qorext util request", "send vendor 0xf",
@@ -115,7 +113,6 @@ class SilentReboot : public FeaturePhone {
 TEST_F(SilentReboot, RelaysTheModemsAnswer) {
   for (uint32_t length : {1u, 2u, 255u, 511u, 512u}) {
     answer(kUtilityMessage, utility_response(length, numbered(512)));
-    trace.clear();
     ask(Request::generic(kSilentReboot));
     EXPECT_EQ(trace, asked(0) + relayed(numbered(length), static_cast<uint8_t>(length)));
   }
@@ -145,7 +142,6 @@ TEST_F(SilentReboot, AnswersAFailedSendWithFive) {
 TEST_F(SilentReboot, AnswerIsCutToWhatTheModemCanHaveGiven) {
   for (uint32_t length : {513u, 0x7FFFFFFFu, 0xFFFFFFFFu}) {
     answer(kUtilityMessage, utility_response(length, numbered(512)));
-    trace.clear();
     ask(Request::generic(kSilentReboot));
     EXPECT_THAT(replies(), ElementsAre(generic_answer(kSilentReboot, numbered(512)))) << length;
   }
@@ -155,6 +151,134 @@ TEST_F(SilentReboot, AnnouncesItsReplyBeforeThereIsMemoryForIt) {
   allocations_left = 0;
   ask(Request::generic(kSilentReboot));
   EXPECT_EQ(trace, asked(0) + announced(0));
+}
+
+constexpr uint32_t kUtilityRequest = 0x0200001E;
+
+Bytes utility_payload(uint32_t type, uint32_t length, const Bytes& data) {
+  Bytes payload = le32(type) + le32(length) + data;
+  payload.resize(264);
+  return payload;
+}
+
+// What the trace shows behind the modem's part of a request.
+Lines answered(int rc, uint32_t length, const Bytes& data) {
+  std::string size = std::to_string(length);
+  return {"log: UTILS: Sending request result is " + std::to_string(rc), "log: handleUtilsResponse",
+          "log: handleUtilsResponse for id 200001e, dataSize-" + size + ", respSize-" + size,
+          "reply: " + reply(kUtilityRequest, 0, data)};
+}
+
+class UtilityRequest : public ServingPhone {
+ protected:
+  static int serve(const Bytes& payload) {
+    return handleUtilsRequest(Request::cdma(kUtilityRequest, payload).data(), 0);
+  }
+};
+
+TEST_F(UtilityRequest, PayloadIsSentByteForByte) {
+  Bytes payload = utility_payload(0xDEADBEEF, 256, numbered(256));
+  answer(kUtilityMessage, utility_response(3, {7, 8, 9}));
+  EXPECT_EQ(serve(payload), 0);
+  EXPECT_EQ(trace, (Lines{"log: UTILS: req.req_data[0]1, "
+                          "req.req_data[UTILS_REQ_DATA_SIZE_V01-1] 0",
+                          "send vendor 0xf"}) +
+                       answered(0, 3, {7, 8, 9}));
+  EXPECT_EQ(sent().request, payload);
+  EXPECT_EQ(sent().request.size(), 264u);
+  EXPECT_EQ(sent().response_length, 520u);
+  EXPECT_EQ(sent().timeout_ms, 15000u);
+}
+
+TEST_F(UtilityRequest, FirstAndLastDataByteAreLogged) {
+  Bytes data = Bytes{200} + Bytes(254) + Bytes{255};
+  serve(utility_payload(1, 1, data));
+  EXPECT_EQ(trace.front(),
+            "log: UTILS: req.req_data[0]200, req.req_data[UTILS_REQ_DATA_SIZE_V01-1] 255");
+}
+
+TEST_F(UtilityRequest, IsServedByTheFallbackTable) {
+  ask_cdma(Request::cdma(kUtilityRequest, utility_payload(1, 0, {})));
+  EXPECT_EQ(trace, declined_request(kUtilityRequest, answered(-1, 0, {})));
+}
+
+TEST_F(UtilityRequest, WithoutDataIsNotSentAndAnsweredWithSuccess) {
+  answer(kUtilityMessage, utility_response(3, {7, 8, 9}));
+  EXPECT_EQ(serve(utility_payload(5, 0, numbered(256))), -1);
+  EXPECT_EQ(trace, answered(-1, 0, {}));
+  EXPECT_THAT(exchanges, IsEmpty());
+}
+
+TEST_F(UtilityRequest, ThatCannotBeSentIsAnsweredWithoutWhatTheLibraryLeftInTheResponse) {
+  modem = [](const Exchange&, std::span<uint8_t> response) {
+    std::fill(response.begin(), response.end(), uint8_t{1});
+    return -3;
+  };
+  EXPECT_EQ(serve(utility_payload(5, 1, {9})), -3);
+  EXPECT_EQ(trace, (Lines{"log: UTILS: req.req_data[0]9, "
+                          "req.req_data[UTILS_REQ_DATA_SIZE_V01-1] 0",
+                          "send vendor 0xf"}) +
+                       answered(-3, 0, {}));
+}
+
+TEST_F(UtilityRequest, ThatCannotBeSentIsAnsweredWithSuccessAndNoData) {
+  fail_send(kUtilityMessage, -3);
+  EXPECT_EQ(serve(utility_payload(5, 1, {9})), -3);
+  EXPECT_EQ(trace, (Lines{"log: UTILS: req.req_data[0]9, "
+                          "req.req_data[UTILS_REQ_DATA_SIZE_V01-1] 0",
+                          "send vendor 0xf"}) +
+                       answered(-3, 0, {}));
+}
+
+TEST_F(UtilityRequest, ShorterThanItsRecordIsFilledWithZeros) {
+  serve(le32(5) + le32(200) + Bytes{1, 2});
+  EXPECT_EQ(sent().request, utility_payload(5, 200, {1, 2}));
+}
+
+TEST_F(UtilityRequest, LongerThanItsRecordIsCut) {
+  Bytes payload = utility_payload(5, 0xFFFFFFFF, numbered(256));
+  serve(payload + numbered(500));
+  EXPECT_EQ(sent().request, payload);
+}
+
+TEST_F(UtilityRequest, RecordIsTakenWhateverLengthTheHeaderClaims) {
+  Bytes payload = utility_payload(5, 4, numbered(256));
+  for (uint32_t length : {0u, 1u, 0xFFFFFFFFu}) {
+    exchanges.clear();
+    handleUtilsRequest(Request::cdma(kUtilityRequest, payload).claiming(length).data(), 0);
+    EXPECT_EQ(sent().request, payload);
+  }
+}
+
+TEST_F(UtilityRequest, ReplyCarriesAsMuchAsTheModemGave) {
+  for (uint32_t length : {0u, 1u, 511u, 512u}) {
+    answer(kUtilityMessage, utility_response(length, numbered(512)));
+    trace.clear();
+    serve(utility_payload(5, 1, {0}));
+    EXPECT_EQ(Lines(trace.begin() + 2, trace.end()), answered(0, length, numbered(length)));
+  }
+}
+
+TEST_F(UtilityRequest, ReplyIsCutToWhatTheModemCanHaveGiven) {
+  for (uint32_t length : {513u, 0x7FFFFFFFu, 0xFFFFFFFFu}) {
+    answer(kUtilityMessage, utility_response(length, numbered(512)));
+    trace.clear();
+    serve(utility_payload(5, 1, {0}));
+    EXPECT_THAT(replies(), ElementsAre(reply(kUtilityRequest, 0, numbered(512)))) << length;
+  }
+}
+
+TEST_F(UtilityRequest, WithoutMemoryIsNotAnswered) {
+  allocations_left = 0;
+  serve(utility_payload(5, 1, {0}));
+  EXPECT_EQ(exchanges.size(), 1u);
+  EXPECT_THAT(replies(), IsEmpty());
+}
+
+TEST_F(UtilityRequest, ReplyThatCannotBeWrittenIsLost) {
+  write_errnos = {EPIPE};
+  serve(utility_payload(5, 1, {0}));
+  EXPECT_EQ(trace.back(), "log: Write to parent failed 32");
 }
 
 }  // namespace
