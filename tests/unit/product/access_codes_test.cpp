@@ -6,7 +6,7 @@
 using testing::ElementsAre;
 using testing::ElementsAreArray;
 
-namespace {
+namespace access_codes_test {
 
 const std::string kCode = "123456";
 const std::string kNewCode = "654321";
@@ -16,7 +16,7 @@ const uint8_t* bytes_of(const std::string& characters) {
   return reinterpret_cast<const uint8_t*>(characters.data());
 }
 
-// Characters as received are any bytes.
+// Codes and keys may hold any byte.
 const std::string kRawCode(
     "\0"
     "2\0"
@@ -68,7 +68,7 @@ const Lines kSpcLines = {"log: qor_qmi_sprint_write_spc entered ", "send dms 0x5
 const Lines kLockLines = {"send dms 0x3b"};
 
 const char kAkeyNotSent[] = "validate_and_write_akey: qmi_client_send_msg_sync failed (-3).";
-// Two operations share this one.
+// Two operations log this text.
 const char kSpcNotSent[] = "qor_qmi_sprint_write_spc: qmi_client_send_msg_sync (-3).";
 const char kLockMatches[] = " qorext_hook_sprint_verify_subsidy_lock Success ";
 const char kLockRefused[] = " qorext_hook_sprint_verify_subsidy_lock Error = 39";
@@ -95,7 +95,7 @@ const Exchanged kRows[] = {
 
 class AccessCode : public CarrierPhone, public testing::WithParamInterface<Exchanged> {};
 
-TEST_P(AccessCode, IsExchangedAndJudged) {
+TEST_P(AccessCode, IsExchangedAndItsResultIsChecked) {
   const Exchanged& row = GetParam();
   answer(row.message, row.answer);
   fail_send(row.message, row.rc);
@@ -125,4 +125,4 @@ TEST_P(AkeyLength, OtherThan26IsRefusedWithoutAMessage) {
 
 INSTANTIATE_TEST_SUITE_P(Of, AkeyLength, testing::Values(25, 27, 0, -1, 26 + 256));
 
-}  // namespace
+}  // namespace access_codes_test

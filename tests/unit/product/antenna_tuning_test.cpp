@@ -2,12 +2,12 @@
 #include "src/features/features.h"
 #include "tests/unit/product/serving_phone.h"
 
-namespace {
+namespace antenna_tuning_test {
 
 constexpr uint32_t kTuning = 0x5002A;
 constexpr unsigned int QMI_TUNER_REQ_V01 = 0x110;
 
-// The modem's message of either direction.
+// The layout of request and response.
 Bytes tuner_message(uint32_t length, const Bytes& data) {
   return le32(length) + data + Bytes(28 - data.size());
 }
@@ -28,7 +28,7 @@ Lines succeeded(int payload_length, const Bytes& response, const Bytes& data) {
 
 class AntennaTuning : public ServingPhone {};
 
-TEST_F(AntennaTuning, SettingIsSentAndTheAnswerRelayed) {
+TEST_F(AntennaTuning, SettingIsSentAndTheResponseForwarded) {
   Bytes response = tuner_message(3, from_hex("AABBCC DD"));
   answer(QMI_TUNER_REQ_V01, response);
   ask(Request::generic(kTuning, numbered(5)));
@@ -37,7 +37,7 @@ TEST_F(AntennaTuning, SettingIsSentAndTheAnswerRelayed) {
   EXPECT_EQ(sent().response_length, 32u);
 }
 
-TEST_F(AntennaTuning, ZerosInSettingAndAnswerAreBytesLikeOthers) {
+TEST_F(AntennaTuning, ZerosInSettingAndResponseAreKept) {
   Bytes setting = from_hex("00 01 0000 02");
   Bytes response = tuner_message(6, from_hex("00 03 0000 04 00"));
   answer(QMI_TUNER_REQ_V01, response);
@@ -46,7 +46,7 @@ TEST_F(AntennaTuning, ZerosInSettingAndAnswerAreBytesLikeOthers) {
   EXPECT_EQ(sent().request, tuner_message(5, setting));
 }
 
-// The text "no NULL found at the end of string" therefore never shows.
+// The line "no NULL found at the end of string" is therefore never logged.
 TEST_F(AntennaTuning, SettingKeepsItsLastByteWithoutAWarning) {
   for (uint32_t length : {1u, 2u, 23u, 24u}) {
     ask(Request::generic(kTuning, Bytes(length, 0xFF)));
@@ -69,13 +69,13 @@ TEST_F(AntennaTuning, WithoutPayloadSendsNothingButTheLength) {
   EXPECT_EQ(sent().request, Bytes(32));
 }
 
-TEST_F(AntennaTuning, LengthBeyondThePayloadFindsZeros) {
+TEST_F(AntennaTuning, LengthBeyondThePayloadReadsZeros) {
   ask(generic_claiming(0xFFFFFFFF, kTuning, numbered(5)));
   EXPECT_EQ(trace, succeeded(-1, Bytes(32), {}));
   EXPECT_EQ(sent().request, tuner_message(24, numbered(5)));
 }
 
-TEST_F(AntennaTuning, AnswerCarriesAsMuchAsTheModemGave) {
+TEST_F(AntennaTuning, ReplyHasTheLengthOfTheResponse) {
   for (uint32_t length : {0u, 1u, 27u, 28u}) {
     Bytes response = tuner_message(length, numbered(28));
     answer(QMI_TUNER_REQ_V01, response);
@@ -84,7 +84,7 @@ TEST_F(AntennaTuning, AnswerCarriesAsMuchAsTheModemGave) {
   }
 }
 
-TEST_F(AntennaTuning, AnswerIsCutTo28Bytes) {
+TEST_F(AntennaTuning, ReplyIsCutTo28Bytes) {
   for (uint32_t length : {29u, 32u, 0x7FFFFFFFu, 0xFFFFFFFFu}) {
     Bytes response = tuner_message(length, numbered(28));
     answer(QMI_TUNER_REQ_V01, response);
@@ -93,7 +93,7 @@ TEST_F(AntennaTuning, AnswerIsCutTo28Bytes) {
   }
 }
 
-TEST_F(AntennaTuning, FailedSendIsAnsweredWithFive) {
+TEST_F(AntennaTuning, FailedSendGetsStatusFive) {
   fail_send(QMI_TUNER_REQ_V01, -3);
   answer(QMI_TUNER_REQ_V01, tuner_message(28, numbered(28)));
   ask(Request::generic(kTuning, numbered(5)));
@@ -109,4 +109,4 @@ TEST_F(AntennaTuning, HandlerReturnsTheSendsResult) {
   EXPECT_EQ(qorext_hook_set_antenna_tuning(request.data(), 0), -3);
 }
 
-}  // namespace
+}  // namespace antenna_tuning_test

@@ -13,7 +13,7 @@
 
 namespace {
 
-CapturePhone* g_phone = nullptr;
+CapturePhone* g_files = nullptr;
 
 size_t open_descriptors() {
   std::filesystem::directory_iterator entries("/proc/self/fd");
@@ -26,10 +26,10 @@ std::string text_of(const std::filesystem::path& path) {
   return text.str();
 }
 
-// Whether the call is scripted to fail; sets errno.
+// Returns true and sets errno when the call is scripted to fail.
 bool fails(const std::string& call) {
-  auto found = g_phone->failing.find(call);
-  if (found == g_phone->failing.end()) return false;
+  auto found = g_files->failing.find(call);
+  if (found == g_files->failing.end()) return false;
   errno = found->second;
   return true;
 }
@@ -50,11 +50,11 @@ CapturePhone::CapturePhone() : now(time(nullptr)) {
   setenv("TZ", "UTC0", 1);
   umask_before_ = umask(022);
   descriptors_before_ = open_descriptors();
-  g_phone = this;
+  g_files = this;
 }
 
 CapturePhone::~CapturePhone() {
-  g_phone = nullptr;
+  g_files = nullptr;
   umask(umask_before_);
   unsetenv("TZ");
   unsetenv("QOREXT_PHONE_ROOT");
@@ -117,14 +117,14 @@ FileSizeLimit::~FileSizeLimit() { setrlimit(RLIMIT_FSIZE, &before_); }
 
 bool NativeDropBoxWriter::addText(const char* tag, const char* text) {
   phone().trace.push_back(std::string("call addText ") + tag + " " + text);
-  return g_phone == nullptr || g_phone->drop_box_accepts;
+  return g_files == nullptr || g_files->drop_box_accepts;
 }
 
 // System calls, through the linker's --wrap. Without a CapturePhone they are the real ones.
 extern "C" {
 
 time_t __real_time(time_t*);
-time_t __wrap_time(time_t* out) { return g_phone != nullptr ? g_phone->now : __real_time(out); }
+time_t __wrap_time(time_t* out) { return g_files != nullptr ? g_files->now : __real_time(out); }
 
 int __real_open(const char*, int, ...);
 int __wrap_open(const char* path, int flags, ...) {
@@ -132,66 +132,66 @@ int __wrap_open(const char* path, int flags, ...) {
   va_start(arguments, flags);
   mode_t mode = (flags & O_CREAT) != 0 ? va_arg(arguments, mode_t) : 0;
   va_end(arguments);
-  if (g_phone == nullptr) return __real_open(path, flags, mode);
-  std::string name = g_phone->phone_path_of(path);
-  g_phone->opened[name] = flags;
+  if (g_files == nullptr) return __real_open(path, flags, mode);
+  std::string name = g_files->phone_path_of(path);
+  g_files->opened[name] = flags;
   return fails("open " + name) ? -1 : __real_open(path, flags, mode);
 }
 
-// Owners are for root to give away, so this one is not passed on.
+// Only root may change an owner, so the real function is not called.
 int __real_chown(const char*, uid_t, gid_t);
 int __wrap_chown(const char* path, uid_t owner, gid_t group) {
-  if (g_phone == nullptr) return __real_chown(path, owner, group);
-  phone().trace.push_back("call chown " + g_phone->phone_path_of(path) + " " +
+  if (g_files == nullptr) return __real_chown(path, owner, group);
+  phone().trace.push_back("call chown " + g_files->phone_path_of(path) + " " +
                           std::to_string(owner) + " " + std::to_string(group));
   return fails("chown") ? -1 : 0;
 }
 
 int __real_chmod(const char*, mode_t);
 int __wrap_chmod(const char* path, mode_t mode) {
-  if (g_phone == nullptr) return __real_chmod(path, mode);
-  phone().trace.push_back("call chmod " + g_phone->phone_path_of(path) + " " + octal(mode));
+  if (g_files == nullptr) return __real_chmod(path, mode);
+  phone().trace.push_back("call chmod " + g_files->phone_path_of(path) + " " + octal(mode));
   return fails("chmod") ? -1 : __real_chmod(path, mode);
 }
 
 int __real_fsync(int);
 int __wrap_fsync(int fd) {
-  if (g_phone == nullptr) return __real_fsync(fd);
+  if (g_files == nullptr) return __real_fsync(fd);
   auto path = std::filesystem::read_symlink("/proc/self/fd/" + std::to_string(fd));
-  std::string name = g_phone->phone_path_of(path);
+  std::string name = g_files->phone_path_of(path);
   phone().trace.push_back("call fsync " + name);
   return fails("fsync " + name) ? -1 : __real_fsync(fd);
 }
 
 int __real_ftruncate(int, off_t);
 int __wrap_ftruncate(int fd, off_t size) {
-  return g_phone != nullptr && fails("ftruncate") ? -1 : __real_ftruncate(fd, size);
+  return g_files != nullptr && fails("ftruncate") ? -1 : __real_ftruncate(fd, size);
 }
 
 int __real_symlink(const char*, const char*);
 int __wrap_symlink(const char* target, const char* link) {
-  if (g_phone != nullptr && fails("symlink " + g_phone->phone_path_of(link))) return -1;
+  if (g_files != nullptr && fails("symlink " + g_files->phone_path_of(link))) return -1;
   return __real_symlink(target, link);
 }
 
 int __real_rename(const char*, const char*);
 int __wrap_rename(const char* from, const char* to) {
-  if (g_phone == nullptr) return __real_rename(from, to);
-  g_phone->on_rename(g_phone->phone_path_of(to));
+  if (g_files == nullptr) return __real_rename(from, to);
+  g_files->on_rename(g_files->phone_path_of(to));
   return fails("rename") ? -1 : __real_rename(from, to);
 }
 
-// Not passed on: the machine's other disks are none of a test's business.
+// The real function is not called: it would sync every disk of the machine.
 void __real_sync();
 void __wrap_sync() {
-  if (g_phone == nullptr) return __real_sync();
+  if (g_files == nullptr) return __real_sync();
   phone().trace.emplace_back("call sync");
 }
 
 int __real_pthread_create(pthread_t*, const pthread_attr_t*, void* (*)(void*), void*);
 int __wrap_pthread_create(pthread_t* thread, const pthread_attr_t* attributes, void* (*body)(void*),
                           void* argument) {
-  if (g_phone == nullptr) return __real_pthread_create(thread, attributes, body, argument);
+  if (g_files == nullptr) return __real_pthread_create(thread, attributes, body, argument);
   int detach_state = -1;
   if (attributes != nullptr) {
     size_t guard = 0;
@@ -199,7 +199,7 @@ int __wrap_pthread_create(pthread_t* thread, const pthread_attr_t* attributes, v
     EXPECT_GT(guard, 0u) << "attributes are not initialized";
     pthread_attr_getdetachstate(attributes, &detach_state);
   }
-  g_phone->threads.push_back({body, argument, detach_state});
+  g_files->threads.push_back({body, argument, detach_state});
   return 0;
 }
 

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-// The phone's file system, for the tests of what the daemon reads and keeps there: a temporary
-// folder and the clock. System calls work as ever, except where a test makes one fail; those that
-// nobody could see in the files are in the trace. Paths are the phone's.
+// The phone's file system in a temporary folder, and its clock. System calls work as usual unless a
+// test makes one fail; those without effect on files are in the trace. Paths are the phone's.
 #pragma once
 
 #include <sys/resource.h>
@@ -16,36 +15,36 @@ class CapturePhone : public FakePhone {
  protected:
   CapturePhone();
   ~CapturePhone() override;
-  void TearDown() override;  // no descriptor and no mapping may be left behind
+  void TearDown() override;  // checks that all descriptors and mappings are closed
 
  public:
   std::filesystem::path at(const std::string& path) const { return root_ + path; }
-  // The phone's path of a file in the folder, or the path as it is.
+  // The phone's path of a file in the folder; other paths are returned unchanged.
   std::string phone_path_of(const std::string& path) const;
 
   void make_folder(const std::string& path) const;
-  void put(const std::string& path, const std::string& content = "") const;  // with its folders
+  void put(const std::string& path, const std::string& content = "") const;  // creates its folders
   void put_link(const std::string& path, const std::string& target) const;
   std::string content(const std::string& path) const;
   std::string target(const std::string& link) const;  // empty when there is none
   mode_t mode(const std::string& path) const;
-  bool has(const std::string& path) const;  // a dangling link is there too
+  bool has(const std::string& path) const;  // true for a dangling link
 
   // Scripts for "chmod", "chown", "ftruncate", "rename" and, each with a path, "open", "fsync",
   // "symlink": each such call fails with this errno.
   std::map<std::string, int> failing;
   std::function<void(const std::string& to)> on_rename = [](const std::string&) {};  // before it
   bool drop_box_accepts = true;
-  time_t now;  // what time() tells: the moment the test began, unless it says otherwise
+  time_t now;  // the result of time(); the start of the test by default
 
-  std::map<std::string, int> opened;  // flags by path, of the latest open()
+  std::map<std::string, int> opened;  // flags of the latest open() by path
 
   struct Thread {
     void* (*body)(void*);
     void* argument;
     int detach_state;
   };
-  std::vector<Thread> threads;  // asked for; none of them runs by itself
+  std::vector<Thread> threads;  // requested threads; none is started
 
  private:
   std::string root_;
@@ -53,7 +52,7 @@ class CapturePhone : public FakePhone {
   size_t descriptors_before_;
 };
 
-// While it lives, files end at this size: the write that reaches it is short.
+// Limits the size of files during its lifetime: the write that reaches the limit is short.
 class FileSizeLimit {
  public:
   explicit FileSizeLimit(rlim_t size);

@@ -7,13 +7,13 @@ using testing::Contains;
 using testing::ElementsAre;
 using testing::Not;
 
-namespace {
+namespace carrier_clients_test {
 
 const std::string kTry = "qmi_qorext_sprint_client_init_with_type: Try (";
 
 class CarrierClients : public FakePhone {
  protected:
-  // The four lines of the trace that end this attempt.
+  // The last four lines of the trace of this attempt.
   std::vector<std::string> last_of_attempt(int number) const {
     std::string end = "log: " + kTry + std::to_string(number) + ")";
     for (size_t i = 3; i < trace.size(); ++i) {
@@ -54,7 +54,7 @@ TEST_F(CarrierClients, NasThenDmsAreOpened) {
   EXPECT_EQ(indication_callback, nullptr);
 }
 
-TEST_F(CarrierClients, FailedNasLeavesDmsAlone) {
+TEST_F(CarrierClients, DmsIsNotOpenedAfterAFailedNas) {
   init_results = {-5};
   EXPECT_EQ(qmi_qorext_sprint_client_init(), -5);
   EXPECT_THAT(trace, Not(Contains("call notifier_init dms")));
@@ -90,7 +90,7 @@ TEST_F(CarrierClients, FailedNotifierIsNotReleased) {
                   "log: " + kTry + "1): Client init fail. rc = -4\n"));
 }
 
-TEST_F(CarrierClients, ServiceNeverUpGivesUpAfterFiveTimesFiveWaits) {
+TEST_F(CarrierClients, MissingServiceFailsAfterFiveTimesFiveWaits) {
   service_lists = {{-2, 0}};
   EXPECT_EQ(open(kNasService), -2);
   EXPECT_EQ(deadlines.size(), 25u);
@@ -100,7 +100,7 @@ TEST_F(CarrierClients, ServiceNeverUpGivesUpAfterFiveTimesFiveWaits) {
   EXPECT_THAT(entry_counts, ElementsAre(0u, 0u, 0u, 0u, 0u));
 }
 
-TEST_F(CarrierClients, PollingStopsWhenTheServiceIsThere) {
+TEST_F(CarrierClients, PollingStopsWhenTheServiceIsUp) {
   service_lists = {{-2, 0}, {-2, 0}, {0, 1}};
   EXPECT_EQ(open(kNasService), 0);
   EXPECT_EQ(deadlines.size(), 2u);
@@ -151,7 +151,7 @@ TEST_F(CarrierClients, ThirdAttemptMaySucceed) {
   EXPECT_EQ(trace.back(), "call release notifier");
 }
 
-TEST_F(CarrierClients, ListTakesAsManyRecordsAsThereIsRoomFor) {
+TEST_F(CarrierClients, ListIsLimitedToSixteenRecords) {
   service_lists = {{0, 17}};
   open(kNasService);
   EXPECT_THAT(entry_counts, ElementsAre(16u));
@@ -170,7 +170,7 @@ TEST_F(CarrierClients, FailedListAfterGoodPollsEndsTheAttempt) {
   EXPECT_THAT(logs(), Not(Contains("sprint_client_init: NAS")));
 }
 
-TEST_F(CarrierClients, InstancesAreListedWhateverThePollsGave) {
+TEST_F(CarrierClients, InstancesAreListedAlsoAfterFailedPolls) {
   service_lists = {{-2, 3}, {-2, 3}, {-2, 3}, {-2, 3}, {-2, 3}, {0, 3}};
   EXPECT_EQ(open(kNasService), 0);
   EXPECT_EQ(deadlines.size(), 5u);
@@ -206,12 +206,12 @@ TEST_F(CarrierClients, FailedSendIsNotRepeated) {
   }
 }
 
-// Handles are never closed again, so what follows needs a process of its own.
+// Handles are never closed, so each of these tests needs its own process.
 class CarrierHandles : public CarrierClients {
  protected:
   CarrierHandles() { GTEST_FLAG_SET(death_test_style, "threadsafe"); }
 
-  // Opens the clients with these results, sends to both and prints what came of it.
+  // Opens the clients with these results, sends to both and prints the outcome.
   void open_and_send(std::deque<int> results) {
     if (!results.empty()) {
       init_results = results;
@@ -247,4 +247,4 @@ TEST_F(CarrierHandles, FailedDmsLeavesTheNasClientOpen) {
               "send nas 0x24\n" + kDmsRefused + "nas 0 dms -1");
 }
 
-}  // namespace
+}  // namespace carrier_clients_test

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// The carrier's handler: what it declines, what it asks the modem for, and the list of APNs.
+// The carrier's handler: declined requests, messages to the modem, the list of APNs, its replies.
 #include "src/carrier/carrier_handler.h"
 
 #include "tests/unit/product/carrier_phone.h"
@@ -7,7 +7,7 @@
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-namespace {
+namespace carrier_handler_test {
 
 const std::string kCode = "ABCDEF";
 const Bytes kAddress = le32(4711) + le32(1) + le32(2);
@@ -61,7 +61,7 @@ TEST_F(CarrierHandler, RefusedRequestGetsOnlyTheStatusSixReply) {
   }
 }
 
-TEST_F(CarrierHandler, FactoryResetOfAnotherLengthThanOnePasses255) {
+TEST_F(CarrierHandler, FactoryResetWithoutExactlyOneBytePasses255) {
   for (const Bytes& payload : {Bytes{}, Bytes{3, 4}, Bytes{3}}) {
     offer(Request::cdma(0x020000B6, payload));
     uint8_t flag = payload.size() == 1 ? 3 : 255;
@@ -77,7 +77,7 @@ TEST_F(CarrierHandler, ReadReplyForFourBytesHasLength24AndIs44BytesLong) {
   EXPECT_EQ(load_le32(from_hex(replies()[0]).data() + 4), 24u);
 }
 
-TEST_F(CarrierHandler, ReadReplyIsCutToWhatTheModemCanHaveSent) {
+TEST_F(CarrierHandler, ReadReplyIsCutToTheSizeOfTheResponse) {
   answer(8, read_answer(1, 1024, numbered(512)));
   offer(Request::cdma(0x02000016, kAddress));
   EXPECT_THAT(replies(),
@@ -97,7 +97,7 @@ TEST_F(CarrierHandler, FailedWriteOfAReplyStillCountsAsServed) {
   EXPECT_EQ(trace.back(), "log: Write to parent failed 32");
 }
 
-// What the modem is asked, in one exchange, for requests that carry something.
+// The one message that a request sends to the modem.
 struct Asked : NamedRow {
   uint32_t id;
   Bytes payload;
@@ -107,7 +107,7 @@ struct Asked : NamedRow {
 
 class CarrierAsks : public CarrierPhone, public testing::WithParamInterface<Asked> {};
 
-TEST_P(CarrierAsks, WhatTheRequestSays) {
+TEST_P(CarrierAsks, SendsTheMessageOfItsRow) {
   offer(Request::cdma(GetParam().id, GetParam().payload).with_code(kCode));
   ASSERT_EQ(exchanges.size(), 1u);
   EXPECT_EQ(exchanges[0].id, GetParam().message);
@@ -171,7 +171,7 @@ class CarrierApns : public CarrierPhone {
     return Bytes(103, i) + le32(0x01020300U + i) + Bytes{0x0A, 0x0B, 0x0C, i} +
            Bytes(16, static_cast<uint8_t>(0x40 + i));
   }
-  // The reply's data to a list of this count half-word, all of whose entries are filled.
+  // The reply to a list with these bytes of the count and eight filled entries.
   std::string apns(uint8_t low, uint8_t high) {
     Bytes list = Bytes(8) + Bytes{low, high} + Bytes(6);
     for (uint8_t i = 1; i <= kEntries; ++i) list = list + entry(i);
@@ -187,7 +187,7 @@ class CarrierApns : public CarrierPhone {
   }
 };
 
-TEST_F(CarrierApns, AsManyRecordsAsTheCountSaysAreFilled) {
+TEST_F(CarrierApns, CountGivesTheNumberOfFilledRecords) {
   for (uint8_t count = 1; count <= kEntries; ++count) {
     EXPECT_EQ(apns(count, 1), list_of(count, count)) << int{count};
   }
@@ -208,7 +208,7 @@ const std::string kSend = "log: qorext_hook_sprint_send_response: ";
 
 class CarrierReplies : public CarrierPhone {
  protected:
-  // Twenty bytes, of which the length field says `length`.
+  // A header of twenty bytes with this data length.
   static Bytes header(uint32_t length) {
     return le32(0x020000C0) + le32(length) + le32(5) + text("SECRET") + Bytes{0xA1, 0xA2};
   }
@@ -248,7 +248,7 @@ TEST_F(CarrierReplies, DataOfNoBytesIsNotCopied) {
   EXPECT_THAT(replies(), ElementsAre(hex(header(0))));
 }
 
-TEST_F(CarrierReplies, LengthWithoutDataLeavesZerosBehindTheHeader) {
+TEST_F(CarrierReplies, LengthWithoutDataAddsZerosAfterTheHeader) {
   qorext_hook_sprint_send_response(header(5).data(), nullptr);
   EXPECT_THAT(replies(), ElementsAre(hex(header(5) + Bytes(5))));
 }
@@ -265,15 +265,15 @@ TEST_F(CarrierReplies, WithoutMemoryNothingIsSent) {
   EXPECT_THAT(trace, ElementsAre(kSend + "ENTER FUNCTION 33554624 "));
 }
 
-TEST_F(CarrierReplies, FailedWriteIsNotLookedAt) {
+TEST_F(CarrierReplies, FailedWriteDoesNotChangeTheResult) {
   write_errnos = {EBADF};
   EXPECT_EQ(qorext_hook_sprint_send_response(header(0).data(), nullptr), 1u);
 }
 
-TEST(CarrierStatus, OnlyAModemStatusOfFiveIsTold) {
+TEST(CarrierStatus, OnlyAModemStatusOfFiveHasItsOwnReplyStatus) {
   EXPECT_EQ(status_from_modem(0), 0u);
   EXPECT_EQ(status_from_modem(5), 2u);
   for (uint32_t other : {1u, 2u, 3u, 4u, 6u, 0xFFFFFFFFu}) EXPECT_EQ(status_from_modem(other), 5u);
 }
 
-}  // namespace
+}  // namespace carrier_handler_test

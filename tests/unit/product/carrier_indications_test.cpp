@@ -6,7 +6,7 @@
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-namespace {
+namespace carrier_indications_test {
 
 constexpr unsigned int kLteError = 0x10B;
 constexpr unsigned int kCarrierEvent = 0x12;
@@ -36,7 +36,7 @@ TEST_F(CarrierIndications, LteErrorIsForwardedPacked) {
   EXPECT_EQ(frame.size(), 2u * 140);
 }
 
-TEST_F(CarrierIndications, EventIsForwardedAsAWord) {
+TEST_F(CarrierIndications, EventIsForwardedAs32Bits) {
   for (uint16_t value : std::vector<uint16_t>{0, 1, 0x1234, 0x8000}) {
     decode_to(kCarrierEvent, le16(value));
     trace.clear();
@@ -47,7 +47,7 @@ TEST_F(CarrierIndications, EventIsForwardedAsAWord) {
   }
 }
 
-TEST_F(CarrierIndications, EventOfAllOnesIsNotTakenAsNegative) {
+TEST_F(CarrierIndications, EventOfAllOnesIsExtendedWithZeros) {
   decode_to(kCarrierEvent, le16(0xFFFF));
   offer(kCarrierEvent);
   EXPECT_THAT(unsolicited(), ElementsAre("00000000 14000000 B0010002 04000000 00000000 000000000000"
@@ -90,7 +90,7 @@ TEST_F(CarrierIndications, ValueIsForwardedWhole) {
   EXPECT_THAT(trace, ElementsAre("unsol: " + cdma_event(0x020001B0, from_hex("EFCDAB89"))));
 }
 
-TEST_F(CarrierIndications, WithoutMemoryTheyAreDroppedWithTheSameWords) {
+TEST_F(CarrierIndications, AreDroppedAndLoggedWithoutMemory) {
   allocations_left = 0;
   EXPECT_EQ(offer(kLteError), 0);
   EXPECT_EQ(offer(kCarrierEvent), 0);
@@ -108,4 +108,4 @@ TEST_F(CarrierIndications, FailedWriteIsLoggedAndNotRepeated) {
                                  "call decode 0x12", "log: Write to parent failed 32"));
 }
 
-}  // namespace
+}  // namespace carrier_indications_test

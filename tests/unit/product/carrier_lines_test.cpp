@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
-// What each row of the carrier's tables logs, line by line between its entry and its reply.
+// The log lines of each row of the carrier's tables, between its entry and its reply.
 #include "tests/unit/product/carrier_phone.h"
 
 using testing::ElementsAreArray;
 
-namespace {
+namespace carrier_lines_test {
 
 const std::string kCode = "ABCDEF";
 
@@ -136,7 +136,7 @@ const Lines kReading = {"log: qorext_hook_sprint_rde_read: Function Enter."};
 const Lines kReadIn = kReading + read_lines(4711, numbered(3), 1, 2);
 const Lines kRefusedRead = kReading + failed_read_lines(4711) + Lines{"log: RDE Read error"};
 
-// The complaint of an operation whose message could not be sent.
+// The line of an operation whose message could not be sent.
 Lines not_sent(const std::string& operation) {
   return {"log: qor_qmi_sprint_" + operation + ": qmi_client_send_msg_sync failed (-3)."};
 }
@@ -149,7 +149,7 @@ Lines write_not_sent(uint32_t id, const Bytes& data) {
 Lines refused_write_of_513(uint32_t id) {
   return {write_lines(id, {})[0], "log: Data more than buffer size 513"};
 }
-// What follows a read whose item does not fit.
+// The line after a read whose item does not fit.
 Lines too_long(uint32_t max) {
   return {"log: Input buffer is NULL or too small! max_len(" + std::to_string(max) + ")."};
 }
@@ -288,4 +288,4 @@ const Logged kRows[] = {
 
 INSTANTIATE_TEST_SUITE_P(Row, CarrierLines, testing::ValuesIn(kRows), kNameOfRow);
 
-}  // namespace
+}  // namespace carrier_lines_test

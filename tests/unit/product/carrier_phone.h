@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// A phone with its modem clients open, for tests of what the carrier asks for.
+// A serving phone whose modem has NV items, for tests of the carrier's requests.
 #pragma once
 
 #include <set>
@@ -7,7 +7,7 @@
 #include "src/carrier/carrier_handler.h"
 #include "tests/unit/product/serving_phone.h"
 
-// A line that ends in a number.
+// A line with a number at its end.
 inline Lines numbered_line(const std::string& text, uint32_t number, const char* end = " ") {
   return {"log: " + text + std::to_string(static_cast<int32_t>(number)) + end};
 }
@@ -26,7 +26,7 @@ class CarrierPhone : public ServingPhone {
     };
   }
 
-  // The modem's items by RDE id; those not there are answered like any other message.
+  // The modem's items by RDE id; other items get the response of answer().
   std::map<uint32_t, Bytes> items;
   std::set<uint32_t> unreadable;
   std::set<uint32_t> unwritable;
@@ -66,7 +66,7 @@ class CarrierPhone : public ServingPhone {
   }
 };
 
-// What the trace shows of an element read and write that succeed.
+// The trace of an element read and write that succeed.
 inline Lines read_lines(uint32_t item, const Bytes& data, uint32_t record = 0,
                         uint32_t offset = 0) {
   std::string size = std::to_string(data.size());
@@ -98,7 +98,7 @@ inline Lines failed_write_lines(uint32_t item, const Bytes& data) {
   return lines;
 }
 
-// What the trace shows of a carrier reply.
+// The trace of a carrier reply.
 inline Lines reply_lines(const std::string& frame) {
   Bytes bytes = from_hex(frame);
   uint32_t id = load_le32(bytes.data());
@@ -111,7 +111,7 @@ inline Lines reply_lines(const std::string& frame) {
   return lines + numbered_line(kSend + "HEADER ID ", id) + Lines{"reply: " + frame};
 }
 
-// A reply in the request's own header, of which code and the two bytes behind it are kept.
+// A reply with the request's own header, whose code and two bytes after it are kept.
 inline std::string own_header_reply(uint32_t id, uint32_t status, const std::string& code,
                                     const Bytes& payload, const Bytes& data = {}) {
   Bytes tail = data.empty() ? Bytes{payload.begin(), payload.begin() + 2} : data + Bytes(2);

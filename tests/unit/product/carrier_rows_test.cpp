@@ -1,6 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// Every row of the carrier's two tables: what the modem is asked, what it says, what the parent
-// gets.
+// Every row of the carrier's two tables: the request, the modem's response, the parent's reply.
 #include "src/carrier/carrier_handler.h"
 
 #include "tests/unit/product/carrier_phone.h"
@@ -9,11 +8,11 @@ using testing::Contains;
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-namespace {
+namespace carrier_rows_test {
 
 constexpr int kSent = 0;
 constexpr int kNotSent = -3;
-constexpr uint32_t kOwn = 0;  // instead of a local reply header's id
+constexpr uint32_t kOwn = 0;  // the request's own header
 constexpr unsigned int kNothing = 0;
 
 const std::string kCode = "ABCDEF";
@@ -49,13 +48,13 @@ const Bytes kLteData = Bytes(4) + from_hex("3601 7800") + Bytes(22);
 
 // clang-format off
 const Row kRows[] = {
-    {"Bc10IsTold",             0x020000B0, {}, 0x101, kSent,    le32(0) + le32(7), 0x020000B0, 0, le32(7)},
+    {"Bc10IsReported",             0x020000B0, {}, 0x101, kSent,    le32(0) + le32(7), 0x020000B0, 0, le32(7)},
     {"Bc10Refused",            0x020000B0, {}, 0x101, kSent,    le32(1) + le32(7), 0x020000B0, 0, le32(0)},
     {"Bc10NotSent",            0x020000B0, {}, 0x101, kNotSent, le32(0) + le32(7), 0x020000B0, 0, le32(0)},
     {"Bc10IsSet",              0x020000B1, le32(9), 0x102, kSent,    kDone,    kOwn, 0, {}},
     {"Bc10SetRefused",         0x020000B1, le32(9), 0x102, kSent,    kRefused, kOwn, 5, {}},
     {"Bc10SetNotSent",         0x020000B1, le32(9), 0x102, kNotSent, kDone,    kOwn, 5, {}},
-    {"Bc14IsToldUnderBc10sId", 0x020000B2, {}, 0x101, kSent,    le32(0) + le32(7), 0x020000B0, 0, le32(7)},
+    {"Bc14HasTheIdOfBc10", 0x020000B2, {}, 0x101, kSent,    le32(0) + le32(7), 0x020000B0, 0, le32(7)},
     {"Bc14Refused",            0x020000B2, {}, 0x101, kSent,    le32(1) + le32(7), 0x020000B0, 0, le32(0)},
     {"Bc14NotSent",            0x020000B2, {}, 0x101, kNotSent, le32(0) + le32(7), 0x020000B0, 0, le32(0)},
     {"Bc14IsSet",              0x020000B3, le32(9), 0x102, kSent,    kDone,    kOwn, 0, {}},
@@ -71,26 +70,26 @@ const Row kRows[] = {
     {"FactoryResetRefused",    0x020000B6, {3}, 0x11, kSent,    {0}, kOwn, 5, {}},
     {"FactoryResetSaysTwo",    0x020000B6, {3}, 0x11, kSent,    {2}, kOwn, 5, {}},
     {"FactoryResetNotSent",    0x020000B6, {3}, 0x11, kNotSent, {1}, kOwn, 5, {}},
-    {"DdtmIsTold",             0x020000B7, {}, 8, kSent,    item({200}), kOwn, 0, le32(200)},
+    {"DdtmIsReported",             0x020000B7, {}, 8, kSent,    item({200}), kOwn, 0, le32(200)},
     {"DdtmRefused",            0x020000B7, {}, 8, kSent,    kRefused,    kOwn, 5, {}},
     {"DdtmNotSent",            0x020000B7, {}, 8, kNotSent, item({200}), kOwn, 5, {}},
     {"DdtmItemTooLong",        0x020000B7, {}, 8, kSent,    item({200, 1}), kOwn, 0, le32(0)},
     {"DdtmIsSet",              0x020000B8, {2}, 9, kSent,    kDone,    kOwn, 0, {}},
     {"DdtmSetRefused",         0x020000B8, {2}, 9, kSent,    kRefused, kOwn, 5, {}},
     {"DdtmSetNotSent",         0x020000B8, {2}, 9, kNotSent, kDone,    kOwn, 5, {}},
-    {"SecondDdtmIsTold",       0x020000B9, {}, 8, kSent,    item({200}), kOwn, 0, le32(200)},
+    {"SecondDdtmIsReported",       0x020000B9, {}, 8, kSent,    item({200}), kOwn, 0, le32(200)},
     {"SecondDdtmRefused",      0x020000B9, {}, 8, kSent,    kRefused,    kOwn, 5, {}},
     {"SecondDdtmNotSent",      0x020000B9, {}, 8, kNotSent, item({200}), kOwn, 5, {}},
     {"SecondDdtmIsSet",        0x020000BA, {2}, 9, kSent,    kDone,    kOwn, 0, {}},
     {"SecondDdtmSetRefused",   0x020000BA, {2}, 9, kSent,    kRefused, kOwn, 5, {}},
     {"SecondDdtmSetNotSent",   0x020000BA, {2}, 9, kNotSent, kDone,    kOwn, 5, {}},
-    {"BsrTimerIsTold",         0x020000BC, {}, 0x108, kSent,    kOutcome + le32(0) + le32(33),   kOwn, 0, le32(33)},
+    {"BsrTimerIsReported",         0x020000BC, {}, 0x108, kSent,    kOutcome + le32(0) + le32(33),   kOwn, 0, le32(33)},
     {"BsrTimerRefused",        0x020000BC, {}, 0x108, kSent,    kNoOutcome + le32(33),           kOwn, 0, le32(0)},
     {"BsrTimerNotSent",        0x020000BC, {}, 0x108, kNotSent, kOutcome + le32(0) + le32(33),   kOwn, 0, le32(0)},
     {"BsrTimerIsSet",          0x020000BD, le32(33), 0x109, kSent,    kOutcome,   kOwn, 0, {}},
     {"BsrTimerSetRefused",     0x020000BD, le32(33), 0x109, kSent,    kNoOutcome, kOwn, 5, {}},
     {"BsrTimerSetNotSent",     0x020000BD, le32(33), 0x109, kNotSent, kOutcome,   kOwn, 5, {}},
-    {"LteOptionIsTold",        0x020000BE, {}, 8, kSent,    item(numbered(5)), kOwn, 0, numbered(5)},
+    {"LteOptionIsReported",        0x020000BE, {}, 8, kSent,    item(numbered(5)), kOwn, 0, numbered(5)},
     {"LteOptionOfOneByte",     0x020000BE, {}, 8, kSent,    item({9}),         kOwn, 0, {9}},
     {"LteOptionOfNoBytes",     0x020000BE, {}, 8, kSent,    item({}),          kOwn, 0, {}},
     {"LteOptionOf512Bytes",    0x020000BE, {}, 8, kSent,    item(numbered(512)), kOwn, 0, numbered(512)},
@@ -101,13 +100,13 @@ const Row kRows[] = {
     {"LteOptionSetRefused",    0x020000BF, numbered(5), 9, kSent,    kRefused, kOwn, 5, {}},
     {"LteOptionSetNotSent",    0x020000BF, numbered(5), 9, kNotSent, kDone,    kOwn, 5, {}},
     {"LteOptionSetTooLong",    0x020000BF, numbered(513), kNothing, kSent, {}, kOwn, 5, {}},
-    {"LteDataIsTold",          0x020000C0, {}, 0x24, kSent,    kPlmn,    kOwn, 0, kLteData},
+    {"LteDataIsReported",          0x020000C0, {}, 0x24, kSent,    kPlmn,    kOwn, 0, kLteData},
     {"LteDataRefused",         0x020000C0, {}, 0x24, kSent,    kRefused, kOwn, 5, {}},
     {"LteDataNotSent",         0x020000C0, {}, 0x24, kNotSent, kPlmn,    kOwn, 5, {}},
-    {"ApnsAreTold",            0x020000C1, {}, 0x106, kSent,    {},                       kOwn, 0, Bytes(1017)},
+    {"ApnsAreReported",            0x020000C1, {}, 0x106, kSent,    {},                       kOwn, 0, Bytes(1017)},
     {"ApnsRefusedDelivered",   0x020000C1, {}, 0x106, kSent,    kRefused + Bytes{4, 0}, kOwn, 0, Bytes{4} + Bytes(1016)},
     {"ApnsNotSent",            0x020000C1, {}, 0x106, kNotSent, {},                       kOwn, 0, Bytes(1017)},
-    {"TotOrderIsTold",         0x020000C4, {}, 0x104, kSent,    kTotAnswer, kOwn, 0, kTotReply},
+    {"TotOrderIsReported",         0x020000C4, {}, 0x104, kSent,    kTotAnswer, kOwn, 0, kTotReply},
     {"TotRefusedIsDelivered",  0x020000C4, {}, 0x104, kSent,    kRefused + Bytes(4) + le16(3), kOwn, 0, le16(3) + Bytes(60)},
     {"TotOrderNotSent",        0x020000C4, {}, 0x104, kNotSent, {},                       kOwn, 0, Bytes(62)},
     {"TotOrderIsUpdated",      0x020000C5, kTotOrder, 0x105, kSent,    kOutcome,   kOwn, 0, {}},
@@ -128,23 +127,23 @@ const Row kRows[] = {
     {"NamIsSet",               0x02000002, kNam, 9, kSent,    kDone,    kOwn, 0, {}},
     {"NamSetRefused",          0x02000002, kNam, 9, kSent,    kRefused, kOwn, 5, {}},
     {"NamSetNotSent",          0x02000002, kNam, 9, kNotSent, kDone,    kOwn, 5, {}},
-    {"SidNidPairsAreTold",     0x02000003, {}, 8, kSent,    item({0, 9}), 0x02000003, 0, le32(9) + Bytes(156)},
+    {"SidNidPairsAreReported",     0x02000003, {}, 8, kSent,    item({0, 9}), 0x02000003, 0, le32(9) + Bytes(156)},
     {"SidNidPairsRefused",     0x02000003, {}, 8, kSent,    kRefused,     0x02000003, 5, Bytes(160)},
     {"SidNidPairsNotSent",     0x02000003, {}, 8, kNotSent, item({0, 9}), 0x02000003, 5, Bytes(160)},
     {"SidNidPairsAreSet",      0x02000004, numbered(160), 9, kSent,    kDone,    kOwn, 0, {}},
     {"SidNidPairsSetRefused",  0x02000004, numbered(160), 9, kSent,    kRefused, kOwn, 5, {}},
     {"SidNidPairsSetNotSent",  0x02000004, numbered(160), 9, kNotSent, kDone,    kOwn, 5, {}},
-    {"MobPRevIsTold",          0x02000007, {}, 8, kSent,    item({6, 7, 8}), 0x02000007, 0, le32(6)},
+    {"MobPRevIsReported",          0x02000007, {}, 8, kSent,    item({6, 7, 8}), 0x02000007, 0, le32(6)},
     {"MobPRevOf1024",          0x02000007, {}, 8, kSent,    read_answer(1, 1024, {6}), 0x02000007, 0, le32(6)},
     {"MobPRevRefused",         0x02000007, {}, 8, kSent,    kRefused,        0x02000007, 5, le32(0)},
     {"MobPRevNotSent",         0x02000007, {}, 8, kNotSent, item({6, 7, 8}), 0x02000007, 5, le32(0)},
     {"SubsidyLockMatches",     0x0200000A, {}, 0x3B, kSent,    kDone,    0x0200000A, 0, Bytes(6)},
     {"SubsidyLockRefused",     0x0200000A, {}, 0x3B, kSent,    kRefused, 0x0200000A, 3, Bytes(6)},
     {"SubsidyLockNotSent",     0x0200000A, {}, 0x3B, kNotSent, kDone,    0x0200000A, 3, Bytes(6)},
-    {"CallProcessingIsTold",   0x02000011, {}, 0x10, kSent,    kDone,    0x02000011, 0, Bytes(316)},
+    {"CallProcessingIsReported",   0x02000011, {}, 0x10, kSent,    kDone,    0x02000011, 0, Bytes(316)},
     {"CallProcessingRefused",  0x02000011, {}, 0x10, kSent,    kRefused, 0x02000011, 0, Bytes(316)},
     {"CallProcessingNotSent",  0x02000011, {}, 0x10, kNotSent, kDone,    0x02000011, 0, Bytes(316)},
-    {"EvdoIsTold",             0x02000012, {}, 0x10, kSent,    kDone,    0x02000012, 0, Bytes(144)},
+    {"EvdoIsReported",             0x02000012, {}, 0x10, kSent,    kDone,    0x02000012, 0, Bytes(144)},
     {"EvdoRefused",            0x02000012, {}, 0x10, kSent,    kRefused, 0x02000012, 0, Bytes(144)},
     {"EvdoNotSent",            0x02000012, {}, 0x10, kNotSent, kDone,    0x02000012, 0, Bytes(144)},
     {"AkeyIsWritten",          0x02000013, numbered(26), 0x5B, kSent,    kDone,    kOwn, 0, {}},
@@ -181,7 +180,7 @@ class CarrierRows : public CarrierPhone, public testing::WithParamInterface<Row>
   }
 };
 
-TEST_P(CarrierRows, IsAnswered) {
+TEST_P(CarrierRows, GetsItsReply) {
   uint32_t result = offer(request_of(GetParam()));
   EXPECT_THAT(replies(), ElementsAre(expected()));
   EXPECT_EQ(result, GetParam().is_answered_twice() ? 0xFFFFFFFF : 0u);
@@ -192,7 +191,7 @@ TEST_P(CarrierRows, IsAnswered) {
   }
 }
 
-TEST_P(CarrierRows, IsAnsweredTwiceOnlyWhereMeant) {
+TEST_P(CarrierRows, GetsASecondReplyOnlyInTwoRows) {
   ask_cdma(request_of(GetParam()));
   if (GetParam().is_answered_twice()) {
     EXPECT_THAT(replies(), ElementsAre(expected(), reply(GetParam().id, 6)));
@@ -212,7 +211,7 @@ TEST_P(CarrierRows, WithoutMemoryIsDeclined) {
 
 INSTANTIATE_TEST_SUITE_P(Row, CarrierRows, testing::ValuesIn(kRows), kNameOfRow);
 
-// Four ids stand in the fallback table, too: CarrierFallback, below.
+// Four ids are in the fallback table as well: see CarrierFallback.
 std::vector<Row> rows_of_the_carrier_alone() {
   std::vector<Row> rows;
   std::copy_if(std::begin(kRows), std::end(kRows), std::back_inserter(rows), [](const Row& row) {
@@ -233,7 +232,7 @@ TEST_P(CarrierRowsAlone, GetStatusSixWithoutMemory) {
 INSTANTIATE_TEST_SUITE_P(Row, CarrierRowsAlone, testing::ValuesIn(rows_of_the_carrier_alone()),
                          kNameOfRow);
 
-// The memory is back when the fallback asks the modem.
+// Memory is available again when the fallback sends its message.
 class CarrierFallback : public CarrierPhone {
  protected:
   std::string answer_of_fallback(Request request) {
@@ -248,7 +247,7 @@ class CarrierFallback : public CarrierPhone {
   }
 };
 
-TEST_F(CarrierFallback, MobPRevComesAsFourBytesOfTheItem) {
+TEST_F(CarrierFallback, MobPRevHasFourBytesOfTheItem) {
   items[28] = {6, 7, 8, 9, 10};
   EXPECT_EQ(answer_of_fallback(Request::cdma(0x02000007)), reply(0x02000007, 0, {6, 7, 8, 9}));
 }
@@ -270,4 +269,4 @@ TEST_F(CarrierFallback, ItemIsReadWithTheModemsAddress) {
             reply(0x02000016, 0, le32(4711) + le32(7) + le32(8) + le32(1) + Bytes{5} + Bytes(4)));
 }
 
-}  // namespace
+}  // namespace carrier_rows_test

@@ -8,7 +8,7 @@
 
 #include "tests/unit/product/random_digits.h"
 
-namespace {
+namespace digits_test {
 
 std::string padded(unsigned number, size_t digits) {
   std::string text = std::to_string(number);
@@ -35,7 +35,7 @@ std::string seven(uint32_t code) {
 
 int counted(char digit) { return digit == '0' ? 10 : digit - '0'; }
 
-TEST(Digits, EveryGroupOfThreeIsEncodedByTheFormulaAndComesBack) {
+TEST(Digits, EveryGroupOfThreeIsEncodedByTheFormulaAndDecoded) {
   std::set<uint16_t> codes;
   for (unsigned number = 0; number < 1000; ++number) {
     std::string digits = padded(number, 3);
@@ -48,7 +48,7 @@ TEST(Digits, EveryGroupOfThreeIsEncodedByTheFormulaAndComesBack) {
   EXPECT_EQ(*codes.rbegin(), 999);
 }
 
-TEST(Digits, EveryGroupOfTwoIsEncodedByTheFormulaAndComesBack) {
+TEST(Digits, EveryGroupOfTwoIsEncodedByTheFormulaAndDecoded) {
   std::set<uint8_t> codes;
   for (unsigned number = 0; number < 100; ++number) {
     std::string digits = padded(number, 2);
@@ -73,7 +73,7 @@ TEST(Digits, NamedGroups) {
   EXPECT_EQ(encode_two_digits("48"), 37);
 }
 
-TEST(Digits, CharactersThatAreNoDigitsCountWithoutASign) {
+TEST(Digits, OtherCharactersCountWithoutASign) {
   EXPECT_EQ(encode_three_digits("\xC3\xA9"
                                 "1"),
             15800);
@@ -94,13 +94,13 @@ TEST(Digits, NumberOfTenZerosIs999And999And10And999) {
   EXPECT_EQ(code & 0x3FF, 999u);
 }
 
-TEST(Digits, SevenDigitsLieInTheirBits) {
+TEST(Digits, SevenDigitsHaveTheirBits) {
   uint32_t code = encode_seven_digits("5551234");
   EXPECT_EQ(code, (444u << 14) | (1u << 10) | 123u);
   EXPECT_EQ(code, 7275643u);
 }
 
-TEST(Digits, TenDigitNumbersComeBack) {
+TEST(Digits, TenDigitNumbersAreDecodedAgain) {
   RandomDigits random(5551234);
   for (int i = 0; i < 2000; ++i) {
     std::string number = random.digits(10);
@@ -111,7 +111,7 @@ TEST(Digits, TenDigitNumbersComeBack) {
   }
 }
 
-TEST(Digits, FifteenDigitNumbersComeBack) {
+TEST(Digits, FifteenDigitNumbersAreDecodedAgain) {
   RandomDigits random(310120);
   for (int i = 0; i < 2000; ++i) {
     std::string number = random.digits(15);
@@ -123,7 +123,7 @@ TEST(Digits, FifteenDigitNumbersComeBack) {
   }
 }
 
-TEST(Digits, DialDigitsAreThemselvesButForZero) {
+TEST(Digits, DialDigitsAreUnchangedExceptZero) {
   EXPECT_EQ(encode_dial_digit('0'), 10);
   EXPECT_EQ(decode_dial_digit(10), '0');
   for (char digit = '1'; digit <= '9'; ++digit) {
@@ -133,4 +133,4 @@ TEST(Digits, DialDigitsAreThemselvesButForZero) {
   EXPECT_EQ(decode_dial_digit(0), '0');
 }
 
-}  // namespace
+}  // namespace digits_test

@@ -6,13 +6,13 @@
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-namespace {
+namespace dispatch_test {
 
 class Dispatch : public ServingPhone {
  protected:
   void cdma(uint32_t id, const Bytes& payload = {}) { ask_cdma(Request::cdma(id, payload)); }
 
-  // The RDE id that a request of this id asks the modem for.
+  // The RDE id of the message that a request of this id sends.
   uint32_t rde_id_of(uint32_t id, unsigned int message) {
     cdma(id, Bytes(4));
     EXPECT_EQ(exchanges.size(), 1u) << std::hex << id;
@@ -21,8 +21,8 @@ class Dispatch : public ServingPhone {
     return load_le32(exchanges[0].request.data());
   }
 
-  // The same for a request that the carrier serves: it reaches the fallback when the carrier has no
-  // memory for its reply.
+  // The same for a request of the carrier's: the fallback serves it when there is no memory for the
+  // carrier's reply.
   uint32_t fallback_rde_id_of(uint32_t id, unsigned int message, const Bytes& payload = Bytes(4)) {
     allocations_left = 0;
     cdma(id, payload);
@@ -47,7 +47,7 @@ TEST_F(Dispatch, UnknownCdmaIdGetsStatusSix) {
                                  "log: 0x2000099 not supported", "reply: " + reply(0x02000099, 6)));
 }
 
-TEST_F(Dispatch, IdThatTheCarrierCannotAnswerGetsStatusSix) {
+TEST_F(Dispatch, IdWithoutMemoryForItsReplyGetsStatusSix) {
   allocations_left = 0;
   cdma(0x02000011);
   EXPECT_THAT(replies(), ElementsAre(reply(0x02000011, 6)));
@@ -69,7 +69,7 @@ TEST_F(Dispatch, NeighbourOfAReadIdIsNotItsWriteId) {
   EXPECT_THAT(exchanges, IsEmpty());
 }
 
-TEST_F(Dispatch, EveryFixedReadAsksForItsItem) {
+TEST_F(Dispatch, EveryFixedReadReadsItsItem) {
   EXPECT_EQ(fallback_rde_id_of(0x02000007, 8), 28u);
   EXPECT_EQ(fallback_rde_id_of(0x0200000A, 8), 32u);
   EXPECT_EQ(rde_id_of(0x02000017, 8), 38u);
@@ -78,7 +78,7 @@ TEST_F(Dispatch, EveryFixedReadAsksForItsItem) {
   EXPECT_EQ(rde_id_of(0x0200000F, 8), 37u);
 }
 
-TEST_F(Dispatch, EveryFixedWriteGoesToItsItem) {
+TEST_F(Dispatch, EveryFixedWriteWritesItsItem) {
   EXPECT_EQ(rde_id_of(0x02000008, 9), 28u);
   EXPECT_EQ(rde_id_of(0x02000018, 9), 38u);
   EXPECT_EQ(rde_id_of(0x0200001A, 9), 39u);
@@ -108,4 +108,4 @@ TEST_F(Dispatch, FailedWriteOfARefusalIsLogged) {
   EXPECT_EQ(trace.back(), kFailed);
 }
 
-}  // namespace
+}  // namespace dispatch_test

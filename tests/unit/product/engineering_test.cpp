@@ -1,12 +1,12 @@
 // SPDX-License-Identifier: Apache-2.0
-// The two engineering records: the modem's hexadecimal text, and the words that the parent gets.
+// The two engineering records: the modem's hexadecimal text and the parent's 32-bit fields.
 #include "tests/unit/product/carrier_phone.h"
 
 using testing::Contains;
 using testing::ElementsAre;
 using testing::ElementsAreArray;
 
-namespace {
+namespace engineering_test {
 
 constexpr uint32_t kCallProcessingId = 0x02000011;
 constexpr uint32_t kEvdoId = 0x02000012;
@@ -43,7 +43,7 @@ class Engineering : public CarrierPhone {
   }
 };
 
-// A record in which no half-word comes twice and every byte has its top bit set.
+// A record without equal 16-bit values, in which every byte has its top bit set.
 Bytes distinct_record(size_t size) {
   Bytes record(size);
   for (size_t i = 0; i < size; ++i) {
@@ -52,13 +52,13 @@ Bytes distinct_record(size_t size) {
   return record;
 }
 
-// Where a word of the reply comes from.
+// The source of a field of the reply.
 struct Source {
   size_t reply_offset;
   enum { kByte = 1, kHalf = 2, kWord = 4 } width;
   size_t at;
 };
-constexpr size_t kHigh = 2;  // the high half of the word at an offset
+constexpr size_t kHigh = 2;  // the upper 16 bits of the value at an offset
 
 // clang-format off
 const Source kCallProcessingSources[] = {
@@ -131,7 +131,7 @@ void put_signed_half(const Bytes& record, size_t at, Bytes& reply, size_t reply_
   store_le32(reply.data() + reply_offset, static_cast<uint32_t>(int32_t{value}));
 }
 
-TEST_F(Engineering, EveryCallProcessingFieldComesFromItsPlace) {
+TEST_F(Engineering, EveryCallProcessingFieldHasItsOffset) {
   Bytes record = distinct_record(164);
   Bytes expected(316);
   put_sources(kCallProcessingSources, record, expected);
@@ -143,7 +143,7 @@ TEST_F(Engineering, EveryCallProcessingFieldComesFromItsPlace) {
   EXPECT_EQ(hex(call_processing(record)), hex(expected));
 }
 
-TEST_F(Engineering, EveryEvdoFieldComesFromItsPlace) {
+TEST_F(Engineering, EveryEvdoFieldHasItsOffset) {
   Bytes record = distinct_record(52);
   Bytes expected(144);
   put_sources(kEvdoSources, record, expected);
@@ -152,7 +152,7 @@ TEST_F(Engineering, EveryEvdoFieldComesFromItsPlace) {
   EXPECT_EQ(hex(evdo(record)), hex(expected));
 }
 
-TEST_F(Engineering, TransmitPowerAndPilotEnergyHaveASign) {
+TEST_F(Engineering, TransmitPowerAndPilotEnergyAreSigned) {
   Bytes record(164);
   store_le16(record.data() + 38, 0xFFCE);
   EXPECT_EQ(load_le32(call_processing(record).data() + 44), 0xFFFFFFCE);
@@ -166,13 +166,13 @@ TEST_F(Engineering, TransmitPowerAndPilotEnergyHaveASign) {
   EXPECT_EQ(load_le32(evdo(evdo_record).data() + 128), 0x0123u);
 }
 
-TEST_F(Engineering, HdrRssiHasNone) {
+TEST_F(Engineering, HdrRssiIsUnsigned) {
   Bytes record(52);
   store_le16(record.data() + 10, 0xFFCE);
   EXPECT_EQ(load_le32(evdo(record).data() + 16), 0xFFCEu);
 }
 
-TEST_F(Engineering, PRevInUseAboveFiveSetsItsMark) {
+TEST_F(Engineering, PRevInUseAboveFiveSetsItsFlag) {
   for (uint8_t revision : Bytes{0, 5, 6, 255}) {
     Bytes record(164);
     record[32] = revision;
@@ -182,7 +182,7 @@ TEST_F(Engineering, PRevInUseAboveFiveSetsItsMark) {
   }
 }
 
-TEST_F(Engineering, UnusedBytesOfTheRecordsAreNotSeen) {
+TEST_F(Engineering, UnusedBytesOfTheRecordsAreIgnored) {
   Bytes record(164);
   for (size_t at : {4u, 5u, 6u, 7u, 8u, 9u, 10u, 11u, 15u, 35u}) record[at] = 0xFF;
   EXPECT_EQ(call_processing(record), Bytes(316));
@@ -201,7 +201,7 @@ Lines opening(const std::string& function, int type, const std::string& characte
                "log: HexDump: Data " + hex(text(characters))};
 }
 
-// Half-words `first`, `first` + 1, ... from an offset of the record.
+// 16-bit values `first`, `first` + 1, ... from an offset of the record.
 void put_halves(Bytes& record, size_t at, size_t count, unsigned first) {
   for (size_t i = 0; i < count; ++i) {
     store_le16(record.data() + at + 2 * i, static_cast<uint16_t>(first + i));
@@ -281,7 +281,7 @@ TEST_F(Engineering, EveryEvdoFieldIsLogged) {
   EXPECT_THAT(trace, ElementsAreArray(expected + reply_lines(replies().at(0))));
 }
 
-TEST_F(Engineering, ModemFailureGivesZerosAndStatusZero) {
+TEST_F(Engineering, ModemFailureReturnsZerosAndStatusZero) {
   answer(0x10, le32(1) + le32(0) + le32(4) + text("FFFF"));
   EXPECT_EQ(data_of(kCallProcessingId, 316), Bytes(316));
   EXPECT_EQ(data_of(kEvdoId, 144), Bytes(144));
@@ -291,7 +291,7 @@ TEST_F(Engineering, ModemFailureGivesZerosAndStatusZero) {
   EXPECT_THAT(logs(), Contains("HexDump: Data "));
 }
 
-TEST_F(Engineering, RecordOfOneRequestDoesNotShowInTheNext) {
+TEST_F(Engineering, RecordOfOneRequestIsNotInTheNext) {
   call_processing(distinct_record(164));
   answer_text("");
   EXPECT_EQ(data_of(kCallProcessingId, 316), Bytes(316));
@@ -311,7 +311,7 @@ TEST_F(Engineering, LowerCaseTextIsDecodedLikeUpperCase) {
   EXPECT_EQ(data_of(kCallProcessingId, 316), expected);
 }
 
-// Lengths about the record's, the text's and the dump's own limits.
+// Lengths around the limits of the record, the text and the dump.
 class LongText : public Engineering, public testing::WithParamInterface<size_t> {};
 
 TEST_P(LongText, IsDecodedUpToTheRecordsEnd) {
@@ -322,7 +322,7 @@ TEST_P(LongText, IsDecodedUpToTheRecordsEnd) {
   EXPECT_EQ(data_of(kCallProcessingId, 316), call_processing(Bytes(164, 0x11)));
 }
 
-TEST_P(LongText, IsDumpedAsFarAsADumpGoes) {
+TEST_P(LongText, IsDumpedUpToTheLimitOfADump) {
   answer_text(std::string(1000, '1'), GetParam());
   data_of(kEvdoId, 144);
   std::string claimed = std::to_string(static_cast<int32_t>(GetParam()));
@@ -343,4 +343,4 @@ TEST_F(Engineering, InvalidCharactersOfTheTextAreLogged) {
   EXPECT_THAT(logs(), Contains("qorext_hook_sprint_hexstr_to_bin invalid char 71 1"));
 }
 
-}  // namespace
+}  // namespace engineering_test

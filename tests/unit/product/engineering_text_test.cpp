@@ -1,21 +1,21 @@
 // SPDX-License-Identifier: Apache-2.0
-// The decoder of the modem's hexadecimal texts by itself.
+// The decoder of the modem's hexadecimal text.
 #include "src/carrier/engineering_text.h"
 
 #include "tests/unit/product/carrier_phone.h"
 
 using testing::ElementsAreArray;
 
-namespace {
+namespace engineering_text_test {
 
-// A text, what it leaves in a record of 0xEE, and the complaints.
+// A text, the record of 0xEE after its decoding, and the lines logged.
 struct Decoded : NamedRow {
   std::string text;
   const char* record;
-  Lines complaints;
+  Lines error_lines;
 };
 
-std::string complaint(int character, int index) {
+std::string error_line(int character, int index) {
   return "log: qorext_hook_sprint_hexstr_to_bin invalid char " + std::to_string(character) + " " +
          std::to_string(index);
 }
@@ -26,15 +26,15 @@ const Decoded kDecoded[] = {
     {"EveryDigit",         "01234567",   "01234567", {}},
     {"UpperCase",          "89ABCDEF",   "89ABCDEF", {}},
     {"LowerCase",          "89abcdef",   "89ABCDEF", {}},
-    {"ZeroThenG",          "0G",         "00EEEEEE", {complaint('G', 1)}},
-    {"InvalidAtTheStart",  "G5",         "05EEEEEE", {complaint('G', 0)}},
-    {"InvalidTakesTheOneBefore", "7G",   "77EEEEEE", {complaint('G', 1)}},
-    {"InvalidInTheHighHalf", "12G4",     "1224EEEE", {complaint('G', 2)}},
-    {"TwoInvalid",         "A@`F",       "AAAFEEEE", {complaint('@', 1), complaint('`', 2)}},
-    {"AllInvalid",         "xz ",        "0000EEEE", {complaint('x', 0), complaint('z', 1), complaint(' ', 2)}},
-    {"NeighboursOfDigits", "/:",         "00EEEEEE", {complaint('/', 0), complaint(':', 1)}},
-    {"NeighboursOfLetters", "1g",        "11EEEEEE", {complaint('g', 1)}},
-    {"HighCharacter",      "5\xC8",      "55EEEEEE", {complaint(0xC8, 1)}},
+    {"ZeroThenG",          "0G",         "00EEEEEE", {error_line('G', 1)}},
+    {"InvalidAtTheStart",  "G5",         "05EEEEEE", {error_line('G', 0)}},
+    {"InvalidTakesTheOneBefore", "7G",   "77EEEEEE", {error_line('G', 1)}},
+    {"InvalidInTheHighHalf", "12G4",     "1224EEEE", {error_line('G', 2)}},
+    {"TwoInvalid",         "A@`F",       "AAAFEEEE", {error_line('@', 1), error_line('`', 2)}},
+    {"AllInvalid",         "xz ",        "0000EEEE", {error_line('x', 0), error_line('z', 1), error_line(' ', 2)}},
+    {"NeighboursOfDigits", "/:",         "00EEEEEE", {error_line('/', 0), error_line(':', 1)}},
+    {"NeighboursOfLetters", "1g",        "11EEEEEE", {error_line('g', 1)}},
+    {"HighCharacter",      "5\xC8",      "55EEEEEE", {error_line(0xC8, 1)}},
     {"OneCharacter",       "A",          "A0EEEEEE", {}},
     {"OddLength",          "12A",        "12A0EEEE", {}},
     {"WholeRecord",        "12345678",   "12345678", {}},
@@ -49,9 +49,9 @@ TEST_P(HexText, IsDecoded) {
   Bytes characters = text(GetParam().text);
   hexstr_to_bin(characters.data(), characters.size(), record, sizeof record);
   EXPECT_EQ(hex(record), GetParam().record);
-  EXPECT_THAT(trace, ElementsAreArray(GetParam().complaints));
+  EXPECT_THAT(trace, ElementsAreArray(GetParam().error_lines));
 }
 
 INSTANTIATE_TEST_SUITE_P(Of, HexText, testing::ValuesIn(kDecoded), kNameOfRow);
 
-}  // namespace
+}  // namespace engineering_text_test

@@ -37,7 +37,7 @@ __attribute__((format(printf, 1, 2))) void record(const char* text, ...) {
   va_end(arguments);
 }
 
-// The next value of a script whose last value stands for all that follow.
+// The next value of a script; the last value is repeated.
 template <typename T>
 T next(std::deque<T>& script) {
   T value = script.front();

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-// The phone, scripted: every platform function and system call that the product uses, under the
-// control of a test. Whatever the product does that somebody outside could see goes into one trace,
-// in order.
+// A scripted phone: every platform function and system call that the product uses is controlled by
+// the test. All effects that are visible outside the product are recorded in one trace, in order.
 #pragma once
 
 #include <gmock/gmock.h>
@@ -66,7 +65,7 @@ class FakePhone : public testing::Test {
   ModemScript modem;
   std::map<std::string, std::string> properties;
 
-  // The service bring-up: results in the order of the calls, the last one again and again.
+  // The service bring-up: results in the order of the calls; the last one is repeated.
   std::deque<int> notifier_results{0};
   struct ServiceList {
     int result;
@@ -78,36 +77,36 @@ class FakePhone : public testing::Test {
   uint32_t clock = 1;
   bool signal_on_wait = false;
   std::deque<int> wait_results{ETIMEDOUT};   // of pthread_cond_timedwait
-  qmi_client_os_params* signal = nullptr;    // as handed to the last notifier
-  std::vector<uint32_t> timed_out_in_waits;  // the signal's flag at each wait
-  std::vector<unsigned int> entry_counts;    // as handed to qmi_client_get_service_list
-  std::vector<unsigned int> opened_records;  // list positions from 1, as handed to qmi_client_init
+  qmi_client_os_params* signal = nullptr;    // of the last notifier
+  std::vector<uint32_t> timed_out_in_waits;  // the flag at the start of each wait
+  std::vector<unsigned int> entry_counts;    // arguments of qmi_client_get_service_list
+  std::vector<unsigned int> opened_records;  // positions in the list, from 1, of qmi_client_init
   qmi_client_ind_cb indication_callback = nullptr;
 
   std::deque<PipeStep> pipe;
-  std::deque<int> write_errnos{0};    // of the frame writes, the last one again and again; 0: none
-  std::optional<size_t> write_limit;  // the most bytes that one frame write takes
+  std::deque<int> write_errnos{0};         // of the frame writes; 0: success; the last is repeated
+  std::optional<size_t> write_limit;       // maximum of bytes for one frame write
   std::optional<size_t> file_write_limit;  // the same for other writes
-  size_t exit_after_lines = 0;  // non-zero: prints the trace and exits when it has so many lines
-  int allocations_left = -1;    // calloc fails once this many have been made; -1: never
+  size_t exit_after_lines = 0;  // prints the trace and exits after so many lines; 0: never
+  int allocations_left = -1;    // calloc fails after so many calls; -1: never
   std::function<void(const std::string& text)> on_log = [](const std::string&) {};
-  std::function<void(int fd)> on_write = [](int) {};  // while a frame write is under way
-  timespec fake_now{1000, 0};                         // what both clocks tell
+  std::function<void(int fd)> on_write = [](int) {};  // during a frame write
+  timespec fake_now{1000, 0};                         // of both clocks
   std::vector<timespec> deadlines;
 
-  // Bytes for the next responses to this message, whatever the service; QMI success without them.
+  // Sets the response to this message of any service; the default is QMI success.
   void answer(unsigned int id, const Bytes& response) { answers_[id] = response; }
   void fail_send(unsigned int id, int rc) { send_failures_[id] = rc; }
 
-  // What indications arrive with: the product must hand exactly these to the decoder.
+  // The encoded bytes of indications, which the product must pass to the decoder.
   static qmi_client_type vendor_client();
   Bytes encoded = {0x01, 0x02, 0x00, 0xAB, 0xCD};
-  // The whole structure that indications of this id decode to, all zero without it; the decoder's
+  // Sets the structure that indications of this id decode to (default: zeros) and the decoder's
   // result.
   void decode_to(unsigned int id, const Bytes& structure) { decoded_[id] = structure; }
   void fail_decode(unsigned int id, int rc) { decode_failures_[id] = rc; }
 
-  // The trace's lines of one sort, without their prefix.
+  // The lines of one kind, without their prefix.
   std::vector<std::string> logs() const { return lines("log: "); }
   std::vector<std::string> replies() const { return lines("reply: "); }
   std::vector<std::string> unsolicited() const { return lines("unsol: "); }
@@ -124,11 +123,11 @@ class FakePhone : public testing::Test {
   std::map<unsigned int, int> decode_failures_;
 };
 
-// The fixture of the test that is running.
+// The fixture of the running test.
 FakePhone& phone();
 
 std::string hex(std::span<const uint8_t> bytes);
-Bytes from_hex(const std::string& text);  // blanks are passed over
+Bytes from_hex(const std::string& text);  // spaces are skipped
 
-// Digits in groups, as one text: "0102 0304"_hex.
+// Removes the spaces between groups of digits: "0102 0304"_hex.
 std::string operator""_hex(const char* text, size_t length);

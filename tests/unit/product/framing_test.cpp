@@ -10,7 +10,7 @@
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-namespace {
+namespace framing_test {
 
 class Framing : public FakePhone {
  protected:
@@ -24,13 +24,13 @@ class Framing : public FakePhone {
   uint32_t type_ = 99;
 };
 
-TEST_F(Framing, CdmaRequestIsToldByItsFamilyBytes) {
+TEST_F(Framing, CdmaRequestIsIdentifiedByItsFamilyBytes) {
   EXPECT_EQ(classify(from_hex("16000002 00000000")), 0x02000016u);
   EXPECT_EQ(type_, kCdmaHook);
   EXPECT_THAT(trace, IsEmpty());
 }
 
-TEST_F(Framing, GenericRequestIsToldByItsTypeByte) {
+TEST_F(Framing, GenericRequestIsIdentifiedByItsTypeByte) {
   EXPECT_EQ(classify(from_hex("01050019 00000000")), 0x50019u);
   EXPECT_EQ(type_, kGenericHook);
   EXPECT_EQ(classify(from_hex("00050019 00000000")), 0x50019u);
@@ -46,7 +46,7 @@ TEST_F(Framing, FirstByteOfThreeOrMoreIsNotIdentified) {
   EXPECT_THAT(logs(), ElementsAre(line, line));
 }
 
-TEST_F(Framing, CdmaFamilyIsToldBeforeTheTypeByteIsLookedAt) {
+TEST_F(Framing, CdmaFamilyIsCheckedBeforeTheTypeByte) {
   EXPECT_EQ(classify(from_hex("FF000002 00000000")), 0x020000FFu);
   EXPECT_EQ(type_, kCdmaHook);
 }
@@ -75,7 +75,7 @@ TEST_F(Framing, GenericHeaderIsParsedBigEndian) {
   EXPECT_THAT(trace, IsEmpty());
 }
 
-TEST_F(Framing, GenericHeaderParserRefusesWhatItCannotUse) {
+TEST_F(Framing, GenericHeaderParserRefusesNullAndShortBuffers) {
   OemGenHeader header = {};
   Bytes bytes = from_hex("01 050019 01020304");
   EXPECT_EQ(ParOemGen(bytes.data(), 8, nullptr), 0);
@@ -87,7 +87,7 @@ TEST_F(Framing, GenericHeaderParserRefusesWhatItCannotUse) {
   EXPECT_EQ(header.msgId, 0u);
 }
 
-TEST_F(Framing, MissingHeaderIsToldBeforeAMissingBuffer) {
+TEST_F(Framing, NullHeaderIsReportedBeforeANullBuffer) {
   EXPECT_EQ(ParOemGen(nullptr, 0, nullptr), 0);
   EXPECT_THAT(logs(), ElementsAre("Oem gen header null"));
 }
@@ -126,7 +126,7 @@ TEST_F(Framing, GenericStatusIsTheOnlyByteOfItsReply) {
   EXPECT_THAT(replies(), ElementsAre("01 05001E 01000000 05"_hex));
 }
 
-TEST_F(Framing, GenericErrorRepeatsFourBytesOfTheRequest) {
+TEST_F(Framing, GenericErrorHasTheFirstFourBytesOfTheRequest) {
   send_generic_error(from_hex("05000001").data());
   EXPECT_THAT(replies(), ElementsAre("05000001FFFFFFFF"));
 }
@@ -168,7 +168,7 @@ TEST_F(Framing, FailedWriteStillCountsAsSent) {
   EXPECT_THAT(logs(), ElementsAre("Write to parent failed 32", "Write to parent failed 32"));
 }
 
-TEST_F(Framing, EachPipeGetsItsFrames) {
+TEST_F(Framing, FramesAreWrittenToTheirPipe) {
   EXPECT_EQ(writeToParent("ab", 2), 1);
   EXPECT_EQ(writeUnsolToParent("cd", 2), 1);
   EXPECT_THAT(trace, ElementsAre("reply: 6162", "unsol: 6364"));
@@ -195,8 +195,8 @@ TEST_F(Framing, WriteThatWouldBlockOrIsInterruptedIsNotRepeated) {
   }
 }
 
-// The parent may stop reading either pipe; frames on the other go on.
-TEST_F(Framing, WriterWaitsForNoWriteOnTheOtherPipe) {
+// The parent may stop reading one pipe; frames on the other are still written.
+TEST_F(Framing, WritersDoNotWaitForEachOther) {
   auto write_to = [](int fd) {
     return fd == kReplyFd ? writeToParent("ab", 2) : writeUnsolToParent("cd", 2);
   };
@@ -218,8 +218,8 @@ TEST_F(Framing, ShortWriteIsNeitherRepeatedNorReported) {
   EXPECT_THAT(trace, ElementsAre("reply: 61"));
 }
 
-// The descriptors are set once and for all, so this needs a process of its own.
-TEST_F(Framing, WritersFailBeforeTheirPipesAreKnown) {
+// The descriptors cannot be reset, so this test needs its own process.
+TEST_F(Framing, WritersFailBeforeTheirPipesAreSet) {
   GTEST_FLAG_SET(death_test_style, "threadsafe");
   auto write_early = [this] {
     set_parent_pipes(-1, -1);
@@ -244,7 +244,7 @@ TEST_F(Framing, HexDumpOf1025BytesIsRefused) {
   EXPECT_THAT(trace, ElementsAre("log: HexDump=buffer overflow"));
 }
 
-TEST_F(Framing, HexDumpOfNothingIsAnEmptyText) {
+TEST_F(Framing, HexDumpOfNoBytesIsEmpty) {
   hexDump("x", 0);
   EXPECT_THAT(trace, ElementsAre("log: HexDump: Data "));
 }
@@ -260,4 +260,4 @@ TEST_F(Framing, HexTextIsUpperCaseAndTerminated) {
   EXPECT_STREQ(text, "");
 }
 
-}  // namespace
+}  // namespace framing_test

@@ -1,12 +1,12 @@
 // SPDX-License-Identifier: Apache-2.0
-// What the generic-hook features have in common: a row of the dispatch table, one exchange with the
-// modem, one reply. What is peculiar to each has a test file of its own.
+// All generic-hook features: a row of the dispatch table, one exchange with the modem, one reply.
+// Behaviour of a single feature is tested in its own file.
 #include "tests/unit/product/serving_phone.h"
 
 using testing::Contains;
 using testing::ElementsAre;
 
-namespace {
+namespace generic_features_test {
 
 const Bytes kPayload = {1, 2, 3, 0};
 
@@ -46,7 +46,7 @@ const Feature kFeatures[] = {
     {"DataPlmn", 0x60001, "vendor", 0x16, Bytes(4), 568, Bytes(568)},
 };
 
-// The one feature whose reply has no header.
+// Data PLMN is the only reply without a header.
 bool has_header(const Feature& feature) { return feature.id != 0x60001; }
 
 class GenericFeatures : public ServingPhone, public testing::WithParamInterface<Feature> {
@@ -62,7 +62,7 @@ class GenericFeatures : public ServingPhone, public testing::WithParamInterface<
 INSTANTIATE_TEST_SUITE_P(All, GenericFeatures, testing::ValuesIn(kFeatures),
                          [](const auto& row) { return row.param.name; });
 
-TEST_P(GenericFeatures, RequestReachesTheModemAndIsAnswered) {
+TEST_P(GenericFeatures, RequestIsSentToTheModemAndGetsItsReply) {
   ask(Request::generic(GetParam().id, kPayload));
   EXPECT_THAT(trace, Contains(sent_line()).Times(1));
   EXPECT_THAT(replies(), ElementsAre(frame(GetParam().data)));
@@ -71,7 +71,7 @@ TEST_P(GenericFeatures, RequestReachesTheModemAndIsAnswered) {
   EXPECT_EQ(sent().timeout_ms, 15000u);
 }
 
-TEST_P(GenericFeatures, RequestThatCannotBeSentIsAnsweredWithStatusFive) {
+TEST_P(GenericFeatures, FailedSendGetsStatusFive) {
   Bytes failure = has_header(GetParam()) ? Bytes{5} : Bytes(568);
   for (int rc : {-1, -3, 1}) {
     fail_send(GetParam().message, rc);
@@ -94,7 +94,7 @@ TEST_P(GenericFeatures, ReplyThatCannotBeWrittenIsLost) {
   EXPECT_THAT(logs(), Contains("Write to parent failed 32").Times(1));
 }
 
-TEST_P(GenericFeatures, ReplyRepeatsTheTypeOfTheRequest) {
+TEST_P(GenericFeatures, ReplyHasTheTypeOfTheRequest) {
   for (uint8_t type : Bytes{0, 2}) {
     ask(Request::generic(GetParam().id, kPayload, type));
     std::string expected = frame(GetParam().data);
@@ -103,4 +103,4 @@ TEST_P(GenericFeatures, ReplyRepeatsTheTypeOfTheRequest) {
   }
 }
 
-}  // namespace
+}  // namespace generic_features_test

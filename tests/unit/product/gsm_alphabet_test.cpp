@@ -6,7 +6,7 @@
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-namespace {
+namespace gsm_alphabet_test {
 
 constexpr int kCarriageReturn = 0x0D;
 constexpr int kEscape = 0x1B;
@@ -40,7 +40,7 @@ std::string utf8(char32_t point) {
 
 class GsmAlphabet : public FakePhone {
  protected:
-  // The converted text. Its buffer has exactly the room that it may need.
+  // The converted text, from a buffer of exactly the required size.
   static std::string convert(const Bytes& input) {
     std::vector<char> output(utf8_limit(input.size()) + 1, 'x');
     size_t size = gsm_to_utf8(input.data(), static_cast<uint16_t>(input.size()), output.data());
@@ -50,7 +50,7 @@ class GsmAlphabet : public FakePhone {
   }
 };
 
-TEST_F(GsmAlphabet, EveryCodeIsTheStandardsCharacter) {
+TEST_F(GsmAlphabet, EveryCodeIsTheCharacterOfTheStandard) {
   for (int code = 0; code < 128; ++code) {
     if (code == kCarriageReturn || code == kEscape) continue;
     EXPECT_EQ(convert({static_cast<uint8_t>(code)}), utf8(kDefaultAlphabet[code])) << code;
@@ -58,7 +58,7 @@ TEST_F(GsmAlphabet, EveryCodeIsTheStandardsCharacter) {
   EXPECT_THAT(trace, IsEmpty());
 }
 
-TEST_F(GsmAlphabet, AllCodesInARowBecomeOneText) {
+TEST_F(GsmAlphabet, AllCodesAreConvertedInOneText) {
   Bytes codes;
   std::string expected;
   for (int code = 0; code < 128; ++code) {
@@ -69,7 +69,7 @@ TEST_F(GsmAlphabet, AllCodesInARowBecomeOneText) {
   EXPECT_THAT(trace, ElementsAre("debug: ignored CR charecter at index = 13"));
 }
 
-TEST_F(GsmAlphabet, EscapeIsABlankAndWhatFollowsItself) {
+TEST_F(GsmAlphabet, EscapeIsASpaceAndDoesNotChangeTheNextCode) {
   EXPECT_EQ(convert({0x1B}), " ");
   EXPECT_EQ(convert({0x1B, 0x65}), " e");
   EXPECT_EQ(convert({0x1B, 0x1B}), "  ");
@@ -82,20 +82,18 @@ TEST_F(GsmAlphabet, CarriageReturnIsDroppedWithItsIndexInTheInput) {
                                  "debug: ignored CR charecter at index = 3"));
 }
 
-TEST_F(GsmAlphabet, CarriageReturnsAloneAreAnEmptyText) { EXPECT_EQ(convert(text("\r\r")), ""); }
+TEST_F(GsmAlphabet, OnlyCarriageReturnsAreAnEmptyText) { EXPECT_EQ(convert(text("\r\r")), ""); }
 
-TEST_F(GsmAlphabet, LineFeedStays) { EXPECT_EQ(convert(text("A\nB")), "A\nB"); }
+TEST_F(GsmAlphabet, LineFeedIsKept) { EXPECT_EQ(convert(text("A\nB")), "A\nB"); }
 
-TEST_F(GsmAlphabet, EveryByteOf80HexAndMorePassesUnchanged) {
+TEST_F(GsmAlphabet, EveryByteOf80HexAndMoreIsCopied) {
   for (int byte = 0x80; byte < 0x100; ++byte) {
     EXPECT_EQ(convert({static_cast<uint8_t>(byte)}), std::string(1, static_cast<char>(byte)));
   }
   EXPECT_THAT(trace, IsEmpty());
 }
 
-TEST_F(GsmAlphabet, ZeroByteIsACharacterLikeAnyOther) {
-  EXPECT_EQ(convert({'A', 0x00, 'B', 0x00}), "A@B@");
-}
+TEST_F(GsmAlphabet, ZeroByteIsTheAtSign) { EXPECT_EQ(convert({'A', 0x00, 'B', 0x00}), "A@B@"); }
 
 TEST_F(GsmAlphabet, LongestTextIsConvertedWhole) {
   std::string expected;
@@ -103,7 +101,7 @@ TEST_F(GsmAlphabet, LongestTextIsConvertedWhole) {
   EXPECT_EQ(convert(Bytes(0xFFFF, 0x10)), expected);
 }
 
-TEST_F(GsmAlphabet, MissingBufferOrEmptyInputIsRefusedAndNothingWritten) {
+TEST_F(GsmAlphabet, NullBufferOrEmptyInputIsRefused) {
   uint8_t input[] = {'A', 'B', 'C'};
   char output[8] = "intact";
   EXPECT_EQ(gsm_to_utf8(nullptr, 3, output), 0u);
@@ -115,4 +113,4 @@ TEST_F(GsmAlphabet, MissingBufferOrEmptyInputIsRefusedAndNothingWritten) {
   EXPECT_STREQ(output, "intact");
 }
 
-}  // namespace
+}  // namespace gsm_alphabet_test

@@ -14,7 +14,7 @@
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-namespace {
+namespace hob_save_test {
 
 constexpr char kRam[] = "/dev/qor_hob_ram";
 constexpr char kPartition[] = "/dev/block/bootdevice/by-name/dhob";
@@ -54,7 +54,7 @@ class HobSave : public CapturePhone {
     put(kPartition);
   }
 
-  std::vector<Bytes> told() const {
+  std::vector<Bytes> sent_values() const {
     std::vector<Bytes> requests;
     for (const Exchange& exchange : exchanges) {
       EXPECT_EQ(exchange.id, kHob);
@@ -70,7 +70,7 @@ TEST_F(HobSave, ReadyNoticeIsOneByteOfAllOnes) {
   EXPECT_THAT(
       trace,
       ElementsAre("log: dhob_write: Sending ready to received indications message to BP", kSent));
-  EXPECT_THAT(told(), ElementsAre(Bytes{0xFF}));
+  EXPECT_THAT(sent_values(), ElementsAre(Bytes{0xFF}));
   EXPECT_EQ(exchanges[0].timeout_ms, 15000u);
 }
 
@@ -79,7 +79,7 @@ TEST_F(HobSave, ReadyNoticeReturnsTheResultOfItsSend) {
   EXPECT_EQ(send_hob_ready(), -3);
 }
 
-TEST_F(HobSave, RequestOfTheModemStartsADetachedThreadAndReturnsAtOnce) {
+TEST_F(HobSave, RequestStartsADetachedThreadAndReturnsImmediately) {
   handleUnsolMsg(vendor_client(), kHob, nullptr, 0, nullptr);
   EXPECT_THAT(logs(), ElementsAre("Handling unsol msg 19",
                                   "Unsol resp 0x13 not supported by Sprint handler."));
@@ -90,7 +90,7 @@ TEST_F(HobSave, RequestOfTheModemStartsADetachedThreadAndReturnsAtOnce) {
   EXPECT_THAT(exchanges, IsEmpty());
 }
 
-TEST_F(HobSave, EveryRequestStartsAThreadOfItsOwn) {
+TEST_F(HobSave, EveryRequestStartsItsOwnThread) {
   for (int i = 0; i < 3; ++i) {
     EXPECT_EQ(hobSaveIndHndlr(vendor_client(), kHob, nullptr, 0, nullptr), 0);
   }
@@ -113,11 +113,11 @@ TEST_F(HobSave, RegionIsWrittenToThePartitionByteForByte) {
   EXPECT_EQ(dhob_write(nullptr), nullptr);
   EXPECT_THAT(trace, ElementsAre(kOpened, "log: dhob_write: Save RF to HOB successful", kSynced,
                                  kSending, kSent));
-  EXPECT_THAT(told(), ElementsAre(Bytes{1}));
+  EXPECT_THAT(sent_values(), ElementsAre(Bytes{1}));
   EXPECT_EQ(content(kPartition), varied(kRegionSize));
 }
 
-TEST_F(HobSave, SaveGoesToTheStartOfThePartitionAndLeavesTheRestOfIt) {
+TEST_F(HobSave, SaveOverwritesOnlyTheStartOfThePartition) {
   put_ram();
   put(kPartition, std::string(kRegionSize + 100, 'x'));
   dhob_write(nullptr);
@@ -133,45 +133,45 @@ TEST_F(HobSave, DevicesAreOpenedForReadingAndWritingAndThePartitionSynchronously
   EXPECT_EQ(opened.at(kPartition) & (O_CREAT | O_TRUNC), 0);
 }
 
-TEST_F(HobSave, MissingRamDeviceIsAnsweredWithZeroAfterASync) {
+TEST_F(HobSave, MissingRamDeviceIsReportedAsZeroAfterASync) {
   put(kPartition, "before");
   dhob_write(nullptr);
   EXPECT_THAT(trace, ElementsAre("log: dhob_write: Unable to open /dev/qor_hob_ram", kSynced,
                                  kSending, kSent));
-  EXPECT_THAT(told(), ElementsAre(Bytes{0}));
+  EXPECT_THAT(sent_values(), ElementsAre(Bytes{0}));
   EXPECT_EQ(content(kPartition), "before");
 }
 
-TEST_F(HobSave, RamDeviceThatCannotBeMappedIsAnsweredWithZero) {
+TEST_F(HobSave, RamDeviceThatCannotBeMappedIsReportedAsZero) {
   put(kPartition, "before");
   ASSERT_EQ(mkfifo(at(kRam).c_str(), 0600), 0);
   dhob_write(nullptr);
   EXPECT_THAT(
       trace, ElementsAre(kOpened, "log: dhob_write: mmap failed", "log: dhob_write: base 0xf540000",
                          "log: dhob_write: size 0x8000", kSynced, kSending, kSent));
-  EXPECT_THAT(told(), ElementsAre(Bytes{0}));
+  EXPECT_THAT(sent_values(), ElementsAre(Bytes{0}));
   EXPECT_EQ(content(kPartition), "before");
 }
 
-TEST_F(HobSave, MissingPartitionIsAnsweredWithZeroAndNotMade) {
+TEST_F(HobSave, MissingPartitionIsReportedAsZeroAndNotCreated) {
   put_ram();
   dhob_write(nullptr);
   EXPECT_THAT(trace, ElementsAre(kOpened, "log: dhob_write: Open hob block failed", kSynced,
                                  kSending, kSent));
-  EXPECT_THAT(told(), ElementsAre(Bytes{0}));
+  EXPECT_THAT(sent_values(), ElementsAre(Bytes{0}));
   EXPECT_FALSE(has(kPartition));
 }
 
-TEST_F(HobSave, FullPartitionIsAnsweredWithZero) {
+TEST_F(HobSave, FullPartitionIsReportedAsZero) {
   put_ram();
   put_link(kPartition, "/dev/full");
   dhob_write(nullptr);
   EXPECT_THAT(trace, ElementsAre(kOpened, "log: dhob_write: Write to hob block failed", kSynced,
                                  kSending, kSent));
-  EXPECT_THAT(told(), ElementsAre(Bytes{0}));
+  EXPECT_THAT(sent_values(), ElementsAre(Bytes{0}));
 }
 
-TEST_F(HobSave, ShortWriteIsAFailureAndNotTakenUpAgain) {
+TEST_F(HobSave, ShortWriteIsAFailureAndNotContinued) {
   put_devices();
   {
     FileSizeLimit limit(kRegionSize - 1);
@@ -179,19 +179,19 @@ TEST_F(HobSave, ShortWriteIsAFailureAndNotTakenUpAgain) {
   }
   EXPECT_THAT(trace, ElementsAre(kOpened, "log: dhob_write: Write to hob block failed", kSynced,
                                  kSending, kSent));
-  EXPECT_THAT(told(), ElementsAre(Bytes{0}));
+  EXPECT_THAT(sent_values(), ElementsAre(Bytes{0}));
   EXPECT_EQ(content(kPartition), varied(kRegionSize).substr(0, kRegionSize - 1));
 }
 
-TEST_F(HobSave, SaveWhoseAnswerCannotBeSentIsOverAllTheSame) {
+TEST_F(HobSave, SaveWithAFailedReportHasEnded) {
   put_devices();
   fail_send(kHob, -3);
   dhob_write(nullptr);
   dhob_write(nullptr);
-  EXPECT_THAT(told(), ElementsAre(Bytes{1}, Bytes{1}));
+  EXPECT_THAT(sent_values(), ElementsAre(Bytes{1}, Bytes{1}));
 }
 
-TEST_F(HobSave, SecondRequestDuringASaveIsAnsweredWithZeroAtOnce) {
+TEST_F(HobSave, RequestDuringASaveIsRefusedImmediately) {
   put_devices();
   bool is_nested = false;
   modem = [&](const Exchange&, std::span<uint8_t>) {
@@ -204,7 +204,7 @@ TEST_F(HobSave, SecondRequestDuringASaveIsAnsweredWithZeroAtOnce) {
   dhob_write(nullptr);
   EXPECT_THAT(trace, ElementsAre(kOpened, "log: dhob_write: Save RF to HOB successful", kSynced,
                                  kSending, kSent, kDuplicate, kSent, kDuplicate, kSent));
-  EXPECT_THAT(told(), ElementsAre(Bytes{1}, Bytes{0}, Bytes{0}));
+  EXPECT_THAT(sent_values(), ElementsAre(Bytes{1}, Bytes{0}, Bytes{0}));
 }
 
 TEST_F(HobSave, NextRequestAfterASaveSavesAgain) {
@@ -213,7 +213,7 @@ TEST_F(HobSave, NextRequestAfterASaveSavesAgain) {
   put(kPartition);
   dhob_write(nullptr);
   dhob_write(nullptr);
-  EXPECT_THAT(told(), ElementsAre(Bytes{0}, Bytes{1}, Bytes{1}));
+  EXPECT_THAT(sent_values(), ElementsAre(Bytes{0}, Bytes{1}, Bytes{1}));
 }
 
-}  // namespace
+}  // namespace hob_save_test

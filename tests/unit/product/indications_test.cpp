@@ -11,7 +11,7 @@ using testing::ExitedWithCode;
 using testing::IsEmpty;
 using testing::StrEq;
 
-namespace {
+namespace indications_test {
 
 std::string notification(const std::string& characters) {
   Bytes data = text(characters);
@@ -37,7 +37,7 @@ class Indications : public ServingPhone {
   }
 };
 
-// Their steps run in a process of their own, where the counter is still at its start.
+// Each test runs in its own process, where the counter has its start value.
 class FirstNotifications : public Indications {
  protected:
   FirstNotifications() { GTEST_FLAG_SET(death_test_style, "threadsafe"); }
@@ -56,7 +56,7 @@ TEST_F(FirstNotifications, CarryTheNumbers12And13And14) {
   EXPECT_EQ(numbered_notification(12).size(), 2u * 50);
 }
 
-TEST_F(FirstNotifications, CountOnAfterAFailedWriteAndWithoutMemory) {
+TEST_F(FirstNotifications, ContinueTheCountAfterAFailedWriteAndWithoutMemory) {
   auto lose_the_second_and_the_third = [this] {
     indicate(1);
     write_errnos = {EPIPE};
@@ -85,7 +85,7 @@ TEST_F(FirstNotifications, AreNotCountedByOtherIndications) {
   EXPECT_EXIT(notify_after_others(), ExitedWithCode(0), StrEq(numbered_notification(12) + "\n"));
 }
 
-TEST_F(FirstNotifications, KeepTwentyCharactersOfLongNumbers) {
+TEST_F(FirstNotifications, AreCutToTwentyCharacters) {
   auto notify_up_to_10000 = [this] {
     for (int number = 12; number < 9999; ++number) indicate(1);
     trace.clear();
@@ -118,7 +118,7 @@ TEST_F(Indications, FixedMessageWithoutMemoryIsLost) {
   EXPECT_EQ(trace, declined(0x16));
 }
 
-// The rows whose handlers decode are told by the line of a failed decode.
+// The line of a failed decode identifies the handler.
 TEST_F(Indications, EachRowReachesItsHandler) {
   const struct {
     unsigned int id;
@@ -136,7 +136,7 @@ TEST_F(Indications, EachRowReachesItsHandler) {
   }
 }
 
-TEST_F(Indications, HandlersReturnZeroWhateverHappens) {
+TEST_F(Indications, HandlersReturnZeroAlsoAfterAFailure) {
   auto deliver = [this](auto* handler, unsigned int id) {
     return handler(vendor_client(), id, encoded.data(), 5u, nullptr);
   };
@@ -167,7 +167,7 @@ TEST_F(Indications, UnknownIdIsLoggedAndDropped) {
   EXPECT_THAT(exchanges, IsEmpty());
 }
 
-TEST_F(Indications, IndicationThatTheCarrierPathTakesNeverReachesTheTable) {
+TEST_F(Indications, CarrierIndicationIsNotPassedToTheTable) {
   decode_to(0x12, le16(7));
   indicate(0x12);
   EXPECT_THAT(trace, ElementsAre("log: Handling unsol msg 18", "call decode 0x12",
@@ -175,7 +175,7 @@ TEST_F(Indications, IndicationThatTheCarrierPathTakesNeverReachesTheTable) {
                                  "log: Unsol resp 0x12 is handled by Sprint handler."));
 }
 
-TEST_F(Indications, IndicationThatTheCarrierPathCannotDecodeIsTakenAllTheSame) {
+TEST_F(Indications, UndecodableCarrierIndicationIsNotPassedToTheTable) {
   for (auto [id, number, digits] : {std::tuple{0x12u, "18", "12"}, {0x10Bu, "267", "10b"}}) {
     fail_decode(id, -5);
     trace.clear();
@@ -189,7 +189,7 @@ TEST_F(Indications, IndicationThatTheCarrierPathCannotDecodeIsTakenAllTheSame) {
   }
 }
 
-TEST_F(Indications, CallbackHandsEverythingOnUnchanged) {
+TEST_F(Indications, CallbackPassesItsArgumentsUnchanged) {
   ASSERT_NE(indication_callback, nullptr);
   decode_to(0x12, le16(1));
   indication_callback(vendor_client(), 0x12, encoded.data(), 5, nullptr);
@@ -200,4 +200,4 @@ TEST_F(Indications, CallbackHandsEverythingOnUnchanged) {
                           "log: Unsol resp 0x12 is handled by Sprint handler."));
 }
 
-}  // namespace
+}  // namespace indications_test

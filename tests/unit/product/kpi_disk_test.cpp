@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// KPI logs on a disk that is full, that fails, or that loses power.
+// KPI logs on a full or failing disk, and after a power failure.
 #include "src/capture/kpi_logs.h"
 #include "tests/unit/product/vorn_phone.h"
 
@@ -9,7 +9,7 @@ using testing::ElementsAreArray;
 using testing::Not;
 using testing::StartsWith;
 
-namespace {
+namespace kpi_disk_test {
 
 const std::string kNewLink = "/data/vorn/.new";
 
@@ -40,7 +40,7 @@ TEST_F(KpiDisk, ShortWriteIntoTheLogIsContinued) {
   EXPECT_FALSE(has(kTemporary));
 }
 
-TEST_F(KpiDisk, FullDiskIsAFailedMergeThatLeavesTheLogAsItWas) {
+TEST_F(KpiDisk, FullDiskIsAFailedMergeAndTheLogIsUnchanged) {
   put(kTemporary, std::string(1000, 'x'));
   VornPath temporary = "/data/vorn/~vorn0007.log";
   FileSizeLimit limit(600);
@@ -50,7 +50,7 @@ TEST_F(KpiDisk, FullDiskIsAFailedMergeThatLeavesTheLogAsItWas) {
   EXPECT_EQ(content(kTemporary), std::string(1000, 'x'));
 }
 
-TEST_F(KpiDisk, FileThatTakesNothingIsAFailedMerge) {
+TEST_F(KpiDisk, WriteOfNoBytesIsAFailedMerge) {
   put(kTemporary, "x");
   VornPath temporary = "/data/vorn/~vorn0007.log";
   file_write_limit = 0;
@@ -69,7 +69,7 @@ TEST_F(KpiDisk, LogThatCannotBeSyncedIsAFailedMerge) {
 }
 
 TEST_F(KpiDisk, TemporaryFileThatCannotBeReadIsAFailedMerge) {
-  make_folder(kTemporary);  // it can be opened, and reading fails
+  make_folder(kTemporary);  // opening succeeds and reading fails
   VornPath temporary = "/data/vorn/~vorn0007.log";
   vorn_update_current_log(temporary, kpi_store.logs);
   EXPECT_THAT(trace,
@@ -86,7 +86,7 @@ TEST_F(KpiDisk, LogThatCannotBeCutBackIsLogged) {
   EXPECT_EQ(content(log), "onetwo");
 }
 
-TEST_F(KpiDisk, MergeAfterAFailedOneIsWhole) {
+TEST_F(KpiDisk, MergeAfterAFailedOneIsComplete) {
   failing["fsync " + log] = ENOSPC;
   merge("two");
   failing.clear();
@@ -94,13 +94,13 @@ TEST_F(KpiDisk, MergeAfterAFailedOneIsWhole) {
   EXPECT_EQ(content(log), "onethree");
 }
 
-TEST_F(KpiDisk, FailedFirstMergeLeavesAnEmptyLogThatIsGivenToItsReadersAgain) {
+TEST_F(KpiDisk, OwnerAndModeAreSetAgainAfterAFailedFirstMerge) {
   put(log);
   failing["fsync " + log] = EIO;
   merge("two");
   failing.clear();
   EXPECT_THAT(merge("two"), ElementsAreArray(taken() + Lines{kLookUp + kCurrent} +
-                                             given_to_readers(log) + appended(log)));
+                                             owner_and_mode_set(log) + appended(log)));
 }
 
 TEST_F(KpiDisk, PackageThatLacksAPacketIsNotMerged) {
@@ -138,8 +138,8 @@ TEST_F(KpiDisk, PackageThatBeginsAgainIsMerged) {
   EXPECT_EQ(content(log), "onetwo");
 }
 
-// A rejected packet resets the receiver: what follows is another package, although of the same id.
-TEST_F(KpiDisk, LostPacketOfOnePackageIsNotAnotherOnes) {
+// A rejected packet resets the receiver: later packets of the same id belong to another package.
+TEST_F(KpiDisk, LostPacketDoesNotAffectTheNextPackage) {
   failing["open " + kTemporary] = EMFILE;
   store(1, "a");
   failing.clear();
@@ -176,7 +176,7 @@ TEST_F(KpiDisk, MergeThatChangesNoLinkSyncsNoDirectory) {
 }
 
 // The process before this one may have been killed between a change of the links and their sync.
-TEST_F(KpiDisk, FirstMergeOfAProcessSyncsTheLinksThatItFinds) {
+TEST_F(KpiDisk, FirstMergeOfAProcessSyncsExistingLinks) {
   kpi_store.logs.are_links_synced = false;
   Lines synced = appended(log);
   synced.insert(synced.end() - 1, "call fsync " + kVorn);
@@ -193,7 +193,7 @@ TEST_F(KpiDisk, LinksThatCouldNotBeSyncedAreSyncedByTheNextMerge) {
   EXPECT_THAT(merge("z"), Not(Contains("call fsync " + kVorn)));
 }
 
-TEST_F(KpiDisk, DirectoryThatCannotBeSyncedIsLoggedAndTheMergeGoesOn) {
+TEST_F(KpiDisk, FailedSyncOfTheDirectoryIsLoggedAndTheMergeContinues) {
   fill_log();
   failing["fsync " + kVorn] = EIO;
   merge("x");
@@ -208,7 +208,7 @@ TEST_F(KpiDisk, DirectoryThatCannotBeOpenedForItsSyncIsLogged) {
   EXPECT_THAT(logs(), Contains("vorn_update_current_log: Unable to sync /data/vorn, errno 24"));
 }
 
-TEST_F(KpiDisk, LinkThatCannotBeMadeUnderAnotherNameIsMadeInPlace) {
+TEST_F(KpiDisk, LinkThatCannotBeCreatedUnderANewNameIsCreatedInPlace) {
   failing["symlink " + kNewLink] = ENOSPC;
   fill_log();
   merge("x");
@@ -218,7 +218,7 @@ TEST_F(KpiDisk, LinkThatCannotBeMadeUnderAnotherNameIsMadeInPlace) {
   EXPECT_EQ(target(kPrevious), log);
 }
 
-TEST_F(KpiDisk, LinkThatCannotBeRenamedIsMadeInPlace) {
+TEST_F(KpiDisk, LinkThatCannotBeRenamedIsCreatedInPlace) {
   failing["rename"] = EIO;
   fill_log();
   merge("x");
@@ -228,7 +228,7 @@ TEST_F(KpiDisk, LinkThatCannotBeRenamedIsMadeInPlace) {
   EXPECT_FALSE(has(kNewLink));
 }
 
-TEST_F(KpiDisk, LinkThatCannotBeMadeAtAllIsLoggedAndGone) {
+TEST_F(KpiDisk, LinkThatCannotBeCreatedIsLoggedAndMissing) {
   failing = {{"symlink " + kNewLink, EACCES}, {"symlink " + kCurrent, EACCES}};
   fill_log();
   merge("x");
@@ -236,9 +236,9 @@ TEST_F(KpiDisk, LinkThatCannotBeMadeAtAllIsLoggedAndGone) {
   EXPECT_FALSE(has(kCurrent));
 }
 
-// A folder in the place of the link's other name once left the old link: each package then handed
-// the same log off again, or cleared the directory.
-TEST_F(KpiDisk, FolderInTheWayOfALinkDoesNotHandALogOffTwice) {
+// A folder with the name of a new link prevents the rename. The old link must not stay: every
+// package would hand the same log off again, or clear the directory.
+TEST_F(KpiDisk, FolderWithTheNameOfANewLinkDoesNotHandALogOffTwice) {
   make_folder(kNewLink);
   fill_log();
   for (const char* payload : {"a", "b", "c"}) merge(payload);
@@ -246,7 +246,7 @@ TEST_F(KpiDisk, FolderInTheWayOfALinkDoesNotHandALogOffTwice) {
   EXPECT_EQ(content(new_log), "abc");
 }
 
-TEST_F(KpiDisk, FolderInTheWayOfTheFirstLinkDoesNotClearTheDirectoryAtEachPackage) {
+TEST_F(KpiDisk, FolderWithTheNameOfTheFirstLinkDoesNotClearTheDirectory) {
   std::filesystem::remove(at(kCurrent));
   std::filesystem::remove(at(log));
   make_folder(kNewLink);
@@ -254,7 +254,7 @@ TEST_F(KpiDisk, FolderInTheWayOfTheFirstLinkDoesNotClearTheDirectoryAtEachPackag
   EXPECT_EQ(content(new_log), "abc");
 }
 
-// At no moment between two system calls is a log with acknowledged packages without a link.
+// Between any two system calls, every log with acknowledged packages has a link.
 TEST_F(KpiDisk, RotatedLogIsThePreviousOneBeforeANewOneIsCurrent) {
   put_log(kPrevious, log_name(now - 20), "oldest");
   fill_log();
@@ -267,7 +267,7 @@ TEST_F(KpiDisk, RotatedLogIsThePreviousOneBeforeANewOneIsCurrent) {
   EXPECT_EQ(target(kCurrent), new_log);
 }
 
-// What a power cut between the two renames leaves.
+// The state after a power cut between the two renames.
 TEST_F(KpiDisk, LogNamedByBothLinksIsKept) {
   put_link(kPrevious, log);
   fill_log();
@@ -277,4 +277,4 @@ TEST_F(KpiDisk, LogNamedByBothLinksIsKept) {
   EXPECT_TRUE(has(log));
 }
 
-}  // namespace
+}  // namespace kpi_disk_test

@@ -10,7 +10,7 @@ using testing::Contains;
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-namespace {
+namespace kpi_intake_test {
 
 constexpr uint32_t kRecord = 0x02C0FFEE;
 constexpr uint32_t kLogStart = 0x01C0FFEE;
@@ -37,7 +37,7 @@ class KpiIntake : public CapturePhone {
   KpiIntake() {
     set_parent_pipes(kReplyFd, kUnsolicitedFd);
     make_folder("/data/vorn");
-    take(packet(0, 0, {}));  // whatever came before is dropped
+    take(packet(0, 0, {}));  // resets the receiver
     trace.clear();
   }
 
@@ -63,13 +63,13 @@ TEST_F(KpiIntake, RecordIsForwardedWithItsHeaderWord) {
   EXPECT_TRUE(std::filesystem::is_empty(at("/data/vorn")));
 }
 
-TEST_F(KpiIntake, FrameOfARecordIsLaidOutByteForByte) {
+TEST_F(KpiIntake, FrameOfARecordHasTheseBytes) {
   take(packet(7, 1, le32(kRecord) + Bytes{0xAB}));
   EXPECT_THAT(unsolicited(), ElementsAre("01000000 08000000 01040004 05000000 EEFFC002 AB"
                                          "000000000000000000000000"_hex));
 }
 
-TEST_F(KpiIntake, SizeOfARecordIsCutToItsLowByte) {
+TEST_F(KpiIntake, SizeOfARecordIsItsLowByte) {
   Bytes payload = le32(kRecord) + numbered(502);
   const std::pair<uint16_t, size_t> rows[] = {{5, 5},   {255, 255}, {256, 0},
                                               {257, 1}, {300, 44},  {506, 250}};
@@ -80,7 +80,7 @@ TEST_F(KpiIntake, SizeOfARecordIsCutToItsLowByte) {
   }
 }
 
-TEST_F(KpiIntake, ZerosInARecordAreBytesLikeOthers) {
+TEST_F(KpiIntake, ZerosInARecordAreKept) {
   Bytes payload = le32(kRecord) + Bytes{0, 1, 0, 0, 2, 0, 3};
   take(packet(7, 1, payload));
   EXPECT_THAT(unsolicited(), ElementsAre(record_frame(payload)));
@@ -140,7 +140,7 @@ TEST_F(KpiIntake, LogStartIsStoredWithoutItsHeaderWord) {
   EXPECT_EQ(content(kTemporary), "A\xEE\xFF\xC0\x01");
 }
 
-TEST_F(KpiIntake, HeaderlessAndUnknownPackagesAreStoredWhole) {
+TEST_F(KpiIntake, HeaderlessAndUnknownPackagesAreStoredCompletely) {
   for (uint32_t header : {0xFFFFFFFFu, 0x12345678u}) {
     take(packet(9, 1, le32(header) + Bytes{0x41}));
     EXPECT_EQ(content(kTemporary), as_text(le32(header) + Bytes{0x41}));
@@ -148,14 +148,14 @@ TEST_F(KpiIntake, HeaderlessAndUnknownPackagesAreStoredWhole) {
   }
 }
 
-TEST_F(KpiIntake, RejectedPacketLeavesTheFileOfItsPackageAsItIs) {
+TEST_F(KpiIntake, RejectedPacketDoesNotChangeTheFileOfItsPackage) {
   take(packet(9, 1, le32(kLogStart) + Bytes{0x41}));
   take(packet(9, 7, {0x42}));
   EXPECT_THAT(trace, ElementsAre("log: vornIndHndlr: wrong seq id [7] received, cur [2]"));
   EXPECT_EQ(content(kTemporary), "A");
 }
 
-TEST_F(KpiIntake, InterleavedPackageIsTakenUpFromItsSecondPacketOn) {
+TEST_F(KpiIntake, InterleavedPackageIsStoredFromItsSecondPacketOn) {
   take(packet(7, 1, le32(kLogStart) + Bytes{0x41}));
   take(packet(9, 1, le32(kLogStart) + Bytes{0x42}));
   EXPECT_THAT(trace, ElementsAre("log: vornIndHndlr: wrong pckage id [9] received, cur [7]"));
@@ -186,7 +186,7 @@ TEST_F(KpiIntake, LastPacketFlagsOtherThanOneDoNotEndThePackage) {
   }
 }
 
-TEST_F(KpiIntake, UtilityIndicationOfTypeOneBringsAPacket) {
+TEST_F(KpiIntake, UtilityIndicationOfTypeOneIsAPacket) {
   Bytes payload = le32(kRecord) + numbered(8);
   Bytes data = packet(7, 1, payload);
   data.resize(512);
@@ -199,4 +199,4 @@ TEST_F(KpiIntake, UtilityIndicationOfTypeOneBringsAPacket) {
   EXPECT_THAT(unsolicited(), ElementsAre(record_frame(payload)));
 }
 
-}  // namespace
+}  // namespace kpi_intake_test

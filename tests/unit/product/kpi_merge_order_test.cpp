@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// The moments of a merge, for a reader of the directory who looks in between.
+// The order of the steps of a merge, as seen in the directory between them.
 #include <unistd.h>
 
 #include "src/capture/kpi_logs.h"
@@ -8,13 +8,13 @@
 using testing::ElementsAreArray;
 using testing::UnorderedElementsAreArray;
 
-namespace {
+namespace kpi_merge_order_test {
 
 class KpiMergeOrder : public VornPhone {
  protected:
   KpiMergeOrder() : log(log_name(now)) {}
 
-  // Calls `look` when a line that begins like this is logged.
+  // Calls `look` when a line with this start is logged.
   void at_line(const std::string& start, std::function<void()> look) {
     on_log = [this, start, look = std::move(look)](const std::string& text) {
       if (!text.starts_with(start)) return;
@@ -23,7 +23,7 @@ class KpiMergeOrder : public VornPhone {
     };
   }
 
-  // The lines of the log alone.
+  // Only the log lines.
   static Lines without_calls(const Lines& steps) {
     Lines texts;
     for (const std::string& step : steps) {
@@ -36,7 +36,7 @@ class KpiMergeOrder : public VornPhone {
   int looks = 0;
 };
 
-TEST_F(KpiMergeOrder, TemporaryFileStaysUntilTheMergeHasBeenReported) {
+TEST_F(KpiMergeOrder, TemporaryFileIsKeptUntilTheMergeIsReported) {
   at_line("vorn_update_current_log: update " + log + " succeed.", [this] {
     EXPECT_EQ(content(log), "hello");
     EXPECT_EQ(content(kTemporary), "hello");
@@ -46,7 +46,7 @@ TEST_F(KpiMergeOrder, TemporaryFileStaysUntilTheMergeHasBeenReported) {
   EXPECT_FALSE(has(kTemporary));
 }
 
-TEST_F(KpiMergeOrder, ReadersGetTheLogBeforeItHoldsAnything) {
+TEST_F(KpiMergeOrder, OwnerAndModeAreSetWhileTheLogIsEmpty) {
   failing = {{"chown", EPERM}, {"chmod", EPERM}};
   at_line("vorn_update_current_log: Unable to ch", [this] { EXPECT_EQ(content(log), ""); });
   merge("hello");
@@ -99,9 +99,9 @@ TEST_F(KpiMergeOrder, OldestLogIsDeletedBeforeThatIsReported) {
   EXPECT_EQ(looks, 1);
 }
 
-// The clean-up looks both links up for each entry that the first does not name: here two logs and
-// the temporary file, in an order of the file system's own.
-TEST_F(KpiMergeOrder, RotationThatDeletesALogSaysNothingElse) {
+// The clean-up resolves the second link for each entry that is not the first link's target: here
+// two logs and the temporary file, in the order of the file system.
+TEST_F(KpiMergeOrder, RotationThatDeletesALogLogsNothingElse) {
   std::string old = log_name(now - 10);
   std::string oldest = log_name(now - 20);
   put_log(kCurrent, old, "old");
@@ -126,7 +126,7 @@ TEST_F(KpiMergeOrder, LinkWithoutALogIsRemovedSilently) {
                                                      Lines{kLookUp + kCurrent})));
 }
 
-TEST_F(KpiMergeOrder, MissingLinkClearsTheWholeName) {
+TEST_F(KpiMergeOrder, MissingLinkClearsTheCompleteName) {
   make_folder(kVorn);
   VornPath name;
   memset(name, 'x', sizeof name);
@@ -134,8 +134,8 @@ TEST_F(KpiMergeOrder, MissingLinkClearsTheWholeName) {
   EXPECT_EQ(std::string(name, sizeof name), std::string(sizeof name, '\0'));
 }
 
-// The lines of a new log whose links or directory fail: nothing beyond one line a failure.
-TEST_F(KpiMergeOrder, FailuresOfTheLinksAreLoggedOnceEach) {
+// The lines of a new log whose links or directory fail: one line for each failure.
+TEST_F(KpiMergeOrder, EachFailureOfALinkIsLoggedOnce) {
   const std::string kFailed = "vorn_create_new_log: Unable to ";
   const struct {
     std::map<std::string, int> failing;
@@ -168,7 +168,7 @@ TEST_F(KpiMergeOrder, FailuresOfTheLinksAreLoggedOnceEach) {
   }
 }
 
-TEST_F(KpiMergeOrder, FileThatTakesNothingCountsAsAFullDisk) {
+TEST_F(KpiMergeOrder, WriteOfNoBytesCountsAsAFullDisk) {
   put_log(kCurrent, log, "old");
   put(kTemporary, "x");
   file_write_limit = 0;
@@ -182,7 +182,7 @@ TEST_F(KpiMergeOrder, FileThatTakesNothingCountsAsAFullDisk) {
   EXPECT_EQ(logs().back(), "vorn_update_current_log: Unable to write " + kTemporary + ", errno 28");
 }
 
-TEST_F(KpiMergeOrder, DescriptorZeroIsAFileLikeAnyOther) {
+TEST_F(KpiMergeOrder, DescriptorZeroIsAValidFile) {
   int standard_input = dup(STDIN_FILENO);
   close(STDIN_FILENO);
   merge("hello");
@@ -193,4 +193,4 @@ TEST_F(KpiMergeOrder, DescriptorZeroIsAFileLikeAnyOther) {
   EXPECT_FALSE(has(kTemporary));
 }
 
-}  // namespace
+}  // namespace kpi_merge_order_test

@@ -6,7 +6,7 @@
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-namespace {
+namespace kpi_packets_test {
 
 constexpr uint32_t kLogStart = 0x01C0FFEE;
 constexpr uint32_t kHeaderless = 0xFFFFFFFF;
@@ -32,7 +32,7 @@ class KpiPackets : public FakePhone {
   KpiReceiver receiver;
 };
 
-TEST_F(KpiPackets, ReceiverBeginsIdle) { expect_idle(); }
+TEST_F(KpiPackets, ReceiverStartsIdle) { expect_idle(); }
 
 TEST_F(KpiPackets, EachHeaderWordHasItsAction) {
   const std::pair<uint32_t, KpiAction> rows[] = {
@@ -53,7 +53,7 @@ TEST_F(KpiPackets, EachHeaderWordHasItsAction) {
   }
 }
 
-TEST_F(KpiPackets, UnknownHeaderIsLoggedAndStoredWhole) {
+TEST_F(KpiPackets, UnknownHeaderIsLoggedAndStored) {
   for (auto [header, digits] :
        {std::pair{0x04C0FFEEu, "4c0ffee"}, std::pair{0x05C0FFEEu, "5c0ffee"},
         std::pair{0x09C0FFEEu, "9c0ffee"}, std::pair{0u, "0"}}) {
@@ -65,7 +65,7 @@ TEST_F(KpiPackets, UnknownHeaderIsLoggedAndStoredWhole) {
   }
 }
 
-TEST_F(KpiPackets, FirstPacketBeginsAPackageAndItsContinuationsCountOn) {
+TEST_F(KpiPackets, FirstPacketStartsAPackageAndContinuationsCountUp) {
   EXPECT_EQ(first(7), kKpiStoreWithoutHeader);
   expect_receiving(7, 2);
   EXPECT_EQ(next(7, 2), kKpiStore);
@@ -75,20 +75,20 @@ TEST_F(KpiPackets, FirstPacketBeginsAPackageAndItsContinuationsCountOn) {
   expect_receiving(7, 4);
 }
 
-TEST_F(KpiPackets, HeaderWordOfAContinuationIsNotLookedAt) {
+TEST_F(KpiPackets, HeaderWordOfAContinuationIsIgnored) {
   first(7, kHeaderless);
   EXPECT_EQ(check(7, 2, le32(0x02C0FFEE) + Bytes{1}), kKpiStore);
   EXPECT_THAT(trace, IsEmpty());
 }
 
-TEST_F(KpiPackets, PackageIsPickedUpInTheMiddle) {
+TEST_F(KpiPackets, PackageMayStartInTheMiddle) {
   EXPECT_EQ(next(9, 17), kKpiStore);
   EXPECT_THAT(trace, IsEmpty());
   expect_receiving(9, 18);
   EXPECT_EQ(next(9, 18), kKpiStore);
 }
 
-TEST_F(KpiPackets, PackageIdZeroAndSequenceIdZeroAreNumbersLikeOthers) {
+TEST_F(KpiPackets, PackageIdZeroAndSequenceIdZeroAreValid) {
   EXPECT_EQ(next(0, 0), kKpiStore);
   expect_receiving(0, 1);
   EXPECT_EQ(first(0), kKpiStoreWithoutHeader);
@@ -121,7 +121,7 @@ TEST_F(KpiPackets, RepeatedContinuationIsDropped) {
   expect_idle();
 }
 
-TEST_F(KpiPackets, SequenceIdsDoNotBeginAnewAfter255) {
+TEST_F(KpiPackets, SequenceIdsDoNotWrapAfter255) {
   receiver = {7, 255};
   EXPECT_EQ(next(7, 255), kKpiStore);
   expect_receiving(7, 256);
@@ -154,7 +154,7 @@ TEST_F(KpiPackets, ContinuationMayBeAsShortAsOneByte) {
   EXPECT_EQ(check(7, 2, {1}), kKpiStore);
 }
 
-TEST_F(KpiPackets, ChecksComeInOrder) {
+TEST_F(KpiPackets, ChecksHaveAnOrder) {
   receiver = {7, 5};
   check(8, 9, {});
   EXPECT_THAT(trace, ElementsAre("log: vornIndHndlr: wrong pckage id [8] received, cur [7]"));
@@ -163,7 +163,7 @@ TEST_F(KpiPackets, ChecksComeInOrder) {
   EXPECT_THAT(trace, ElementsAre("log: vornIndHndlr: wrong seq id [9] received, cur [5]"));
 }
 
-TEST_F(KpiPackets, FirstPacketDuringItsOwnPackageCountsOnFromWhereItWas) {
+TEST_F(KpiPackets, FirstPacketDuringItsOwnPackageContinuesTheCount) {
   first(7);
   next(7, 2);
   EXPECT_EQ(first(7), kKpiStoreWithoutHeader);
@@ -172,7 +172,7 @@ TEST_F(KpiPackets, FirstPacketDuringItsOwnPackageCountsOnFromWhereItWas) {
   EXPECT_THAT(trace, ElementsAre("log: vornIndHndlr: wrong seq id [2] received, cur [4]"));
 }
 
-TEST_F(KpiPackets, InterleavedPackageIsDroppedOnceAndThenBeginsAfresh) {
+TEST_F(KpiPackets, InterleavedPackageIsDroppedOnceAndThenStored) {
   first(7);
   EXPECT_EQ(first(8), kKpiDrop);
   EXPECT_THAT(trace, ElementsAre("log: vornIndHndlr: wrong pckage id [8] received, cur [7]"));
@@ -183,7 +183,7 @@ TEST_F(KpiPackets, InterleavedPackageIsDroppedOnceAndThenBeginsAfresh) {
   expect_idle();
 }
 
-TEST_F(KpiPackets, PacketAfterAnyRejectionIsTakenAsItComes) {
+TEST_F(KpiPackets, PacketAfterARejectionIsAccepted) {
   first(7);
   next(7, 9);
   EXPECT_EQ(next(7, 10), kKpiStore);
@@ -196,4 +196,4 @@ TEST_F(KpiPackets, RecordDoesNotCount) {
   EXPECT_EQ(receiver.expected_sequence, 2);
 }
 
-}  // namespace
+}  // namespace kpi_packets_test

@@ -9,18 +9,18 @@ using testing::Not;
 using testing::StartsWith;
 using testing::UnorderedElementsAre;
 
-namespace {
+namespace kpi_rotation_test {
 
 constexpr time_t kHalfADay = 43200;
 
-// A store whose current log was made ten seconds ago.
+// A store whose current log was created ten seconds ago.
 class KpiRotation : public VornPhone {
  protected:
   KpiRotation() : old_log(log_name(now - 10)), new_log(log_name(now)) {
     put_log(kCurrent, old_log, "old");
   }
 
-  // A moment that the store remembers as its last hand-off.
+  // Sets the time of the last hand-off.
   void count_from(time_t moment) { kpi_store.logs.handed_off = moment; }
 
   void grow(const std::string& log, size_t size) const {
@@ -41,14 +41,14 @@ class KpiRotation : public VornPhone {
   std::string new_log;
 };
 
-TEST_F(KpiRotation, OneByteBelowTheLimitIsAppended) {
+TEST_F(KpiRotation, PackageUpToOneByteBelowTheLimitIsAppended) {
   grow(old_log, kLogLimit - 6);
   merge("12345");
   expect_not_rotated();
   EXPECT_EQ(std::filesystem::file_size(at(old_log)), kLogLimit - 1);
 }
 
-TEST_F(KpiRotation, LimitItselfRotates) {
+TEST_F(KpiRotation, LogOfTheLimitIsRotated) {
   grow(old_log, kLogLimit - 5);
   merge("12345");
   expect_rotated();
@@ -56,7 +56,7 @@ TEST_F(KpiRotation, LimitItselfRotates) {
   EXPECT_EQ(content(new_log), "12345");
 }
 
-TEST_F(KpiRotation, EmptyPackageIsMergedLikeAnyOther) {
+TEST_F(KpiRotation, EmptyPackageIsMerged) {
   put(kTemporary);
   VornPath temporary = "/data/vorn/~vorn0007.log";
   vorn_update_current_log(temporary, kpi_store.logs);
@@ -81,13 +81,13 @@ TEST_F(KpiRotation, FirstRotationHandsOffAndLinksBothLogs) {
               ElementsAreArray(taken() + Lines{kLookUp + kCurrent} + handed_off(old_log) +
                                created(new_log) + Lines{kLookUp + kCurrent, kLookUp + kCurrent} +
                                not_linked(kPrevious) + Lines{kLookUp + kPrevious} + links_synced() +
-                               given_to_readers(new_log) + appended(new_log)));
+                               owner_and_mode_set(new_log) + appended(new_log)));
   expect_rotated();
   EXPECT_EQ(kpi_store.logs.handed_off, now);
   EXPECT_EQ(mode(new_log), 0660u);
 }
 
-TEST_F(KpiRotation, NewLogThatIsGoneIsMadeAnewForItsFirstPackage) {
+TEST_F(KpiRotation, DeletedNewLogIsCreatedAgainForItsFirstPackage) {
   umask(0);
   grow(old_log, kLogLimit);
   failing["chmod"] = EPERM;
@@ -116,7 +116,7 @@ TEST_F(KpiRotation, SecondRotationDeletesTheOldestLog) {
   EXPECT_FALSE(has(oldest));
 }
 
-TEST_F(KpiRotation, TwoLogsAreKeptHoweverManyRotationsThereAre) {
+TEST_F(KpiRotation, TwoLogsAreKeptAfterAnyNumberOfRotations) {
   for (int i = 0; i < 4; ++i) {
     grow(target(kCurrent), kLogLimit);
     now += 1;
@@ -183,7 +183,7 @@ TEST_F(KpiRotation, LogIsNotRotatedASecondBeforeTheTwelveHours) {
   EXPECT_EQ(kpi_store.logs.handed_off, now - kHalfADay + 1);
 }
 
-TEST_F(KpiRotation, ClockThatMovesAheadRotatesAndOneThatMovesBackDoesNot) {
+TEST_F(KpiRotation, ClockMovedForwardRotatesAndClockMovedBackDoesNot) {
   merge("a");
   now -= 10 * kHalfADay;
   merge("b");
@@ -216,7 +216,7 @@ TEST_F(KpiRotation, EmptyLogIsRotatedButNotHandedOffAndDoesNotResetTheTimer) {
   EXPECT_EQ(kpi_store.logs.handed_off, now - kHalfADay);
 }
 
-TEST_F(KpiRotation, DropBoxThatRefusesIsLoggedAndTheRotationGoesOn) {
+TEST_F(KpiRotation, RefusalOfTheDropBoxIsLoggedAndTheRotationContinues) {
   drop_box_accepts = false;
   grow(old_log, kLogLimit);
   auto expected = taken() + Lines{kLookUp + kCurrent} + handed_off(old_log) +
@@ -230,7 +230,7 @@ TEST_F(KpiRotation, DropBoxThatRefusesIsLoggedAndTheRotationGoesOn) {
   EXPECT_EQ(content(new_log), "x");
 }
 
-TEST_F(KpiRotation, NewLogThatCannotBeCreatedLeavesTheTemporaryFileAndTheLinks) {
+TEST_F(KpiRotation, NewLogThatCannotBeCreatedKeepsTheTemporaryFileAndTheLinks) {
   make_folder(new_log);
   grow(old_log, kLogLimit);
   EXPECT_THAT(merge("x"),
@@ -243,4 +243,4 @@ TEST_F(KpiRotation, NewLogThatCannotBeCreatedLeavesTheTemporaryFileAndTheLinks) 
   EXPECT_FALSE(has(kPrevious));
 }
 
-}  // namespace
+}  // namespace kpi_rotation_test

@@ -9,20 +9,20 @@ using testing::ElementsAreArray;
 using testing::IsEmpty;
 using testing::UnorderedElementsAre;
 
-namespace {
+namespace kpi_store_test {
 
-// Packages on their way to the current log.
+// Packages from their packets to the current log.
 class KpiStoreTest : public VornPhone {
  protected:
   KpiStoreTest() : log(log_name(now)) {}
 
-  // A store that has a current log with this text.
+  // Creates a current log with this text.
   void begin(const std::string& text) const { put_log(kCurrent, log, text); }
 
-  std::string log;  // one that is made now
+  std::string log;  // named by the current time
 };
 
-TEST_F(KpiStoreTest, FirstPacketMakesTheDirectory) {
+TEST_F(KpiStoreTest, FirstPacketCreatesTheDirectory) {
   store(1, "x");
   EXPECT_EQ(mode(kVorn), 0750u);
   EXPECT_EQ(mode(kTemporary), 0740u);
@@ -30,7 +30,7 @@ TEST_F(KpiStoreTest, FirstPacketMakesTheDirectory) {
   EXPECT_THAT(trace, IsEmpty());
 }
 
-TEST_F(KpiStoreTest, DirectoryThatIsThereIsTakenAsItIs) {
+TEST_F(KpiStoreTest, ExistingDirectoryIsUnchanged) {
   make_folder(kVorn);
   std::filesystem::permissions(at(kVorn), std::filesystem::perms(0700));
   store(1, "x");
@@ -38,7 +38,7 @@ TEST_F(KpiStoreTest, DirectoryThatIsThereIsTakenAsItIs) {
   EXPECT_EQ(content(kTemporary), "x");
 }
 
-TEST_F(KpiStoreTest, DirectoryThatCannotBeMadeDropsThePacketAndIsTriedAgain) {
+TEST_F(KpiStoreTest, PacketIsDroppedWhenTheDirectoryCannotBeCreated) {
   std::filesystem::remove(at("/data"));
   receiver = {7, 2};
   store(1, "x", true);
@@ -51,7 +51,7 @@ TEST_F(KpiStoreTest, DirectoryThatCannotBeMadeDropsThePacketAndIsTriedAgain) {
   EXPECT_EQ(content(kTemporary), "y");
 }
 
-TEST_F(KpiStoreTest, DirectoryIsMadeOnlyOnce) {
+TEST_F(KpiStoreTest, DirectoryIsCreatedOnlyOnce) {
   store(1, "x");
   std::filesystem::remove_all(at(kVorn));
   store(2, "y");
@@ -112,14 +112,14 @@ TEST_F(KpiStoreTest, ShortWriteIsLoggedAndTheLastPacketIsNotMerged) {
   EXPECT_EQ(content(kTemporary), "abcde");
 }
 
-TEST_F(KpiStoreTest, FirstRunResetsTheDirectoryAndMergesIntoAFreshLog) {
+TEST_F(KpiStoreTest, FirstRunResetsTheDirectoryAndMergesIntoANewLog) {
   EXPECT_THAT(merge("hello"),
               ElementsAreArray(taken() + not_linked(kCurrent) +
                                Lines{"log: vorn_update_current_log: Unable to get cur log file",
                                      "log: vorn_update_current_log: clean the whole dir!",
                                      "log: vorn_reset_dir DONE!"} +
                                created(log) + not_linked(kCurrent) + Lines{kLookUp + kCurrent} +
-                               links_synced() + given_to_readers(log) + appended(log)));
+                               links_synced() + owner_and_mode_set(log) + appended(log)));
   EXPECT_EQ(content(log), "hello");
   EXPECT_EQ(mode(log), 0660u);
   EXPECT_EQ(target(kCurrent), log);
@@ -145,14 +145,14 @@ TEST_F(KpiStoreTest, PackageIsAppendedToALogThatHasContent) {
   EXPECT_FALSE(has(kTemporary));
 }
 
-TEST_F(KpiStoreTest, EmptyLogIsGivenToItsReadersFirst) {
+TEST_F(KpiStoreTest, OwnerAndModeOfAnEmptyLogAreSetFirst) {
   begin("");
   EXPECT_THAT(merge("two"), ElementsAreArray(taken() + Lines{kLookUp + kCurrent} +
-                                             given_to_readers(log) + appended(log)));
+                                             owner_and_mode_set(log) + appended(log)));
   EXPECT_EQ(mode(log), 0660u);
 }
 
-TEST_F(KpiStoreTest, PackagesOfAnySizeAreCopiedWhole) {
+TEST_F(KpiStoreTest, PackagesOfAnySizeAreCopiedCompletely) {
   begin("");
   std::string all;
   for (size_t size : {1u, 255u, 256u, 257u, 512u, 65535u}) {
@@ -173,10 +173,10 @@ TEST_F(KpiStoreTest, PackageOfSeveralPacketsIsMergedAfterTheLast) {
   EXPECT_EQ(content(log), "abc");
 }
 
-TEST_F(KpiStoreTest, OwnerAndModeThatCannotBeSetAreLoggedAndTheMergeGoesOn) {
+TEST_F(KpiStoreTest, FailureToSetOwnerAndModeIsLoggedAndTheMergeContinues) {
   begin("");
   failing = {{"chown", EPERM}, {"chmod", EROFS}};
-  auto given = given_to_readers(log);
+  auto given = owner_and_mode_set(log);
   EXPECT_THAT(
       merge("x"),
       ElementsAreArray(
@@ -188,7 +188,7 @@ TEST_F(KpiStoreTest, OwnerAndModeThatCannotBeSetAreLoggedAndTheMergeGoesOn) {
   EXPECT_EQ(content(log), "x");
 }
 
-TEST_F(KpiStoreTest, LostLinkResetsTheDirectoryButKeepsTemporaryFiles) {
+TEST_F(KpiStoreTest, MissingLinkResetsTheDirectoryButKeepsTemporaryFiles) {
   put("/data/vorn/vorn_20200101000000.log", "lost");
   put("/data/vorn/~vorn0003.log", "of another package");
   put_link(kPrevious, "/data/vorn/vorn_20200101000000.log");
@@ -198,7 +198,7 @@ TEST_F(KpiStoreTest, LostLinkResetsTheDirectoryButKeepsTemporaryFiles) {
   EXPECT_EQ(content(log), "x");
 }
 
-TEST_F(KpiStoreTest, LinkToAMissingLogResetsTheDirectoryToo) {
+TEST_F(KpiStoreTest, LinkToAMissingLogResetsTheDirectory) {
   put_link(kCurrent, "/data/vorn/vorn_20200101000000.log");
   EXPECT_THAT(
       merge("x"),
@@ -207,11 +207,11 @@ TEST_F(KpiStoreTest, LinkToAMissingLogResetsTheDirectoryToo) {
           Lines{kLookUp + kCurrent, "log: vorn_update_current_log: Unable to get cur log file",
                 "log: vorn_update_current_log: clean the whole dir!", "log: vorn_reset_dir DONE!"} +
           created(log) + not_linked(kCurrent) + Lines{kLookUp + kCurrent} + links_synced() +
-          given_to_readers(log) + appended(log)));
+          owner_and_mode_set(log) + appended(log)));
   EXPECT_EQ(target(kCurrent), log);
 }
 
-TEST_F(KpiStoreTest, LogThatCannotBeCreatedOnTheFirstRunLeavesTheTemporaryFile) {
+TEST_F(KpiStoreTest, LogThatCannotBeCreatedOnTheFirstRunKeepsTheTemporaryFile) {
   make_folder(log);
   EXPECT_THAT(
       merge("x"),
@@ -224,7 +224,7 @@ TEST_F(KpiStoreTest, LogThatCannotBeCreatedOnTheFirstRunLeavesTheTemporaryFile) 
   EXPECT_EQ(content(kTemporary), "x");
 }
 
-TEST_F(KpiStoreTest, TemporaryFileThatIsGoneIsLogged) {
+TEST_F(KpiStoreTest, MissingTemporaryFileIsLogged) {
   begin("");
   const VornPath gone = "/data/vorn/~vorn0007.log";
   vorn_update_current_log(gone, kpi_store.logs);
@@ -233,7 +233,7 @@ TEST_F(KpiStoreTest, TemporaryFileThatIsGoneIsLogged) {
   EXPECT_EQ(content(log), "");
 }
 
-TEST_F(KpiStoreTest, LogThatCannotBeOpenedLeavesTheTemporaryFile) {
+TEST_F(KpiStoreTest, LogThatCannotBeOpenedKeepsTheTemporaryFile) {
   put_link(kCurrent, kVorn + "/folder");
   make_folder(kVorn + "/folder");
   EXPECT_THAT(merge("x"),
@@ -243,7 +243,7 @@ TEST_F(KpiStoreTest, LogThatCannotBeOpenedLeavesTheTemporaryFile) {
   EXPECT_EQ(content(kTemporary), "x");
 }
 
-TEST_F(KpiStoreTest, TemporaryFileThatCannotBeOpenedAgainStays) {
+TEST_F(KpiStoreTest, TemporaryFileThatCannotBeOpenedAgainIsKept) {
   begin("one");
   put(kTemporary, "x");
   failing["open " + kTemporary] = EIO;
@@ -255,7 +255,7 @@ TEST_F(KpiStoreTest, TemporaryFileThatCannotBeOpenedAgainStays) {
   EXPECT_EQ(content(log), "one");
 }
 
-TEST_F(KpiStoreTest, TemporaryFileThatWasNotMergedIsMergedWithNothingLater) {
+TEST_F(KpiStoreTest, TemporaryFileOfAFailedMergeIsNotMergedLater) {
   begin("");
   failing["open " + log] = EACCES;
   merge("first");
@@ -264,4 +264,4 @@ TEST_F(KpiStoreTest, TemporaryFileThatWasNotMergedIsMergedWithNothingLater) {
   EXPECT_EQ(content(log), "second");
 }
 
-}  // namespace
+}  // namespace kpi_store_test

@@ -5,9 +5,9 @@
 
 using testing::ElementsAre;
 
-namespace {
+namespace lte_data_test {
 
-// A response of `size` bytes, zero but for pieces at their offsets.
+// A response of `size` bytes: pieces at their offsets, zero elsewhere.
 Bytes response(size_t size, const std::map<size_t, std::string>& pieces) {
   Bytes bytes(size);
   for (const auto& [offset, digits] : pieces) {
@@ -27,7 +27,7 @@ class LteDataQuery : public CarrierPhone {
     answer(0x5A, response(164, {{64, "01 EEEEEEEEEEEEEE C4C3C2C1"}}));
   }
 
-  // The record, every byte of which the caller had set.
+  // The record; the caller had set every byte to 0xEE.
   std::string get(int expected_result = 1) {
     LteData data;
     memset(&data, 0xEE, sizeof data);
@@ -50,7 +50,7 @@ const std::string kPower = "C4C3C2C1";
 std::string record(const std::string& fields) { return hex(from_hex(fields)); }
 std::string callers(size_t bytes) { return hex(Bytes(bytes, 0xEE)); }
 
-TEST_F(LteDataQuery, EveryFieldLandsInItsPlace) {
+TEST_F(LteDataQuery, EveryFieldHasItsOffset) {
   EXPECT_EQ(get(), record(kState + kPlmn + kCell + kChannels + kSignal + kPower));
   EXPECT_THAT(trace,
               ElementsAre("log: qor_qmi_sprint_get_lte_data entered ", "send vendor 0x107",
@@ -74,7 +74,7 @@ TEST_F(LteDataQuery, NullRecordIsRefused) {
                                  "log: qor_qmi_sprint_get_lte_data: p_lte_data == NULL"));
 }
 
-TEST_F(LteDataQuery, ServiceStateThatIsRefusedIsZeroAndTheRecordComplete) {
+TEST_F(LteDataQuery, RefusedServiceStateIsZeroAndTheRecordIsComplete) {
   for (uint32_t result : {0u, 2u}) {
     answer(0x107, le32(result) + le32(17) + Bytes{0xB2});
     EXPECT_EQ(get(), record("00000000" + kPlmn + kCell + kChannels + kSignal + kPower));
@@ -85,7 +85,7 @@ TEST_F(LteDataQuery, ServiceStateThatIsRefusedIsZeroAndTheRecordComplete) {
   }
 }
 
-TEST_F(LteDataQuery, ServiceStateThatIsNotSentIsZeroAndTheRecordComplete) {
+TEST_F(LteDataQuery, FailedServiceStateIsZeroAndTheRecordIsComplete) {
   fail_send(0x107, -3);
   EXPECT_EQ(get(), record("00000000" + kPlmn + kCell + kChannels + kSignal + kPower));
   EXPECT_THAT(
@@ -95,7 +95,7 @@ TEST_F(LteDataQuery, ServiceStateThatIsNotSentIsZeroAndTheRecordComplete) {
                  "send vendor 0x10a", "send nas 0x24", "send nas 0x4f", "send nas 0x5a"));
 }
 
-TEST_F(LteDataQuery, FieldsWithoutValidityKeepWhatTheCallerPutThere) {
+TEST_F(LteDataQuery, FieldsWithoutValidityKeepTheCallersValue) {
   answer(0x10A, le32(1) + le32(0) + from_hex("0000 2322 0000 1312 0033 0044"));
   answer(0x24, response(1508, {{1106, "5150 6160"}, {1436, "74737271"}}));
   answer(0x4F, response(64, {{38, "81 91 A2A1"}}));
@@ -103,7 +103,7 @@ TEST_F(LteDataQuery, FieldsWithoutValidityKeepWhatTheCallerPutThere) {
   EXPECT_EQ(get(), record(kState) + callers(26));
 }
 
-TEST_F(LteDataQuery, AnyValidityByteButZeroCounts) {
+TEST_F(LteDataQuery, AnyNonZeroValidityByteCounts) {
   for (std::string valid : {"02", "80", "FF"}) {
     std::string channels = valid + "00 2322" + valid + "00 1312" + valid + "33" + valid + "44";
     answer(0x10A, le32(1) + le32(0) + from_hex(channels));
@@ -114,19 +114,19 @@ TEST_F(LteDataQuery, AnyValidityByteButZeroCounts) {
   }
 }
 
-TEST_F(LteDataQuery, TheTwoFieldsOfTheServingSystemAreTakenByThemselves) {
+TEST_F(LteDataQuery, FieldsOfTheServingSystemHaveTheirOwnValidity) {
   answer(0x24, response(1508, {{1104, "01 EE 5150 6160"}, {1436, "74737271"}}));
   EXPECT_EQ(get(), record(kState + kPlmn) + callers(4) + record(kChannels + kSignal + kPower));
   answer(0x24, response(1508, {{1106, "5150 6160"}, {1434, "01 EE 74737271"}}));
   EXPECT_EQ(get(), record(kState) + callers(4) + record(kCell + kChannels + kSignal + kPower));
 }
 
-TEST_F(LteDataQuery, FailedChannelQueryDoesNotStopIt) {
+TEST_F(LteDataQuery, FailedChannelQueryDoesNotEndTheQuery) {
   fail_send(0x10A, -3);
   EXPECT_EQ(get(), record(kState + kPlmn + kCell) + callers(10) + record(kSignal + kPower));
 }
 
-// The three NAS messages: a failure ends the query, and the fields before it stay.
+// The three NAS messages: a failure ends the query and keeps the fields before it.
 struct Failing : NamedRow {
   unsigned int message;
   int rc;
@@ -166,7 +166,7 @@ const Failing kFailing[] = {
 
 class LteDataFailure : public LteDataQuery, public testing::WithParamInterface<Failing> {};
 
-TEST_P(LteDataFailure, EndsWithTheFieldsSoFar) {
+TEST_P(LteDataFailure, KeepsTheFieldsBeforeIt) {
   answer(GetParam().message, GetParam().answer);
   fail_send(GetParam().message, GetParam().rc);
   EXPECT_EQ(get(GetParam().result), GetParam().record);
@@ -184,4 +184,4 @@ TEST_P(LteDataFailure, EndsWithTheFieldsSoFar) {
 
 INSTANTIATE_TEST_SUITE_P(Of, LteDataFailure, testing::ValuesIn(kFailing), kNameOfRow);
 
-}  // namespace
+}  // namespace lte_data_test

@@ -1,14 +1,13 @@
 // SPDX-License-Identifier: Apache-2.0
-// A phone whose modem keeps a number assignment module, for tests of its reading and writing.
+// A phone whose modem has a number assignment module, for tests of reading and writing it.
 #pragma once
 
 #include "tests/unit/product/carrier_phone.h"
 
-// The items in the order in which both requests go through them; the position is the number under
-// which a failure is logged.
+// The items in the order of both requests; a failure is logged with the position of its item.
 inline constexpr uint32_t kNamItems[] = {8, 25, 26, 21, 22, 15, 36, 16, 17, 29, 31, 30, 20, 18, 2};
 
-// The parent's record: every value different from every other.
+// The parent's record; all values are different.
 struct Nam {
   std::string mdn = "206555019800001";
   std::string min = "2065551234";
@@ -64,10 +63,10 @@ class NamPhone : public CarrierPhone {
   }
 };
 
-// The programming code that set requests carry.
+// The programming code in set requests.
 inline const std::string kNamCode = "123456";
 
-// The same, for set requests; `nam` is the record that they carry.
+// The same for set requests; `nam` is their record.
 class NamWrite : public NamPhone {
  protected:
   Nam nam;

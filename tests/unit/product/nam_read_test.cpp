@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// Get NAM information: fifteen items become one record.
+// Get NAM information: fifteen items are read into one record.
 #include "src/carrier/nam.h"
 #include "tests/unit/product/nam_phone.h"
 
@@ -9,7 +9,7 @@ using testing::ElementsAreArray;
 using testing::Not;
 using testing::StartsWith;
 
-namespace {
+namespace nam_read_test {
 
 constexpr uint32_t kGetNam = 0x02000001;
 const std::string kBlock = "qorext_hook_sprint_get_nam_block_request_info:  ";
@@ -28,9 +28,9 @@ class NamRead : public NamPhone {
   }
 };
 
-TEST_F(NamRead, EveryItemsValueLandsInItsField) { EXPECT_EQ(get(), hex(Nam().record())); }
+TEST_F(NamRead, EveryItemHasItsField) { EXPECT_EQ(get(), hex(Nam().record())); }
 
-TEST_F(NamRead, EveryItemIsReadOnceInItsOrder) {
+TEST_F(NamRead, EveryItemIsReadOnceInOrder) {
   get();
   std::vector<uint32_t> read;
   for (const Exchange& exchange : exchanges) {
@@ -41,7 +41,7 @@ TEST_F(NamRead, EveryItemIsReadOnceInItsOrder) {
   EXPECT_THAT(read, ElementsAreArray(kNamItems));
 }
 
-// The lines of a digit of the directory number: as read, and as a character.
+// The lines of the digits of the directory number: each as read and as a character.
 Lines mdn_digits(const Bytes& read, const std::string& characters) {
   Lines lines;
   for (size_t i = 0; i < read.size(); ++i) {
@@ -99,10 +99,10 @@ TEST_F(NamRead, EveryStepIsLogged) {
 
 class NamReadFailure : public NamRead, public testing::WithParamInterface<size_t> {};
 
-TEST_P(NamReadFailure, GivesItsNumberAndAnUnfilledRecord) {
+TEST_P(NamReadFailure, LogsItsNumberAndReturnsAnEmptyRecord) {
   unreadable = {kNamItems[GetParam()]};
   EXPECT_EQ(get(5), hex(Bytes(104)));
-  EXPECT_EQ(exchanges.size(), 15u) << "every item is read, whatever failed before it";
+  EXPECT_EQ(exchanges.size(), 15u) << "every item is read, also after a failure";
   EXPECT_THAT(logs(), Contains("qorext_hook_sprint_get_nam_item: READ NV VALUE 4 ").Times(1));
   Lines end = Lines{"log: " + kBlock + "ERROR FOUND " + std::to_string(GetParam()) + " "} +
               reply_lines(replies().at(0));
@@ -113,7 +113,7 @@ TEST_P(NamReadFailure, GivesItsNumberAndAnUnfilledRecord) {
 
 INSTANTIATE_TEST_SUITE_P(OfItem, NamReadFailure, testing::Range<size_t>(0, 15));
 
-TEST_F(NamRead, FirstFailureIsTheOneTold) {
+TEST_F(NamRead, FirstFailureIsReported) {
   unreadable = {2, 36, 26};
   get(5);
   EXPECT_THAT(logs(), Contains(kBlock + "ERROR FOUND 2 "));
@@ -128,18 +128,18 @@ TEST_F(NamRead, ValueOfAFailedReadIsZero) {
                                              kBlock + "GET NAM VALUE IMSI_T_S1  7275648 "}));
 }
 
-TEST_F(NamRead, ShorterNumberIsFilledUpWithZeros) {
+TEST_F(NamRead, ShorterNumberIsPaddedWithZeros) {
   items[8] = from_hex("00 03 05 0A 07");
   EXPECT_EQ(get().substr(0, 32), hex(text("507000000000000") + Bytes(1)));
   EXPECT_THAT(logs(), Contains(kBlock + "GET NAM VALUE MDN  507000000000000 "));
 }
 
-TEST_F(NamRead, OneByteBehindTheDigitCountIsTakenToo) {
+TEST_F(NamRead, OneByteAfterTheDigitCountIsDecoded) {
   items[8] = from_hex("00 02 05 0A 07 08");
   EXPECT_EQ(get().substr(0, 32), hex(text("507000000000000") + Bytes(1)));
 }
 
-TEST_F(NamRead, DigitCountBeyondTheNumberStaysInsideIt) {
+TEST_F(NamRead, DigitCountBeyondTheNumberIsLimited) {
   items[8] = Bytes{0, 255} + Bytes(60, 3);
   EXPECT_EQ(get().substr(0, 32), hex(text(std::string(15, '3')) + Bytes(1)));
 }
@@ -150,7 +150,7 @@ TEST_F(NamRead, DigitsOfTenZerosAreDecoded) {
   EXPECT_EQ(get().substr(32, 32), hex(text("0000000000") + Bytes(6)));
 }
 
-TEST_F(NamRead, VocoderValuesAreMappedBack) {
+TEST_F(NamRead, VocoderValuesAreConverted) {
   const uint32_t kValues[] = {32768, 32770, 32796, 2, 9, 3, 68};
   for (uint32_t code = 0; code < 7; ++code) {
     items[30] = Bytes(4) + le16(static_cast<uint16_t>(kValues[code])) + Bytes(2);
@@ -166,12 +166,12 @@ TEST_F(NamRead, OtherVocoderValuesAreAllOnes) {
   EXPECT_THAT(logs(), Contains(kInfo + "Vocoder => -1 Access_Overload => 7 "));
 }
 
-TEST_F(NamRead, OnlyTheFirstPairIsTaken) {
+TEST_F(NamRead, OnlyTheFirstPairIsReported) {
   items[15] = Bytes{0} + le16(1) + le16(2) + le16(3) + le16(4);
   EXPECT_EQ(get().substr(2 * 32, 16), hex(le32(1) + le32(2)));
 }
 
-TEST_F(NamRead, ItemAsLongAsTheBufferIsTaken) {
+TEST_F(NamRead, ItemAsLongAsTheBufferIsUsed) {
   answer(8, read_answer(36, 1024, {42}));
   items.erase(36);
   EXPECT_EQ(get().substr(2 * 40, 8), "2A000000");
@@ -183,4 +183,4 @@ TEST_F(NamRead, ItemLongerThanTheBufferCountsAsZero) {
   EXPECT_EQ(get().substr(2 * 40, 8), "00000000");
 }
 
-}  // namespace
+}  // namespace nam_read_test

@@ -1,6 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// Set NAM information: one record becomes fifteen items, and perhaps a new service programming
-// code.
+// Set NAM information: one record is written to fifteen items.
 #include "src/carrier/nam.h"
 #include "tests/unit/product/nam_phone.h"
 #include "tests/unit/product/random_digits.h"
@@ -11,13 +10,13 @@ using testing::ElementsAreArray;
 using testing::Not;
 using testing::StartsWith;
 
-namespace {
+namespace nam_write_test {
 
 const std::string kSet = "qorext_hook_sprint_set_nam_info:  SET NAM ";
 const std::string kBlock = "qorext_hook_sprint_set_nam_block_request_info:  ";
 const std::string kMdn = "qorext_hook_sprint_set_mdn_to_nv:  ";
 
-TEST_F(NamWrite, EveryItemIsWrittenInItsOrderWithTheBytesReadAroundItsValue) {
+TEST_F(NamWrite, EveryItemIsWrittenInOrderAndKeepsTheBytesAroundItsValue) {
   EXPECT_EQ(set(), 0u);
   EXPECT_THAT(
       writes(),
@@ -44,7 +43,7 @@ TEST_F(NamWrite, SevenItemsAreReadBeforeTheyAreWritten) {
                           "write 20", "write 18", "read 2", "write 2"));
 }
 
-TEST_F(NamWrite, EveryNamIndexIsZeroWhateverTheModemHas) {
+TEST_F(NamWrite, EveryNamIndexIsWrittenAsZero) {
   for (uint32_t item : {25u, 26u, 21u, 22u, 15u, 2u}) items[item][0] = 0x99;
   set();
   for (const Write& write : writes()) {
@@ -99,7 +98,7 @@ TEST_F(NamWrite, EveryStepIsLogged) {
 
 class NamWriteFailure : public NamWrite, public testing::WithParamInterface<size_t> {};
 
-TEST_P(NamWriteFailure, GivesItsNumberAndStopsNothing) {
+TEST_P(NamWriteFailure, LogsItsNumberAndDoesNotEndTheWrite) {
   unwritable = {kNamItems[GetParam()]};
   nam.new_spc = "654321";
   EXPECT_EQ(set(5), 0u);
@@ -111,7 +110,7 @@ TEST_P(NamWriteFailure, GivesItsNumberAndStopsNothing) {
 
 INSTANTIATE_TEST_SUITE_P(OfItem, NamWriteFailure, testing::Range<size_t>(0, 15));
 
-TEST_F(NamWrite, FirstFailureIsTheOneTold) {
+TEST_F(NamWrite, FirstFailureIsReported) {
   unwritable = {2, 36, 26};
   fail_send(0x52, -3);
   nam.new_spc = "654321";
@@ -179,7 +178,7 @@ TEST_F(NamWrite, OtherVocoderCodesWrite32768) {
   }
 }
 
-TEST_F(NamWrite, NumbersAreCutToTheirItems) {
+TEST_F(NamWrite, NumbersAreCutToTheSizeOfTheirItems) {
   nam.sid = 0x12345678;
   nam.scm = 0x1FF;
   nam.primary_a = 0x00010002;
@@ -191,7 +190,7 @@ TEST_F(NamWrite, NumbersAreCutToTheirItems) {
   EXPECT_EQ(written(2), "00F10A");
 }
 
-TEST_F(NamWrite, EveryRecordThatIsSetIsReadBack) {
+TEST_F(NamWrite, EveryRecordIsReadAsItWasSet) {
   RandomDigits random(20655501);
   for (int i = 0; i < 40; ++i) {
     nam.mdn = random.digits(15);
@@ -212,4 +211,4 @@ TEST_F(NamWrite, EveryRecordThatIsSetIsReadBack) {
   }
 }
 
-}  // namespace
+}  // namespace nam_write_test

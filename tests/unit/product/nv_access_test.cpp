@@ -6,7 +6,7 @@
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-namespace {
+namespace nv_access_test {
 
 class NvAccess : public ServingPhone {
  protected:
@@ -45,7 +45,7 @@ TEST_F(NvAccess, FixedReadRepliesWithTheFirstFourBytes) {
   EXPECT_EQ(sent().response_length, 540u);
 }
 
-TEST_F(NvAccess, FixedReadDoesNotLookAtTheModemsResult) {
+TEST_F(NvAccess, FixedReadIgnoresTheModemsResult) {
   answer(8, read_answer(28, 4, {9, 8, 7, 6}, 1, 16));
   read(Request::cdma(0x0200000F), 37);
   EXPECT_THAT(replies(), ElementsAre(reply(0x0200000F, 0, {9, 8, 7, 6})));
@@ -85,12 +85,12 @@ TEST_F(NvAccess, FixedReadThatCannotBeSentFails) {
                                  "reply: " + reply(0x02000007, 5)));
 }
 
-TEST_F(NvAccess, FixedReadWithoutAResponseRowIsNotAnswered) {
+TEST_F(NvAccess, FixedReadWithoutAResponseRowGetsNoReply) {
   EXPECT_EQ(read(Request::cdma(0x02000008)), 0);
   EXPECT_THAT(trace, ElementsAre("log: NV Read RdeId 28", "send vendor 0x8"));
 }
 
-TEST_F(NvAccess, FixedReadWithoutMemoryIsNotAnswered) {
+TEST_F(NvAccess, FixedReadWithoutMemoryGetsNoReply) {
   allocations_left = 0;
   EXPECT_EQ(read(Request::cdma(0x02000007)), 0);
   EXPECT_THAT(replies(), IsEmpty());
@@ -117,7 +117,7 @@ TEST_F(NvAccess, MatchingCodeIsConfirmed) {
                                  "reply: " + reply(0x0200000A, 0)));
 }
 
-TEST_F(NvAccess, CodeIsComparedWhateverTheModemsResult) {
+TEST_F(NvAccess, CodeIsComparedAlsoAfterAModemError) {
   answer(8, read_answer(32, 6, text("123456"), 1, 16));
   read(Request::cdma(0x0200000A, text("123456")), 32);
   EXPECT_THAT(replies(), ElementsAre(reply(0x0200000A, 0)));
@@ -158,7 +158,7 @@ TEST_F(NvAccess, FixedWriteSendsThePayload) {
   EXPECT_EQ(sent().response_length, 8u);
 }
 
-TEST_F(NvAccess, FixedWriteTakes512Bytes) {
+TEST_F(NvAccess, FixedWriteAccepts512Bytes) {
   Bytes data = numbered(512);
   write(Request::cdma(0x02000008, data));
   EXPECT_EQ(Bytes(sent().request.begin() + 20, sent().request.end()), data);
@@ -191,7 +191,7 @@ TEST_F(NvAccess, FixedWriteFailsOnTheSendAndOnTheModemsResult) {
   }
 }
 
-TEST_F(NvAccess, GeneralReadRepliesWithWhatTheModemGave) {
+TEST_F(NvAccess, GeneralReadRepliesWithTheAddressAndDataOfTheModem) {
   answer(8, read_answer(77, 10, numbered(10)));
   general_read(Request::cdma(0x02000016, le32(10001) + le32(2) + le32(3) + le32(10)));
   std::string frame =
@@ -217,7 +217,7 @@ TEST_F(NvAccess, GeneralReadFailsOnTheSendAndOnTheModemsResult) {
   }
 }
 
-TEST_F(NvAccess, GeneralReadIsCutToWhatTheModemCanHaveSent) {
+TEST_F(NvAccess, GeneralReadIsCutToTheSizeOfTheResponse) {
   answer(8, read_answer(1, 100000, numbered(512)));
   general_read();
   ASSERT_EQ(replies().size(), 1u);
@@ -226,7 +226,7 @@ TEST_F(NvAccess, GeneralReadIsCutToWhatTheModemCanHaveSent) {
       reply(0x02000016, 0, le32(1) + le32(7) + le32(8) + le32(512) + numbered(512) + Bytes(4)));
 }
 
-TEST_F(NvAccess, GeneralReadWithoutMemoryIsNotAnswered) {
+TEST_F(NvAccess, GeneralReadWithoutMemoryGetsNoReply) {
   allocations_left = 0;
   general_read();
   EXPECT_THAT(replies(), IsEmpty());
@@ -249,7 +249,7 @@ TEST_F(NvAccess, GeneralWriteOf512BytesIsSent) {
   EXPECT_THAT(replies(), ElementsAre(reply(0x02000015, 0)));
 }
 
-TEST_F(NvAccess, GeneralWriteOf513BytesOrANegativeLengthIsNotAnswered) {
+TEST_F(NvAccess, GeneralWriteOf513BytesOrMoreGetsNoReply) {
   general_write(513, numbered(513));
   EXPECT_THAT(trace, ElementsAre("log: Data more than buffer size 513"));
   general_write(0xFFFFFFFF, {});
@@ -293,7 +293,7 @@ TEST_F(NvAccess, HandlersReturnZeroAlsoAfterAFailure) {
   }
 }
 
-TEST_F(NvAccess, NullRequestIsLeftUnanswered) {
+TEST_F(NvAccess, NullRequestGetsNoReply) {
   EXPECT_EQ(nvRead(nullptr, 28), 0);
   EXPECT_EQ(nvWrite(nullptr, 28), 0);
   EXPECT_EQ(genNvRead(nullptr, 0), 0);
@@ -301,4 +301,4 @@ TEST_F(NvAccess, NullRequestIsLeftUnanswered) {
   EXPECT_THAT(trace, IsEmpty());
 }
 
-}  // namespace
+}  // namespace nv_access_test

@@ -10,7 +10,7 @@
 
 using testing::ElementsAreArray;
 
-namespace {
+namespace panic_notice_test {
 
 constexpr char kBootInfo[] = "/proc/bootinfo";
 constexpr char kRestarts[] = "/sys/module/subsystem_restart/parameters/modem_restarts";
@@ -41,14 +41,14 @@ class PanicNotice : public CapturePhone {
  protected:
   PanicNotice() { qmi_qorext_hook_client_init(handleUnsolMsg); }
 
-  // What the check leaves in the trace, having returned 0.
+  // The trace of a check that returns 0.
   const Lines& check() {
     trace.clear();
     EXPECT_EQ(notify_auto_verify_sim_pin(), 0);
     return trace;
   }
 
-  // The POWERUPREASON that is read from such a text.
+  // The POWERUPREASON that is found in this text.
   std::string reason_in(const std::string& boot_info) {
     put(kBootInfo, boot_info);
     const std::string prefix = "debug: is_kernel_panic POWERUPREASON=";
@@ -61,11 +61,11 @@ class PanicNotice : public CapturePhone {
   }
 };
 
-TEST_F(PanicNotice, PhoneWithoutAnyOfTheFilesSendsNothing) {
+TEST_F(PanicNotice, MissingFilesSendNothing) {
   EXPECT_THAT(check(), ElementsAreArray(kNothingFound));
 }
 
-TEST_F(PanicNotice, KernelPanicSendsTheNoticeWithoutLookingAtTheModem) {
+TEST_F(PanicNotice, KernelPanicSendsTheNoticeWithoutACheckOfTheModem) {
   put(kBootInfo, "POWERUPREASON : 0x00020000\n");
   put(kRestarts, "0\n");
   EXPECT_THAT(check(), ElementsAreArray(reason("0x00020000") + kCalled));
@@ -80,13 +80,13 @@ TEST_F(PanicNotice, NoticeHasTypeFourLengthOneAndZeros) {
   EXPECT_EQ(exchanges[0].timeout_ms, 15000u);
 }
 
-TEST_F(PanicNotice, AnswerToTheNoticeIsNotLookedAt) {
+TEST_F(PanicNotice, ResponseToTheNoticeIsIgnored) {
   put(kRestarts, "1\n");
   answer(0x0F, le32(1) + le32(512) + Bytes(512, 0xFF));
   EXPECT_EQ(notify_auto_verify_sim_pin(), 0);
 }
 
-TEST_F(PanicNotice, NoticeThatCannotBeSentGivesMinusOne) {
+TEST_F(PanicNotice, NoticeThatCannotBeSentReturnsMinusOne) {
   fail_send(0x0F, -3);
   put(kBootInfo, "POWERUPREASON : 0x00020000\n");
   EXPECT_EQ(notify_auto_verify_sim_pin(), -1);
@@ -98,12 +98,12 @@ TEST_F(PanicNotice, NoticeThatCannotBeSentGivesMinusOne) {
   EXPECT_EQ(notify_auto_verify_sim_pin(), -1);
 }
 
-TEST_F(PanicNotice, BootInfoThatCannotBeReadIsPassedOverInSilence) {
+TEST_F(PanicNotice, UnreadableBootInfoIsSkippedWithoutALogLine) {
   make_folder(kBootInfo);
   EXPECT_THAT(check(), ElementsAreArray(kNothingFound));
 }
 
-TEST_F(PanicNotice, PowerUpReasonStandsBehindTheNextColonAndBlank) {
+TEST_F(PanicNotice, PowerUpReasonFollowsTheNextColonAndSpace) {
   EXPECT_EQ(reason_in("POWERUPREASON: 0x00020000"), "0x00020000");
   EXPECT_EQ(reason_in("POWERUPREASON : 0x00020000\n"), "0x00020000");
   EXPECT_EQ(reason_in("SERIAL : 12\nPOWERUPREASON : 0x00020000 (panic)\nX : 1\n"), "0x00020000");
@@ -111,7 +111,7 @@ TEST_F(PanicNotice, PowerUpReasonStandsBehindTheNextColonAndBlank) {
   EXPECT_EQ(reason_in("POWERUPREASON: 0x4000\nPOWERUPREASON: 0x00020000\n"), "0x4000");
 }
 
-TEST_F(PanicNotice, PowerUpReasonWithoutColonAndBlankIsEmpty) {
+TEST_F(PanicNotice, PowerUpReasonWithoutColonAndSpaceIsEmpty) {
   EXPECT_EQ(reason_in("POWERUPREASON=0x00020000\n"), "");
   EXPECT_EQ(reason_in("POWERUPREASON:0x00020000\n"), "");
   EXPECT_EQ(reason_in("BOARD: 0x00020000\nPOWERUPREASON"), "");
@@ -121,7 +121,7 @@ TEST_F(PanicNotice, PowerUpReasonWithoutColonAndBlankIsEmpty) {
   EXPECT_EQ(reason_in(""), "");
 }
 
-TEST_F(PanicNotice, OtherSpellingsOfTheReasonAreNoPanic) {
+TEST_F(PanicNotice, OtherSpellingsOfTheReasonAreNotAPanic) {
   for (std::string value : {"0x20000", "0X00020000", "0x0002000", "0x000200000", "00020000"}) {
     EXPECT_EQ(reason_in("POWERUPREASON : " + value + "\n"), value);
   }
@@ -156,7 +156,7 @@ TEST_F(PanicNotice, RestartsOfTheModemSendTheNotice) {
   }
 }
 
-TEST_F(PanicNotice, RestartsOfZeroSendNothingWhateverTheReasonFileSays) {
+TEST_F(PanicNotice, RestartsOfZeroSendNothingForAnyReason) {
   put(kReason, "watchdog\n");
   for (std::string text : {"0\n", "0", "000\n", "x0\n"}) {
     put(kRestarts, text);
@@ -164,7 +164,7 @@ TEST_F(PanicNotice, RestartsOfZeroSendNothingWhateverTheReasonFileSays) {
   }
 }
 
-TEST_F(PanicNotice, RestartsWithoutADigitInTheFirstLineGoOnToTheReasonFile) {
+TEST_F(PanicNotice, RestartsWithoutADigitInTheFirstLineContinueWithTheReasonFile) {
   put(kReason, "watchdog\n");
   std::string beyond_the_line = std::string(31, 'a') + "1\n";
   for (std::string text : {std::string("\n"), std::string(), std::string("none\n"),
@@ -174,7 +174,7 @@ TEST_F(PanicNotice, RestartsWithoutADigitInTheFirstLineGoOnToTheReasonFile) {
   }
 }
 
-TEST_F(PanicNotice, RestartsThatCannotBeReadGoOnToTheReasonFile) {
+TEST_F(PanicNotice, UnreadableRestartsContinueWithTheReasonFile) {
   make_folder(kRestarts);
   put(kReason, "watchdog\n");
   EXPECT_THAT(check(), ElementsAreArray(kLookingForRestarts + kLookingForSsr + kCalled));
@@ -200,11 +200,11 @@ TEST_F(PanicNotice, EmptyReasonOfTheModemSendsNothing) {
   EXPECT_THAT(check(), ElementsAreArray(nothing));
 }
 
-TEST_F(PanicNotice, ProbesWriteNothing) {
+TEST_F(PanicNotice, ChecksOpenFilesForReadingOnly) {
   put(kRestarts, "0\n");
   check();
   for (const auto& [path, flags] : opened) EXPECT_EQ(flags & O_ACCMODE, O_RDONLY) << path;
   EXPECT_EQ(opened.size(), 2u);
 }
 
-}  // namespace
+}  // namespace panic_notice_test

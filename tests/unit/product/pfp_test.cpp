@@ -5,7 +5,7 @@
 
 using testing::IsEmpty;
 
-namespace {
+namespace pfp_test {
 
 constexpr uint32_t kPfpRequest = 0x0200001C;
 constexpr unsigned int kPfpMessage = 0x0A;
@@ -18,7 +18,7 @@ Bytes table(uint16_t rat, uint32_t index) {
 
 class Pfp : public ServingPhone {
  protected:
-  // What a request with this outcome leaves in the trace.
+  // The trace of a request with this outcome.
   static Lines outcome(int rc, uint32_t result, uint32_t id, uint32_t status) {
     return {"log: MyPfp: Sending request ", "send vendor 0xa",
             "log: MyPfp: returned rc=" + std::to_string(rc) +
@@ -27,7 +27,7 @@ class Pfp : public ServingPhone {
   }
 };
 
-TEST_F(Pfp, RequestAsksForTheTable) {
+TEST_F(Pfp, RequestIsSentToTheModem) {
   EXPECT_EQ(myPfpRequest(Request::cdma(kPfpRequest, numbered(8)).data(), 0), 0);
   EXPECT_EQ(trace, outcome(0, 0, kPfpRequest, 0));
   EXPECT_EQ(sent().request, Bytes(4));
@@ -40,7 +40,7 @@ TEST_F(Pfp, RequestIsServedByTheFallbackTable) {
   EXPECT_EQ(trace, declined_request(kPfpRequest, outcome(0, 0, kPfpRequest, 0)));
 }
 
-TEST_F(Pfp, RefusalByTheModemIsStillAnsweredWithSuccess) {
+TEST_F(Pfp, RefusalByTheModemGetsStatusZero) {
   answer(kPfpMessage, le32(1) + le32(48) + le32(0x77777777));
   EXPECT_EQ(myPfpRequest(Request::cdma(kPfpRequest).data(), 0), 0);
   EXPECT_EQ(trace, outcome(0, 1, kPfpRequest, 0));
@@ -55,7 +55,7 @@ TEST_F(Pfp, RequestThatCannotBeSentFails) {
   }
 }
 
-TEST_F(Pfp, NullRequestIsAnsweredWithIdZero) {
+TEST_F(Pfp, ReplyToANullRequestHasIdZero) {
   EXPECT_EQ(myPfpRequest(nullptr, 0), 0);
   EXPECT_EQ(trace, outcome(0, 0, 0, 0));
 }
@@ -77,7 +77,7 @@ TEST_F(Pfp, TableIsForwardedWhole) {
   EXPECT_EQ(frame.size(), 2u * 260);
 }
 
-TEST_F(Pfp, SizeOfTheEncodedTableIsTheDecodersConcern) {
+TEST_F(Pfp, SizeOfTheEncodedTableIsCheckedByTheDecoderOnly) {
   decode_to(kPfpIndication, table(7, 12345));
   for (size_t size : {0u, 1u, 232u, 233u, 4096u}) {
     encoded = Bytes(size, 0xCD);
@@ -101,7 +101,7 @@ TEST_F(Pfp, TableThatCannotBeDecodedIsDropped) {
             declined(kPfpIndication, {"call decode 0xa", "log: failed to decode pfp idl data"}));
 }
 
-TEST_F(Pfp, TableWithoutMemoryIsDroppedWithoutAWord) {
+TEST_F(Pfp, TableWithoutMemoryIsDroppedWithoutALogLine) {
   decode_to(kPfpIndication, table(7, 12345));
   allocations_left = 0;
   indicate(kPfpIndication);
@@ -109,7 +109,7 @@ TEST_F(Pfp, TableWithoutMemoryIsDroppedWithoutAWord) {
   EXPECT_EQ(logs().back(), "Unsol resp 0xa not supported by Sprint handler.");
 }
 
-TEST_F(Pfp, TableThatCannotBeWrittenIsLoggedAllTheSame) {
+TEST_F(Pfp, TableThatCannotBeWrittenIsLogged) {
   decode_to(kPfpIndication, table(1, 2));
   write_errnos = {EPIPE};
   indicate(kPfpIndication);
@@ -130,4 +130,4 @@ TEST_F(Pfp, IndicationHandlerReturnsZero) {
   EXPECT_EQ(deliver(), 0);
 }
 
-}  // namespace
+}  // namespace pfp_test

@@ -4,14 +4,14 @@
 
 using testing::ElementsAre;
 
-namespace {
+namespace plmn_test {
 
 constexpr uint32_t kDataPlmn = 0x60001;
 constexpr unsigned int QMI_DATA_PLMN_REQ_V01 = 0x16;
 
 class DataPlmn : public ServingPhone {};
 
-TEST_F(DataPlmn, RecordIsAnsweredWithoutAHeader) {
+TEST_F(DataPlmn, RecordIsSentWithoutAHeader) {
   Bytes record = numbered(568);
   answer(QMI_DATA_PLMN_REQ_V01, record);
   ask(Request::generic(kDataPlmn));
@@ -20,13 +20,13 @@ TEST_F(DataPlmn, RecordIsAnsweredWithoutAHeader) {
                    "log: HexDump: Data " + hex(record), "reply: " + hex(record)}));
 }
 
-TEST_F(DataPlmn, NothingOfTheRequestIsUsed) {
+TEST_F(DataPlmn, RequestIsIgnored) {
   ask(generic_claiming(0xFFFFFFFF, kDataPlmn, numbered(40)));
   EXPECT_EQ(sent().request, Bytes(4));
   EXPECT_EQ(sent().response_length, 568u);
 }
 
-TEST_F(DataPlmn, FailedSendIsAnsweredWithZeros) {
+TEST_F(DataPlmn, FailedSendGetsZeros) {
   fail_send(QMI_DATA_PLMN_REQ_V01, -3);
   answer(QMI_DATA_PLMN_REQ_V01, numbered(568));
   ask(Request::generic(kDataPlmn));
@@ -50,7 +50,7 @@ struct Answer {
 Answer named(const Bytes& name) { return {name, static_cast<uint32_t>(name.size())}; }
 Answer named(const std::string& name) { return named(text(name)); }
 
-// The bytes between the values read are no zeros.
+// The bytes between the values are not zero.
 Bytes record(const Answer& a) {
   return le32(a.result) + le32(a.error) + Bytes{a.valid} + Bytes(27, 0xEE) + le32(a.coding) +
          Bytes(8, 0xEE) + le32(a.stated_length) + a.name;
@@ -61,8 +61,8 @@ const Lines kDump = {"log: Dumping modem response for GET_PLMN_NAME_REQ_MSG_V01.
 
 class OperatorName : public ServingPhone {
  protected:
-  // A request for the name of 310 260, answered so; returns the trace behind the exchange's lines.
-  Lines judge(const Answer& given) {
+  // Requests the name of 310 260 and returns the trace after the lines of the exchange.
+  Lines trace_of(const Answer& given) {
     answer(GET_PLMN_NAME_REQ_MSG_V01, record(given));
     ask(Request::generic(kOperatorName, le16(310) + le16(260)));
     EXPECT_THAT(Lines(trace.begin(), trace.begin() + 4),
@@ -77,7 +77,7 @@ class OperatorName : public ServingPhone {
     return {"log: Sending OnRequest Complete", "reply: " + generic_answer(kOperatorName, data)};
   }
 
-  // What judge() returns for a name, and for none.
+  // What trace_of() returns for a name, and without one.
   static Lines name_lines(const std::string& name, const Lines& notices = {}) {
     return kDump + notices + Lines{"log: plmn short name is 7-bit Unpacked data " + name} +
            answered(text(name));
@@ -88,7 +88,7 @@ class OperatorName : public ServingPhone {
   }
 };
 
-TEST_F(OperatorName, RequestAsksTheStaticTableForMccAndMnc) {
+TEST_F(OperatorName, RequestSendsMccAndMncForTheStaticTable) {
   ask(Request::generic(kOperatorName, from_hex("3601 0401 EE")));
   EXPECT_EQ(sent().service, "nas");
   EXPECT_EQ(sent().request, from_hex("3601 0401 01 01 0000 00 00 01 01 00") + Bytes(19));
@@ -97,7 +97,7 @@ TEST_F(OperatorName, RequestAsksTheStaticTableForMccAndMnc) {
   EXPECT_EQ(sent().timeout_ms, 15000u);
 }
 
-TEST_F(OperatorName, MccAndMncAreTakenWhateverLengthTheHeaderClaims) {
+TEST_F(OperatorName, MccAndMncAreReadForAnyLengthInTheHeader) {
   const struct {
     uint32_t length;
     const char* line;
@@ -113,76 +113,78 @@ TEST_F(OperatorName, MccAndMncAreTakenWhateverLengthTheHeaderClaims) {
   }
 }
 
-TEST_F(OperatorName, NameIsAnsweredInUtf8) {
-  EXPECT_EQ(judge(named("Telco")), name_lines("Telco"));
-  EXPECT_EQ(judge(named(from_hex("02 41 10 00"))), name_lines("$A\u0394@"));
+TEST_F(OperatorName, NameIsSentInUtf8) {
+  EXPECT_EQ(trace_of(named("Telco")), name_lines("Telco"));
+  EXPECT_EQ(trace_of(named(from_hex("02 41 10 00"))), name_lines("$A\u0394@"));
 }
 
-TEST_F(OperatorName, NameWithTheCodeZeroIsNotCutShort) {
-  EXPECT_EQ(judge(named(from_hex("41 00 42"))), name_lines("A@B"));
+TEST_F(OperatorName, NameWithTheCodeZeroIsNotCut) {
+  EXPECT_EQ(trace_of(named(from_hex("41 00 42"))), name_lines("A@B"));
 }
 
-TEST_F(OperatorName, BytesOf80HexAndMorePassUnchanged) {
-  EXPECT_EQ(judge(named("T\xC3\xA9l\xE9\xFF")), name_lines("T\xC3\xA9l\xE9\xFF"));
+TEST_F(OperatorName, BytesOf80HexAndMoreAreCopied) {
+  EXPECT_EQ(trace_of(named("T\xC3\xA9l\xE9\xFF")), name_lines("T\xC3\xA9l\xE9\xFF"));
 }
 
-TEST_F(OperatorName, ModemsResultWordDoesNotMatter) {
+TEST_F(OperatorName, ModemsResultIsIgnored) {
   Answer given = named("Telco");
   given.result = 1;
   given.error = 48;
-  EXPECT_EQ(judge(given), name_lines("Telco"));
+  EXPECT_EQ(trace_of(given), name_lines("Telco"));
 }
 
-TEST_F(OperatorName, FailedSendIsAnsweredWithFive) {
+TEST_F(OperatorName, FailedSendGetsStatusFive) {
   fail_send(GET_PLMN_NAME_REQ_MSG_V01, -3);
   Answer given = named("Telco");
   given.result = 1;
   given.error = 3;
-  EXPECT_EQ(judge(given), Lines{"log: Sending GET_PLMN_NAME_REQ_MSG_V01 failed!"} + answered({5}));
+  EXPECT_EQ(trace_of(given),
+            Lines{"log: Sending GET_PLMN_NAME_REQ_MSG_V01 failed!"} + answered({5}));
 }
 
-TEST_F(OperatorName, ValidityOtherThanOneIsAnsweredWithFive) {
+TEST_F(OperatorName, ValidityOtherThanOneGetsStatusFive) {
   for (uint8_t valid : Bytes{0, 2, 255}) {
     Answer given = named("Telco");
     given.valid = valid;
-    EXPECT_EQ(judge(given),
+    EXPECT_EQ(trace_of(given),
               kDump + Lines{"log:  plmn_resp.eons_plmn_name_3gpp_valid is FALSE!"} + answered({5}));
   }
 }
 
-TEST_F(OperatorName, CodingOtherThanTheDefaultAlphabetIsAnsweredWithFive) {
+TEST_F(OperatorName, CodingOtherThanTheDefaultAlphabetGetsStatusFive) {
   for (uint32_t coding : {1u, 2u, 0x100u, 0xFFFFFFFFu}) {
     Answer given = named("Telco");
     given.coding = coding;
-    EXPECT_EQ(judge(given),
+    EXPECT_EQ(trace_of(given),
               kDump + Lines{"log:  plmn_resp.eons_plmn_name_3gpp_valid is FALSE!"} + answered({5}));
   }
 }
 
-TEST_F(OperatorName, EmptyNameIsAnsweredWithFive) {
-  EXPECT_EQ(judge(named("")),
+TEST_F(OperatorName, EmptyNameGetsStatusFive) {
+  EXPECT_EQ(trace_of(named("")),
             no_name_lines({"log: Invalid parameters for GSM alphabet to UTF8 conversion, "
                            "input len = 0"}));
 }
 
-TEST_F(OperatorName, NameOfCarriageReturnsAloneIsAnsweredWithFive) {
-  EXPECT_EQ(judge(named("\r\r")), no_name_lines({"debug: ignored CR charecter at index = 0",
-                                                 "debug: ignored CR charecter at index = 1"}));
+TEST_F(OperatorName, NameOfOnlyCarriageReturnsGetsStatusFive) {
+  EXPECT_EQ(trace_of(named("\r\r")), no_name_lines({"debug: ignored CR charecter at index = 0",
+                                                    "debug: ignored CR charecter at index = 1"}));
 }
 
 TEST_F(OperatorName, CarriageReturnsInsideANameAreDropped) {
-  EXPECT_EQ(judge(named("A\rB")), name_lines("AB", {"debug: ignored CR charecter at index = 1"}));
+  EXPECT_EQ(trace_of(named("A\rB")),
+            name_lines("AB", {"debug: ignored CR charecter at index = 1"}));
 }
 
-TEST_F(OperatorName, LengthIsTakenAs16Bits) {
-  EXPECT_EQ(judge({text("Telco"), 0x10003}), name_lines("Tel"));
-  EXPECT_EQ(judge({text("Telco"), 0x10000}),
+TEST_F(OperatorName, LengthHas16Bits) {
+  EXPECT_EQ(trace_of({text("Telco"), 0x10003}), name_lines("Tel"));
+  EXPECT_EQ(trace_of({text("Telco"), 0x10000}),
             no_name_lines({"log: Invalid parameters for GSM alphabet to UTF8 conversion, "
                            "input len = 0"}));
 }
 
-TEST_F(OperatorName, LengthBeyondTheNameFindsZerosWhichAreAtSigns) {
-  EXPECT_EQ(judge({text("AB"), 4}), name_lines("AB@@"));
+TEST_F(OperatorName, LengthBeyondTheNameReadsZerosWhichAreAtSigns) {
+  EXPECT_EQ(trace_of({text("AB"), 4}), name_lines("AB@@"));
 }
 
 TEST_F(OperatorName, ReplyHoldsAtMost512Bytes) {
@@ -198,7 +200,7 @@ TEST_F(OperatorName, ReplyHoldsAtMost512Bytes) {
       {kNameRoom, 'a', "a", 512}, {kNameRoom, 0x10, "\u0394", 256},
   };
   for (const auto& row : kRows) {
-    judge(named(Bytes(row.length, row.code)));
+    trace_of(named(Bytes(row.length, row.code)));
     std::string name;
     for (size_t i = 0; i < row.units; ++i) name += row.unit;
     EXPECT_THAT(replies(), ElementsAre(generic_answer(kOperatorName, text(name)))) << row.length;
@@ -209,12 +211,12 @@ TEST_F(OperatorName, NameWithoutMemoryForItsReplyIsLost) {
   allocations_left = 0;
   Lines lost = name_lines("Telco");
   lost.pop_back();
-  EXPECT_EQ(judge(named("Telco")), lost);
+  EXPECT_EQ(trace_of(named("Telco")), lost);
 }
 
-TEST_F(OperatorName, LengthBeyondTheRecordReadsNothingBehindIt) {
+TEST_F(OperatorName, LengthBeyondTheRecordReadsNothingAfterIt) {
   for (uint32_t length : {uint32_t{kNameRoom} + 1, 0xFFFFu, 0xFFFFFFFFu}) {
-    judge({Bytes(kNameRoom, 'a'), length});
+    trace_of({Bytes(kNameRoom, 'a'), length});
     EXPECT_THAT(replies(), ElementsAre(generic_answer(kOperatorName, Bytes(512, 'a')))) << length;
     std::string name = "plmn short name is 7-bit Unpacked data ";
     if (length == kNameRoom + 1) {
@@ -223,4 +225,4 @@ TEST_F(OperatorName, LengthBeyondTheRecordReadsNothingBehindIt) {
   }
 }
 
-}  // namespace
+}  // namespace plmn_test

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// Numbers that differ from case to case and are the same in every run.
+// Pseudo-random numbers that are the same in every run.
 #pragma once
 
 #include <random>

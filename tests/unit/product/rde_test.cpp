@@ -5,7 +5,7 @@
 
 using testing::ElementsAre;
 
-namespace {
+namespace rde_test {
 
 Bytes item(uint32_t length, const Bytes& data, uint32_t data_length) {
   return le32(0) + le32(0) + le32(77) + le32(1) + le32(2) + le32(length) + le32(data_length) + data;
@@ -30,7 +30,7 @@ TEST_F(Rde, WriteSendsTheItem) {
   EXPECT_EQ(exchanges[0].response_length, 8u);
 }
 
-TEST_F(Rde, WriteOf512BytesIsSentAnd513Refused) {
+TEST_F(Rde, WriteOf512BytesIsSentAndOf513Refused) {
   Bytes data(513, 0x11);
   EXPECT_EQ(qor_qmi_sprint_rde_write(41, 0, 0, 512, data.data()), 0u);
   EXPECT_EQ(exchanges.size(), 1u);
@@ -95,7 +95,7 @@ TEST_F(Rde, LengthIsComparedUnsigned) {
   EXPECT_EQ(trace.back(), "log: Input buffer is NULL or too small! max_len(5).");
 }
 
-TEST_F(Rde, AddressesAreSentWhole) {
+TEST_F(Rde, AddressesAreSentWith32Bits) {
   qor_qmi_sprint_rde_write(0x01020304, 0x05060708, -2, 0, "");
   qor_qmi_sprint_rde_read(0x01020304, 0x05060708, -2, nullptr, 0, nullptr);
   for (const Exchange& exchange : exchanges) {
@@ -120,7 +120,7 @@ TEST_F(Rde, ReadWithoutABufferIsASuccess) {
   EXPECT_EQ(trace.back(), "log: Input buffer is NULL or too small! max_len(16).");
 }
 
-TEST_F(Rde, LengthBeyondTheMessageIsCutToWhatItHolds) {
+TEST_F(Rde, LengthBeyondTheMessageIsCut) {
   answer(8, item(600, Bytes(512, 0x5A), 512));
   Bytes output(1024);
   uint32_t length = 0;
@@ -146,4 +146,4 @@ TEST_F(Rde, ReadFailsOnTheSendAndOnTheModemsResult) {
   }
 }
 
-}  // namespace
+}  // namespace rde_test

@@ -11,7 +11,7 @@
 
 using testing::ElementsAre;
 
-namespace {
+namespace request_loop_test {
 
 const std::string kWaiting = "log: Child process waiting for data";
 const std::string kReadFailed = "log: Read failed";
@@ -58,16 +58,16 @@ TEST_F(RequestLoop, FailedSelectIsLoggedAndTriedAgain) {
   }
 }
 
-// Leaves bytes with every bit set where the next calls have their variables.
-__attribute__((noinline)) void soil_stack() {
+// Sets every bit of the stack that the next calls use.
+__attribute__((noinline)) void fill_stack() {
   volatile uint8_t bytes[4096];
   for (volatile uint8_t& byte : bytes) byte = 0xFF;
 }
 
-// What each select finds in its set is checked by the select itself.
-TEST_F(RequestLoop, OnlyTheRequestPipeIsWaitedFor) {
+// The scripted select() checks its set.
+TEST_F(RequestLoop, SelectWaitsForTheRequestPipeOnly) {
   pipe = {{.select_result = -1, .select_errno = EINTR}, {}};
-  soil_stack();
+  fill_stack();
   serve_requests(kRequestFd);
   EXPECT_EQ(trace.size(), 6u);
 }
@@ -100,7 +100,7 @@ TEST_F(RequestLoop, SevenBytesAreAWrongMessage) {
                           "reply: 16000002FFFFFFFF"));
 }
 
-TEST_F(RequestLoop, OneByteIsAnsweredWithZerosBehindIt) {
+TEST_F(RequestLoop, ErrorReplyToOneByteIsPaddedWithZeros) {
   serve({{.data = {0x77}}});
   EXPECT_THAT(replies(), ElementsAre("77000000FFFFFFFF"));
 }
@@ -146,12 +146,12 @@ TEST_F(RequestLoop, LargestRequestIsReadInOnePiece) {
   EXPECT_THAT(replies(), ElementsAre(reply(0x0200000B, 6)));
 }
 
-TEST_F(RequestLoop, OneReadTakesNoMoreThan17408Bytes) {
+TEST_F(RequestLoop, OneReadIsLimitedTo17408Bytes) {
   serve({{.data = Bytes(20000, 0xEE)}});
   EXPECT_THAT(logs(), testing::Contains("Read 17408 bytes from pipe"));
 }
 
-TEST_F(RequestLoop, NothingOfAnEarlierRequestIsSeenByALaterOne) {
+TEST_F(RequestLoop, LaterRequestSeesNothingOfAnEarlierOne) {
   qmi_qorext_hook_client_init(handleUnsolMsg);
   Bytes claims_more = le32(0x02000008) + le32(512) + Bytes(10) + from_hex("01020304");
   serve({{.data = Bytes(kRequestSize, 0xEE)}, {.data = claims_more}});
@@ -160,14 +160,14 @@ TEST_F(RequestLoop, NothingOfAnEarlierRequestIsSeenByALaterOne) {
   EXPECT_EQ(written, from_hex("01020304") + Bytes(508));
 }
 
-// What each read finds in its buffer is checked by the read itself.
-TEST_F(RequestLoop, WholeBufferIsZeroedBeforeEachRead) {
+// The scripted read() checks its buffer.
+TEST_F(RequestLoop, CompleteBufferIsZeroedBeforeEachRead) {
   Bytes request(kRequestSize, 0xEE);
   serve({{.data = request}, {.data = {0x77}}, {.data = request}});
   EXPECT_EQ(replies().size(), 3u);
 }
 
-TEST_F(RequestLoop, TwoRequestsInOneReadAreTheFirstAlone) {
+TEST_F(RequestLoop, SecondRequestInOneReadIsIgnored) {
   serve({{.data = from_hex("0B000002 00000000 0B000002 00000000")}});
   EXPECT_THAT(replies(), ElementsAre(reply(0x0200000B, 6)));
 }
@@ -179,7 +179,7 @@ TEST_F(RequestLoop, ClosedReplyPipeDoesNotEndTheLoop) {
   EXPECT_EQ(trace.back(), "log: Buffer length is zero..Exiting QOREXT");
 }
 
-TEST_F(RequestLoop, DescriptorZeroIsServedLikeAnyOther) {
+TEST_F(RequestLoop, DescriptorZeroIsServed) {
   int standard_input = dup(STDIN_FILENO);
   int ends[2];
   ASSERT_EQ(pipe2(ends, O_CLOEXEC), 0);
@@ -193,8 +193,8 @@ TEST_F(RequestLoop, DescriptorZeroIsServedLikeAnyOther) {
                                  "log: Buffer length is zero..Exiting QOREXT"));
 }
 
-// The loop never ends by itself on such a descriptor: its process ends after two turns.
-TEST_F(RequestLoop, DescriptorBeyondTheSetFailsLikeAClosedOne) {
+// The loop does not end on such a descriptor: its process ends after two rounds.
+TEST_F(RequestLoop, DescriptorOutsideTheSetFailsLikeAClosedOne) {
   GTEST_FLAG_SET(death_test_style, "threadsafe");
   std::string turn =
       "log: Child process waiting for data\n"
@@ -205,4 +205,4 @@ TEST_F(RequestLoop, DescriptorBeyondTheSetFailsLikeAClosedOne) {
   EXPECT_EXIT(serve_requests(-7), testing::ExitedWithCode(0), turn + turn);
 }
 
-}  // namespace
+}  // namespace request_loop_test

@@ -40,7 +40,7 @@ class Request {
     return request;
   }
 
-  // What the header claims, whatever the payload.
+  // Sets the length in the header, which may differ from the payload's.
   Request&& claiming(uint32_t length) && {
     store_le32(at(kCdmaLength), length);
     return std::move(*this);
@@ -86,14 +86,14 @@ inline Bytes numbered(size_t size) {
   return bytes;
 }
 
-// The modem's answer to an element read; `length` is what it claims.
+// The modem's response to an element read; `length` is the length it states.
 inline Bytes read_answer(uint32_t rde_id, uint32_t length, const Bytes& data, uint32_t result = 0,
                          uint32_t error = 0) {
   return le32(result) + le32(error) + le32(rde_id) + le32(7) + le32(8) + le32(length) +
          le32(static_cast<uint32_t>(data.size())) + data;
 }
 
-// A CDMA-hook reply as it must lie on the pipe.
+// A CDMA-hook reply as written to the pipe.
 inline std::string reply(uint32_t id, uint32_t status, const Bytes& data = {}) {
   auto length = static_cast<uint32_t>(data.size());
   return hex(le32(id) + le32(length) + le32(status) + Bytes(6) + data + Bytes(2));
@@ -106,12 +106,12 @@ inline Bytes be32(uint32_t value) {
 
 inline constexpr unsigned int kUtilityMessage = 0x0F;
 
-// The response to it, whose first word says nothing.
+// The response to it; its first 32 bits are not used.
 inline Bytes utility_response(uint32_t length, const Bytes& data) {
   return le32(0xEEEEEEEE) + le32(length) + data;
 }
 
-// A generic request whose header claims a length, whatever the payload.
+// A generic request with this length in its header.
 inline Request generic_claiming(uint32_t length, uint32_t id, const Bytes& payload = {}) {
   Request request = Request::generic(id, payload);
   Bytes bytes = be32(length);
@@ -119,12 +119,12 @@ inline Request generic_claiming(uint32_t length, uint32_t id, const Bytes& paylo
   return request;
 }
 
-// The reply to a generic request of type 1: its id big-endian, the length of the data not.
+// The reply to a generic request of type 1: the id is big-endian, the length little-endian.
 inline std::string generic_answer(uint32_t id, const Bytes& data) {
   return hex(be32(0x01000000 | id) + le32(static_cast<uint32_t>(data.size())) + data);
 }
 
-// Unsolicited messages in the two forms of header.
+// Unsolicited messages with the two forms of header.
 inline std::string cdma_event(uint32_t id, const Bytes& data) {
   auto length = static_cast<uint32_t>(data.size());
   return hex(le32(0) + le32(20) + le32(id) + le32(length) + le32(0) + Bytes(6) + data + Bytes(2));
@@ -141,8 +141,7 @@ inline std::string log_hex(uint32_t value) {
   return digits;
 }
 
-// The trace of an indication that the carrier path leaves to the table, up to the lines of its
-// handler.
+// The trace of an indication that the carrier path declines, with the lines of its handler.
 inline Lines declined(unsigned int id, const Lines& handler = {}) {
   return Lines{"log: Handling unsol msg " + std::to_string(static_cast<int>(id)),
                "debug: qor_qmi_sprint_hook_ind_cb: Unknown Indication from Modem.",
@@ -158,7 +157,7 @@ inline Lines declined_request(uint32_t id, const Lines& handler) {
          handler;
 }
 
-// The row of a table of cases, which its test is named by.
+// A row of a table of cases; its name is the name of its test.
 struct NamedRow {
   const char* name;
 };

@@ -4,12 +4,12 @@
 using testing::ElementsAre;
 using testing::ElementsAreArray;
 
-namespace {
+namespace sid_nid_test {
 
 constexpr uint32_t kGetPairs = 0x02000003;
 constexpr uint32_t kSetPairs = 0x02000004;
 
-// Twenty pairs with distinct values, as the modem keeps them and as the parent sees them.
+// Twenty pairs with distinct values, in the width of the modem's item or of the parent's record.
 Bytes pairs(Bytes (*value)(uint16_t)) {
   Bytes bytes;
   for (unsigned i = 0; i < 20; ++i) {
@@ -30,7 +30,7 @@ const Lines kSetting = {
     "log: qorext_hook_sprint_set_nv_spc_protected_data_from_oem: EVENT VALUE 33554436 ",
     "log: qorext_hook_sprint_set_sid_nid_pairs:  SET SID/NID PAIRS  0 "};
 
-TEST_F(SidNid, TwentyPairsAreWidened) {
+TEST_F(SidNid, TwentyPairsAreExtendedTo32Bits) {
   items[15] = Bytes{0} + pairs(le16);
   EXPECT_EQ(offer(Request::cdma(kGetPairs)), 0u);
   std::string frame = reply(kGetPairs, 0, pairs(as_word));
@@ -41,7 +41,7 @@ TEST_F(SidNid, TwentyPairsAreWidened) {
   EXPECT_THAT(trace, ElementsAreArray(expected));
 }
 
-TEST_F(SidNid, FailedReadGivesZerosAndStatusFive) {
+TEST_F(SidNid, FailedReadReturnsZerosAndStatusFive) {
   unreadable = {15};
   offer(Request::cdma(kGetPairs));
   Lines expected = kGetting + failed_read_lines(15) +
@@ -50,13 +50,13 @@ TEST_F(SidNid, FailedReadGivesZerosAndStatusFive) {
   EXPECT_THAT(trace, ElementsAreArray(expected));
 }
 
-TEST_F(SidNid, FewerPairsThanTwentyAreFilledUpWithZeros) {
+TEST_F(SidNid, FewerThanTwentyPairsArePaddedWithZeros) {
   items[15] = Bytes{0} + le16(1) + le16(2);
   offer(Request::cdma(kGetPairs));
   EXPECT_THAT(replies(), ElementsAre(reply(kGetPairs, 0, le32(1) + le32(2) + Bytes(152))));
 }
 
-TEST_F(SidNid, TwentyPairsAreCutTo16BitsBehindTheNamIndex) {
+TEST_F(SidNid, TwentyPairsAreCutTo16BitsAfterTheNamIndex) {
   Bytes payload = pairs([](uint16_t value) { return le16(value) + from_hex("ADDE"); });
   Bytes item = Bytes{0} + pairs(le16);
   EXPECT_EQ(offer(Request::cdma(kSetPairs, payload).with_code("ABCDEF")), 0u);
@@ -67,7 +67,7 @@ TEST_F(SidNid, TwentyPairsAreCutTo16BitsBehindTheNamIndex) {
   EXPECT_THAT(trace, ElementsAreArray(expected));
 }
 
-TEST_F(SidNid, RefusedWriteGivesStatusFive) {
+TEST_F(SidNid, RefusedWriteReturnsStatusFive) {
   unwritable = {15};
   offer(Request::cdma(kSetPairs, Bytes(160)));
   Lines expected = kSetting + failed_write_lines(15, Bytes(81)) +
@@ -76,10 +76,10 @@ TEST_F(SidNid, RefusedWriteGivesStatusFive) {
   EXPECT_THAT(trace, ElementsAreArray(expected));
 }
 
-TEST_F(SidNid, PairsAreSetWithoutACodeChangeWhateverTheCode) {
+TEST_F(SidNid, PairsAreSetWithoutACodeChangeForAnyCode) {
   offer(Request::cdma(kSetPairs, Bytes(160)).with_code("zzzzzz"));
   EXPECT_EQ(exchanges.size(), 1u);
   EXPECT_EQ(exchanges[0].id, 9u);
 }
 
-}  // namespace
+}  // namespace sid_nid_test

@@ -5,7 +5,7 @@
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-namespace {
+namespace signal_coverage_test {
 
 constexpr uint32_t kCoverage = 0x50020;
 constexpr uint32_t kCoverageWithMode = 0x50029;
@@ -51,13 +51,13 @@ TEST_F(SignalCoverage, TextThatIsNotTerminatedLosesItsLastCharacter) {
   EXPECT_EQ(sent().request, message(from_hex("02 02 6162 00")));
 }
 
-TEST_F(SignalCoverage, SingleCharacterIsLostWhole) {
+TEST_F(SignalCoverage, SingleCharacterIsReplacedByTheTerminator) {
   ask(Request::generic(kCoverage, text("a")));
   EXPECT_EQ(trace, outcome(kCoverage, 0, 1, kNotTerminated));
   EXPECT_EQ(sent().request, message({0, 0}));
 }
 
-TEST_F(SignalCoverage, WithoutPayloadSendsTheModeAlone) {
+TEST_F(SignalCoverage, EmptyPayloadSendsOnlyTheMode) {
   for (uint32_t id : {kCoverage, kCoverageWithMode}) {
     ask(Request::generic(id));
     EXPECT_EQ(trace, outcome(id, 0, 0));
@@ -65,7 +65,7 @@ TEST_F(SignalCoverage, WithoutPayloadSendsTheModeAlone) {
   }
 }
 
-TEST_F(SignalCoverage, TakesAtMost255BytesOfText) {
+TEST_F(SignalCoverage, TextIsLimitedTo255Bytes) {
   for (uint32_t length : {254u, 255u, 256u, 300u, 4000u}) {
     ask(Request::generic(kCoverage, Bytes(length, 'x')));
     EXPECT_EQ(trace, outcome(kCoverage, 0, static_cast<int>(length), kNotTerminated));
@@ -74,7 +74,7 @@ TEST_F(SignalCoverage, TakesAtMost255BytesOfText) {
   }
 }
 
-TEST_F(SignalCoverage, EndIsLookedForWhereTheTextIsCut) {
+TEST_F(SignalCoverage, TerminatorIsCheckedAtTheCut) {
   Bytes payload(300, 'x');
   payload[254] = 0;
   ask(Request::generic(kCoverage, payload));
@@ -82,7 +82,7 @@ TEST_F(SignalCoverage, EndIsLookedForWhereTheTextIsCut) {
   EXPECT_EQ(sent().request, message(Bytes{0} + Bytes(254, 'x') + Bytes{0}));
 }
 
-TEST_F(SignalCoverage, LengthBeyondThePayloadFindsZeros) {
+TEST_F(SignalCoverage, LengthBeyondThePayloadReadsZeros) {
   for (uint32_t length : {5u, 255u, 300u, 0xFFFFFFFFu}) {
     ask(generic_claiming(length, kCoverage, text("abc")));
     EXPECT_EQ(trace, outcome(kCoverage, 0, static_cast<int>(length)));
@@ -96,7 +96,7 @@ TEST_F(SignalCoverage, LengthShorterThanThePayloadCutsTheText) {
   EXPECT_EQ(sent().request, message({0, 'a', 0}));
 }
 
-TEST_F(SignalCoverage, FailedSendIsAnsweredWithFive) {
+TEST_F(SignalCoverage, FailedSendGetsStatusFive) {
   fail_send(kUtilityMessage, -3);
   ask(Request::generic(kCoverage, text("abc") + Bytes{0}));
   EXPECT_EQ(trace, outcome(kCoverage, 0, 4, {}, 5));
@@ -141,4 +141,4 @@ TEST_F(SignalCoverage, ReportThatCannotBeWrittenIsLost) {
             declined(kCoverageIndication, {"call decode 0x10c", "log: Write to parent failed 32"}));
 }
 
-}  // namespace
+}  // namespace signal_coverage_test

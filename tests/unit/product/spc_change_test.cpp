@@ -1,16 +1,16 @@
 // SPDX-License-Identifier: Apache-2.0
-// The change of the service programming code that a NAM write may carry.
+// The change of the service programming code in a NAM write.
 #include "tests/unit/product/nam_phone.h"
 
 using testing::Contains;
 using testing::HasSubstr;
 using testing::Not;
 
-namespace {
+namespace spc_change_test {
 
 const std::string kFailureIs = "qorext_hook_sprint_set_nam_block_request_info:  ERROR FOUND ";
 
-// The trace around the items, with the lines that follow them.
+// Selects parts of the trace around the items.
 class SpcChange : public NamWrite {
  protected:
   const std::string kSet = "log: qorext_hook_sprint_set_nam_info:  SET NAM ";
@@ -20,7 +20,7 @@ class SpcChange : public NamWrite {
     auto item = std::find(trace.rbegin(), trace.rend(), last_line).base();
     return {item, trace.end()};
   }
-  // The lines between those of the identities and those of the system values.
+  // The lines after those of the identities and before those of the system values.
   Lines check() const {
     auto begins = [](std::string text) {
       return [text](const std::string& line) { return line.starts_with(text); };
@@ -68,7 +68,7 @@ TEST_F(NamWrite, UnchangedCodeIsNotWritten) {
   EXPECT_FALSE(is_code_changed());
 }
 
-TEST_F(NamWrite, ChangedCodeIsWrittenBehindTheItems) {
+TEST_F(NamWrite, ChangedCodeIsWrittenAfterTheItems) {
   nam.new_spc = "654321";
   set();
   ASSERT_FALSE(exchanges.empty());
@@ -100,7 +100,7 @@ TEST_F(NamWrite, NewCodeWithALetterChangesNoCodeAndWritesTheItems) {
   }
 }
 
-TEST_F(NamWrite, EveryDigitMayStandInANewCode) {
+TEST_F(NamWrite, NewCodeMayHaveAnyDigit) {
   for (std::string code : {"012345", "678909", "900000", "000009"}) {
     nam.new_spc = code;
     set();
@@ -109,7 +109,7 @@ TEST_F(NamWrite, EveryDigitMayStandInANewCode) {
   }
 }
 
-TEST_F(NamWrite, FirstByteThatIsNoDigitIsTheOneTold) {
+TEST_F(NamWrite, FirstByteThatIsNotADigitIsReported) {
   for (char next_to_digits : {'/', ':'}) {
     nam.new_spc = std::string("65") + next_to_digits + "3xx";
     set();
@@ -118,7 +118,7 @@ TEST_F(NamWrite, FirstByteThatIsNoDigitIsTheOneTold) {
   }
 }
 
-TEST_F(NamWrite, CodeThatIsNoDigitButUnchangedIsNotLookedAt) {
+TEST_F(NamWrite, UnchangedCodeIsNotCheckedForDigits) {
   nam.new_spc = "ABCDEF";
   set(0, "ABCDEF");
   EXPECT_THAT(logs(), Contains("isSpcChanged = 0, (ABCDEF ~ ABCDEF)"));
@@ -132,7 +132,7 @@ TEST_F(NamWrite, CodesAreComparedUpToTheirNul) {
   EXPECT_FALSE(is_code_changed());
 }
 
-TEST_F(NamWrite, LastCharacterOfTheCodeCounts) {
+TEST_F(NamWrite, LastCharacterOfTheCodeIsCompared) {
   nam.new_spc = "123457";
   set();
   EXPECT_TRUE(is_code_changed());
@@ -146,4 +146,4 @@ TEST_F(NamWrite, ChangeOfAnEarlierRequestIsForgotten) {
   EXPECT_FALSE(is_code_changed());
 }
 
-}  // namespace
+}  // namespace spc_change_test

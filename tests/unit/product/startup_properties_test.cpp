@@ -8,9 +8,7 @@ using testing::ElementsAre;
 using testing::ElementsAreArray;
 using testing::Not;
 
-int qorext_client_main(int argc, char** argv);
-
-namespace {
+namespace startup_properties_test {
 
 const std::string kVersion = "qor_qmi_read_baseband_config_version";
 
@@ -53,11 +51,11 @@ TEST_F(StartUpProperties, UnreadableBandClassIsPublishedAsZero) {
                                       Lines{"call property_set ril.lte.bc.config=0"}));
 }
 
-// The number behind the last hyphen of the modem's configuration text.
+// The number after the last hyphen of the modem's configuration text.
 struct Fsg : NamedRow {
   std::string item;
   const char* number;
-  const char* complaint;  // nullptr: none
+  const char* error_line;  // nullptr: none
 };
 
 const std::string kLongText = std::string(510, 'x') + "-7";
@@ -80,7 +78,7 @@ const Fsg kFsgs[] = {
 
 class ConfigVersion : public CarrierPhone, public testing::WithParamInterface<Fsg> {};
 
-TEST_P(ConfigVersion, IsTheTextBehindTheLastHyphen) {
+TEST_P(ConfigVersion, IsTheTextAfterTheLastHyphen) {
   Bytes fsg = text(GetParam().item);
   items[8029] = fsg;
   unreadable = {8028};
@@ -88,8 +86,8 @@ TEST_P(ConfigVersion, IsTheTextBehindTheLastHyphen) {
 
   Lines expected =
       read_lines(8029, fsg) + Lines{"log: " + kVersion + ": fsg version NV read status(0)"};
-  if (GetParam().complaint != nullptr) {
-    expected.push_back("log: " + kVersion + ": " + GetParam().complaint);
+  if (GetParam().error_line != nullptr) {
+    expected.push_back("log: " + kVersion + ": " + GetParam().error_line);
   }
   expected.push_back(std::string("call property_set ril.baseband.config.ver_num=") +
                      GetParam().number);
@@ -99,7 +97,7 @@ TEST_P(ConfigVersion, IsTheTextBehindTheLastHyphen) {
 
 INSTANTIATE_TEST_SUITE_P(Of, ConfigVersion, testing::ValuesIn(kFsgs), kNameOfRow);
 
-TEST_F(StartUpProperties, UnreadableFsgVersionIsUnknownWithoutAComplaint) {
+TEST_F(StartUpProperties, UnreadableFsgVersionIsUnknownWithoutALogLine) {
   unreadable = {8029};
   items[8028] = text("FLEX");
   qor_qmi_read_baseband_config_version();
@@ -112,7 +110,7 @@ TEST_F(StartUpProperties, UnreadableFsgVersionIsUnknownWithoutAComplaint) {
                                      "call property_set ril.baseband.config.version=FLEX"}));
 }
 
-TEST_F(StartUpProperties, UnreadableFlexVersionLeavesItsPropertyAlone) {
+TEST_F(StartUpProperties, UnreadableFlexVersionDoesNotChangeItsProperty) {
   properties["ril.baseband.config.version"] = "before";
   items[8029] = text("A-1");
   unreadable = {8028};
@@ -141,7 +139,7 @@ TEST_F(StartUpProperties, FlexVersionIsCutTo63Characters) {
   }
 }
 
-TEST_F(StartUpProperties, ShorterFlexVersionKeepsTheTailOfTheFsgVersion) {
+TEST_F(StartUpProperties, ShorterFlexVersionKeepsTheEndOfTheFsgVersion) {
   items[8029] = text("ABCDEF-123");
   items[8028] = text("xyz");
   qor_qmi_read_baseband_config_version();
@@ -210,59 +208,4 @@ TEST_F(StartUpProperties, RefusedImeiSvIsLogged) {
                  Lines{"log: IMEI_SV property write status if 0-success else failure return 4\n"}));
 }
 
-// What main publishes, and in which order.
-class StartUpOrder : public CarrierPhone {
- protected:
-  StartUpOrder() {
-    items = {{53, le32(5)}, {8029, text("A-1") + Bytes{0}}, {8028, text("FLEX") + Bytes{0}}};
-    properties["ro.radio.imei.sv"] = "7";
-  }
-
-  Lines published(std::string instance) {
-    std::string name = "qorext_client";
-    std::string descriptors[] = {"600", "601", "602"};
-    char* argv[] = {name.data(),           descriptors[0].data(), descriptors[1].data(),
-                    descriptors[2].data(), instance.data(),       nullptr};
-    pipe = {{}};
-    trace.clear();
-    EXPECT_EQ(qorext_client_main(5, argv), 0);
-
-    Lines steps;
-    for (const std::string& line : trace) {
-      for (const char* step :
-           {"call property_set ril.", "log: IMEI_SV number", "log: Child process waiting",
-            "log: qmi_qorext_hook_client_init S"}) {
-        if (line.rfind(step, 0) == 0) steps.push_back(line);
-      }
-    }
-    return steps;
-  }
-};
-
-const std::string kClientsOpen = "log: qmi_qorext_hook_client_init Succeeded\n";
-const std::string kBandClassSet = "call property_set ril.lte.bc.config=5";
-const std::string kServing = "log: Child process waiting for data";
-
-TEST_F(StartUpOrder, PrimaryInstancePublishesVersionThenImeiSvThenBandClass) {
-  EXPECT_THAT(published("0"),
-              ElementsAre(kClientsOpen, "call property_set ril.baseband.config.ver_num=1",
-                          "call property_set ril.baseband.config.version=FLEX",
-                          "log: IMEI_SV number update  7", kBandClassSet, kServing));
-}
-
-TEST_F(StartUpOrder, OtherInstancesPublishTheBandClassAlone) {
-  for (const char* instance : {"1", "2", "-1"}) {
-    EXPECT_THAT(published(instance), ElementsAre(kClientsOpen, kBandClassSet, kServing));
-  }
-}
-
-TEST_F(StartUpOrder, NoFailureStopsTheStartUp) {
-  unreadable = {53, 8028, 8029};
-  unwritable = {41};
-  EXPECT_THAT(published("0"),
-              ElementsAre(kClientsOpen, "call property_set ril.baseband.config.ver_num=Unknown",
-                          "log: IMEI_SV number update  7", "call property_set ril.lte.bc.config=0",
-                          kServing));
-}
-
-}  // namespace
+}  // namespace startup_properties_test

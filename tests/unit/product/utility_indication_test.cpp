@@ -4,7 +4,7 @@
 
 using testing::ElementsAre;
 
-namespace {
+namespace utility_indication_test {
 
 constexpr unsigned int kUtilityIndication = 0x0F;
 constexpr uint32_t kRfCableStatus = 7;
@@ -43,12 +43,12 @@ class UtilityIndication : public ServingPhone {
     indicate(kUtilityIndication);
   }
 
-  // The trace when the handler did this.
+  // The trace of an indication with these lines of its handler.
   static Lines handled(const Lines& lines) {
     return declined(kUtilityIndication, {"call decode 0xf"}) + lines;
   }
 
-  // The trace when this frame was written for an indication with `length` bytes of data.
+  // The same for an indication of `length` bytes that was forwarded as this frame.
   static Lines forwarded(const std::string& frame, size_t length) {
     return handled({"unsol: " + frame, written(frame.size() / 2, length)});
   }
@@ -70,7 +70,7 @@ TEST_F(UtilityIndication, DataIsForwardedWhole) {
   }
 }
 
-TEST_F(UtilityIndication, LogUploadNoticeStandsInFrontOfTheData) {
+TEST_F(UtilityIndication, LogUploadNoticePrecedesTheData) {
   for (uint32_t length : kLengths) {
     deliver(kLogUploadNotice.type, length, numbered(512));
     std::string frame = generic_event(kLogUploadNotice.type_and_id, Bytes{2} + numbered(length));
@@ -85,7 +85,7 @@ TEST_F(UtilityIndication, LogUploadNoticeWithoutDataIs29Bytes) {
             forwarded("01000000 08000000 000B0003 01000000 02 000000000000000000000000"_hex, 0));
 }
 
-TEST_F(UtilityIndication, TypeNineForwardsItsFirstByteWhateverItsLength) {
+TEST_F(UtilityIndication, TypeNineForwardsItsFirstByteForAnyLength) {
   for (uint32_t length : kLengths) {
     deliver(kFirstByteOnly.type, length, {0xAB, 0xCD});
     std::string frame = generic_event(kFirstByteOnly.type_and_id, {0xAB});
@@ -169,4 +169,4 @@ TEST_F(UtilityIndication, ThatCannotBeWrittenIsLost) {
   }
 }
 
-}  // namespace
+}  // namespace utility_indication_test

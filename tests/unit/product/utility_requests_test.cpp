@@ -7,7 +7,7 @@
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-namespace {
+namespace utility_requests_test {
 
 constexpr uint32_t kSilentReboot = 0x50019;
 constexpr uint32_t kSysInfoFilter = 0x5001E;
@@ -24,7 +24,7 @@ class SysInfoFilter : public ServingPhone {
   }
 };
 
-TEST_F(SysInfoFilter, PassesTheFirstByteOn) {
+TEST_F(SysInfoFilter, FirstByteIsSent) {
   for (uint8_t byte : Bytes{0, 1, 0x7F, 0xFF}) {
     ask(Request::generic(kSysInfoFilter, {byte, 0xEE}));
     EXPECT_EQ(trace, outcome(0, 0));
@@ -32,19 +32,19 @@ TEST_F(SysInfoFilter, PassesTheFirstByteOn) {
   }
 }
 
-TEST_F(SysInfoFilter, IgnoresTheModemsAnswer) {
+TEST_F(SysInfoFilter, ModemsResponseIsIgnored) {
   answer(kUtilityMessage, utility_response(17, Bytes(512, 0x11)));
   ask(Request::generic(kSysInfoFilter, {1}));
   EXPECT_EQ(trace, outcome(0, 0));
 }
 
-TEST_F(SysInfoFilter, AnswersAFailedSendWithFive) {
+TEST_F(SysInfoFilter, FailedSendGetsStatusFive) {
   fail_send(kUtilityMessage, -3);
   ask(Request::generic(kSysInfoFilter, {1}));
   EXPECT_EQ(trace, outcome(-3, 5));
 }
 
-TEST_F(SysInfoFilter, WithoutPayloadPassesAZeroOn) {
+TEST_F(SysInfoFilter, EmptyPayloadSendsZero) {
   ask(Request::generic(kSysInfoFilter));
   EXPECT_EQ(sent().request, le32(5) + le32(1) + Bytes(256));
 }
@@ -61,7 +61,7 @@ class CallEndRadioState : public ServingPhone {
   }
 };
 
-TEST_F(CallEndRadioState, PutsAStatusInThePlaceOfTheFirstByte) {
+TEST_F(CallEndRadioState, StatusReplacesTheFirstByte) {
   answer(kUtilityMessage, utility_response(17, from_hex("EE 0100030405060708 090A0B0C0D0EAFFF")));
   ask(Request::generic(kCallEndRadioState, {0x42, 0xEE}));
   EXPECT_EQ(trace, outcome(0, from_hex("00 0100030405060708 090A0B0C0D0EAFFF")) +
@@ -70,7 +70,7 @@ TEST_F(CallEndRadioState, PutsAStatusInThePlaceOfTheFirstByte) {
   EXPECT_EQ(sent().request, le32(7) + le32(1) + Bytes{0x42} + Bytes(255));
 }
 
-TEST_F(CallEndRadioState, AlwaysCarriesSeventeenBytes) {
+TEST_F(CallEndRadioState, ReplyAlwaysHasSeventeenBytes) {
   for (uint32_t length : {0u, 1u, 16u, 18u, 512u, 0xFFFFFFFFu}) {
     answer(kUtilityMessage, utility_response(length, {0xEE, 0xAB}));
     ask(Request::generic(kCallEndRadioState, {1}));
@@ -80,7 +80,7 @@ TEST_F(CallEndRadioState, AlwaysCarriesSeventeenBytes) {
   }
 }
 
-TEST_F(CallEndRadioState, AnswersAFailedSendWithFiveAlone) {
+TEST_F(CallEndRadioState, FailedSendGetsStatusFiveOnly) {
   fail_send(kUtilityMessage, -3);
   answer(kUtilityMessage, utility_response(17, Bytes(512, 0x11)));
   ask(Request::generic(kCallEndRadioState, {1}));
@@ -110,7 +110,7 @@ class SilentReboot : public ServingPhone {
   }
 };
 
-TEST_F(SilentReboot, RelaysTheModemsAnswer) {
+TEST_F(SilentReboot, ResponseIsForwarded) {
   for (uint32_t length : {1u, 2u, 255u, 511u, 512u}) {
     answer(kUtilityMessage, utility_response(length, numbered(512)));
     ask(Request::generic(kSilentReboot));
@@ -118,19 +118,19 @@ TEST_F(SilentReboot, RelaysTheModemsAnswer) {
   }
 }
 
-TEST_F(SilentReboot, RelaysAnEmptyAnswerAsTheHeaderAlone) {
+TEST_F(SilentReboot, EmptyResponseIsForwardedAsTheHeaderOnly) {
   answer(kUtilityMessage, utility_response(0, numbered(512)));
   ask(Request::generic(kSilentReboot));
   EXPECT_EQ(trace, asked(0) + relayed({}, 0));
   EXPECT_THAT(replies(), ElementsAre("01050019 00000000"_hex));
 }
 
-TEST_F(SilentReboot, PassesNothingOfThePayloadOn) {
+TEST_F(SilentReboot, PayloadIsNotSent) {
   ask(Request::generic(kSilentReboot, numbered(20)));
   EXPECT_EQ(sent().request, le32(3) + Bytes(260));
 }
 
-TEST_F(SilentReboot, AnswersAFailedSendWithFive) {
+TEST_F(SilentReboot, FailedSendGetsStatusFive) {
   fail_send(kUtilityMessage, -3);
   answer(kUtilityMessage, utility_response(17, Bytes(512, 0x11)));
   ask(Request::generic(kSilentReboot));
@@ -139,7 +139,7 @@ TEST_F(SilentReboot, AnswersAFailedSendWithFive) {
                        relayed({5}, 5));
 }
 
-TEST_F(SilentReboot, AnswerIsCutToWhatTheModemCanHaveGiven) {
+TEST_F(SilentReboot, ReplyIsCutToTheSizeOfTheResponse) {
   for (uint32_t length : {513u, 0x7FFFFFFFu, 0xFFFFFFFFu}) {
     answer(kUtilityMessage, utility_response(length, numbered(512)));
     ask(Request::generic(kSilentReboot));
@@ -147,7 +147,7 @@ TEST_F(SilentReboot, AnswerIsCutToWhatTheModemCanHaveGiven) {
   }
 }
 
-TEST_F(SilentReboot, AnnouncesItsReplyBeforeThereIsMemoryForIt) {
+TEST_F(SilentReboot, ReplyIsLoggedBeforeItsMemoryIsAllocated) {
   allocations_left = 0;
   ask(Request::generic(kSilentReboot));
   EXPECT_EQ(trace, asked(0) + announced(0));
@@ -161,7 +161,7 @@ Bytes utility_payload(uint32_t type, uint32_t length, const Bytes& data) {
   return payload;
 }
 
-// What the trace shows behind the modem's part of a request.
+// The trace of a request after its exchange with the modem.
 Lines answered(int rc, uint32_t length, const Bytes& data) {
   std::string size = std::to_string(length);
   return {"log: UTILS: Sending request result is " + std::to_string(rc), "log: handleUtilsResponse",
@@ -202,14 +202,14 @@ TEST_F(UtilityRequest, IsServedByTheFallbackTable) {
   EXPECT_EQ(trace, declined_request(kUtilityRequest, answered(-1, 0, {})));
 }
 
-TEST_F(UtilityRequest, WithoutDataIsNotSentAndAnsweredWithSuccess) {
+TEST_F(UtilityRequest, EmptyRequestIsNotSentAndGetsStatusZero) {
   answer(kUtilityMessage, utility_response(3, {7, 8, 9}));
   EXPECT_EQ(serve(utility_payload(5, 0, numbered(256))), -1);
   EXPECT_EQ(trace, answered(-1, 0, {}));
   EXPECT_THAT(exchanges, IsEmpty());
 }
 
-TEST_F(UtilityRequest, ThatCannotBeSentIsAnsweredWithoutWhatTheLibraryLeftInTheResponse) {
+TEST_F(UtilityRequest, FailedSendDoesNotForwardTheResponse) {
   modem = [](const Exchange&, std::span<uint8_t> response) {
     std::fill(response.begin(), response.end(), uint8_t{1});
     return -3;
@@ -221,7 +221,7 @@ TEST_F(UtilityRequest, ThatCannotBeSentIsAnsweredWithoutWhatTheLibraryLeftInTheR
                        answered(-3, 0, {}));
 }
 
-TEST_F(UtilityRequest, ThatCannotBeSentIsAnsweredWithSuccessAndNoData) {
+TEST_F(UtilityRequest, FailedSendGetsStatusZeroAndNoData) {
   fail_send(kUtilityMessage, -3);
   EXPECT_EQ(serve(utility_payload(5, 1, {9})), -3);
   EXPECT_EQ(trace, (Lines{"log: UTILS: req.req_data[0]9, "
@@ -230,18 +230,18 @@ TEST_F(UtilityRequest, ThatCannotBeSentIsAnsweredWithSuccessAndNoData) {
                        answered(-3, 0, {}));
 }
 
-TEST_F(UtilityRequest, ShorterThanItsRecordIsFilledWithZeros) {
+TEST_F(UtilityRequest, ShortPayloadIsPaddedWithZeros) {
   serve(le32(5) + le32(200) + Bytes{1, 2});
   EXPECT_EQ(sent().request, utility_payload(5, 200, {1, 2}));
 }
 
-TEST_F(UtilityRequest, LongerThanItsRecordIsCut) {
+TEST_F(UtilityRequest, LongPayloadIsCut) {
   Bytes payload = utility_payload(5, 0xFFFFFFFF, numbered(256));
   serve(payload + numbered(500));
   EXPECT_EQ(sent().request, payload);
 }
 
-TEST_F(UtilityRequest, RecordIsTakenWhateverLengthTheHeaderClaims) {
+TEST_F(UtilityRequest, RecordIsSentForAnyLengthInTheHeader) {
   Bytes payload = utility_payload(5, 4, numbered(256));
   for (uint32_t length : {0u, 1u, 0xFFFFFFFFu}) {
     exchanges.clear();
@@ -250,7 +250,7 @@ TEST_F(UtilityRequest, RecordIsTakenWhateverLengthTheHeaderClaims) {
   }
 }
 
-TEST_F(UtilityRequest, ReplyCarriesAsMuchAsTheModemGave) {
+TEST_F(UtilityRequest, ReplyHasTheLengthOfTheResponse) {
   for (uint32_t length : {0u, 1u, 511u, 512u}) {
     answer(kUtilityMessage, utility_response(length, numbered(512)));
     trace.clear();
@@ -259,7 +259,7 @@ TEST_F(UtilityRequest, ReplyCarriesAsMuchAsTheModemGave) {
   }
 }
 
-TEST_F(UtilityRequest, ReplyIsCutToWhatTheModemCanHaveGiven) {
+TEST_F(UtilityRequest, ReplyIsCutToTheSizeOfTheResponse) {
   for (uint32_t length : {513u, 0x7FFFFFFFu, 0xFFFFFFFFu}) {
     answer(kUtilityMessage, utility_response(length, numbered(512)));
     trace.clear();
@@ -268,7 +268,7 @@ TEST_F(UtilityRequest, ReplyIsCutToWhatTheModemCanHaveGiven) {
   }
 }
 
-TEST_F(UtilityRequest, WithoutMemoryIsNotAnswered) {
+TEST_F(UtilityRequest, FailedAllocationGetsNoReply) {
   allocations_left = 0;
   serve(utility_payload(5, 1, {0}));
   EXPECT_EQ(exchanges.size(), 1u);
@@ -281,4 +281,4 @@ TEST_F(UtilityRequest, ReplyThatCannotBeWrittenIsLost) {
   EXPECT_EQ(trace.back(), "log: Write to parent failed 32");
 }
 
-}  // namespace
+}  // namespace utility_requests_test

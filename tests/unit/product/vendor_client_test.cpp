@@ -8,7 +8,7 @@ using testing::Contains;
 using testing::ElementsAre;
 using testing::Not;
 
-namespace {
+namespace vendor_client_test {
 
 const std::string kInit = "qmi_qorext_hook_client_init";
 
@@ -36,7 +36,7 @@ class VendorClient : public FakePhone {
   }
 };
 
-TEST_F(VendorClient, ServiceThereAtOnceIsOpenedWithoutAWait) {
+TEST_F(VendorClient, RunningServiceIsOpenedWithoutAWait) {
   EXPECT_EQ(qmi_qorext_hook_client_init(handleUnsolMsg), 0);
   EXPECT_THAT(
       trace,
@@ -70,7 +70,7 @@ TEST_F(VendorClient, FailedNotifierIsNotReleased) {
   EXPECT_THAT(trace, Not(Contains("call release notifier")));
 }
 
-TEST_F(VendorClient, GivesUpAfter500AttemptsOfOneSecond) {
+TEST_F(VendorClient, BringUpFailsAfter500AttemptsOfOneSecond) {
   service_lists = {{-2, 0}};
   EXPECT_EQ(qmi_qorext_hook_client_init(handleUnsolMsg), -1);
   EXPECT_EQ(waits(), 500u);
@@ -94,7 +94,7 @@ TEST_F(VendorClient, EachFailedAttemptLogsItsResultAndWaits) {
   EXPECT_EQ(waits(), 1u);
 }
 
-TEST_F(VendorClient, OnceSignalledLaterAttemptsPollWithoutWaiting) {
+TEST_F(VendorClient, AttemptsAfterTheSignalDoNotWait) {
   service_lists = {{-2, 0}};
   signal_on_wait = true;
   EXPECT_EQ(qmi_qorext_hook_client_init(handleUnsolMsg), -1);
@@ -102,7 +102,7 @@ TEST_F(VendorClient, OnceSignalledLaterAttemptsPollWithoutWaiting) {
   EXPECT_THAT(logs(), Contains(kInit + ": wait for server to come up.\n").Times(500));
 }
 
-TEST_F(VendorClient, WaitGoesOnUntilItsOneDeadline) {
+TEST_F(VendorClient, WaitHasOneDeadline) {
   service_lists = {{-2, 0}, {0, 1}};
   wait_results = {0, EINVAL, ETIMEDOUT};
   EXPECT_EQ(qmi_qorext_hook_client_init(handleUnsolMsg), 0);
@@ -111,7 +111,7 @@ TEST_F(VendorClient, WaitGoesOnUntilItsOneDeadline) {
   EXPECT_THAT(logs(), Contains(kInit + ": wait for server to come up.\n").Times(1));
 }
 
-TEST_F(VendorClient, TimeoutFlagTellsHowTheLastWaitEnded) {
+TEST_F(VendorClient, TimeoutFlagIsTheResultOfTheLastWait) {
   service_lists = {{-2, 0}, {-2, 0}, {0, 1}};
   EXPECT_EQ(qmi_qorext_hook_client_init(handleUnsolMsg), 0);
   EXPECT_THAT(timed_out_in_waits, ElementsAre(0u, 0u)) << "cleared before each wait";
@@ -123,7 +123,7 @@ TEST_F(VendorClient, TimeoutFlagTellsHowTheLastWaitEnded) {
   EXPECT_EQ(signal->timed_out, 0u);
 }
 
-TEST_F(VendorClient, ServiceOfNoInstancesIsReadyWhenTheCallSucceeds) {
+TEST_F(VendorClient, ServiceWithoutInstancesIsReadyWhenTheCallSucceeds) {
   service_lists = {{0, 0}};
   EXPECT_EQ(qmi_qorext_hook_client_init(handleUnsolMsg), 0);
   EXPECT_EQ(waits(), 0u);
@@ -145,13 +145,13 @@ TEST_F(VendorClient, OtherBasebandsNeedOneInstance) {
   EXPECT_EQ(waits(), 0u);
 }
 
-TEST_F(VendorClient, SeparateModemWithOneInstanceGivesUp) {
+TEST_F(VendorClient, SeparateModemWithOneInstanceFails) {
   properties["ro.baseband"] = "MDM";
   EXPECT_EQ(qmi_qorext_hook_client_init(handleUnsolMsg), -1);
   EXPECT_EQ(waits(), 500u);
 }
 
-TEST_F(VendorClient, DeadlineIsMonotonicWhenTheSignalSaysSo) {
+TEST_F(VendorClient, DeadlineIsMonotonicForClockOne) {
   service_lists = {{-2, 0}, {0, 1}};
   fake_now = {1000, 5};
   qmi_qorext_hook_client_init(handleUnsolMsg);
@@ -192,7 +192,7 @@ TEST_F(VendorClient, NanosecondsOfASecondOrMoreAreCarried) {
   EXPECT_EQ(deadlines[1].tv_nsec, 999999999);
 }
 
-TEST_F(VendorClient, FailedListNamesClientInitAndReleasesTheNotifier) {
+TEST_F(VendorClient, FailedListIsLoggedAsClientInitAndReleasesTheNotifier) {
   service_lists = {{0, 1}, {-3, 1}};
   EXPECT_EQ(qmi_qorext_hook_client_init(handleUnsolMsg), -1);
   EXPECT_THAT(end_of_trace(3), ElementsAre("call get_service_list vendor list",
@@ -208,7 +208,7 @@ TEST_F(VendorClient, FailedInitReleasesTheNotifier) {
                                            "call release notifier"));
 }
 
-TEST_F(VendorClient, ListTakesAsManyRecordsAsThereIsRoomFor) {
+TEST_F(VendorClient, ListIsLimitedToSixteenRecords) {
   service_lists = {{0, 3}};
   qmi_qorext_hook_client_init(handleUnsolMsg);
   service_lists = {{0, 40}};
@@ -229,7 +229,7 @@ TEST_F(VendorClient, FailedSendIsNotRepeated) {
   }
 }
 
-TEST_F(VendorClient, SendPassesEverythingOnWithFifteenSeconds) {
+TEST_F(VendorClient, SendPassesItsArgumentsAndFifteenSeconds) {
   qmi_qorext_hook_client_init(handleUnsolMsg);
   fail_send(0x13, -77);
   uint8_t request = 0xFF;
@@ -243,4 +243,4 @@ TEST_F(VendorClient, SendPassesEverythingOnWithFifteenSeconds) {
   EXPECT_EQ(exchanges[0].timeout_ms, 15000u);
 }
 
-}  // namespace
+}  // namespace vendor_client_test

@@ -7,9 +7,9 @@ using testing::ElementsAre;
 using testing::ElementsAreArray;
 using testing::IsEmpty;
 
-namespace {
+namespace vendor_operations_test {
 
-struct Operation : NamedRow {  // named as the logs name it
+struct Operation : NamedRow {  // by its name in the log
   unsigned int message;
   int64_t (*call)();
   Bytes request;
@@ -87,13 +87,13 @@ TEST_P(VendorRequest, IsOneExchangeOfItsSizes) {
 
 INSTANTIATE_TEST_SUITE_P(Of, VendorRequest, testing::ValuesIn(kOperations), kNameOfRow);
 
-// How each response is judged: by both conventions, whichever the message follows.
+// The result of each response; status and outcome words are tried for every message.
 struct Verdict : NamedRow {
   int64_t (*call)();
   int rc;
   Bytes response;
   int64_t result;
-  const char* complaint;  // behind the operation's name; nullptr: none
+  const char* error_line;  // after the operation's name; nullptr: none
 };
 
 const char kNotSent[] = "qmi_client_send_msg_sync failed (-3).";
@@ -171,9 +171,9 @@ TEST_P(VendorVerdict, IsReturnedAndLogged) {
   char send[32];
   snprintf(send, sizeof send, "send vendor 0x%x", operation->message);
   Lines expected = operation->first_lines + Lines{send};
-  if (verdict.complaint != nullptr) {
+  if (verdict.error_line != nullptr) {
     expected.push_back(std::string("log: qor_qmi_sprint_") + operation->name + ": " +
-                       verdict.complaint);
+                       verdict.error_line);
   }
   EXPECT_THAT(trace, ElementsAreArray(expected));
 }
@@ -190,7 +190,7 @@ TEST_F(VendorOperations, RoamingListOf20000BytesIsSentAs16384) {
   EXPECT_EQ(trace[0], "log: qor_qmi_sprint_set_roaming_list_segment: data_length (20000).");
 }
 
-TEST_F(VendorOperations, RoamingListOf16384BytesIsSentWhole) {
+TEST_F(VendorOperations, RoamingListOf16384BytesIsNotCut) {
   Bytes segment = numbered(16384);
   qor_qmi_sprint_set_roaming_list_segment(16384, segment.data());
   EXPECT_EQ(exchanges[0].request, le32(16384) + segment);
@@ -204,7 +204,7 @@ TEST_F(VendorOperations, EngineeringInfoNeedsBufferAndLength) {
   EXPECT_THAT(trace, IsEmpty());
 }
 
-TEST_F(VendorOperations, EngineeringInfoTypeIsSentWhole) {
+TEST_F(VendorOperations, EngineeringInfoTypeIsSentWith32Bits) {
   uint8_t output[1000] = {};
   uint32_t length = 0;
   qor_qmi_sprint_get_engineering_info(-2, output, &length);
@@ -223,7 +223,7 @@ TEST_F(VendorOperations, EngineeringInfoCopiesTheStatedBytes) {
                                  "log: Successfully retrieved datalen 3"));
 }
 
-TEST_F(VendorOperations, EngineeringInfoBeyondItsTextCopiesTheWholeText) {
+TEST_F(VendorOperations, EngineeringInfoBeyondItsTextCopiesTheText) {
   answer(0x10, le32(0) + le32(0) + le32(2000) + Bytes(1000, 'a'));
   Bytes output(1001, 0xEE);
   uint32_t length = 0;
@@ -232,7 +232,7 @@ TEST_F(VendorOperations, EngineeringInfoBeyondItsTextCopiesTheWholeText) {
   EXPECT_EQ(output, Bytes(1000, 'a') + Bytes{0xEE});
 }
 
-TEST_F(VendorOperations, RefusedEngineeringInfoLeavesTheOutputAlone) {
+TEST_F(VendorOperations, RefusedEngineeringInfoDoesNotChangeTheOutput) {
   answer(0x10, le32(1) + le32(0) + le32(3) + text("abc"));
   uint8_t output[3] = {7, 7, 7};
   uint32_t length = 99;
@@ -256,22 +256,22 @@ class LteChannel : public CarrierPhone {
   std::vector<uint32_t> outputs() const { return {first, second, third, fourth}; }
 };
 
-TEST_F(LteChannel, ValuesGoToTheirOutputs) {
+TEST_F(LteChannel, EachValueIsStoredInItsOutput) {
   get("01EE 0102 02EE 0304 0305 0406");
   EXPECT_THAT(outputs(), ElementsAre(0x0403u, 0x0201u, 5u, 6u));
 }
 
-TEST_F(LteChannel, HalfWordsAreNotExtendedWithASign) {
+TEST_F(LteChannel, ValuesAreExtendedWithZeros) {
   get("0100 FFFF 0100 FEFF 01FF 01FE");
   EXPECT_THAT(outputs(), ElementsAre(0xFFFEu, 0xFFFFu, 0xFFu, 0xFEu));
 }
 
-TEST_F(LteChannel, NoValidityByteLeavesEveryOutputAlone) {
+TEST_F(LteChannel, ValuesWithoutValidityChangeNoOutput) {
   get("0000 0102 0000 0304 0005 0006");
   EXPECT_THAT(outputs(), ElementsAre(91u, 92u, 93u, 94u));
 }
 
-TEST_F(LteChannel, EachValueIsTakenByItself) {
+TEST_F(LteChannel, EachValueHasItsOwnValidity) {
   get("0000 0102 0100 0304 0005 0006");
   EXPECT_THAT(outputs(), ElementsAre(0x0403u, 92u, 93u, 94u));
   get("0100 0102 0000 0708 0005 0006");
@@ -282,7 +282,7 @@ TEST_F(LteChannel, EachValueIsTakenByItself) {
   EXPECT_THAT(outputs(), ElementsAre(0x0403u, 0x0201u, 5u, 6u));
 }
 
-TEST_F(LteChannel, NullOutputsArePassedOver) {
+TEST_F(LteChannel, NullOutputsAreSkipped) {
   answer(0x10A, le32(1) + le32(0) + from_hex("0100 0102 0100 0304 0105 0106"));
   qor_qmi_sprint_get_lte_ul_dl_channel(nullptr, nullptr, nullptr, nullptr);
   EXPECT_THAT(trace, ElementsAre("send vendor 0x10a"));
@@ -293,20 +293,20 @@ TEST_F(VendorOperations, NullApnListIsRefused) {
   EXPECT_THAT(trace, ElementsAre("log: qor_qmi_sprint_get_active_ehrpd_apn: NULL point"));
 }
 
-TEST_F(VendorOperations, ApnListIsReceivedIntoTheCallersBuffer) {
+TEST_F(VendorOperations, ApnListIsReceivedInTheCallersBuffer) {
   Bytes list = numbered(1168);
   answer(0x106, list);
   ActiveApnResponse response;
-  memset(&response, 0xEE, sizeof response);  // the fake modem sees that it gets zeroed
+  memset(&response, 0xEE, sizeof response);  // the fake modem checks that it is zeroed
   EXPECT_EQ(qor_qmi_sprint_get_active_ehrpd_apn(&response), 0);
   EXPECT_EQ(memcmp(&response, list.data(), list.size()), 0);
 }
 
-TEST_F(VendorOperations, TotOrderIsReturnedAsItStands) {
+TEST_F(VendorOperations, TotOrderIsReturnedUnchanged) {
   Bytes order = numbered(80);
   answer(0x104, order);
   TotOrderResponse response = qor_qmi_sprint_get_tot_order();
   EXPECT_EQ(memcmp(&response, order.data(), order.size()), 0);
 }
 
-}  // namespace
+}  // namespace vendor_operations_test

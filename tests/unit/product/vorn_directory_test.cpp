@@ -10,13 +10,13 @@ using testing::IsEmpty;
 using testing::Not;
 using testing::UnorderedElementsAre;
 
-namespace {
+namespace vorn_directory_test {
 
 class VornDirectory : public VornPhone {
  protected:
   VornDirectory() { make_folder(kVorn); }
 
-  // A log created at `when`.
+  // Creates a log at `when` and returns its path.
   std::string create(time_t when) {
     now = when;
     VornPath name = {};
@@ -34,7 +34,7 @@ TEST_F(VornDirectory, LinkToALogResolves) {
   EXPECT_THAT(trace, ElementsAre(kLookUp + kPrevious));
 }
 
-TEST_F(VornDirectory, LinkToNothingIsToldButFails) {
+TEST_F(VornDirectory, TargetOfADanglingLinkIsStoredButFails) {
   put_link(kCurrent, "/data/vorn/a.log");
   VornPath path = {};
   EXPECT_EQ(vorn_get_filename(1, path), -1);
@@ -49,7 +49,7 @@ TEST_F(VornDirectory, MissingLinkFailsWithAnEmptyName) {
   EXPECT_THAT(trace, ElementsAreArray(not_linked(kCurrent)));
 }
 
-TEST_F(VornDirectory, IndexThatIsNoLinkFails) {
+TEST_F(VornDirectory, IndexThatIsNotALinkFails) {
   put(kCurrent, "a file");
   VornPath path = {};
   EXPECT_EQ(vorn_get_filename(1, path), -1);
@@ -77,7 +77,7 @@ TEST_F(VornDirectory, LogWithoutALocalTimeIsOf1900) {
   EXPECT_EQ(create(time_t{1} << 60), "/data/vorn/vorn_19000101000000.log");
 }
 
-TEST_F(VornDirectory, NewLogIsEmptyAndItsOwnersToRead) {
+TEST_F(VornDirectory, NewLogIsEmptyAndHasMode740) {
   std::string log = log_name(now);
   put(log, "already there");
   std::filesystem::remove(at(log));
@@ -92,7 +92,7 @@ TEST_F(VornDirectory, NewLogTruncatesAFileOfItsName) {
   EXPECT_EQ(content(create(now)), "");
 }
 
-TEST_F(VornDirectory, LogsOfOneSecondGetNamesOfTheirOwn) {
+TEST_F(VornDirectory, LogsOfOneSecondHaveDifferentNames) {
   std::string first = create(now);
   put(first, "first");
   std::string second = create(now);
@@ -105,7 +105,7 @@ TEST_F(VornDirectory, LogsOfOneSecondGetNamesOfTheirOwn) {
   EXPECT_EQ(target(kCurrent), third);
   EXPECT_EQ(target(kPrevious), second);
   EXPECT_EQ(content(second), "second");
-  EXPECT_EQ(create(now), first);  // deleted meanwhile
+  EXPECT_EQ(create(now), first);  // its log has been deleted
 }
 
 TEST_F(VornDirectory, LogsWithoutALocalTimeShareTheirName) {
@@ -120,7 +120,7 @@ TEST_F(VornDirectory, FirstLogIsTheCurrentOne) {
   EXPECT_THAT(names(), UnorderedElementsAre(".0001", first.substr(kVorn.size() + 1)));
 }
 
-TEST_F(VornDirectory, SecondLogMakesTheFirstThePreviousOne) {
+TEST_F(VornDirectory, FirstLogBecomesThePreviousOneAfterTheSecond) {
   std::string first = create(now);
   std::string second = create(now + 1);
   EXPECT_THAT(
@@ -140,14 +140,14 @@ TEST_F(VornDirectory, ThirdLogDeletesTheFirst) {
   EXPECT_EQ(target(kPrevious), second);
 }
 
-TEST_F(VornDirectory, LinkLeftOverFromAnInterruptedRunIsReplaced) {
+TEST_F(VornDirectory, LinkOfAnInterruptedRunIsReplaced) {
   put_link(kVorn + "/.new", "/data/vorn/interrupted.log");
   std::string log = create(now);
   EXPECT_EQ(target(kCurrent), log);
   EXPECT_THAT(names(), UnorderedElementsAre(".0001", log.substr(kVorn.size() + 1)));
 }
 
-TEST_F(VornDirectory, LogThatIsGoneBeforeItIsLinkedLeavesNoLink) {
+TEST_F(VornDirectory, LogDeletedBeforeItIsLinkedGetsNoLink) {
   put_log(kCurrent, "/data/vorn/a.log", "a");
   on_log = [this](const std::string& text) {
     if (text.starts_with("vorn_create_new_log: create new")) {
@@ -159,7 +159,7 @@ TEST_F(VornDirectory, LogThatIsGoneBeforeItIsLinkedLeavesNoLink) {
   EXPECT_EQ(target(kPrevious), "/data/vorn/a.log");
 }
 
-TEST_F(VornDirectory, LostCurrentLogIsNotMadeThePreviousOne) {
+TEST_F(VornDirectory, MissingCurrentLogDoesNotBecomeThePreviousOne) {
   put_link(kCurrent, "/data/vorn/lost.log");
   put_log(kPrevious, "/data/vorn/kept.log", "kept");
   std::string log = create(now);
@@ -169,7 +169,7 @@ TEST_F(VornDirectory, LostCurrentLogIsNotMadeThePreviousOne) {
   EXPECT_EQ(target(kPrevious), "/data/vorn/kept.log");
 }
 
-TEST_F(VornDirectory, LostPreviousLogIsReplacedWithoutACleanUp) {
+TEST_F(VornDirectory, MissingPreviousLogIsReplacedWithoutACleanUp) {
   put_log(kCurrent, "/data/vorn/a.log", "a");
   put_link(kPrevious, "/data/vorn/lost.log");
   put(kVorn + "/stray");
@@ -190,7 +190,7 @@ TEST_F(VornDirectory, LogThatCannotBeCreatedChangesNothing) {
   EXPECT_EQ(target(kCurrent), "/data/vorn/a.log");
 }
 
-TEST_F(VornDirectory, CleanUpGoesByAgeInBothDirections) {
+TEST_F(VornDirectory, CleanUpDeletesByAgeInBothDirections) {
   struct {
     std::string name;
     time_t age;
@@ -224,7 +224,7 @@ TEST_F(VornDirectory, CleanUpGoesByAgeInBothDirections) {
   EXPECT_TRUE(has(kCurrent) && has(kPrevious));
 }
 
-TEST_F(VornDirectory, CleanUpWithoutLinksKeepsNoOldLog) {
+TEST_F(VornDirectory, CleanUpWithoutLinksDeletesAllOldLogs) {
   put(kVorn + "/vorn_20200101000000.log");
   set_age(kVorn + "/vorn_20200101000000.log", kTwoDays);
   vorn_clean_dir();
@@ -234,7 +234,7 @@ TEST_F(VornDirectory, CleanUpWithoutLinksKeepsNoOldLog) {
   EXPECT_THAT(names(), IsEmpty());
 }
 
-TEST_F(VornDirectory, CleanUpLeavesWhatCannotBeLookedAt) {
+TEST_F(VornDirectory, CleanUpKeepsEntriesWithoutAStatus) {
   put_link(kVorn + "/dangling", "/data/vorn/nothing");
   set_age(kVorn + "/dangling", kTwoDays);
   vorn_clean_dir();
@@ -264,7 +264,7 @@ TEST_F(VornDirectory, ResetOfAMissingDirectoryIsLogged) {
   EXPECT_THAT(trace, ElementsAre("log: vorn_reset_dir: can't open /data/vorn, errno 2"));
 }
 
-TEST_F(VornDirectory, NamesThatFitAPathOf149CharactersAreSwept) {
+TEST_F(VornDirectory, NamesWithinAPathOf149CharactersAreDeleted) {
   std::string fits(138, 'x');
   put(kVorn + "/" + fits);
   put(kVorn + "/" + fits + "y");
@@ -273,11 +273,11 @@ TEST_F(VornDirectory, NamesThatFitAPathOf149CharactersAreSwept) {
   EXPECT_THAT(names(), UnorderedElementsAre(fits + "y"));
 }
 
-TEST_F(VornDirectory, NamesAsLongAsAFileSystemAllowsHarmNothing) {
+TEST_F(VornDirectory, NamesOfTheMaximumLengthAreKept) {
   put(kVorn + "/" + std::string(255, 'x'));
   vorn_clean_dir();
   vorn_reset_dir();
   EXPECT_THAT(names(), UnorderedElementsAre(std::string(255, 'x')));
 }
 
-}  // namespace
+}  // namespace vorn_directory_test

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// The directory of the KPI logs, for the tests of the store that keeps it.
+// The directory of the KPI logs.
 #pragma once
 
 #include <fcntl.h>
@@ -16,12 +16,12 @@ inline const std::string kCurrent = "/data/vorn/.0001";
 inline const std::string kPrevious = "/data/vorn/.0002";
 inline const std::string kTemporary = "/data/vorn/~vorn0007.log";  // of package 7
 
-inline constexpr size_t kLogLimit = 31457280;  // a log that would reach this size is rotated
+inline constexpr size_t kLogLimit = 31457280;  // rotation is due when a log would reach this size
 inline constexpr time_t kTwoDays = 172800;
 
 inline const std::string kLookUp = "log: vorn_get_index_filename: index name ";
 
-// A log created at this moment.
+// The path of a log created at this time.
 inline std::string log_name(time_t when) {
   tm fields;
   char name[64];
@@ -45,14 +45,14 @@ class VornPhone : public CapturePhone {
                       reinterpret_cast<const uint8_t*>(payload.data())},
                      skip);
   }
-  // Stores a package of one packet; what that leaves in the trace.
+  // Stores a package of one packet and returns the trace.
   const Lines& merge(const std::string& payload) {
     trace.clear();
     store(1, payload, true);
     return trace;
   }
 
-  // A directory with these two logs, named by their links.
+  // Creates a log and the index link to it.
   void put_log(const std::string& link, const std::string& log, const std::string& text) const {
     put(log, text);
     put_link(link, log);
@@ -71,7 +71,7 @@ class VornPhone : public CapturePhone {
     EXPECT_EQ(utimensat(AT_FDCWD, at(path).c_str(), both, AT_SYMLINK_NOFOLLOW), 0) << path;
   }
 
-  // The traces of the steps of a merge.
+  // The trace of each step of a merge.
   static Lines taken() { return {"log: vornIndHndlr: received the last pkg of 7"}; }
   static Lines not_linked(const std::string& link) {
     return {kLookUp + link, "log: vorn_get_filename: get real name of " + link + " failed, rc 2"};
@@ -84,7 +84,7 @@ class VornPhone : public CapturePhone {
     return {"log: vorn_create_new_log: create new " + log + "."};
   }
   static Lines links_synced() { return {"call fsync " + kVorn}; }
-  static Lines given_to_readers(const std::string& log) {
+  static Lines owner_and_mode_set(const std::string& log) {
     return {"call chown " + log + " " + std::to_string(getuid()) + " 2002",
             "call chmod " + log + " 0660"};
   }
@@ -94,6 +94,6 @@ class VornPhone : public CapturePhone {
   }
 
   KpiStore kpi_store;
-  bool is_synced = false;  // as vorn_create_new_log() has it
+  bool is_synced = false;  // stored by vorn_create_new_log()
   KpiReceiver receiver;
 };
