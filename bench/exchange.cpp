@@ -1,20 +1,17 @@
 // SPDX-License-Identifier: Apache-2.0
-// Exchanges a second: our client library beside a bare send and receive of the same packets on the
-// same transport, in turns. Threads that send bare packets have a socket each; they share one
-// client, with and without callback, and then have one each. Prints JSON.
+// Exchanges a second of the QMI client library, and of a bare send and receive of the same packets
+// on the same transport, in alternating turns. Threads with bare packets have a socket each;
+// threads with clients share one, with and without a callback, or have one each. Prints JSON.
 //
-//   bench_exchange ROUNDS          with a modem of its own, on one core and on two
-//   bench_exchange ROUNDS MODEM    with the modem at "unix:PATH" or "qrtr"
+//   bench_exchange ROUNDS          starts a modem; on one core and on two
+//   bench_exchange ROUNDS MODEM    uses the modem at "unix:PATH" or "qrtr"
 #include <cstdlib>
 #include <functional>
 #include <iostream>
-#include <nlohmann/json.hpp>
 #include <thread>
-#include <vector>
 
 #include "bench/raw_channel.h"
 #include "bench/rig.h"
-#include "bench/samples.h"
 #include "network_access_service_v01.h"
 #include "qmi_client.h"
 
@@ -22,7 +19,7 @@ namespace {
 
 using nlohmann::json;
 
-constexpr int kExchangesATurn = 500;
+constexpr int kExchangesPerTurn = 500;
 constexpr unsigned int kTimeoutMs = 15000;
 
 constexpr uint32_t kNas = 3;
@@ -70,46 +67,51 @@ class Echo {
   std::vector<uint8_t> response_ = std::vector<uint8_t>(qmi_transport::kMaxPacketSize);
 };
 
-// What every thread of a turn does.
+// One exchange of a thread.
 using Exchange = std::function<void(size_t thread)>;
 
-// Exchanges a second of all threads.
+// Returns the exchanges a second of all threads.
 double take_turn(size_t threads, const Exchange& exchange) {
   double start = bench::now();
   std::vector<std::jthread> others;
   auto work = [&exchange](size_t thread) {
-    for (int i = 0; i < kExchangesATurn; ++i) exchange(thread);
+    for (int i = 0; i < kExchangesPerTurn; ++i) exchange(thread);
   };
   for (size_t i = 1; i < threads; ++i) others.emplace_back(work, i);
   work(0);
   others.clear();
-  return static_cast<double>(threads) * kExchangesATurn / (bench::now() - start);
+  return static_cast<double>(threads) * kExchangesPerTurn / (bench::now() - start);
 }
 
-// The ratios are those of neighbouring turns: what else the machine does is then in both.
+struct Kind {
+  const char* rate;   // the name in the results; null: not one
+  const char* ratio;  // of its rate to the bare one; null: not one
+  Exchange exchange;
+};
+
+// Ratios are those of neighbouring turns, so that other load of the machine affects both sides.
 json compare(size_t threads, int rounds) {
   Client plain(nullptr);
   Client listening(ignore);
   std::vector<Echo> echoes(threads);
   std::vector<std::unique_ptr<Client>> own;
   for (size_t i = 0; i < threads; ++i) own.push_back(std::make_unique<Client>(nullptr));
-  bench::Samples rates[4];
-  bench::Samples ratios[4];
-  const Exchange kinds[] = {
-      [&](size_t thread) { echoes[thread].exchange(); }, [&](size_t) { plain.exchange(); },
-      [&](size_t) { listening.exchange(); }, [&](size_t thread) { own[thread]->exchange(); }};
+  const Kind kinds[] = {
+      {"echo_per_s", nullptr, [&](size_t thread) { echoes[thread].exchange(); }},
+      {"client_per_s", "client_to_echo", [&](size_t) { plain.exchange(); }},
+      {"listening_client_per_s", "listening_client_to_echo", [&](size_t) { listening.exchange(); }},
+      {nullptr, "own_client_to_echo", [&](size_t thread) { own[thread]->exchange(); }}};
+  bench::Figures figures;
   for (int round = 0; round < rounds; ++round) {
-    for (size_t i = 0; i < std::size(kinds); ++i) {
-      rates[i].push_back(take_turn(threads, kinds[i]));
-      ratios[i].push_back(rates[i].back() / rates[0].back());
+    double bare = 0;
+    for (const auto& [rate, ratio, exchange] : kinds) {
+      double per_s = take_turn(threads, exchange);
+      if (!ratio) bare = per_s;
+      if (rate) figures[rate].push_back(per_s);
+      if (ratio) figures[ratio].push_back(per_s / bare);
     }
   }
-  return {{"echo_per_s", bench::median(rates[0])},
-          {"client_per_s", bench::median(rates[1])},
-          {"listening_client_per_s", bench::median(rates[2])},
-          {"client_to_echo", bench::median(ratios[1])},
-          {"listening_client_to_echo", bench::median(ratios[2])},
-          {"own_client_to_echo", bench::median(ratios[3])}};
+  return bench::medians(figures);
 }
 
 json compare_all(const bench::Rig& rig, bench::Spread spread, int rounds) {

@@ -1,27 +1,25 @@
 # SPDX-License-Identifier: Apache-2.0
-"""What the daemon needs: start-up, memory, code, heap allocations and system calls a request."""
+"""Start-up, memory and code of the daemon, heap allocations and system calls of a request."""
 
 import collections
 import re
 import subprocess
 import tempfile
 
-import recording
-import valgrind
-from latency import NAMES
-from places import DAEMON, row, run_bench
+import tracers
+from places import DAEMON, NAMES, row, run_bench
 
 ROUNDS = 25
 MEMCHECK = "--tool=memcheck --leak-check=no --log-file={out}"
 
 LOG_LINE = ["gettid", "getpid", "write"]
-# By what they are for; all others of a request are too many.
+# The calls that a request needs: of its exchanges, and its own.
 EXCHANGE = {"sendto", "recvmsg", "poll", "epoll_ctl", "futex"}
 OWN = {"pselect6": 1, "read": 1, "write": 1}
 
 
 def sections():
-    """Bytes of the stripped executable."""
+    """Returns the sections of the stripped executable, in bytes."""
     with tempfile.NamedTemporaryFile() as stripped:
         subprocess.run(["strip", "-o", stripped.name, str(DAEMON)], check=True)
         table = subprocess.run(["size", stripped.name], check=True, text=True,
@@ -36,7 +34,7 @@ def allocations(text):
 
 
 def count_calls(calls):
-    """By name; the three of a log line count as one "log line"."""
+    """Counts calls by name; the three of a log line count as one "log line"."""
     names = [call.name for call in calls]
     counted = collections.Counter()
     while names:
@@ -49,17 +47,17 @@ def count_calls(calls):
 
 
 def beyond(counted):
-    """The calls that are no log line's, no exchange's and not one of the few that must be."""
+    """Counts the calls that a request does not need."""
     known = EXCHANGE | {"log line"}
     return sum(count - OWN.get(name, 0) for name, count in counted.items() if name not in known)
 
 
 def run():
-    recorded = recording.write_plan()
-    result = run_bench("bench_whole", ROUNDS, QOREXT_BENCH_PLAN=str(recording.PLAN))
+    recorded = tracers.write_plan()
+    result = run_bench("bench_whole", ROUNDS, QOREXT_BENCH_PLAN=str(tracers.PLAN))
     result["sections"] = sections()
     result["calls"] = {name: count_calls(calls) for name, calls in zip(NAMES, recorded)}
-    result["allocations"] = {name: valgrind.per_request(MEMCHECK, name, allocations)["allocations"]
+    result["allocations"] = {name: tracers.per_request(MEMCHECK, name, allocations)["allocations"]
                              for name in NAMES}
     return result
 

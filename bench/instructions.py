@@ -1,9 +1,9 @@
 # SPDX-License-Identifier: Apache-2.0
 """Instructions that the daemon's process executes for a request, counted by callgrind.
 
-bench/instructions.json keeps those of the code built here, the executable and its platform
-libraries, and check() compares with them. What the C library does for a log line depends on the
-machine, the time of day and the process's number.
+bench/instructions.json stores those of the code built here, the executable and its platform
+libraries; check() compares with them. The C library's count for a log line depends on the machine,
+the time of day and the process id.
 """
 
 import collections
@@ -11,9 +11,8 @@ import json
 import re
 import sys
 
-import valgrind
-from latency import NAMES
-from places import BUILD, DAEMON, ROOT, row
+import tracers
+from places import BUILD, DAEMON, NAMES, ROOT, row
 
 STORED = ROOT / "bench/instructions.json"
 TOLERANCE = 0.03
@@ -24,7 +23,7 @@ COST = re.compile(r"^[\d+*-]\S* (\d+)$")
 
 
 def by_object(text):
-    """Instructions by executable or library, each without what it calls; and in total."""
+    """Counts instructions by executable or library, each without its callees, and in total."""
     names, costs = {}, collections.Counter()
     current, is_call = None, False
     for line in text.splitlines():
@@ -42,13 +41,13 @@ def by_object(text):
 
 
 def built(found):
-    """Of the objects that this build has made."""
+    """Sums the counts of the objects of this build."""
     names = {path.name for path in (BUILD / "lib").iterdir()} | {DAEMON.name}
     return sum(count for name, count in found.items() if name in names)
 
 
 def run():
-    return {name: valgrind.per_request(TOOL, name, by_object) for name in NAMES}
+    return {name: tracers.per_request(TOOL, name, by_object) for name in NAMES}
 
 
 def rows(result):
@@ -72,12 +71,12 @@ def store():
 def check():
     stored, found = json.loads(STORED.read_text()), counts()
     print(f"{'request':<10} {'stored':>9} {'now':>9}")
-    off = []
+    changed = []
     for name, count in found.items():
         change = count / stored[name] - 1
         print(f"{name:<10} {stored[name]:>9} {count:>9}  {change:+.2%}")
         if abs(change) > TOLERANCE:
-            off.append(name)
-    if off:
-        sys.exit(f"bench: not within {TOLERANCE:.0%} of bench/instructions.json: {' '.join(off)}; "
-                 "if that is meant: ./dev bench --store")
+            changed.append(name)
+    if changed:
+        sys.exit(f"bench: not within {TOLERANCE:.0%} of bench/instructions.json: {' '.join(changed)}; "
+                 "if the change is deliberate: ./dev bench --store")

@@ -1,8 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
-// How fast a log that the modem uploads comes into the phone's files, beside cp and fsync of the
-// same bytes on the same disk (that of $TMPDIR), and beside a loop that brings as many packages to
-// the disk as the daemon does: each written to a file and appended to the log, both synchronised.
-// Prints JSON.
+// The rate at which a log that the modem uploads is stored in the phone's files. For comparison: cp
+// and fsync of the same bytes on the same disk (that of $TMPDIR), and a loop that writes as many
+// packages as the daemon, each to a file and appended to the log, both synchronised. Prints JSON.
 #include <fcntl.h>
 #include <fmt/format.h>
 #include <unistd.h>
@@ -12,12 +11,9 @@
 #include <fstream>
 #include <iostream>
 #include <iterator>
-#include <nlohmann/json.hpp>
 #include <random>
 
-#include "bench/modem.h"
 #include "bench/rig.h"
-#include "bench/samples.h"
 #include "tests/e2e/support/value_or_throw.h"
 #include "tools/qorextctl/phone/phone_files.h"
 
@@ -52,7 +48,7 @@ void sync_file(const fs::path& path) {
 double copy_seconds(const fs::path& from, const fs::path& to) {
   double start = bench::now();
   auto copy = value_or_throw(qorextctl::Process::start({.arguments = {"/bin/cp", from, to}}));
-  auto status = copy.wait(bench::patience());
+  auto status = copy.wait(bench::long_deadline());
   if (!status || status->code != 0) throw std::runtime_error("cp failed");
   sync_file(to);
   double taken = bench::now() - start;
@@ -77,20 +73,21 @@ double package_seconds(const std::string& bytes, const fs::path& root) {
   return taken;
 }
 
-// What an index link leads to; it holds the path that the file has on a phone.
+// The target's content of an index link, whose path is the phone's.
 std::string linked_content(const fs::path& folder, const char* link) {
   std::error_code missing;
   fs::path target = fs::read_symlink(folder / link, missing);
   return missing ? "" : content_of(folder / target.filename());
 }
 
-// Throws unless the two kept logs, one behind the other, are the end of what was uploaded.
+// Throws unless the two kept logs, consecutive, are the end of the uploaded log.
 void check_logs(const fs::path& folder, const std::string& uploaded) {
   std::string kept = linked_content(folder, ".0002") + linked_content(folder, ".0001");
-  if (kept.empty() || !uploaded.ends_with(kept)) throw std::runtime_error("the logs are not right");
+  if (kept.empty() || !uploaded.ends_with(kept))
+    throw std::runtime_error("the kept logs differ from the uploaded one");
 }
 
-// The daemon keeps the index links' names and the log it has: all of them go.
+// Removes index links and logs before the next round.
 void clear(const fs::path& folder) {
   for (const auto& entry : fs::directory_iterator(folder)) fs::remove(entry.path());
 }
@@ -100,14 +97,14 @@ struct Upload {
   double processor_seconds;
 };
 
-// Indications are handled in order, and the last one here becomes a message.
-Upload upload(bench::Modem& modem, qorextctl::Daemon& daemon, const fs::path& log) {
+// The daemon handles indications in order, and sends an unsolicited message for the last one.
+Upload upload(const bench::Rig& rig, bench::Daemon& daemon, const fs::path& log) {
   double processor = bench::processor_seconds(daemon);
   double start = bench::now();
-  modem.command({{"command", "kpi"}, {"file", log.string()}});
-  modem.command({{"command", "indicate"}, {"indication", "generic"}});
-  if (!daemon.receive_unsolicited(bench::patience())) {
-    throw std::runtime_error("the daemon does not come to the end of the upload");
+  rig.command_modem({{"command", "kpi"}, {"file", log.string()}});
+  rig.command_modem({{"command", "indicate"}, {"indication", "generic"}});
+  if (!daemon.receive_unsolicited(bench::long_deadline())) {
+    throw std::runtime_error("the daemon does not finish the upload");
   }
   return {bench::now() - start, bench::processor_seconds(daemon) - processor};
 }
@@ -115,41 +112,34 @@ Upload upload(bench::Modem& modem, qorextctl::Daemon& daemon, const fs::path& lo
 json measure(size_t mebibytes, int rounds) {
   bench::Rig rig(bench::kModemProgram, bench::Spread::free);
   auto daemon = rig.start(bench::kDaemonProgram);
-  bench::Modem modem(rig.control());
   fs::path root = rig.phone_root();
   fs::path log = root / "uploaded.log";
   fs::path folder = root.string() + qorextctl::kLogFolder;
   write_log(log, mebibytes * kMebibyte);
   std::string uploaded = content_of(log);
 
-  bench::Samples copies;
-  bench::Samples uploads;
-  bench::Samples packages;
-  bench::Samples to_copy;
-  bench::Samples to_packages;
-  bench::Samples processor;
+  auto size = static_cast<double>(mebibytes);
+  bench::Figures figures;
+  bench::Figures seconds;
   for (int round = 0; round < rounds; ++round) {
-    copies.push_back(copy_seconds(log, root / "copy.log"));
-    packages.push_back(package_seconds(uploaded, root));
-    Upload taken = upload(modem, *daemon, log);
+    double copy = copy_seconds(log, root / "copy.log");
+    double packages = package_seconds(uploaded, root);
+    Upload taken = upload(rig, *daemon, log);
     check_logs(folder, uploaded);
     clear(folder);
-    uploads.push_back(taken.seconds);
-    to_copy.push_back(taken.seconds / copies.back());
-    to_packages.push_back(taken.seconds / packages.back());
-    processor.push_back(taken.processor_seconds);
+    seconds["upload_seconds"].push_back(taken.seconds);
+    seconds["copy_seconds"].push_back(copy);
+    figures["upload_mib_per_s"].push_back(size / taken.seconds);
+    figures["copy_mib_per_s"].push_back(size / copy);
+    figures["packages_mib_per_s"].push_back(size / packages);
+    figures["upload_to_copy_time"].push_back(taken.seconds / copy);
+    figures["upload_to_packages_time"].push_back(taken.seconds / packages);
+    figures["daemon_processor_ms_per_mib"].push_back(1000 * taken.processor_seconds / size);
   }
-  auto size = static_cast<double>(mebibytes);
-  return {{"mib", mebibytes},
-          {"rounds", rounds},
-          {"upload_mib_per_s", size / bench::median(uploads)},
-          {"copy_mib_per_s", size / bench::median(copies)},
-          {"packages_mib_per_s", size / bench::median(packages)},
-          {"upload_to_copy_time", bench::median(to_copy)},
-          {"upload_to_packages_time", bench::median(to_packages)},
-          {"daemon_processor_ms_per_mib", 1000 * bench::median(processor) / size},
-          {"upload_seconds", uploads},
-          {"copy_seconds", copies}};
+  json result = {{"mib", mebibytes}, {"rounds", rounds}};
+  result.update(bench::medians(figures));
+  result.update(seconds);
+  return result;
 }
 
 }  // namespace

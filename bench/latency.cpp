@@ -1,59 +1,50 @@
 // SPDX-License-Identifier: Apache-2.0
-// From a request's write to its reply's read, for the daemon and beside it for the limit program,
-// in turns of a few requests each. Prints JSON.
+// The time from a request's write to its reply's read, of the daemon and of the limit program, in
+// alternating turns of a few requests. Prints JSON.
 //
-//   bench_latency ROUNDS   both, everything on one core and on two; $QOREXT_BENCH_PLAN is the
-//                          limit's plan
-// and without measuring:
-//   bench_latency record PROGRAM             every request twice, to be recorded
-//   bench_latency repeat PROGRAM NAME COUNT  one request so many times, to be counted
-#include <unistd.h>
-
+//   bench_latency ROUNDS                     measures on one core and on two; $QOREXT_BENCH_PLAN is
+//                                            the plan of the limit program
+//   bench_latency record PROGRAM             sends every request twice, for a recording of the
+//   calls bench_latency repeat PROGRAM NAME COUNT  sends one request COUNT times, to count its
+//   costs
 #include <cstdlib>
 #include <cstring>
 #include <iostream>
-#include <nlohmann/json.hpp>
 
-#include "bench/requests.h"
-#include "bench/samples.h"
+#include "bench/rig.h"
 
 namespace {
 
+using bench::Daemon;
 using bench::Samples;
 using nlohmann::json;
-using qorextctl::Daemon;
+using qorextctl::quantile;
 
-constexpr int kRequestsATurn = 25;
+constexpr int kRequestsPerTurn = 25;
 constexpr int kPoints = 200;  // of the distribution
 
-double serve_once(Daemon& daemon, const qorextctl::Bytes& request) {
-  uint8_t reply[4096];
-  double start = bench::now();
-  if (!daemon.send(request) || read(daemon.replies().fd(), reply, sizeof reply) <= 0) {
-    throw std::runtime_error("no reply");
-  }
-  return bench::now() - start;
-}
-
-Samples take_turn(Daemon& daemon, const qorextctl::Bytes& request) {
+// In microseconds.
+Samples take_turn(Daemon& daemon, const bench::Bytes& request) {
   Samples samples;
-  for (int i = 0; i < kRequestsATurn; ++i) samples.push_back(serve_once(daemon, request));
+  qorextctl::run_exchanges(
+      kRequestsPerTurn, 0, [](size_t, auto) { return true; },
+      [&] { bench::exchange(daemon, request); },
+      [&](const qorextctl::Timing& timing) { samples.push_back(1000 * timing.service); });
   return samples;
 }
 
 json distribution(const Samples& samples) {
-  constexpr double kMicroseconds = 1e6;
   json points = json::array();
   for (int i = 0; i <= kPoints; ++i) {
-    points.push_back(kMicroseconds * bench::quantile(samples, static_cast<double>(i) / kPoints));
+    points.push_back(quantile(samples, static_cast<double>(i) / kPoints));
   }
-  return {{"p50_us", kMicroseconds * bench::quantile(samples, 0.50)},
-          {"p99_us", kMicroseconds * bench::quantile(samples, 0.99)},
+  return {{"p50_us", quantile(samples, 0.50)},
+          {"p99_us", quantile(samples, 0.99)},
           {"points_us", points}};
 }
 
-// The ratio is that of neighbouring turns: what else the machine does is then in both.
-json compare(Daemon& daemon, Daemon& limit, const qorextctl::Bytes& request, int rounds) {
+// Ratios are those of neighbouring turns, so that other load of the machine affects both sides.
+json compare(Daemon& daemon, Daemon& limit, const bench::Bytes& request, int rounds) {
   Samples of_daemon;
   Samples of_limit;
   Samples ratios;
@@ -64,11 +55,10 @@ json compare(Daemon& daemon, Daemon& limit, const qorextctl::Bytes& request, int
     of_daemon.insert(of_daemon.end(), one.begin(), one.end());
     of_limit.insert(of_limit.end(), other.begin(), other.end());
   }
-  json result = {{"daemon", distribution(of_daemon)}, {"limit", distribution(of_limit)}};
-  result["p50_ratio"] = bench::median(ratios);
-  result["p99_ratio"] =
-      result["daemon"]["p99_us"].get<double>() / result["limit"]["p99_us"].get<double>();
-  return result;
+  return {{"daemon", distribution(of_daemon)},
+          {"limit", distribution(of_limit)},
+          {"p50_ratio", bench::median(ratios)},
+          {"p99_ratio", quantile(of_daemon, 0.99) / quantile(of_limit, 0.99)}};
 }
 
 json compare_all(bench::Spread spread, int rounds) {
@@ -76,23 +66,24 @@ json compare_all(bench::Spread spread, int rounds) {
   auto daemon = rig.start(bench::kDaemonProgram);
   auto limit = rig.start(bench::kLimitProgram);
   json results;
-  for (const auto& measured : bench::measured_requests()) {
-    results[measured.name] = compare(*daemon, *limit, measured.request, rounds);
+  for (const auto& [name, request] : bench::measured_requests()) {
+    results[name] = compare(*daemon, *limit, request, rounds);
   }
   return results;
 }
 
-// The request with this name `count` times; without a name all of them in turns.
-void serve_repeatedly(const char* program, const std::string& name, int count) {
+// Sends the named request `count` times; all requests in turns without a name.
+void serve_repeatedly(const char* program, const std::string& chosen, int count) {
   bench::Rig rig(bench::kQuickModemProgram, bench::Spread::free);
   auto daemon = rig.start(program);
+  auto requests = bench::measured_requests();
   for (int i = 0; i < count; ++i) {
-    for (const auto& measured : bench::measured_requests()) {
-      if (name.empty() || name == measured.name) serve_once(*daemon, measured.request);
+    for (const auto& [name, request] : requests) {
+      if (chosen.empty() || chosen == name) bench::exchange(*daemon, request);
     }
   }
   daemon->close_requests();
-  if (!daemon->wait_exit(bench::patience())) throw std::runtime_error("the daemon does not end");
+  if (!daemon->wait_exit(bench::long_deadline())) throw std::runtime_error("the daemon runs on");
 }
 
 }  // namespace

@@ -1,17 +1,17 @@
 // SPDX-License-Identifier: Apache-2.0
-// Parts of a request's path by themselves.
+// Single steps of the handling of a request.
 #include <benchmark/benchmark.h>
 
 #include <vector>
 
 #include "platform/linux/qmi_idl/codec.h"
 #include "qorext_vendor_service_v01.h"
-#include "src/host/base/framing.h"
 #include "src/host/base/bytes.h"
+#include "src/host/base/framing.h"
 
 namespace {
 
-// Of a whole hex dump, without its log call.
+// A whole hex dump without its log call.
 void hex_text(benchmark::State& state) {
   std::vector<uint8_t> bytes(static_cast<size_t>(state.range(0)), 0x5A);
   std::vector<char> text(2 * bytes.size() + 1);

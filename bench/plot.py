@@ -3,12 +3,12 @@
 
 import math
 
-from latency import NAMES, SPREADS
+from places import NAMES, SPREADS
 
 WIDTH, HEIGHT = 220, 160  # of one diagram
 LEFT, TOP, GAP = 50, 50, 45
 COLORS = {"daemon": "#c0392b", "limit": "#2c3e50"}
-MOST = 2.5  # times the limit's median are shown: above lies the machine's noise
+MAX_SHOWN = 2.5  # times the limit's median; above is the noise of the machine
 
 
 def text(x, y, content, anchor="middle", color="#333", size=11):
@@ -21,7 +21,7 @@ def line(x1, y1, x2, y2, color="#ddd"):
 
 
 def ticks(high):
-    """About four round numbers up to it."""
+    """Returns about four round numbers up to `high`."""
     step = 10 ** math.floor(math.log10(high))
     while high / step < 3:
         step /= 2
@@ -29,8 +29,8 @@ def ticks(high):
 
 
 def diagram(x, y, title, found):
-    """How much (upwards) of the requests took at most so long (to the right)."""
-    high = MOST * found["limit"]["p50_us"]
+    """Draws the share of the requests (upwards) that took at most a time (to the right)."""
+    high = MAX_SHOWN * found["limit"]["p50_us"]
     shown = {who: [time for time in found[who]["points_us"] if time <= high] for who in COLORS}
 
     def across(time):

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-// Exchanges a second of libqmi-glib, one after the other, on the kernel's QRTR: NAS "Get Serving
-// System" as bench_exchange asks it. It prints one number.
+// Exchanges a second of libqmi-glib, consecutive, on the kernel's QRTR: NAS "Get Serving System",
+// as in bench_exchange. Prints one number.
 //
 //   bench_qmi_glib COUNT
 #include <libqmi-glib.h>
@@ -17,7 +17,7 @@ constexpr guint kTimeoutSeconds = 15;
 
 [[noreturn]] void fail(const char* what, const GError* error) {
   fprintf(stderr, "bench_qmi_glib: %s: %s\n", what,
-          error != nullptr ? error->message : "not there");
+          error != nullptr ? error->message : "not found");
   exit(EXIT_FAILURE);
 }
 
@@ -30,7 +30,7 @@ struct Unref {
 };
 using Result = std::unique_ptr<GAsyncResult, Unref>;
 
-// Begins what ends with a callback, and runs the main loop until then.
+// Begins an asynchronous call and runs the main loop until its callback.
 template <typename Begin>
 Result wait_for(Begin begin) {
   GAsyncResult* result = nullptr;
@@ -39,7 +39,7 @@ Result wait_for(Begin begin) {
   return Result(result);
 }
 
-// The first node on which the service is.
+// Returns the first node with the service.
 QrtrNode* find_node(QrtrBus* bus, guint service) {
   for (GList* each = qrtr_bus_peek_nodes(bus); each != nullptr; each = each->next) {
     auto* node = QRTR_NODE(each->data);
@@ -80,7 +80,8 @@ void exchange(QmiClientNas* client) {
   });
   auto* output = qmi_client_nas_get_serving_system_finish(client, answered.get(), &error);
   if (output == nullptr) fail("a response", error);
-  if (!qmi_message_nas_get_serving_system_output_get_result(output, &error)) fail("it", error);
+  if (!qmi_message_nas_get_serving_system_output_get_result(output, &error))
+    fail("the result", error);
   qmi_message_nas_get_serving_system_output_unref(output);
 }
 

@@ -1,8 +1,8 @@
 # SPDX-License-Identifier: Apache-2.0
-"""Exchanges a second of our client library and of libqmi-glib, on QRTR in the virtual handset.
+"""Exchanges a second of the client library and of libqmi-glib, on QRTR in the virtual handset.
 
-It needs the handset's parts (tests/handset/fetch) and the arm64 build's target bench; ./dev bench
-qrtr sees to both.
+Needs the handset's parts (tests/handset/fetch) and the target bench of the arm64 build; ./dev bench
+qrtr makes both.
 """
 
 import json
@@ -37,7 +37,7 @@ def make_image(build, parts):
 
 
 def boot(parts):
-    """The lines that the guest prints."""
+    """Returns the benchmark lines that the guest prints."""
     import machine  # of the handset's tests
 
     words = machine.command(parts, parts / "bench.initramfs", "", {}, MEMORY)
@@ -47,7 +47,7 @@ def boot(parts):
 
 
 def compare(lines):
-    """Of one modem: the median of the ratios of neighbouring runs."""
+    """Returns medians for one modem; ratios are those of neighbouring runs."""
     glib = [float(line.split()[3]) for line in lines if line.split()[2] == "glib"]
     own = [json.loads(line.split(None, 3)[3])["qrtr"]["one_thread"] for line in lines
            if line.split()[2] == "own"]

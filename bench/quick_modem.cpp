@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
-// The simulated modem without its bookkeeping: it works out the answer to a request once and
-// repeats it whenever the same request comes again. What is measured beside it is the other side.
-// It takes the options of qorext_modem, and has no control socket.
+// The simulated modem without its bookkeeping, so that it costs little beside what is measured: it
+// computes the response to a request once and repeats it for equal requests. It has the options of
+// qorext_modem and no control socket.
 #include <poll.h>
 #include <unistd.h>
 
@@ -24,45 +24,45 @@ using qmi_transport::ServerEvent;
 
 constexpr uint32_t kInstance = 1 << 8;
 
-class Answers {
+class Responses {
  public:
-  // The packet that answers; empty when what came is no request.
-  const Bytes& answer(uint32_t service_id, std::span<const uint8_t> packet) {
+  // Returns an empty packet when `packet` is not a request.
+  const Bytes& respond(uint32_t service_id, std::span<const uint8_t> packet) {
     static const Bytes nothing;
-    auto header = qmi_idl::load_header(packet);
-    if (!header || header->type != qmi_idl::WireType::request) return nothing;
-    Bytes& answer = answer_to(service_id, *header, packet.subspan(qmi_idl::kHeaderSize));
-    auto answered = *qmi_idl::load_header(answer);
-    answered.transaction = header->transaction;
-    qmi_idl::store_header(answered, std::span(answer).first<qmi_idl::kHeaderSize>());
-    return answer;
+    auto request = qmi_idl::load_header(packet);
+    if (!request || request->type != qmi_idl::WireType::request) return nothing;
+    Bytes& response = response_to(service_id, *request, packet.subspan(qmi_idl::kHeaderSize));
+    Header header = *qmi_idl::load_header(response);
+    header.transaction = request->transaction;
+    qmi_idl::store_header(header, std::span(response).first<qmi_idl::kHeaderSize>());
+    return response;
   }
 
  private:
-  Bytes& answer_to(uint32_t service_id, const Header& header, std::span<const uint8_t> tlvs) {
+  Bytes& response_to(uint32_t service_id, const Header& header, std::span<const uint8_t> tlvs) {
     // Service, message id, TLVs.
     key_.assign({static_cast<char>(service_id), static_cast<char>(header.message_id),
                  static_cast<char>(header.message_id >> 8)});
     key_.append(tlvs.begin(), tlvs.end());
-    auto found = answers_.find(key_);
-    if (found != answers_.end()) return found->second;
+    auto found = responses_.find(key_);
+    if (found != responses_.end()) return found->second;
     auto& service = *modem::find_service(service_id);
-    return answers_[key_] = modem::respond(device_, service, header, tlvs);
+    return responses_[key_] = modem::respond(device_, service, header, tlvs);
   }
 
   modem::Device device_{modem::factory_state(), modem::factory_state(), {}};
-  std::unordered_map<std::string, Bytes> answers_;
+  std::unordered_map<std::string, Bytes> responses_;
   std::string key_;
 };
 
 void serve(qmi_transport::Server& server) {
-  Answers answers;
+  Responses responses;
   std::vector<uint8_t> buffer(qmi_transport::kMaxPacketSize);
   while (qmi_transport::wait_for(server.fd(), POLLIN, qmi_transport::Deadline::max())) {
     ServerEvent event = server.next(buffer);
     if (event.kind != ServerEvent::Kind::packet) continue;
-    auto& answer = answers.answer(event.service, std::span(buffer).first(event.size));
-    if (!answer.empty()) server.send(event.peer, answer);
+    auto& response = responses.respond(event.service, std::span(buffer).first(event.size));
+    if (!response.empty()) server.send(event.peer, response);
   }
 }
 

@@ -4,23 +4,28 @@
 #include <fcntl.h>
 #include <sched.h>
 #include <time.h>
+#include <unistd.h>
 
 #include <cerrno>
 #include <stdexcept>
 #include <system_error>
 
 #include "tests/e2e/support/value_or_throw.h"
+#include "tools/qorextctl/frames/arguments.h"
+#include "tools/qorextctl/modem/ask_modem.h"
 
 namespace bench {
 
 namespace {
 
 using e2e::value_or_throw;
-using qorextctl::Daemon;
 
-constexpr double kPatience = 300;  // seconds
+constexpr double kLongSeconds = 300;
 constexpr int kDaemonCore = 0;
 constexpr int kOtherCore = 1;
+
+// A generic request without a handler; the reply has 8 bytes.
+const Bytes kUnknownRequest = {0, 0x0F, 0xFF, 0xFF, 0, 0, 0, 0};
 
 void bind_to(int core) {
   cpu_set_t cores;
@@ -41,9 +46,10 @@ double seconds_of(clockid_t clock) {
   return static_cast<double>(time.tv_sec) + static_cast<double>(time.tv_nsec) * 1e-9;
 }
 
-bool serves(Daemon& daemon) {
-  return daemon.send(kUnknownRequest) &&
-         daemon.receive_reply(qorextctl::ReplyForm::generic, patience());
+Bytes request_bytes(const std::string& name, const std::vector<std::string>& arguments = {}) {
+  std::vector<std::string> words = {name};
+  words.insert(words.end(), arguments.begin(), arguments.end());
+  return value_or_throw(qorextctl::parse_command(words, false)).bytes;
 }
 
 }  // namespace
@@ -71,8 +77,31 @@ std::unique_ptr<Daemon> Rig::start(const std::string& program) const {
   bind_as_daemon(spread_);
   auto daemon = value_or_throw(Daemon::start(options));
   bind_others(spread_);
-  if (!serves(*daemon)) throw std::runtime_error(program + " does not come to serve requests");
+  bool serves = daemon->send(kUnknownRequest) &&
+                daemon->receive_reply(qorextctl::ReplyForm::generic, long_deadline());
+  if (!serves) throw std::runtime_error(program + " does not serve requests");
   return daemon;
+}
+
+void Rig::command_modem(const qorextctl::Json& command) const {
+  constexpr double kSecondsWithoutProgress = 60;
+  auto control = value_or_throw(qorextctl::ModemControl::connect(setup_->control()));
+  auto answer = value_or_throw(qorextctl::call_to_end(control, command, kSecondsWithoutProgress));
+  if (!answer.value("ok", false)) throw std::runtime_error(answer.dump());
+}
+
+std::vector<Measured> measured_requests() {
+  return {{"unknown", kUnknownRequest},
+          {"nv_read", request_bytes("nv-read", {"rde-id=28"})},
+          {"get_nam", request_bytes("get-nam")},
+          {"data_plmn", request_bytes("data-plmn")}};
+}
+
+void exchange(Daemon& daemon, const Bytes& request) {
+  uint8_t reply[4096];
+  if (!daemon.send(request) || read(daemon.replies().fd(), reply, sizeof reply) <= 0) {
+    throw std::runtime_error("no reply");
+  }
 }
 
 double processor_seconds(const Daemon& daemon) {
@@ -89,6 +118,12 @@ void bind_as_daemon(Spread spread) {
 
 double now() { return seconds_of(CLOCK_MONOTONIC); }
 
-qorextctl::Deadline patience() { return qorextctl::Deadline::in_seconds(kPatience); }
+qorextctl::Deadline long_deadline() { return qorextctl::Deadline::in_seconds(kLongSeconds); }
+
+nlohmann::json medians(const Figures& figures) {
+  nlohmann::json result = nlohmann::json::object();
+  for (const auto& [name, samples] : figures) result[name] = median(samples);
+  return result;
+}
 
 }  // namespace bench

@@ -1,10 +1,11 @@
 #!/usr/bin/env python3
 # SPDX-License-Identifier: Apache-2.0
-"""Runs the benchmarks of the release build: a table, build/bench/results.json, latency.svg there.
+"""Runs the benchmarks of the release build. Prints a table; writes build/bench/results.json and
+latency.svg.
 
 usage: bench/run.py [NAME...]    without a name all but qrtr
        bench/run.py --check      compares the instructions of each request with the stored ones
-       bench/run.py --store      stores them anew, in bench/instructions.json
+       bench/run.py --store      stores them in bench/instructions.json
 """
 
 import json
@@ -30,8 +31,8 @@ def print_table(rows):
 def main(names):
     unknown = set(names) - set(MEASURES)
     if unknown:
-        sys.exit(f"bench: no such benchmark: {' '.join(sorted(unknown))}; "
-                 f"there are: {' '.join(MEASURES)}")
+        sys.exit(f"bench: unknown benchmark: {' '.join(sorted(unknown))}; "
+                 f"expected: {' '.join(MEASURES)}")
     results = earlier_results()
     for name in names or [name for name in MEASURES if name not in ONLY_BY_NAME]:
         print(f"{name} ...", file=sys.stderr, flush=True)

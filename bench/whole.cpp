@@ -1,21 +1,17 @@
 // SPDX-License-Identifier: Apache-2.0
-// The daemon as a whole: how long it takes to start, how fast indications come through it, what it
-// needs. Prints JSON.
+// The daemon as a whole: its start-up time, its rate of indications, its memory and threads. Prints
+// JSON.
 //
-//   bench_whole ROUNDS    $QOREXT_BENCH_PLAN is the limit program's plan
+//   bench_whole ROUNDS    $QOREXT_BENCH_PLAN is the plan of the limit program
 #include <cstdlib>
 #include <iostream>
-#include <nlohmann/json.hpp>
 
-#include "bench/modem.h"
-#include "bench/requests.h"
-#include "bench/samples.h"
+#include "bench/rig.h"
 #include "tests/e2e/support/process_figures.h"
 
 namespace {
 
 using nlohmann::json;
-using qorextctl::Daemon;
 
 constexpr size_t kIndications = 5000;
 
@@ -24,42 +20,32 @@ struct Start {
   double processor_ms;
 };
 
-// From its start to the answer to a request that nobody serves.
+// From its start to the reply to a first request.
 Start start_once(const bench::Rig& rig, const char* program) {
   double start = bench::now();
   auto daemon = rig.start(program);
   return {1000 * (bench::now() - start), 1000 * bench::processor_seconds(*daemon)};
 }
 
-// The limit program opens as many sockets of the modem, and asks nothing.
+// The limit program opens as many sockets of the modem, and sends nothing.
 json measure_starts(int rounds) {
   bench::Rig rig(bench::kQuickModemProgram, bench::Spread::free);
-  bench::Samples times;
-  bench::Samples processor;
-  bench::Samples ratios;
+  bench::Figures figures;
   for (int i = 0; i < rounds; ++i) {
-    Start of_daemon = start_once(rig, bench::kDaemonProgram);
-    Start of_limit = start_once(rig, bench::kLimitProgram);
-    times.push_back(of_daemon.ms);
-    processor.push_back(of_daemon.processor_ms);
-    ratios.push_back(of_daemon.ms / of_limit.ms);
+    Start daemon = start_once(rig, bench::kDaemonProgram);
+    Start limit = start_once(rig, bench::kLimitProgram);
+    figures["start_ms"].push_back(daemon.ms);
+    figures["start_ratio"].push_back(daemon.ms / limit.ms);
+    figures["start_processor_ms"].push_back(daemon.processor_ms);
   }
-  return {{"start_ms", bench::median(times)},
-          {"start_ratio", bench::median(ratios)},
-          {"start_processor_ms", bench::median(processor)}};
-}
-
-void serve(Daemon& daemon, const qorextctl::Bytes& request) {
-  uint8_t reply[4096];
-  if (!daemon.send(request) || read(daemon.replies().fd(), reply, sizeof reply) <= 0) {
-    throw std::runtime_error("no reply");
-  }
+  return bench::medians(figures);
 }
 
 json measure_footprint() {
   bench::Rig rig(bench::kQuickModemProgram, bench::Spread::free);
   auto daemon = rig.start(bench::kDaemonProgram);
-  for (const auto& measured : bench::measured_requests()) serve(*daemon, measured.request);
+  for (const auto& measured : bench::measured_requests())
+    bench::exchange(*daemon, measured.request);
   pid_t pid = daemon->process().pid();
   return {{"private_kib", e2e::private_memory_of(pid)}, {"threads", e2e::figures_of(pid).threads}};
 }
@@ -67,14 +53,14 @@ json measure_footprint() {
 json measure_indications(int rounds) {
   bench::Rig rig(bench::kModemProgram, bench::Spread::free);
   auto daemon = rig.start(bench::kDaemonProgram);
-  bench::Modem modem(rig.control());
   bench::Samples rates;
   double processor = bench::processor_seconds(*daemon);
   for (int i = 0; i < rounds; ++i) {
     double start = bench::now();
-    modem.command({{"command", "indicate"}, {"indication", "notify"}, {"count", kIndications}});
+    rig.command_modem({{"command", "indicate"}, {"indication", "notify"}, {"count", kIndications}});
     for (size_t left = kIndications; left > 0; --left) {
-      if (!daemon->receive_unsolicited(bench::patience())) throw std::runtime_error("none");
+      if (!daemon->receive_unsolicited(bench::long_deadline()))
+        throw std::runtime_error("no message");
     }
     rates.push_back(kIndications / (bench::now() - start));
   }

@@ -1,15 +1,16 @@
 # SPDX-License-Identifier: Apache-2.0
-"""What the daemon does with a request, call by call, recorded with strace."""
+"""The daemon under strace, which records its calls, and under the tools of valgrind."""
 
 import re
 import subprocess
 import tempfile
+from pathlib import Path
 
 from places import DAEMON, ROOT, bench_program
 
 PLAN = ROOT / "build/bench/plan.txt"
 
-# "1234 call(arguments) = result", strings in \xNN; parts of a call that was interrupted are joined.
+# "1234 call(arguments) = result", strings in \xNN. The two parts of an interrupted call are joined.
 CALL = re.compile(r"^(\d+) +(\w+)\((.*)\) += (-?\w+)")
 UNFINISHED = re.compile(r"^(\d+) +(.*?) *<unfinished \.\.\.>$")
 RESUMED = re.compile(r"^(\d+) +<\.\.\. \w+ resumed>(.*)$")
@@ -17,6 +18,11 @@ RESUMED = re.compile(r"^(\d+) +<\.\.\. \w+ resumed>(.*)$")
 STRINGS = re.compile(r'"((?:\\x[0-9a-f]{2})*)"')
 STANDARD_ERROR = 2
 HELLO = 2  # the first word of the packet that attaches a socket to a service
+
+WRAPPER = """#!/bin/sh
+exec valgrind {tool} --vgdb=no {daemon} "$@"
+"""
+FEW, MANY = 20, 520
 
 
 class Call:
@@ -44,7 +50,7 @@ def parse(lines):
 
 
 def daemon_calls():
-    """Every call of the daemon, of all its threads, while it served each request twice."""
+    """Returns the calls of all threads of the daemon while it serves each request twice."""
     with tempfile.NamedTemporaryFile("r") as trace:
         subprocess.run(["strace", "-f", "-qq", "-xx", "-s", "4096", "-o", trace.name,
                         bench_program("bench_latency"), "record", str(DAEMON)], check=True)
@@ -64,7 +70,7 @@ def daemon_calls():
 
 
 def split_requests(calls):
-    """The calls that belong to each request: from its read to the wait for the next one."""
+    """Returns the calls of each request: from its read to the wait for the next one."""
     main = calls[0].thread
     requests, current = [], None
     for call in calls:
@@ -77,7 +83,7 @@ def split_requests(calls):
 
 
 def services(calls):
-    """Which service each of the daemon's sockets is attached to."""
+    """Returns the service of each socket of the daemon."""
     attached = {}
     for call in calls:
         if call.name == "sendto" and call.data[:4] == HELLO.to_bytes(4, "little"):
@@ -98,10 +104,10 @@ def step(call, service_of, reply_descriptor):
 
 
 def write_plan():
-    """Writes what the limit program is to do; returns the calls of each request, by its order."""
+    """Writes the plan of the limit program and returns the calls of each request, in order."""
     calls = daemon_calls()
     requests = split_requests(calls)
-    measured = requests[len(requests) // 2 + 1:]  # the first round opens what stays open
+    measured = requests[len(requests) // 2 + 1:]  # the first round opens files that stay open
     service_of = services(calls)
     main = calls[0].thread
     lines = []
@@ -116,3 +122,26 @@ def write_plan():
     PLAN.parent.mkdir(parents=True, exist_ok=True)
     PLAN.write_text("\n".join(lines) + "\n")
     return measured
+
+
+def valgrind_output(tool, request, count):
+    """Returns the file that the tool writes; {out} in its options is the path."""
+    with tempfile.TemporaryDirectory() as folder:
+        out, wrapper = Path(folder, "out"), Path(folder, "daemon")
+        # The daemon writes it as the radio user.
+        Path(folder).chmod(0o755)
+        out.touch()
+        out.chmod(0o666)
+        wrapper.write_text(WRAPPER.format(tool=tool.format(out=out), daemon=DAEMON))
+        wrapper.chmod(0o755)
+        words = [bench_program("bench_latency"), "repeat", wrapper, request, count]
+        subprocess.run(list(map(str, words)), check=True, stderr=subprocess.DEVNULL)
+        return out.read_text()
+
+
+def per_request(tool, request, count_of):
+    """Returns numbers by name, which count_of() finds in the tool's output, per request: the
+    difference of two runs with different numbers of requests, without start and end."""
+    few = count_of(valgrind_output(tool, request, FEW))
+    many = count_of(valgrind_output(tool, request, MANY))
+    return {name: round((many[name] - few.get(name, 0)) / (MANY - FEW), 2) for name in many}
