@@ -2,7 +2,6 @@
 // Discovery of services: the notifier and the service list.
 #include <poll.h>
 #include <sys/socket.h>
-#include <time.h>
 
 #include "platform/linux/qmi_transport/unix_socket.h"
 #include "tests/unit/platform/client_support.h"
@@ -34,14 +33,11 @@ struct Notifier {
     if (handle != nullptr) qmi_client_release(handle);
   }
 
-  // Waits as the product does, on the clock that the signal names.
+  // Waits as the product does: on the condition variable, with a deadline of CLOCK_MONOTONIC.
   bool is_raised(std::chrono::milliseconds timeout = kTimeout) {
-    timespec deadline{};
-    clock_gettime(CLOCK_MONOTONIC, &deadline);
-    deadline.tv_sec += timeout.count() / 1000;
-    deadline.tv_nsec += timeout.count() % 1000 * 1000000;
-    deadline.tv_sec += deadline.tv_nsec / 1000000000;
-    deadline.tv_nsec %= 1000000000;
+    auto end = (std::chrono::steady_clock::now() + timeout).time_since_epoch();
+    auto seconds = std::chrono::floor<std::chrono::seconds>(end);
+    timespec deadline{seconds.count(), std::chrono::nanoseconds(end - seconds).count()};
     pthread_mutex_lock(&signal.mutex);
     int result = 0;
     while (signal.sig_set == 0 && result == 0) {

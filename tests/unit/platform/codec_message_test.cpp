@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// What holds for every message of the three services.
+// Properties of every message of the three services.
 #include "tests/unit/platform/codec_support.h"
 
 namespace codec_test {
@@ -12,7 +12,7 @@ class EveryMessage : public testing::TestWithParam<Case> {
   const qmi_idl::Message& message() const { return *GetParam().message; }
 };
 
-// Where a TLV ends: the only places at which a shorter message can be a message.
+// Marks the ends of TLVs. A message that is cut anywhere else is invalid.
 std::vector<bool> boundaries(const Bytes& wire) {
   std::vector<bool> ends(wire.size() + 1);
   size_t at = 0;
@@ -24,7 +24,7 @@ std::vector<bool> boundaries(const Bytes& wire) {
   return ends;
 }
 
-TEST_P(EveryMessage, ComesBackAsItWasSent) {
+TEST_P(EveryMessage, IsDecodedToWhatWasEncoded) {
   for (unsigned seed = 0; seed < kRounds; ++seed) {
     Bytes structure = RandomMessage(seed).make(message());
     Bytes wire = encoded(message(), structure);
@@ -45,7 +45,7 @@ TEST_P(EveryMessage, IsRefusedWhenCutInsideATlv) {
   }
 }
 
-TEST_P(EveryMessage, IsNotEncodedIntoLessRoomThanItNeeds) {
+TEST_P(EveryMessage, IsNotEncodedIntoASmallerBuffer) {
   Bytes structure = RandomMessage(8).make(message());
   size_t needed = encoded(message(), structure).size();
   for (size_t room = 0; room < needed; ++room) {
@@ -54,7 +54,7 @@ TEST_P(EveryMessage, IsNotEncodedIntoLessRoomThanItNeeds) {
   }
 }
 
-TEST_P(EveryMessage, TakesOnlyAStructureOfItsOwnSize) {
+TEST_P(EveryMessage, RequiresAStructureOfItsOwnSize) {
   Bytes wire(kWireRoom);
   Bytes larger(message().size + 1u);
   EXPECT_EQ(qmi_idl::encode(message(), larger, wire), -1);
@@ -72,7 +72,7 @@ TEST_P(EveryMessage, IsRefusedWithoutAMandatoryTlv) {
   EXPECT_EQ(wire.empty(), !has_mandatory);
 }
 
-TEST_P(EveryMessage, SurvivesRandomBytes) {
+TEST_P(EveryMessage, IsDecodedSafelyFromCorruptBytes) {
   for (unsigned round = 0; round < 2 * kRounds; ++round) {
     Bytes wire = encoded(message(), RandomMessage(round).make(message()));
     if (wire.empty()) return;
@@ -80,9 +80,9 @@ TEST_P(EveryMessage, SurvivesRandomBytes) {
     for (unsigned change = 0; change < 4; ++change) {
       wire[random() % wire.size()] = static_cast<uint8_t>(random());
     }
-    ExactBuffer damaged(wire);
+    ExactBuffer corrupt(wire);
     ExactBuffer structure(message().size);
-    if (qmi_idl::decode(message(), damaged.span(), structure.span())) {
+    if (qmi_idl::decode(message(), corrupt.span(), structure.span())) {
       Bytes room(kWireRoom);
       ASSERT_GE(qmi_idl::encode(message(), structure.span(), room), 0);
     }
@@ -92,7 +92,7 @@ TEST_P(EveryMessage, SurvivesRandomBytes) {
 
 INSTANTIATE_TEST_SUITE_P(Of, EveryMessage, testing::ValuesIn(all_messages()), name_of);
 
-TEST(Services, AreGivenOnlyForTheirOwnVersions) {
+TEST(Services, AreReturnedOnlyForTheirOwnVersions) {
   EXPECT_EQ(nas_get_service_object_internal_v01(1, 174, 6), nullptr);
   EXPECT_EQ(dms_get_service_object_internal_v01(2, 56, 6), nullptr);
   EXPECT_EQ(qorext_vs_get_service_object_internal_v01(1, 1, 5), nullptr);

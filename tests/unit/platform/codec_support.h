@@ -53,7 +53,7 @@ inline std::string name_of(const testing::TestParamInfo<Case>& info) {
   return testing::PrintToString(info.param);
 }
 
-// A heap block of exactly this size, so that a sanitizer sees the first byte outside.
+// A heap block of exactly this size, so that a sanitizer detects an access to the next byte.
 class ExactBuffer {
  public:
   explicit ExactBuffer(size_t size) : bytes_(new uint8_t[size]), size_(size) {}
@@ -67,7 +67,7 @@ class ExactBuffer {
   size_t size_;
 };
 
-// Fits every message described.
+// Enough for every message.
 constexpr size_t kWireRoom = 20000;
 
 inline Bytes encoded(const qmi_idl::Message& message, const Bytes& structure) {
@@ -77,6 +77,16 @@ inline Bytes encoded(const qmi_idl::Message& message, const Bytes& structure) {
   wire.resize(size < 0 ? 0 : static_cast<size_t>(size));
   return wire;
 }
+
+// A number in a structure.
+struct Field {
+  size_t offset;
+  size_t width;
+  int64_t value;
+};
+inline Field u8_at(size_t offset, int64_t value) { return {offset, 1, value}; }
+inline Field u16_at(size_t offset, int64_t value) { return {offset, 2, value}; }
+inline Field u32_at(size_t offset, int64_t value) { return {offset, 4, value}; }
 
 inline const qmi_idl::Message& message_of(const qmi_idl::Service& service,
                                           qmi_idl::Direction direction, uint32_t id) {
@@ -93,8 +103,16 @@ inline uint64_t get(const Bytes& structure, size_t offset, size_t width) {
   return value;
 }
 
-// A structure that the codec must carry as it is: random numbers that fit their place on the wire,
-// random counts and texts, validity bytes at random; whatever is not described is zero.
+inline void expect_fields(const Bytes& structure, const std::vector<Field>& fields) {
+  for (const auto& [offset, width, value] : fields) {
+    uint64_t mask = ~uint64_t{0} >> (64 - 8 * width);
+    EXPECT_EQ(get(structure, offset, width), static_cast<uint64_t>(value) & mask)
+        << "offset " << offset;
+  }
+}
+
+// Makes structures that the codec must carry unchanged: random numbers that fit their width on the
+// wire, random counts, texts and validity bytes. Bytes outside the elements are zero.
 class RandomMessage {
  public:
   explicit RandomMessage(unsigned seed) : random_(seed) {}

@@ -7,10 +7,31 @@ namespace {
 
 using qmi_idl::Direction;
 
-Bytes decoded(const qmi_idl::Message& message, const Bytes& wire) {
+// Expects the response to be decoded to these numbers, and encoded to the same bytes. Returns the
+// structure.
+Bytes expect_response(const qmi_idl::Service& service, uint32_t id, const Bytes& wire,
+                      const std::vector<Field>& fields) {
+  const auto& message = message_of(service, Direction::response, id);
   Bytes structure(message.size, 0xEE);
   EXPECT_TRUE(qmi_idl::decode(message, wire, structure));
+  expect_fields(structure, fields);
+  EXPECT_EQ(encoded(message, structure), wire);
   return structure;
+}
+
+// Expects a request with these numbers to be encoded to these bytes.
+void expect_request(const qmi_idl::Service& service, uint32_t id, const std::vector<Field>& fields,
+                    const Bytes& wire) {
+  const auto& message = message_of(service, Direction::request, id);
+  Bytes structure(message.size);
+  for (const auto& [offset, width, value] : fields) {
+    put(structure, offset, static_cast<uint64_t>(value), width);
+  }
+  EXPECT_EQ(encoded(message, structure), wire);
+}
+
+const char* text_at(const Bytes& structure, size_t offset) {
+  return reinterpret_cast<const char*>(&structure[offset]);
 }
 
 TEST(NasWire, ServingSystemResponse) {
@@ -18,43 +39,23 @@ TEST(NasWire, ServingSystemResponse) {
                       0x01, 7, 0, 1,    2,    1, 2, 2, 8,   0xFF,       // serving system
                       0x12, 8, 0, 0x36, 0x01, 4, 1, 3, 'N', 'e',  't',  // current PLMN
                       0x1D, 4, 0, 0x78, 0x56, 4, 3};                    // cell id
-  const auto& message = message_of(nas(), Direction::response, 0x24);
-  Bytes structure = decoded(message, wire);
-  EXPECT_EQ(get(structure, 0, 4), 0u);
-  EXPECT_EQ(get(structure, 8, 4), 1u);
-  EXPECT_EQ(get(structure, 12, 4), 2u);
-  EXPECT_EQ(get(structure, 16, 4), 1u);
-  EXPECT_EQ(get(structure, 20, 4), 2u);
-  EXPECT_EQ(get(structure, 24, 4), 2u);
-  EXPECT_EQ(get(structure, 28, 4), 8u);
-  EXPECT_EQ(get(structure, 32, 4), 0xFFFFFFFFu);
-  EXPECT_EQ(structure[1104], 1);
-  EXPECT_EQ(get(structure, 1106, 2), 310u);
-  EXPECT_EQ(get(structure, 1108, 2), 260u);
-  EXPECT_STREQ(reinterpret_cast<const char*>(&structure[1110]), "Net");
-  EXPECT_EQ(structure[1434], 1);
-  EXPECT_EQ(get(structure, 1436, 4), 0x03045678u);
-  EXPECT_EQ(encoded(message, structure), wire);
+  Bytes structure = expect_response(
+      nas(), 0x24, wire,
+      {u32_at(0, 0), u32_at(8, 1), u32_at(12, 2), u32_at(16, 1), u32_at(20, 2), u32_at(24, 2),
+       u32_at(28, 8), u32_at(32, -1), u8_at(1104, 1), u16_at(1106, 310), u16_at(1108, 260),
+       u8_at(1434, 1), u32_at(1436, 0x03045678)});
+  EXPECT_STREQ(text_at(structure, 1110), "Net");
 }
 
 TEST(NasWire, SignalInformationResponse) {
   const Bytes wire = {0x02, 4, 0, 0,    0,    0,    0,                  // result
                       0x14, 6, 0, 0xC4, 0xF5, 0xA1, 0xFF, 0x7B, 0x00};  // LTE
-  const auto& message = message_of(nas(), Direction::response, 0x4F);
-  Bytes structure = decoded(message, wire);
-  EXPECT_EQ(structure[36], 1);
-  EXPECT_EQ(static_cast<int8_t>(structure[38]), -60);
-  EXPECT_EQ(static_cast<int8_t>(structure[39]), -11);
-  EXPECT_EQ(static_cast<int16_t>(get(structure, 40, 2)), -95);
-  EXPECT_EQ(get(structure, 42, 2), 123u);
-  EXPECT_EQ(encoded(message, structure), wire);
+  expect_response(nas(), 0x4F, wire,
+                  {u8_at(36, 1), u8_at(38, -60), u8_at(39, -11), u16_at(40, -95), u16_at(42, 123)});
 }
 
 TEST(NasWire, TxRxInformationRequest) {
-  const auto& message = message_of(nas(), Direction::request, 0x5A);
-  Bytes structure(message.size);
-  put(structure, 0, 8, 4);
-  EXPECT_EQ(encoded(message, structure), (Bytes{0x01, 1, 0, 8}));
+  expect_request(nas(), 0x5A, {u32_at(0, 8)}, {0x01, 1, 0, 8});
 }
 
 TEST(NasWire, TxRxInformationResponse) {
@@ -64,31 +65,16 @@ TEST(NasWire, TxRxInformationResponse) {
                       0,    0,    5,    0,    0, 0, 0x11, 21, 0, 0,  // RX chain 1
                       6,    0,    0,    0,    7, 0, 0,    0,  8, 0, 0,    0,    9,    0,
                       0,    0,    10,   0,    0, 0, 0x12, 5,  0, 1, 0xF6, 0xFF, 0xFF, 0xFF};  // TX
-  const auto& message = message_of(nas(), Direction::response, 0x5A);
-  Bytes structure = decoded(message, wire);
-  EXPECT_EQ(structure[8], 1);
-  EXPECT_EQ(structure[12], 1);
-  EXPECT_EQ(static_cast<int32_t>(get(structure, 16, 4)), -100);
-  EXPECT_EQ(get(structure, 32, 4), 5u);
-  EXPECT_EQ(structure[36], 1);
-  EXPECT_EQ(structure[40], 0);
-  EXPECT_EQ(get(structure, 44, 4), 6u);
-  EXPECT_EQ(get(structure, 60, 4), 10u);
-  EXPECT_EQ(structure[64], 1);
-  EXPECT_EQ(structure[68], 1);
-  EXPECT_EQ(static_cast<int32_t>(get(structure, 72, 4)), -10);
-  EXPECT_EQ(encoded(message, structure), wire);
+  expect_response(
+      nas(), 0x5A, wire,
+      {u8_at(8, 1), u8_at(12, 1), u32_at(16, -100), u32_at(32, 5), u8_at(36, 1), u8_at(40, 0),
+       u32_at(44, 6), u32_at(60, 10), u8_at(64, 1), u8_at(68, 1), u32_at(72, -10)});
 }
 
 TEST(NasWire, PlmnNameRequest) {
-  const auto& message = message_of(nas(), Direction::request, 0x44);
-  Bytes structure(message.size);
-  put(structure, 0, 310, 2);
-  put(structure, 2, 260, 2);
-  structure[4] = structure[5] = 1;
-  structure[10] = 1;
-  EXPECT_EQ(encoded(message, structure),
-            (Bytes{0x01, 4, 0, 0x36, 0x01, 4, 1, 0x10, 1, 0, 1, 0x13, 1, 0, 0}));
+  expect_request(nas(), 0x44,
+                 {u16_at(0, 310), u16_at(2, 260), u8_at(4, 1), u8_at(5, 1), u8_at(10, 1)},
+                 {0x01, 4, 0, 0x36, 0x01, 4, 1, 0x10, 1, 0, 1, 0x13, 1, 0, 0});
 }
 
 TEST(NasWire, PlmnNameResponse) {
@@ -97,19 +83,11 @@ TEST(NasWire, PlmnNameResponse) {
                       1,    2,  'S', 'P',                 // SPN
                       1,    1,  2,   3,   'A', 'b', 'c',  // short name
                       1,    0,  7,   1,   'L'};           // long name
-  const auto& message = message_of(nas(), Direction::response, 0x44);
-  Bytes structure = decoded(message, wire);
-  EXPECT_EQ(structure[8], 1);
-  EXPECT_EQ(get(structure, 16, 4), 2u);
-  EXPECT_EQ(structure[20], 'S');
-  EXPECT_EQ(get(structure, 36, 4), 1u);
-  EXPECT_EQ(get(structure, 40, 4), 1u);
-  EXPECT_EQ(get(structure, 44, 4), 2u);
-  EXPECT_EQ(get(structure, 48, 4), 3u);
-  EXPECT_EQ(memcmp(&structure[52], "Abc", 4), 0);
-  EXPECT_EQ(get(structure, 128, 4), 1u);
-  EXPECT_EQ(structure[132], 'L');
-  EXPECT_EQ(encoded(message, structure), wire);
+  Bytes structure =
+      expect_response(nas(), 0x44, wire,
+                      {u8_at(8, 1), u32_at(16, 2), u8_at(20, 'S'), u32_at(36, 1), u32_at(40, 1),
+                       u32_at(44, 2), u32_at(48, 3), u32_at(128, 1), u8_at(132, 'L')});
+  EXPECT_STREQ(text_at(structure, 52), "Abc");
 }
 
 TEST(DmsWire, WriteSpcRequest) {
@@ -121,10 +99,7 @@ TEST(DmsWire, WriteSpcRequest) {
 }
 
 TEST(DmsWire, WriteSpcResponse) {
-  const auto& message = message_of(dms(), Direction::response, 0x52);
-  Bytes structure = decoded(message, {0x02, 4, 0, 1, 0, 12, 0});
-  EXPECT_EQ(get(structure, 0, 4), 1u);
-  EXPECT_EQ(get(structure, 4, 4), 12u);
+  expect_response(dms(), 0x52, {0x02, 4, 0, 1, 0, 12, 0}, {u32_at(0, 1), u32_at(4, 12)});
 }
 
 }  // namespace

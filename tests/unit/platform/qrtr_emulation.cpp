@@ -21,14 +21,14 @@ namespace {
 constexpr uint32_t kFirstPort = 0x4000;
 constexpr uint32_t kLastPort = 0x7FFF;
 constexpr size_t kMaxPacket = 65535;
-// How long the name service waits for a receiver whose queue is full; the kernel's queues are
-// longer than those of Unix datagram sockets.
-constexpr int kControlPatienceMs = 1000;
+// How long the name service waits for a receiver whose queue is full: Unix datagram sockets have
+// shorter queues than the kernel's QRTR sockets.
+constexpr int kControlTimeoutMs = 1000;
 
-// The port of each emulated descriptor, 0 for the others.
+// The port of each descriptor, 0 for those that are not emulated.
 std::array<std::atomic<uint32_t>, 65536> g_ports;
 
-// Null for a descriptor beyond the table.
+// Null for a descriptor outside the table.
 std::atomic<uint32_t>* slot_of(int fd) {
   auto index = static_cast<size_t>(fd);
   return index < g_ports.size() ? &g_ports[index] : nullptr;
@@ -64,14 +64,14 @@ int real_close(int fd) {
   return call(fd);
 }
 
-// Binds to a port that is not in use; 0 when there is none (errno tells).
-uint32_t bind_somewhere(int fd) {
-  static std::atomic<uint32_t> turn = static_cast<uint32_t>(getpid());
+// Binds to a free port. Returns 0 when there is none (errno is set).
+uint32_t bind_to_free_port(int fd) {
+  static std::atomic<uint32_t> next_port = static_cast<uint32_t>(getpid());
   for (uint32_t tries = 0; tries <= kLastPort - kFirstPort; ++tries) {
-    uint32_t port = kFirstPort + turn++ % (kLastPort - kFirstPort + 1);
+    uint32_t port = kFirstPort + next_port++ % (kLastPort - kFirstPort + 1);
     sockaddr_un address = address_of(port);
     if (bind(fd, reinterpret_cast<sockaddr*>(&address), sizeof(address)) == 0) {
-      chmod(address.sun_path, kForEverybody);
+      chmod(address.sun_path, kFileMode);
       return port;
     }
     if (errno != EADDRINUSE) return 0;
@@ -83,7 +83,7 @@ int open_emulated(int type) {
   int fd = real_socket(AF_UNIX, type, 0);
   if (fd < 0) return fd;
   auto* slot = slot_of(fd);
-  uint32_t port = slot != nullptr ? bind_somewhere(fd) : 0;
+  uint32_t port = slot != nullptr ? bind_to_free_port(fd) : 0;
   if (port == 0) {
     int saved = errno;
     ::close(fd);
@@ -94,8 +94,8 @@ int open_emulated(int type) {
   return fd;
 }
 
-// A socket for one delivery: what a receiver has not read yet is charged to the sending socket, and
-// a receiver that does not read must not keep a sender from the others.
+// A socket for one delivery. The kernel charges unread packets to the sending socket, so with one
+// socket for all, a receiver that does not read would block deliveries to the others.
 class DeliverySocket {
  public:
   DeliverySocket() : fd_(::socket(AF_UNIX, SOCK_DGRAM | SOCK_CLOEXEC, 0)) {}
@@ -124,6 +124,7 @@ int error_of_delivery() {
   }
 }
 
+// A packet after its sender, in one datagram.
 struct Scatter {
   iovec parts[2];
   msghdr message{};
@@ -149,14 +150,7 @@ ssize_t send_emulated(uint32_t port, const void* data, size_t size, const sockad
   return error == 0 ? static_cast<ssize_t>(size) : -1;
 }
 
-ssize_t receive_emulated(int fd, void* data, size_t size, int& flags, Sender& sender) {
-  Scatter scatter(&sender, data, size);
-  ssize_t received = real_recvmsg(fd, &scatter.message, flags);
-  flags = scatter.message.msg_flags;
-  return received < 0 ? received : received - static_cast<ssize_t>(sizeof(sender));
-}
-
-// What is still open when the process ends by itself.
+// Closes the sockets that are open when the process exits.
 __attribute__((destructor)) void close_all() {
   for (auto& port : g_ports) {
     uint32_t open = port.exchange(0);
@@ -182,10 +176,10 @@ int deliver(const Sender& from, uint32_t to_port, std::span<const uint8_t> packe
   scatter.message.msg_namelen = sizeof(address);
 
   DeliverySocket socket;
-  int patience = from.port == QRTR_PORT_CTRL ? kControlPatienceMs : 0;
-  for (;; --patience) {
+  int retries = from.port == QRTR_PORT_CTRL ? kControlTimeoutMs : 0;
+  for (;; --retries) {
     if (sendmsg(socket.fd(), &scatter.message, MSG_DONTWAIT | MSG_NOSIGNAL) >= 0) return 0;
-    if (errno != EAGAIN || patience <= 0) return error_of_delivery();
+    if (errno != EAGAIN || retries <= 0) return error_of_delivery();
     poll(nullptr, 0, 1);
   }
 }
@@ -237,29 +231,16 @@ EXPORTED ssize_t sendto(int fd, const void* data, size_t size, int flags, const 
   return send_emulated(port, data, size, target);
 }
 
-EXPORTED ssize_t recvfrom(int fd, void* data, size_t size, int flags, sockaddr* from,
-                          socklen_t* length) {
-  static auto* const call =
-      next<ssize_t(int, void*, size_t, int, sockaddr*, socklen_t*)>("recvfrom");
-  if (port_of(fd) == 0) return call(fd, data, size, flags, from, length);
-  Sender sender{};
-  ssize_t received = receive_emulated(fd, data, size, flags, sender);
-  if (received < 0 || from == nullptr) return received;
-  sockaddr_qrtr origin{AF_QIPCRTR, sender.node, sender.port};
-  memcpy(from, &origin, std::min<size_t>(*length, sizeof(origin)));
-  *length = sizeof(origin);
-  return received;
-}
-
 EXPORTED ssize_t recvmsg(int fd, msghdr* message, int flags) {
   if (port_of(fd) == 0) return real_recvmsg(fd, message, flags);
   const iovec& part = message->msg_iov[0];
   Sender sender{};
-  message->msg_flags = flags;
-  ssize_t received = receive_emulated(fd, part.iov_base, part.iov_len, message->msg_flags, sender);
+  Scatter scatter(&sender, part.iov_base, part.iov_len);
+  ssize_t received = real_recvmsg(fd, &scatter.message, flags);
+  message->msg_flags = scatter.message.msg_flags;
   if (received < 0) return received;
   sockaddr_qrtr origin{AF_QIPCRTR, sender.node, sender.port};
   memcpy(message->msg_name, &origin, std::min<size_t>(message->msg_namelen, sizeof(origin)));
   message->msg_namelen = sizeof(origin);
-  return received;
+  return received - static_cast<ssize_t>(sizeof(sender));
 }

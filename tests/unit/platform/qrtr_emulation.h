@@ -1,13 +1,14 @@
 // SPDX-License-Identifier: Apache-2.0
-// The QRTR socket family for machines whose kernel has none, for tests: a library that stands in
-// front of the C library (linked first, or by LD_PRELOAD) and serves family AF_QIPCRTR over Unix
-// datagram sockets in the folder named by the environment variable QRTR_EMULATION. All processes
-// that name the same folder share one node and one name service. Without the variable everything
-// goes to the kernel. Processes of several users need a folder that all of them may write to.
+// Emulates the QRTR socket family for tests on machines whose kernel has none. The library is
+// linked or preloaded before the C library and implements AF_QIPCRTR with Unix datagram sockets in
+// the folder named by the environment variable QRTR_EMULATION. All processes with the same folder
+// share one node and one name service. Without the variable all calls go to the kernel. Processes
+// of several users need a folder that all of them can write to. Packets are received with
+// recvmsg().
 //
-// As the kernel does, a full queue refuses a packet with ENOSPC and an unknown port with ENODEV,
-// and closing a socket withdraws its servers and tells the other servers that a client is gone. A
-// killed process is noticed at the next change.
+// As in the kernel, sending fails with ENOSPC when the receiver's queue is full and with ENODEV
+// when the port is unknown. Closing a socket withdraws its servers and sends DEL_CLIENT to the
+// other servers. A killed process is detected at the next change.
 #pragma once
 
 #include <linux/qrtr.h>
@@ -22,10 +23,10 @@ namespace qrtr_emulation {
 
 constexpr uint32_t kNode = 1;
 
-// The kernel's family asks nobody who they are, so the files that stand for it are for all.
-constexpr mode_t kForEverybody = 0666;
+// The kernel's sockets have no permissions, so the files that emulate them are open to all users.
+constexpr mode_t kFileMode = 0666;
 
-// The folder of the emulation; nothing when there is none.
+// The folder of the emulation, or nullopt when it is off.
 std::optional<std::string> folder();
 
 struct Sender {
@@ -33,13 +34,13 @@ struct Sender {
   uint32_t port;
 };
 
-// Sends to a port of this node. 0 or an errno value.
+// Sends to a port of this node. Returns 0 or an errno value.
 int deliver(const Sender& from, uint32_t to_port, std::span<const uint8_t> packet);
 
 // Whether a process has the port open.
 bool is_open(uint32_t port);
 
-// What the name service does with a packet that a port has sent to it, and when a port is closed.
+// The name service: handles a packet from a port, and the end of a port.
 void on_control(uint32_t from_port, std::span<const uint8_t> packet);
 void on_close(uint32_t port);
 

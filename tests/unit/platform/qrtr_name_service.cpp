@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-// The name service's state is a file of the folder, changed under a lock by whichever process has
-// something to say: servers and lookups, one a line.
+// The name service. Its state is a file in the folder, with one server or lookup in a line. Every
+// process changes it under a file lock.
 #include <fcntl.h>
 #include <string.h>
 #include <sys/file.h>
@@ -24,7 +24,7 @@ struct Entry {
 
 class State {
  public:
-  State() : lock_(open(file("lock").c_str(), O_CREAT | O_RDWR | O_CLOEXEC, kForEverybody)) {
+  State() : lock_(open(file("lock").c_str(), O_CREAT | O_RDWR | O_CLOEXEC, kFileMode)) {
     flock(lock_, LOCK_EX);
     std::ifstream in(file("state"));
     Entry entry{};
@@ -41,8 +41,8 @@ class State {
           << '\n';
     }
     out.close();
-    chmod(file("state").c_str(), kForEverybody);
-    chmod(file("lock").c_str(), kForEverybody);
+    chmod(file("state").c_str(), kFileMode);
+    chmod(file("lock").c_str(), kFileMode);
     close(lock_);
   }
 
@@ -53,25 +53,20 @@ class State {
   int lock_;
 };
 
-void tell(uint32_t port, const qrtr_ctrl_pkt& packet) {
+void send_control(uint32_t port, const qrtr_ctrl_pkt& packet) {
   uint8_t bytes[sizeof(packet)];
   memcpy(bytes, &packet, sizeof(packet));
   deliver({kNode, QRTR_PORT_CTRL}, port, bytes);
 }
 
-void tell_server(uint32_t port, uint32_t type, const Entry* server) {
+void send_server(uint32_t port, uint32_t type, const Entry& server) {
   qrtr_ctrl_pkt packet{};
   packet.cmd = type;
-  if (server != nullptr) {
-    packet.server.service = server->service;
-    packet.server.instance = server->instance;
-    packet.server.node = kNode;
-    packet.server.port = server->port;
-  }
-  tell(port, packet);
+  packet.server = {server.service, server.instance, kNode, server.port};
+  send_control(port, packet);
 }
 
-// As the kernel's: an instance that is asked for must be equal, versions and all.
+// As in the kernel: the instance of a lookup must be equal, including its version. 0 matches all.
 bool matches(const Entry& lookup, const Entry& server) {
   if (lookup.service != 0 && lookup.service != server.service) return false;
   return lookup.instance == 0 || lookup.instance == server.instance;
@@ -79,7 +74,7 @@ bool matches(const Entry& lookup, const Entry& server) {
 
 void announce(const State& state, uint32_t type, const Entry& server) {
   for (const Entry& entry : state.entries) {
-    if (entry.kind == 'l' && matches(entry, server)) tell_server(entry.port, type, &server);
+    if (entry.kind == 'l' && matches(entry, server)) send_server(entry.port, type, server);
   }
 }
 
@@ -103,15 +98,14 @@ void remove_port(State& state, uint32_t port) {
   remove_servers(state, port);
   qrtr_ctrl_pkt packet{};
   packet.cmd = QRTR_TYPE_DEL_CLIENT;
-  packet.client.node = kNode;
-  packet.client.port = port;
+  packet.client = {kNode, port};
   for (const Entry& entry : state.entries) {
-    if (entry.kind == 's') tell(entry.port, packet);
+    if (entry.kind == 's') send_control(entry.port, packet);
   }
   unlink(path_of(port).c_str());
 }
 
-// Ports of processes that have ended without closing them.
+// Removes the ports of processes that were killed.
 void remove_dead_ports(State& state) {
   std::vector<uint32_t> dead;
   for (const Entry& entry : state.entries) {
@@ -130,9 +124,11 @@ void add_lookup(State& state, const Entry& lookup) {
   state.entries.push_back(lookup);
   for (const Entry& entry : state.entries) {
     if (entry.kind != 's' || !matches(lookup, entry)) continue;
-    tell_server(lookup.port, QRTR_TYPE_NEW_SERVER, &entry);
+    send_server(lookup.port, QRTR_TYPE_NEW_SERVER, entry);
   }
-  tell_server(lookup.port, QRTR_TYPE_NEW_SERVER, nullptr);
+  qrtr_ctrl_pkt end_of_list{};
+  end_of_list.cmd = QRTR_TYPE_NEW_SERVER;
+  send_control(lookup.port, end_of_list);
 }
 
 }  // namespace

@@ -10,8 +10,8 @@
 
 namespace test_support {
 
-// A folder of its own for a test, removed with everything in it. The path is short enough for
-// socket addresses.
+// A folder for one test, removed with its content at the end. Its path is short enough for socket
+// addresses.
 class TempFolder {
  public:
   TempFolder() : path_("/tmp/qorext_XXXXXX") {
@@ -31,7 +31,7 @@ class TempFolder {
   std::string path_;
 };
 
-// An environment variable for the length of a scope.
+// Sets an environment variable for a scope.
 class ScopedEnv {
  public:
   ScopedEnv(const char* name, const std::string& value) : name_(name) {
