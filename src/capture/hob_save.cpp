@@ -19,11 +19,12 @@ namespace {
 constexpr char kHobRam[] = "/dev/qor_hob_ram";
 constexpr char kHobPartition[] = "/dev/block/bootdevice/by-name/dhob";
 
+// A physical address of the modem's RAM, which the device maps at the same offset.
 constexpr off_t kHobBase = 0xF540000;
 constexpr size_t kHobSize = 0x8000;
 
 constexpr unsigned int kHobMessage = 0x13;
-constexpr uint8_t kHobReady = 0xFF;
+constexpr uint8_t kHobReady = 0xFF;  // save requests can be received
 constexpr uint8_t kHobSaved = 1;
 constexpr uint8_t kHobFailed = 0;
 
@@ -36,7 +37,7 @@ static_assert(sizeof(HobMessage) == 1);
 // at the same time may both save. Relaxed order is enough, since it guards no other memory.
 std::atomic<bool> g_in_progress = false;
 
-pthread_attr_t g_thread_attributes;
+pthread_attr_t g_thread_attributes;  // used on the callback thread only
 
 class ScopedMapping {
  public:
@@ -68,6 +69,7 @@ uint8_t write_partition(const ScopedMapping& block) {
     LOGE("dhob_write: Open hob block failed");
     return kHobFailed;
   }
+  // One write: a short one is a failure and is not continued.
   if (write(partition.get(), block.address(), kHobSize) != ssize_t{kHobSize}) {
     LOGE("dhob_write: Write to hob block failed");
     return kHobFailed;
@@ -119,7 +121,7 @@ int hobSaveIndHndlr(qmi_client_type, unsigned int, void*, unsigned int, void*) {
   if (qor_ext_instance_id != kPrimaryInstance) return 0;
   pthread_attr_init(&g_thread_attributes);
   pthread_attr_setdetachstate(&g_thread_attributes, PTHREAD_CREATE_DETACHED);
-  pthread_t thread;
+  pthread_t thread;  // not kept: the thread is detached
   pthread_create(&thread, &g_thread_attributes, dhob_write, nullptr);
   return 0;
 }

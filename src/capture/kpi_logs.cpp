@@ -1,4 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
+// A merge: find the current log (or start with an empty directory), rotate it when that is due,
+// append the temporary file and sync the log, sync the links, log the success, delete the temporary
+// file. A step that fails ends the merge.
 #include "src/capture/kpi_logs.h"
 
 #include <NativeDropBoxWriter.h>
@@ -38,6 +41,7 @@ void find_current_log(VornPath& log, KpiLogState& state) {
   vorn_create_new_log(log, state.are_links_synced);
 }
 
+// The first merge of a process starts the timer; a log is then due by size only.
 bool is_rotation_due(off_t size, time_t now, time_t& handed_off) {
   if (handed_off == 0) {
     handed_off = now;
@@ -66,6 +70,7 @@ bool rotate(VornPath& log, off_t& size, time_t now, KpiLogState& state) {
   return true;
 }
 
+// Lets the group of the log readers read the log. Failures are logged and do not end the merge.
 void set_log_owner_and_mode(const VornPath& log) {
   if (chown(phone_path(log), getuid(), kLogGroup) != 0) {
     LOGE("vorn_update_current_log: Unable to chown %s, errno %d", log, errno);
@@ -79,7 +84,7 @@ void set_log_owner_and_mode(const VornPath& log) {
 bool write_all(const ScopedFd& file, const char* bytes, size_t size) {
   while (size > 0) {
     ssize_t written = write(file.get(), bytes, size);
-    if (written == 0) errno = ENOSPC;
+    if (written == 0) errno = ENOSPC;  // write() sets none in this case
     if (written <= 0) return false;
     bytes += written;
     size -= static_cast<size_t>(written);

@@ -34,6 +34,7 @@ constexpr KpiHeader kKpiHeaders[] = {
     {0x08C0FFEE, kKpiForward           },
 };
 
+// The order of the checks is visible in the log: only the first failure is reported.
 bool fits_package(const KpiReceiver& receiver, const KpiPacket& packet) {
   int32_t sequence = packet.sequence_id;
   if (packet.package_id != receiver.package_id) {
@@ -80,7 +81,7 @@ KpiAction check_kpi_packet(KpiReceiver& receiver, const KpiPacket& packet) {
   if (receiver.expected_sequence == -1) receiver.expected_sequence = packet.sequence_id;
 
   if (!fits_package(receiver, packet)) {
-    receiver.reset();
+    receiver.reset();  // the next packet of any package is accepted
     return kKpiDrop;
   }
   KpiAction action = packet.sequence_id == kFirstSequence

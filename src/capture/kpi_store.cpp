@@ -59,10 +59,12 @@ void store_kpi_packet(KpiStore& store, KpiReceiver& receiver, const KpiPacket& p
 
   int error = make_directory(store);
   if (error == 0) error = add_to_temporary(path, packet, skip);
+  // A package with a lost packet is received to its end but not merged.
   if (error != 0) receiver.lost = error;
   if (error != 0 || !packet.is_last) return;
 
   LOGE("vornIndHndlr: received the last pkg of %d", packet.package_id);
+  // Reset before the merge: a failure there must not affect the next package.
   int lost = receiver.lost;
   receiver.reset();
   if (lost == 0) {

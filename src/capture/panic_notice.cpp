@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
+// A boot follows a crash when the power-up reason is a kernel panic, when the modem has restarted
+// since boot, or, if its restarts are not known, when a restart reason exists.
 #include "src/capture/capture.h"
 
 #include <ctype.h>
@@ -48,7 +50,7 @@ void find_power_up_reason(const char* boot_info, char (&reason)[kLineSize]) {
   const char* key = strstr(boot_info, "POWERUPREASON");
   const char* separator = key == nullptr ? nullptr : strstr(key, ": ");
   if (separator == nullptr) return;
-  const char* value = separator + 2;
+  const char* value = separator + 2;  // after the colon and the space
   for (size_t i = 0; i < kLineSize - 1; ++i) {
     auto character = static_cast<unsigned char>(value[i]);
     if (character == '\0' || isspace(character)) break;

@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
+// Names in the directory: .0001 and .0002 are the index links, vorn_<time>.log the logs, and
+// ~vorn<package>.log the temporary files.
 #include "src/capture/kpi_logs.h"
 
 #include <dirent.h>
@@ -122,6 +124,7 @@ bool create_empty(const VornPath& log) {
   return static_cast<bool>(file);
 }
 
+// Resolves the link again for each file; each time is logged.
 bool is_kept(const VornPath& path, int index) {
   VornPath target;
   return vorn_get_filename(index, target) == 0 && strcmp(path, target) == 0;

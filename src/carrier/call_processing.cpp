@@ -10,6 +10,7 @@ constexpr size_t kActiveSet = 6;
 constexpr size_t kNeighborSet = 40;
 constexpr size_t kRecordSize = 164;
 
+// Field names are those of the log lines.
 struct CallProcessingReply {
   uint32_t fer;
   uint32_t bestActivePilot;
@@ -49,6 +50,7 @@ static_assert(offsetof(CallProcessingReply, bsLat) == 304);
 
 #define TO(field) offsetof(CallProcessingReply, field)
 
+// Offsets in the reply, in the modem's record, and the width there.
 constexpr EngineeringField kFields[] = {
     {TO(fer),                  0,   4, kZero},
     {TO(bestActivePilot),      16,  2, kZero},
@@ -84,6 +86,7 @@ constexpr size_t kActiveSetStrengthAt = 64;
 constexpr size_t kNeighborSetPnAt = 76;
 constexpr uint32_t kLastPRevBefore = 5;
 
+// Values of 16 bits become 32 bits.
 void unpack_set(const uint8_t* from, uint32_t* to, size_t count) {
   for (size_t i = 0; i < count; ++i) to[i] = load_le16(from + 2 * i);
 }

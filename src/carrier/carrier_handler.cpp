@@ -20,6 +20,8 @@ constexpr ReplyHeader local(uint32_t id) { return {true, id}; }
 // "not supported". This is deliberate.
 enum Outcome { kServed, kDeclined };
 
+// One request: its first log lines, the check of its payload, its operation and its reply, which
+// are executed in this order.
 struct CarrierRow {
   uint32_t id;
   void (*log_entry)(uint32_t id);
@@ -101,7 +103,7 @@ const CarrierRow* find_row(uint32_t id) {
 // In a reply with the request's own header, all but length and status stays as it was received.
 uint32_t send_reply(const CarrierRow& row, uint8_t* request, uint32_t status,
                     const CarrierReply& reply) {
-  uint8_t fresh[kCdmaReplySize] = {};
+  uint8_t fresh[kCdmaReplySize] = {};  // no code: a local header carries none
   store_le32(fresh + kCdmaId, row.header.id);
 
   uint8_t* header = row.header.is_local ? fresh : request;
@@ -155,6 +157,7 @@ uint32_t qorext_hook_sprint_handler(uint8_t* request, uint32_t) {
 
   CarrierReply reply;
   uint32_t status = row->operation(request, reply);
+  // Without memory for the reply the request is declined, and the fallback table may serve it.
   bool sent = send_reply(*row, request, status, reply) != 0;
   return sent && row->outcome == kServed ? kCarrierServed : kCarrierDeclined;
 }

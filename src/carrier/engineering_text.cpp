@@ -22,7 +22,7 @@ int nibble_of(uint8_t character) {
 void hexstr_to_bin(const uint8_t* text, size_t length, uint8_t* record, size_t record_size) {
   length = std::min(length, 2 * record_size);
   memset(record, 0, length / 2);
-  int value = 0;
+  int value = 0;  // of the latest valid digit
   for (size_t i = 0; i < length; ++i) {
     int nibble = nibble_of(text[i]);
     if (nibble == kNoNibble) {
@@ -42,6 +42,7 @@ void read_engineering_record(EngineeringType type, const char* title, uint8_t* r
   uint8_t text[kHexDumpLimit] = {};
   static_assert(sizeof text >= kEngineeringTextSize);
   uint32_t length = 0;
+  // After a failure the length stays 0 and the record zero; the reply still has status 0.
   qor_qmi_sprint_get_engineering_info(type, text, &length);
 
   LOGE("%s hexDump...", title);

@@ -9,6 +9,7 @@ namespace {
 constexpr size_t kSectorIds = 16;
 constexpr size_t kRecordSize = 52;
 
+// Field names are those of the log lines.
 struct EvdoReply {
   uint32_t hdrChanNum;
   uint32_t uatiColorCode;
@@ -39,6 +40,7 @@ static_assert(offsetof(EvdoReply, pilotEnergy) == 128);
 
 #define TO(field) offsetof(EvdoReply, field)
 
+// Offsets in the reply, in the modem's record, and the width there.
 constexpr EngineeringField kFields[] = {
     {TO(hdrChanNum),    0,  2, kZero},
     {TO(uatiColorCode), 2,  1, kZero},

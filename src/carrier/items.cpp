@@ -33,6 +33,7 @@ uint32_t get_mob_p_rev(const uint8_t*, CarrierReply& reply) {
   uint8_t item[kItemBufferSize] = {};
   uint32_t rc = qor_qmi_sprint_rde_read(kMobPRevItem, 0, 0, item, sizeof item, nullptr);
   LOGE("qorext_hook_sprint_get_nam_item: READ NV VALUE %d ", rc);
+  // Only the first byte of the item is used; a failed read replies with 0.
   LOGE("get mob_cai_rev %lu ", static_cast<unsigned long>(item[0]));
   reply.data[0] = item[0];
   reply.length = kMobPRevSize;
@@ -42,7 +43,7 @@ uint32_t get_mob_p_rev(const uint8_t*, CarrierReply& reply) {
 uint32_t verify_subsidy_lock_code(const uint8_t* request, CarrierReply& reply) {
   LOGE("%s", "Enter qorext_hook_sprint_check_subsidy_lock_passwd() \n");
   LOGE("qorext_hook_sprint_verify_subsidy_lock: ENTER VERIFY SUBSIDY LOCK %d ", kSubsidyLock);
-  reply.length = kCodeLength;
+  reply.length = kCodeLength;  // six zeros: the code itself is not sent back
   bool matches = verify_subsidy_lock(request + kCdmaCode) != 0;
   return matches ? kStatusSuccess : kStatusSubsidyLockRefused;
 }
@@ -70,7 +71,7 @@ uint32_t rde_write(const uint8_t* request, CarrierReply&) {
 uint32_t rde_read(const uint8_t* request, CarrierReply& reply) {
   LOGE("qorext_hook_sprint_rde_read: Function Enter.");
   auto from = load<ItemAddress>(request + kCdmaPayload);
-  from.length = 0;
+  from.length = 0;  // stays 0 when the item does not fit
   uint8_t* data = reply.data + sizeof from;
   if (qor_qmi_sprint_rde_read(from.item, from.record, from.offset, data, kItemBufferSize,
                               &from.length) != kRdeSuccess) {

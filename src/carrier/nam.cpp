@@ -36,6 +36,7 @@ uint16_t vocoder_to_item(uint32_t host_code) {
   return kVocoderItemValues[host_code < kVocoderCodes ? host_code : 0];
 }
 
+// The modem may hold a code that the parent has no number for.
 uint32_t vocoder_from_item(uint16_t item_value) {
   for (uint32_t code = 0; code < kVocoderCodes; ++code) {
     if (kVocoderItemValues[code] == item_value) return code;

@@ -51,6 +51,7 @@ void read_mdn(NamReader& item, NamValues& values) {
   LOGE("qorext_hook_sprint_get_nam_block_request_info:  GET NAM VALUE MDN  %s ", values.mdn);
 }
 
+// Reads are numbered in this order, from 0 for the MDN; the number of the first failure is logged.
 void read_identities(NamReader& item, NamValues& values) {
   item.read(kMin1Item);
   values.min1 = item.u32(kS1At);
@@ -135,6 +136,7 @@ void decode_texts(const NamValues& values, NamRecord& record) {
   LOGE("qorext_hook_sprint_get_nam_info: NAM INFO Mcc => %s MccT => %s ", record.mcc, record.mccT);
 }
 
+// Runs only when every read has succeeded; otherwise the parent gets a record of zeros.
 void decode_record(const NamValues& values, NamRecord& record) {
   memcpy(record.mdn, values.mdn, sizeof record.mdn);
   decode_texts(values, record);

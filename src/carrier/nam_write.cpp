@@ -69,6 +69,7 @@ void encode_identities(const NamRecord& record, NamValues& values) {
        values.imsi_t_s2);
 }
 
+// Reports the first character that is not a digit.
 bool is_digits(const char* code) {
   for (size_t i = 0; i < kSpcSize; ++i) {
     if (code[i] >= '0' && code[i] <= '9') continue;
@@ -78,6 +79,7 @@ bool is_digits(const char* code) {
   return true;
 }
 
+// A code with another character than a digit counts as unchanged; the items are still written.
 void check_spc_change(const char* current_spc, const char* new_spc) {
   g_is_spc_changed = strncmp(current_spc, new_spc, kSpcSize) != 0;
   LOGE("isSpcChanged = %d, (%.6s ~ %.6s)", g_is_spc_changed, current_spc, new_spc);
@@ -104,6 +106,7 @@ void convert_system_values(const NamRecord& record, NamValues& values) {
   LOGE("qorext_hook_sprint_set_nam_info:  SET NAM AccessOverload %d ", values.overload_class);
 }
 
+// The MDN has its own buffer: the items after it start from zeros, not from its digits.
 void write_mdn(NamWriter& writer, const char (&mdn)[16]) {
   LOGE("qorext_hook_sprint_set_mdn_to_nv:  WRITE NV_DIR_NUMBER_PCS_I %d ", 0);
   NamItemBuffer buffer = {};
@@ -120,6 +123,7 @@ void write_mdn(NamWriter& writer, const char (&mdn)[16]) {
   LOGE("qorext_hook_sprint_set_nam_block_request_info:  SET NAM BLOCK MDN  %d ", rc);
 }
 
+// These items are read first, so that the bytes around the values written stay as they are.
 void write_read_modified(NamWriter& writer, const NamValues& values) {
   writer.start_from_modem(kMin1Item);
   writer.index().u32(kS1At, values.min1).write(kMin1Item);
@@ -133,6 +137,7 @@ void write_read_modified(NamWriter& writer, const NamValues& values) {
   writer.index().u16(kSidAt, values.sid).u16(kNidAt, values.nid).write(kSidNidItem);
 }
 
+// Of these items only the vocoder and the overload class are read first.
 void write_rest(NamWriter& writer, const NamValues& values) {
   writer.u8(kScmAt, values.scm).write(kScmItem);
   writer.index().u8(k1112At, values.imsi_11_12).write(kImsi1112Item);

@@ -13,6 +13,7 @@ constexpr uint32_t kApnRecordSize = 127;
 constexpr uint32_t kApnListSize = 1 + kApnEntries * kApnRecordSize;
 static_assert(kApnListSize == 1017);
 
+// The order of the fields differs from that of the modem's entry.
 void put_apn_record(CarrierReply& reply, const ApnEntry& entry) {
   put_bytes(reply, entry.name, kApnNameSize);
   put_le32(reply, entry.first_value);
@@ -46,7 +47,7 @@ uint32_t get_active_ehrpd_apn(const uint8_t*, CarrierReply& reply) {
     uint32_t count = std::min(uint32_t{response.count}, kApnEntries);
     for (uint32_t i = 0; i < count; ++i) put_apn_record(reply, response.entries[i]);
   }
-  reply.length = kApnListSize;
+  reply.length = kApnListSize;  // the list has always eight records; unused ones are zero
   return kStatusSuccess;
 }
 
@@ -62,6 +63,7 @@ uint32_t update_tot_order(const uint8_t* request, CarrierReply&) {
   LOGE("handle_update_tot_order: EVENT VALUE %d ", cdma_id(request));
   auto order = load<TotOrder>(request + kCdmaPayload);
   int result = 0;
+  // More entries than the message holds: nothing is sent, and the reply has status 5.
   if (order.count <= kTotEntries) {
     TotOrderRequest message = {};
     message.count = order.count;

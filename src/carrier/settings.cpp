@@ -12,11 +12,12 @@ constexpr uint32_t kBandClass14 = 1;
 constexpr int32_t kLteOptionItem = 10017;
 constexpr int32_t kDdtmItem = 10018;
 
-constexpr uint8_t kNoResetFlag = 255;
+constexpr uint8_t kNoResetFlag = 255;  // for a payload of another length than 1
 constexpr uint32_t kItemBufferSize = 1024;
 
 uint32_t payload_u32(const uint8_t* request) { return load_le32(request + kCdmaPayload); }
 
+// The status is 0 also after a failure, with the band 0.
 uint32_t get_band(uint32_t selector, CarrierReply& reply) {
   LOGE("qorext_hook_sprint_get_BC10_status:  ENTER FUNCTION  %d ", 0);
   uint32_t band = qor_qmi_sprint_read_band(selector);
@@ -84,7 +85,7 @@ uint32_t get_ddtm_preference(const uint8_t*, CarrierReply& reply) {
     return kStatusFailure;
   }
   LOGE("qorext_hook_sprint_get_ddtm_preference:   ddtm = %d ", ddtm);
-  put_le32(reply, ddtm);
+  put_le32(reply, ddtm);  // one byte in the modem, 32 bits for the parent
   return kStatusSuccess;
 }
 

@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
+// Each attempt to open a client has its own notifier and signal. There is no pause between attempts
+// beyond the waits of the polls.
 #include "src/carrier_modem/carrier_clients.h"
 
 #include "device_management_service_v01.h"
@@ -17,9 +19,11 @@ constexpr int kIdlTool = 6;
 constexpr int kMaxAttempts = 5;
 constexpr int kMaxPolls = 5;
 
+// Set on the main thread before the request loop, which alone sends on them.
 qmi_client_type g_nas_client = nullptr;
 qmi_client_type g_dms_client = nullptr;
 
+// Returns the number of instances of the last poll, also when every poll has failed.
 unsigned int poll_for_service(qmi_idl_service_object_type service, qmi_client_os_params* signal) {
   unsigned int services = 0;
   for (int poll = 0; poll < kMaxPolls; ++poll) {
@@ -47,6 +51,7 @@ qmi_client_type* choose_handle(int service_type) {
   }
 }
 
+// The instances are listed also after failed polls; a failure of the list ends the attempt.
 int open_first_instance(qmi_idl_service_object_type service, int service_type, unsigned int seen) {
   ServiceInstances found;
   int rc = list_service_instances(service, seen, &found);
@@ -57,7 +62,7 @@ int open_first_instance(qmi_idl_service_object_type service, int service_type, u
   if (rc != QMI_NO_ERR) return rc;
 
   qmi_client_type* handle = choose_handle(service_type);
-  rc = -1;
+  rc = -1;  // for an unknown service type
   if (handle != nullptr) {
     rc = qmi_client_init(&found.list[0], service, nullptr, nullptr, nullptr, handle);
   }

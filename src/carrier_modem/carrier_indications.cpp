@@ -56,6 +56,7 @@ void convert_lte_error_to_ril_format(const LteErrorIndication* indication) {
 
 void send_unsol_response(uint32_t value) { send(kCarrierEventMessage, &value, sizeof value); }
 
+// An indication that cannot be decoded still counts as a carrier one: it must not reach the table.
 int qor_qmi_sprint_hook_ind_cb(qmi_client_type client, unsigned int indication_id, void* buffer,
                                unsigned int length, void*) {
   if (indication_id == kLteError) {
@@ -66,7 +67,7 @@ int qor_qmi_sprint_hook_ind_cb(qmi_client_type client, unsigned int indication_i
     return 0;
   }
   if (indication_id == kCarrierEvent) {
-    uint16_t value = 0;
+    uint16_t value = 0;  // forwarded as 32 bits
     if (decode(client, indication_id, buffer, length, value)) send_unsol_response(value);
     return 0;
   }

@@ -40,6 +40,7 @@ struct OutcomeResponse {
 };
 static_assert(sizeof(OutcomeResponse) == 8);
 
+// One segment of the preferred roaming list.
 constexpr uint32_t kRoamingListSize = 16384;
 
 struct RoamingListRequest {
@@ -48,6 +49,7 @@ struct RoamingListRequest {
 };
 static_assert(sizeof(RoamingListRequest) == 16388);
 
+// Hexadecimal text of a binary record; see engineering_text.h.
 constexpr uint32_t kEngineeringTextSize = 1000;
 
 struct EngineeringInfoResponse {
@@ -72,6 +74,7 @@ struct ReadBandResponse {
 };
 static_assert(sizeof(ReadBandResponse) == 8);
 
+// `selector` is the band class: 0 for BC10, 1 for BC14.
 struct WriteBandRequest {
   uint32_t selector;
   uint32_t band;
@@ -106,6 +109,7 @@ static_assert(offsetof(LteChannelResponse, fourth_value) == 19);
 
 constexpr uint32_t kTotEntries = 15;
 
+// Reported to the parent with any result, as long as the exchange succeeded.
 struct TotOrderResponse {
   uint32_t result;
   uint32_t error;
@@ -143,6 +147,7 @@ static_assert(sizeof(ApnEntry) == 144);
 static_assert(offsetof(ApnEntry, name) == 20);
 static_assert(offsetof(ApnEntry, tail) == 128);
 
+// The same. Entries are reported only when `has_entries` is not zero.
 struct ActiveApnResponse {
   uint32_t result;
   uint32_t error;

@@ -22,6 +22,8 @@ void get_channels(LteData& data) {
   data.channel_second_value = second_value;
 }
 
+// The queries below log their failure and return false; what is not valid keeps its value.
+
 bool get_serving_system(LteData& data) {
   ServingSystemResponse response = {};
   int rc = nas_exchange(kNasGetServingSystem, response);
@@ -59,6 +61,7 @@ bool get_transmit_power(LteData& data) {
   int rc = nas_exchange(kNasGetTxRxInfo, request, response);
   if (rc != 0 || response.qmi.result != 0) {
     LOGE("get_lte_data: QMI_NAS_GET_TX_RX_INFO failed (%d), error (%d).", rc, response.qmi.error);
+    // A radio that does not transmit has no power to report; the record then counts as complete.
     if (response.qmi.error != kInformationUnavailable) return false;
     data.tx_power = 0;
   }
@@ -81,6 +84,7 @@ int qor_qmi_sprint_get_lte_data(LteData* data) {
 
 int qcril_qmi_nas_qor_cdma_validate_and_write_akey(const uint8_t* code, const uint8_t* akey,
                                                    int32_t akey_length) {
+  // None of these operations logs a key or a code.
   LOGE("qcril_qmi_nas_qor_cdma_validate_and_write_akey entered ");
   if (akey_length != int32_t{kAkeySize}) {
     LOGE("akey_len != sizeof(akey_req_msg.akey)");

@@ -33,7 +33,7 @@ uint32_t qor_qmi_sprint_get_lte_service_state();
 void qor_qmi_sprint_get_lte_ul_dl_channel(uint32_t* first_value, uint32_t* second_value,
                                           uint8_t* third_value, uint8_t* fourth_value);
 
-// Returns 0 when the exchange took place, whatever result the response holds.
+// Returns 0 when the exchange took place, with any result in the response.
 int qor_qmi_sprint_get_active_ehrpd_apn(ActiveApnResponse* response);
 
 // Returns the response as received, also after a failed exchange.

@@ -54,12 +54,15 @@ uint32_t qor_qmi_sprint_rde_read(int32_t index, int32_t record, int32_t offset, 
     return kRdeFailure;
   }
 
+  // The log shows the lengths as the modem states them; the text and the copy use the valid bytes.
   uint32_t available = valid_length(response);
   char text[2 * kElementDataSize + 1];
   toHexString(available, response.data, text);
   LOGE("NV Read %u, length %u, data length %u, grde - %s", response.rde_id, response.length,
        response.data_length, text);
 
+  // The stated length decides, not the valid one: an item that claims too much is not copied at
+  // all.
   if (output == nullptr || response.length > max_length) {
     LOGE("Input buffer is NULL or too small! max_len(%d).", max_length);
     return kRdeSuccess;

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 // The NAS and DMS messages of the carrier's operations. The layouts are those of the published
-// services' C structures; members that are not used here are arrays without a name of their own.
+// services' C structures; members that are not used here are joined in `unused` arrays.
 #pragma once
 
 #include <stddef.h>
@@ -23,6 +23,7 @@ struct QmiResult {
 };
 static_assert(sizeof(QmiResult) == 8);
 
+// MCC, MNC and cell id of the serving cell.
 struct ServingSystemResponse {
   QmiResult qmi;
   uint8_t unused_before[1096];
@@ -43,6 +44,7 @@ static_assert(offsetof(ServingSystemResponse, mnc) == 1108);
 static_assert(offsetof(ServingSystemResponse, cell_id_valid) == 1434);
 static_assert(offsetof(ServingSystemResponse, cell_id) == 1436);
 
+// Levels of the LTE signal: RSSI and RSRP in dBm, RSRQ in dB.
 struct SigInfoResponse {
   QmiResult qmi;
   uint8_t unused_before[28];
@@ -65,6 +67,7 @@ struct TxRxInfoRequest {
 };
 static_assert(sizeof(TxRxInfoRequest) == 4);
 
+// `tx_power` is valid while the radio transmits.
 struct TxRxInfoResponse {
   QmiResult qmi;
   uint8_t unused_before[56];
@@ -77,6 +80,7 @@ static_assert(sizeof(TxRxInfoResponse) == 164);
 static_assert(offsetof(TxRxInfoResponse, tx_valid) == 64);
 static_assert(offsetof(TxRxInfoResponse, tx_power) == 72);
 
+// Codes and keys are characters without a terminator.
 struct AkeyRequest {
   uint8_t spc[kCodeSize];
   uint8_t akey[kAkeySize];

@@ -43,6 +43,8 @@ void set_cut(const char* property, const char* text, int length) {
 
 }  // namespace
 
+// The first four bytes of the item are one signed number; the property is "0" when it cannot be
+// read.
 int publish_lte_bc_config() {
   uint8_t item[kBandClassSize] = {};
   char text[21] = "0";
@@ -75,7 +77,7 @@ void update_imei_sv() {
     LOGE("IMEI_SV property is not in the range/not defined\n");
     return;
   }
-  auto number = static_cast<uint8_t>(atoi(text));
+  auto number = static_cast<uint8_t>(atoi(text));  // 0 for letters, 255 for "-1"
   LOGE("IMEI_SV number update  %d", number);
   uint32_t rc = qor_qmi_sprint_rde_write(kImeiSvItem, 0, 0, sizeof number, &number);
   LOGE("IMEI_SV property write status if 0-success else failure return %d\n", rc);

@@ -26,6 +26,7 @@ bool exchange(const char* operation, unsigned int message_id, Messages&... messa
 int qor_qmi_sprint_fatory_reset(uint8_t mode) {
   ByteMessage request = {mode};
   ByteMessage response = {};
+  // One line reports both failures, so the helper above is not used.
   int rc = qorext_exchange(kFactoryReset, request, response);
   if (rc != 0 || response.value != kOutcomeOk) {
     LOGE("qor_qmi_sprint_fatory_reset: qmi_client_send_msg_sync failed (%d), result (%d).", rc,
@@ -60,6 +61,7 @@ int qor_qmi_sprint_get_engineering_info(int32_t type, uint8_t* output, uint32_t*
     LOGE("qor_qmi_sprint_get_engineering_info: Get Engineer info failed (%d).", response.status);
     return 0;
   }
+  // The caller gets the stated length, which may exceed the text that is copied.
   LOGE("Successfully retrieved datalen %d", response.length);
   *length = response.length;
   memcpy(output, response.data, std::min(response.length, kEngineeringTextSize));

@@ -47,6 +47,7 @@ const ForwardedType* find_forwarded(uint32_t type) {
 }
 
 void forward(const ForwardedType& row, const utils_ind_msg_v01& indication) {
+  // The notice precedes the data, or is left out by sending from the byte after it.
   uint8_t data[1 + kUtilityDataSize] = {kLogUploadNotice};
   uint32_t size = row.content == kFirstByte ? 1 : std::min(indication.length, kUtilityDataSize);
   memcpy(data + 1, indication.data, size);
@@ -63,7 +64,7 @@ void update_rf_status(const utils_ind_msg_v01& indication) {
     status = indication.data[0] != 0 ? "1" : "0";
     property_set("ril.baseband.rfcable.status", status);
   } else {
-    LOGE("RF status info received is invalid");
+    LOGE("RF status info received is invalid");  // the property is not changed
   }
   LOGE("updateRfStatus: ril.baseband.rfcable.status: %s", status);
 }

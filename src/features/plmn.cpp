@@ -77,6 +77,7 @@ int request_name(const uint8_t* request, PlmnNameResponse& response) {
   LOGE("Received request len = %d, mcc = %d, mnc = %d", generic_length(request), message.mcc,
        message.mnc);
   int rc = nas_exchange(GET_PLMN_NAME_REQ_MSG_V01, message, response);
+  // Logged also after a failed send; the result itself is not checked.
   LOGE("Response = %d, Error code = %d", response.result, response.error);
   LOGE("EONS plmn name valid = %d", response.eons_name_valid);
   return rc;
@@ -85,7 +86,7 @@ int request_name(const uint8_t* request, PlmnNameResponse& response) {
 using NameText = char[utf8_limit(sizeof PlmnNameResponse::short_name) + 1];
 
 size_t convert_name(const PlmnNameResponse& response, NameText& name) {
-  auto stated = static_cast<uint16_t>(response.short_name_length);
+  auto stated = static_cast<uint16_t>(response.short_name_length);  // its low 16 bits only
   auto length = std::min<uint16_t>(stated, sizeof response.short_name);
   size_t size = gsm_to_utf8(response.short_name, length, name);
   if (size == 0) {
@@ -103,7 +104,7 @@ size_t extract_name(int rc, const PlmnNameResponse& response, NameText& name) {
     return 0;
   }
   LOGE("Dumping modem response for GET_PLMN_NAME_REQ_MSG_V01...");
-  hexDump(&response, sizeof response);
+  hexDump(&response, sizeof response);  // longer than a dump: logs the overflow line
   if (response.eons_name_valid != 1 || response.short_name_coding != kGsmDefaultAlphabet) {
     LOGE(" plmn_resp.eons_plmn_name_3gpp_valid is FALSE!");
     return 0;

@@ -59,6 +59,7 @@ void send_radio_state(const uint8_t* request, utils_resp_msg_v01& response) {
 void handleSilentRebootResponse(const uint8_t* request, const utils_resp_msg_v01& response) {
   uint32_t size = std::min(response.length, kUtilityDataSize);
   LOGE("handleSilentRebootResponse >>");
+  // The id in the log is the byte-swapped one that log filters match.
   LOGE("handleSilentRebootResponse for id %x, resp len %d.", load_le32(request) >> 8, size);
   LOGE("handleSilentRebootResponse resp size %d.", static_cast<int>(kGenericPayload + size));
   if (!send_generic_reply(request, response.data, size)) return;
@@ -123,7 +124,7 @@ int handleSilentReboot(const uint8_t* request, uint32_t) {
   LOGE("Silent reboot: Sending request result is %d", rc);
   if (rc != 0) {
     LOGE(" Silent reboot send msg error, send back generic failure.");
-    response.length = 1;
+    response.length = 1;  // the status replaces the data
     response.data[0] = kStatusFailure;
   }
   handleSilentRebootResponse(request, response);

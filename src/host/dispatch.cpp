@@ -19,7 +19,7 @@ struct HookDispatchEntry {
   HookHandler handler;
 };
 
-constexpr uint32_t kFromRequest = 0xFFFFFFFF;
+constexpr uint32_t kFromRequest = 0xFFFFFFFF;  // the request names the item
 constexpr uint32_t kCarrierArgument = 0xFFFFFFFF;
 
 constexpr HookDispatchEntry kGenericTable[] = {
@@ -71,6 +71,7 @@ void dispatch_generic(const uint8_t* request, uint32_t id) {
 }
 
 void dispatch_cdma(uint8_t* request, uint32_t id) {
+  // Two carrier requests are declined after their reply: the parent gets a second one, of status 6.
   if (qorext_hook_sprint_handler(request, kCarrierArgument) == kCarrierServed) {
     LOGE("0x%x is handled by Sprint handler.", id);
     return;

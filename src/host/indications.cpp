@@ -26,6 +26,7 @@ int send_notification(qmi_client_type, unsigned int, void*, unsigned int, void*)
   return 0;
 }
 
+// A message without data; its content is the id alone.
 int send_generic_message(qmi_client_type, unsigned int, void*, unsigned int, void*) {
   send_unsolicited_generic(kGenericMessage, nullptr, 0);
   return 0;
@@ -59,6 +60,7 @@ void handleUnsolMsg(qmi_client_type client, unsigned int indication_id, void* bu
   }
   LOGE("Unsol resp 0x%x not supported by Sprint handler.", indication_id);
 
+  // Results of the handlers are ignored.
   for (const IndDispatchEntry& entry : kIndicationTable) {
     if (entry.indication_id != indication_id) continue;
     entry.handler(client, indication_id, buffer, length, callback_data);

@@ -41,6 +41,7 @@ int parse_arguments(int argc, char** argv) {
   return read_fd;
 }
 
+// Stops at the first client that cannot be opened.
 bool open_modem_clients() {
   if (int rc = qmi_qorext_sprint_client_init(); rc != 0) {
     LOGE("main:qmi_qorext_sprint_client_init failed = %d", rc);
@@ -53,6 +54,7 @@ bool open_modem_clients() {
   return true;
 }
 
+// In this order; a failure is logged and does not end the start-up.
 void exchange_start_up_notices() {
   bool is_primary = qor_ext_instance_id == kPrimaryInstance;
   if (notify_auto_verify_sim_pin() != 0) {
@@ -71,7 +73,8 @@ void exchange_start_up_notices() {
 int main(int argc, char** argv) {
   LOGE("Starting qorext_client");
   signal(SIGPIPE, SIG_IGN);  // writing to a closed pipe is a logged error
-  [[maybe_unused]] int not_checked = setuid(kRadioUser);
+  // The result is ignored: a process that may not change its user continues as it is.
+  [[maybe_unused]] int ignored = setuid(kRadioUser);
 
   int read_fd = parse_arguments(argc, argv);
   if (read_fd == kInvalidFd || !open_modem_clients()) return 0;

@@ -67,6 +67,7 @@ void serve_cdma(uint8_t* request, uint32_t id) {
   dispatch_cdma(request, id);
 }
 
+// A request shorter than a header, or of neither family, gets the 8-byte error reply.
 void serve(uint8_t* request, size_t size) {
   uint32_t type = kCdmaHook;
   uint32_t id = getOemHook(request, size, &type);

@@ -30,6 +30,7 @@ bool is_served(uint32_t id) {
   return entry != nullptr && entry->is_served;
 }
 
+// All 6 characters must be there on both sides: an item of another length matches no code.
 bool codes_match(const uint8_t* request, const ElementReadResponse& response, uint32_t size) {
   return cdma_length(request) == size && response.length == size &&
          memcmp(request + kCdmaPayload, response.data, size) == 0;
@@ -52,7 +53,8 @@ struct GeneralReadData {
 
 constexpr size_t kItemData = kCdmaPayload + sizeof(ItemAddress);
 
-// With the address of the request; the length counts in a write only, but a read sends it as well.
+// The message to the modem with the request's address. The length is meaningful in a write only,
+// but a read sends it as well.
 ElementRequest element_of(const uint8_t* request) {
   auto address = load<ItemAddress>(request + kCdmaPayload);
   return {address.rde_id, address.record, address.offset, address.length, 0, {}};
@@ -97,6 +99,7 @@ int handleNvResponse(const uint8_t* request, const ElementReadResponse& response
     LOGE("This should not happen");
     store_le32(reply.at(kCdmaStatus), kStatusFailure);
   }
+  // The dump shows the complete frame, so it is built here and not by send_cdma_reply().
   LOGE("handleNvRsp: response hexdump for p_respHdr->msgId 0x%x...", id);
   hexDump(reply.data(), reply.size());
   writeToParent(reply.data(), reply.size());
@@ -118,6 +121,7 @@ int nvRead(const uint8_t* request, uint32_t rde_id) {
   ElementReadResponse response = {};
   LOGE("NV Read RdeId %d", rde_id);
   element.rde_id = rde_id;
+  // The response's own result is not checked here, unlike in a general read. This is deliberate.
   if (qorext_exchange(kElementRead, element, response) != 0) {
     send_cdma_status(cdma_id(request), kStatusFailure);
     return 0;
@@ -176,7 +180,7 @@ int genNvWrite(const uint8_t* request, uint32_t) {
   ElementWriteResponse response = {};
   if (element.length > kElementDataSize) {
     LOGE("Data more than buffer size %d", element.length);
-    return 0;
+    return 0;  // without a reply: deliberate
   }
   set_data(element, request + kItemData, element.length);
   LOGE("Gen NV Write RdeId %u, rec num %d, offset %d, len %d. hexdump...", element.rde_id,

@@ -22,6 +22,7 @@ struct PfpResponse {
 };
 static_assert(sizeof(PfpResponse) == 12);
 
+// Forwarded as decoded: only the log reads its fields.
 struct mypfp_ind_msg_v01 {
   uint16_t unused;
   uint16_t rat;
@@ -41,6 +42,7 @@ int myPfpRequest(const uint8_t* request, uint32_t) {
   int rc = qorext_exchange(kPfpMessage, message, response);
   LOGE("MyPfp: returned rc=%d result =%d", rc, response.result);
   uint32_t id = request == nullptr ? 0 : cdma_id(request);
+  // The modem's result is logged only; a refusal still gets status 0.
   send_cdma_status(id, status_of(rc == 0));
   return 0;
 }

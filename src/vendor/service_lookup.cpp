@@ -14,6 +14,7 @@ constexpr uint32_t kMonotonicClock = 1;
 constexpr time_t kWaitSeconds = 1;
 constexpr long kNanosecondsPerSecond = 1000000000;
 
+// The deadline must be in the clock that the client library chose for the condition variable.
 timespec deadline_from_now(uint32_t clock) {
   timespec deadline = {};
   if (clock == kMonotonicClock) {
@@ -37,6 +38,7 @@ void wait_for_service_signal(qmi_client_os_params* signal) {
   signal->timed_out = 0;
   timespec deadline = deadline_from_now(signal->clock);
 
+  // One deadline for all rounds: wake-ups without the signal do not extend the wait.
   pthread_mutex_lock(&signal->mutex);
   while (signal->sig_set == 0) {
     if (pthread_cond_timedwait(&signal->cond, &signal->mutex, &deadline) == ETIMEDOUT) {

@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
+// The client is brought up in three steps: a notifier reports the service, a look-up lists its
+// instances, and the first of them is opened. The notifier is needed for the waits only.
 #include "src/vendor/vendor_client.h"
 
 #include <cutils/properties.h>
@@ -17,8 +19,10 @@ constexpr int kIdlTool = 4;
 
 constexpr int kMaxAttempts = 500;
 
+// Set by the bring-up on the main thread; afterwards sends on any thread only read it.
 qmi_client_type g_client = nullptr;
 qmi_client_os_params g_signal;
+// Set before the client is opened, since indications may arrive during the opening.
 qmi_client_ind_cb g_on_indication = nullptr;
 
 void qmi_qorext_hook_ind_cb(qmi_client_type client, unsigned int message_id, void* buffer,
@@ -34,7 +38,8 @@ bool has_separate_modem() {
   return strcasestr(baseband, "mdm") != nullptr;
 }
 
-// Stores the number of instances seen once there are enough of them; false after the last attempt.
+// Stores the number of instances once there are enough of them. Each failed attempt waits for the
+// signal, at most one second. False after the last attempt.
 bool wait_for_service(qmi_idl_service_object_type service, unsigned int needed,
                       unsigned int* services) {
   for (int attempt = 0; attempt < kMaxAttempts; ++attempt) {

@@ -52,6 +52,8 @@ void store_cdma_header(uint8_t* frame, uint32_t id, uint32_t status, uint32_t da
 
 }  // namespace
 
+// A CDMA id is little-endian on the pipe: 0x02000016 is 16 00 00 02. Its bytes 1 to 3, read as a
+// big-endian number, are 2.
 uint32_t getOemHook(const uint8_t* buffer, size_t length, uint32_t* type) {
   if (buffer == nullptr || length < kGenericHeaderSize) {
     LOGE("getOemHook: NULL DATA or check size");
@@ -117,6 +119,7 @@ bool send_unsolicited_generic(uint32_t id_bytes, const void* data, uint32_t size
   return send_unsolicited(kGenericForm, id_bytes, data, size);
 }
 
+// Built on the stack: a refusal must be possible without memory for a frame.
 void send_cdma_status(uint32_t id, uint32_t status) {
   uint8_t reply[kCdmaReplySize] = {};
   store_cdma_header(reply, id, status, 0);

@@ -10,6 +10,7 @@ uint32_t qor_ext_instance_id = 0;
 
 namespace {
 
+// Written once, before any other thread starts, so no lock is needed.
 int g_reply_fd = -1;
 int g_unsolicited_fd = -1;
 
