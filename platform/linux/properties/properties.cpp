@@ -19,6 +19,14 @@ std::string path_of(const char* key) { return phone_path((std::string(kFolder) +
 
 bool is_valid(const char* key) { return key != nullptr && phone_files::is_plain_name(key); }
 
+// A property with this prefix can be set once.
+constexpr char kReadOnly[] = "ro.";
+
+phone_files::Existing existing(const char* key) {
+  bool is_read_only = strncmp(key, kReadOnly, strlen(kReadOnly)) == 0;
+  return is_read_only ? phone_files::Existing::keep : phone_files::Existing::replace;
+}
+
 // The C interface must not throw: without memory for its path a property counts as unset.
 int open_property(const char* key) {
   try {
@@ -43,7 +51,7 @@ ssize_t read_property(const char* key, char* value) {
 
 int property_get(const char* key, char* value, const char* default_value) {
   ssize_t length = is_valid(key) ? read_property(key, value) : -1;
-  if (length >= 0) return static_cast<int>(length);
+  if (length > 0) return static_cast<int>(length);
 
   const char* text = default_value == nullptr ? "" : default_value;
   size_t size = strnlen(text, kMaxLength);
@@ -55,7 +63,7 @@ int property_get(const char* key, char* value, const char* default_value) {
 int property_set(const char* key, const char* value) {
   if (!is_valid(key) || value == nullptr || strlen(value) > kMaxLength) return -1;
   try {
-    return phone_files::store(path_of(key), value, phone_files::Existing::replace) ? 0 : -1;
+    return phone_files::store(path_of(key), value, existing(key)) ? 0 : -1;
   } catch (const std::bad_alloc&) {
     return -1;
   }

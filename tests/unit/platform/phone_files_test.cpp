@@ -53,9 +53,9 @@ TEST_F(Properties, AreReadBackAsTheyWereSet) {
 }
 
 TEST_F(Properties, HaveTheLastValueSet) {
-  property_set("ro.baseband", "a longer value");
-  property_set("ro.baseband", "mdm");
-  EXPECT_EQ(get("ro.baseband"), "mdm");
+  property_set("ril.baseband.rfcable.status", "a longer value");
+  property_set("ril.baseband.rfcable.status", "1");
+  EXPECT_EQ(get("ril.baseband.rfcable.status"), "1");
 }
 
 TEST_F(Properties, HaveTheDefaultWhenTheyAreNotSet) {
@@ -63,9 +63,16 @@ TEST_F(Properties, HaveTheDefaultWhenTheyAreNotSet) {
   EXPECT_EQ(get("ro.baseband", nullptr), "");
 }
 
-TEST_F(Properties, MayBeEmpty) {
-  EXPECT_EQ(property_set("ro.baseband", ""), 0);
-  EXPECT_EQ(get("ro.baseband", "default"), "");
+TEST_F(Properties, HaveTheDefaultWhileTheyAreEmpty) {
+  EXPECT_EQ(property_set("ril.lte.bc.config", ""), 0);
+  EXPECT_EQ(get("ril.lte.bc.config", "default"), "default");
+  EXPECT_EQ(get("ril.lte.bc.config", nullptr), "");
+}
+
+TEST_F(Properties, AreSetOnceIfTheyAreReadOnly) {
+  EXPECT_EQ(property_set("ro.baseband", "mdm"), 0);
+  EXPECT_LT(property_set("ro.baseband", "msm"), 0);
+  EXPECT_EQ(get("ro.baseband"), "mdm");
 }
 
 TEST_F(Properties, HaveOneFileEach) {
