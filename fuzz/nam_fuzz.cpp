@@ -5,7 +5,7 @@
 
 #include "fuzz/phone.h"
 #include "fuzz/require.h"
-#include "modem/state/nam_encoding.h"
+#include "protocol/cdma_digits.h"
 #include "src/carrier/carrier_handler.h"
 #include "src/carrier/digits.h"
 #include "src/vendor/rde_messages.h"
@@ -71,9 +71,9 @@ NamRecord draw_valid_record(FuzzedDataProvider& input) {
 
 void check_digits(const std::string& imsi) {
   const char* digits = imsi.c_str();
-  FUZZ_REQUIRE(encode_three_digits(digits) == modem::encode_digits(imsi.substr(0, 3)));
-  FUZZ_REQUIRE(encode_two_digits(digits) == modem::encode_digits(imsi.substr(0, 2)));
-  FUZZ_REQUIRE(encode_seven_digits(digits) == modem::encode_seven_digits(imsi.substr(0, 7)));
+  FUZZ_REQUIRE(encode_three_digits(digits) == protocol::encode_digits(imsi.substr(0, 3)));
+  FUZZ_REQUIRE(encode_two_digits(digits) == protocol::encode_digits(imsi.substr(0, 2)));
+  FUZZ_REQUIRE(encode_seven_digits(digits) == protocol::encode_seven_digits(imsi.substr(0, 7)));
   char decoded[7];
   decode_seven_digits(encode_seven_digits(digits), decoded);
   FUZZ_REQUIRE(memcmp(decoded, digits, sizeof decoded) == 0);

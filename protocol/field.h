@@ -5,6 +5,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <span>
 
 namespace protocol {
 
@@ -112,5 +113,22 @@ constexpr Field item_data(Field field) {
   field.privacy = Privacy::as_item;
   return field;
 }
+
+// Records of the same fields, one after the other.
+struct Group {
+  const char* name;
+  uint16_t offset;
+  uint16_t stride;
+  uint16_t count;
+  std::span<const Field> fields;  // offsets from the record's start
+  const char* counted_by = nullptr;
+};
+
+// The content of a payload, of an item or of a record.
+struct Layout {
+  std::span<const Field> fields;
+  uint32_t size = 0;  // in bytes; 0: varies
+  const Group* group = nullptr;
+};
 
 }  // namespace protocol

@@ -49,21 +49,6 @@ constexpr Argument offering(const char* choices, Argument argument) {
   return argument;
 }
 
-// A reply's data, or an unsolicited message's.
-struct Group {
-  const char* name;
-  uint16_t offset;
-  uint16_t stride;
-  uint16_t count;
-  std::span<const Field> fields;  // offsets from the record's start
-  const char* counted_by = nullptr;
-};
-struct Layout {
-  std::span<const Field> fields;
-  uint32_t size = 0;  // 0: varies
-  const Group* group = nullptr;
-};
-
 enum class ReplyForm : uint8_t {
   cdma,            // 18-byte header with a status, data, two zero bytes
   generic,         // 8-byte header, data; the single data byte 5 is a failure

@@ -61,7 +61,7 @@ Bytes ipv6_host(uint8_t host) {
   return {0x20, 0x01, 0x0D, 0xB8, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, host};
 }
 
-CallProcessingRecord factory_call() {
+protocol::CallProcessingRecord factory_call() {
   return {.frame_error_rate = 4,
           .unused_1 = {},
           .active_pilots = 2,
@@ -95,7 +95,7 @@ CallProcessingRecord factory_call() {
           .rate_reduction = 0};
 }
 
-EvdoRecord factory_session() {
+protocol::EvdoRecord factory_session() {
   return {
       .channel = 476,
       .uati_color_code = 37,

@@ -6,50 +6,51 @@
 #include <algorithm>
 #include <array>
 
-#include "modem/state/nam_encoding.h"
+#include "protocol/cdma_digits.h"
+#include "protocol/nv_items.h"
 
 namespace modem {
 namespace {
 
-// Where a number lies in an item, and how long the item is.
-struct Place {
-  uint32_t rde_id;
-  uint16_t offset;
-  uint8_t width;
-  uint16_t item_size;
-};
+using protocol::decode_digits;
+using protocol::encode_digits;
+using protocol::nv_item_named;
+using protocol::nv_number;
+using protocol::NvNumber;
 
-constexpr Place kMin1 = {25, 5, 4, 9};
-constexpr Place kMin2 = {26, 3, 2, 5};
-constexpr Place kImsiTS1 = {21, 5, 4, 9};
-constexpr Place kImsiTS2 = {22, 3, 2, 5};
-constexpr Place kHomeSid = {15, 1, 2, 81};
-constexpr Place kHomeNid = {15, 3, 2, 81};
-constexpr Place kScm = {36, 0, 1, 1};
-constexpr Place kImsi1112 = {16, 1, 1, 2};
-constexpr Place kImsiMcc = {17, 1, 2, 3};
-constexpr Place kPrimaryA = {29, 1, 2, 5};
-constexpr Place kPrimaryB = {29, 3, 2, 5};
-constexpr Place kSecondaryA = {31, 1, 2, 5};
-constexpr Place kSecondaryB = {31, 3, 2, 5};
-constexpr Place kVocoder = {30, 4, 2, 8};
-constexpr Place kImsiTMcc = {20, 1, 2, 3};
-constexpr Place kImsiT1112 = {18, 1, 1, 2};
-constexpr Place kOverloadClass = {2, 2, 1, 3};
-constexpr Place kMobPRev = {28, 0, 1, 1};
-constexpr Place kLteOption = {10017, 0, 1, 1};
-constexpr Place kDdtm = {10018, 0, 1, 1};
-constexpr Place kImeiSv = {41, 0, 1, 1};
-constexpr Place kLteBands = {53, 0, 4, 8};
+constexpr NvNumber kMin1 = nv_number("min1");
+constexpr NvNumber kMin2 = nv_number("min2");
+constexpr NvNumber kImsiTS1 = nv_number("imsi-t-s1");
+constexpr NvNumber kImsiTS2 = nv_number("imsi-t-s2");
+constexpr NvNumber kHomeSid = nv_number("sid-nid", "sid");
+constexpr NvNumber kHomeNid = nv_number("sid-nid", "nid");
+constexpr NvNumber kScm = nv_number("scm");
+constexpr NvNumber kImsi1112 = nv_number("imsi-11-12");
+constexpr NvNumber kImsiMcc = nv_number("imsi-mcc");
+constexpr NvNumber kPrimaryA = nv_number("primary-channels", "primary-a");
+constexpr NvNumber kPrimaryB = nv_number("primary-channels", "primary-b");
+constexpr NvNumber kSecondaryA = nv_number("secondary-channels", "secondary-a");
+constexpr NvNumber kSecondaryB = nv_number("secondary-channels", "secondary-b");
+constexpr NvNumber kVocoder = nv_number("vocoder");
+constexpr NvNumber kImsiTMcc = nv_number("imsi-t-mcc");
+constexpr NvNumber kImsiT1112 = nv_number("imsi-t-11-12");
+constexpr NvNumber kOverloadClass = nv_number("overload-class");
+constexpr NvNumber kMobPRev = nv_number("mob-p-rev");
+constexpr NvNumber kLteOption = nv_number("lte-option");
+constexpr NvNumber kDdtm = nv_number("ddtm");
+constexpr NvNumber kImeiSv = nv_number("imei-sv");
+// The item's first number; its other bytes are zero.
+constexpr protocol::NvItem kLteBandsItem = nv_item_named("lte-bands");
+constexpr NvNumber kLteBands = {kLteBandsItem.id, 0, sizeof(uint32_t), kLteBandsItem.size};
 
-constexpr NvKey kMdnItem{8};
-constexpr size_t kMdnHead = 2;  // the NAM and the number of digits
-constexpr NvKey kFsgVersionItem{8029};
-constexpr NvKey kFlexVersionItem{8028};
+constexpr NvKey kMdnItem{nv_item_named("mdn").id};
+constexpr size_t kMdnHead = nv_item_named("mdn").size - kMdnDigits;
+constexpr NvKey kFsgVersionItem{nv_item_named("fsg-version").id};
+constexpr NvKey kFlexVersionItem{nv_item_named("flex-version").id};
 
 constexpr size_t kAreaDigits = 3;
 
-uint32_t load(const NvStore& nv, const Place& place) {
+uint32_t load(const NvStore& nv, const NvNumber& place) {
   const Bytes* item = nv.find({place.rde_id});
   uint32_t value = 0;
   if (item != nullptr && item->size() >= size_t{place.offset} + place.width) {
@@ -58,7 +59,7 @@ uint32_t load(const NvStore& nv, const Place& place) {
   return value;
 }
 
-void store(NvStore& nv, const Place& place, uint32_t value) {
+void store(NvStore& nv, const NvNumber& place, uint32_t value) {
   std::array<uint8_t, sizeof value> bytes{};
   memcpy(bytes.data(), &value, sizeof value);
   nv.write({place.rde_id}, place.offset, std::span(bytes).first(place.width));
@@ -66,7 +67,7 @@ void store(NvStore& nv, const Place& place, uint32_t value) {
 }
 
 template <typename T>
-void load_number(const NvStore& nv, const Place& place, T& value) {
+void load_number(const NvStore& nv, const NvNumber& place, T& value) {
   value = static_cast<T>(load(nv, place));
 }
 
@@ -75,24 +76,26 @@ std::string load_mdn(const NvStore& nv) {
   std::string mdn;
   if (item == nullptr || item->size() < kMdnHead) return mdn;
   size_t count = std::min<size_t>({(*item)[1], kMdnDigits, item->size() - kMdnHead});
-  for (size_t i = 0; i < count; ++i) mdn += decode_digit((*item)[kMdnHead + i]);
+  for (size_t i = 0; i < count; ++i) mdn += protocol::decode_digit((*item)[kMdnHead + i]);
   return mdn;
 }
 
 void store_mdn(NvStore& nv, const std::string& mdn) {
   Bytes item(kMdnHead + kMdnDigits);
   item[1] = static_cast<uint8_t>(mdn.size());
-  std::transform(mdn.begin(), mdn.end(), item.begin() + kMdnHead, encode_digit);
+  std::transform(mdn.begin(), mdn.end(), item.begin() + kMdnHead, protocol::encode_digit);
   nv.put(kMdnItem, item);
 }
 
-std::string load_ten_digits(const NvStore& nv, const Place& seven, const Place& area) {
-  return decode_digits(load(nv, area), kAreaDigits) + decode_seven_digits(load(nv, seven));
+std::string load_ten_digits(const NvStore& nv, const NvNumber& seven, const NvNumber& area) {
+  return decode_digits(load(nv, area), kAreaDigits) +
+         protocol::decode_seven_digits(load(nv, seven));
 }
 
-void store_ten_digits(NvStore& nv, const Place& seven, const Place& area, std::string_view digits) {
+void store_ten_digits(NvStore& nv, const NvNumber& seven, const NvNumber& area,
+                      std::string_view digits) {
   store(nv, area, encode_digits(digits.substr(0, kAreaDigits)));
-  store(nv, seven, encode_seven_digits(digits.substr(kAreaDigits)));
+  store(nv, seven, protocol::encode_seven_digits(digits.substr(kAreaDigits)));
 }
 
 std::string load_text(const NvStore& nv, NvKey key) {

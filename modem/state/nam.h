@@ -8,13 +8,14 @@
 #include <string>
 
 #include "modem/state/nv_store.h"
+#include "protocol/nv_items.h"
 
 namespace modem {
 
-constexpr size_t kSpcSize = 6;
-constexpr NvKey kSpcItem{32};
+constexpr size_t kSpcSize = protocol::kCodeSize;
+constexpr NvKey kSpcItem{protocol::nv_item_named("spc").id};
 
-constexpr size_t kMdnDigits = 15;
+constexpr size_t kMdnDigits = protocol::nv_item::kMdnDigits;
 
 // The CDMA number assignment module 0.
 struct Nam {

@@ -7,8 +7,8 @@
 #include <string>
 #include <vector>
 
-#include "modem/state/engineering.h"
 #include "modem/state/nv_store.h"
+#include "protocol/engineering.h"
 
 namespace modem {
 
@@ -87,8 +87,8 @@ struct Carrier {
 };
 
 struct Engineering {
-  CallProcessingRecord call_processing = {};
-  EvdoRecord evdo = {};
+  protocol::CallProcessingRecord call_processing = {};
+  protocol::EvdoRecord evdo = {};
   // Sent in place of the records when not empty.
   std::string call_processing_text;
   std::string evdo_text;

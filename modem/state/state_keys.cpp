@@ -155,7 +155,7 @@ static void describe(Archive& archive, Carrier& carrier) {
   archive.section("roaming_list", carrier.roaming_list);
 }
 
-static void describe(Archive& archive, CallProcessingRecord& record) {
+static void describe(Archive& archive, protocol::CallProcessingRecord& record) {
   archive.number("frame_error_rate", record.frame_error_rate);
   archive.number("active_pilots", record.active_pilots);
   archive.number("neighbor_pilots", record.neighbor_pilots);
@@ -186,7 +186,7 @@ static void describe(Archive& archive, CallProcessingRecord& record) {
   archive.number("rate_reduction", record.rate_reduction);
 }
 
-static void describe(Archive& archive, EvdoRecord& record) {
+static void describe(Archive& archive, protocol::EvdoRecord& record) {
   archive.number("channel", record.channel);
   archive.number("uati_color_code", record.uati_color_code);
   archive.number("tx_uati", record.tx_uati);

@@ -6,6 +6,7 @@
 
 #include <algorithm>
 
+#include "protocol/cdma_digits.h"
 #include "tools/qorextctl/frames/protocol.h"
 
 namespace qorextctl {
@@ -90,10 +91,9 @@ Json list_in(const Field& field, View content, const Items& items, Problems& pro
 }
 
 std::string dialled(View digits) {
-  constexpr uint8_t kZero = 10;
   std::string text;
   for (uint8_t digit : digits) {
-    text += digit > kZero ? '?' : static_cast<char>('0' + digit % kZero);
+    text += digit > kZeroDigit ? '?' : decode_digit(digit);
   }
   return text;
 }

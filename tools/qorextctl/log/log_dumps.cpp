@@ -3,6 +3,7 @@
 
 #include <fmt/format.h>
 
+#include "protocol/engineering.h"
 #include "tools/qorextctl/frames/frame_kind.h"
 #include "tools/qorextctl/frames/protocol.h"
 
@@ -15,62 +16,6 @@ constexpr Layout kPiece = {kPieceFields};
 
 constexpr Field kTunerFields[] = {u32("length", 0), counted(hex("data", 4), "length")};
 constexpr Layout kTuner = {kTunerFields, 32};
-
-// The modem's packed record, with the field names of the reply.
-constexpr Field kCallFields[] = {
-    u32("fer", 0),
-    u8("active-pilots", 12),
-    u8("neighbor-pilots", 13),
-    u8("candidate-pilots", 14),
-    u16("best-active-pilot", 16),
-    u16("best-active-strength", 18),
-    u16("best-neighbor-pilot", 20),
-    u16("best-neighbor-strength", 22),
-    u16("sid", 24),
-    u16("nid", 26),
-    u16("channel", 28),
-    u16("service-option", 30),
-    u8("p-rev-in-use", 32),
-    u8("band", 33),
-    u8("lna-status", 34),
-    u16("cp-state", 36),
-    i16("tx-power", 38),
-    u16("rssi", 40),
-    u16("base-id", 42),
-    i32("base-latitude", 44),
-    i32("base-longitude", 48),
-    list(u16("active-set-pn", 52), 6),
-    list(u16("active-set-strength", 64), 6),
-    list(u16("neighbor-set-pn", 76), 40),
-    u16("calls", 156),
-    u16("dropped-calls", 158),
-    u16("last-call-indicator", 160),
-    u16("rate-reduction", 162),
-};
-constexpr Layout kCall = {kCallFields, 164};
-
-constexpr Field kEvdoFields[] = {
-    u16("channel", 0),
-    u8("uati-color-code", 2),
-    u32("tx-uati", 4),
-    u16("pilot-pn", 8),
-    u16("rssi", 10),
-    i32("rx0-power-dbm", 12),
-    i32("rx1-power-dbm", 16),
-    u16("measured-packets", 20),
-    u16("error-packets", 22),
-    u8("session-state", 24),
-    u8("at-state", 25),
-    u8("users", 26),
-    u8("hybrid-mode", 27),
-    u8("mac-index", 28),
-    list(u8("sector-id", 29), 16),
-    i16("pilot-energy", 46),
-    u8("drc-cover", 48),
-    u8("sinr", 49),
-    u8("an-auth-status", 50),
-};
-constexpr Layout kEvdo = {kEvdoFields, 52};
 
 LogContent content(const char* type, const std::string& name, const std::string& id,
                    const Layout& layout, const Bytes& bytes) {
@@ -130,9 +75,9 @@ std::optional<LogContent> decode_dump(Dump dump, const std::optional<ItemAddress
     case Dump::tuner:
       return content_for("modem-response", "tune", kTuner, bytes);
     case Dump::call_processing:
-      return engineering("get-call-processing", kCall, bytes);
+      return engineering("get-call-processing", call_processing_record(), bytes);
     case Dump::evdo:
-      return engineering("get-evdo", kEvdo, bytes);
+      return engineering("get-evdo", evdo_record(), bytes);
     default:
       return std::nullopt;
   }

@@ -51,7 +51,7 @@ Candidates all_names() {
 
 Candidates nv_item_numbers() {
   Candidates numbers;
-  for (const NvItem& item : known_nv_items()) {
+  for (const NvItem& item : kNvItems) {
     numbers.push_back({fmt::format("rde-id={}", item.id), item.name});
   }
   return numbers;

@@ -1,20 +1,22 @@
 // SPDX-License-Identifier: Apache-2.0
-// Digits as the CDMA over-the-air interface packs them (TIA/EIA-95). Every digit counts as itself,
-// only 0 counts as 10.
+// Digits as the CDMA over-the-air interface packs them (TIA/EIA-95): each has its own value, but
+// for 0, whose value is 10.
 #pragma once
 
-#include <stdint.h>
+#include <cstdint>
 
 #include <string>
 #include <string_view>
 
-namespace modem {
+namespace protocol {
+
+constexpr uint8_t kZeroDigit = 10;
 
 // Two or three digits as one number: "00" is 99, "000" is 999.
 uint32_t encode_digits(std::string_view digits);
 std::string decode_digits(uint32_t value, size_t count);
 
-// The seven digits behind the area code as 24 bits: three digits, one digit, three digits.
+// The seven digits after the area code as 24 bits: three digits, one digit, three digits.
 uint32_t encode_seven_digits(std::string_view digits);
 std::string decode_seven_digits(uint32_t value);
 
@@ -22,4 +24,4 @@ std::string decode_seven_digits(uint32_t value);
 uint8_t encode_digit(char digit);
 char decode_digit(uint32_t value);
 
-}  // namespace modem
+}  // namespace protocol

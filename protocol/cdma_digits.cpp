@@ -1,10 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "modem/state/nam_encoding.h"
+#include "protocol/cdma_digits.h"
 
-namespace modem {
+namespace protocol {
 namespace {
 
-constexpr uint32_t kZeroDigit = 10;
 constexpr uint32_t kFirstGroupShift = 14;
 constexpr uint32_t kSingleDigitShift = 10;
 constexpr uint32_t kSingleDigitMask = 0x0F;
@@ -13,7 +12,7 @@ constexpr uint32_t kGroupMask = 0x3FF;
 }  // namespace
 
 uint8_t encode_digit(char digit) {
-  return static_cast<uint8_t>(digit == '0' ? kZeroDigit : static_cast<uint32_t>(digit - '0'));
+  return digit == '0' ? kZeroDigit : static_cast<uint8_t>(digit - '0');
 }
 
 char decode_digit(uint32_t value) {
@@ -51,4 +50,4 @@ std::string decode_seven_digits(uint32_t value) {
          decode_digits(value & kGroupMask, 3);
 }
 
-}  // namespace modem
+}  // namespace protocol

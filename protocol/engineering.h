@@ -1,16 +1,16 @@
 // SPDX-License-Identifier: Apache-2.0
-// The engineering records that the modem gives out as hexadecimal text.
+// The engineering records, which the modem gives as hexadecimal text: packed, little-endian.
 #pragma once
 
-#include <stdint.h>
+#include "protocol/field.h"
 
-namespace modem {
+namespace protocol {
 
 constexpr int kActiveSetSize = 6;
 constexpr int kNeighborSetSize = 40;
 constexpr int kSectorIdSize = 16;
 
-// The CDMA 1x call as the modem lays it out.
+// The CDMA 1x call.
 struct CallProcessingRecord {
   uint32_t frame_error_rate;
   uint8_t unused_1[8];
@@ -73,4 +73,8 @@ struct EvdoRecord {
 };
 static_assert(sizeof(EvdoRecord) == 52);
 
-}  // namespace modem
+// Their members, under the names that the fields of the replies have.
+const Layout& call_processing_record();
+const Layout& evdo_record();
+
+}  // namespace protocol
