@@ -1,20 +1,19 @@
 // SPDX-License-Identifier: Apache-2.0
 // Band classes, roaming list and active profile.
-#include "tests/e2e/support/carrier_fixture.h"
+#include "tests/e2e/support/handset_fixture.h"
 
 namespace e2e {
 namespace {
 
-constexpr size_t kMaxRequestBytes = 17408;
 constexpr size_t kMaxSegmentBytes = 16384;
 
-Texts getting(uint32_t id) {
+Texts get_texts(uint32_t id) {
   return {fmt::format("qorext_hook_sprint_get_nv_data_to_oem: ENTER EVENT VALUE {} ", id),
           fmt::format("qorext_hook_sprint_get_nv_data_to_oem: EVENT VALUE {} ", id),
           "qorext_hook_sprint_get_BC10_status:  ENTER FUNCTION  0 "};
 }
 
-Texts setting(uint32_t id) {
+Texts set_texts(uint32_t id) {
   return {fmt::format("qorext_hook_sprint_set_nv_data_from_oem: ENTER EVENT VALUE {} ", id)};
 }
 
@@ -27,51 +26,51 @@ Texts set_band_status(int32_t status) {
           fmt::format("qorext_hook_sprint_set_BC10_BC14_status:  status = {} ", status)};
 }
 
-class Bands : public CarrierRequests {};
+class Bands : public HandsetTest {};
 
 TEST_F(Bands, BandClass10IsRead) {
   handset.modem().command("set carrier.bc10=305419896");
   expect_served(cdma(0x020000B0), reply(0x020000B0, 0, hex("78563412")),
-                getting(0x020000B0) + Texts{band_status(305419896)},
-                {asked("qorext", "read_band", R"({"selector":0})")});
+                get_texts(0x020000B0) + Texts{band_status(305419896)},
+                {modem_request("qorext", "read_band", R"({"selector":0})")});
 }
 
-TEST_F(Bands, BandClass14IsReadAndAnsweredUnderTheOtherId) {
+TEST_F(Bands, TheReplyForBandClass14HasTheIdOfBandClass10) {
   handset.modem().command("set carrier.bc14=2");
   expect_served(cdma(0x020000B2), reply(0x020000B0, 0, hex("02000000")),
-                getting(0x020000B2) + Texts{band_status(2)},
-                {asked("qorext", "read_band", R"({"selector":1})")});
+                get_texts(0x020000B2) + Texts{band_status(2)},
+                {modem_request("qorext", "read_band", R"({"selector":1})")});
 }
 
-TEST_F(Bands, ABandThatTheModemDoesNotTellIsZero) {
-  handset.spoil("read_band", "error");
+TEST_F(Bands, ABandThatTheModemDoesNotReportIsZero) {
+  handset.inject("read_band", "error");
   expect_served(
       cdma(0x020000B0), reply(0x020000B0, 0, zeros(4)),
-      getting(0x020000B0) + Texts{"qor_qmi_sprint_read_band: Read Band failed.", band_status(0)},
-      {asked("qorext", "read_band", R"({"selector":0})")});
+      get_texts(0x020000B0) + Texts{"qor_qmi_sprint_read_band: Read Band failed.", band_status(0)},
+      {modem_request("qorext", "read_band", R"({"selector":0})")});
 }
 
-TEST_F(Bands, BandClassesAreSwitched) {
+TEST_F(Bands, BandClassesAreWritten) {
   Bytes first = cdma(0x020000B1, le32(7), "123456");
-  expect_served(first, echo(first, 0), setting(0x020000B1) + set_band_status(7),
-                {asked("qorext", "write_band", R"({"band":7,"selector":0})")});
+  expect_served(first, echo(first, 0), set_texts(0x020000B1) + set_band_status(7),
+                {modem_request("qorext", "write_band", R"({"band":7,"selector":0})")});
   Bytes second = cdma(0x020000B3, le32(0xFFFFFFFF));
-  expect_served(second, echo(second, 0), setting(0x020000B3) + set_band_status(-1),
-                {asked("qorext", "write_band", R"({"band":4294967295,"selector":1})")});
+  expect_served(second, echo(second, 0), set_texts(0x020000B3) + set_band_status(-1),
+                {modem_request("qorext", "write_band", R"({"band":4294967295,"selector":1})")});
   EXPECT_EQ(stored("carrier/bc10"), "7");
   EXPECT_EQ(stored("carrier/bc14"), "4294967295");
 }
 
 TEST_F(Bands, ABandThatTheModemRefusesFails) {
-  handset.spoil("write_band", "error");
+  handset.inject("write_band", "error");
   Bytes request = cdma(0x020000B1, le32(1));
   expect_served(request, echo(request, 5),
-                setting(0x020000B1) + set_band_status(1) +
+                set_texts(0x020000B1) + set_band_status(1) +
                     Texts{"qor_qmi_sprint_write_band: Read Band failed."},
-                {asked("qorext", "write_band", R"({"band":1,"selector":0})")});
+                {modem_request("qorext", "write_band", R"({"band":1,"selector":0})")});
 }
 
-class EmptyRequests : public CarrierRequests, public testing::WithParamInterface<uint32_t> {};
+class EmptyRequests : public HandsetTest, public testing::WithParamInterface<uint32_t> {};
 
 TEST_P(EmptyRequests, AreNotSupported) {
   uint32_t id = GetParam();
@@ -86,15 +85,15 @@ INSTANTIATE_TEST_SUITE_P(Setters, EmptyRequests,
                                          0x020000B5));
 
 Texts roaming_list(uint32_t size) {
-  return setting(0x020000B4) +
+  return set_texts(0x020000B4) +
          Texts{"qorext_hook_sprint_set_roaming_list_segment:  ENTER  0 ",
                fmt::format("qorext_hook_sprint_set_roaming_list_segment:  p_prl->size ({})", size),
                fmt::format("qor_qmi_sprint_set_roaming_list_segment: data_length ({}).", size)};
 }
 
 std::string segment(const Bytes& data) {
-  return asked("qorext", "set_roaming_list_segment",
-               fmt::format(R"({{"segment":"{}"}})", as_hex(data)));
+  return modem_request("qorext", "set_roaming_list_segment",
+                       fmt::format(R"({{"segment":"{}"}})", as_hex(data)));
 }
 
 TEST_F(Bands, ARoamingListSegmentReachesTheModem) {
@@ -117,34 +116,34 @@ TEST_F(Bands, ASegmentThatClaimsMoreThanWasSentEndsInZeros) {
 }
 
 TEST_F(Bands, ASegmentThatTheModemRefusesFails) {
-  handset.spoil("set_roaming_list_segment", "error");
+  handset.inject("set_roaming_list_segment", "error");
   Bytes request = cdma(0x020000B4, le32(1) + hex("A1"));
   expect_served(request, echo(request, 5), roaming_list(1), {segment(hex("A1"))});
 }
 
 Texts profile(int32_t number) {
-  return setting(0x020000B5) +
+  return set_texts(0x020000B5) +
          Texts{"qorext_hook_sprint_set_Active_Profile:  ENTER  0 ",
                fmt::format("qorext_hook_sprint_set_Active_profile:   profile = {} ", number)};
 }
 
-TEST_F(Bands, TheActiveProfileIsAnsweredTwice) {
+TEST_F(Bands, TheActiveProfileGetsTwoReplies) {
   expect_served_twice(cdma(0x020000B5, le32(3)), 0, profile(3),
-                      {asked("qorext", "switch_profile", R"({"profile":3})")});
+                      {modem_request("qorext", "switch_profile", R"({"profile":3})")});
   EXPECT_EQ(stored("carrier/active_profile"), "3");
 }
 
-TEST_F(Bands, AProfileThatTheModemRefusesIsAnsweredTwiceToo) {
-  handset.spoil("switch_profile", "error");
+TEST_F(Bands, AProfileThatTheModemRefusesGetsTwoRepliesToo) {
+  handset.inject("switch_profile", "error");
   expect_served_twice(cdma(0x020000B5, le32(3)), 5,
                       profile(3) + Texts{"qor_qmi_sprint_switch_proflie: failed."},
-                      {asked("qorext", "switch_profile", R"({"profile":3})")});
+                      {modem_request("qorext", "switch_profile", R"({"profile":3})")});
 }
 
 TEST_F(Bands, AProfileThatWasNotSentIsZero) {
   Bytes request = cdma_claiming(0x020000B5, 4);
   expect_served_twice(request, 0, profile(0),
-                      {asked("qorext", "switch_profile", R"({"profile":0})")});
+                      {modem_request("qorext", "switch_profile", R"({"profile":0})")});
 }
 
 }  // namespace

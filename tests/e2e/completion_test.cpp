@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// The completion of the programs' command lines, as the shells that people use do it.
+// Command-line completion in bash and zsh.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -15,9 +15,7 @@ using testing::HasSubstr;
 using testing::IsEmpty;
 using testing::UnorderedElementsAre;
 
-constexpr const char* kTab = "\t";
-
-// What bash offers for the line, whose last word is not whole.
+// The candidates that bash offers for a line with an incomplete last word.
 std::vector<std::string> offered(const std::string& line) {
   CommandResult result =
       run_command("bash --norc -c 'source \"" QOREXT_COMPLETION
@@ -56,7 +54,7 @@ TEST(BashCompletion, OffersTheValuesOfOptions) {
               ElementsAre(QOREXT_COMPLETION "/qorextctl.bash"));
 }
 
-TEST(BashCompletion, OffersNothingWhereNothingFits) {
+TEST(BashCompletion, OffersNothingForAnUnknownWord) {
   EXPECT_THAT(offered("qorextctl frob"), IsEmpty());
   EXPECT_THAT(offered("qorextctl load --count "), IsEmpty());
   EXPECT_THAT(offered("qorextctl raw "), IsEmpty());
@@ -68,8 +66,8 @@ constexpr const char* kFirstPrompt = "ready>";
 const Terminal::Environment kEnvironment = {
     {"HOME", "/nonexistent"}, {"PATH", "/usr/bin:/bin"}, {"PS1", "ready> "}};
 
-// Starts with the completion in place and no settings of the user's. What is typed before the first
-// prompt may be taken for something else than a line.
+// Loads the completion into a shell without user settings. The shell can misread keys typed before
+// its first prompt.
 void expect_completion(Terminal& shell, const std::string& preparation, const std::string& prompt) {
   shell.wait_for_cursor(kFirstPrompt);
   shell.type("PS1='" + prompt + " '; cd " QOREXT_BIN "; PATH=" QOREXT_BIN ":$PATH; " + preparation +
@@ -96,7 +94,7 @@ TEST(ZshCompletion, WorksAtATerminal) {
       shell, "fpath=(" QOREXT_COMPLETION " $fpath); autoload -U compinit; compinit -D -u", "zsh>");
 }
 
-TEST(ZshCompletion, TellsWhatTheCandidatesAre) {
+TEST(ZshCompletion, DescribesTheCandidates) {
   Terminal shell({"/bin/zsh", "-f", "-i"}, kEnvironment);
   shell.wait_for_cursor(kFirstPrompt);
   shell.type("PS1='zsh> '; PATH=" QOREXT_BIN ":$PATH; fpath=(" QOREXT_COMPLETION

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// The log of a real run, decoded by the tool's executable.
+// The tool decodes the log of a real run.
 #include <fmt/format.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -38,7 +38,7 @@ constexpr const char* kSession =
     "get-call-processing\n"
     "get-evdo\n";
 
-// As text, as the text's bytes, as the modem's items have them, as the log writes their numbers.
+// As text, as the hex of the text, in the encoding of the NV items, and as logged numbers.
 constexpr const char* kSecrets[] = {"9175553846",
                                     "39313735353533383436",
                                     "09010705050503080406",
@@ -64,7 +64,7 @@ class DecodedLog : public testing::Test {
 
   static std::string log_;  // as the log library wrote it
 
-  // Of the daemon's lines, with another head.
+  // The daemon's lines with another head.
   static std::string log_in(const std::string& head) {
     std::string log;
     for (const std::string& line : lines_of(log_)) {
@@ -74,7 +74,7 @@ class DecodedLog : public testing::Test {
     return log;
   }
 
-  // The daemon's lines without their heads, which hold the time.
+  // The daemon's lines without their heads, which contain the time.
   static std::vector<std::string> texts_in(const std::string& log) {
     std::vector<std::string> texts;
     for (const std::string& line : lines_of(log)) {
@@ -102,7 +102,7 @@ class DecodedLog : public testing::Test {
 
 std::string DecodedLog::log_;
 
-TEST_F(DecodedLog, HoldsEverythingThatTheDaemonDumps) {
+TEST_F(DecodedLog, DecodesEveryDumpOfTheDaemon) {
   CommandResult result = decode(log_);
   EXPECT_EQ(result.status, 0);
   EXPECT_EQ(result.errors, "");
@@ -116,7 +116,7 @@ TEST_F(DecodedLog, HoldsEverythingThatTheDaemonDumps) {
         "  | engineering get-evdo (0x02000012): 52 bytes"}) {
     EXPECT_THAT(lines_of(result.output), Contains(line));
   }
-  // Its dump is longer than a line that the log library writes to a terminal.
+  // This dump is longer than one line of the log library.
   EXPECT_THAT(result.output, HasSubstr("  | modem-response data-plmn (0x060001): "));
   for (const std::string& line : lines_of(result.output)) {
     if (line.find("problem:") != std::string::npos) {
@@ -133,7 +133,7 @@ TEST_F(DecodedLog, KeepsEveryLineOfTheLog) {
   EXPECT_THAT(kept, ElementsAreArray(lines_of(log_)));
 }
 
-TEST_F(DecodedLog, HoldsNoSecretUnlessAskedFor) {
+TEST_F(DecodedLog, MasksSecretsByDefault) {
   std::string masked = decode(log_).output + decode(log_, "--json").output;
   std::string clear = decode(log_, "--show-personal").output;
   for (const char* secret : kSecrets) EXPECT_THAT(masked, Not(HasSubstr(secret)));
@@ -144,7 +144,7 @@ TEST_F(DecodedLog, HoldsNoSecretUnlessAskedFor) {
   EXPECT_TRUE(std::regex_search(clear, std::regex("mdn_number +\\d")));
 }
 
-TEST_F(DecodedLog, IsMaskedAlikeByTheSession) {
+TEST_F(DecodedLog, IsMaskedInASessionToo) {
   std::string input = folder_.folder() + "/session";
   std::ofstream(input) << kSession;
   CommandResult result = run_command("$BIN/qorextctl --log session <" + input);
@@ -164,14 +164,14 @@ TEST_F(DecodedLog, IsTheSameInEveryFormatOfLogcat) {
   }
 }
 
-TEST_F(DecodedLog, IsAnObjectALineForAScript) {
+TEST_F(DecodedLog, IsOneJsonObjectPerLine) {
   auto lines = lines_of(decode(log_, "--json").output);
   EXPECT_EQ(lines.size(), lines_of(log_).size());
   for (const std::string& line : lines) EXPECT_THAT(line, HasSubstr(R"({"type":"log","line":")"));
   EXPECT_THAT(lines, Contains(HasSubstr(R"("decoded":{"type":"nv-item","name":"mdn","id":"8")")));
 }
 
-TEST(Decode, ARequestIsTheOneThatTheToolSends) {
+TEST(Decode, ReadsARequestFromHex) {
   CommandResult result = run_command(
       "$BIN/qorextctl decode 16000002 10000000 00000000 000000000000 1C000000 00000000 00000000 "
       "00000000");
@@ -181,12 +181,13 @@ TEST(Decode, ARequestIsTheOneThatTheToolSends) {
             "  length:  0\n");
 }
 
-TEST(Decode, WhatTheDaemonAnswersIsReadAgainFromHex) {
+TEST(Decode, ReadsAReplyFromHex) {
   CommandResult direct = run_command("$BIN/qorextctl --json request get-nam");
   ASSERT_EQ(direct.status, 0);
   std::smatch hex;
   ASSERT_TRUE(std::regex_search(direct.output, hex, std::regex("\"hex\":\"([0-9A-F]+)\"")));
-  EXPECT_THAT(direct.output, HasSubstr(R"("min":"9135550142")"));  // shown to who asks the phone
+  EXPECT_THAT(direct.output,
+              HasSubstr(R"("min":"9135550142")"));  // not masked: the user asked the phone
   CommandResult masked = run_command("echo " + hex[1].str() + " | $BIN/qorextctl decode");
   EXPECT_THAT(lines_of(masked.output), Contains("  min:             ***"));
   EXPECT_THAT(lines_of(masked.output), Contains("  sid:             4700"));
@@ -194,7 +195,7 @@ TEST(Decode, WhatTheDaemonAnswersIsReadAgainFromHex) {
   EXPECT_THAT(lines_of(clear.output), Contains("  min:             9135550142"));
 }
 
-TEST(Conventions, ExitStatusesTellUsageTransportAndOutputApart) {
+TEST(Conventions, ExitStatusesDistinguishUsageTransportAndOutput) {
   EXPECT_EQ(run_command("$BIN/qorextctl decode XY").status, 2);
   EXPECT_EQ(run_command("$BIN/qorextctl --control /nowhere modem state").status, 3);
   CommandResult full = run_command("$BIN/qorextctl list >/dev/full");
@@ -203,7 +204,7 @@ TEST(Conventions, ExitStatusesTellUsageTransportAndOutputApart) {
   EXPECT_EQ(run_command("$BIN/qorextctl --version").status, 0);
 }
 
-TEST(Conventions, WrongUsageIsAnObjectForAScript) {
+TEST(Conventions, AUsageErrorIsAJsonObject) {
   CommandResult result = run_command("$BIN/qorextctl --json list --color pink");
   EXPECT_EQ(result.status, 2);
   EXPECT_EQ(result.output,
@@ -211,7 +212,7 @@ TEST(Conventions, WrongUsageIsAnObjectForAScript) {
             "never (see: qorextctl --help)\"}\n");
 }
 
-TEST(Conventions, APipeIsNotColouredUnlessToldTo) {
+TEST(Conventions, OutputToAPipeHasNoColourByDefault) {
   const std::string line = "$BIN/qorextctl decode 0105001900000000";
   EXPECT_THAT(run_command(line).output, Not(HasSubstr("\x1B")));
   EXPECT_THAT(run_command(line + " --color=always").output, HasSubstr("\x1B[1m"));

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
-// Live data of the CDMA 1x and EVDO links: packed records become words.
-#include "tests/e2e/support/carrier_fixture.h"
+// Live data of the CDMA 1x and EVDO links: packed records are unpacked into words.
 #include "tests/e2e/support/engineering_records.h"
+#include "tests/e2e/support/handset_fixture.h"
 
 namespace e2e {
 namespace {
@@ -12,19 +12,19 @@ using testing::ElementsAre;
 constexpr uint32_t kCallProcessing = 0x02000011;
 constexpr uint32_t kEvdo = 0x02000012;
 
-class Engineering : public CarrierRequests {
+class Engineering : public HandsetTest {
  protected:
-  void give_out(const std::string& which, const std::string& text) {
+  void set_text(const std::string& which, const std::string& text) {
     handset.modem().command("set engineering." + which + "_text=" + text);
   }
 };
 
 TEST_F(Engineering, ACallRecordIsUnpackedFieldByField) {
-  give_out("call_processing", as_hex(call_record()));
+  set_text("call_processing", as_hex(call_record()));
   Served served = handset.serve(cdma(kCallProcessing));
   EXPECT_EQ(served.replies, as_hex(reply(kCallProcessing, 0, call_data())));
   EXPECT_THAT(handset.modem_requests(),
-              ElementsAre(asked("qorext", "engineering_info", R"({"type":0})")));
+              ElementsAre(modem_request("qorext", "engineering_info", R"({"type":0})")));
 }
 
 TEST_F(Engineering, ACallRecordIsLoggedFieldByField) {
@@ -52,11 +52,11 @@ TEST_F(Engineering, ACallRecordIsLoggedFieldByField) {
 }
 
 TEST_F(Engineering, AnEvdoRecordIsUnpackedFieldByField) {
-  give_out("evdo", as_hex(evdo_record()));
+  set_text("evdo", as_hex(evdo_record()));
   Served served = handset.serve(cdma(kEvdo));
   EXPECT_EQ(served.replies, as_hex(reply(kEvdo, 0, evdo_data())));
   EXPECT_THAT(handset.modem_requests(),
-              ElementsAre(asked("qorext", "engineering_info", R"({"type":1})")));
+              ElementsAre(modem_request("qorext", "engineering_info", R"({"type":1})")));
 }
 
 TEST_F(Engineering, AnEvdoRecordIsLoggedFieldByField) {
@@ -77,27 +77,26 @@ TEST_F(Engineering, ARevisionInUseAbove5IsMarked) {
   for (uint8_t revision : {uint8_t{5}, uint8_t{6}}) {
     Bytes record = zeros(164);
     record[32] = revision;
-    give_out("call_processing", as_hex(record) + "x");  // text, not a number
+    set_text("call_processing", as_hex(record) + "x");  // text, not a number
     Bytes data = zeros(kCallReply);
     data[84] = revision > 5 ? 1 : 0;
     data[88] = revision;
-    EXPECT_EQ(handset.serve(cdma(kCallProcessing)).replies,
-              as_hex(reply(kCallProcessing, 0, data)));
+    expect_reply(cdma(kCallProcessing), reply(kCallProcessing, 0, data));
   }
 }
 
-TEST_F(Engineering, ARefusalOfTheModemIsAReplyOfZeros) {
-  handset.spoil("engineering_info", "error");
+TEST_F(Engineering, AfterARefusalTheReplyIsAllZeros) {
+  handset.inject("engineering_info", "error");
   Served call = handset.serve(cdma(kCallProcessing));
   EXPECT_EQ(call.replies, as_hex(reply(kCallProcessing, 0, zeros(kCallReply))));
   EXPECT_EQ(call.log[6], "qor_qmi_sprint_get_engineering_info: Get Engineer info failed (1).");
-  handset.spoil("engineering_info", "error");
+  handset.inject("engineering_info", "error");
   Served evdo = handset.serve(cdma(kEvdo));
   EXPECT_EQ(evdo.replies, as_hex(reply(kEvdo, 0, zeros(kEvdoReply))));
 }
 
-TEST_F(Engineering, CharactersThatAreNoHexStandForTheDigitBefore) {
-  give_out("evdo", "0G7z5");
+TEST_F(Engineering, CharactersThatAreNotHexRepeatTheDigitBefore) {
+  set_text("evdo", "0G7z5");
   Served served = handset.serve(cdma(kEvdo));
   Bytes data = words({0x7700, 0x50}) + zeros(kEvdoReply - 8);
   EXPECT_EQ(served.replies, as_hex(reply(kEvdo, 0, data)));
@@ -106,7 +105,7 @@ TEST_F(Engineering, CharactersThatAreNoHexStandForTheDigitBefore) {
 }
 
 TEST_F(Engineering, TheLongestTextIsCutToTheRecord) {
-  give_out("evdo", as_hex(Bytes(500, 0xAB)));
+  set_text("evdo", as_hex(Bytes(500, 0xAB)));
   Served served = handset.serve(cdma(kEvdo));
   EXPECT_EQ(served.replies.substr(0, 44),
             "1200000290000000000000000000"

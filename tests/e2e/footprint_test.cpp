@@ -1,14 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
-// What the daemon needs of the system: libraries, descriptors, memory, processor time.
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
+// The resources that the daemon uses: libraries, descriptors, memory, processor time.
 #include <iostream>
 #include <set>
 #include <thread>
 
 #include "tests/e2e/support/command.h"
-#include "tests/e2e/support/watched_handset.h"
+#include "tests/e2e/support/faulty_handset.h"
 
 namespace e2e {
 namespace {
@@ -18,8 +15,8 @@ using testing::ElementsAre;
 constexpr size_t kMaxPrivateMemory = 1024;  // KiB
 constexpr auto kIdleTime = std::chrono::seconds(2);
 
-// The names in the dynamic section of an executable, without the numbers that Debian gives to
-// libraries which have none on the phone.
+// The library names in an executable's dynamic section, without Debian's version suffixes, which
+// the phone's names do not have.
 std::set<std::string> needed_libraries(const std::string& path) {
   std::set<std::string> names;
   for (const std::string& line : lines_of(run_command("LC_ALL=C readelf -d " + path).output)) {
@@ -46,26 +43,26 @@ TEST(Libraries, AreAllFound) {
   EXPECT_EQ(result.output.find("not found"), std::string::npos) << result.output;
 }
 
-class Footprint : public WatchedHandset {
+class Footprint : public InspectedHandset {
  protected:
   Footprint() {
-    start_modem();
+    handset.start_modem();
     start_daemon();
     for (uint32_t id : {0x02000001U, 0x02000011U, 0x020000B0U, 0x020000C0U, 0x020000C1U}) {
-      handset->serve(cdma(id));
+      handset.serve(cdma(id));
     }
   }
 };
 
-// Beside the parent's pipes and standard input and output: a socket to each of the modem's
-// services, and with it what wakes up a wait for it; and where indications are waited for.
-TEST_F(Footprint, HasNoDescriptorsButThoseOfTheParentAndTheModem) {
+// Besides the parent's pipes and standard input and output: a socket and an event descriptor for
+// each of the modem's services, and one epoll descriptor for the indications.
+TEST_F(Footprint, HasDescriptorsOnlyForTheParentAndTheModem) {
   auto before = descriptors_of(pid());
   EXPECT_EQ(before, (std::multiset<std::string>{"/dev/null", "pipe", "pipe", "pipe", "pipe", "pipe",
                                                 "socket", "socket", "socket",
                                                 "anon_inode:[eventfd]", "anon_inode:[eventfd]",
                                                 "anon_inode:[eventfd]", "anon_inode:[eventpoll]"}));
-  for (int i = 0; i < 50; ++i) handset->serve(cdma(0x020000C0));
+  for (int i = 0; i < 50; ++i) handset.serve(cdma(0x020000C0));
   EXPECT_EQ(descriptors_of(pid()), before);
 }
 
@@ -75,15 +72,15 @@ TEST_F(Footprint, UsesNoProcessorTimeWhenIdle) {
   EXPECT_EQ(processor_time_of(pid()), before);
 }
 
-TEST_F(Footprint, NeedsLessThanAMebibyteOfItsOwn) {
+TEST_F(Footprint, HasLessThanAMebibyteOfPrivateMemory) {
   size_t size = private_memory_of(pid());
   std::cout << "private memory: " << size << " KiB" << std::endl;
   EXPECT_GT(size, 0U);
   EXPECT_LT(size, kMaxPrivateMemory);
 }
 
-// In 256 MiB of addresses, most of them the libraries'.
-TEST(DecodeFootprint, DoesNotGrowWithALineWithoutEnd) {
+// With a limit of 256 MiB of addresses, most of which are the libraries'.
+TEST(DecodeFootprint, DoesNotGrowWithAnEndlessLine) {
   CommandResult result = run_command(
       "ulimit -v 262144; head -c 600000000 /dev/zero | tr '\\0' x | $BIN/qorextctl decode");
   EXPECT_EQ(result.status, 2);

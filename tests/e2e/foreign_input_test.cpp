@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// Input that is deep, long or never ends, given to the tool's executable.
+// The tool with deeply nested, long or endless input.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -18,8 +18,8 @@ using std::chrono::steady_clock;
 using testing::HasSubstr;
 
 constexpr size_t kMany = 200'000;
-// What the machine may add to the waits when it is busy.
-constexpr auto kMaxLate = std::chrono::seconds(8);
+// The time that a busy machine can add to the timeouts.
+constexpr auto kMaxDelay = std::chrono::seconds(8);
 
 class ForeignInput : public testing::Test {
  protected:
@@ -29,7 +29,7 @@ class ForeignInput : public testing::Test {
     return path;
   }
 
-  // A daemon that writes zeros to the descriptor which its argument names, without end.
+  // A daemon that endlessly writes zeros to the descriptor that its argument names.
   std::string flood(const std::string& argument) const {
     std::string path =
         file("flood", "#!/bin/sh\nexec cat /dev/zero >/proc/self/fd/" + argument + "\n");
@@ -42,7 +42,7 @@ class ForeignInput : public testing::Test {
 
 const std::string kDeep = std::string(kMany, '[') + std::string(kMany, ']');
 
-TEST_F(ForeignInput, ADeepRecordingIsOneErrorAndStatus2) {
+TEST_F(ForeignInput, ADeepRecordingCausesOneErrorAndStatus2) {
   std::string head = R"({"type":"recording","version":1,"started":"","instance":0,"masked":false})"
                      "\n";
   std::string frame = R"({"type":"frame","time":1,"kind":"reply","hex":"**","fields":)";
@@ -54,7 +54,7 @@ TEST_F(ForeignInput, ADeepRecordingIsOneErrorAndStatus2) {
   }
 }
 
-TEST_F(ForeignInput, ADeepRecordIsOneErrorAndStatus2) {
+TEST_F(ForeignInput, ADeepRecordCausesOneErrorAndStatus2) {
   std::string path = file("deep.json", "{\"fields\":" + kDeep + "}");
   CommandResult result = run_command("$BIN/qorextctl request set-nam spc=000000 json=" + path);
   EXPECT_EQ(result.status, 2);
@@ -62,7 +62,7 @@ TEST_F(ForeignInput, ADeepRecordIsOneErrorAndStatus2) {
   EXPECT_THAT(result.errors, HasSubstr("the record is nested deeper than 64 levels"));
 }
 
-TEST_F(ForeignInput, ADeepAnswerOfAControlSocketIsOneErrorAndStatus3) {
+TEST_F(ForeignInput, ADeepAnswerOfAControlSocketCausesOneErrorAndStatus3) {
   qorextctl::FakeModem modem(R"({"ok":true,"state":)" + kDeep + "}\n");
   CommandResult result = run_command("$BIN/qorextctl --control " + modem.path() + " modem state");
   EXPECT_EQ(result.status, 3);
@@ -70,7 +70,7 @@ TEST_F(ForeignInput, ADeepAnswerOfAControlSocketIsOneErrorAndStatus3) {
   EXPECT_THAT(result.errors, HasSubstr("the answer is nested deeper than 64 levels"));
 }
 
-TEST_F(ForeignInput, DeepWordsAreOneErrorEachAndTheSessionGoesOn) {
+TEST_F(ForeignInput, DeepArgumentsCauseOneErrorEachAndTheSessionContinues) {
   std::string path;
   for (size_t i = 0; i < kMany; ++i) path += "a.";
   std::string input = file(
@@ -81,7 +81,7 @@ TEST_F(ForeignInput, DeepWordsAreOneErrorEachAndTheSessionGoesOn) {
   EXPECT_THAT(result.output, HasSubstr("nv-read (0x02000016): success"));
 }
 
-TEST_F(ForeignInput, ALineWithoutEndIsOneWarningAndTheNextOnesAreDecoded) {
+TEST_F(ForeignInput, AnEndlessLineCausesOneErrorAndTheNextLinesAreDecoded) {
   CommandResult result = run_command(
       "{ printf 'E/RIL-QOREXT( 1): isSpcChanged = 0, (246810 ~ '; "
       "head -c 300000000 /dev/zero | tr '\\0' 7; printf '\\n01050019 00000000\\n'; } "
@@ -95,7 +95,7 @@ TEST_F(ForeignInput, AFloodOfUnsolicitedFramesEndsWithTheTimeout) {
   auto start = steady_clock::now();
   CommandResult result = run_command("$BIN/qorextctl --timeout 0.5 --daemon-program " +
                                      flood("$3") + " request get-nam >/dev/null");
-  EXPECT_LT(steady_clock::now() - start, kMaxLate);
+  EXPECT_LT(steady_clock::now() - start, kMaxDelay);
   EXPECT_EQ(result.status, 3);
   EXPECT_THAT(result.errors, HasSubstr("no reply to get-nam within 0.5 s"));
 }
@@ -105,7 +105,7 @@ TEST_F(ForeignInput, AFloodOfRepliesEndsWithTheTimeout) {
   auto start = steady_clock::now();
   CommandResult result = run_command("$BIN/qorextctl --timeout 0.5 --daemon-program " +
                                      flood("$2") + " session <" + input);
-  EXPECT_LT(steady_clock::now() - start, kMaxLate);
+  EXPECT_LT(steady_clock::now() - start, kMaxDelay);
   EXPECT_EQ(result.status, 3);
   EXPECT_THAT(result.errors, HasSubstr("0 of 1 unsolicited frames came within 0.5 s"));
   EXPECT_LT(result.errors.size(), 20000U);

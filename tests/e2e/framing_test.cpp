@@ -1,83 +1,71 @@
 // SPDX-License-Identifier: Apache-2.0
-// Requests of every size, and ids that nobody serves.
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
+// Requests of every size, requests with unknown ids, and random requests.
+#include <algorithm>
+#include <random>
 
-#include "tests/e2e/support/handset.h"
-#include "tests/e2e/support/log_texts.h"
+#include "tests/e2e/support/handset_fixture.h"
 
 namespace e2e {
 namespace {
 
-using testing::ElementsAre;
 using testing::ElementsAreArray;
 using testing::IsEmpty;
 
-constexpr size_t kMaxRequestBytes = 17408;
-
-class Framing : public testing::Test {
+class Framing : public HandsetTest {
  protected:
-  Handset handset;
+  void expect_served(const Bytes& request, const std::string& replies, const Texts& log) {
+    Served served = handset.serve(request);
+    EXPECT_EQ(served.replies, replies);
+    EXPECT_THAT(served.log, ElementsAreArray(log));
+  }
 };
 
-TEST_F(Framing, OneByteIsAnsweredWithTheMissingBytesAsZeros) {
-  Served served = handset.serve(hex("7F"));
-  EXPECT_EQ(served.replies, "7f000000ffffffff");
-  EXPECT_THAT(served.log,
-              ElementsAre("Read 1 bytes from pipe", "getOemHook: NULL DATA or check size",
-                          "msg Id is 0xffffffff, type is 0. ", "Wrong msg Id"));
+TEST_F(Framing, TheReplyToOneByteHasZerosForTheMissingBytes) {
+  expect_served(hex("7F"), "7f000000ffffffff",
+                {"Read 1 bytes from pipe", "getOemHook: NULL DATA or check size",
+                 "msg Id is 0xffffffff, type is 0. ", "Wrong msg Id"});
 }
 
 TEST_F(Framing, SevenBytesAreTooFewForARequest) {
-  Served served = handset.serve(hex("16000002 000000"));
-  EXPECT_EQ(served.replies, "16000002ffffffff");
-  EXPECT_THAT(served.log,
-              ElementsAre("Read 7 bytes from pipe", "getOemHook: NULL DATA or check size",
-                          "msg Id is 0xffffffff, type is 0. ", "Wrong msg Id"));
+  expect_served(hex("16000002 000000"), "16000002ffffffff",
+                {"Read 7 bytes from pipe", "getOemHook: NULL DATA or check size",
+                 "msg Id is 0xffffffff, type is 0. ", "Wrong msg Id"});
 }
 
 TEST_F(Framing, EightBytesAreEnoughForAGenericRequest) {
-  Served served = handset.serve(hex("01050506 00000000"));
-  EXPECT_EQ(served.replies, "01050506ffffffff");
-  EXPECT_THAT(served.log,
-              ElementsAre("Read 8 bytes from pipe", "msg Id is 0x50506, type is 1. ",
-                          "Received Generic Hook request 0x60505", "0x60505 not supported"));
+  expect_served(hex("01050506 00000000"), "01050506ffffffff",
+                {"Read 8 bytes from pipe", "msg Id is 0x50506, type is 1. ",
+                 "Received Generic Hook request 0x60505", "0x60505 not supported"});
 }
 
 TEST_F(Framing, AnIdWithItsHighestBitSetIsLoggedWithItsSign) {
-  Served served = handset.serve(hex("020506F0 00000102 AABB"));
-  EXPECT_EQ(served.replies, "020506f0ffffffff");
-  EXPECT_THAT(served.log,
-              ElementsAre("Read 10 bytes from pipe", "msg Id is 0x506f0, type is 1. ",
-                          "Received Generic Hook request 0xfff00605", "0xfff00605 not supported"));
+  expect_served(hex("020506F0 00000102 AABB"), "020506f0ffffffff",
+                {"Read 10 bytes from pipe", "msg Id is 0x506f0, type is 1. ",
+                 "Received Generic Hook request 0xfff00605", "0xfff00605 not supported"});
 }
 
 TEST_F(Framing, EightBytesAreEnoughForACdmaHookRequest) {
-  Served served = handset.serve(hex("BB000002 00000000"));
-  EXPECT_EQ(served.replies, as_hex(reply(0x020000BB, 6)));
+  expect_reply(hex("BB000002 00000000"), reply(0x020000BB, 6));
 }
 
-TEST_F(Framing, AFirstByteAboveTwoIsNoGenericRequest) {
-  Served served = handset.serve(hex("05000001 00000000"));
-  EXPECT_EQ(served.replies, "05000001ffffffff");
-  EXPECT_THAT(served.log, ElementsAre("Read 8 bytes from pipe",
-                                      "getOemHook: UNABLE TO IDENTIFY OEM_HOOK REQUEST!",
-                                      "msg Id is 0xffffffff, type is 0. ", "Wrong msg Id"));
+TEST_F(Framing, AFirstByteAboveTwoIsNotAGenericRequest) {
+  expect_served(hex("05000001 00000000"), "05000001ffffffff",
+                {"Read 8 bytes from pipe", "getOemHook: UNABLE TO IDENTIFY OEM_HOOK REQUEST!",
+                 "msg Id is 0xffffffff, type is 0. ", "Wrong msg Id"});
 }
 
-TEST_F(Framing, AGenericIdOfTwoIsTakenForACdmaHookRequest) {
-  Served served = handset.serve(hex("14000002 00000000"));
-  EXPECT_EQ(served.replies, as_hex(reply(0x02000014, 6)));
+TEST_F(Framing, AGenericIdOfTwoIsReadAsACdmaHookRequest) {
+  expect_reply(hex("14000002 00000000"), reply(0x02000014, 6));
 }
 
-TEST_F(Framing, TheLongestRequestIsReadAtOnce) {
+TEST_F(Framing, TheLongestRequestIsReadInOnePiece) {
   Bytes request = hex("01050506 000043F8") + counting(kMaxRequestBytes - 8);
   Served served = handset.serve(request);
   EXPECT_EQ(served.replies, "01050506ffffffff");
   EXPECT_EQ(served.log[0], "Read 17408 bytes from pipe");
 }
 
-TEST_F(Framing, WhatIsLongerIsReadAsTwoRequests) {
+TEST_F(Framing, ALongerRequestIsReadAsTwo) {
   handset.send(hex("01050506 00004400") + counting(kMaxRequestBytes - 8) +
                hex("02050507 00000000"));
   Served first = handset.served();
@@ -87,14 +75,14 @@ TEST_F(Framing, WhatIsLongerIsReadAsTwoRequests) {
   EXPECT_EQ(first.replies + second.replies, "01050506ffffffff02050507ffffffff");
 }
 
-TEST_F(Framing, NothingOfALongRequestIsLeftForAShortOne) {
+TEST_F(Framing, AShortRequestContainsNothingOfTheLongOneBefore) {
   handset.serve(Bytes(kMaxRequestBytes, 0xFF));
-  EXPECT_EQ(handset.serve(hex("01")).replies, "01000000ffffffff");
+  expect_reply(hex("01"), hex("01000000FFFFFFFF"));
 }
 
 class UnknownId : public Framing, public testing::WithParamInterface<uint32_t> {};
 
-TEST_P(UnknownId, IsAnsweredAsNotSupported) {
+TEST_P(UnknownId, IsNotSupported) {
   uint32_t id = GetParam();
   Served served = handset.serve(cdma(id, hex("0102030405"), "123456"));
   EXPECT_EQ(served.replies, as_hex(reply(id, 6)));
@@ -110,7 +98,7 @@ INSTANTIATE_TEST_SUITE_P(CdmaHook, UnknownId,
 
 class ObsoleteId : public Framing, public testing::WithParamInterface<uint32_t> {};
 
-TEST_P(ObsoleteId, IsAnsweredInTheRequestsOwnHeader) {
+TEST_P(ObsoleteId, GetsAReplyWithTheRequestsHeader) {
   uint32_t id = GetParam();
   Bytes request = cdma(id, hex("0102030405"), "123456");
   Served served = handset.serve(request);
@@ -127,6 +115,93 @@ TEST_P(ObsoleteId, IsAnsweredInTheRequestsOwnHeader) {
 INSTANTIATE_TEST_SUITE_P(CdmaHook, ObsoleteId,
                          testing::Values(0x020000BB, 0x020000C2, 0x020000C3, 0x020000C6, 0x020000C7,
                                          0x020000C8, 0x020000C9, 0x020000CA, 0x020000CB));
+
+// Generates requests of all kinds, most of them invalid.
+constexpr uint32_t kSeed = 20260917;
+constexpr size_t kMaxPayload = 600;
+
+class RequestGenerator {
+ public:
+  Bytes next() {
+    switch (below(4)) {
+      case 0:
+        return bytes(1 + below(kMaxPayload));
+      case 1:
+        return le32(0x02000000 + below(0x100)) + bytes(below(24));
+      case 2:
+        return cdma_claiming(0x02000001 + below(0x1A), claim(), bytes(below(kMaxPayload)));
+      default:
+        return cdma_claiming(0x020000B0 + below(0x1C), claim(), bytes(below(kMaxPayload)));
+    }
+  }
+
+ private:
+  uint32_t next_word() { return static_cast<uint32_t>(random_()); }
+  uint32_t below(uint32_t end) { return next_word() % end; }
+  // A length that can be true, or any.
+  uint32_t claim() { return below(4) == 0 ? next_word() : below(kMaxPayload); }
+  Bytes bytes(size_t size) {
+    Bytes bytes(size);
+    std::generate(bytes.begin(), bytes.end(), [this] { return static_cast<uint8_t>(random_()); });
+    return bytes;
+  }
+
+  std::mt19937 random_{kSeed};
+};
+
+bool is_one_of(uint32_t value, std::initializer_list<uint32_t> values) {
+  return std::find(values.begin(), values.end(), value) != values.end();
+}
+
+// The number of replies to a CDMA-hook request: two ids get a second one, "not supported".
+size_t frames_for(uint32_t id, uint32_t length) {
+  if (id == 0x020000B5) return length == 0 ? 1 : 2;
+  return id == 0x02000013 ? 2 : 1;
+}
+
+// Expects complete frames with a known status and the request's id. A query for band class 14 gets
+// the id for band class 10.
+void expect_cdma_frames(const Bytes& replies, uint32_t id, size_t count) {
+  uint32_t reply_id = id == 0x020000B2 ? 0x020000B0 : id;
+  size_t at = 0;
+  size_t frames = 0;
+  while (replies.size() - at >= 20) {
+    EXPECT_EQ(qorextctl::load_le(replies, at, 4), reply_id);
+    EXPECT_PRED2(is_one_of, qorextctl::load_le(replies, at + 8, 4),
+                 (std::initializer_list<uint32_t>{0, 3, 5, 6}));
+    at += qorextctl::load_le(replies, at + 4, 4) + size_t{20};
+    ++frames;
+    if (at > replies.size()) break;
+  }
+  EXPECT_EQ(at, replies.size()) << as_hex(replies);
+  EXPECT_EQ(frames, count);
+}
+
+void expect_valid_replies(Bytes request, const std::string& replies) {
+  size_t size = request.size();
+  request.resize(std::max<size_t>(size, 8));
+  bool is_cdma = size >= 8 && qorextctl::load_be(request, 1, 3) == 2;
+  if (!is_cdma) {
+    Bytes head(request.begin(), request.begin() + 4);
+    EXPECT_EQ(replies, as_hex(head + hex("FFFFFFFF")));
+    return;
+  }
+  uint32_t id = qorextctl::load_le(request, 0, 4);
+  expect_cdma_frames(hex(replies), id, frames_for(id, qorextctl::load_le(request, 4, 4)));
+}
+
+using RandomRequests = HandsetTest;
+
+TEST_F(RandomRequests, GetValidReplies) {
+  constexpr size_t kRequests = 500;
+  RequestGenerator requests;
+  for (size_t i = 0; i < kRequests && !HasFailure(); ++i) {
+    Bytes request = requests.next();
+    SCOPED_TRACE(as_hex(request));
+    expect_valid_replies(request, handset.serve(request).replies);
+  }
+  expect_reply(cdma(kUnknownId), reply(kUnknownId, 6));
+}
 
 }  // namespace
 }  // namespace e2e

@@ -1,126 +1,120 @@
 // SPDX-License-Identifier: Apache-2.0
-// A fault that comes again and again costs the daemon no memory, no descriptor and no thread.
+// Repeated faults must not leak memory, descriptors or threads in the daemon.
 #include "tests/e2e/support/faulty_handset.h"
 
 namespace e2e {
 namespace {
 
-using qorextctl::Deadline;
-
 class Growth;
 
-// In KiB. Two pages, for what comes into memory late; and the room that messages take which have to
-// wait, more or fewer of them each time.
+// In KiB: two pages that are first used late, and the space of queued messages, whose number
+// varies.
 constexpr size_t kMaxGrowth = 8;
-constexpr size_t kRoomOfWaiting = 256;
+constexpr size_t kMaxQueued = 256;
 
-struct Repeated {
+struct RepeatedFault {
   const char* name;
   int times;
   void (*begin)(Growth& test);  // once
-  void (*provoke)(Growth& test);
-  size_t most_growth = kMaxGrowth;
+  void (*inject)(Growth& test);
+  size_t max_growth = kMaxGrowth;
 };
 
-class Growth : public FaultyHandset, public testing::WithParamInterface<Repeated> {
+std::ostream& operator<<(std::ostream& out, const RepeatedFault& fault) {
+  return out << fault.name;
+}
+
+class Growth : public FaultyHandset, public testing::WithParamInterface<RepeatedFault> {
  public:
   using FaultyHandset::band_query;
   using FaultyHandset::exhaust_descriptors;
   using FaultyHandset::handset;
-  using FaultyHandset::messages_until_idle;
-  using FaultyHandset::report_package;
+  using FaultyHandset::pid;
   using FaultyHandset::switches;
 
-  void serve() { handset->serve(band_query); }
-  void serve_spoiled(const std::string& fault) {
-    handset->spoil("read_band", fault);
+  void serve() { handset.serve(band_query); }
+  void serve_with(const std::string& fault) {
+    handset.inject("read_band", fault);
     serve();
   }
-  // For messages that nobody reads.
+  // For messages whose pipe is closed.
   void wait_for_failed_write(const std::string& indication) {
-    size_t before = handset->log().texts().size();
-    handset->modem().command("indicate " + indication);
-    EXPECT_TRUE(
-        handset->log().wait_for("Write to parent failed 32", before, Deadline::in(kPatience)));
+    size_t before = handset.log().size();
+    handset.indicate(indication);
+    EXPECT_TRUE(handset.log().wait_for("Write to parent failed 32", before));
   }
   void fill_unsolicited_pipe() {
     constexpr size_t kMessages = 150;
-    handset->modem().command(
-        fmt::format("indicate utils type=3 data={} --count {}", as_hex(zeros(500)), kMessages));
+    handset.indicate(fmt::format("utils type=3 data={} --count {}", as_hex(zeros(500)), kMessages));
     serve();
-    EXPECT_EQ(messages_until_idle().size(), kMessages);
+    EXPECT_EQ(handset.messages_until_idle().size(), kMessages);
   }
-  void lose(Threads threads) {
+  void fail_allocation(Threads threads) {
     switches->failing_threads = threads;
     switches->failing_allocation = 1;
-    threads == Threads::main ? serve() : handset->modem().command("indicate notify");
-    auto deadline = Deadline::in(kPatience);
-    while (switches->failing_allocation != 0 && !deadline.passed()) sched_yield();
-    EXPECT_EQ(switches->failing_allocation, 0U);
-    messages_until_idle();
+    threads == Threads::main ? serve() : handset.indicate("notify");
+    EXPECT_TRUE(wait_until([this] { return switches->failing_allocation == 0; }));
+    handset.messages_until_idle();
   }
-  // The thread that tries to save it ends when the modem has been told.
+  // The saving thread ends after its report to the modem.
   void save_block() {
     size_t threads = figures_of(pid()).threads;
-    size_t before = handset->log().texts().size();
-    handset->modem().command("indicate hob_save");
-    EXPECT_TRUE(handset->log().wait_for("dhob_write: Sending DYNHOB request to BP", before,
-                                        Deadline::in(kPatience)));
-    auto deadline = Deadline::in(kPatience);
-    while (figures_of(pid()).threads > threads && !deadline.passed()) sched_yield();
+    size_t before = handset.log().size();
+    handset.indicate("hob_save");
+    EXPECT_TRUE(handset.log().wait_for("dhob_write: Sending DYNHOB request to BP", before));
+    wait_until([&] { return figures_of(pid()).threads <= threads; });
   }
   void store_package() {
-    report_package(7);
-    messages_until_idle();
+    upload_package(7);
+    handset.messages_until_idle();
   }
 };
 
 void nothing(Growth&) {}
 
-// So often that a leak of the smallest piece of memory shows.
-constexpr int kManyTimes = 500;
-constexpr int kFewTimes = 50;  // of what takes long, and would leak much
+constexpr int kManyTimes = 500;  // reveals a leak of the smallest allocation
+constexpr int kFewTimes = 50;    // of slow faults, which would leak more
 
-constexpr Repeated kRepeated[] = {
-    {"Refusals", kManyTimes, nothing, [](Growth& test) { test.serve_spoiled("error"); }},
+constexpr RepeatedFault kRepeated[] = {
+    {"Refusals", kManyTimes, nothing, [](Growth& test) { test.serve_with("error"); }},
     {"TruncatedAnswers", kManyTimes, nothing,
-     [](Growth& test) { test.serve_spoiled("truncated bytes=5"); }},
-    {"MalformedAnswers", kManyTimes, nothing,
-     [](Growth& test) { test.serve_spoiled("malformed"); }},
-    {"RandomAnswers", kManyTimes, nothing, [](Growth& test) { test.serve_spoiled("garbage"); }},
-    {"DoubleAnswers", kManyTimes, nothing, [](Growth& test) { test.serve_spoiled("duplicate"); }},
-    {"StrayAnswers", kManyTimes, nothing, [](Growth& test) { test.serve_spoiled("stray"); }},
-    {"ADeadModem", kManyTimes, [](Growth& test) { test.handset->kill_modem(); },
+     [](Growth& test) { test.serve_with("truncated bytes=5"); }},
+    {"MalformedAnswers", kManyTimes, nothing, [](Growth& test) { test.serve_with("malformed"); }},
+    {"RandomAnswers", kManyTimes, nothing, [](Growth& test) { test.serve_with("garbage"); }},
+    {"DoubleAnswers", kManyTimes, nothing, [](Growth& test) { test.serve_with("duplicate"); }},
+    {"StrayAnswers", kManyTimes, nothing, [](Growth& test) { test.serve_with("stray"); }},
+    {"ADeadModem", kManyTimes, [](Growth& test) { test.handset.kill_modem(); },
      [](Growth& test) { test.serve(); }},
     {"AGoneService", kManyTimes, nothing,
      [](Growth& test) {
-       test.handset->modem().command("service qorext down");
+       test.handset.modem().command("service qorext down");
        test.serve();
-       test.handset->modem().command("service qorext up");
+       test.handset.modem().command("service qorext up");
      }},
     {"AClosedReplyPipe", kManyTimes,
      [](Growth& test) {
-       test.handset->daemon().replies() = qorextctl::FramePipe(qorextctl::UniqueFd());
+       test.handset.daemon().replies() = qorextctl::FramePipe(qorextctl::UniqueFd());
      },
      [](Growth& test) { test.serve(); }},
     {"AClosedUnsolicitedPipe", kManyTimes,
      [](Growth& test) {
-       test.handset->daemon().unsolicited() = qorextctl::FramePipe(qorextctl::UniqueFd());
+       test.handset.daemon().unsolicited() = qorextctl::FramePipe(qorextctl::UniqueFd());
      },
      [](Growth& test) { test.wait_for_failed_write("notify"); }},
     {"AFullUnsolicitedPipe", kFewTimes, nothing, [](Growth& test) { test.fill_unsolicited_pipe(); },
-     kRoomOfWaiting},
-    {"RepliesWithoutMemory", kManyTimes, nothing, [](Growth& test) { test.lose(Threads::main); }},
+     kMaxQueued},
+    {"RepliesWithoutMemory", kManyTimes, nothing,
+     [](Growth& test) { test.fail_allocation(Threads::main); }},
     {"MessagesWithoutMemory", kManyTimes, nothing,
-     [](Growth& test) { test.lose(Threads::others); }},
-    {"ShortWrites", kManyTimes, [](Growth& test) { test.switches->most_written = 3; },
+     [](Growth& test) { test.fail_allocation(Threads::others); }},
+    {"ShortWrites", kManyTimes, [](Growth& test) { test.switches->max_written = 3; },
      [](Growth& test) { test.serve(); }},
     {"FailedReads", kManyTimes, [](Growth& test) { test.switches->read_error = EINTR; },
      [](Growth& test) {
        test.switches->failing_reads = 1;
-       test.handset->send(test.band_query);
-       test.handset->served();
-       test.handset->served();
+       test.handset.send(test.band_query);
+       test.handset.served();
+       test.handset.served();
      }},
     {"AReadOnlyFileSystem", kManyTimes, [](Growth& test) { test.switches->file_error = EROFS; },
      [](Growth& test) { test.store_package(); }},
@@ -132,19 +126,19 @@ constexpr Repeated kRepeated[] = {
      [](Growth& test) { test.store_package(); }},
     {"BlocksThatCannotBeSaved", kFewTimes, nothing, [](Growth& test) { test.save_block(); }},
     {"UnknownRequests", kManyTimes, nothing,
-     [](Growth& test) { test.handset->serve(hex("FFFFFFFFFFFFFFFFFF")); }},
+     [](Growth& test) { test.handset.serve(hex("FFFFFFFFFFFFFFFFFF")); }},
 };
 
 constexpr int kWarmUps = 10;
 
 TEST_P(Growth, IsNone) {
-  const Repeated& fault = GetParam();
+  const RepeatedFault& fault = GetParam();
   fault.begin(*this);
-  for (int i = 0; i < kWarmUps; ++i) fault.provoke(*this);
+  for (int i = 0; i < kWarmUps; ++i) fault.inject(*this);
   ProcessFigures before = figures_of(pid());
-  for (int i = 0; i < fault.times; ++i) fault.provoke(*this);
+  for (int i = 0; i < fault.times; ++i) fault.inject(*this);
   ProcessFigures after = figures_of(pid());
-  EXPECT_LE(after.anonymous, before.anonymous + fault.most_growth);
+  EXPECT_LE(after.anonymous, before.anonymous + fault.max_growth);
   EXPECT_EQ(after.descriptors, before.descriptors);
   EXPECT_EQ(after.threads, before.threads);
   exhaust_descriptors(false);

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-// The modem's hand-off block, saved to its partition when the modem asks for it.
+// The modem's hand-off block, which the daemon saves to its partition at the modem's request.
 #include <fcntl.h>
-#include <gmock/gmock.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -9,16 +8,14 @@
 #include <filesystem>
 #include <fstream>
 
-#include "tests/e2e/support/files.h"
-#include "tests/e2e/support/handset.h"
-#include "tests/e2e/support/log_texts.h"
+#include "tests/e2e/support/command.h"
+#include "tests/e2e/support/handset_fixture.h"
 #include "tools/qorextctl/phone/phone_files.h"
 
 namespace e2e {
 namespace {
 
 namespace fs = std::filesystem;
-using qorextctl::Deadline;
 using testing::Contains;
 using testing::ElementsAre;
 using testing::Not;
@@ -29,7 +26,7 @@ constexpr size_t kPartitionSize = 65536;
 constexpr char kSuccessful[] = "dhob_write: Save RF to HOB successful";
 constexpr char kOpened[] = "dhob_write: qor_shared_ram open success";
 constexpr char kDuplicate[] = "dhob_write: Duplicate request: Save to HOB already in progress";
-constexpr char kAnswering[] = "dhob_write: Sending DYNHOB request to BP";
+constexpr char kReporting[] = "dhob_write: Sending DYNHOB request to BP";
 
 class Hob : public testing::Test {
  protected:
@@ -41,36 +38,31 @@ class Hob : public testing::Test {
     handset.start_modem();
   }
 
-  void start(unsigned instance = 0) {
-    handset.start_daemon(instance);
-    handset.wait_until_serving();
-  }
-
-  // Asks for a save; what it logs before the modem is told how it went.
+  // Requests a save. Returns the log up to the report to the modem.
   Texts save() {
-    size_t mark = handset.log().texts().size();
-    handset.modem().command("indicate hob_save");
-    auto end = handset.log().wait_for(kAnswering, mark, Deadline::in(kPatience));
+    size_t mark = handset.log().size();
+    handset.indicate("hob_save");
+    auto end = handset.log().wait_for(kReporting, mark);
     EXPECT_TRUE(end);
     Texts texts = handset.log().texts(mark, end.value_or(mark));
     std::erase_if(texts, [](const std::string& text) { return !text.starts_with("dhob_write"); });
     return texts;
   }
 
-  // That the modem is told these bytes, one behind the other since it was started, is expected.
-  void expect_told(const std::string& bytes) {
-    std::string told;
-    for (auto deadline = Deadline::in(kPatience); told != bytes && !deadline.passed();) {
-      told = handset.modem().value("state", "/state/features/hob_states");
-    }
-    EXPECT_EQ(told, bytes);
+  // Expects these states, in order, to be reported to the modem since its start.
+  void expect_reported(const std::string& states) {
+    std::string reported;
+    wait_until([&] {
+      reported = handset.modem().value("state", "/state/features/hob_states");
+      return reported == states;
+    });
+    EXPECT_EQ(reported, states);
   }
 
   void put(const std::string& file, const std::string& bytes) const {
     std::ofstream(file, std::ios::binary) << bytes;
     handset.phone().give_to_daemon(file);
   }
-  // The path leads elsewhere.
   static void put_link(const std::string& file, const std::string& target) {
     fs::remove(file);
     fs::create_symlink(target, file);
@@ -85,74 +77,74 @@ class Hob : public testing::Test {
   std::string partition;
 };
 
-TEST_F(Hob, RegionIsEqualInThePartitionByteForByte) {
-  start();
+TEST_F(Hob, RegionIsCopiedToThePartition) {
+  handset.start_serving();
   EXPECT_THAT(save(), ElementsAre(kOpened, kSuccessful));
-  expect_told("[255,1]");
+  expect_reported("[255,1]");
   EXPECT_TRUE(content_of(partition) == region + std::string(kPartitionSize - region.size(), 'p'));
 }
 
-TEST_F(Hob, EveryRequestSavesAnew) {
-  start();
+TEST_F(Hob, EveryRequestSavesAgain) {
+  handset.start_serving();
   save();
-  expect_told("[255,1]");
+  expect_reported("[255,1]");
   put(partition, std::string(kPartitionSize, 'q'));
   EXPECT_THAT(save(), Contains(kSuccessful));
-  expect_told("[255,1,1]");
+  expect_reported("[255,1,1]");
   EXPECT_TRUE(content_of(partition).starts_with(region));
 }
 
 TEST_F(Hob, RequestsAreServedDuringASave) {
-  start();
-  handset.modem().command("indicate hob_save");
-  EXPECT_EQ(handset.serve(cdma(0x02000014)).replies, as_hex(reply(0x02000014, 6)));
-  expect_told("[255,1]");
+  handset.start_serving();
+  handset.indicate("hob_save");
+  EXPECT_EQ(handset.serve(cdma(kUnknownId)).replies, as_hex(reply(kUnknownId, 6)));
+  expect_reported("[255,1]");
 }
 
-TEST_F(Hob, InstanceOneTakesNoPart) {
-  start(1);
-  handset.modem().command("indicate hob_save");
-  handset.modem().command("indicate generic");
-  EXPECT_TRUE(handset.daemon().receive_unsolicited(Deadline::in(kPatience)));
-  EXPECT_EQ(handset.serve(cdma(0x02000014)).replies, as_hex(reply(0x02000014, 6)));
+TEST_F(Hob, InstanceOneIgnoresTheRequest) {
+  handset.start_serving(1);
+  handset.indicate("hob_save");
+  handset.indicate("generic");
+  EXPECT_NE(handset.next_message(), "nothing");
+  EXPECT_EQ(handset.serve(cdma(kUnknownId)).replies, as_hex(reply(kUnknownId, 6)));
   EXPECT_THAT(handset.modem_requests(), Not(Contains(StartsWith("qorext hob"))));
   EXPECT_THAT(handset.log().texts(), Not(Contains(StartsWith("dhob_write"))));
   EXPECT_EQ(content_of(partition), std::string(kPartitionSize, 'p'));
 }
 
-TEST_F(Hob, MissingRamDeviceIsAnsweredWithZero) {
+TEST_F(Hob, MissingRamDeviceIsReportedAsZero) {
   fs::remove(ram);
-  start();
+  handset.start_serving();
   EXPECT_THAT(save(), ElementsAre("dhob_write: Unable to open /dev/qor_hob_ram"));
-  expect_told("[255,0]");
+  expect_reported("[255,0]");
   EXPECT_EQ(content_of(partition), std::string(kPartitionSize, 'p'));
 }
 
-TEST_F(Hob, RamDeviceThatCannotBeMappedIsAnsweredWithZero) {
+TEST_F(Hob, RamDeviceThatCannotBeMappedIsReportedAsZero) {
   put_link(ram, "/dev/null");
-  start();
+  handset.start_serving();
   EXPECT_THAT(save(), ElementsAre(kOpened, "dhob_write: mmap failed", "dhob_write: base 0xf540000",
                                   "dhob_write: size 0x8000"));
-  expect_told("[255,0]");
+  expect_reported("[255,0]");
 }
 
-TEST_F(Hob, MissingPartitionIsAnsweredWithZeroAndNotMade) {
+TEST_F(Hob, MissingPartitionIsReportedAsZeroAndNotCreated) {
   fs::remove(partition);
-  start();
+  handset.start_serving();
   EXPECT_THAT(save(), ElementsAre(kOpened, "dhob_write: Open hob block failed"));
-  expect_told("[255,0]");
+  expect_reported("[255,0]");
   EXPECT_FALSE(fs::exists(partition));
 }
 
-TEST_F(Hob, FullPartitionIsAnsweredWithZero) {
+TEST_F(Hob, FullPartitionIsReportedAsZero) {
   put_link(partition, "/dev/full");
-  start();
+  handset.start_serving();
   EXPECT_THAT(save(), ElementsAre(kOpened, "dhob_write: Write to hob block failed"));
-  expect_told("[255,0]");
+  expect_reported("[255,0]");
 }
 
-// The limit stands in for the end of the partition; the daemon inherits it.
-TEST_F(Hob, PartitionThatIsTooSmallTakesWhatFitsAndIsAFailure) {
+// The daemon inherits a file size limit that emulates the end of the partition.
+TEST_F(Hob, PartitionThatIsTooSmallIsFilledAndReportedAsZero) {
   constexpr rlim_t kRoom = 1000;
   rlimit before = {};
   getrlimit(RLIMIT_FSIZE, &before);
@@ -162,12 +154,12 @@ TEST_F(Hob, PartitionThatIsTooSmallTakesWhatFitsAndIsAFailure) {
   setrlimit(RLIMIT_FSIZE, &before);
   handset.wait_until_serving();
   EXPECT_THAT(save(), ElementsAre(kOpened, "dhob_write: Write to hob block failed"));
-  expect_told("[255,0]");
+  expect_reported("[255,0]");
   EXPECT_TRUE(content_of(partition) ==
               region.substr(0, kRoom) + std::string(kPartitionSize - kRoom, 'p'));
 }
 
-// A pipe in the partition's place, so full that the save has to wait in its write.
+// The partition is a pipe that is so full that the save blocks in its write.
 class SlowPartition : public Hob {
  protected:
   SlowPartition() {
@@ -179,11 +171,11 @@ class SlowPartition : public Hob {
     EXPECT_EQ(write(pipe_.get(), filling.data(), filling.size()), ssize_t{kFilling});
   }
 
-  // Everything that has been written; the save comes to its end by it.
+  // Reads everything that was written, which lets the save finish.
   std::string drain() {
     std::string drained;
     char buffer[4096];
-    for (auto deadline = Deadline::in(kPatience);
+    for (Deadline deadline = time_limit();
          drained.size() < kFilling + region.size() && !deadline.passed();) {
       ssize_t size = read(pipe_.get(), buffer, sizeof buffer);
       if (size > 0) drained.append(buffer, static_cast<size_t>(size));
@@ -191,24 +183,24 @@ class SlowPartition : public Hob {
     return drained.substr(kFilling);
   }
 
-  // Of the 64 KiB that a pipe holds.
+  // Of the 64 KiB of a pipe.
   static constexpr size_t kFilling = 49152;
 
  private:
   qorextctl::UniqueFd pipe_;
 };
 
-TEST_F(SlowPartition, SecondRequestDuringASaveIsAnsweredWithZeroAtOnce) {
-  start();
-  handset.modem().command("indicate hob_save");
-  EXPECT_TRUE(handset.log().wait_for(kOpened, 0, Deadline::in(kPatience)));
-  handset.modem().command("indicate hob_save");
-  expect_told("[255,0]");
-  EXPECT_TRUE(handset.log().wait_for(kDuplicate, 0, Deadline::in(kPatience)));
-  EXPECT_THAT(handset.log().texts(), Not(Contains(kAnswering)));
+TEST_F(SlowPartition, SecondRequestDuringASaveIsReportedAsZeroImmediately) {
+  handset.start_serving();
+  handset.indicate("hob_save");
+  EXPECT_TRUE(handset.log().wait_for(kOpened));
+  handset.indicate("hob_save");
+  expect_reported("[255,0]");
+  EXPECT_TRUE(handset.log().wait_for(kDuplicate));
+  EXPECT_THAT(handset.log().texts(), Not(Contains(kReporting)));
 
   EXPECT_TRUE(drain() == region);
-  expect_told("[255,0,1]");
+  expect_reported("[255,0,1]");
 }
 
 }  // namespace

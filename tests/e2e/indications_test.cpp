@@ -1,30 +1,18 @@
 // SPDX-License-Identifier: Apache-2.0
-// What the modem reports by itself, on its way to the parent.
-#include <gmock/gmock.h>
-
+// The modem's indications become unsolicited messages to the parent.
 #include <thread>
 
-#include "tests/e2e/support/handset.h"
-#include "tests/e2e/support/log_texts.h"
+#include "tests/e2e/support/handset_fixture.h"
 
 namespace e2e {
 namespace {
 
-using qorextctl::Deadline;
-
-class Indications : public testing::Test {
+class Indications : public HandsetTest {
  protected:
-  std::string next_message() {
-    auto frame = handset.daemon().receive_unsolicited(Deadline::in(kPatience));
-    return frame ? as_hex(*frame) : "nothing";
-  }
-
   void expect_message(const std::string& indication, const Bytes& message) {
-    handset.modem().command("indicate " + indication);
-    EXPECT_EQ(next_message(), as_hex(message)) << indication;
+    handset.indicate(indication);
+    EXPECT_EQ(handset.next_message(), as_hex(message)) << indication;
   }
-
-  Handset handset;
 };
 
 Bytes notification(uint32_t number) {
@@ -35,7 +23,7 @@ TEST_F(Indications, NotificationsCountFromTwelve) {
   for (uint32_t number : {12U, 13U, 14U}) expect_message("notify", notification(number));
 }
 
-TEST_F(Indications, GenericMessageIsAlwaysTheSame) {
+TEST_F(Indications, GenericMessageHasNoContent) {
   Bytes message = generic_message(hex("00020006"), {});
   expect_message("generic", message);
   expect_message("generic", message);
@@ -53,10 +41,8 @@ TEST_F(Indications, UtilityTypesBecomeTheirMessages) {
 
 TEST_F(Indications, RfCableStatusBecomesAProperty) {
   for (const char* status : {"1", "0"}) {
-    handset.modem().command(fmt::format("indicate utils type=7 data=0{}", status));
-    // What is indicated behind it arrives behind it.
-    handset.modem().command("indicate generic");
-    next_message();
+    handset.indicate(fmt::format("utils type=7 data=0{}", status));
+    handset.messages_until_idle();
     EXPECT_EQ(handset.phone().property("ril.baseband.rfcable.status"), status);
   }
 }
@@ -67,17 +53,17 @@ TEST_F(Indications, CarrierEventsBecomeTheirMessages) {
                  cdma_message(0x020001B1, le32(1) + hex("02") + le32(3) + padded("abc", 103)));
 }
 
-TEST_F(Indications, CoverageReportIsRelayedWhole) {
+TEST_F(Indications, CoverageReportIsForwardedUnchanged) {
   Bytes report = counting(32);
   expect_message("coverage report=" + as_hex(report), generic_message(hex("01030004"), report));
 }
 
-// A burst of each sort, again and again; the messages that must come of them.
+// Has the modem send bursts of each indication. Returns the expected messages.
 constexpr size_t kRounds = 10;
 constexpr size_t kBurst = 250;
 
-std::vector<std::string> start_bursts(ModemProcess& modem) {
-  std::vector<std::string> expected;
+Texts send_bursts(ModemProcess& modem) {
+  Texts expected;
   uint32_t number = 12;
   auto burst = [&](const std::string& indication, auto message) {
     modem.command(fmt::format("indicate {} --count {}", indication, kBurst));
@@ -94,36 +80,33 @@ std::vector<std::string> start_bursts(ModemProcess& modem) {
   return expected;
 }
 
-TEST_F(Indications, ABurstArrivesWholeAndInOrderWhileRequestsAreServed) {
-  std::vector<std::string> arrived;
+TEST_F(Indications, BurstsArriveCompleteAndInOrderWhileRequestsAreServed) {
+  Texts arrived;
   std::thread parent([&] {
     while (arrived.size() < 4 * kRounds * kBurst &&
            (arrived.empty() || arrived.back() != "nothing"))
-      arrived.push_back(next_message());
+      arrived.push_back(handset.next_message());
   });
-  auto expected = start_bursts(handset.modem());
+  auto expected = send_bursts(handset.modem());
   for (uint32_t i = 0; i < 100; ++i) {
     Bytes item = le32(7000) + le32(0) + le32(0) + le32(4);
-    EXPECT_EQ(handset.serve(cdma(0x02000015, item + le32(i))).replies,
-              as_hex(reply(0x02000015, 0)));
-    EXPECT_EQ(handset.serve(cdma(0x02000016, item)).replies,
-              as_hex(reply(0x02000016, 0, item + le32(i) + zeros(4))));
+    expect_reply(cdma(kNvWrite, item + le32(i)), reply(kNvWrite, 0));
+    expect_reply(cdma(kNvRead, item), reply(kNvRead, 0, item + le32(i) + zeros(4)));
   }
   parent.join();
   EXPECT_EQ(arrived.size(), expected.size());
   EXPECT_TRUE(arrived == expected);
 }
 
-TEST_F(Indications, AParentThatReadsLateLosesNothingAndIsServedMeanwhile) {
+TEST_F(Indications, AParentThatReadsLateLosesNothingAndItsRequestsAreServed) {
   constexpr size_t kMessages = 1000;  // far more than a pipe holds
   Bytes data = counting(500);
-  handset.modem().command(
-      fmt::format("indicate utils type=3 data={} --count {}", as_hex(data), kMessages));
+  handset.indicate(fmt::format("utils type=3 data={} --count {}", as_hex(data), kMessages));
   for (int i = 0; i < 20; ++i) {
-    EXPECT_EQ(handset.serve(cdma(0x02000014)).replies, as_hex(reply(0x02000014, 6)));
+    expect_reply(cdma(kUnknownId), reply(kUnknownId, 6));
   }
   std::string expected = as_hex(generic_message(hex("000E0004"), data));
-  for (size_t i = 0; i < kMessages; ++i) ASSERT_EQ(next_message(), expected) << i;
+  for (size_t i = 0; i < kMessages; ++i) ASSERT_EQ(handset.next_message(), expected) << i;
 }
 
 }  // namespace

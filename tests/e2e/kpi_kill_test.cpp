@@ -1,8 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-// The daemon is killed at each system call with which it stores a log, and started again: no log
-// that was complete may be lost, and the next one has to be stored.
-#include <fmt/format.h>
-#include <gmock/gmock.h>
+// The daemon is killed at each system call of storing a log, and started again: it must not lose a
+// complete log, and must store the next one.
 
 #include "tests/e2e/support/handset.h"
 #include "tests/e2e/support/syscall_killer.h"
@@ -11,62 +9,53 @@
 namespace e2e {
 namespace {
 
-using qorextctl::Deadline;
-
 constexpr long kThreeDays = 3 * 86400;
 
-constexpr char kCurrentLog[] = "vorn_20260102000000.log";
-constexpr char kPreviousLog[] = "vorn_20260101000000.log";
 constexpr char kStaleFile[] = "vorn_20250101000000.log";
 
 class KilledStore : public testing::Test {
  protected:
   KilledStore() { handset.start_modem(); }
 
-  void start_daemon() {
-    handset.start_daemon();
-    handset.wait_until_serving();
-  }
-
-  // What is indicated behind a packet arrives behind it. False when the daemon has been killed.
+  // Waits until the daemon has processed all packets. Returns false if it has been killed.
   bool survives() {
-    handset.modem().command("indicate generic");
-    return static_cast<bool>(handset.daemon().receive_unsolicited(Deadline::in(kPatience)));
+    handset.indicate("generic");
+    return handset.next_message() != "nothing";
   }
 
-  // Uploads "new log" as package 7 once for every kKillStep-th system call of its last packet, in
-  // the directory that `prepare` makes, and lets `look` look at what is left each time.
-  template <class Prepare, class Look>
-  void kill_at_each_call(Prepare prepare, Look look) {
+  // Uploads "new log" as package 7 once for every kKillStep-th system call of its last packet, to
+  // the directory that `prepare` creates. `check` checks the directory each time.
+  template <class Prepare, class Check>
+  void kill_at_each_call(Prepare prepare, Check check) {
     unsigned call = 0;
     bool killed = true;
     while (killed && !HasFailure()) {
       call += kKillStep;
       SCOPED_TRACE(fmt::format("killed at system call {}", call));
       killed = upload_and_kill(call, prepare);
-      look(killed);
-      if (killed) start_daemon();
+      check(killed);
+      if (killed) handset.start_serving();
       upload_log(handset.modem(), 8, "next log");
       EXPECT_TRUE(survives());
       EXPECT_TRUE(vorn.content(vorn.linked(1)).ends_with("next log"));
-      look(false);
+      check(false);
       handset.end_of_file();
     }
     RecordProperty("system_calls", static_cast<int>(call));
-    EXPECT_GT(call, kFewestCalls);
+    EXPECT_GT(call, kMinCalls);
   }
 
   template <class Prepare>
   bool upload_and_kill(unsigned call, Prepare prepare) {
     vorn.clear();
     prepare();
-    start_daemon();
+    handset.start_serving();
     upload(handset.modem(), {7, 1, false, le32(kLogHeader) + characters("new ")});
     EXPECT_TRUE(survives());
-    SyscallKiller killer(handset.daemon().process().pid(), call);
+    SyscallKiller killer(handset.pid(), call);
     upload(handset.modem(), {7, 2, true, characters("log")});
     bool has_survived = survives();
-    bool was_killed = killer.end();  // maybe when everything was done
+    bool was_killed = killer.end();  // possibly after the last packet was stored
     EXPECT_TRUE(has_survived || was_killed);
     if (!was_killed) return false;
     EXPECT_EQ(handset.exit_status(), "signal 9 (Killed)");
@@ -78,8 +67,8 @@ class KilledStore : public testing::Test {
   }
 
   static constexpr unsigned kKillStep = QOREXT_KILL_STEP;
-  // Fewer system calls cannot store a log.
-  static constexpr unsigned kFewestCalls = 30;
+  // Storing a log takes more system calls.
+  static constexpr unsigned kMinCalls = 30;
 
   Handset handset{Handset::off};
   VornFolder vorn{handset.phone()};
@@ -117,7 +106,7 @@ TEST_F(KilledStore, LosesNoLogInARotation) {
         EXPECT_GE(vorn.size(kCurrentLog), kLogLimit - 1);
         EXPECT_TRUE(vorn.begins_with(kCurrentLog, "current log"));
         EXPECT_TRUE(is_linked(kCurrentLog));
-        // The previous log goes when the current one has taken its place.
+        // The previous log is deleted when the current one has taken its place.
         if (vorn.linked(2) != kCurrentLog) {
           EXPECT_EQ(vorn.content(kPreviousLog), "previous log");
         }
@@ -136,10 +125,10 @@ TEST_F(KilledStore, LosesNoLogWhenItCreatesTheSecondOne) {
       });
 }
 
-TEST_F(KilledStore, BeginsAgainWhenItCreatesTheFirstLog) {
+TEST_F(KilledStore, StartsAgainWhenItCreatesTheFirstLog) {
   kill_at_each_call([] {},
                     [&](bool killed) {
-                      // Until it has a link, a log is empty.
+                      // A log without a link is empty.
                       if (vorn.linked(1).empty()) {
                         EXPECT_TRUE(killed);
                         for (const std::string& name : vorn.names()) {

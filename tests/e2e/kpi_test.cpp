@@ -1,49 +1,35 @@
 // SPDX-License-Identifier: Apache-2.0
-// The KPI logs that the modem uploads, in their files.
-#include <fmt/format.h>
-#include <gmock/gmock.h>
+// The files of the KPI logs that the modem uploads.
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include <filesystem>
 #include <fstream>
 
-#include "tests/e2e/support/handset.h"
-#include "tests/e2e/support/log_texts.h"
+#include "tests/e2e/support/handset_fixture.h"
 #include "tests/e2e/support/vorn.h"
 
 namespace e2e {
 namespace {
 
 namespace fs = std::filesystem;
-using qorextctl::Deadline;
 using testing::Contains;
 using testing::ElementsAre;
 using testing::IsSupersetOf;
 using testing::Not;
 using testing::StartsWith;
 
-constexpr char kCurrentLog[] = "vorn_20260102000000.log";
-constexpr char kPreviousLog[] = "vorn_20260101000000.log";
 constexpr char kTemporary[] = "~vorn0007.log";
 
 Bytes record_message(const Bytes& record) { return generic_message(hex("01040004"), record); }
 
-class Kpi : public testing::Test {
+class Kpi : public HandsetTest {
  protected:
-  std::string next_message() {
-    auto frame = handset.daemon().receive_unsolicited(Deadline::in(kPatience));
-    return frame ? as_hex(*frame) : "nothing";
-  }
-
-  // What the daemon logs of everything sent up to now: a message follows all of it.
-  Texts taken() {
-    handset.modem().command("indicate generic");
-    EXPECT_NE(next_message(), "nothing");
-    auto end = handset.log().wait_for("Handling unsol msg 22", mark_, Deadline::in(kPatience));
-    EXPECT_TRUE(end);
-    Texts log = handset.log().texts(mark_, end.value_or(mark_));
-    mark_ += log.size() + 1;
+  // Returns the daemon's log of all packets sent so far.
+  Texts processed() {
+    EXPECT_THAT(handset.messages_until_idle(), testing::IsEmpty());
+    Texts log = handset.log().texts(mark_);
+    mark_ += log.size();
     return log;
   }
 
@@ -63,10 +49,8 @@ class Kpi : public testing::Test {
   }
   fs::path drop_box() const { return handset.phone().folder() + "/data/system/dropbox"; }
 
-  Handset handset;
-
  private:
-  size_t mark_ = handset.log().texts().size();
+  size_t mark_ = handset.log().size();
 };
 
 std::string mode_of(const std::string& path) {
@@ -78,14 +62,14 @@ std::string mode_of(const std::string& path) {
 TEST_F(Kpi, PackageBecomesALog) {
   send_first(7, "one, ");
   send(7, 2, false, "two, ");
-  EXPECT_THAT(taken(), Contains("vornIndHndlr: header 0x1c0ffee"));
+  EXPECT_THAT(processed(), Contains("vornIndHndlr: header 0x1c0ffee"));
   std::string folder = handset.phone().folder() + "/data/vorn";
   EXPECT_EQ(mode_of(folder), "750");
   EXPECT_EQ(mode_of(folder + "/" + kTemporary), "740");
   EXPECT_EQ(vorn().content(kTemporary), "one, two, ");
 
   send(7, 3, true, "three");
-  Texts log = taken();
+  Texts log = processed();
   EXPECT_EQ(log_content(), "one, two, three");
   std::string name = vorn().linked(1);
   EXPECT_THAT(name, testing::MatchesRegex("vorn_[0-9]{14}\\.log"));
@@ -97,48 +81,48 @@ TEST_F(Kpi, PackageBecomesALog) {
   EXPECT_THAT(vorn().names(), ElementsAre(".0001", name));
 }
 
-TEST_F(Kpi, LogIsGivenToItsReaders) {
+TEST_F(Kpi, LogHasTheOwnerAndModeOfItsReaders) {
   send_first(7, "log", true);
-  Texts log = taken();
+  Texts log = processed();
   std::string path = handset.phone().folder() + "/data/vorn/" + vorn().linked(1);
   EXPECT_EQ(mode_of(path), "660");
   struct stat status = {};
   ASSERT_EQ(stat(path.c_str(), &status), 0);
-  // Only root, or somebody who is in it, can give a file to a group.
+  // Only root or a member of the group can give a file to the group.
   std::string failed = "vorn_update_current_log: Unable to chown /data/vorn/" + vorn().linked(1);
   bool is_given = testing::Value(log, Not(Contains(StartsWith(failed))));
   EXPECT_EQ(status.st_gid == 2002, is_given);
   EXPECT_EQ(status.st_uid, geteuid() == 0 ? 1001 : geteuid());
 }
 
-TEST_F(Kpi, PackagesAreAppendedOneBehindTheOther) {
+TEST_F(Kpi, ConsecutivePackagesAreAppended) {
   for (unsigned package = 0; package < 256; package += 51) {
     send_first(package, fmt::format("<{}>", package), true);
   }
-  taken();
+  processed();
   EXPECT_EQ(log_content(), "<0><51><102><153><204><255>");
 }
 
-TEST_F(Kpi, HeaderSaysWhatIsStored) {
+TEST_F(Kpi, HeaderIsStoredUnlessItStartsALog) {
   upload(handset.modem(), {7, 1, true, hex("FFFFFFFF") + characters("a")});
   upload(handset.modem(), {7, 1, true, hex("EEFFC004") + characters("b")});
-  EXPECT_THAT(taken(), Contains("vornIndHndlr: unknown header 0x4c0ffee"));
+  EXPECT_THAT(processed(), Contains("vornIndHndlr: unknown header 0x4c0ffee"));
   EXPECT_EQ(log_content(),
             "\xFF\xFF\xFF\xFF"
             "a\xEE\xFF\xC0\x04"
             "b");
 }
 
-TEST_F(Kpi, RecordsAreForwardedAndNotStored) {
+TEST_F(Kpi, RecordsAreForwardedInsteadOfStored) {
   for (const char* header : {"EEFFC002", "EEFFC003", "EEFFC006", "EEFFC007", "EEFFC008"}) {
     Bytes record = hex(header) + characters("record");
     upload(handset.modem(), {7, 1, true, record});
-    EXPECT_EQ(next_message(), as_hex(record_message(record))) << header;
+    EXPECT_EQ(handset.next_message(), as_hex(record_message(record))) << header;
   }
   Bytes longest = hex("EEFFC002") + counting(296);
   upload(handset.modem(), {7, 1, true, longest});
   longest.resize(300 & 0xFF);
-  EXPECT_EQ(next_message(), as_hex(record_message(longest)));
+  EXPECT_EQ(handset.next_message(), as_hex(record_message(longest)));
   EXPECT_FALSE(fs::exists(handset.phone().folder() + "/data/vorn"));
 }
 
@@ -156,25 +140,25 @@ TEST_F(Kpi, RejectedPacketsAreLoggedAndDropThePackage) {
   for (const auto& row : rows) {
     send_first(7, "begun, ");
     send(row.package, row.sequence, true, row.payload);
-    EXPECT_THAT(taken(), Contains(row.text));
+    EXPECT_THAT(processed(), Contains(row.text));
     EXPECT_EQ(vorn().content(kTemporary), "begun, ") << row.text;
     EXPECT_EQ(vorn().linked(1), "") << row.text;
   }
 }
 
-TEST_F(Kpi, InterleavedPackageIsTakenUpFromItsSecondPacketOn) {
+TEST_F(Kpi, InterleavedPackageIsStoredFromItsSecondPacketOn) {
   send_first(7, "lost");
   send_first(8, "lost too");
   send(8, 2, false, "second, ");
   send(8, 3, true, "third");
-  EXPECT_THAT(taken(), Contains("vornIndHndlr: wrong pckage id [8] received, cur [7]"));
+  EXPECT_THAT(processed(), Contains("vornIndHndlr: wrong pckage id [8] received, cur [7]"));
   EXPECT_EQ(log_content(), "second, third");
 }
 
-TEST_F(Kpi, PackageIsPickedUpInTheMiddle) {
+TEST_F(Kpi, PackageCanStartInTheMiddle) {
   send(7, 200, false, "in the ");
   send(7, 201, true, "middle");
-  taken();
+  processed();
   EXPECT_EQ(log_content(), "in the middle");
 }
 
@@ -183,7 +167,7 @@ TEST_F(Kpi, LostLinkClearsTheDirectory) {
   vorn().put("~vorn0009.log", "another package");
   fs::remove(vorn().path(".0001"));
   send_first(7, "new log", true);
-  EXPECT_THAT(taken(), Contains("vorn_reset_dir DONE!"));
+  EXPECT_THAT(processed(), Contains("vorn_reset_dir DONE!"));
   EXPECT_FALSE(vorn().has(kCurrentLog));
   EXPECT_EQ(vorn().content("~vorn0009.log"), "another package");
   EXPECT_EQ(log_content(), "new log");
@@ -192,7 +176,7 @@ TEST_F(Kpi, LostLinkClearsTheDirectory) {
 TEST_F(Kpi, LogGrowsToOneByteBelowTheLimit) {
   put_current_log(kLogLimit - 8);
   send_first(7, "new log", true);
-  taken();
+  processed();
   EXPECT_EQ(vorn().linked(1), kCurrentLog);
   EXPECT_EQ(vorn().size(kCurrentLog), kLogLimit - 1);
   EXPECT_EQ(vorn().linked(2), "");
@@ -210,7 +194,7 @@ TEST_F(Kpi, LogAtTheLimitGoesToTheDropBoxAndBecomesThePreviousOne) {
   vorn().put("~vorn0010.log", "recent");
   send_first(7, "new log", true);
   std::string path = std::string("/data/vorn/") + kCurrentLog;
-  EXPECT_THAT(taken(),
+  EXPECT_THAT(processed(),
               IsSupersetOf({"vorn_update_current_log: send " + path + " to dropbox.",
                             std::string("vorn_clean_dir: unexpected /data/vorn/stray"),
                             std::string("vorn_clean_dir: unexpected /data/vorn/~vorn0009.log")}));
@@ -224,31 +208,32 @@ TEST_F(Kpi, LogAtTheLimitGoesToTheDropBoxAndBecomesThePreviousOne) {
   EXPECT_TRUE(entries[0].filename().string().starts_with("modem_vorn@"));
 }
 
-TEST_F(Kpi, DropBoxThatRefusesIsLoggedAndTheRotationGoesOn) {
+TEST_F(Kpi, RefusalOfTheDropBoxIsLoggedAndTheRotationContinues) {
   put_current_log(kLogLimit);
   std::ofstream(drop_box()) << "no folder";
   send_first(7, "new log", true);
-  EXPECT_THAT(taken(), Contains("vorn: send to dropbox failed!."));
+  EXPECT_THAT(processed(), Contains("vorn: send to dropbox failed!."));
   EXPECT_EQ(vorn().linked(2), kCurrentLog);
   EXPECT_EQ(log_content(), "new log");
 }
 
-TEST_F(Kpi, DirectoryThatCannotBeMadeIsLoggedAndTriedAgain) {
+TEST_F(Kpi, DirectoryThatCannotBeCreatedIsLoggedAndRetried) {
   std::string data = handset.phone().folder() + "/data";
   chmod(data.c_str(), 0555);
   send_first(7, "lost", true);
-  EXPECT_THAT(taken(), Contains("vornIndHndlr: create parent dir /data/vorn failed, rc 13"));
+  EXPECT_THAT(processed(), Contains("vornIndHndlr: create parent dir /data/vorn failed, rc 13"));
   chmod(data.c_str(), 0755);
   send_first(7, "stored", true);
-  taken();
+  processed();
   EXPECT_EQ(log_content(), "stored");
 }
 
-TEST_F(Kpi, DirectoryThatCannotBeWrittenLeavesTheLogsAsTheyAre) {
+TEST_F(Kpi, DirectoryThatCannotBeWrittenLeavesTheLogsUnchanged) {
   put_current_log();
   chmod(vorn().path("").c_str(), 0555);
   send_first(7, "lost", true);
-  EXPECT_THAT(taken(), Contains("vornIndHndlr: Unable to open /data/vorn/~vorn0007.log, errno 13"));
+  EXPECT_THAT(processed(),
+              Contains("vornIndHndlr: Unable to open /data/vorn/~vorn0007.log, errno 13"));
   EXPECT_EQ(log_content(), "current log");
 }
 
@@ -256,7 +241,7 @@ TEST_F(Kpi, FullDiskIsLoggedAndTheLastPacketIsNotMerged) {
   put_current_log();
   fs::create_symlink("/dev/full", vorn().path(kTemporary));
   send_first(7, "lost", true);
-  EXPECT_THAT(taken(),
+  EXPECT_THAT(processed(),
               Contains("vornIndHndlr: Write to file /data/vorn/~vorn0007.log failed, errno 28"));
   EXPECT_EQ(log_content(), "current log");
 }

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// The service programming code, items that cannot be read or written, and SID/NID pairs.
+// The service programming code, unreadable and unwritable items, SID/NID pairs.
 #include "tests/e2e/support/nam_fixture.h"
 
 namespace e2e {
@@ -12,7 +12,7 @@ constexpr uint32_t kGetPairs = 0x02000003;
 constexpr uint32_t kSetPairs = 0x02000004;
 constexpr size_t kRecordSize = 104;
 
-TEST_F(NamProgramming, ANewProgrammingCodeIsRequiredFromThenOn) {
+TEST_F(NamProgramming, ANewProgrammingCodeReplacesTheOldOne) {
   Bytes change = setting(kFactory, "000000", "271828");
   Served changed = handset.serve(change);
   EXPECT_EQ(changed.replies, as_hex(echo(change, 0)));
@@ -28,18 +28,18 @@ TEST_F(NamProgramming, ANewProgrammingCodeIsRequiredFromThenOn) {
   EXPECT_EQ(stored("settings/spc"), "271828");
 
   Bytes right = setting(kFactory, "271828", "314159");
-  EXPECT_EQ(handset.serve(right).replies, as_hex(echo(right, 0)));
+  expect_reply(right, echo(right, 0));
   EXPECT_EQ(stored("settings/spc"), "314159");
 }
 
-TEST_F(NamProgramming, TheSameCodeIsNoChange) {
+TEST_F(NamProgramming, TheSameCodeIsNotWritten) {
   Served served = handset.serve(setting(kFactory, "999999", "999999"));
   EXPECT_THAT(served.log, Contains("isSpcChanged = 0, (999999 ~ 999999)"));
   EXPECT_EQ(written().size(), 15U);
   EXPECT_EQ(stored("settings/spc"), "000000");
 }
 
-TEST_F(NamProgramming, ACodeWithALetterIsNoChangeEither) {
+TEST_F(NamProgramming, ACodeWithALetterIsNotWritten) {
   Bytes request = setting(kFactory, "000000", "12A456");
   Served served = handset.serve(request);
   EXPECT_EQ(served.replies, as_hex(echo(request, 0)));
@@ -48,12 +48,12 @@ TEST_F(NamProgramming, ACodeWithALetterIsNoChangeEither) {
   EXPECT_EQ(stored("settings/spc"), "000000");
 }
 
-// The number under which the log knows an item is its place in the order of writing and reading.
-TEST_F(NamProgramming, EveryItemThatCannotBeWrittenIsToldByItsNumber) {
+// The log numbers the items in the order in which they are written and read.
+TEST_F(NamProgramming, EveryItemThatCannotBeWrittenIsLoggedWithItsNumber) {
   Bytes request = setting(kProgrammed, "000000", "000000");
   for (unsigned number = 0; number < 15; ++number) {
     SCOPED_TRACE(number);
-    handset.spoil("element_write", "error error=3", number);
+    handset.inject("element_write", "error error=3", number);
     Served served = handset.serve(request);
     EXPECT_EQ(served.replies, as_hex(echo(request, 5)));
     EXPECT_THAT(served.log,
@@ -63,12 +63,12 @@ TEST_F(NamProgramming, EveryItemThatCannotBeWrittenIsToldByItsNumber) {
   }
 }
 
-TEST_F(NamProgramming, EveryItemThatCannotBeReadIsToldByItsNumber) {
+TEST_F(NamProgramming, EveryItemThatCannotBeReadIsLoggedWithItsNumber) {
   for (unsigned number = 0; number < 15; ++number) {
     SCOPED_TRACE(number);
-    handset.spoil("element_read", "error error=16", number);
-    Served served = handset.serve(cdma(kGet));
-    EXPECT_EQ(served.replies, as_hex(reply(kGet, 5, zeros(kRecordSize))));
+    handset.inject("element_read", "error error=16", number);
+    Served served = handset.serve(cdma(kNamGet));
+    EXPECT_EQ(served.replies, as_hex(reply(kNamGet, 5, zeros(kRecordSize))));
     EXPECT_THAT(served.log,
                 Contains(fmt::format(
                     "qorext_hook_sprint_get_nam_block_request_info:  ERROR FOUND {} ", number)));
@@ -76,9 +76,9 @@ TEST_F(NamProgramming, EveryItemThatCannotBeReadIsToldByItsNumber) {
   }
 }
 
-TEST_F(NamProgramming, TheFirstOfTwoFailuresIsTheOneThatIsTold) {
+TEST_F(NamProgramming, TheFirstOfTwoFailuresIsLogged) {
   Bytes request = setting(kProgrammed, "000001", "271828");
-  handset.spoil("element_write", "error error=3", 4);
+  handset.inject("element_write", "error error=3", 4);
   Served served = handset.serve(request);
   EXPECT_EQ(served.replies, as_hex(echo(request, 5)));
   EXPECT_THAT(served.log,
@@ -86,12 +86,12 @@ TEST_F(NamProgramming, TheFirstOfTwoFailuresIsTheOneThatIsTold) {
 }
 
 TEST_F(NamProgramming, ARecordThatWasNotSentCountsAsZeros) {
-  Bytes request = cdma_claiming(kSet, 104, {}, "000000");
+  Bytes request = cdma_claiming(kNamSet, 104, {}, "000000");
   EXPECT_EQ(handset.serve(request).replies.substr(0, 24), "020000020000000000000000");
   EXPECT_EQ(written()[0], element_write(8, zeros(17)));
 }
 
-class SidNidPairs : public CarrierRequests {};
+class SidNidPairs : public HandsetTest {};
 
 TEST_F(SidNidPairs, AreWrittenAndReadBack) {
   Bytes pairs;
@@ -109,7 +109,7 @@ TEST_F(SidNidPairs, AreWrittenAndReadBack) {
        "qor_qmi_sprint_rde_write: hexdump len 81...", "HexDump: Data " + qorextctl::to_hex(item),
        "NV Write success for element 15", "qorext_hook_sprint_set_nam_item: WRITE NV VALUE 0 "},
       {element_write(15, item)});
-  EXPECT_EQ(handset.serve(cdma(kGetPairs)).replies, as_hex(reply(kGetPairs, 0, pairs)));
+  expect_reply(cdma(kGetPairs), reply(kGetPairs, 0, pairs));
   EXPECT_THAT(handset.modem_requests(), ElementsAre(element_read(15)));
 }
 
@@ -119,14 +119,14 @@ TEST_F(SidNidPairs, AreCutTo16Bits) {
 }
 
 TEST_F(SidNidPairs, ThatCannotBeReadAreZeros) {
-  handset.spoil("element_read", "error error=16");
-  EXPECT_EQ(handset.serve(cdma(kGetPairs)).replies, as_hex(reply(kGetPairs, 5, zeros(160))));
+  handset.inject("element_read", "error error=16");
+  expect_reply(cdma(kGetPairs), reply(kGetPairs, 5, zeros(160)));
 }
 
 TEST_F(SidNidPairs, ThatCannotBeWrittenFail) {
-  handset.spoil("element_write", "error error=3");
+  handset.inject("element_write", "error error=3");
   Bytes request = cdma(kSetPairs, zeros(160));
-  EXPECT_EQ(handset.serve(request).replies, as_hex(echo(request, 5)));
+  expect_reply(request, echo(request, 5));
 }
 
 }  // namespace

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// The number assignment module: read and programmed.
+// Reading and programming the number assignment module.
 #include "tests/e2e/support/nam_fixture.h"
 
 namespace e2e {
@@ -10,8 +10,8 @@ using testing::ElementsAre;
 
 TEST_F(NamProgramming, TheRecordIsReadFromFifteenItems) {
   Record expected = kFactory;
-  expected.mdn = "913555014200000";  // every position becomes a digit
-  EXPECT_EQ(get(), as_hex(reply(kGet, 0, record_bytes(expected))));
+  expected.mdn = "913555014200000";  // the item's unused positions are zero digits
+  EXPECT_EQ(get(), as_hex(reply(kNamGet, 0, record_bytes(expected))));
   EXPECT_THAT(handset.modem_requests(),
               ElementsAre(element_read(8), element_read(25), element_read(26), element_read(21),
                           element_read(22), element_read(15), element_read(36), element_read(16),
@@ -20,7 +20,7 @@ TEST_F(NamProgramming, TheRecordIsReadFromFifteenItems) {
 }
 
 TEST_F(NamProgramming, TheRecordIsLoggedValueByValue) {
-  Served served = handset.serve(cdma(kGet));
+  Served served = handset.serve(cdma(kNamGet));
   Texts values;
   for (const std::string& text : served.log) {
     if (text.find("GET NAM VALUE") != std::string::npos) values.push_back(text);
@@ -41,8 +41,8 @@ TEST_F(NamProgramming, TheRecordIsLoggedValueByValue) {
 
 TEST_F(NamProgramming, AProgrammedRecordIsReadBackFieldByField) {
   Bytes request = setting(kProgrammed, "000000", "000000");
-  EXPECT_EQ(handset.serve(request).replies, as_hex(echo(request, 0)));
-  EXPECT_EQ(get(), as_hex(reply(kGet, 0, record_bytes(kProgrammed))));
+  expect_reply(request, echo(request, 0));
+  EXPECT_EQ(get(), as_hex(reply(kNamGet, 0, record_bytes(kProgrammed))));
 }
 
 TEST_F(NamProgramming, EveryItemIsWrittenInTheOverTheAirEncoding) {
@@ -61,7 +61,7 @@ TEST_F(NamProgramming, EveryItemIsWrittenInTheOverTheAirEncoding) {
           element_write(2, hex("0000 09"))));
 }
 
-TEST_F(NamProgramming, OtherBytesOfTheItemsStayAsTheyAre) {
+TEST_F(NamProgramming, OtherBytesOfTheItemsAreUnchanged) {
   for (int item : {25, 21}) handset.modem().command(fmt::format("nv {} ffffffffffffffffff", item));
   for (int item : {26, 22}) handset.modem().command(fmt::format("nv {} ffffffffff", item));
   handset.modem().command("nv 15 " + as_hex(Bytes(81, 0xEE)));
@@ -77,7 +77,7 @@ TEST_F(NamProgramming, OtherBytesOfTheItemsStayAsTheyAre) {
   EXPECT_EQ(stored_item(2), "00ff02");
 }
 
-TEST_F(NamProgramming, AVocoderThatIsNotKnownBecomesTheFirstOne) {
+TEST_F(NamProgramming, AnUnknownVocoderIsWrittenAsTheFirstOne) {
   Record record = kFactory;
   record.vocoder = 7;
   handset.serve(setting(record, "000000", "000000"));
@@ -85,14 +85,14 @@ TEST_F(NamProgramming, AVocoderThatIsNotKnownBecomesTheFirstOne) {
   handset.modem().command("nv 30 0000000005000000");
   record.mdn = "913555014200000";
   record.vocoder = 0xFFFFFFFF;
-  EXPECT_EQ(get(), as_hex(reply(kGet, 0, record_bytes(record))));
+  EXPECT_EQ(get(), as_hex(reply(kNamGet, 0, record_bytes(record))));
 }
 
 TEST_F(NamProgramming, EveryVocoderCodeIsReadBack) {
   Record record = kProgrammed;
   for (record.vocoder = 0; record.vocoder <= 6; ++record.vocoder) {
     handset.serve(setting(record, "000000", "000000"));
-    EXPECT_EQ(get(), as_hex(reply(kGet, 0, record_bytes(record))));
+    EXPECT_EQ(get(), as_hex(reply(kNamGet, 0, record_bytes(record))));
   }
 }
 
@@ -105,7 +105,7 @@ TEST_F(NamProgramming, ANumberOfAllZerosIsReadBack) {
   record.imsi_11_12 = "00";
   handset.serve(setting(record, "000000", "000000"));
   EXPECT_EQ(stored_item(26), "000000e703");
-  EXPECT_EQ(get(), as_hex(reply(kGet, 0, record_bytes(record))));
+  EXPECT_EQ(get(), as_hex(reply(kNamGet, 0, record_bytes(record))));
 }
 
 }  // namespace

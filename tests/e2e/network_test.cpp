@@ -1,22 +1,22 @@
 // SPDX-License-Identifier: Apache-2.0
-// What the modem reports of its networks, and the codes that protect it.
-#include "tests/e2e/support/carrier_fixture.h"
+// Network information, and the codes that protect the modem.
+#include "tests/e2e/support/handset_fixture.h"
 
 namespace e2e {
 namespace {
 
-class Network : public CarrierRequests {
+class Network : public HandsetTest {
  protected:
-  static Texts entered() {
+  static Texts lte_data_texts() {
     return {"handle_get_lte_data: EVENT VALUE 33554624 ", "qor_qmi_sprint_get_lte_data entered "};
   }
 };
 
-const std::string kServiceState = asked("qorext", "get_lte_service_state", "{}");
-const std::string kChannel = asked("qorext", "get_lte_channel", "{}");
-const std::string kServingSystem = asked("nas", "get_serving_system", "{}");
-const std::string kSignal = asked("nas", "get_sig_info", "{}");
-const std::string kTransmitter = asked("nas", "get_tx_rx_info", R"({"radio_interface":8})");
+const std::string kServiceState = modem_request("qorext", "get_lte_service_state", "{}");
+const std::string kChannel = modem_request("qorext", "get_lte_channel", "{}");
+const std::string kServingSystem = modem_request("nas", "get_serving_system", "{}");
+const std::string kSignal = modem_request("nas", "get_sig_info", "{}");
+const std::string kTransmitter = modem_request("nas", "get_tx_rx_info", R"({"radio_interface":8})");
 const Texts kAllOfLte = {kServiceState, kChannel, kServingSystem, kSignal, kTransmitter};
 
 // Service state, MCC, MNC, cell, band, bandwidth, channels, RSSI, RSRP, RSRQ, transmit power.
@@ -27,55 +27,59 @@ Bytes lte_record(const std::string& service_state, const std::string& transmit_p
 
 TEST_F(Network, LteDataComesFromThreeServicesOfTheModem) {
   Bytes request = cdma(0x020000C0, {}, "123456");
-  expect_served(request, echo(request, 0, lte_record("02000000", "D3FFFFFF")), entered(),
+  expect_served(request, echo(request, 0, lte_record("02000000", "D3FFFFFF")), lte_data_texts(),
                 kAllOfLte);
 }
 
-TEST_F(Network, LteDataWithoutAServiceStateIsCompleteAllTheSame) {
-  handset.spoil("get_lte_service_state", "error error=7");
+TEST_F(Network, LteDataWithoutAServiceStateIsOtherwiseComplete) {
+  handset.inject("get_lte_service_state", "error error=7");
   Bytes request = cdma(0x020000C0);
   expect_served(
       request, echo(request, 0, lte_record("00000000", "D3FFFFFF")),
-      entered() + Texts{"qor_qmi_sprint_get_lte_option: Get LTE service state failed (7)."},
+      lte_data_texts() + Texts{"qor_qmi_sprint_get_lte_option: Get LTE service state failed (7)."},
       kAllOfLte);
 }
 
 TEST_F(Network, LteDataOfARadioThatDoesNotTransmitHasNoTransmitPower) {
-  handset.spoil("get_tx_rx_info", "error error=93");
+  handset.inject("get_tx_rx_info", "error error=93");
   Bytes request = cdma(0x020000C0);
-  expect_served(request, echo(request, 0, lte_record("02000000", "00000000")),
-                entered() + Texts{"get_lte_data: QMI_NAS_GET_TX_RX_INFO failed (0), error (93)."},
-                kAllOfLte);
+  expect_served(
+      request, echo(request, 0, lte_record("02000000", "00000000")),
+      lte_data_texts() + Texts{"get_lte_data: QMI_NAS_GET_TX_RX_INFO failed (0), error (93)."},
+      kAllOfLte);
 }
 
-TEST_F(Network, LteDataEndsAtTheFirstNasRequestThatFails) {
+TEST_F(Network, LteDataStopsAtTheFirstNasRequestThatFails) {
   Bytes request = cdma(0x020000C0);
-  handset.spoil("get_tx_rx_info", "error error=3");
-  expect_served(request, echo(request, 5),
-                entered() + Texts{"get_lte_data: QMI_NAS_GET_TX_RX_INFO failed (0), error (3)."},
-                kAllOfLte);
-  handset.spoil("get_sig_info", "error error=4");
-  expect_served(request, echo(request, 5),
-                entered() + Texts{"get_lte_data: QMI_NAS_GET_SIG_INFO failed (0), error (4)."},
-                {kServiceState, kChannel, kServingSystem, kSignal});
-  handset.spoil("get_serving_system", "error error=5");
+  handset.inject("get_tx_rx_info", "error error=3");
   expect_served(
       request, echo(request, 5),
-      entered() + Texts{"get_lte_data: QMI_NAS_GET_SERVING_SYSTEM failed (0), error (5)."},
+      lte_data_texts() + Texts{"get_lte_data: QMI_NAS_GET_TX_RX_INFO failed (0), error (3)."},
+      kAllOfLte);
+  handset.inject("get_sig_info", "error error=4");
+  expect_served(
+      request, echo(request, 5),
+      lte_data_texts() + Texts{"get_lte_data: QMI_NAS_GET_SIG_INFO failed (0), error (4)."},
+      {kServiceState, kChannel, kServingSystem, kSignal});
+  handset.inject("get_serving_system", "error error=5");
+  expect_served(
+      request, echo(request, 5),
+      lte_data_texts() + Texts{"get_lte_data: QMI_NAS_GET_SERVING_SYSTEM failed (0), error (5)."},
       {kServiceState, kChannel, kServingSystem});
 }
 
-TEST_F(Network, LteChannelsThatTheModemDoesNotTellAreZero) {
-  handset.spoil("get_lte_channel", "error error=7");
+TEST_F(Network, LteChannelsThatTheModemDoesNotReportAreZero) {
+  handset.inject("get_lte_channel", "error error=7");
   Bytes request = cdma(0x020000C0);
   expect_served(request,
                 echo(request, 0,
                      hex("02000000 0100 0100 032D1A00 00 00 00000000 00000000 BD A0FF F7 "
                          "D3FFFFFF")),
-                entered() + Texts{"qor_qmi_sprint_get_lte_ul_dl_channel: failed (7)."}, kAllOfLte);
+                lte_data_texts() + Texts{"qor_qmi_sprint_get_lte_ul_dl_channel: failed (7)."},
+                kAllOfLte);
 }
 
-const Texts kApnRequest = {asked("qorext", "get_active_ehrpd_apn", "{}")};
+const Texts kApnRequest = {modem_request("qorext", "get_active_ehrpd_apn", "{}")};
 constexpr size_t kApnListSize = 1017;
 
 TEST_F(Network, AccessPointsAreAListOfPackedRecords) {
@@ -106,7 +110,7 @@ TEST_F(Network, EightAccessPointsFillTheList) {
   expect_served(request, echo(request, 0, list), {}, kApnRequest);
 }
 
-TEST_F(Network, NoAccessPointsAreACountOfZero) {
+TEST_F(Network, WithoutAccessPointsTheCountIsZero) {
   handset.modem().command("set ehrpd_apns=[]");
   Bytes request = cdma(0x020000C1);
   expect_served(request, echo(request, 0, zeros(kApnListSize)), {}, kApnRequest);
@@ -117,21 +121,21 @@ TEST_F(Network, TheTotOrderIsUpdatedAndReadBack) {
   Bytes written = cdma(0x020000C5, le16(15) + entries);
   expect_served(written, echo(written, 0),
                 {"handle_update_tot_order: EVENT VALUE 33554629 ", "Update TOT order result - 1"},
-                {asked("qorext", "update_tot_order",
-                       R"({"entries":[1,2,3,4,5,6,7,8,9,10,11,12,13,14,4294967295]})")});
+                {modem_request("qorext", "update_tot_order",
+                               R"({"entries":[1,2,3,4,5,6,7,8,9,10,11,12,13,14,4294967295]})")});
   Bytes read = cdma(0x020000C4);
   expect_served(read, echo(read, 0, le16(15) + entries), {},
-                {asked("qorext", "get_tot_order", "{}")});
+                {modem_request("qorext", "get_tot_order", "{}")});
 }
 
-TEST_F(Network, AShorterTotOrderLeavesTheOtherEntriesOut) {
+TEST_F(Network, AShorterTotOrderHasOnlyItsOwnEntries) {
   Bytes written = cdma(0x020000C5, le16(2) + words({7, 8, 9, 10}) + zeros(44));
   expect_served(written, echo(written, 0),
                 {"handle_update_tot_order: EVENT VALUE 33554629 ", "Update TOT order result - 1"},
-                {asked("qorext", "update_tot_order", R"({"entries":[7,8]})")});
+                {modem_request("qorext", "update_tot_order", R"({"entries":[7,8]})")});
   Bytes read = cdma(0x020000C4);
   expect_served(read, echo(read, 0, le16(2) + words({7, 8}) + zeros(52)), {},
-                {asked("qorext", "get_tot_order", "{}")});
+                {modem_request("qorext", "get_tot_order", "{}")});
 }
 
 TEST_F(Network, ATotOrderOfMoreThan15EntriesIsRefusedWithoutTheModem) {
@@ -141,14 +145,14 @@ TEST_F(Network, ATotOrderOfMoreThan15EntriesIsRefusedWithoutTheModem) {
                 {});
 }
 
-TEST_F(Network, ATotOrderThatTheModemRefusesFails) {
-  handset.spoil("update_tot_order", "error error=48");
+TEST_F(Network, UpdatingATotOrderThatTheModemRefusesFails) {
+  handset.inject("update_tot_order", "error error=48");
   Bytes request = cdma(0x020000C5, le16(1) + words({7}) + zeros(56));
   expect_served(request, echo(request, 5),
                 {"handle_update_tot_order: EVENT VALUE 33554629 ",
                  "qor_qmi_sprint_update_tot_order: Update TOT order failed (48).",
                  "Update TOT order result - 0"},
-                {asked("qorext", "update_tot_order", R"({"entries":[7]})")});
+                {modem_request("qorext", "update_tot_order", R"({"entries":[7]})")});
 }
 
 Texts subsidy_lock(const std::string& outcome) {
@@ -159,29 +163,29 @@ Texts subsidy_lock(const std::string& outcome) {
 TEST_F(Network, TheSubsidyLockOpensWithItsCode) {
   expect_served(cdma(0x0200000A, {}, "246810"), reply(0x0200000A, 0, zeros(6)),
                 subsidy_lock(" qorext_hook_sprint_verify_subsidy_lock Success "),
-                {asked("dms", "verify_subsidy_lock", R"({"code":"323436383130"})")});
+                {modem_request("dms", "verify_subsidy_lock", R"({"code":"323436383130"})")});
 }
 
-TEST_F(Network, TheSubsidyLockTakesItsCodeFromTheHeaderAlone) {
+TEST_F(Network, TheSubsidyLockUsesOnlyTheCodeInTheHeader) {
   expect_served(cdma(0x0200000A, characters("246810"), "246811"), reply(0x0200000A, 3, zeros(6)),
                 subsidy_lock(" qorext_hook_sprint_verify_subsidy_lock Error = 85"),
-                {asked("dms", "verify_subsidy_lock", R"({"code":"323436383131"})")});
+                {modem_request("dms", "verify_subsidy_lock", R"({"code":"323436383131"})")});
 }
 
 const std::string kAkey = "12345678901234567890123456";
 
-Texts akey_entered() {
+Texts akey_texts() {
   return {"qorext_hook_sprint_write_akey:  ENTER ",
           "qcril_qmi_nas_qor_cdma_validate_and_write_akey entered "};
 }
 
 std::string akey_request(const Bytes& code, const Bytes& akey) {
-  return asked("nas", "write_akey",
-               fmt::format(R"({{"akey":"{}","spc":"{}"}})", as_hex(akey), as_hex(code)));
+  return modem_request("nas", "write_akey",
+                       fmt::format(R"({{"akey":"{}","spc":"{}"}})", as_hex(akey), as_hex(code)));
 }
 
-TEST_F(Network, AnAkeyOf26CharactersIsAnsweredTwice) {
-  expect_served_twice(cdma(0x02000013, characters(kAkey), "000000"), 0, akey_entered(),
+TEST_F(Network, AnAkeyOf26CharactersGetsTwoReplies) {
+  expect_served_twice(cdma(0x02000013, characters(kAkey), "000000"), 0, akey_texts(),
                       {akey_request(characters("000000"), characters(kAkey))});
   EXPECT_EQ(stored("security/akey"), kAkey);
 }
@@ -189,19 +193,19 @@ TEST_F(Network, AnAkeyOf26CharactersIsAnsweredTwice) {
 TEST_F(Network, AnAkeyOfAnotherLengthIsRefusedWithoutTheModem) {
   for (const std::string& akey : {kAkey.substr(1), kAkey + "7", std::string()}) {
     expect_served_twice(cdma(0x02000013, characters(akey), "000000"), 5,
-                        akey_entered() + Texts{"akey_len != sizeof(akey_req_msg.akey)"}, {});
+                        akey_texts() + Texts{"akey_len != sizeof(akey_req_msg.akey)"}, {});
   }
 }
 
 TEST_F(Network, AnAkeyWithTheWrongCodeFails) {
   expect_served_twice(cdma(0x02000013, characters(kAkey), "000001"), 5,
-                      akey_entered() + Texts{"validate_and_write_akey Error = 85"},
+                      akey_texts() + Texts{"validate_and_write_akey Error = 85"},
                       {akey_request(characters("000001"), characters(kAkey))});
 }
 
 TEST_F(Network, AnAkeyThatClaimsMoreThanWasSentEndsInZeros) {
   expect_served_twice(cdma_claiming(0x02000013, 26, characters("12345"), "000000"), 5,
-                      akey_entered() + Texts{"validate_and_write_akey Error = 48"},
+                      akey_texts() + Texts{"validate_and_write_akey Error = 48"},
                       {akey_request(characters("000000"), padded("12345", 26))});
 }
 

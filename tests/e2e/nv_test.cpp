@@ -1,10 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-// NV items, by their number and by ids of their own.
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
-#include "tests/e2e/support/handset.h"
-#include "tests/e2e/support/log_texts.h"
+// NV items, by number and through requests for one item.
+#include "tests/e2e/support/handset_fixture.h"
 
 namespace e2e {
 namespace {
@@ -13,114 +9,102 @@ using testing::ElementsAre;
 using testing::ElementsAreArray;
 using testing::IsEmpty;
 
-constexpr uint32_t kWrite = 0x02000015;
-constexpr uint32_t kRead = 0x02000016;
 constexpr uint32_t kItem = 7000;
 
-class Nv : public testing::Test {
+class Nv : public HandsetTest {
  protected:
-  std::string stored(uint32_t rde_id) {
-    return handset.modem().value(fmt::format("nv {}", rde_id), "/data");
-  }
   void store(uint32_t rde_id, const Bytes& data) {
     handset.modem().command(fmt::format("nv {} {}", rde_id, as_hex(data)));
   }
   void remove(uint32_t rde_id) {
     handset.modem().command(fmt::format(R"(set nv=[{{"rde_id":{},"absent":true}}])", rde_id));
   }
-
-  Handset handset;
 };
 
 TEST_F(Nv, AnItemIsWrittenAndReadBack) {
   Bytes data = hex("11223344 556677");
-  Served written = handset.serve(cdma(kWrite, words({kItem, 2, 3, 7}) + data));
-  EXPECT_EQ(written.replies, as_hex(reply(kWrite, 0)));
+  Served written = handset.serve(cdma(kNvWrite, words({kItem, 2, 3, 7}) + data));
+  EXPECT_EQ(written.replies, as_hex(reply(kNvWrite, 0)));
   EXPECT_THAT(
       written.log,
-      ElementsAreArray(received(kWrite, 41) +
+      ElementsAreArray(received(kNvWrite, 41) +
                        Texts{"qorext_hook_sprint_rde_write: FUNCTION enter.",
                              "NV Write with RDE index 7000, record number 2, offset 3.",
                              "qor_qmi_sprint_rde_write: hexdump len 7...",
                              "HexDump: Data 11223344556677", "NV Write success for element 7000",
                              "RDE Write success for element 7000"} +
-                       answered(kWrite, 0)));
+                       answered(kNvWrite, 0)));
 
-  Served read = handset.serve(cdma(kRead, words({kItem, 2, 0, 10})));
+  Served read = handset.serve(cdma(kNvRead, words({kItem, 2, 0, 10})));
   EXPECT_EQ(read.replies,
-            as_hex(reply(kRead, 0, words({kItem, 2, 0, 10}) + zeros(3) + data + zeros(4))));
+            as_hex(reply(kNvRead, 0, words({kItem, 2, 0, 10}) + zeros(3) + data + zeros(4))));
   EXPECT_THAT(read.log,
-              ElementsAreArray(received(kRead, 34) +
+              ElementsAreArray(received(kNvRead, 34) +
                                Texts{"qorext_hook_sprint_rde_read: Function Enter.",
                                      "NV Read with RDE index (7000), recordNum(2), offset(0).",
                                      "NV Read 7000, length 10, data length 10, grde - "
                                      "00000011223344556677"} +
-                               answered(kRead, 30)));
+                               answered(kNvRead, 30)));
   EXPECT_THAT(handset.modem_requests(),
               ElementsAre(element_write(kItem, data, 2, 3), element_read(kItem, 2)));
 }
 
 TEST_F(Nv, AReadStartsAtItsOffset) {
   store(kItem, hex("A0A1A2A3A4"));
-  EXPECT_EQ(handset.serve(cdma(kRead, words({kItem, 0, 2, 0}))).replies,
-            as_hex(reply(kRead, 0, words({kItem, 0, 2, 3}) + hex("A2A3A4") + zeros(4))));
+  expect_reply(cdma(kNvRead, words({kItem, 0, 2, 0})),
+               reply(kNvRead, 0, words({kItem, 0, 2, 3}) + hex("A2A3A4") + zeros(4)));
 }
 
-TEST_F(Nv, AnItemThatIsNotThereCannotBeRead) {
-  Served served = handset.serve(cdma(kRead, words({kItem, 0, 0, 0})));
-  EXPECT_EQ(served.replies, as_hex(reply(kRead, 5)));
+TEST_F(Nv, AMissingItemCannotBeRead) {
+  Served served = handset.serve(nv_read(kItem));
+  EXPECT_EQ(served.replies, as_hex(reply(kNvRead, 5)));
   EXPECT_THAT(served.log,
-              ElementsAreArray(received(kRead, 34) +
+              ElementsAreArray(received(kNvRead, 34) +
                                Texts{"qorext_hook_sprint_rde_read: Function Enter.",
                                      "NV Read with RDE index (7000), recordNum(0), offset(0).",
                                      "NV Read fail - 0, result - 1, error - 16", "RDE Read error"} +
-                               answered(kRead, 0)));
+                               answered(kNvRead, 0)));
 }
 
-TEST_F(Nv, AWholeItemOf512BytesGoesBothWays) {
+TEST_F(Nv, AnItemOf512BytesIsWrittenAndReadBack) {
   Bytes data = counting(512);
-  EXPECT_EQ(handset.serve(cdma(kWrite, words({kItem, 0, 0, 512}) + data)).replies,
-            as_hex(reply(kWrite, 0)));
-  EXPECT_EQ(stored(kItem), as_hex(data));
-  EXPECT_EQ(handset.serve(cdma(kRead, words({kItem, 0, 0, 0}))).replies,
-            as_hex(reply(kRead, 0, words({kItem, 0, 0, 512}) + data + zeros(4))));
+  expect_reply(cdma(kNvWrite, words({kItem, 0, 0, 512}) + data), reply(kNvWrite, 0));
+  EXPECT_EQ(stored_item(kItem), as_hex(data));
+  expect_reply(nv_read(kItem), nv_item(kItem, data));
 }
 
 TEST_F(Nv, AWriteOfMoreThan512BytesIsRefusedWithoutTheModem) {
   for (uint32_t length : {513U, 0x80000000U, 0xFFFFFFFFU}) {
-    Served served = handset.serve(cdma(kWrite, words({kItem, 0, 0, length}) + counting(513)));
-    EXPECT_EQ(served.replies, as_hex(reply(kWrite, 5)));
+    Served served = handset.serve(cdma(kNvWrite, words({kItem, 0, 0, length}) + counting(513)));
+    EXPECT_EQ(served.replies, as_hex(reply(kNvWrite, 5)));
     EXPECT_EQ(served.log[6],
               fmt::format("Data more than buffer size {}", static_cast<int32_t>(length)));
   }
   EXPECT_THAT(handset.modem_requests(), IsEmpty());
 }
 
-TEST_F(Nv, AWriteTakesZerosForBytesThatWereNotSent) {
-  EXPECT_EQ(handset.serve(cdma(kWrite, words({kItem, 0, 0, 4}) + hex("AB"))).replies,
-            as_hex(reply(kWrite, 0)));
-  EXPECT_EQ(stored(kItem), "ab000000");
+TEST_F(Nv, AWriteHasZerosForBytesThatWereNotSent) {
+  expect_reply(cdma(kNvWrite, words({kItem, 0, 0, 4}) + hex("AB")), reply(kNvWrite, 0));
+  EXPECT_EQ(stored_item(kItem), "ab000000");
 }
 
 TEST_F(Nv, AWriteThatTheModemRefusesFails) {
-  handset.spoil("element_write", "error error=52");
-  Served served = handset.serve(cdma(kWrite, words({kItem, 0, 0, 1}) + hex("AB")));
-  EXPECT_EQ(served.replies, as_hex(reply(kWrite, 5)));
+  handset.inject("element_write", "error error=52");
+  Served served = handset.serve(cdma(kNvWrite, words({kItem, 0, 0, 1}) + hex("AB")));
+  EXPECT_EQ(served.replies, as_hex(reply(kNvWrite, 5)));
   EXPECT_THAT(
       served.log,
-      ElementsAreArray(received(kWrite, 35) +
+      ElementsAreArray(received(kNvWrite, 35) +
                        Texts{"qorext_hook_sprint_rde_write: FUNCTION enter.",
                              "NV Write with RDE index 7000, record number 0, offset 0.",
                              "qor_qmi_sprint_rde_write: hexdump len 1...", "HexDump: Data AB",
                              "NV Write fail - 0, result - 1, error - 52", "RDE write error"} +
-                       answered(kWrite, 0)));
+                       answered(kNvWrite, 0)));
 }
 
-// Writes by an id of their own; the code field and a status in the request say nothing.
-struct FixedItem {
-  uint32_t write_id;
-  uint32_t rde_id;
-};
+// A request id and the NV item that it reads or writes. Code field and status of the request have
+// no effect.
+using FixedItem = std::tuple<uint32_t, uint32_t>;
 
 class FixedItems : public Nv, public testing::WithParamInterface<FixedItem> {};
 
@@ -136,14 +120,14 @@ TEST_P(FixedItems, AreWrittenWithTheRequestsWholePayload) {
 
 TEST_P(FixedItems, RefuseMoreThan512BytesWithoutTheModem) {
   auto [id, rde_id] = GetParam();
-  EXPECT_EQ(handset.serve(cdma(id, counting(512))).replies, as_hex(reply(id, 0)));
-  EXPECT_EQ(handset.serve(cdma(id, counting(513))).replies, as_hex(reply(id, 5)));
+  expect_reply(cdma(id, counting(512)), reply(id, 0));
+  expect_reply(cdma(id, counting(513)), reply(id, 5));
   EXPECT_THAT(handset.modem_requests(), ElementsAre(element_write(rde_id, counting(512))));
 }
 
 TEST_P(FixedItems, FailWhenTheModemRefuses) {
   auto [id, rde_id] = GetParam();
-  handset.spoil("element_write", "error error=3");
+  handset.inject("element_write", "error error=3");
   Served served = handset.serve(cdma(id, hex("01")));
   EXPECT_EQ(served.replies, as_hex(reply(id, 5)));
   EXPECT_EQ(served.log.back(), fmt::format("NV write Err RdeId={}, Err=0, resp_type=3", rde_id));
@@ -154,14 +138,9 @@ INSTANTIATE_TEST_SUITE_P(Ids, FixedItems,
                                          FixedItem{0x0200001A, 39}, FixedItem{0x0200000E, 10003},
                                          FixedItem{0x02000010, 37}));
 
-struct ReadableItem {
-  uint32_t read_id;
-  uint32_t rde_id;
-};
+class ReadableItems : public Nv, public testing::WithParamInterface<FixedItem> {};
 
-class ReadableItems : public Nv, public testing::WithParamInterface<ReadableItem> {};
-
-TEST_P(ReadableItems, GiveTheirFirstFourBytes) {
+TEST_P(ReadableItems, ReturnTheirFirstFourBytes) {
   auto [id, rde_id] = GetParam();
   store(rde_id, hex("A1A2A3A4A5A6"));
   Served served = handset.serve(cdma(id));
@@ -185,26 +164,25 @@ TEST_P(ReadableItems, GiveTheirFirstFourBytes) {
   EXPECT_THAT(handset.modem_requests(), ElementsAre(element_read(rde_id)));
 }
 
-TEST_P(ReadableItems, AreFilledUpWithZeros) {
+TEST_P(ReadableItems, ArePaddedWithZeros) {
   auto [id, rde_id] = GetParam();
   store(rde_id, hex("7E"));
-  EXPECT_EQ(handset.serve(cdma(id)).replies, as_hex(reply(id, 0, hex("7E000000"))));
+  expect_reply(cdma(id), reply(id, 0, hex("7E000000")));
 }
 
-// What the modem says of its success is not looked at.
+// The daemon does not check the modem's result.
 TEST_P(ReadableItems, AreZerosWhenTheModemHasNone) {
   auto [id, rde_id] = GetParam();
   remove(rde_id);
-  EXPECT_EQ(handset.serve(cdma(id)).replies, as_hex(reply(id, 0, zeros(4))));
+  expect_reply(cdma(id), reply(id, 0, zeros(4)));
 }
 
 INSTANTIATE_TEST_SUITE_P(Ids, ReadableItems,
-                         testing::Values(ReadableItem{0x0200000D, 10003},
-                                         ReadableItem{0x0200000F, 37}));
+                         testing::Values(FixedItem{0x0200000D, 10003}, FixedItem{0x0200000F, 37}));
 
-class UnreadableItems : public Nv, public testing::WithParamInterface<ReadableItem> {};
+class UnreadableItems : public Nv, public testing::WithParamInterface<FixedItem> {};
 
-TEST_P(UnreadableItems, AreReadFromTheModemAndYetRefused) {
+TEST_P(UnreadableItems, AreReadFromTheModemButNotReturned) {
   auto [id, rde_id] = GetParam();
   store(rde_id, hex("A1A2A3A4"));
   Served served = handset.serve(cdma(id));
@@ -214,8 +192,7 @@ TEST_P(UnreadableItems, AreReadFromTheModemAndYetRefused) {
 }
 
 INSTANTIATE_TEST_SUITE_P(Ids, UnreadableItems,
-                         testing::Values(ReadableItem{0x02000017, 38},
-                                         ReadableItem{0x02000019, 39}));
+                         testing::Values(FixedItem{0x02000017, 38}, FixedItem{0x02000019, 39}));
 
 TEST_F(Nv, TheProtocolRevisionIsItem28) {
   handset.serve(cdma(0x02000008, hex("0B")));
@@ -234,9 +211,9 @@ TEST_F(Nv, TheProtocolRevisionIsItem28) {
                        answered(0x02000007, 4)));
 }
 
-TEST_F(Nv, AMissingProtocolRevisionIsAFailureWithData) {
+TEST_F(Nv, AMissingProtocolRevisionFailsWithData) {
   remove(28);
-  EXPECT_EQ(handset.serve(cdma(0x02000007)).replies, as_hex(reply(0x02000007, 5, zeros(4))));
+  expect_reply(cdma(0x02000007), reply(0x02000007, 5, zeros(4)));
 }
 
 }  // namespace

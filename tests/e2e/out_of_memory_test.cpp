@@ -1,25 +1,20 @@
 // SPDX-License-Identifier: Apache-2.0
-// Memory that is not there, at one allocation after the other.
+// Each allocation fails in turn.
 #include "tests/e2e/support/faulty_handset.h"
 
 namespace e2e {
 namespace {
 
-struct Starved {
+struct AllocatingRequest {
   const char* name;
   Bytes request;
-  Bytes reply;  // that comes instead
+  Bytes failure;  // the reply after a failed allocation
 };
 
-// A reply of the carrier handler that cannot be made: the request is offered to the table behind
-// it.
-const Bytes kRequestOfItem = words({28, 0, 0, 0});
-
-std::vector<Starved> starved_requests() {
-  std::vector<Starved> all = {
-      {"GeneralRead", cdma(0x02000016, kRequestOfItem),
-       reply(0x02000016, 0, words({28, 0, 0, 1}) + hex("06") + zeros(4))},
-      {"GeneralWrite", cdma(0x02000015, words({7000, 0, 0, 1}) + hex("01")), reply(0x02000015, 0)},
+std::vector<AllocatingRequest> allocating_requests() {
+  std::vector<AllocatingRequest> all = {
+      {"GeneralRead", nv_read(28), nv_item(28, hex("06"))},
+      {"GeneralWrite", cdma(kNvWrite, words({7000, 0, 0, 1}) + hex("01")), reply(kNvWrite, 0)},
       {"MobileRevision", cdma(0x02000007), reply(0x02000007, 0, hex("06000000"))},
       {"SubsidyLock", cdma(0x0200000A, {}, "246810"), reply(0x0200000A, 5)},
       {"FixedRead", cdma(0x0200000D), {}},
@@ -32,6 +27,7 @@ std::vector<Starved> starved_requests() {
       {"OperatorName", generic(0xA0006, le16(1) + le16(1)), {}},
       {"AntennaTuning", generic(0x5002A, hex("01")), {}},
   };
+  // The carrier handler fails; the table that is searched next does not have the id.
   auto unknown_to_the_table = [&](const char* name, const Bytes& request) {
     all.push_back({name, request, reply(qorextctl::load_le(request, 0, 4), 6)});
   };
@@ -48,8 +44,7 @@ std::vector<Starved> starved_requests() {
   return all;
 }
 
-// Those that need no memory of their own.
-const Bytes kFrugalRequests[] = {
+const Bytes kRequestsWithoutAllocation[] = {
     generic(0x70000),
     generic(0x60001),
     cdma(0x02000014),
@@ -60,25 +55,27 @@ const Bytes kFrugalRequests[] = {
 
 class OutOfMemory : public FaultyHandset {
  protected:
-  // The n-th allocation of the main thread fails. Nothing when there was none.
-  std::optional<std::string> serve_starved(const Bytes& request, uint32_t n) {
+  // Serves while the n-th allocation of the main thread fails; nullopt if there was no n-th one.
+  std::optional<std::string> serve_without_memory(const Bytes& request, uint32_t n) {
     switches->failing_threads = Threads::main;
     switches->failing_allocation = n;
-    std::string replies = handset->serve(request).replies;
+    std::string replies = handset.serve(request).replies;
     if (switches->failing_allocation.exchange(0) != 0) return std::nullopt;
     return replies;
   }
 
-  // Whether the n-th allocation of other threads has failed. Otherwise the message is there.
-  bool starve_report(const std::string& indication, uint32_t n) {
+  // Returns whether the n-th allocation of the other threads failed. If not, the message has
+  // arrived.
+  bool indicate_without_memory(const std::string& indication, uint32_t n) {
     switches->failing_threads = Threads::others;
     switches->failing_allocation = n;
-    handset->modem().command("indicate " + indication);
-    auto& pipe = handset->daemon().unsolicited();
-    auto deadline = qorextctl::Deadline::in(kPatience);
+    handset.indicate("" + indication);
+    auto& pipe = handset.daemon().unsolicited();
+    Deadline deadline = time_limit();
     while (switches->failing_allocation != 0) {
       pipe.read_available();
-      if (pipe.ended() || deadline.passed()) throw std::runtime_error("the daemon reports nothing");
+      if (pipe.ended() || deadline.passed())
+        throw std::runtime_error("the daemon sends no message");
       if (pipe.pending().empty()) continue;
       switches->failing_allocation = 0;
       return false;
@@ -87,66 +84,66 @@ class OutOfMemory : public FaultyHandset {
   }
 };
 
-TEST_F(OutOfMemory, CostsOneReplyWhereverItIsMet) {
-  for (const auto& [name, request, instead] : starved_requests()) {
+TEST_F(OutOfMemory, AffectsOneReplyAtEachAllocation) {
+  for (const auto& [name, request, failure] : allocating_requests()) {
     SCOPED_TRACE(std::string(name) + " " + as_hex(request));
-    std::string whole = handset->serve(request).replies;
+    std::string whole = handset.serve(request).replies;
     uint32_t n = 1;
-    while (auto replies = serve_starved(request, n)) {
-      EXPECT_EQ(*replies, as_hex(instead)) << "allocation " << n;
+    while (auto replies = serve_without_memory(request, n)) {
+      EXPECT_EQ(*replies, as_hex(failure)) << "allocation " << n;
       ++n;
     }
     EXPECT_GT(n, 1U) << "nothing was allocated";
-    EXPECT_EQ(handset->serve(request).replies, whole);
+    EXPECT_EQ(handset.serve(request).replies, whole);
   }
 }
 
-TEST_F(OutOfMemory, IsNothingToRequestsThatNeedNone) {
-  for (const Bytes& request : kFrugalRequests) {
+TEST_F(OutOfMemory, DoesNotAffectRequestsWithoutAllocation) {
+  for (const Bytes& request : kRequestsWithoutAllocation) {
     SCOPED_TRACE(as_hex(request));
-    EXPECT_NE(handset->serve(request).replies, "");
-    EXPECT_EQ(serve_starved(request, 1), std::nullopt);
+    EXPECT_NE(handset.serve(request).replies, "");
+    EXPECT_EQ(serve_without_memory(request, 1), std::nullopt);
   }
 }
 
-TEST_F(OutOfMemory, CostsOneMessageWhereverItIsMet) {
+TEST_F(OutOfMemory, AffectsOneMessageAtEachAllocation) {
   for (const char* indication :
        {"notify", "utils type=2 data=0A0B", "utils type=1 data=010101000500EEFFC002A1",
         "carrier_event value=7", "lte_error", "coverage", "pfp"}) {
     SCOPED_TRACE(indication);
     uint32_t n = 1;
-    while (starve_report(indication, n)) {
-      EXPECT_LE(messages_until_idle().size(), 1U);
+    while (indicate_without_memory(indication, n)) {
+      EXPECT_LE(handset.messages_until_idle().size(), 1U);
       ++n;
     }
     EXPECT_GT(n, 1U) << "nothing was allocated";
-    EXPECT_EQ(messages_until_idle().size(), 1U);
+    EXPECT_EQ(handset.messages_until_idle().size(), 1U);
   }
-  EXPECT_EQ(handset->serve(band_query).replies, band_reply);
+  EXPECT_EQ(handset.serve(band_query).replies, band_reply);
 }
 
-TEST_F(OutOfMemory, LeavesTheCarriersMessagesAWord) {
-  for (uint32_t n = 1; starve_report("lte_error", n); ++n) messages_until_idle();
-  EXPECT_THAT(handset->log().texts(), testing::Contains("send_unsol_response: out of memory!"));
+TEST_F(OutOfMemory, IsLoggedForTheCarriersMessages) {
+  for (uint32_t n = 1; indicate_without_memory("lte_error", n); ++n) handset.messages_until_idle();
+  EXPECT_THAT(handset.log().texts(), testing::Contains("send_unsol_response: out of memory!"));
 }
 
-TEST_F(OutOfMemory, CostsNoMoreThanTheFilesThatAreNotWritten) {
+TEST_F(OutOfMemory, AffectsOnlyTheFilesThatAreBeingWritten) {
   for (const char* indication :
        {"utils type=7 data=01", "utils type=1 data=010101000800FFFFFFFFA1A2A3A4", "hob_save"}) {
     SCOPED_TRACE(indication);
     for (uint32_t n = 1; n <= 40; ++n) {
       switches->failing_threads = Threads::others;
       switches->failing_allocation = n;
-      handset->modem().command(std::string("indicate ") + indication);
-      handset->modem().command("indicate notify --count 2");
-      next_message();
+      handset.indicate(indication);
+      handset.indicate("notify --count 2");
+      handset.next_message();
       switches->failing_allocation = 0;
-      messages_until_idle();
+      handset.messages_until_idle();
     }
   }
-  handset->modem().command("indicate utils type=7 data=01");
-  messages_until_idle();
-  EXPECT_EQ(handset->phone().property("ril.baseband.rfcable.status"), "1");
+  handset.indicate("utils type=7 data=01");
+  handset.messages_until_idle();
+  EXPECT_EQ(handset.phone().property("ril.baseband.rfcable.status"), "1");
 }
 
 }  // namespace

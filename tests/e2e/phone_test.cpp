@@ -1,13 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
-// The tool's words for failure and log capture: uploads, saves, the phone's root.
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
+// The tool's commands for KPI uploads, HOB saves and the phone's root.
 
 #include <filesystem>
 #include <fstream>
 
 #include "tests/e2e/support/command.h"
-#include "tests/e2e/support/files.h"
 #include "tests/e2e/support/handset.h"
 #include "tests/e2e/support/vorn.h"
 #include "tools/qorextctl/phone/phone_files.h"
@@ -17,7 +14,6 @@ namespace {
 
 namespace fs = std::filesystem;
 
-using qorextctl::Deadline;
 using testing::Contains;
 using testing::HasSubstr;
 
@@ -28,14 +24,17 @@ class Uploads : public testing::Test {
  protected:
   // Uploads the log and waits until its packages are in the current log file.
   void upload(const std::string& log, const std::string& options, size_t packages) {
+    start_upload(log, options);
+    wait_for_merges(packages);
+  }
+  void start_upload(const std::string& log, const std::string& options) {
     std::string path = handset.phone().folder() + "/upload";
     std::ofstream(path, std::ios::binary) << log;
     handset.modem().command("kpi --file " + path + " " + options);
-    wait_for_merges(packages);
   }
   void wait_for_merges(size_t count) {
     for (; count != 0; --count) {
-      auto found = handset.daemon().log().find(kMerged, next_line_, Deadline::in(kPatience));
+      auto found = handset.daemon().log().find(kMerged, next_line_, time_limit());
       ASSERT_TRUE(found.has_value()) << count << " packages are missing";
       next_line_ = *found + 1;
     }
@@ -52,13 +51,13 @@ class Uploads : public testing::Test {
 };
 
 TEST_F(Uploads, ALogOfOnePackageArrivesByteForByte) {
-  std::string log = made_up_log(kPackageBytes);
+  std::string log = random_log(kPackageBytes);
   upload(log, "--package 7", 1);
   EXPECT_EQ(current_log(), log);
 }
 
-TEST_F(Uploads, ALongerLogArrivesInPackagesOneBehindTheOther) {
-  std::string log = made_up_log(2 * kPackageBytes + 1);
+TEST_F(Uploads, ALongerLogArrivesInConsecutivePackages) {
+  std::string log = random_log(2 * kPackageBytes + 1);
   upload(log, "--package 255", 3);
   EXPECT_EQ(current_log(), log);
   auto texts = handset.log().texts();
@@ -68,34 +67,31 @@ TEST_F(Uploads, ALongerLogArrivesInPackagesOneBehindTheOther) {
 }
 
 TEST_F(Uploads, PackagesWithoutHeaderKeepEveryByte) {
-  constexpr size_t kOneByteTooMany = 255 * 5 + 1;  // the last package would be too short
-  std::string log = made_up_log(kOneByteTooMany);
+  constexpr size_t kOneByteTooMany = 255 * 5 + 1;  // would make the last package too short
+  std::string log = random_log(kOneByteTooMany);
   upload(log, "--headerless --packet-size 5", 2);
   EXPECT_EQ(current_log(), log);
 }
 
-TEST_F(Uploads, ALostPacketTakesTheOneBehindItAlong) {
+TEST_F(Uploads, ALostPacketLosesTheNextOneToo) {
   upload("aabbccddeeff", "--packet-size 2 --lose 3", 1);
   EXPECT_EQ(current_log(), "aabbeeff");
 }
 
-TEST_F(Uploads, TheModemServesRequestsMeanwhile) {
-  std::string log = made_up_log(20 * kPackageBytes);
-  std::string path = handset.phone().folder() + "/upload";
-  std::ofstream(path, std::ios::binary) << log;
-  handset.modem().command("kpi --no-wait --file " + path);
+TEST_F(Uploads, TheModemServesRequestsDuringAnUpload) {
+  std::string log = random_log(20 * kPackageBytes);
+  start_upload(log, "--no-wait");
   handset.serve(cdma(0x020000BD, le32(42)));
   EXPECT_EQ(handset.modem().value("state", "/state/carrier/bsr_timer"), "42");
   wait_for_merges(20);
   EXPECT_EQ(current_log(), log);
 }
 
-// A log is deleted when it is neither the current nor the previous one any more, so that they are
-// looked at after each of two rotations.
-TEST_F(Uploads, SixtyFourMebibytesArriveByteForByteOverTheRotations) {
+// Only the current and the previous log exist, so the test checks them after each of two rotations.
+TEST_F(Uploads, SixtyFourMebibytesArriveByteForByteOverTwoRotations) {
   constexpr size_t kFirstPart = size_t{40} << 20;
   VornFolder vorn(handset.phone());
-  std::string log = made_up_log(size_t{64} << 20);
+  std::string log = random_log(size_t{64} << 20);
   upload(log.substr(0, kFirstPart), "", (kFirstPart - 1) / kPackageBytes + 1);
   std::string first = vorn.content(vorn.linked(2));
   std::string second = vorn.content(vorn.linked(1));
@@ -107,7 +103,7 @@ TEST_F(Uploads, SixtyFourMebibytesArriveByteForByteOverTheRotations) {
   EXPECT_TRUE(first + vorn.content(vorn.linked(2)) + vorn.content(vorn.linked(1)) == log);
 }
 
-TEST(Saves, TheBlockComesIntoThePartition) {
+TEST(Saves, TheBlockIsCopiedToThePartition) {
   Handset handset;
   handset.modem().command("hob-save");
   std::string folder = handset.phone().folder();
@@ -117,13 +113,13 @@ TEST(Saves, TheBlockComesIntoThePartition) {
   EXPECT_EQ(handset.modem().value("hob", "/states/1"), "saved");
 }
 
-// A root that stays between runs.
+// A root that is kept between runs.
 class KeptRoot : public testing::Test {
  protected:
   CommandResult run(const std::string& words) {
     return run_command("$BIN/qorextctl --phone-root " + phone.folder() + " " + words);
   }
-  // Lines for a daemon that has come to serve requests.
+  // Plays the lines as soon as the daemon serves requests.
   CommandResult play(const std::string& lines) {
     return run("session <<END\nwait-log 'waiting for data'\n" + lines + "\nEND");
   }
@@ -131,7 +127,7 @@ class KeptRoot : public testing::Test {
   PhoneRoot phone{PhoneRoot::bare};
 };
 
-TEST_F(KeptRoot, IsPreparedOverAndOverAndKeepsWhatWasSaved) {
+TEST_F(KeptRoot, IsPreparedRepeatedlyAndKeepsASavedBlock) {
   EXPECT_EQ(run("phone").status, 0);
   EXPECT_EQ(play("modem hob-save").status, 0);
   EXPECT_THAT(run("phone show").output, HasSubstr("hand-off-block:  saved"));
@@ -141,8 +137,8 @@ TEST_F(KeptRoot, IsPreparedOverAndOverAndKeepsWhatWasSaved) {
   EXPECT_THAT(run("phone show").output, HasSubstr("hand-off-block:  not saved"));
 }
 
-// After a crash, and only then, the modem is told to verify the SIM PIN by itself.
-TEST_F(KeptRoot, SaysWhatTheDaemonFindsAtItsStart) {
+// Only after a crash, the daemon requests that the modem verify the SIM PIN itself.
+TEST_F(KeptRoot, DeterminesTheNoticeAtTheDaemonsStart) {
   constexpr const char* kNotice = "\"message\": \"utils\"";
   const std::pair<const char*, bool> kBoots[] = {
       {"phone", false},
@@ -158,7 +154,7 @@ TEST_F(KeptRoot, SaysWhatTheDaemonFindsAtItsStart) {
   }
 }
 
-TEST_F(KeptRoot, ShowsLogsToAScript) {
+TEST_F(KeptRoot, ShowsLogsAsJson) {
   EXPECT_EQ(play("modem kpi data=0102030405\nwait-log succeed").status, 0);
   std::string shown = run("--json phone show").output;
   EXPECT_THAT(shown, HasSubstr(R"("resolves":"yes")"));
@@ -172,7 +168,7 @@ TEST_F(KeptRoot, ASaveThatFailsEndsWithStatusOne) {
   EXPECT_THAT(result.output, HasSubstr(R"("failed")"));
 }
 
-TEST(PhoneCommand, WantsToKnowWhichPhone) {
+TEST(PhoneCommand, RequiresAPhoneRoot) {
   EXPECT_EQ(run_command("$BIN/qorextctl phone show").status, 2);
 }
 

@@ -1,8 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// Recordings of real daemons and modems: made, played back, shown as timelines.
-#include <fmt/format.h>
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
+// Recordings of real daemons and modems: recording, replay and timelines.
 
 #include <filesystem>
 #include <fstream>
@@ -10,7 +7,6 @@
 #include <nlohmann/json.hpp>
 
 #include "tests/e2e/support/command.h"
-#include "tests/e2e/support/files.h"
 #include "tests/e2e/support/handset.h"
 
 namespace e2e {
@@ -24,9 +20,9 @@ using testing::HasSubstr;
 using testing::Not;
 using Json = nlohmann::ordered_json;
 
-constexpr const char* kKept[] = {"provisioning", "features", "trouble"};
+constexpr const char* kStoredRecordings[] = {"provisioning", "features", "trouble"};
 
-std::string kept(const std::string& name) {
+std::string stored_recording(const std::string& name) {
   return std::string(QOREXT_RECORDINGS) + "/" + name + ".jsonl";
 }
 
@@ -54,11 +50,11 @@ class Recordings : public testing::Test {
     for (const std::string& line : lines) file << line << '\n';
   }
 
-  // A kept recording of which the first line with this text has another one instead. Returns the
-  // line's number.
+  // Writes a stored recording with one change in the first line that contains `in`. Returns the
+  // line's number, or 0.
   size_t change(const std::string& name, const std::string& in, const std::string& from,
                 const std::string& to) const {
-    auto lines = lines_of(content_of(kept(name)));
+    auto lines = lines_of(content_of(stored_recording(name)));
     size_t number = 0;
     while (number < lines.size() && lines[number].find(in) == std::string::npos) ++number;
     if (number == lines.size()) return 0;
@@ -69,7 +65,7 @@ class Recordings : public testing::Test {
     return number + 1;
   }
 
-  // The differences, then the summary.
+  // Returns the differences, then the summary.
   std::vector<Json> replayed(const std::string& options = "") const {
     return objects_of(run("--json " + options + " replay " + path("recording")).output);
   }
@@ -77,15 +73,15 @@ class Recordings : public testing::Test {
   PhoneRoot phone_;
 };
 
-TEST_F(Recordings, KeptOnesAreStillTrue) {
-  for (const char* name : kKept) {
-    CommandResult result = run("replay " + kept(name));
+TEST_F(Recordings, StoredOnesReplayWithoutADifference) {
+  for (const char* name : kStoredRecordings) {
+    CommandResult result = run("replay " + stored_recording(name));
     EXPECT_EQ(result.status, 0) << name << '\n' << result.output << result.errors;
     EXPECT_THAT(lines_of(result.output), ElementsAre(EndsWith("compared, 0 differences")));
   }
 }
 
-TEST_F(Recordings, TellAFieldOfAReplyThatIsDifferent) {
+TEST_F(Recordings, ReportADifferentFieldOfAReply) {
   size_t line =
       change("features", R"("kind":"reply","name":"get-bsr-timer")", "2C010000", "2B010000");
   ASSERT_NE(line, 0U);
@@ -105,7 +101,7 @@ TEST_F(Recordings, TellAFieldOfAReplyThatIsDifferent) {
   EXPECT_EQ(objects[1]["differences"], 1);
 }
 
-TEST_F(Recordings, TellAFieldOfAMessageThatIsDifferent) {
+TEST_F(Recordings, ReportADifferentFieldOfAMessage) {
   size_t line = change("trouble", R"("direction":"request","name":"set_bsr_timer")",
                        "0104004D000000", "0104004E000000");
   ASSERT_NE(line, 0U);
@@ -117,7 +113,7 @@ TEST_F(Recordings, TellAFieldOfAMessageThatIsDifferent) {
   EXPECT_EQ(objects[0]["got"], 77);
 }
 
-TEST_F(Recordings, HidePersonalValuesInTheirDifferences) {
+TEST_F(Recordings, MaskPersonalValuesInTheirDifferences) {
   const std::string mdn = "393133353535303134323030303030";
   size_t line =
       change("provisioning", R"("kind":"reply","name":"get-nam")", mdn, "38" + mdn.substr(2));
@@ -133,8 +129,8 @@ TEST_F(Recordings, HidePersonalValuesInTheirDifferences) {
   EXPECT_EQ(shown[0]["got"], "913555014200000");
 }
 
-TEST_F(Recordings, TellWhatNobodyExpected) {
-  auto lines = lines_of(content_of(kept("features")));
+TEST_F(Recordings, ReportAnUnexpectedMessage) {
+  auto lines = lines_of(content_of(stored_recording("features")));
   std::erase_if(lines, [](const std::string& line) {
     return line.find(R"("name":"tuner")") != std::string::npos;
   });
@@ -145,14 +141,14 @@ TEST_F(Recordings, TellWhatNobodyExpected) {
   EXPECT_EQ(objects[0]["what"], "qorext tuner request");
   EXPECT_EQ(objects[0]["expected"], nullptr);
   EXPECT_EQ(objects[0]["got"]["fields"]["data"], "0a0b0c");
-  // It is refused, and so the parent's request is.
+  // The replay refuses it, so the daemon refuses the parent's request.
   EXPECT_EQ(objects[1]["what"], "reply tune");
 }
 
-TEST_F(Recordings, TellWhatIsMissing) {
+TEST_F(Recordings, ReportAMissingMessage) {
   std::vector<std::string> lines;
   Json request;
-  for (const std::string& line : lines_of(content_of(kept("features")))) {
+  for (const std::string& line : lines_of(content_of(stored_recording("features")))) {
     lines.push_back(line);
     Json object = Json::parse(line);
     if (object["name"] != "tuner") continue;
@@ -167,8 +163,8 @@ TEST_F(Recordings, TellWhatIsMissing) {
                           EndsWith("compared, 1 difference")));
 }
 
-TEST_F(Recordings, TellThatTheDaemonHasEnded) {
-  CommandResult result = run("--daemon-program /bin/true replay " + kept("features"));
+TEST_F(Recordings, ReportTheEndOfTheDaemon) {
+  CommandResult result = run("--daemon-program /bin/true replay " + stored_recording("features"));
   EXPECT_EQ(result.status, 1);
   auto lines = lines_of(result.output);
   ASSERT_EQ(lines.size(), 2U) << result.output;
@@ -176,7 +172,7 @@ TEST_F(Recordings, TellThatTheDaemonHasEnded) {
             "line 2: qorext element_read request: daemon: expected runs, got exit status 0");
 }
 
-TEST_F(Recordings, AreMadePlayedBackAndShown) {
+TEST_F(Recordings, AreRecordedReplayedAndTraced) {
   CommandResult made = record("--show-personal",
                               "nv-read rde-id=28\n"
                               "modem indicate pfp rat=3\n"
@@ -195,7 +191,7 @@ TEST_F(Recordings, AreMadePlayedBackAndShown) {
   EXPECT_EQ(trace, Json::parse(run("trace " + path("recording")).output));
 }
 
-// What a viewer of the format needs, and what engineers look for.
+// The timeline of a recording in the trace event format.
 class Trace : public Recordings {
  protected:
   void SetUp() override {
@@ -236,7 +232,7 @@ class Trace : public Recordings {
   std::map<std::string, int> threads_;
 };
 
-TEST_F(Trace, HasFiveTracksAndEventsInTheOrderOfTime) {
+TEST_F(Trace, HasFiveTracksAndEventsInChronologicalOrder) {
   EXPECT_EQ(threads_.size(), 5U);
   double last = 0;
   for (const Json& event : trace_) {
@@ -247,7 +243,7 @@ TEST_F(Trace, HasFiveTracksAndEventsInTheOrderOfTime) {
   }
 }
 
-TEST_F(Trace, HasRequestsWithTheirExchangesInside) {
+TEST_F(Trace, ContainsRequestsWithTheirExchanges) {
   EXPECT_THAT(names("X", "parent"), ElementsAre("nv-read", "reply nv-read", "tune", "reply tune"));
   Json request = slice("main thread", "nv-read");
   EXPECT_TRUE(lies_in(request, slice("parent", "nv-read")));
@@ -260,7 +256,7 @@ TEST_F(Trace, HasRequestsWithTheirExchangesInside) {
   EXPECT_THAT(names("X", "modem"), Contains("qorext tuner"));
 }
 
-TEST_F(Trace, HasTheLogOnTheThreadsThatWroteIt) {
+TEST_F(Trace, ShowsTheLogOnTheThreadsThatWroteIt) {
   EXPECT_THAT(names("i", "main thread"), Contains("Read 34 bytes from pipe"));
   EXPECT_THAT(names("i", "callback thread"), Contains("Handling unsol msg 10"));
   EXPECT_THAT(names("i", "HOB thread"), Contains("dhob_write: Save RF to HOB successful"));
@@ -269,7 +265,7 @@ TEST_F(Trace, HasTheLogOnTheThreadsThatWroteIt) {
   EXPECT_THAT(names("i", "parent"), ElementsAre("unsolicited pfp"));
 }
 
-TEST_F(Trace, LeadsArrowsThroughSlices) {
+TEST_F(Trace, LinksRequestsAndRepliesWithArrows) {
   auto starts = events("s", "parent");
   auto steps = events("t", "main thread");
   auto ends = events("f", "parent");
@@ -298,11 +294,11 @@ TEST_F(Trace, IsDrawnAsAPicture) {
   }
 }
 
-// Codes and numbers of a subscriber, as they are given and as they go over the wire.
+// Codes and numbers of a subscriber, as text and as bytes on the wire.
 constexpr const char* kPersonal[] = {"271828", "323731383238", "9135550199",
                                      "39313335353530313939"};
 
-TEST_F(Recordings, HoldAndShowNoPersonalDataUnlessItIsWanted) {
+TEST_F(Recordings, MaskPersonalDataByDefault) {
   const std::string session =
       "set-nam spc=000000 new-spc=271828 mdn=9135550199 min=9135550199\nget-nam\n";
   EXPECT_EQ(record("", session).status, 0);
@@ -319,8 +315,8 @@ TEST_F(Recordings, HoldAndShowNoPersonalDataUnlessItIsWanted) {
   EXPECT_THAT(whole_trace, HasSubstr("9135550199"));
 }
 
-// Given as bytes, so that the tool cannot know what they hold.
-TEST_F(Recordings, HideWhatMayBePersonal) {
+// Raw bytes, whose meaning the tool cannot know.
+TEST_F(Recordings, MaskPossiblyPersonalBytes) {
   const std::string session =
       "utils type=9 data=323731383238\nraw 990000020600000000000000000000000000323731383238\n"
       "expect-failure cdma id=0x02000098 data=323731383238\nraw 3237313832383237\n"
@@ -336,7 +332,7 @@ TEST_F(Recordings, HideWhatMayBePersonal) {
   EXPECT_THAT(run("--show-personal trace " + path("recording")).output, HasSubstr("323731383238"));
 }
 
-TEST_F(Recordings, HideWhatMayBePersonalInTheirDifferences) {
+TEST_F(Recordings, MaskPossiblyPersonalBytesInTheirDifferences) {
   record("--show-personal", "utils type=9 data=323731383238\n");
   auto lines = lines_of(content_of(path("recording")));
   for (std::string& line : lines) {
@@ -353,7 +349,7 @@ TEST_F(Recordings, HideWhatMayBePersonalInTheirDifferences) {
   EXPECT_EQ(replayed("--show-personal")[0]["got"], "323731383238");
 }
 
-TEST_F(Recordings, AreTheirOwnersAloneWhereTheyHoldPersonalData) {
+TEST_F(Recordings, AreReadableOnlyByTheirOwnerIfTheyContainPersonalData) {
   namespace fs = std::filesystem;
   constexpr fs::perms kOwners = fs::perms::owner_read | fs::perms::owner_write;
   std::ofstream(path("recording")) << "readable by all";
@@ -372,7 +368,7 @@ TEST_F(Recordings, AreTheirOwnersAloneWhereTheyHoldPersonalData) {
   EXPECT_EQ(fs::status(path("new")).permissions(), kOwners);
 }
 
-TEST_F(Recordings, AreNotPlayedBackWhereTheyAreMasked) {
+TEST_F(Recordings, AreNotReplayedIfValuesAreMasked) {
   record("", "nv-read rde-id=28\nget-nam\n");
   CommandResult result = run("replay " + path("recording"));
   EXPECT_EQ(result.status, 2);
@@ -381,13 +377,13 @@ TEST_F(Recordings, AreNotPlayedBackWhereTheyAreMasked) {
                                                          HasSubstr("--show-personal"))));
 }
 
-TEST_F(Recordings, ArePlayedBackWhereNothingPersonalWasToBeMasked) {
+TEST_F(Recordings, AreReplayedIfNoValueHadToBeMasked) {
   record("", "nv-read rde-id=28\n");
   EXPECT_THAT(content_of(path("recording")), HasSubstr(R"("masked":true)"));
   EXPECT_EQ(run("replay " + path("recording")).status, 0);
 }
 
-TEST_F(Recordings, OfABrokenFileAreRefusedInOneLine) {
+TEST_F(Recordings, OfACorruptFileAreRefusedWithOneLine) {
   std::ofstream(path("recording")) << R"({"type":"recording","version":9})" << '\n';
   for (const char* verb : {"replay ", "trace "}) {
     CommandResult result = run(verb + path("recording"));
@@ -398,7 +394,7 @@ TEST_F(Recordings, OfABrokenFileAreRefusedInOneLine) {
   }
 }
 
-TEST_F(Recordings, AreNotMadeWhereTheyCannotBeWrittenOrWatched) {
+TEST_F(Recordings, AreNotMadeIfTheFileOrTheModemIsNotAccessible) {
   CommandResult unwritable = run("record --output /nonexistent/recording");
   EXPECT_EQ(unwritable.status, 2);
   EXPECT_THAT(unwritable.errors, HasSubstr("cannot write '/nonexistent/recording'"));
@@ -407,7 +403,7 @@ TEST_F(Recordings, AreNotMadeWhereTheyCannotBeWrittenOrWatched) {
   EXPECT_THAT(unwatched.errors, HasSubstr("give --control PATH"));
 }
 
-TEST(RecordingOf, AModemThatRunsAlreadyHoldsItsMessages) {
+TEST(RecordingOf, ARunningModemContainsItsMessages) {
   Handset handset{Handset::off};
   handset.start_modem();
   std::string path = handset.phone().folder() + "/recording";

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// Descriptors and files that cannot be had.
+// Running out of descriptors and disk space.
 #include "tests/e2e/support/faulty_handset.h"
 #include "tests/e2e/support/vorn.h"
 
@@ -12,20 +12,20 @@ using testing::SizeIs;
 
 class Resources : public FaultyHandset {
  protected:
-  Resources() { messages_until_idle(); }
+  Resources() { handset.messages_until_idle(); }
 
-  // The log of what becomes of a package.
+  // Uploads a package. Returns the log.
   Texts store(uint8_t package) {
-    size_t before = handset->log().texts().size();
-    report_package(package);
-    EXPECT_THAT(messages_until_idle(), IsEmpty());
-    return handset->log().texts(before);
+    size_t before = handset.log().size();
+    upload_package(package);
+    EXPECT_THAT(handset.messages_until_idle(), IsEmpty());
+    return handset.log().texts(before);
   }
 };
 
 const std::string kStored = "vornIndHndlr: received the last pkg of ";
 
-TEST_F(Resources, AReadOnlyFileSystemCostsThePackagesOfItsTime) {
+TEST_F(Resources, AReadOnlyFileSystemLosesOnlyThePackagesOfItsTime) {
   switches->file_error = EROFS;
   EXPECT_THAT(store(1), Contains("vornIndHndlr: create parent dir /data/vorn failed, rc 30"));
   switches->file_error = 0;
@@ -33,25 +33,24 @@ TEST_F(Resources, AReadOnlyFileSystemCostsThePackagesOfItsTime) {
   switches->file_error = EROFS;
   EXPECT_THAT(store(2),
               Contains("vornIndHndlr: Unable to open /data/vorn/~vorn0002.log, errno 30"));
-  EXPECT_EQ(handset->serve(band_query).replies, band_reply);
+  EXPECT_EQ(handset.serve(band_query).replies, band_reply);
   switches->file_error = 0;
   EXPECT_THAT(store(2), Contains(kStored + "2"));
 }
 
 // Four uploads of 45,000 bytes where a log can take 160,000.
-TEST_F(Resources, AFullDiskIsNoSuccess) {
-  switches->largest_file = 160000;
+TEST_F(Resources, AFullDiskIsNotLoggedAsASuccess) {
+  switches->max_file_size = 160000;
   std::vector<std::string> uploads;
   Texts log;
   for (unsigned package = 1; package <= 4; ++package) {
-    uploads.push_back(made_up_log(45000 + package));
-    size_t before = handset->log().texts().size();
-    upload_in_packets(handset->modem(), package, uploads.back());
-    EXPECT_THAT(messages_until_idle(), IsEmpty());
-    Texts one = handset->log().texts(before);
-    log.insert(log.end(), one.begin(), one.end());
+    uploads.push_back(random_log(45000 + package));
+    size_t before = handset.log().size();
+    upload_in_packets(handset.modem(), package, uploads.back());
+    EXPECT_THAT(handset.messages_until_idle(), IsEmpty());
+    log = log + handset.log().texts(before);
   }
-  VornFolder vorn(handset->phone());
+  VornFolder vorn(handset.phone());
   std::string name = vorn.linked(1);
   EXPECT_THAT(
       log, Contains("vorn_update_current_log: update /data/vorn/" + name + " succeed.").Times(3));
@@ -60,45 +59,45 @@ TEST_F(Resources, AFullDiskIsNoSuccess) {
   EXPECT_TRUE(vorn.content(name) == uploads[0] + uploads[1] + uploads[2]);
   EXPECT_TRUE(vorn.content("~vorn0004.log") == uploads[3]);
 
-  switches->largest_file = 0;
+  switches->max_file_size = 0;
   EXPECT_THAT(store(4),
               Contains("vorn_update_current_log: update /data/vorn/" + name + " succeed."));
 }
 
-TEST_F(Resources, WithoutDescriptorsEverythingButFilesWorks) {
+TEST_F(Resources, WithoutDescriptorsEverythingExceptFilesWorks) {
   store(1);
   exhaust_descriptors(true);
   EXPECT_THAT(store(2),
               Contains("vornIndHndlr: Unable to open /data/vorn/~vorn0002.log, errno 24"));
-  EXPECT_EQ(handset->serve(band_query).replies, band_reply);
-  EXPECT_EQ(handset->serve(cdma(0x0200000A, {}, "246810")).replies,
+  EXPECT_EQ(handset.serve(band_query).replies, band_reply);
+  EXPECT_EQ(handset.serve(cdma(0x0200000A, {}, "246810")).replies,
             as_hex(reply(0x0200000A, 0, zeros(6))));
-  handset->modem().command("indicate utils type=7 data=01");
-  handset->modem().command("indicate carrier_event value=7");
-  EXPECT_THAT(messages_until_idle(), SizeIs(1));
-  EXPECT_EQ(handset->phone().property("ril.baseband.rfcable.status"), "(none)");
+  handset.indicate("utils type=7 data=01");
+  handset.indicate("carrier_event value=7");
+  EXPECT_THAT(handset.messages_until_idle(), SizeIs(1));
+  EXPECT_EQ(handset.phone().property("ril.baseband.rfcable.status"), "(none)");
 
   exhaust_descriptors(false);
   EXPECT_THAT(store(2), Contains(kStored + "2"));
-  handset->modem().command("indicate utils type=7 data=01");
-  messages_until_idle();
-  EXPECT_EQ(handset->phone().property("ril.baseband.rfcable.status"), "1");
+  handset.indicate("utils type=7 data=01");
+  handset.messages_until_idle();
+  EXPECT_EQ(handset.phone().property("ril.baseband.rfcable.status"), "1");
 }
 
-TEST_F(Resources, WithoutDescriptorsTheModemIsToldThatNothingWasSaved) {
-  handset->modem_requests();
+TEST_F(Resources, WithoutDescriptorsAFailedSaveIsReportedToTheModem) {
+  handset.modem_requests();
   exhaust_descriptors(true);
-  size_t before = handset->log().texts().size();
-  handset->modem().command("indicate hob_save");
-  EXPECT_TRUE(handset->log().wait_for("dhob_write: Sending DYNHOB request to BP", before,
-                                      qorextctl::Deadline::in(kPatience)));
+  size_t before = handset.log().size();
+  handset.indicate("hob_save");
+  EXPECT_TRUE(handset.log().wait_for("dhob_write: Sending DYNHOB request to BP", before));
   exhaust_descriptors(false);
-  EXPECT_THAT(handset->log().texts(before),
-              Contains("dhob_write: Unable to open /dev/qor_hob_ram"));
-  auto deadline = qorextctl::Deadline::in(kPatience);
+  EXPECT_THAT(handset.log().texts(before), Contains("dhob_write: Unable to open /dev/qor_hob_ram"));
   Texts requests;
-  while (requests.empty() && !deadline.passed()) requests = handset->modem_requests();
-  EXPECT_THAT(requests, testing::ElementsAre(asked("qorext", "hob", R"({"state":0})")));
+  wait_until([&] {
+    requests = handset.modem_requests();
+    return !requests.empty();
+  });
+  EXPECT_THAT(requests, testing::ElementsAre(modem_request("qorext", "hob", R"({"state":0})")));
 }
 
 }  // namespace

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// The scenario files that come with the modem give what they say.
+// The scenario files that come with the modem.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <unistd.h>
@@ -20,7 +20,7 @@ using testing::Each;
 using testing::ElementsAre;
 using testing::UnorderedElementsAre;
 
-// The replies to a session's lines on a modem with this scenario, in their order.
+// Returns the replies to the session's lines on a modem with this scenario.
 std::vector<Json> replies(const std::string& scenario, const std::string& lines) {
   CommandResult result = run_command("printf '%s' '" + lines +
                                      "' | $BIN/qorextctl --json --scenario " QOREXT_SCENARIOS "/" +
@@ -65,8 +65,8 @@ TEST(FactoryFreshPhone, CanBeProvisioned) {
   EXPECT_EQ(all[1]["fields"]["sid"], 4139);
 }
 
-// Where the modem gives no answer that can be used, these replies are zero.
-TEST(FlakyModem, IsGotOver) {
+// Without a usable answer from the modem, these replies contain zeros.
+TEST(FlakyModem, AffectsSingleReplies) {
   auto all = replies("flaky-modem.toml",
                      "get-bsr-timer\nget-bsr-timer\nget-tot\nget-tot\nget-tot\nget-lte-data\n"
                      "get-lte-data\n");
@@ -78,7 +78,7 @@ TEST(FlakyModem, IsGotOver) {
   EXPECT_EQ(all[4]["fields"]["count"], 3);
 }
 
-TEST(FlakyModem, DoesNoHarmWithTheAnswersOfOthers) {
+TEST(FlakyModem, CannotConfuseRepliesWithStrayAnswers) {
   auto all = replies("flaky-modem.toml", "get-apn\nget-apn\nget-apn\n");
   EXPECT_EQ(all.size(), 3U);
   for (const Json& reply : all) EXPECT_EQ(reply["fields"]["count"], 2);
@@ -122,7 +122,7 @@ std::vector<std::string> names_in(const Json& fields) {
   return names;
 }
 
-std::vector<std::string> names_told(const std::string& request) {
+std::vector<std::string> documented_names(const std::string& request) {
   std::vector<std::string> names;
   CommandResult result = run_command("$BIN/qorextctl --json list " + request);
   Json row = Json::parse(result.output, nullptr, false);
@@ -131,8 +131,8 @@ std::vector<std::string> names_told(const std::string& request) {
   return names;
 }
 
-// Every request of the catalogue; what is told of a reply is what a good one has.
-TEST(Help, TellsTheFieldsThatRepliesHave) {
+// Every request of the catalogue: the help lists exactly the fields of a successful reply.
+TEST(Help, ListsTheFieldsOfReplies) {
   std::string lines = "modem nv 10017 01\n";
   for (const auto& sample : qorextctl::kRequestSamples) lines += std::string(sample.line) + "\n";
   lines += "operator-name mcc=1 mnc=1\n";
@@ -145,14 +145,14 @@ TEST(Help, TellsTheFieldsThatRepliesHave) {
   for (const std::string& line : lines_of(result.output)) {
     Json reply = Json::parse(line);
     if (reply["type"] != "reply" || reply["status"] != 0 || reply["fields"].empty()) continue;
-    EXPECT_EQ(names_in(reply["fields"]), names_told(reply["name"])) << line;
+    EXPECT_EQ(names_in(reply["fields"]), documented_names(reply["name"])) << line;
     compared.insert(reply["name"]);
   }
   std::set<std::string> missing;
   for (const qorextctl::Request& request : qorextctl::catalogue()) {
     if (request.reply.layout && compared.count(request.name) == 0) missing.insert(request.name);
   }
-  // The two items' replies are failures always; the two last take any id, and are told by its name.
+  // Replies for the two items always fail; the replies to the last two have the name of their id.
   EXPECT_THAT(missing, UnorderedElementsAre("read-item-38", "read-item-39", "generic", "cdma"));
 }
 

@@ -1,42 +1,42 @@
 // SPDX-License-Identifier: Apache-2.0
-// Settings that the modem keeps: factory reset, DDTM, BSR timer, LTE option.
-#include "tests/e2e/support/carrier_fixture.h"
+// Settings of the modem: factory reset, DDTM, BSR timer, LTE option.
+#include "tests/e2e/support/handset_fixture.h"
 
 namespace e2e {
 namespace {
 
-class Settings : public CarrierRequests {};
+class Settings : public HandsetTest {};
 
-Texts factory_reset(uint32_t length, uint32_t flag) {
+Texts reset_texts(uint32_t length, uint32_t flag) {
   return {fmt::format("factory_reset: EVENT VALUE 33554614, msg_len ({}), reset_flag ({}) ", length,
                       flag)};
 }
 
-TEST_F(Settings, AFactoryResetPassesItsFlagOn) {
+TEST_F(Settings, AFactoryResetForwardsItsFlag) {
   handset.modem().command("set carrier.bsr_timer=9");
   Bytes request = cdma(0x020000B6, hex("02"));
   expect_served(request, echo(request, 0),
-                factory_reset(1, 2) + Texts{"Received factory reset result - 1"},
-                {asked("qorext", "factory_reset", R"({"mode":2})")});
+                reset_texts(1, 2) + Texts{"Received factory reset result - 1"},
+                {modem_request("qorext", "factory_reset", R"({"mode":2})")});
   EXPECT_EQ(stored("carrier/bsr_timer"), "300");
 }
 
 TEST_F(Settings, AFactoryResetWithAnotherLengthHasTheFlag255) {
   Bytes request = cdma(0x020000B6, hex("0203"));
   expect_served(request, echo(request, 0),
-                factory_reset(2, 255) + Texts{"Received factory reset result - 1"},
-                {asked("qorext", "factory_reset", R"({"mode":255})")});
+                reset_texts(2, 255) + Texts{"Received factory reset result - 1"},
+                {modem_request("qorext", "factory_reset", R"({"mode":255})")});
 }
 
 TEST_F(Settings, AFactoryResetThatTheModemRefusesFails) {
-  handset.spoil("factory_reset", "error");
+  handset.inject("factory_reset", "error");
   Bytes request = cdma(0x020000B6);
   expect_served(
       request, echo(request, 5),
-      factory_reset(0, 255) +
+      reset_texts(0, 255) +
           Texts{"qor_qmi_sprint_fatory_reset: qmi_client_send_msg_sync failed (0), result (0).",
                 "Received factory reset result - 0"},
-      {asked("qorext", "factory_reset", R"({"mode":255})")});
+      {modem_request("qorext", "factory_reset", R"({"mode":255})")});
 }
 
 class Ddtm : public Settings, public testing::WithParamInterface<uint32_t> {};
@@ -62,8 +62,8 @@ TEST_P(Ddtm, IsWrittenAndReadBack) {
 
 TEST_P(Ddtm, FailsWhenTheModemRefuses) {
   uint32_t get = GetParam();
-  handset.spoil("element_read", "error error=16");
-  handset.spoil("element_write", "error error=3");
+  handset.inject("element_read", "error error=16");
+  handset.inject("element_write", "error error=3");
   Bytes read = cdma(get);
   expect_served(read, echo(read, 5),
                 {"qorext_hook_sprint_get_ddtm_preference:  ENTER  0 ",
@@ -88,28 +88,28 @@ TEST_F(Settings, TheBsrTimerIsSetAndReadBack) {
   Bytes written = cdma(0x020000BD, le32(1800));
   expect_served(written, echo(written, 0),
                 {"handle_set_bsr_timer: EVENT VALUE 33554621 ", "Set BSR timer result - 1"},
-                {asked("qorext", "set_bsr_timer", R"({"timer":1800})")});
+                {modem_request("qorext", "set_bsr_timer", R"({"timer":1800})")});
   Bytes read = cdma(0x020000BC, {}, "abcdef");
   expect_served(read, echo(read, 0, le32(1800)),
                 {"handle_set_bsr_timer: EVENT VALUE 33554620 ", "Get BSR timer result - 1800"},
-                {asked("qorext", "get_bsr_timer", "{}")});
+                {modem_request("qorext", "get_bsr_timer", "{}")});
 }
 
-TEST_F(Settings, ABsrTimerThatTheModemRefusesFailsOrIsZero) {
-  handset.spoil("set_bsr_timer", "error error=48");
-  handset.spoil("get_bsr_timer", "error error=49");
+TEST_F(Settings, AfterARefusalSettingABsrTimerFailsAndReadingItReturnsZero) {
+  handset.inject("set_bsr_timer", "error error=48");
+  handset.inject("get_bsr_timer", "error error=49");
   Bytes written = cdma(0x020000BD, le32(1));
   expect_served(
       written, echo(written, 5),
       {"handle_set_bsr_timer: EVENT VALUE 33554621 ",
        "qor_qmi_sprint_set_bsr_timer: Set BSR timer failed (48).", "Set BSR timer result - 0"},
-      {asked("qorext", "set_bsr_timer", R"({"timer":1})")});
+      {modem_request("qorext", "set_bsr_timer", R"({"timer":1})")});
   Bytes read = cdma(0x020000BC);
   expect_served(
       read, echo(read, 0, zeros(4)),
       {"handle_set_bsr_timer: EVENT VALUE 33554620 ",
        "qor_qmi_sprint_get_bsr_timer: Get BSR timer failed (49).", "Get BSR timer result - 0"},
-      {asked("qorext", "get_bsr_timer", "{}")});
+      {modem_request("qorext", "get_bsr_timer", "{}")});
 }
 
 TEST_F(Settings, TheLteOptionIsWrittenAndReadBack) {
@@ -131,7 +131,7 @@ TEST_F(Settings, TheLteOptionIsWrittenAndReadBack) {
 
 TEST_F(Settings, AnLteOptionThatClaimsMoreThanWasSentEndsInZeros) {
   Bytes request = cdma_claiming(0x020000BF, 6, hex("A1A2A3"));
-  EXPECT_EQ(handset.serve(request).replies, as_hex(echo(request, 0)));
+  expect_reply(request, echo(request, 0));
   EXPECT_EQ(stored_item(10017), "a1a2a3000000");
 }
 
@@ -144,10 +144,10 @@ TEST_F(Settings, AnLteOptionOfMoreThan512BytesIsRefusedWithoutTheModem) {
                 {});
 }
 
-TEST_F(Settings, AMissingLteOptionIsAFailureWithoutData) {
+TEST_F(Settings, AMissingLteOptionFailsWithoutData) {
   handset.modem().command(R"(set nv=[{"rde_id":10017,"absent":true}])");
   Bytes request = cdma(0x020000BE);
-  EXPECT_EQ(handset.serve(request).replies, as_hex(echo(request, 5)));
+  expect_reply(request, echo(request, 5));
 }
 
 }  // namespace

@@ -1,14 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
-// The shell as a person uses it: at a terminal.
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
+// The interactive shell on a terminal.
 #include <sys/stat.h>
 
 #include <algorithm>
 #include <filesystem>
 
 #include "tests/e2e/support/command.h"
-#include "tests/e2e/support/files.h"
 #include "tests/e2e/support/handset.h"
 #include "tests/e2e/support/terminal.h"
 
@@ -20,13 +17,12 @@ using testing::HasSubstr;
 using testing::Not;
 
 constexpr const char* kPrompt = "qorext>";
-constexpr const char* kTab = "\t";
 constexpr const char* kUp = "\x1B[A";
 constexpr const char* kSearch = "\x12";
 constexpr const char* kCancel = "\x03";
 constexpr const char* kEnd = "\x04";
 
-// On a modem that the test can ask too.
+// A shell on a modem that the test can query.
 class Shell : public testing::Test {
  protected:
   Shell() { handset.start_modem(); }
@@ -39,15 +35,15 @@ class Shell : public testing::Test {
     terminal.emplace(words, Terminal::Environment{{"HOME", handset.phone().folder()}});
   }
 
-  // Returns when it takes lines.
+  // Opens the shell and waits for its prompt.
   void start(const std::vector<std::string>& options = {}) {
     open(options);
     terminal->wait_for_row(kPrompt);
   }
 
-  void run(const std::string& line, const std::string& told) {
+  void run(const std::string& line, const std::string& row) {
     terminal->type(line + "\n");
-    terminal->wait_for_row(told);
+    terminal->wait_for_row(row);
     terminal->wait_for_cursor(kPrompt);
   }
 
@@ -56,7 +52,7 @@ class Shell : public testing::Test {
     return terminal->exit_status();
   }
 
-  // Once the daemon has found the modem, which sends indications to nobody else.
+  // Waits until the daemon has found the modem, which sends indications only to clients.
   void wait_until_serving() { run("get-ddtm", "get-ddtm (0x020000B7): success"); }
 
   std::string history_path() const {
@@ -67,7 +63,7 @@ class Shell : public testing::Test {
   std::optional<Terminal> terminal;
 };
 
-TEST_F(Shell, RunsLinesAndTellsHowTheDaemonEnded) {
+TEST_F(Shell, RunsLinesAndReportsTheDaemonsExitStatus) {
   start();
   run("nv-read rde-id=28", "  data:    06");
   run("nv-raed", "did you mean 'nv-read'?");
@@ -119,7 +115,7 @@ TEST_F(Shell, KeepsHistoryForTheNextRun) {
   EXPECT_EQ(end(), 0);
 }
 
-TEST_F(Shell, KeepsNoPersonalValuesAndLetsNobodyElseReadTheRest) {
+TEST_F(Shell, KeepsAPrivateHistoryWithoutPersonalValues) {
   start();
   run("check-spc code=000000", "check-spc (0x0200000A)");
   run("get-ddtm", "ddtm:  0");
@@ -130,13 +126,13 @@ TEST_F(Shell, KeepsNoPersonalValuesAndLetsNobodyElseReadTheRest) {
   EXPECT_EQ(status.st_mode & 0777U, 0600U);
 }
 
-TEST_F(Shell, ShowsUnsolicitedFramesAboveTheLineThatIsBeingTyped) {
+TEST_F(Shell, ShowsUnsolicitedFramesAboveTheInputLine) {
   start();
   wait_until_serving();
   terminal->type("nv-re");
   terminal->wait_for_cursor("qorext> nv-re");
-  handset.modem().command("indicate notify");
-  handset.modem().command("indicate pfp rat=3");
+  handset.indicate("notify");
+  handset.indicate("pfp rat=3");
   terminal->wait_for_row("rat:          3");
   terminal->wait_for_cursor("qorext> nv-re");
   auto rows = terminal->screen().rows();
@@ -147,7 +143,7 @@ TEST_F(Shell, ShowsUnsolicitedFramesAboveTheLineThatIsBeingTyped) {
   EXPECT_EQ(end(), 0);
 }
 
-TEST_F(Shell, DoesNotTearALineOfMoreThanOneRow) {
+TEST_F(Shell, KeepsAnInputLineOfMoreThanOneRowTogether) {
   start();
   wait_until_serving();
   std::string line = "nv-write rde-id=7000 data=" + std::string(120, 'a') + "0b";
@@ -157,7 +153,7 @@ TEST_F(Shell, DoesNotTearALineOfMoreThanOneRow) {
     return rows.size() > 1 && rows[rows.size() - 2] + rows.back() == "qorext> " + line;
   };
   terminal->wait_for("the line", is_whole);
-  handset.modem().command("indicate notify");
+  handset.indicate("notify");
   terminal->wait_for_row("unsolicited notify");
   terminal->wait_for("the line below the frame", is_whole);
   auto rows = terminal->screen().rows();
@@ -170,20 +166,19 @@ TEST_F(Shell, DoesNotTearALineOfMoreThanOneRow) {
   EXPECT_EQ(end(), 0);
 }
 
-TEST_F(Shell, ShowsTheLogAboveTheLineThatIsBeingTyped) {
+TEST_F(Shell, ShowsTheLogAboveTheInputLine) {
   start({"--log"});
   terminal->wait_for_row("waiting for data");
   terminal->type("get-");
   terminal->wait_for_cursor("qorext> get-");
-  handset.modem().command("indicate notify");
+  handset.indicate("notify");
   terminal->wait_for_row("unsolicited notify");
   terminal->wait_for_cursor("qorext> get-");
   auto rows = terminal->screen().rows();
   EXPECT_EQ(std::count(rows.begin(), rows.end(), "qorext> get-"), 1) << terminal->text();
   terminal->type("ddtm\n");
   terminal->wait_for_row("ddtm:  0");
-  terminal->type(kEnd);
-  EXPECT_EQ(terminal->exit_status(), 0);
+  EXPECT_EQ(end(), 0);
 }
 
 TEST_F(Shell, ClearsTheLineAtCtrlC) {
@@ -196,7 +191,7 @@ TEST_F(Shell, ClearsTheLineAtCtrlC) {
   EXPECT_EQ(end(), 0);
 }
 
-TEST_F(Shell, EndsAWaitAtCtrlCAndGoesOn) {
+TEST_F(Shell, EndsAWaitAtCtrlCAndContinues) {
   start();
   wait_until_serving();
   for (const char* line :
@@ -212,7 +207,7 @@ TEST_F(Shell, EndsAWaitAtCtrlCAndGoesOn) {
   EXPECT_EQ(end(), 0);
 }
 
-TEST_F(Shell, ShowsALateReplyAsWhatItIs) {
+TEST_F(Shell, MarksALateReply) {
   start();
   wait_until_serving();
   handset.modem().command("fault delay message=element_read delay_ms=1500 times=1");
@@ -226,13 +221,13 @@ TEST_F(Shell, ShowsALateReplyAsWhatItIs) {
   EXPECT_EQ(end(), 0);
 }
 
-TEST_F(Shell, TellsThatTheDaemonHasEnded) {
+TEST_F(Shell, ReportsTheEndOfTheDaemon) {
   open({"--daemon-program", "/bin/true"});
   EXPECT_EQ(terminal->exit_status(), 0);
   EXPECT_THAT(terminal->screen().rows(), Contains("daemon ended with exit status 0"));
 }
 
-TEST_F(Shell, ShowsHowFarALoadIs) {
+TEST_F(Shell, ShowsTheProgressOfALoad) {
   terminal.emplace(
       std::vector<std::string>{QOREXT_BIN "/qorextctl", "--modem", handset.phone().modem(), "load",
                                "--count", "100", "--rate", "100", "--mix", "nv-read:3,unknown"},
@@ -244,7 +239,7 @@ TEST_F(Shell, ShowsHowFarALoadIs) {
   EXPECT_THAT(terminal->text(), Not(HasSubstr("[#")));
 }
 
-TEST_F(Shell, IsASessionWithoutATerminal) {
+TEST_F(Shell, RunsAsASessionWithoutATerminal) {
   CommandResult result = run_command(
       "printf 'nv-raed\\nnv-read rde-id=28\\n' | HOME=/nonexistent $BIN/qorextctl --modem " +
       handset.phone().modem() + " shell");

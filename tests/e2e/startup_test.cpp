@@ -1,24 +1,19 @@
 // SPDX-License-Identifier: Apache-2.0
-// From the start of the process until it serves, and its end.
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
+// The start of the daemon until it serves, and its end.
 #include <unistd.h>
 
-#include <fstream>
-
-#include "tests/e2e/support/handset.h"
-#include "tests/e2e/support/log_texts.h"
+#include "tests/e2e/support/command.h"
+#include "tests/e2e/support/handset_fixture.h"
 
 namespace e2e {
 namespace {
 
-using qorextctl::Deadline;
 using testing::Contains;
 using testing::ElementsAre;
 using testing::Not;
 using testing::StartsWith;
 
-// All of `wanted` are among the log texts, in this order; others may lie between them.
+// Expects the log to contain all of `wanted` in this order, possibly with others in between.
 void expect_in_order(const Texts& log, const Texts& wanted) {
   size_t found = 0;
   for (const std::string& text : log) {
@@ -72,10 +67,9 @@ class Startup : public testing::Test {
  protected:
   Texts start(unsigned instance) {
     handset.start_modem();
-    handset.start_daemon(instance);
-    return handset.wait_until_serving();
+    return handset.start_serving(instance);
   }
-  // Those that read or write NV items.
+  // The requests that read or write NV items.
   Texts item_requests() {
     Texts requests = handset.modem_requests();
     std::erase_if(requests, [](const std::string& request) {
@@ -88,7 +82,7 @@ class Startup : public testing::Test {
   Handset handset{Handset::off};
 };
 
-TEST_F(Startup, LogsItsStepsInTheirOrder) {
+TEST_F(Startup, LogsItsStepsInOrder) {
   handset.phone().set_property("ro.radio.imei.sv", "07");
   expect_in_order(start(0),
                   kModemIsFound + kVersionsAreRead + kSoftwareVersionIsWritten + kBandsAreRead);
@@ -110,7 +104,7 @@ TEST_F(Startup, WritesTheSoftwareVersionOfTheImeiToTheModem) {
                                            element_write(41, {0x07}), element_read(53)));
 }
 
-TEST_F(Startup, OfAnotherInstancePublishesTheBandsAlone) {
+TEST_F(Startup, OfAnotherInstancePublishesOnlyTheBands) {
   handset.phone().set_property("ro.radio.imei.sv", "7");
   expect_in_order(start(1), kModemIsFound + kBandsAreRead);
   EXPECT_EQ(property("ril.baseband.config.ver_num"), "(none)");
@@ -123,8 +117,7 @@ TEST_F(Startup, OfAnotherInstancePublishesTheBandsAlone) {
 TEST_F(Startup, PublishesUnknownWhenTheModemHasNoVersion) {
   handset.start_modem();
   handset.modem().command(R"(set nv=[{"rde_id":8029,"absent":true}])");
-  handset.start_daemon();
-  handset.wait_until_serving();
+  handset.start_serving();
   EXPECT_EQ(property("ril.baseband.config.ver_num"), "Unknown");
   EXPECT_EQ(property("ril.baseband.config.version"), "QOR-FLEX-04.05.06");
 }
@@ -132,10 +125,9 @@ TEST_F(Startup, PublishesUnknownWhenTheModemHasNoVersion) {
 TEST_F(Startup, BecomesTheRadioUserWhenStartedByRoot) {
   start(0);
   uid_t user = geteuid() == 0 ? 1001 : geteuid();
-  std::ifstream status("/proc/" + std::to_string(handset.daemon().process().pid()) + "/status");
-  Texts lines;
-  for (std::string line; std::getline(status, line);) lines.push_back(line);
-  EXPECT_THAT(lines, Contains(fmt::format("Uid:\t{0}\t{0}\t{0}\t{0}", user)));
+  std::string status = fmt::format("/proc/{}/status", handset.pid());
+  EXPECT_THAT(lines_of(content_of(status)),
+              Contains(fmt::format("Uid:\t{0}\t{0}\t{0}\t{0}", user)));
 }
 
 TEST_F(Startup, EndOfFileEndsTheDaemonWithStatusZero) {
@@ -145,7 +137,7 @@ TEST_F(Startup, EndOfFileEndsTheDaemonWithStatusZero) {
   EXPECT_EQ(handset.exit_status(), "exit status 0");
 }
 
-// Runs the daemon with these arguments to its end.
+// Runs the daemon to its end with these arguments.
 class Arguments : public testing::Test {
  protected:
   Texts run(const std::vector<std::string>& arguments) {
@@ -161,8 +153,8 @@ class Arguments : public testing::Test {
     auto process = qorextctl::Process::start(launch);
     output.write.reset();
     capture.start(std::move(output.read));
-    auto status = process->wait(Deadline::in(kPatience));
-    capture.wait_end(Deadline::in(kPatience));
+    auto status = process->wait(time_limit());
+    capture.wait_end(time_limit());
     EXPECT_EQ(status ? describe(*status) : "still running", "exit status 0");
     return log.texts();
   }

@@ -1,7 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// The tool as an engineer or a script calls it: its executable, with real daemons and modems.
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
+// The tool's executable with real daemons and modems.
 
 #include <fstream>
 
@@ -19,7 +17,7 @@ using testing::IsEmpty;
 using testing::Not;
 using testing::StartsWith;
 
-TEST(Tool, ShowsAReplyToAPerson) {
+TEST(Tool, PrintsAReplyAsText) {
   CommandResult result = run_command("$BIN/qorextctl request nv-read rde-id=28");
   EXPECT_EQ(result.status, 0);
   EXPECT_EQ(result.errors, "");
@@ -31,7 +29,7 @@ TEST(Tool, ShowsAReplyToAPerson) {
                                  "  data:    06"));
 }
 
-TEST(Tool, GivesAReplyToAScript) {
+TEST(Tool, PrintsAReplyAsJson) {
   CommandResult result = run_command("$BIN/qorextctl --json request nv-read rde-id=28");
   EXPECT_EQ(result.status, 0);
   EXPECT_EQ(result.output,
@@ -43,14 +41,14 @@ TEST(Tool, GivesAReplyToAScript) {
             "\n");
 }
 
-TEST(Tool, SendsBytesAsTheyAre) {
+TEST(Tool, SendsRawBytes) {
   CommandResult result = run_command("$BIN/qorextctl raw 14000002 00000000 00000000 000000000000");
   EXPECT_EQ(result.status, 1);
   EXPECT_THAT(lines_of(result.output), Contains("  hex: 1400000200000000060000000000000000000000"));
   EXPECT_EQ(run_command("$BIN/qorextctl --json raw FF").status, 1);
 }
 
-TEST(Tool, MasksTheLogThatItShowsAfterAFailure) {
+TEST(Tool, MasksTheLogThatItPrintsAfterAFailure) {
   const std::string session =
       "printf 'nv-write rde-id=32 data=323436383130\\nnv-read rde-id=7000\\n' | $BIN/qorextctl ";
   CommandResult masked = run_command(session + "session");
@@ -62,14 +60,14 @@ TEST(Tool, MasksTheLogThatItShowsAfterAFailure) {
               HasSubstr("HexDump: Data 323436383130\n"));
 }
 
-TEST(Tool, TellsAFailureStatusByItsExitStatus) {
+TEST(Tool, HasAnExitStatusForAFailureStatus) {
   CommandResult result = run_command("$BIN/qorextctl --json request nv-read rde-id=7000");
   EXPECT_EQ(result.status, 1);
   EXPECT_THAT(result.output, HasSubstr(R"("status":5,"status_name":"failure","length":0)"));
   EXPECT_THAT(result.errors, HasSubstr("NV Read fail - 0, result - 1, error - 16"));
 }
 
-TEST(Tool, TellsThatTheDaemonHasEnded) {
+TEST(Tool, ReportsTheEndOfTheDaemon) {
   CommandResult result =
       run_command("$BIN/qorextctl --daemon-program /bin/true request nv-read rde-id=28");
   EXPECT_EQ(result.status, 3);
@@ -77,14 +75,14 @@ TEST(Tool, TellsThatTheDaemonHasEnded) {
   EXPECT_THAT(result.errors, HasSubstr("the daemon ended with exit status 0"));
 }
 
-TEST(Tool, TellsThatNoModemIsThere) {
+TEST(Tool, ReportsAMissingModem) {
   CommandResult result = run_command(
       "$BIN/qorextctl --timeout 0.5 --modem unix:/nonexistent/modem request nv-read rde-id=28");
   EXPECT_EQ(result.status, 3);
   EXPECT_THAT(result.errors, HasSubstr("no reply to nv-read within 0.5 s; --log shows why"));
 }
 
-TEST(Tool, ListsEveryRequestAndOne) {
+TEST(Tool, ListsAllRequestsOrOne) {
   CommandResult all = run_command("$BIN/qorextctl list");
   EXPECT_EQ(all.status, 0);
   for (const char* name : {"nv-read", "set-nam", "get-lte-data", "operator-name", "generic"}) {
@@ -98,7 +96,7 @@ TEST(Tool, ListsEveryRequestAndOne) {
   EXPECT_EQ(run_command("$BIN/qorextctl list no-such-request").status, 2);
 }
 
-// A modem that runs already, and the tool's options for it.
+// The tool with a modem that is already running.
 class GivenModem : public testing::Test {
  protected:
   GivenModem() { handset.start_modem(); }
@@ -113,7 +111,7 @@ class GivenModem : public testing::Test {
   Handset handset{Handset::off};
 };
 
-TEST_F(GivenModem, IsNotTouchedByWrongUsage) {
+TEST_F(GivenModem, ReceivesNothingAfterAUsageError) {
   for (const char* words :
        {"request nv-raed rde-id=28", "request nv-read", "request nv-read rde-id=x",
         "request nv-read rde-id=28 bogus=1", "request set-nam spc=1", "raw 0", "raw XY",
@@ -127,7 +125,7 @@ TEST_F(GivenModem, IsNotTouchedByWrongUsage) {
   EXPECT_THAT(handset.modem_requests(), IsEmpty());
 }
 
-TEST_F(GivenModem, KeepsWhatOneRunWritesForTheNext) {
+TEST_F(GivenModem, KeepsItsStateBetweenRuns) {
   EXPECT_EQ(run("request set-bsr-timer timer=77").status, 0);
   EXPECT_THAT(run("--json request get-bsr-timer").output, HasSubstr(R"("fields":{"timer":77})"));
   EXPECT_EQ(handset.modem().value("state", "/state/carrier/bsr_timer"), "77");
@@ -153,7 +151,7 @@ TEST_F(GivenModem, ServesASessionOfManyRequests) {
   EXPECT_EQ(lines[5], R"({"type":"exit","status":0,"signal":null})");
 }
 
-TEST_F(GivenModem, GoesOnBehindAWrongLineOfASession) {
+TEST_F(GivenModem, ServesTheLinesAfterAWrongOne) {
   CommandResult result = run("session", "nv-raed rde-id=1\nset-bsr-timer timer=5\n");
   EXPECT_EQ(result.status, 2);
   EXPECT_THAT(result.errors, HasSubstr("line 1: "));
@@ -161,7 +159,7 @@ TEST_F(GivenModem, GoesOnBehindAWrongLineOfASession) {
   EXPECT_EQ(handset.modem().value("state", "/state/carrier/bsr_timer"), "5");
 }
 
-TEST_F(GivenModem, TellsHowLongRequestsTake) {
+TEST_F(GivenModem, IsLoadedWithAMixOfRequests) {
   CommandResult result =
       run("--json load --count 200 --rate 2000 --mix nv-read:3,get-nam:1,unknown:2 --seed 5");
   EXPECT_EQ(result.status, 0) << result.errors;
@@ -187,7 +185,7 @@ TEST_F(GivenModem, CountsTheFailuresOfALoad) {
   EXPECT_THAT(result.output, HasSubstr("nv-read                      10      10"));
 }
 
-// "./dev run" plays it.
+// "./dev run" plays this session.
 TEST(Demo, EndsWithStatusZero) {
   CommandResult result = run_command("$BIN/qorextctl --json session <" QOREXT_DEMO);
   EXPECT_EQ(result.status, 0) << result.errors;

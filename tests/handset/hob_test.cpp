@@ -1,9 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-// The HOB save on real block devices. What it leaves on the partition is looked at once more when
-// the handset has been switched off: the test that wipes the partition saves to it as well.
-#include <gmock/gmock.h>
-#include <sched.h>
-
+// The HOB save on real block devices. The partition is checked again after the handset has been
+// switched off, so the test that wipes it must also save to it.
 #include <algorithm>
 #include <filesystem>
 
@@ -14,7 +11,6 @@
 namespace e2e {
 namespace {
 
-using qorextctl::Deadline;
 using testing::Contains;
 using testing::ContainsRegex;
 using testing::ElementsAre;
@@ -22,7 +18,7 @@ using testing::HasSubstr;
 
 constexpr const char* kRam = "/dev/qor_hob_ram";
 constexpr const char* kPartition = "/dev/block/bootdevice/by-name/dhob";
-constexpr const char* kShared = "/usr/share/handset/hob";  // what lies in the RAM
+constexpr const char* kShared = "/usr/share/handset/hob";  // the content of the RAM
 constexpr size_t kSize = 0x8000;
 constexpr char kWiped = '\xEE';
 
@@ -30,28 +26,22 @@ class HobSave : public testing::Test {
  protected:
   HobSave() { handset.start_modem(); }
 
-  void start(unsigned instance) {
-    handset.start_daemon(instance);
-    handset.wait_until_serving();
-  }
-
-  // The daemon's two HOB messages: that it is ready, and how the save went.
-  std::vector<std::string> answers() {
+  // The daemon's two HOB reports: that it is ready, and the result of the save.
+  Texts reports() {
     auto count = [this] {
       auto requests = qorextctl::Json::parse(handset.modem().value("requests", "/requests"));
       return std::count_if(requests.begin(), requests.end(),
                            [](const auto& request) { return request["message"] == "hob"; });
     };
-    Deadline deadline = Deadline::in(kPatience);
-    while (count() < 2 && !deadline.passed()) sched_yield();
+    wait_until([&] { return count() >= 2; });
     auto found = handset.modem_requests();
     std::erase_if(found, [](const auto& request) { return !request.starts_with("qorext hob "); });
     return found;
   }
-  static std::string told(int outcome) {
-    return asked("qorext", "hob", fmt::format(R"({{"state":{}}})", outcome));
+  static std::string report(int state) {
+    return modem_request("qorext", "hob", fmt::format(R"({{"state":{}}})", state));
   }
-  const std::string kReady = told(0xFF);
+  const std::string kReady = report(0xFF);
 
   static std::string saved() { return content_of(kPartition).substr(0, kSize); }
   static void wipe() {
@@ -62,20 +52,20 @@ class HobSave : public testing::Test {
   Handset handset{Handset::off};
 };
 
-TEST_F(HobSave, BringsTheSharedMemoryToThePartition) {
+TEST_F(HobSave, CopiesTheSharedMemoryToThePartition) {
   wipe();
-  start(0);
-  handset.modem().command("indicate hob_save");
-  EXPECT_THAT(answers(), ElementsAre(kReady, told(1)));
+  handset.start_serving();
+  handset.indicate("hob_save");
+  EXPECT_THAT(reports(), ElementsAre(kReady, report(1)));
   EXPECT_EQ(saved(), content_of(kShared));
 }
 
-// Everything that the daemon does about its user and the partition, as the kernel sees it.
+// The system calls that change the user and write to the partition.
 TEST_F(HobSave, WritesThroughToThePartitionAsTheRadioUser) {
   handset.phone().use_programs("/system/traced");
-  start(0);
-  handset.modem().command("indicate hob_save");
-  EXPECT_THAT(answers(), ElementsAre(kReady, told(1)));
+  handset.start_serving();
+  handset.indicate("hob_save");
+  EXPECT_THAT(reports(), ElementsAre(kReady, report(1)));
   handset.end_of_file();
   handset.exit_status();
 
@@ -86,10 +76,10 @@ TEST_F(HobSave, WritesThroughToThePartitionAsTheRadioUser) {
 }
 
 TEST_F(HobSave, FailsWithoutTheDevice) {
-  start(0);
+  handset.start_serving();
   std::filesystem::rename(kRam, "/dev/hidden");
-  handset.modem().command("indicate hob_save");
-  EXPECT_THAT(answers(), ElementsAre(kReady, told(0)));
+  handset.indicate("hob_save");
+  EXPECT_THAT(reports(), ElementsAre(kReady, report(0)));
   std::filesystem::rename("/dev/hidden", kRam);
   EXPECT_THAT(handset.log().texts(), Contains("dhob_write: Unable to open /dev/qor_hob_ram"));
 }

@@ -1,6 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// Programs that others have written, on the simulated modem.
-#include <gmock/gmock.h>
+// Independent QMI programs with the simulated modem.
 
 #include "tests/e2e/support/command.h"
 #include "tests/e2e/support/handset.h"
@@ -13,7 +12,7 @@ using testing::HasSubstr;
 using testing::IsSupersetOf;
 using testing::Not;
 
-// The lines of an output, without what indents them.
+// The lines of an output without their indentation.
 std::vector<std::string> trimmed_lines(const std::string& text) {
   auto lines = lines_of(text);
   for (std::string& line : lines) line.erase(0, line.find_first_not_of(" \t"));
@@ -31,7 +30,7 @@ class Interoperability : public testing::Test {
     return fmt::format("{:.1f}", static_cast<double>(value) / 10);
   }
 
-  // The modem is node 1, the only one.
+  // The modem is node 1.
   static CommandResult qmicli(const std::string& words) {
     return run_command("qmicli -d qrtr://1 " + words);
   }
@@ -98,7 +97,7 @@ TEST_F(Interoperability, QrtrLookupListsTheServices) {
   EXPECT_THAT(services(), testing::IsEmpty());
 }
 
-// The session of "./dev run", its parent and its modem those of the handset.
+// The session of "./dev run" on the handset.
 TEST_F(Interoperability, QorextctlPlaysTheDemo) {
   CommandResult result = run_command(
       "$BIN/qorextctl --json --modem qrtr --control " + handset.phone().control_socket() +

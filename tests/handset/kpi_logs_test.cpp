@@ -1,6 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// The modem's logs on the phone's own file system: owners, groups and modes.
-#include <gmock/gmock.h>
+// Owners, groups and modes of the KPI logs on the phone's file system.
 
 #include <filesystem>
 
@@ -19,15 +18,13 @@ using testing::StartsWith;
 class KpiLogs : public testing::Test {
  protected:
   std::string at(const std::string& path) { return handset.phone().folder() + path; }
-  // What one of the index links says, and where that lies for a test.
+  // The target of an index link, which is a path on the phone.
   std::string target(const std::string& link) { return fs::read_symlink(at(link)); }
 
-  // One packet of package 7, taken in.
+  // Uploads one packet of package 7 and waits until it has been processed.
   void upload(unsigned sequence, bool is_last, const Bytes& payload) {
     e2e::upload(handset.modem(), {7, sequence, is_last, payload});
-    // What is indicated behind it arrives behind it.
-    handset.modem().command("indicate generic");
-    EXPECT_TRUE(handset.daemon().receive_unsolicited(qorextctl::Deadline::in(kPatience)));
+    EXPECT_THAT(handset.messages_until_idle(), testing::IsEmpty());
   }
   void upload_package(const std::string& text) {
     upload(1, true, le32(kLogHeader) + characters(text));
@@ -57,7 +54,6 @@ TEST_F(KpiLogs, GoToTheDropBoxWhenFull) {
   full = "/data/vorn/vorn_full.log";
   fs::remove(at("/data/vorn/.0001"));
   fs::create_symlink(full, at("/data/vorn/.0001"));
-  // The daemon sees the phone's path; from here the link leads elsewhere.
   fs::resize_file(at(full), kLogLimit);
 
   upload_package("new");

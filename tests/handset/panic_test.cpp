@@ -1,6 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// The notice of a crash, read from the phone's own /proc and /sys.
-#include <gmock/gmock.h>
+// The crash notice, which depends on the phone's /proc and /sys.
 
 #include "tests/e2e/support/handset.h"
 #include "tests/handset/device_files.h"
@@ -18,11 +17,10 @@ constexpr const char* kReason = "/sys/module/pil_q6v5_mss/parameters/ssr_reason"
 
 class PanicNotice : public testing::Test {
  protected:
-  // Whether the daemon sends the notice at its start.
+  // Starts the daemon. Returns whether it sends the notice.
   bool is_sent() {
     handset.start_modem();
-    handset.start_daemon();
-    handset.wait_until_serving();
+    handset.start_serving();
     std::string notices;
     for (const std::string& request : handset.modem_requests()) {
       if (request.starts_with("qorext utils ")) notices += request;

@@ -1,6 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// What the daemon is on the phone: its user, its root, its sockets.
-#include <gmock/gmock.h>
+// The daemon's user, root folder and sockets on the phone.
 #include <linux/qrtr.h>
 #include <sys/socket.h>
 #include <sys/syscall.h>
@@ -25,7 +24,7 @@ using testing::SizeIs;
 
 class RadioUser : public testing::Test {
  protected:
-  pid_t pid() { return handset.daemon().process().pid(); }
+  pid_t pid() { return handset.pid(); }
 
   // The address family of each of the daemon's sockets.
   std::vector<int> socket_families() {
@@ -47,7 +46,7 @@ class RadioUser : public testing::Test {
   Handset handset;
 };
 
-TEST_F(RadioUser, IsWhatRootBecomesForGoodAndKeepsItsGroups) {
+TEST_F(RadioUser, ReplacesRootPermanentlyAndKeepsTheGroups) {
   auto lines = lines_of(about_process(pid(), "status"));
   EXPECT_THAT(lines, Contains("Uid:\t1001\t1001\t1001\t1001"));
   EXPECT_THAT(lines, Contains("Gid:\t1001\t1001\t1001\t1001"));
@@ -55,12 +54,12 @@ TEST_F(RadioUser, IsWhatRootBecomesForGoodAndKeepsItsGroups) {
   EXPECT_THAT(lines, Contains("CapEff:\t0000000000000000"));
 }
 
-TEST_F(RadioUser, UsesThePathsOfThePhoneAsTheyAre) {
+TEST_F(RadioUser, UsesThePathsOfThePhoneUnchanged) {
   EXPECT_EQ(fs::read_symlink("/proc/" + std::to_string(pid()) + "/root"), handset.phone().folder());
   EXPECT_THAT(about_process(pid(), "environ"), Not(HasSubstr("QOREXT_PHONE_ROOT")));
 }
 
-TEST_F(RadioUser, ReachesTheModemOverQrtrAlone) {
+TEST_F(RadioUser, ReachesTheModemOnlyOverQrtr) {
   EXPECT_THAT(socket_families(), SizeIs(3));
   EXPECT_THAT(socket_families(), Each(AF_QIPCRTR));
 }

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-// The families of requests: each one draws a request and tells by the model, byte for byte, what
-// the parent must read.
+// The families of requests: each one generates requests and the exact bytes that the parent must
+// read, according to the model of the modem.
 #pragma once
 
 #include <span>
@@ -14,7 +14,7 @@ struct Case {
   Bytes replies;
 };
 
-// A request to the modem that may be spoiled, and how many of its name a case can make.
+// A request to the modem into which a fault can be injected, and the maximum number in one case.
 struct Target {
   const char* message = nullptr;
   uint32_t exchanges = 1;
@@ -25,7 +25,7 @@ constexpr size_t kMaxTargets = 5;
 struct Family {
   const char* name;
   uint32_t weight;
-  Case (*draw)(Draws& draws, ModemModel& modem);
+  Case (*make_case)(Random& random, ModemModel& modem);
   Target targets[kMaxTargets] = {};
 };
 
@@ -36,13 +36,13 @@ std::span<const Family> network_families();
 std::span<const Family> feature_families();
 std::span<const Family> foreign_families();
 
-// The one error that means something to the daemon.
+// The only error that the daemon handles specially.
 constexpr uint16_t kNoRadio = 93;
 
-// The parent's status for an operation's outcome.
+// The reply's status for the result of an operation.
 constexpr uint32_t status_of(bool done) { return done ? 0 : 5; }
 
-// Six characters for a request's code field. They come back in replies with the request's header.
-inline std::string draw_code(Draws& draws) { return draws.digits(6); }
+// A request's code field, which replies with the request's header return.
+inline std::string random_code(Random& random) { return random.digits(6); }
 
 }  // namespace soak

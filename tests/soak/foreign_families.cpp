@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// Requests that nobody serves.
+// Requests that the daemon does not serve.
 #include "tests/soak/families.h"
 
 namespace soak {
@@ -13,14 +13,15 @@ constexpr uint32_t kObsolete[] = {0x020000BB, 0x020000C2, 0x020000C3, 0x020000C6
 constexpr uint32_t kUnknown[] = {0x02000000, 0x02000005, 0x02000009, 0x0200000B, 0x02000014,
                                  0x0200001B, 0x020000AF, 0x020000CC, 0x020000FF};
 
-Case obsolete(Draws& draws, ModemModel& /*modem*/) {
-  Bytes request = cdma(draws.one_of(kObsolete), draws.bytes(draws.below(40)), draw_code(draws));
+Case obsolete(Random& random, ModemModel& /*modem*/) {
+  Bytes request =
+      cdma(random.one_of(kObsolete), random.bytes(random.below(40)), random_code(random));
   return {request, echo(request, 6)};
 }
 
-Case unknown(Draws& draws, ModemModel& /*modem*/) {
-  uint32_t id = draws.one_of(kUnknown);
-  return {cdma(id, draws.bytes(draws.below(40)), draw_code(draws)), reply(id, 6)};
+Case unknown(Random& random, ModemModel& /*modem*/) {
+  uint32_t id = random.one_of(kUnknown);
+  return {cdma(id, random.bytes(random.below(40)), random_code(random)), reply(id, 6)};
 }
 
 Bytes error_reply(Bytes request) {
@@ -28,16 +29,16 @@ Bytes error_reply(Bytes request) {
   return request + hex("FFFFFFFF");
 }
 
-Case unknown_generic(Draws& draws, ModemModel& /*modem*/) {
-  Bytes request = generic(0x70000 + draws.below(0x10000), draws.bytes(draws.below(40)));
-  request[0] = draws.byte();
+Case unknown_generic(Random& random, ModemModel& /*modem*/) {
+  Bytes request = generic(0x70000 + random.below(0x10000), random.bytes(random.below(40)));
+  request[0] = random.byte();
   return {request, error_reply(request)};
 }
 
-// Too short for a header; now and then as long as a request can be.
-Case misshapen(Draws& draws, ModemModel& /*modem*/) {
-  Bytes request = draws.bytes(draws.between(1, 7));
-  if (draws.one_in(10)) request = hex("FFFFFFFF") + draws.bytes(draws.between(4, 17404));
+// Shorter than a header, or as long as possible.
+Case malformed(Random& random, ModemModel& /*modem*/) {
+  Bytes request = random.bytes(random.between(1, 7));
+  if (random.one_in(10)) request = hex("FFFFFFFF") + random.bytes(random.between(4, 17404));
   return {request, error_reply(request)};
 }
 
@@ -45,7 +46,7 @@ constexpr Family kForeignFamilies[] = {
     {"obsolete", 3, obsolete},
     {"unknown", 3, unknown},
     {"unknown generic", 3, unknown_generic},
-    {"misshapen", 2, misshapen},
+    {"malformed", 2, malformed},
 };
 
 }  // namespace

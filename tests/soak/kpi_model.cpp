@@ -10,7 +10,7 @@ namespace {
 constexpr size_t kPacketSize = 512;
 constexpr int kFirst = 1;
 constexpr size_t kHeaderWordSize = 4;
-constexpr uint32_t kLogStart = 0x01C0FFEE;  // the one header that is not kept
+constexpr uint32_t kLogStart = 0x01C0FFEE;  // the only header that is not stored
 constexpr uint32_t kRecords[] = {0x02C0FFEE, 0x03C0FFEE, 0x06C0FFEE, 0x07C0FFEE, 0x08C0FFEE};
 
 bool is_record(uint32_t header) {

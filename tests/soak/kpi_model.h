@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-// What becomes of the modem's KPI packets: records go on to the parent, packages into the log.
+// A model of the KPI packets: records are forwarded to the parent, packages are appended to the
+// log.
 #pragma once
 
 #include <map>
@@ -15,13 +16,13 @@ constexpr size_t kKpiHeaderSize = 6;
 
 class KpiModel {
  public:
-  // The data of one indication. The message that the parent gets, if there is one.
+  // Takes the data of one indication. Returns the message to the parent, if there is one.
   std::optional<Bytes> take(Bytes packet);
 
-  // All complete packages, one behind the other.
+  // All complete packages, in order.
   const Bytes& log() const { return log_; }
 
-  // For drawing packets that continue what has begun; -1 when nothing has.
+  // The state of the current package; -1 if there is none.
   int package() const { return package_; }
   int expected_sequence() const { return expected_sequence_; }
 

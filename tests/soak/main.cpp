@@ -9,7 +9,7 @@ namespace {
 
 soak::Options g_options;
 
-TEST(Soak, EveryAnswerIsRightAndNothingGrows) {
+TEST(Soak, EveryReplyIsCorrectAndNothingGrows) {
   soak::Soak run(g_options);
   run.run();
   run.report();
@@ -20,7 +20,7 @@ TEST(Soak, EveryAnswerIsRightAndNothingGrows) {
 int main(int argc, char** argv) {
   testing::InitGoogleTest(&argc, argv);
   CLI::App app(
-      "Mixed requests and indications in one run of the daemon, with a modem that misbehaves.",
+      "Mixed requests and indications in one run of the daemon, with injected modem faults.",
       "soak");
   app.add_option("--requests", g_options.requests)->check(CLI::Range(1000U, 100000000U));
   app.add_option("--indications", g_options.indications)->check(CLI::Range(0U, 10000000U));

@@ -12,54 +12,74 @@ using nlohmann::json;
 
 constexpr uint32_t kFullService = 2;
 
-Cell draw_cell(Draws& draws) {
-  auto half = [&] { return static_cast<uint16_t>(draws.word()); };
-  auto plmn_part = [&] { return static_cast<uint16_t>(draws.below(1000)); };
-  return {plmn_part(), plmn_part(),  draws.word(), draws.byte(), draws.byte(), half(),
-          half(),      draws.byte(), draws.byte(), half(),       draws.word()};
+// The first TLV has at least four bytes, so these truncations leave no complete TLV.
+constexpr FaultKind kFaults[] = {
+    {"error", false, Got::refusal},
+    {"delay delay_ms=2", true, Got::answer},
+    {"stray", true, Got::answer},
+    {"duplicate", true, Got::answer},
+    {"truncated bytes=0", true, Got::nothing},
+    {"truncated bytes=2", true, Got::nothing},
+    {"truncated bytes=3", true, Got::nothing},
+    {"malformed", true, Got::nothing},
+    {"garbage", true, Got::nothing},
+};
+
+// The delayed answer can arrive while the next request waits for its own.
+constexpr FaultKind kSlowFaults[] = {
+    {"silent", false, Got::nothing},
+    {"transaction", true, Got::nothing},
+    {"delay delay_ms=15300", true, Got::nothing},
+};
+
+Cell random_cell(Random& random) {
+  auto u16 = [&] { return static_cast<uint16_t>(random.word()); };
+  auto plmn_part = [&] { return static_cast<uint16_t>(random.below(1000)); };
+  return {plmn_part(), plmn_part(),   random.word(), random.byte(), random.byte(), u16(),
+          u16(),       random.byte(), random.byte(), u16(),         random.word()};
 }
 
-std::vector<Apn> draw_apns(Draws& draws) {
+std::vector<Apn> random_apns(Random& random) {
   std::vector<Apn> apns;
-  uint32_t count = draws.between(1, 8);
+  uint32_t count = random.between(1, 8);
   while (apns.size() < count) {
-    apns.push_back({draws.letters(draws.between(1, 103)), draws.byte(), draws.byte()});
+    apns.push_back({random.letters(random.between(1, 103)), random.byte(), random.byte()});
   }
   return apns;
 }
 
-std::vector<Operator> draw_operators(Draws& draws) {
-  return {{1, 1, draws.letters(1)}, {310, 4, draws.letters(17)}, {999, 999, draws.letters(64)}};
+std::vector<Operator> random_operators(Random& random) {
+  return {{1, 1, random.letters(1)}, {310, 4, random.letters(17)}, {999, 999, random.letters(64)}};
 }
 
-Network draw_network(Draws& draws) {
+Network random_network(Random& random) {
   Network network{};
-  network.cell = draw_cell(draws);
-  network.apns = draw_apns(draws);
-  network.operators = draw_operators(draws);
-  network.subsidy_lock_code = draws.digits(6);
-  network.data_plmn = draws.bytes(560);
-  network.silent_reboot_answer = draws.bytes(draws.below(40));
-  network.call_end_radio_state = draws.bytes(17);
+  network.cell = random_cell(random);
+  network.apns = random_apns(random);
+  network.operators = random_operators(random);
+  network.subsidy_lock_code = random.digits(6);
+  network.data_plmn = random.bytes(560);
+  network.silent_reboot_answer = random.bytes(random.below(40));
+  network.call_end_radio_state = random.bytes(17);
   network.pfp_version = 1;
   network.pfp_rat = 8;
-  network.pfp_table = draws.bytes(224);
+  network.pfp_table = random.bytes(224);
   return network;
 }
 
-Memory draw_memory(Draws& draws) {
+Memory random_memory(Random& random) {
   Memory memory{};
   for (uint32_t item : {28U, 37U, 38U, 39U, 10003U, 10017U}) {
-    memory.items[{item, 0}] = draws.bytes(draws.between(1, 8));
+    memory.items[{item, 0}] = random.bytes(random.between(1, 8));
   }
-  memory.items[{10018, 0}] = draws.bytes(1);
-  memory.nam.record.mdn = "913555014200000";  // every position becomes a digit
+  memory.items[{10018, 0}] = random.bytes(1);
+  memory.nam.record.mdn = "913555014200000";  // the item's unused positions are zero digits
   memory.nam.pairs[0] = static_cast<uint16_t>(memory.nam.record.sid);
   memory.nam.pairs[1] = static_cast<uint16_t>(memory.nam.record.nid);
-  memory.bands[0] = draws.word();
-  memory.bands[1] = draws.word();
-  memory.bsr_timer = draws.word();
-  memory.tot_order = {draws.word(), draws.word()};
+  memory.bands[0] = random.word();
+  memory.bands[1] = random.word();
+  memory.bsr_timer = random.word();
+  memory.tot_order = {random.word(), random.word()};
   return memory;
 }
 
@@ -110,26 +130,39 @@ json items_json(const std::map<ItemKey, Bytes>& items) {
 
 }  // namespace
 
-ModemModel::ModemModel(Draws& draws)
-    : network_(draw_network(draws)), start_(draw_memory(draws)), memory_(start_) {}
+std::span<const FaultKind> all_faults() { return kFaults; }
+std::span<const FaultKind> slow_faults() { return kSlowFaults; }
 
-std::optional<Spoiling> ModemModel::take_met() {
-  spoiling_.reset();
+std::vector<std::string> Fault::commands() const {
+  std::vector<std::string> commands;
+  if (unaffected != 0) {
+    commands.push_back(fmt::format("fault delay message={} times={}", message, unaffected));
+  }
+  commands.push_back(fmt::format("fault {} message={} times=1 result={} error={}", kind->name,
+                                 message, result, error));
+  return commands;
+}
+
+ModemModel::ModemModel(Random& random)
+    : network_(random_network(random)), start_(random_memory(random)), memory_(start_) {}
+
+std::optional<Fault> ModemModel::take_met() {
+  fault_.reset();
   return std::exchange(met_, std::nullopt);
 }
 
-Exchange ModemModel::ask(const std::string& message) {
-  if (!spoiling_ || spoiling_->message != message) return {Got::answer, true, 0, 0};
-  if (still_spared_ != 0) {
-    --still_spared_;
+Exchange ModemModel::request(const std::string& message) {
+  if (!fault_ || fault_->message != message) return {Got::answer, true, 0, 0};
+  if (unaffected_ != 0) {
+    --unaffected_;
     return {Got::answer, true, 0, 0};
   }
-  met_ = std::exchange(spoiling_, std::nullopt);
+  met_ = std::exchange(fault_, std::nullopt);
   return {met_->kind->got, met_->kind->is_served, met_->result, met_->error};
 }
 
 ModemModel::Read ModemModel::read_item(ItemKey key, uint32_t offset) {
-  Exchange exchange = ask("element_read");
+  Exchange exchange = request("element_read");
   if (!exchange.is_answered()) return {exchange.got, {}};
   auto item = memory_.items.find(key);
   if (item == memory_.items.end()) return {Got::refusal, {}};
@@ -139,7 +172,7 @@ ModemModel::Read ModemModel::read_item(ItemKey key, uint32_t offset) {
 }
 
 bool ModemModel::write_item(ItemKey key, uint32_t offset, const Bytes& data) {
-  Exchange exchange = ask("element_write");
+  Exchange exchange = request("element_write");
   if (!exchange.is_served || size_t{offset} + data.size() > kMaxItemBytes) return false;
   Bytes& item = memory_.items[key];
   item.resize(std::max(item.size(), offset + data.size()));

@@ -1,18 +1,44 @@
 // SPDX-License-Identifier: Apache-2.0
-// A small model of the modem: what it remembers, and what the daemon gets out of each exchange with
-// it. It shares nothing with the simulated modem but the meaning of the requests.
+// A small model of the modem: its memory and the result of each exchange with the daemon. It shares
+// no code with the simulated modem.
 #pragma once
 
 #include <map>
 #include <nlohmann/json.hpp>
 #include <optional>
+#include <span>
 #include <utility>
 #include <vector>
 
 #include "tests/e2e/support/nam_fixture.h"
-#include "tests/soak/spoiling.h"
+#include "tests/soak/random.h"
 
 namespace soak {
+
+// The result of an exchange for the daemon: the modem's answer, a refusal, or nothing usable.
+enum class Got { answer, refusal, nothing };
+
+struct FaultKind {
+  const char* name;  // in the words of the modem's control socket
+  bool is_served;    // whether the request still has its effect on the modem
+  Got got;
+};
+
+std::span<const FaultKind> all_faults();
+// Faults that make the daemon wait for its timeout of 15 seconds.
+std::span<const FaultKind> slow_faults();
+
+// A fault to inject into one exchange.
+struct Fault {
+  const FaultKind* kind;
+  std::string message;  // the name of the request
+  uint32_t unaffected;  // the number of earlier requests with this name
+  uint16_t result;      // of a refusal
+  uint16_t error;
+
+  // The commands to the modem that inject it.
+  std::vector<std::string> commands() const;
+};
 
 struct Exchange {
   Got got;
@@ -44,7 +70,7 @@ struct Operator {
   std::string name;
 };
 
-// What no request changes.
+// State that no request changes.
 struct Network {
   Cell cell;
   std::vector<Apn> apns;
@@ -61,7 +87,7 @@ constexpr uint32_t kMaxItemBytes = 512;
 constexpr size_t kSidNidValues = 40;
 
 struct Nam {
-  e2e::Record record = e2e::kFactory;  // SID and NID stand in the pairs
+  e2e::Record record = e2e::kFactory;  // SID and NID are in the pairs
   std::vector<uint16_t> pairs = std::vector<uint16_t>(kSidNidValues);
   std::string spc = "000000";
 };
@@ -72,9 +98,9 @@ struct ItemKey {
   auto operator<=>(const ItemKey&) const = default;
 };
 
-// What requests change.
+// State that requests change.
 struct Memory {
-  std::map<ItemKey, Bytes> items;  // but those of the NAM
+  std::map<ItemKey, Bytes> items;  // except those of the NAM
   Nam nam;
   uint32_t bands[2];
   uint32_t bsr_timer;
@@ -83,24 +109,24 @@ struct Memory {
 
 class ModemModel {
  public:
-  explicit ModemModel(Draws& draws);
+  explicit ModemModel(Random& random);
 
   const Network& network() const { return network_; }
   Memory& memory() { return memory_; }
 
-  // The next exchange that the spoiling is meant for is spoiled.
-  void spoil(const Spoiling& spoiling) {
-    spoiling_ = spoiling;
-    still_spared_ = spoiling.spared;
+  // Injects the fault into the next exchange to which it applies.
+  void inject(const Fault& fault) {
+    fault_ = fault;
+    unaffected_ = fault.unaffected;
   }
-  // The spoiling that an exchange has met since the last call.
-  std::optional<Spoiling> take_met();
+  // Returns the fault if an exchange has met it since inject(), and removes it.
+  std::optional<Fault> take_met();
 
   // One exchange with the modem.
-  Exchange ask(const std::string& message);
+  Exchange request(const std::string& message);
 
-  // NV items. A read gives the item's bytes from `offset` on. A write of the daemon is never longer
-  // than an item may be.
+  // NV items. A read returns the item's bytes from `offset`. The daemon never writes more bytes
+  // than an item can have.
   struct Read {
     Got got;
     Bytes data;
@@ -108,25 +134,26 @@ class ModemModel {
   Read read_item(ItemKey key, uint32_t offset = 0);
   bool write_item(ItemKey key, uint32_t offset, const Bytes& data);
 
-  // A factory reset: after it the modem has to be given the state anew.
+  // A factory reset. The modem must get the state() again afterwards.
   void reset();
   bool take_was_reset() { return std::exchange(was_reset_, false); }
-  // For the command "set" of the control socket.
+  // For the modem's command "set".
   nlohmann::json state() const;
 
-  // Frames that answered PFP requests owe to the parent, since the last call.
-  uint32_t take_owed_tables() { return std::exchange(owed_tables_, 0); }
-  void owe_table() { ++owed_tables_; }
+  // The number of PFP tables requested since the last call; each one becomes a message to the
+  // parent.
+  uint32_t take_expected_tables() { return std::exchange(expected_tables_, 0); }
+  void expect_table() { ++expected_tables_; }
 
  private:
   Network network_;
   Memory start_;
   Memory memory_;
-  std::optional<Spoiling> spoiling_;
-  uint32_t still_spared_ = 0;
-  std::optional<Spoiling> met_;
+  std::optional<Fault> fault_;
+  uint32_t unaffected_ = 0;
+  std::optional<Fault> met_;
   bool was_reset_ = true;
-  uint32_t owed_tables_ = 0;
+  uint32_t expected_tables_ = 0;
 };
 
 }  // namespace soak

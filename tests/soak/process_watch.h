@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// What a process needs of the system in a long run: it may not become more.
+// The resources of a process, which must not grow in a long run.
 #pragma once
 
 #include <string>
@@ -11,24 +11,23 @@ namespace soak {
 
 class ProcessWatch {
  public:
-  // Resident memory may grow by so many KiB: code and libraries that are first used late come into
-  // memory late.
-  ProcessWatch(const char* name, size_t most_growth) : name_(name), most_growth_(most_growth) {}
+  // `max_growth` is in KiB of resident memory: code that is first used late is loaded late.
+  ProcessWatch(const char* name, size_t max_growth) : name_(name), max_growth_(max_growth) {}
 
-  // Expects what it finds to be as at the first look that counted.
-  void look(pid_t pid, bool counts);
+  // Takes a sample. After the warm-up, expects the figures of the first sample.
+  void sample(pid_t pid, bool is_warm);
   void print() const;
 
  private:
   e2e::ProcessFigures settled_figures(pid_t pid) const;
 
   const char* name_;
-  size_t most_growth_;
+  size_t max_growth_;
   bool has_first_ = false;
   e2e::ProcessFigures first_{};
   e2e::ProcessFigures last_{};
-  size_t most_resident_ = 0;
-  std::vector<size_t> course_;  // of anonymous memory, from look to look
+  size_t max_resident_ = 0;
+  std::vector<size_t> anonymous_;  // of each sample
 };
 
 }  // namespace soak

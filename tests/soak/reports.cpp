@@ -11,14 +11,14 @@ using namespace e2e;
 
 constexpr size_t kMaxUtilityData = 512;
 
-// The fields of the indication, in the words of the modem's control socket.
-using Draw = std::string (*)(Draws& draws, uint32_t count, Parent& parent);
+// Returns the fields of the indication, in the words of the modem's control socket.
+using Generate = std::string (*)(Random& random, uint32_t count, Parent& parent);
 
 void expect(Parent& parent, uint32_t count, const Bytes& message) {
   parent.messages.insert(parent.messages.end(), count, message);
 }
 
-std::string notify(Draws& /*draws*/, uint32_t count, Parent& parent) {
+std::string notify(Random& /*random*/, uint32_t count, Parent& parent) {
   for (uint32_t i = 0; i < count; ++i) {
     std::string text = fmt::format("UNSOLNOTIFY9876-{}", parent.next_notification++);
     expect(parent, 1, cdma_message(1111, padded(text.substr(0, 20), 22)));
@@ -26,7 +26,7 @@ std::string notify(Draws& /*draws*/, uint32_t count, Parent& parent) {
   return "";
 }
 
-std::string generic_report(Draws& /*draws*/, uint32_t count, Parent& parent) {
+std::string generic_report(Random& /*random*/, uint32_t count, Parent& parent) {
   expect(parent, count, generic_message(hex("00020006"), {}));
   return "";
 }
@@ -34,7 +34,7 @@ std::string generic_report(Draws& /*draws*/, uint32_t count, Parent& parent) {
 struct ForwardedType {
   uint32_t type;
   const char* id;
-  const char* front;  // before the data
+  const char* prefix;
   bool is_one_byte;
 };
 
@@ -47,61 +47,62 @@ std::string utility_fields(uint32_t type, const Bytes& data) {
   return fmt::format("type={} data={}", type, as_hex(data));
 }
 
-std::string forwarded(Draws& draws, uint32_t count, Parent& parent) {
-  const auto& row = draws.one_of(kForwardedTypes);
-  Bytes data = draws.bytes(draws.one_in(20) ? draws.below(kMaxUtilityData + 1) : draws.below(40));
+std::string forwarded(Random& random, uint32_t count, Parent& parent) {
+  const auto& row = random.one_of(kForwardedTypes);
+  Bytes data =
+      random.bytes(random.one_in(20) ? random.below(kMaxUtilityData + 1) : random.below(40));
   Bytes shown = data;
   if (row.is_one_byte) shown.resize(1);
-  expect(parent, count, generic_message(hex(row.id), hex(row.front) + shown));
+  expect(parent, count, generic_message(hex(row.id), hex(row.prefix) + shown));
   return utility_fields(row.type, data);
 }
 
-// One byte tells whether the cable is there; another number of bytes tells nothing.
-std::string cable(Draws& draws, uint32_t /*count*/, Parent& parent) {
-  Bytes data = draws.one_in(4) ? draws.bytes(draws.below(3))
-                               : Bytes{draws.one_in(2) ? uint8_t{0} : draws.byte()};
+// One byte contains the cable status; data of any other size has no effect.
+std::string cable(Random& random, uint32_t /*count*/, Parent& parent) {
+  Bytes data = random.one_in(4) ? random.bytes(random.below(3))
+                                : Bytes{random.one_in(2) ? uint8_t{0} : random.byte()};
   if (data.size() == 1) parent.cable_status = data[0] != 0 ? "1" : "0";
   return utility_fields(7, data);
 }
 
-std::string unknown_utility(Draws& draws, uint32_t /*count*/, Parent& /*parent*/) {
-  return utility_fields(draws.between(10, 1000), draws.bytes(draws.below(40)));
+std::string unknown_utility(Random& random, uint32_t /*count*/, Parent& /*parent*/) {
+  return utility_fields(random.between(10, 1000), random.bytes(random.below(40)));
 }
 
-std::string carrier_event(Draws& draws, uint32_t count, Parent& parent) {
-  auto value = static_cast<uint16_t>(draws.word());
+std::string carrier_event(Random& random, uint32_t count, Parent& parent) {
+  auto value = static_cast<uint16_t>(random.word());
   expect(parent, count, cdma_message(0x020001B0, le32(value)));
   return fmt::format("value={}", value);
 }
 
-std::string lte_error(Draws& draws, uint32_t count, Parent& parent) {
-  uint32_t first = draws.word();
-  uint8_t second = draws.byte();
-  uint32_t third = draws.word();
-  Bytes text = draws.bytes(103);
+std::string lte_error(Random& random, uint32_t count, Parent& parent) {
+  uint32_t first = random.word();
+  uint8_t second = random.byte();
+  uint32_t third = random.word();
+  Bytes text = random.bytes(103);
   expect(parent, count, cdma_message(0x020001B1, le32(first) + Bytes{second} + le32(third) + text));
   return fmt::format("first_value={} second_value={} third_value={} text={}", first, second, third,
                      as_hex(text));
 }
 
-std::string coverage(Draws& draws, uint32_t count, Parent& parent) {
-  Bytes report = draws.bytes(32);
+std::string coverage(Random& random, uint32_t count, Parent& parent) {
+  Bytes report = random.bytes(32);
   expect(parent, count, generic_message(hex("01030004"), report));
   return "report=" + as_hex(report);
 }
 
-// Unlike any table that a request asks for.
-std::string pfp(Draws& draws, uint32_t count, Parent& parent) {
-  auto version = static_cast<uint16_t>(draws.word());
-  auto rat = static_cast<uint16_t>(draws.between(100, 200));
-  uint32_t index = draws.word();
-  Bytes table = draws.bytes(224);
+// Differs from every table that a request returns.
+std::string pfp(Random& random, uint32_t count, Parent& parent) {
+  auto version = static_cast<uint16_t>(random.word());
+  auto rat = static_cast<uint16_t>(random.between(100, 200));
+  uint32_t index = random.word();
+  Bytes table = random.bytes(224);
   expect(parent, count, cdma_message(0x0200001D, le16(version) + le16(rat) + le32(index) + table));
   return fmt::format("version={} rat={} tbl_idx={} table={}", version, rat, index, as_hex(table));
 }
 
-// The daemon tells the modem that there is no block to save; the parent gets nothing.
-std::string hob_save(Draws& /*draws*/, uint32_t /*count*/, Parent& /*parent*/) { return ""; }
+// The daemon reports to the modem that there is no block to save. The parent gets no message.
+std::string hob_save(Random& /*random*/, uint32_t /*count*/, Parent& /*parent*/) { return ""; }
 
 constexpr uint32_t kKpiHeaders[] = {0x01C0FFEE, 0x02C0FFEE, 0x03C0FFEE, 0x06C0FFEE,
                                     0x07C0FFEE, 0x08C0FFEE, 0xFFFFFFFF, 0x09C0FFEE};
@@ -113,27 +114,27 @@ Bytes kpi_packet(uint32_t package, uint32_t sequence, bool is_last, uint32_t siz
          le16(size) + payload;
 }
 
-// Mostly packets that make sense where the package stands; some of another package, or out of
-// their order, or empty, or of more bytes than there are.
-Bytes draw_kpi_packet(Draws& draws, const KpiModel& kpi) {
+// Mostly valid packets; some belong to another package, are out of order, are empty, or claim more
+// bytes than they have.
+Bytes random_kpi_packet(Random& random, const KpiModel& kpi) {
   constexpr uint32_t kPackages = 8;
-  bool begins = kpi.package() == -1 || draws.one_in(8);
-  uint32_t package = draws.below(kPackages);
+  bool begins = kpi.package() == -1 || random.one_in(8);
+  uint32_t package = random.below(kPackages);
   uint32_t sequence = begins ? 1 : static_cast<uint32_t>(kpi.expected_sequence());
-  if (kpi.package() != -1 && !draws.one_in(10)) package = static_cast<uint32_t>(kpi.package());
-  if (draws.one_in(20)) sequence = draws.below(6);
-  Bytes payload = draws.bytes(draws.one_in(20) ? draws.below(6) : draws.between(5, 500));
+  if (kpi.package() != -1 && !random.one_in(10)) package = static_cast<uint32_t>(kpi.package());
+  if (random.one_in(20)) sequence = random.below(6);
+  Bytes payload = random.bytes(random.one_in(20) ? random.below(6) : random.between(5, 500));
   if (begins) {
-    payload = le32(draws.one_of(kKpiHeaders)) + payload;
+    payload = le32(random.one_of(kKpiHeaders)) + payload;
     payload.resize(std::min<size_t>(payload.size(), kMaxUtilityData - kKpiHeaderSize));
   }
   auto size = static_cast<uint32_t>(payload.size());
-  if (draws.one_in(20)) size = draws.below(2000);
-  return kpi_packet(package, sequence, draws.one_in(4), size, payload);
+  if (random.one_in(20)) size = random.below(2000);
+  return kpi_packet(package, sequence, random.one_in(4), size, payload);
 }
 
-std::string kpi(Draws& draws, uint32_t /*count*/, Parent& parent) {
-  Bytes packet = draw_kpi_packet(draws, parent.kpi);
+std::string kpi(Random& random, uint32_t /*count*/, Parent& parent) {
+  Bytes packet = random_kpi_packet(random, parent.kpi);
   if (auto message = parent.kpi.take(packet)) expect(parent, 1, *message);
   return utility_fields(1, packet);
 }
@@ -143,10 +144,10 @@ struct Kind {
   const char* indication;
   uint32_t weight;
   bool comes_in_bursts;
-  Draw draw;
+  Generate generate;
 };
 
-// A burst counts as many times as it is long.
+// A kind that comes in bursts has a lower weight for the same number of indications.
 constexpr Kind kKinds[] = {
     {"notification", "notify", 26, true, notify},
     {"generic", "generic", 10, true, generic_report},
@@ -163,11 +164,11 @@ constexpr Kind kKinds[] = {
 
 }  // namespace
 
-Report draw_report(Draws& draws, uint32_t most, Parent& parent) {
+Report random_report(Random& random, uint32_t max, Parent& parent) {
   constexpr uint32_t kMaxBurst = 30;
-  const Kind& kind = draws.weighted(kKinds);
-  uint32_t count = kind.comes_in_bursts ? draws.between(1, std::min(most, kMaxBurst)) : 1;
-  std::string fields = kind.draw(draws, count, parent);
+  const Kind& kind = random.weighted(kKinds);
+  uint32_t count = kind.comes_in_bursts ? random.between(1, std::min(max, kMaxBurst)) : 1;
+  std::string fields = kind.generate(random, count, parent);
   return {fmt::format("indicate {} {} --count {}", kind.indication, fields, count), kind.name,
           count};
 }

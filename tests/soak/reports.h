@@ -1,21 +1,21 @@
 // SPDX-License-Identifier: Apache-2.0
-// What the modem reports by itself, and what the parent must read of it, in its order.
+// The modem's indications, and the messages that the parent must read in this order.
 #pragma once
 
 #include <deque>
 #include <string>
 
-#include "tests/soak/draws.h"
 #include "tests/soak/kpi_model.h"
+#include "tests/soak/random.h"
 
 namespace soak {
 
-// What the parent is to get.
+// The expected state of the parent.
 struct Parent {
   std::deque<Bytes> messages;  // not yet read
   uint32_t next_notification = 12;
   KpiModel kpi;
-  std::string cable_status = "(none)";  // of the antenna, a property
+  std::string cable_status = "(none)";  // the property of the RF cable
 };
 
 struct Report {
@@ -24,7 +24,7 @@ struct Report {
   uint32_t count;  // of indications
 };
 
-// At most as many indications.
-Report draw_report(Draws& draws, uint32_t most, Parent& parent);
+// Generates at most `max` indications of one kind.
+Report random_report(Random& random, uint32_t max, Parent& parent);
 
 }  // namespace soak

@@ -7,26 +7,24 @@
 #include <unistd.h>
 
 #include <filesystem>
-#include <fstream>
 #include <iostream>
 #include <stdexcept>
 
-#include "tests/e2e/support/start_daemon.h"
+#include "tests/e2e/support/command.h"
+#include "tests/e2e/support/daemon.h"
 
 namespace soak {
 
 namespace {
 
 using e2e::as_hex;
-using e2e::kPatience;
 using e2e::operator+;
-using qorextctl::Deadline;
 
-constexpr uint32_t kSpoilOneIn = 8;
-constexpr uint32_t kWaitForTimeoutOneIn = 200000;
+constexpr uint32_t kFaultOneIn = 8;
+constexpr uint32_t kTimeoutOneIn = 200000;
 constexpr size_t kMaxMessagesUnread = 300;
-constexpr uint32_t kLooks = 1000;   // at the processes
-constexpr uint32_t kWarmUp = 1000;  // requests before the first look counts
+constexpr uint32_t kSamples = 1000;  // of the processes
+constexpr uint32_t kWarmUp = 1000;   // requests before the first checked sample
 constexpr auto kProgressEvery = std::chrono::seconds(1);
 
 std::vector<Family> all_families() {
@@ -46,7 +44,7 @@ void print_counts(const char* title, const std::map<std::string, uint32_t>& coun
 
 }  // namespace
 
-Soak::Soak(const Options& options) : options_(options), draws_(options.seed), model_(draws_) {
+Soak::Soak(const Options& options) : options_(options), random_(options.seed), model_(random_) {
   e2e::become_radio_user();
   phone_.emplace();
   phone_->use_programs(installation_.programs());
@@ -63,7 +61,7 @@ Soak::Soak(const Options& options) : options_(options), draws_(options.seed), mo
 void Soak::run() {
   while (served_ < options_.requests && !testing::Test::HasFailure()) {
     serve_one();
-    if (served_ % std::max(1U, options_.requests / kLooks) == 0) look_at_processes();
+    if (served_ % std::max(1U, options_.requests / kSamples) == 0) sample_processes();
     show_progress();
   }
   if (!testing::Test::HasFailure()) check_end();
@@ -76,43 +74,43 @@ void Soak::serve_one() {
   if (model_.take_was_reset()) {
     modem_->command(nlohmann::json{{"command", "set"}, {"state", model_.state()}}.dump());
   }
-  report_some();
-  const Family& family = draws_.weighted(kFamilies);
-  spoil_some(family);
-  Case one = family.draw(draws_, model_);
-  tell_spoiling();
+  indicate_some();
+  const Family& family = random_.weighted(kFamilies);
+  inject_some(family);
+  Case one = family.make_case(random_, model_);
+  send_faults();
   exchange(family, one);
   ++served_;
   ++families_[family.name];
 }
 
-void Soak::spoil_some(const Family& family) {
-  bool is_slow = draws_.one_in(kWaitForTimeoutOneIn);
-  bool is_spoiled = is_slow || draws_.one_in(kSpoilOneIn);
+void Soak::inject_some(const Family& family) {
+  bool is_slow = random_.one_in(kTimeoutOneIn);
+  bool has_fault = is_slow || random_.one_in(kFaultOneIn);
   auto count = static_cast<uint32_t>(
       std::count_if(std::begin(family.targets), std::end(family.targets),
                     [](const Target& target) { return target.message != nullptr; }));
-  if (!is_spoiled || count == 0) return;
+  if (!has_fault || count == 0) return;
 
-  const Target& target = family.targets[draws_.below(count)];
-  const SpoilingKind& kind = draws_.one_of(is_slow ? slow_spoilings() : all_spoilings());
-  auto code = [&] { return static_cast<uint16_t>(draws_.between(1, UINT16_MAX)); };
-  uint16_t error = draws_.one_in(3) ? kNoRadio : code();
-  model_.spoil({&kind, target.message, draws_.below(target.exchanges), code(), error});
+  const Target& target = family.targets[random_.below(count)];
+  const FaultKind& kind = random_.one_of(is_slow ? slow_faults() : all_faults());
+  auto code = [&] { return static_cast<uint16_t>(random_.between(1, UINT16_MAX)); };
+  uint16_t error = random_.one_in(3) ? kNoRadio : code();
+  model_.inject({&kind, target.message, random_.below(target.exchanges), code(), error});
 }
 
-void Soak::tell_spoiling() {
-  auto spoiling = model_.take_met();
-  if (!spoiling) return;
-  for (const std::string& command : spoiling->commands()) modem_->command(command);
-  ++spoilings_[spoiling->kind->fault];
+void Soak::send_faults() {
+  auto fault = model_.take_met();
+  if (!fault) return;
+  for (const std::string& command : fault->commands()) modem_->command(command);
+  ++faults_[fault->kind->name];
 }
 
-// As many indications as the requests so far ask for.
-void Soak::report_some() {
+// Keeps the number of indications proportional to the number of requests.
+void Soak::indicate_some() {
   uint64_t due = uint64_t{options_.indications} * (served_ + 1) / options_.requests;
   while (indicated_ < due) {
-    Report report = draw_report(draws_, options_.indications - indicated_, parent_);
+    Report report = random_report(random_, options_.indications - indicated_, parent_);
     modem_->command(report.command);
     indicated_ += report.count;
     reports_[report.kind] += report.count;
@@ -126,15 +124,15 @@ void Soak::exchange(const Family& family, const Case& one) {
                        as_hex(one.request));
   };
   ASSERT_TRUE(daemon_->send(one.request)) << described();
-  owed_tables_ += model_.take_owed_tables();
+  expected_tables_ += model_.take_expected_tables();
 
-  Deadline deadline = Deadline::in(kPatience);
+  Deadline deadline = e2e::time_limit();
   while (daemon_->replies().pending().size() < one.replies.size() && !deadline.passed()) {
     read_pipes(deadline);
   }
   Bytes replies = daemon_->replies().take_all();
   if (replies == one.replies) return;
-  ADD_FAILURE() << described() << "\nis answered " << as_hex(replies) << "\ninstead of  "
+  ADD_FAILURE() << described() << "\nreply    " << as_hex(replies) << "\nexpected "
                 << as_hex(one.replies);
 }
 
@@ -155,55 +153,55 @@ void Soak::check_messages() {
   }
 }
 
-// Tables that requests have asked for come when the modem pleases.
+// Requested tables can arrive at any time.
 void Soak::take_message(const Bytes& message) {
   if (message == requested_table_) {
-    EXPECT_GT(owed_tables_, 0U) << "a table too many";
-    --owed_tables_;
+    EXPECT_GT(expected_tables_, 0U) << "unexpected table";
+    --expected_tables_;
     return;
   }
   if (parent_.messages.empty()) {
-    ADD_FAILURE() << "not expected: " << as_hex(message);
+    ADD_FAILURE() << "unexpected message: " << as_hex(message);
     return;
   }
   const Bytes& expected = parent_.messages.front();
   EXPECT_TRUE(message == expected)
-      << "there comes " << as_hex(message) << "\ninstead of  " << as_hex(expected);
+      << "message  " << as_hex(message) << "\nexpected " << as_hex(expected);
   parent_.messages.pop_front();
 }
 
-void Soak::wait_for_messages(size_t most) {
-  Deadline deadline = Deadline::in(kPatience);
-  while (parent_.messages.size() + owed_tables_ > most && !testing::Test::HasFailure()) {
+void Soak::wait_for_messages(size_t max_outstanding) {
+  Deadline deadline = e2e::time_limit();
+  while (parent_.messages.size() + expected_tables_ > max_outstanding &&
+         !testing::Test::HasFailure()) {
     read_pipes(deadline);
     if (!deadline.passed()) continue;
-    ADD_FAILURE() << parent_.messages.size() << " messages and " << owed_tables_
-                  << " tables do not come";
+    ADD_FAILURE() << parent_.messages.size() << " messages and " << expected_tables_
+                  << " tables are missing";
   }
 }
 
-// Indications that leave no message are over when one behind them has left its own.
+// The message of a last indication shows that all indications before it have been processed.
 void Soak::wait_until_idle() {
   modem_->command("indicate generic");
   parent_.messages.push_back(e2e::generic_message(e2e::hex("00020006"), {}));
   wait_for_messages(0);
 }
 
-void Soak::look_at_processes() {
+void Soak::sample_processes() {
   modem_->command("clear_requests");
   wait_until_idle();
-  bool counts = served_ >= kWarmUp;
-  daemon_watch_.look(daemon_->process().pid(), counts);
-  modem_watch_.look(modem_->pid(), counts);
+  bool is_warm = served_ >= kWarmUp;
+  daemon_watch_.sample(daemon_->process().pid(), is_warm);
+  modem_watch_.sample(modem_->pid(), is_warm);
 }
 
 void Soak::check_end() {
   wait_until_idle();
   EXPECT_EQ(phone_->property("ril.baseband.rfcable.status"), parent_.cable_status);
-  EXPECT_TRUE(current_log() == parent_.kpi.log()) << "the log of KPI packages differs";
+  EXPECT_TRUE(current_log() == parent_.kpi.log()) << "the KPI log differs";
   daemon_->close_requests();
-  auto status = daemon_->wait_exit(Deadline::in(kPatience));
-  EXPECT_EQ(status ? describe(*status) : "still running", "exit status 0");
+  EXPECT_EQ(e2e::exit_status_of(*daemon_), "exit status 0");
   daemon_->replies().read_available();
   EXPECT_EQ(as_hex(daemon_->replies().take_all()), "");
 }
@@ -212,8 +210,7 @@ Bytes Soak::current_log() const {
   std::error_code error;
   auto log = std::filesystem::read_symlink(phone_->folder() + "/data/vorn/.0001", error);
   if (error) return {};
-  std::ifstream file(phone_->folder() + log.string(), std::ios::binary);
-  return {std::istreambuf_iterator<char>(file), {}};
+  return e2e::characters(e2e::content_of(phone_->folder() + log.string()));
 }
 
 void Soak::show_progress() {
@@ -229,7 +226,7 @@ void Soak::report() const {
   std::cout << fmt::format("{} requests and {} indications in {:.1f} s: {:.0f} requests/s\n",
                            served_, indicated_, taken.count(), served_ / taken.count());
   print_counts("requests", families_);
-  print_counts("faults", spoilings_);
+  print_counts("faults", faults_);
   print_counts("indications", reports_);
   daemon_watch_.print();
   modem_watch_.print();

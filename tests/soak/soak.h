@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-// One daemon serves requests for as long as is wanted, while its modem misbehaves now and then and
-// reports by itself. Every reply and every unsolicited message is checked, and so is what the two
-// processes need of the system.
+// One run of the daemon with random requests, modem faults and indications. Checks every reply,
+// every unsolicited message and the resources of both processes.
 #pragma once
 
 #include <chrono>
@@ -10,7 +9,7 @@
 #include <optional>
 #include <string>
 
-#include "tests/e2e/support/installation.h"
+#include "tests/e2e/support/faulty_handset.h"
 #include "tests/e2e/support/modem_process.h"
 #include "tests/e2e/support/phone_root.h"
 #include "tests/soak/families.h"
@@ -30,7 +29,7 @@ class Soak {
  public:
   explicit Soak(const Options& options);
 
-  // Stops at the first thing that is wrong.
+  // Stops at the first failure.
   void run();
   void report() const;
 
@@ -38,32 +37,32 @@ class Soak {
   using Clock = std::chrono::steady_clock;
 
   void serve_one();
-  void spoil_some(const Family& family);
-  void tell_spoiling();
-  void report_some();
+  void inject_some(const Family& family);
+  void send_faults();
+  void indicate_some();
   void exchange(const Family& family, const Case& one);
 
-  // Reads what has come on the parent's pipes; waits for something until the deadline.
+  // Waits for data on the parent's pipes until the deadline, and reads it.
   void read_pipes(qorextctl::Deadline deadline);
   void check_messages();
   void take_message(const Bytes& message);
-  // Until no more messages than these are still to come.
-  void wait_for_messages(size_t most);
-  // Until all indications have been acted on.
+  // Waits until at most this number of messages is outstanding.
+  void wait_for_messages(size_t max_outstanding);
+  // Waits until all indications have been processed.
   void wait_until_idle();
 
-  void look_at_processes();
+  void sample_processes();
   void check_end();
   // All KPI packages that the daemon has stored.
   Bytes current_log() const;
   void show_progress();
 
   Options options_;
-  Draws draws_;
+  Random random_;
   ModemModel model_;
   Parent parent_;
   Bytes requested_table_;
-  uint32_t owed_tables_ = 0;
+  uint32_t expected_tables_ = 0;
 
   e2e::Installation installation_;
   std::optional<e2e::PhoneRoot> phone_;
@@ -73,7 +72,7 @@ class Soak {
   uint32_t served_ = 0;
   uint32_t indicated_ = 0;
   std::map<std::string, uint32_t> families_;
-  std::map<std::string, uint32_t> spoilings_;
+  std::map<std::string, uint32_t> faults_;
   std::map<std::string, uint32_t> reports_;
   Clock::time_point start_ = Clock::now();
   Clock::time_point last_shown_ = start_;

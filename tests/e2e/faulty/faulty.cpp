@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// Put in front of the C library with LD_PRELOAD: what fails seldom fails when a test wants it.
+// Preloaded before the C library with LD_PRELOAD: injects faults that are rare on a real system.
 #include <errno.h>
 #include <fcntl.h>
 #include <signal.h>
@@ -12,7 +12,7 @@
 
 #include "tests/e2e/faulty/switches.h"
 
-// The C library's own names of its allocator.
+// The C library's internal names of its allocator.
 extern "C" void* __libc_malloc(size_t size);
 extern "C" void* __libc_calloc(size_t count, size_t size);
 
@@ -59,19 +59,19 @@ bool is_pipe(int fd) {
   return fstat(fd, &status) == 0 && S_ISFIFO(status.st_mode);
 }
 
-// Standard output and error carry the log.
+// Standard output and error are pipes, too: they carry the log.
 bool is_parent_pipe(int fd) { return fd > STDERR_FILENO && is_pipe(fd); }
 
-// How many more bytes a file takes; as many as there are in everything else.
+// The number of bytes that a file can take; `size` for other descriptors.
 size_t room_in(int fd, size_t size) {
   struct stat status;
-  size_t largest = g_switches == nullptr ? 0 : g_switches->largest_file.load();
-  if (largest == 0 || fstat(fd, &status) != 0 || !S_ISREG(status.st_mode)) return size;
+  size_t max = g_switches == nullptr ? 0 : g_switches->max_file_size.load();
+  if (max == 0 || fstat(fd, &status) != 0 || !S_ISREG(status.st_mode)) return size;
   auto used = static_cast<size_t>(status.st_size);
-  return used < largest ? largest - used : 0;
+  return used < max ? max - used : 0;
 }
 
-bool take_one(std::atomic<uint32_t>& count) {
+bool count_down(std::atomic<uint32_t>& count) {
   if (count == 0) return false;
   --count;
   return true;
@@ -94,8 +94,8 @@ EXPORTED void* calloc(size_t count, size_t size) {
 }
 
 EXPORTED ssize_t write(int fd, const void* bytes, size_t size) {
-  uint32_t most = g_switches == nullptr ? 0 : g_switches->most_written.load();
-  if (most != 0 && size > most && is_parent_pipe(fd)) size = most;
+  uint32_t max = g_switches == nullptr ? 0 : g_switches->max_written.load();
+  if (max != 0 && size > max && is_parent_pipe(fd)) size = max;
   size_t room = room_in(fd, size);
   if (room == 0 && size > 0) {
     errno = ENOSPC;
@@ -105,7 +105,7 @@ EXPORTED ssize_t write(int fd, const void* bytes, size_t size) {
 }
 
 EXPORTED ssize_t read(int fd, void* bytes, size_t size) {
-  if (g_switches != nullptr && is_parent_pipe(fd) && take_one(g_switches->failing_reads)) {
+  if (g_switches != nullptr && is_parent_pipe(fd) && count_down(g_switches->failing_reads)) {
     errno = static_cast<int>(g_switches->read_error);
     return -1;
   }

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-// Between a test and the library that it puts in front of the daemon's C library: a file that both
-// have mapped. The test throws the switches; the library counts what it has done.
+// Fault switches of the library that is preloaded before the daemon's C library. Test and library
+// map the same file: the test sets the switches, the library counts the injected faults.
 #pragma once
 
 #include <atomic>
@@ -13,27 +13,28 @@ constexpr const char* kSwitchesVariable = "QOREXT_TEST_SWITCHES";
 
 enum class Threads : uint32_t { main, others };
 
+// 0 switches a fault off.
 struct Switches {
-  // Memory: the n-th allocation of the threads named from now on fails; 0: none does.
+  // The n-th allocation from now on fails in the threads selected.
   std::atomic<uint32_t> failing_allocation;
   std::atomic<Threads> failing_threads;
-  std::atomic<uint32_t> without_memory;  // not 0: every allocation of theirs fails
+  std::atomic<uint32_t> without_memory;  // every allocation of theirs fails
   std::atomic<uint32_t> failed_allocations;
 
-  // A write of more bytes than these to a pipe writes these alone; 0: no limit.
-  std::atomic<uint32_t> most_written;
+  // A write to a pipe is shortened to this number of bytes.
+  std::atomic<uint32_t> max_written;
 
-  // So many reads of a pipe fail with this errno, and what was to be read stays.
+  // The next reads of a pipe fail with this errno and consume nothing.
   std::atomic<uint32_t> failing_reads;
   std::atomic<uint32_t> read_error;
 
-  // A file takes no byte beyond this size, as on a full disk; 0: no limit.
-  std::atomic<uint32_t> largest_file;
+  // A file cannot grow beyond this size, as on a full disk.
+  std::atomic<uint32_t> max_file_size;
 
-  // Opening a file for writing, or making a folder, fails with this errno; 0: it does not.
+  // Opening a file for writing and creating a folder fail with this errno.
   std::atomic<uint32_t> file_error;
 
-  // Signals caught by a handler that lets system calls be interrupted: SIGUSR1.
+  // The number of SIGUSR1 caught by a handler without SA_RESTART, which interrupts system calls.
   std::atomic<uint32_t> caught_signals;
 };
 

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// A command line, run to its end.
+// Shell commands, and the text that they and files contain.
 #pragma once
 
 #include <string>
@@ -8,14 +8,17 @@
 namespace e2e {
 
 struct CommandResult {
-  int status;          // -1 when it was ended by a signal, or not in time
+  int status;          // -1 after a signal or a timeout
   std::string output;  // standard output
   std::string errors;  // standard error
 };
 
-// Runs a line of the shell. "$BIN" in it is the folder of this build's executables.
+// Runs a shell command line to its end. "$BIN" in it is the folder of this build's executables.
 CommandResult run_command(const std::string& line);
 
 std::vector<std::string> lines_of(const std::string& text);
+
+// Returns the whole file; an empty string if it does not exist.
+std::string content_of(const std::string& path);
 
 }  // namespace e2e

@@ -1,60 +1,90 @@
 // SPDX-License-Identifier: Apache-2.0
-// A handset whose daemon meets the failures that a test wants.
+// Handsets whose daemon a test can inspect with the kernel's figures, and inject faults into.
 #pragma once
 
-#include <sys/resource.h>
-
-#include "tests/e2e/support/log_texts.h"
-#include "tests/e2e/support/switchboard.h"
-#include "tests/e2e/support/watched_handset.h"
+#include "tests/e2e/faulty/switches.h"
+#include "tests/e2e/support/handset_fixture.h"
+#include "tests/e2e/support/process_figures.h"
 
 namespace e2e {
 
-class FaultyHandset : public WatchedHandset {
+// The kernel shows the details of a process that has changed its user only to privileged ones.
+// A test that needs them becomes the radio user before it starts the daemon, which then keeps its
+// user. Does nothing if the test does not run as root.
+void become_radio_user();
+
+// Copies of the executables and libraries that every user can run. Must be created before
+// become_radio_user(): the build's folders can be closed to other users.
+class Installation {
+ public:
+  Installation();
+  Installation(const Installation&) = delete;
+  Installation& operator=(const Installation&) = delete;
+  ~Installation();
+
+  std::string programs() const { return path_ + "/bin"; }
+
+ private:
+  std::string path_;
+};
+
+// A handset of the radio user, switched off.
+class InspectedHandset : public testing::Test {
  protected:
-  FaultyHandset() {
-    start_modem();
-    Switchboard::Wiring wiring(switches, installation.programs() + "/../lib/libqorext_faulty.so");
-    start_daemon();
-  }
+  InspectedHandset() { handset.phone().use_programs(installation.programs()); }
 
-  // From now on the daemon can open nothing; with `false` it can again.
-  void exhaust_descriptors(bool exhausted) {
-    rlimit limit{};
-    ASSERT_EQ(prlimit(pid(), RLIMIT_NOFILE, nullptr, &limit), 0);
-    limit.rlim_cur = exhausted ? lowest_free_descriptor(pid()) : limit.rlim_max;
-    ASSERT_EQ(prlimit(pid(), RLIMIT_NOFILE, &limit, nullptr), 0);
+  // Starts the daemon until it serves, and clears the modem's list of requests.
+  void start_daemon() {
+    handset.start_serving();
+    handset.modem_requests();
   }
+  pid_t pid() { return handset.pid(); }
 
-  std::string next_message() {
-    auto frame = handset->daemon().receive_unsolicited(qorextctl::Deadline::in(kPatience));
-    return frame ? as_hex(*frame) : "nothing";
-  }
-  // What the modem has reported before has been acted on and logged, and has left no message but
-  // these.
-  std::vector<std::string> messages_until_idle() {
-    const std::string last = as_hex(generic_message(hex("00020006"), {}));
-    size_t before = handset->log().texts().size();
-    handset->modem().command("indicate generic");
-    std::vector<std::string> messages;
-    for (std::string one = next_message(); one != last; one = next_message()) {
-      messages.push_back(one);
-      if (one == "nothing") break;
-    }
-    handset->log().wait_for("Handling unsol msg 22", before, qorextctl::Deadline::in(kPatience));
-    return messages;
-  }
+  Installation installation;
+  struct RadioUser {
+    RadioUser() { become_radio_user(); }
+  } user;
+  Handset handset{Handset::off};
+};
 
-  // A whole package of one packet, to be stored.
-  void report_package(uint8_t package) {
-    handset->modem().command(
-        fmt::format("indicate utils type=1 data={:02x}0101000800ffffffffa1a2a3a4", package));
-  }
+// The test's mapping of the switches in faulty/switches.h.
+class FaultSwitches {
+ public:
+  FaultSwitches();
+  FaultSwitches(const FaultSwitches&) = delete;
+  FaultSwitches& operator=(const FaultSwitches&) = delete;
+  ~FaultSwitches();
+
+  // While it exists, every program that is started preloads the library with the switches.
+  class Preload {
+   public:
+    Preload(const FaultSwitches& switches, const std::string& library);
+    Preload(const Preload&) = delete;
+    Preload& operator=(const Preload&) = delete;
+    ~Preload();
+  };
+
+  Switches* operator->() { return switches_; }
+
+ private:
+  std::string path_;
+  Switches* switches_;
+};
+
+class FaultyHandset : public InspectedHandset {
+ protected:
+  FaultyHandset();
+
+  // Sets the limit of open descriptors so that the daemon cannot open another one, or resets it.
+  void exhaust_descriptors(bool exhausted);
+
+  // Uploads a complete package of one packet.
+  void upload_package(uint8_t package);
 
   Bytes band_query = cdma(0x020000B0);
   std::string band_reply = as_hex(reply(0x020000B0, 0, le32(1)));
 
-  Switchboard switches;
+  FaultSwitches switches;
 };
 
 }  // namespace e2e

@@ -12,8 +12,8 @@
 #include <sstream>
 #include <stdexcept>
 
-#include "tests/e2e/support/patience.h"
 #include "tests/e2e/support/value_or_throw.h"
+#include "tests/e2e/support/wait.h"
 #include "tools/qorextctl/daemon/log_capture.h"
 #include "tools/qorextctl/daemon/process.h"
 #include "tools/qorextctl/modem/ask_modem.h"
@@ -23,27 +23,25 @@ namespace e2e {
 
 namespace {
 
-using qorextctl::Deadline;
 using qorextctl::Json;
 
-// The daemon connects to sockets that root has made, after it has dropped root's privileges.
-class OpenToEveryone {
+// The daemon connects to root's sockets after it has dropped root's privileges.
+class OpenUmask {
  public:
-  OpenToEveryone() : before_(umask(0)) {}
-  OpenToEveryone(const OpenToEveryone&) = delete;
-  OpenToEveryone& operator=(const OpenToEveryone&) = delete;
-  ~OpenToEveryone() { umask(before_); }
+  OpenUmask() : before_(umask(0)) {}
+  OpenUmask(const OpenUmask&) = delete;
+  OpenUmask& operator=(const OpenUmask&) = delete;
+  ~OpenUmask() { umask(before_); }
 
  private:
   mode_t before_;
 };
 
-// The modem writes a byte when everything is up.
-bool comes_up(const qorextctl::UniqueFd& ready) {
+// The modem writes one byte when it accepts connections.
+bool is_ready(const qorextctl::UniqueFd& ready) {
   pollfd entry{ready.get(), POLLIN, 0};
   char byte = 0;
-  return poll(&entry, 1, Deadline::in(kPatience).remaining_ms()) == 1 &&
-         read(ready.get(), &byte, 1) == 1;
+  return poll(&entry, 1, time_limit().remaining_ms()) == 1 && read(ready.get(), &byte, 1) == 1;
 }
 
 Json parse(const std::string& words) {
@@ -61,8 +59,8 @@ struct ModemProcess::Parts {
   std::optional<qorextctl::ModemControl> control;
 
   Json call(const std::string& words) {
-    Json answer = value_or_throw(qorextctl::call_to_end(*control, parse(words), kPatience.count()));
-    EXPECT_TRUE(answer.value("ok", false)) << words << " is answered " << answer;
+    Json answer = value_or_throw(qorextctl::call_to_end(*control, parse(words), kTimeout.count()));
+    EXPECT_TRUE(answer.value("ok", false)) << words << ": " << answer;
     return answer;
   }
 };
@@ -80,19 +78,19 @@ ModemProcess::ModemProcess(const PhoneRoot& phone) : parts_(std::make_unique<Par
                       std::to_string(ready.write.get())};
   launch.descriptors = {ready.write.get()};
   launch.output = output.write.get();
-  OpenToEveryone sockets;
+  OpenUmask sockets;
   parts_->process.emplace(value_or_throw(qorextctl::Process::start(launch)));
   ready.write.reset();
   output.write.reset();
   parts_->output.start(std::move(output.read));
-  if (!comes_up(ready.read)) throw std::runtime_error("the modem does not come up");
+  if (!is_ready(ready.read)) throw std::runtime_error("the modem does not start");
   parts_->control.emplace(value_or_throw(qorextctl::ModemControl::connect(phone.control_socket())));
 }
 
 ModemProcess::~ModemProcess() {
   if (!parts_->process) return;
   parts_->process->signal(SIGTERM);
-  auto status = parts_->process->wait(Deadline::in(kPatience));
+  auto status = parts_->process->wait(time_limit());
   EXPECT_EQ(status ? describe(*status) : "the modem does not end", "exit status 0");
   if (!status || (status->code == 0 && status->signal == 0)) return;
   for (const std::string& line : parts_->output.lines()) ADD_FAILURE() << line;
@@ -100,7 +98,7 @@ ModemProcess::~ModemProcess() {
 
 void ModemProcess::kill() {
   parts_->process->signal(SIGKILL);
-  EXPECT_TRUE(parts_->process->wait(Deadline::in(kPatience)).has_value());
+  EXPECT_TRUE(parts_->process->wait(time_limit()).has_value());
   parts_->process.reset();
 }
 
@@ -118,15 +116,15 @@ std::vector<std::string> ModemProcess::requests() {
   Json answer = parts_->call("requests");
   for (const Json& request : answer["requests"]) {
     nlohmann::json fields = nlohmann::json::parse(request["fields"].dump());  // sorts its members
-    requests.push_back(asked(request["service"], request["message"], fields.dump()));
+    requests.push_back(modem_request(request["service"], request["message"], fields.dump()));
   }
-  // Who polls loses none that comes between the two commands.
+  // A poll must not lose a request that arrives between the two commands.
   if (!requests.empty()) command("clear_requests");
   return requests;
 }
 
-std::string asked(const std::string& service, const std::string& message,
-                  const std::string& fields) {
+std::string modem_request(const std::string& service, const std::string& message,
+                          const std::string& fields) {
   return service + " " + message + " " + fields;
 }
 

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// A simulated modem of a test's own.
+// A simulated modem that one test owns.
 #pragma once
 
 #include <sys/types.h>
@@ -14,21 +14,21 @@ namespace e2e {
 
 class ModemProcess {
  public:
-  // Returns when it can be reached.
+  // Returns when the modem accepts connections.
   explicit ModemProcess(const PhoneRoot& phone);
-  // Ends it; that it ends by itself and with status 0 is expected.
+  // Ends the modem and expects its exit status to be 0.
   ~ModemProcess();
 
-  // Ends it as a crash does.
+  // Ends it without a warning, as a crash does.
   void kill();
   pid_t pid() const;
 
-  // A command of its control socket, in the words of "qorextctl modem ...". That the modem takes it
-  // is expected.
+  // Sends a command to the control socket, in the words of "qorextctl modem". Expects the modem to
+  // accept it.
   void command(const std::string& words);
-  // One value out of the answer to a command: "/state/carrier/bc10", numbers as text.
+  // Returns one value of the answer to a command: "/state/carrier/bc10". Numbers become text.
   std::string value(const std::string& words, const std::string& pointer);
-  // What it was asked since the last call, as asked() writes it.
+  // Returns the requests to the modem since the last call, in the form of modem_request().
   std::vector<std::string> requests();
 
  private:
@@ -36,9 +36,9 @@ class ModemProcess {
   std::unique_ptr<Parts> parts_;
 };
 
-// A request as the modem understood it: "SERVICE MESSAGE {FIELDS}", the fields in the order of
-// their names, bytes as_hex().
-std::string asked(const std::string& service, const std::string& message,
-                  const std::string& fields);
+// A request as the modem decoded it: "SERVICE MESSAGE {FIELDS}", with the fields sorted by name and
+// bytes as_hex().
+std::string modem_request(const std::string& service, const std::string& message,
+                          const std::string& fields);
 
 }  // namespace e2e

@@ -1,13 +1,13 @@
 // SPDX-License-Identifier: Apache-2.0
-// NAM records as the parent sees them.
+// NAM records in the parent's format.
 #pragma once
 
-#include "tests/e2e/support/carrier_fixture.h"
+#include "tests/e2e/support/handset_fixture.h"
 
 namespace e2e {
 
-constexpr uint32_t kGet = 0x02000001;
-constexpr uint32_t kSet = 0x02000002;
+constexpr uint32_t kNamGet = 0x02000001;
+constexpr uint32_t kNamSet = 0x02000002;
 
 struct Record {
   std::string mdn;
@@ -69,13 +69,13 @@ inline Bytes record_bytes(const Record& record, const std::string& new_spc = "")
          padded(new_spc, 6) + zeros(2);
 }
 
-class NamProgramming : public CarrierRequests {
+class NamProgramming : public HandsetTest {
  protected:
   static Bytes setting(const Record& record, const std::string& spc, const std::string& new_spc) {
-    return cdma(kSet, record_bytes(record, new_spc), spc);
+    return cdma(kNamSet, record_bytes(record, new_spc), spc);
   }
-  std::string get() { return handset.serve(cdma(kGet)).replies; }
-  // The NV items written since the last look.
+  std::string get() { return handset.serve(cdma(kNamGet)).replies; }
+  // The NV items written since the last call.
   Texts written() {
     Texts requests = handset.modem_requests();
     std::erase_if(requests, [](const std::string& request) {

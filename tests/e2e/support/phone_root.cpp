@@ -3,7 +3,6 @@
 
 #include <sys/stat.h>
 
-#include <cerrno>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
@@ -11,6 +10,7 @@
 #include <stdexcept>
 #include <system_error>
 
+#include "tests/e2e/support/value_or_throw.h"
 #include "tools/qorextctl/phone/phone_files.h"
 
 namespace e2e {
@@ -21,10 +21,6 @@ namespace fs = std::filesystem;
 
 constexpr mode_t kFolderMode = 0755;
 
-[[noreturn]] void fail(const std::string& path) {
-  throw std::system_error(errno, std::generic_category(), path);
-}
-
 void remove_content(const std::string& folder) {
   for (const auto& entry : fs::directory_iterator(folder)) fs::remove_all(entry.path());
 }
@@ -32,7 +28,7 @@ void remove_content(const std::string& folder) {
 }  // namespace
 
 PhoneRoot::PhoneRoot(Content content) : path_(fs::temp_directory_path() / "qorext.XXXXXX") {
-  if (mkdtemp(path_.data()) == nullptr) fail(path_);
+  if (mkdtemp(path_.data()) == nullptr) throw_errno(path_);
   chmod(path_.c_str(), kFolderMode);
   if (const char* handset = getenv("QOREXT_HANDSET")) {
     use_handset(handset);
@@ -64,7 +60,7 @@ PhoneRoot::~PhoneRoot() {
 }
 
 void PhoneRoot::give_to_daemon(const std::string& path) const {
-  if (!qorextctl::give_to_radio_user(path)) fail(path);
+  if (!qorextctl::give_to_radio_user(path)) throw_errno(path);
 }
 
 void PhoneRoot::set_property(const std::string& name, const std::string& value) const {

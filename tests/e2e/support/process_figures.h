@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// What the kernel tells of a running process.
+// The kernel's figures for a running process.
 #pragma once
 
 #include <sys/types.h>
@@ -13,20 +13,20 @@ namespace e2e {
 
 struct ProcessFigures {
   size_t resident;     // KiB
-  size_t anonymous;    // KiB of these that are no file's
-  size_t descriptors;  // open ones
+  size_t anonymous;    // KiB of `resident` that are not backed by a file
+  size_t descriptors;  // open
   size_t threads;
 };
 
 ProcessFigures figures_of(pid_t pid);
 
-// What each open descriptor is: "pipe", "socket", "anon_inode:[eventfd]", a path.
+// The kind of each open descriptor: "pipe", "socket", "anon_inode:[eventfd]", a path.
 std::multiset<std::string> descriptors_of(pid_t pid);
 
-// Where the next one would lie.
+// The number of the next descriptor that the process opens.
 size_t lowest_free_descriptor(pid_t pid);
 
-// In KiB: the process's share of every mapping but those of shared libraries' files.
+// In KiB: the process's share of all mappings except those of shared libraries.
 size_t private_memory_of(pid_t pid);
 
 // In clock ticks, of all threads.

@@ -17,10 +17,10 @@ namespace e2e {
 
 namespace {
 
-constexpr auto kPause = std::chrono::microseconds(100);
+constexpr auto kPollInterval = std::chrono::microseconds(100);
 constexpr int kSystemCallStop = SIGTRAP | 0x80;  // with PTRACE_O_TRACESYSGOOD
 
-// A thread that has just gone is no error.
+// A thread may have ended meanwhile; that is not an error.
 void request(__ptrace_request what, pid_t thread, void* data = nullptr) {
   if (ptrace(what, thread, nullptr, data) == 0 || errno == ESRCH) return;
   std::cerr << "ptrace request " << what << ": " << std::generic_category().message(errno) << "\n";
@@ -37,7 +37,7 @@ bool begins_call(pid_t thread, __ptrace_syscall_info& info) {
 
 SyscallKiller::SyscallKiller(pid_t daemon, unsigned call)
     : daemon_(daemon), calls_left_(call), tracer_([this] { run(); }) {
-  is_following_.wait(false);
+  is_tracing_.wait(false);
 }
 
 bool SyscallKiller::end() {
@@ -46,36 +46,35 @@ bool SyscallKiller::end() {
   return has_killed_;
 }
 
-// The kernel takes the wishes about a traced thread from one thread alone, and lets it go with
-// that.
+// The kernel accepts ptrace requests only from the tracing thread, and detaches when it ends.
 void SyscallKiller::run() {
   std::string tasks = "/proc/" + std::to_string(daemon_) + "/task";
   for (const auto& entry : std::filesystem::directory_iterator(tasks)) {
     pid_t thread = std::stoi(entry.path().filename());
-    if (thread != daemon_) follow(thread);
+    if (thread != daemon_) trace(thread);
   }
-  is_following_ = true;
-  is_following_.notify_all();
+  is_tracing_ = true;
+  is_tracing_.notify_all();
   pid_t thread = 0;
   while (thread >= 0 && !is_over_) {
     int status = 0;
     thread = waitpid(-1, &status, __WALL | __WNOTHREAD | WNOHANG);
-    if (thread == 0) std::this_thread::sleep_for(kPause);
+    if (thread == 0) std::this_thread::sleep_for(kPollInterval);
     if (thread > 0 && WIFSTOPPED(status)) {
-      if (WSTOPSIG(status) == kSystemCallStop) look_at(thread);
+      if (WSTOPSIG(status) == kSystemCallStop) kill_at_call(thread);
       request(PTRACE_SYSCALL, thread);
     }
   }
 }
 
-void SyscallKiller::follow(pid_t thread) {
+void SyscallKiller::trace(pid_t thread) {
   request(PTRACE_SEIZE, thread, reinterpret_cast<void*>(PTRACE_O_TRACESYSGOOD));
   request(PTRACE_INTERRUPT, thread);
   waitpid(thread, nullptr, __WALL);
   request(PTRACE_SYSCALL, thread);
 }
 
-void SyscallKiller::look_at(pid_t thread) {
+void SyscallKiller::kill_at_call(pid_t thread) {
   if (!is_the_call(thread)) return;
   kill(daemon_, SIGKILL);
   has_killed_ = true;

@@ -6,13 +6,13 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include <cerrno>
 #include <ctime>
 #include <filesystem>
 #include <fstream>
 #include <system_error>
 
-#include "tests/e2e/support/files.h"
+#include "tests/e2e/support/command.h"
+#include "tests/e2e/support/value_or_throw.h"
 
 namespace e2e {
 
@@ -21,10 +21,6 @@ namespace {
 namespace fs = std::filesystem;
 
 const std::string kPhoneFolder = "/data/vorn/";
-
-void check(int result, const std::string& path) {
-  if (result != 0) throw std::system_error(errno, std::generic_category(), path);
-}
 
 std::string index_name(unsigned index) { return fmt::format(".{:04}", index); }
 
@@ -51,7 +47,7 @@ void upload_in_packets(ModemProcess& modem, unsigned package, const std::string&
   }
 }
 
-std::string made_up_log(size_t size) {
+std::string random_log(size_t size) {
   std::string log(size, '\0');
   uint32_t value = 1;
   for (char& byte : log) {
@@ -76,7 +72,8 @@ void VornFolder::put(const std::string& name, const std::string& text, size_t si
 void VornFolder::set_age(const std::string& name, long seconds) const {
   timespec when = {time(nullptr) - seconds, 0};
   timespec both[] = {when, when};
-  check(utimensat(AT_FDCWD, path(name).c_str(), both, AT_SYMLINK_NOFOLLOW), path(name));
+  int result = utimensat(AT_FDCWD, path(name).c_str(), both, AT_SYMLINK_NOFOLLOW);
+  if (result != 0) throw_errno(path(name));
 }
 
 void VornFolder::link(unsigned index, const std::string& name) const {

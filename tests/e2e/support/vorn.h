@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// The KPI packets that the modem uploads, and the directory of the logs that come of them.
+// The KPI packets that the modem uploads, and the directory of the resulting logs.
 #pragma once
 
 #include <set>
@@ -16,35 +16,38 @@ constexpr uint32_t kLogHeader = 0x01C0FFEE;
 // A log that would reach this size is rotated.
 constexpr size_t kLogLimit = 31457280;
 
+// Logs that tests create.
+constexpr char kCurrentLog[] = "vorn_20260102000000.log";
+constexpr char kPreviousLog[] = "vorn_20260101000000.log";
+
 struct KpiPacket {
   unsigned package;
   unsigned sequence;  // the first packet of a package is 1
   bool is_last;
-  Bytes payload;  // of a first packet, its header word comes first
+  Bytes payload;  // the first packet's starts with the header word
 };
 
-// The modem sends the packet.
 void upload(ModemProcess& modem, const KpiPacket& packet);
-// A package of one packet.
+// Uploads a package of one packet.
 void upload_log(ModemProcess& modem, unsigned package, const std::string& text);
 
-// A package of as many packets as it takes.
+// Uploads a package of as many packets as the text needs.
 void upload_in_packets(ModemProcess& modem, unsigned package, const std::string& text);
 
-// Bytes that repeat nowhere near a packet's size.
-std::string made_up_log(size_t size);
+// Pseudorandom bytes: two packets never hold the same bytes.
+std::string random_log(size_t size);
 
 class VornFolder {
  public:
-  // The folder is there and belongs to the daemon.
+  // Creates the folder for the daemon.
   explicit VornFolder(const PhoneRoot& phone);
 
   std::string path(const std::string& name) const { return folder_ + "/" + name; }
 
-  // Begins with the text and is `size` bytes long, zeros that take no space behind the text.
+  // Creates a file with the text, extended to `size` bytes by a hole.
   void put(const std::string& name, const std::string& text, size_t size = 0) const;
   void set_age(const std::string& name, long seconds) const;
-  // Index link k as the daemon makes it.
+  // Creates an index link as the daemon does.
   void link(unsigned index, const std::string& name) const;
   void clear() const;
 
@@ -53,7 +56,7 @@ class VornFolder {
   std::string content(const std::string& name) const;
   bool begins_with(const std::string& name, const std::string& text) const;
   size_t size(const std::string& name) const;
-  // The name of the log that index link k leads to; empty when there is no link, or no such log.
+  // Returns the name of the log that an index link names, or "" if the link or the log is missing.
   std::string linked(unsigned index) const;
 
  private:

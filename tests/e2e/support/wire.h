@@ -1,26 +1,38 @@
 // SPDX-License-Identifier: Apache-2.0
-// Frames as they lie on the parent's pipes, put together by hand.
+// Frames on the parent's pipes, built byte by byte without the tool's code.
 #pragma once
 
 #include <cstdint>
 #include <initializer_list>
 #include <string>
+#include <vector>
 
 #include "tools/qorextctl/base/bytes.h"
 
 namespace e2e {
 
 using qorextctl::Bytes;
+using Texts = std::vector<std::string>;
+
+constexpr size_t kMaxRequestBytes = 17408;  // of one read of the daemon
+constexpr uint32_t kNvWrite = 0x02000015;
+constexpr uint32_t kNvRead = 0x02000016;
+constexpr uint32_t kUnknownId = 0x02000014;
 
 inline Bytes operator+(Bytes left, const Bytes& right) {
   left.insert(left.end(), right.begin(), right.end());
   return left;
 }
 
-// Digits in pairs, blanks between them passed over.
+inline Texts operator+(Texts left, const Texts& right) {
+  left.insert(left.end(), right.begin(), right.end());
+  return left;
+}
+
+// Parses pairs of digits; blanks between pairs are skipped.
 inline Bytes hex(const std::string& digits) { return qorextctl::parse_hex(digits).value(); }
 
-// Frames are compared in this form: it is what a person wants to see when they differ.
+// Frames are compared in this form because it is readable in a failure message.
 inline std::string as_hex(const Bytes& bytes) {
   constexpr char kDigits[] = "0123456789abcdef";
   std::string text;
@@ -35,7 +47,7 @@ inline Bytes zeros(size_t size) { return Bytes(size); }
 
 inline Bytes characters(const std::string& text) { return {text.begin(), text.end()}; }
 
-// The text and zeros behind it, `size` bytes in all.
+// The text, padded with zeros to `size` bytes.
 inline Bytes padded(const std::string& text, size_t size) {
   Bytes bytes = characters(text);
   bytes.resize(size);
@@ -71,14 +83,19 @@ inline Bytes cdma(uint32_t id, const Bytes& payload = {}, const std::string& cod
   return cdma_claiming(id, static_cast<uint32_t>(payload.size()), payload, code);
 }
 
-// A reply with a header of the daemon's own.
+inline Bytes nv_read(uint32_t rde_id, uint32_t record = 0, uint32_t offset = 0,
+                     uint32_t length = 0) {
+  return cdma(kNvRead, words({rde_id, record, offset, length}));
+}
+
+// A reply with a header that the daemon has built.
 inline Bytes reply(uint32_t id, uint32_t status, const Bytes& data = {}) {
   return le32(id) + le32(static_cast<uint32_t>(data.size())) + le32(status) + zeros(6) + data +
          zeros(2);
 }
 
-// A reply in the request's own header. Its code field stays, and without data so do the two bytes
-// behind it.
+// A reply with the request's header. The code field is unchanged; without data, so are the two
+// bytes after it.
 inline Bytes echo(const Bytes& request, uint32_t status, const Bytes& data = {}) {
   auto bytes = [whole = request + zeros(2)](ptrdiff_t from, ptrdiff_t to) {
     return Bytes(whole.begin() + from, whole.begin() + to);
@@ -96,14 +113,20 @@ inline Bytes generic(uint32_t id, const Bytes& payload = {}) {
   return header + payload;
 }
 
-// Its reply: the length turns little-endian.
+// Its reply, whose length is little-endian.
 inline Bytes generic_reply(uint32_t id, const Bytes& data) {
   Bytes header = generic(id);
   return Bytes(header.begin(), header.begin() + 4) + le32(static_cast<uint32_t>(data.size())) +
          data;
 }
 
-// Unsolicited messages in their two formats.
+// The reply to a successful nv_read() of a whole item.
+inline Bytes nv_item(uint32_t rde_id, const Bytes& data) {
+  auto size = static_cast<uint32_t>(data.size());
+  return reply(kNvRead, 0, words({rde_id, 0, 0, size}) + data + zeros(4));
+}
+
+// Unsolicited messages, in their two formats.
 inline Bytes cdma_message(uint32_t id, const Bytes& data) {
   return le32(0) + le32(20) + le32(id) + le32(static_cast<uint32_t>(data.size())) + le32(0) +
          zeros(6) + data + zeros(2);

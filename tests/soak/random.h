@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// Everything that is drawn comes from one seeded generator: the same seed gives the same run.
+// The one source of random values, so that the same seed gives the same run.
 #pragma once
 
 #include <algorithm>
@@ -13,9 +13,9 @@ namespace soak {
 
 using e2e::Bytes;
 
-class Draws {
+class Random {
  public:
-  explicit Draws(uint32_t seed) : random_(seed) {}
+  explicit Random(uint32_t seed) : random_(seed) {}
 
   uint32_t word() { return static_cast<uint32_t>(random_()); }
   uint32_t below(uint32_t end) { return word() % end; }
