@@ -400,7 +400,7 @@ TEST_F(Recordings, AreNotMadeIfTheFileOrTheModemIsNotAccessible) {
   EXPECT_THAT(unwritable.errors, HasSubstr("cannot write '/nonexistent/recording'"));
   CommandResult unwatched = record("--modem unix:" + path("modem"), "");
   EXPECT_EQ(unwatched.status, 2);
-  EXPECT_THAT(unwatched.errors, HasSubstr("give --control PATH"));
+  EXPECT_THAT(unwatched.errors, HasSubstr("--control PATH is missing"));
 }
 
 TEST(RecordingOf, ARunningModemContainsItsMessages) {
