@@ -91,7 +91,7 @@ TEST_F(Shell, CompletesNamesArgumentsAndValues) {
 TEST_F(Shell, CompletesTheKeysOfTheModemsState) {
   start();
   terminal->type(std::string("mo") + kTab + "set" + kTab + "lte.rsr" + kTab + kTab);
-  terminal->wait_for_row("lte.rsrp=  lte.rsrq=");
+  terminal->wait_for_row("lte.rsrq=  lte.rsrp=");
   terminal->wait_for_cursor("qorext> modem set lte.rsr");
   run("p=-101", "modem set: ok");
   EXPECT_EQ(handset.modem().value("state", "/state/lte/rsrp"), "-101");
