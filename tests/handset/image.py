@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: Apache-2.0
-"""Builds what the handset starts from: an initramfs and two disks."""
+"""Builds the handset's initramfs and its two disks."""
 
 import os
 import pathlib
@@ -10,12 +10,12 @@ import subprocess
 HERE = pathlib.Path(__file__).resolve().parent
 HOB_SIZE = 0x8000
 DHOB_SIZE = 0x20000
-UNTOUCHED = b"\xee"  # what a partition holds that nobody has written
+UNWRITTEN = b"\xee"  # the initial content of the partition
 DATA_MEGABYTES = 64
 
 
 def hob_content():
-    """What the modem has left in its shared memory, the same in every run."""
+    """The content of the modem's shared memory, the same in every run."""
     return random.Random(0).randbytes(HOB_SIZE)
 
 
@@ -40,7 +40,7 @@ class Image:
         self.build = build            # the arm64 build
         self.sysroot = parts / "sysroot"
         self.modules = next((parts / "kernel/lib/modules").iterdir())
-        self.root = parts / root      # where the initramfs is put together
+        self.root = parts / root      # the content of the initramfs
         self.folders = [build / "lib", build / "lib/tests", self.sysroot / "lib/aarch64-linux-gnu",
                         self.sysroot / "usr/lib/aarch64-linux-gnu",
                         self.sysroot / "usr/lib/aarch64-linux-gnu/android"]
@@ -70,7 +70,7 @@ class Image:
         self.copy(self.sysroot / "lib/ld-linux-aarch64.so.1", "lib/ld-linux-aarch64.so.1")
 
     def add(self, source, name):
-        """An executable or library, and the libraries it needs."""
+        """Adds an executable or a library, and the libraries it needs."""
         self.copy(source, name)
         for library in needed_libraries(source):
             place = f"usr/lib/aarch64-linux-gnu/{library}"
@@ -111,9 +111,9 @@ def make_disks(data, dhob):
     with open(data, "wb") as disk:
         disk.truncate(DATA_MEGABYTES << 20)
     subprocess.run(["mke2fs", "-q", "-F", "-t", "ext4", data], check=True)
-    dhob.write_bytes(UNTOUCHED * DHOB_SIZE)
+    dhob.write_bytes(UNWRITTEN * DHOB_SIZE)
 
 
 def is_saved(dhob):
-    """Whether the partition holds the shared memory, and nothing else of it has changed."""
-    return dhob.read_bytes() == hob_content() + UNTOUCHED * (DHOB_SIZE - HOB_SIZE)
+    """Returns whether the partition holds the shared memory and is otherwise unchanged."""
+    return dhob.read_bytes() == hob_content() + UNWRITTEN * (DHOB_SIZE - HOB_SIZE)

@@ -1,27 +1,27 @@
 # SPDX-License-Identifier: Apache-2.0
-"""The virtual machine: its command line, and one that runs."""
+"""The virtual machine: its command line, and a running machine."""
 
 import queue
 import subprocess
 import threading
 import time
 
-# What is emulated is fastest with one processor and without the kernel's defences of real ones.
+# Emulation is fastest with one processor and without the kernel's mitigations.
 MACHINE = ("qemu-system-aarch64 -machine virt -cpu cortex-a53 -smp 1 -accel tcg "
            "-nic none -nographic -no-reboot").split()
 KERNEL = "console=ttyAMA0 quiet panic=-1 nokaslr kpti=off mitigations=off"
 
 
 def file_of(path):
-    """A disk's backing, as QEMU's -drive takes it: a file of the disk's content.
+    """The options of QEMU's -drive for a file with the disk's content.
 
-    The file outlives the machine, not the host: flushes need not get through to the host's disk.
+    The file must outlive the machine but not the host, so flushes do not reach the host's disk.
     """
     return f"format=raw,cache=unsafe,file={path}"
 
 
 def command(parts, initramfs, settings, disks, memory=1024):
-    """`disks` gives the backing of each by its serial number; `memory` is in MiB."""
+    """Returns the command line. `disks` maps serial numbers to backings; `memory` is in MiB."""
     kernel = next((parts / "kernel/boot").glob("vmlinuz-*"))
     arguments = ["-m", memory, "-kernel", kernel, "-initrd", initramfs, "-append",
                  f"{KERNEL} {settings}"]
@@ -32,7 +32,7 @@ def command(parts, initramfs, settings, disks, memory=1024):
 
 
 class Machine:
-    """Runs from its construction on; its console is kept in a file and read line by line."""
+    """A machine that is started with the object; its console goes to a file and is read by line."""
 
     def __init__(self, words, console):
         self.process = subprocess.Popen(words, stdin=subprocess.DEVNULL, stdout=subprocess.PIPE,
@@ -50,11 +50,11 @@ class Machine:
         self.lines.put(None)
 
     def next_line(self, deadline):
-        """None when the machine is off; raises queue.Empty at the deadline (monotonic time)."""
+        """Returns None if the machine is off. Raises queue.Empty at the deadline (monotonic time)."""
         return self.lines.get(timeout=max(0, deadline - time.monotonic()))
 
     def switch_off(self):
-        """Without a warning; the lines that came before can still be read."""
+        """Switches off without a shutdown. The earlier lines can still be read."""
         self.is_switched_off = True
         self.process.kill()
 

@@ -13,8 +13,7 @@ namespace {
 
 using namespace std::string_view_literals;
 
-// Instructions: what a page of a large frame is touched with before the stack pointer passes it,
-// and what an indirect branch may arrive at.
+// The instructions that probe a page of a large frame, and the valid targets of an indirect branch.
 constexpr std::string_view kProbes[] = {
     "\x48\x83\x0C\x24\x00"sv,              // x86-64, GCC: or $0, (%rsp)
     "\x48\xC7\x04\x24\x00\x00\x00\x00"sv,  // x86-64, clang: mov $0, (%rsp)
@@ -27,7 +26,7 @@ constexpr std::string_view kTargets[] = {
 };
 constexpr size_t kTargetSize = 4;
 
-// In the names of functions that only checked calls lead to.
+// Part of the names of functions with checked indirect calls.
 constexpr char kCheckedTarget[] = ".cfi";
 
 bool starts_with(const std::string& text, std::string_view start) {
@@ -47,7 +46,7 @@ ElfFile::ElfFile(const std::string& path) {
   file.seekg(0).read(content_.data(), static_cast<std::streamsize>(content_.size()));
   bool is_elf = content_.size() > sizeof(Elf64_Ehdr) && starts_with(content_, ELFMAG) &&
                 content_[EI_CLASS] == ELFCLASS64;
-  if (!is_elf) throw std::runtime_error(path + " is no ELF file");
+  if (!is_elf) throw std::runtime_error(path + " is not a 64-bit ELF file");
 }
 
 std::vector<Elf64_Phdr> ElfFile::segments() const {
@@ -123,9 +122,9 @@ bool ElfFile::has_full_relro() const {
 bool ElfFile::has_plain_stack() const {
   constexpr uint32_t kBoth = PF_W | PF_X;
   auto all = segments();
-  bool is_told = std::any_of(all.begin(), all.end(),
+  bool is_declared = std::any_of(all.begin(), all.end(),
                              [](const Elf64_Phdr& each) { return each.p_type == PT_GNU_STACK; });
-  return is_told && std::none_of(all.begin(), all.end(), [](const Elf64_Phdr& each) {
+  return is_declared && std::none_of(all.begin(), all.end(), [](const Elf64_Phdr& each) {
            return (each.p_flags & kBoth) == kBoth;
          });
 }

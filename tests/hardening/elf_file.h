@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// What a 64-bit ELF file tells of how it was compiled and linked.
+// How a 64-bit ELF file was compiled and linked.
 #pragma once
 
 #include <elf.h>
@@ -9,17 +9,17 @@
 
 class ElfFile {
  public:
-  // Throws std::runtime_error when there is no such file.
+  // Throws std::runtime_error if the file is not a 64-bit ELF file.
   explicit ElfFile(const std::string& path);
 
   bool is_position_independent() const;
   bool has_full_relro() const;
-  bool has_plain_stack() const;  // not executable, and nothing else writable is
+  bool has_plain_stack() const;  // neither the stack nor another writable segment is executable
   bool has_stack_protector() const;
   bool has_fortified_calls() const;
   bool probes_large_frames() const;
   bool guards_indirect_branches() const;  // by marked targets, or by checked calls
-  // Every folder that libraries are searched in is the system's or next to the file itself.
+  // Libraries are searched only in the system's folders and next to the file itself.
   bool has_safe_library_path() const;
 
  private:

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-// How the executables are compiled and linked. Each property is also asked of a program that is
-// built without it, so that a question that no file could fail is noticed.
+// How the executables are compiled and linked. Each property is also checked on a program that is
+// built without it, to detect a check that cannot fail.
 #include <gtest/gtest.h>
 
 #include <ostream>
@@ -14,7 +14,7 @@ struct Property {
   bool (ElfFile::*holds)() const;
 };
 
-// The addresses differ from run to run, and ctest knows tests by this.
+// Test names must not contain addresses, which change between runs.
 std::ostream& operator<<(std::ostream& out, const Property& property) {
   return out << property.name;
 }
@@ -39,14 +39,14 @@ class Hardening : public testing::TestWithParam<Property> {
 TEST_P(Hardening, OfTheDaemon) { EXPECT_TRUE(holds("qorext_client")); }
 TEST_P(Hardening, OfTheModem) { EXPECT_TRUE(holds("qorext_modem")); }
 TEST_P(Hardening, OfTheTool) { EXPECT_TRUE(holds("qorextctl")); }
-TEST_P(Hardening, IsMissedInAProgramWithoutIt) {
+TEST_P(Hardening, IsMissingInTheUnprotectedProgram) {
   EXPECT_FALSE((ElfFile(QOREXT_UNPROTECTED).*GetParam().holds)());
 }
 
 INSTANTIATE_TEST_SUITE_P(Properties, Hardening, testing::ValuesIn(kProperties),
                          [](const auto& one) { return std::string(one.param.name); });
 
-// Only the daemon has frames of more than a page.
+// Only the daemon has frames larger than a page.
 TEST(StackClashProtection, TouchesEveryPageOfALargeFrame) {
   EXPECT_TRUE(ElfFile(QOREXT_PROGRAMS "/qorext_client").probes_large_frames());
   EXPECT_FALSE(ElfFile(QOREXT_UNPROTECTED).probes_large_frames());

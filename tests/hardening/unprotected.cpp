@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-// Does what the protections are about (large frame, copied text, array on the stack) and is built
-// without any of them.
+// A program that needs the protections (large frame, copied text, array on the stack) and is built
+// without them.
 #include <stdio.h>
 #include <string.h>
 

@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: Apache-2.0
-"""Android.bp builds what CMake builds."""
+"""Android.bp builds the same daemon as CMake."""
 import json
 import re
 import shlex
@@ -8,13 +8,13 @@ import unittest
 
 from support import ANDROID, BLUEPRINT, BUILD, COMPILER, ROOT, module, run
 
-# Libraries of the toolchain, which the image's build adds by itself.
+# Libraries of the toolchain, which the image's build adds itself.
 TOOLCHAIN = re.compile(r'lib(stdc\+\+|c\+\+|c\+\+abi|m|c|gcc_s|asan|ubsan|tsan|gcov)\.so|ld-linux')
 SHARED_FLAG = re.compile(r'-(W[a-z]|std=|fno-exceptions|fno-rtti|D_GNU_SOURCE)')
 
 
 def cmake_compiles():
-    """Source to command line, for the daemon's own objects."""
+    """Returns the command line for each source of the daemon."""
     entries = json.loads((BUILD / 'compile_commands.json').read_text())
     commands = ((entry, shlex.split(entry['command'])) for entry in entries)
     return {entry['file'].removeprefix(f'{ROOT}/'): words for entry, words in commands
@@ -31,7 +31,7 @@ class Image(unittest.TestCase):
         difference = run('bpfmt', '-s', '-d', BLUEPRINT)
         self.assertEqual((difference.returncode, difference.stdout), (0, ''))
 
-    def test_a_broken_blueprint_would_be_noticed(self):
+    def test_a_malformed_blueprint_is_reported(self):
         with tempfile.NamedTemporaryFile('w', suffix='.bp') as broken:
             broken.write(BLUEPRINT.read_text().replace('vendor: true,', 'vendor true,', 1))
             broken.flush()
@@ -56,7 +56,7 @@ class Image(unittest.TestCase):
     def test_the_daemon_is_a_vendor_binary(self):
         self.assertEqual(self.daemon['vendor'], 'true')
 
-    def test_what_the_image_needs_beside_the_daemon_is_in_the_blueprint(self):
+    def test_the_other_files_of_the_image_are_in_the_blueprint(self):
         files = {path.name: str(path.relative_to(ROOT)) for path in ANDROID.glob('init/*')}
         self.assertEqual(self.daemon['required'], sorted(files))
         for name, path in files.items():

@@ -1,16 +1,16 @@
 # SPDX-License-Identifier: Apache-2.0
-"""What the daemon opens on the phone is there, and for it to use."""
+"""The files that the daemon opens on the phone exist and are accessible to it."""
 import re
 import unittest
 
 from support import INIT, ROOT, UEVENTD, product_literals, rows
 
-# Users and groups that the phone knows by name.
+# The phone's users and groups.
 PHONE_IDS = {'root': 0, 'radio': 1001, 'diag': 2002}
 
 
 def constant(source, name):
-    """A numeric constant of the daemon; a leading 0 means octal."""
+    """Returns a numeric constant of the daemon. A leading 0 means octal."""
     value = re.search(rf'{name} = (\w+);', (ROOT / 'src' / source).read_text()).group(1)
     return int(value, 8 if value.startswith('0') else 10)
 
@@ -27,11 +27,11 @@ class Image(unittest.TestCase):
         self.assertEqual(PHONE_IDS[owner], self.user)
         self.assertEqual(PHONE_IDS[group], self.log_group)
 
-    def test_the_directory_that_the_daemon_knows_leads_to_the_log_directory(self):
+    def test_the_path_that_the_daemon_uses_is_a_link_to_the_log_directory(self):
         (directory,) = product_literals(r'/data/\w+')
         self.assertEqual(rows(INIT)[2:], [['symlink', '/data/vendor/vorn', directory]])
 
-    def test_the_data_partition_is_mounted_when_the_directory_is_made(self):
+    def test_the_data_partition_is_mounted_when_the_directory_is_created(self):
         self.assertEqual(rows(INIT)[0], ['on', 'post-fs-data'])
 
     def test_the_radio_user_may_read_and_write_the_nodes_that_the_daemon_opens(self):

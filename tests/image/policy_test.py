@@ -1,8 +1,8 @@
 # SPDX-License-Identifier: Apache-2.0
-"""The policy allows what the daemon needs, no more, and breaks none of the platform's rules.
+"""The policy allows exactly what the daemon needs and violates none of the platform's rules.
 
-platform_policy follows the part of Android 13's policy that the daemon's meets. check_tree compiles
-the policy with those of whole releases.
+platform_policy represents the part of Android 13's policy that concerns the daemon. check_tree
+compiles the policy with the policies of whole releases.
 """
 import pathlib
 import re
@@ -34,7 +34,7 @@ class Image(unittest.TestCase):
         self.folder = pathlib.Path(folder.name)
 
     def compile(self, more=''):
-        """checkpolicy's outcome for the platform's policy with the daemon's and `more` rules."""
+        """Returns checkpolicy's result for the platform's policy, the daemon's rules and `more`."""
         extra = self.folder / 'more.te'
         extra.write_text(more)
         parts = [PLATFORM / 'macros.m4', PLATFORM / 'classes', PLATFORM / 'domains.te',
@@ -60,7 +60,7 @@ class Image(unittest.TestCase):
         self.assertRegex(outcome.stderr, rf'neverallow .*violated by allow {rule}')
 
     def allowed(self, *query):
-        """(target, class) to permissions, from the compiled policy."""
+        """Returns the permissions for each (target, class) in the compiled policy."""
         found = run('sesearch', '-A', '-ds', *query, self.policy())
         self.assertEqual(found.returncode, 0, found.stderr)
         lines = re.findall(r'^allow \w+ (\w+):(\w+) (?:{ (.*) }|(\w+));$', found.stdout, re.M)
@@ -83,7 +83,7 @@ class Image(unittest.TestCase):
         outcome = self.compile_contexts(contexts)
         self.assertEqual((outcome.returncode, outcome.stderr), (0, ''))
 
-    def test_the_policy_allows_what_the_daemon_needs_and_nothing_else(self):
+    def test_the_policy_allows_exactly_what_the_daemon_needs(self):
         self.assert_compiles()
         self.assert_allowed('qorext_client', NEEDS)
 
@@ -110,7 +110,7 @@ class Image(unittest.TestCase):
     def test_the_policy_lets_a_vendor_process_call_the_dropbox_service(self):
         self.assert_compiles(dropbox_rules(MANUAL))
 
-    def test_logs_directly_below_data_would_be_refused(self):
+    def test_logs_directly_below_data_are_refused(self):
         self.assert_never_allowed('qorext_client system_data_file',
                                   'allow qorext_client system_data_file:dir rw_dir_perms;\n')
 
@@ -118,7 +118,7 @@ class Image(unittest.TestCase):
         self.assert_compiles()
         self.assert_valid(self.file_contexts())
 
-    def test_a_context_of_an_unknown_type_would_be_noticed(self):
+    def test_a_context_of_an_unknown_type_is_reported(self):
         self.assert_compiles()
         wrong = self.folder / 'wrong'
         wrong.write_text('/dev/qor_hob_ram u:object_r:no_such_device:s0\n')
@@ -136,7 +136,7 @@ class Image(unittest.TestCase):
                  for _, system, path, context in rows(VENDOR_POLICY / 'genfs_contexts')}
         self.assertEqual(found, TYPE_OF_KERNEL_FILE)
 
-    def test_every_path_of_the_daemon_is_among_them(self):
+    def test_every_path_of_the_daemon_has_a_type(self):
         paths = product_literals(PHONE_PATH)
         self.assertEqual(len(paths), 6)
         self.assertLessEqual(paths, set(TYPE_OF_PATH) | set(TYPE_OF_KERNEL_FILE))

@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: Apache-2.0
-"""Where the image's files are, and how its tools are run."""
+"""The paths of the image's files, and helpers that run its tools."""
 import os
 import pathlib
 import re
@@ -20,20 +20,20 @@ PROPERTY_CONTEXTS = PRIVATE_POLICY / 'property_contexts'
 
 
 def run(*command, text=None):
-    """The finished command with its output as text; its status is the caller's to judge."""
+    """Runs a command and returns its result with text output; does not check its status."""
     tools = dict(os.environ, PATH=os.environ['PATH'] + ':/usr/sbin:/sbin')
     return subprocess.run([str(word) for word in command], input=text, env=tools, check=False,
                           capture_output=True, text=True)
 
 
 def rows(path):
-    """The words of each line of a table, comments left out."""
+    """Returns the words of each line of a table, without comments."""
     lines = (line.split('#')[0].split() for line in path.read_text().splitlines())
     return [words for words in lines if words]
 
 
 def module(kind, name):
-    """The properties of a module of Android.bp, which bpfmt keeps in one shape."""
+    """Returns the properties of a module of Android.bp, which is formatted by bpfmt."""
     text = re.sub(r'^ *//.*\n', '', BLUEPRINT.read_text(), flags=re.M)
     for body in re.findall(rf'^{kind} {{\n(.*?)^}}', text, re.M | re.S):
         values = re.findall(r'^    (\w+): (\[.*?\]|[^\[].*?),$', body, re.M | re.S)
@@ -44,7 +44,7 @@ def module(kind, name):
 
 
 def product_literals(pattern):
-    """The texts in quotes in the daemon's sources that match."""
+    """Returns the string literals in the daemon's sources that match the pattern."""
     sources = [*ROOT.glob('src/**/*.cpp'), *ROOT.glob('src/**/*.h')]
     return {literal for source in sources
             for literal in re.findall(rf'"({pattern})"', source.read_text())}

@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: Apache-2.0
-"""No folder includes from a folder above it, as docs/architecture.md has them."""
+"""Folders include only from the layers below them, in the order of docs/architecture.md."""
 import pathlib
 import re
 import unittest
@@ -8,7 +8,7 @@ ROOT = pathlib.Path(__file__).resolve().parents[2]
 LAYERS = (ROOT / 'docs/architecture.md').read_text().split('\n## Layers\n')[1].split('\n## ')[0]
 ROWS = {row[1]: re.findall(r'`([^`]+)`', row[2])
         for row in re.finditer(r'^\| `([^`]+)` \| (.*) \|$', LAYERS, re.MULTILINE)}
-# The declarations of the phone's interfaces include only one another.
+# The declarations of the phone's interfaces include only each other.
 PHONE = ('platform/include', 'platform/android/include')
 
 
@@ -17,7 +17,7 @@ def folder_of(path):
 
 
 def wrong_includes(folder, text):
-    """Included headers of the repository that the folder's row does not allow."""
+    """Returns the included headers of the repository that the folder's row does not allow."""
     allowed = {folder, *ROWS.get(folder, [])}
     headers = re.findall(r'^#include "([^"]+)"', text, re.MULTILINE)
     return [header for header in headers

@@ -1,14 +1,13 @@
 #!/usr/bin/env python3
 # SPDX-License-Identifier: Apache-2.0
-"""Makes small wrong changes to the daemon's sources, one at a time, and lists those that the unit
-tests do not notice.
+"""Makes small wrong changes (mutants) in the daemon's sources, one at a time, and lists those that
+the unit tests do not detect.
 
-A mutant is compiled by itself and linked in front of the library of the right objects, so that it
-costs one compilation, one link and as much of the tests as it takes to fail. A header's mutant is
-compiled with every source of the daemon that includes it; the tests keep the right header. Nothing
-in the tree is changed: mutants live in the build folder, one place for each worker. Mutants that do
-not compile do not count, nor do those in survivors.txt: no test can notice them, for the reasons
-given there.
+A mutant is compiled separately and linked before the library of the original objects, so that it
+costs one compilation, one link and the tests up to the first failure. A header's mutant is compiled
+with every source of the daemon that includes it; the tests use the original header. The tree is not
+changed: mutants are in the build folder, in one folder for each worker. Mutants that do not compile
+are not counted, nor are those in survivors.txt, which no test can detect for the reasons there.
 """
 
 import argparse
@@ -30,9 +29,9 @@ ROOT = Path(__file__).resolve().parents[2]
 SOURCES = ROOT / "src"
 TESTS = "product_test"
 LIBRARY = "src/libqorext_product.a"
-TARGETS = ("qorext_product", TESTS)  # not the daemon itself, whose main is the program's
+TARGETS = ("qorext_product", TESTS)  # not the daemon itself: the tests have their own main
 SURVIVORS = Path(__file__).with_name("survivors.txt")
-MEMORY = Path("/dev/shm")  # where the tests' files cost no disk
+MEMORY = Path("/dev/shm")  # keeps the tests' files off the disk
 GOAL = 98  # per cent
 
 SWAPS = {
@@ -46,7 +45,7 @@ SWAP = re.compile("|".join(re.escape(word) if not word.isalpha() else rf"\b{word
 NUMBER = re.compile(r"(?<![\w.\"'])(0[xX][0-9A-Fa-f]+|\d+)(?=[UL]*\b)(?![\w.\"'])")
 STATEMENT = re.compile(r"^(\s+)(?!return\b|case\b|using\b|break\b|continue\b|goto\b)"
                        r"([A-Za-z_][\w.:\[\]>-]*(\(.*\)| [|&+-]?= .*)|[+-]{2}\w+);$")
-# Calls that are seen outside: two of them are not one, and their order counts.
+# Calls with visible effects: their number and order matter.
 CALL = re.compile(r"^\s+([\w.]*[._])?(LOG[ED]|\w*[Ss]end\w*|\w*[Ww]rite\w*|f?sync|forward|hand_off|"
                   r"chown|chmod|unlink|rename|property_set|\w*wait\w*|\w*release|\w*create\w*)"
                   r"\(.*\);$")
@@ -54,14 +53,14 @@ GUARD = re.compile(r"^(\s+)(if \(.*\) [^{]*;)$")
 WHOLE = re.compile(r"^\s+(?!case\b|default\b|using\b)[^\s].*;$")
 LEAVES = re.compile(r"^\s+(return|break|continue)\b")
 LOG = re.compile(r'^(\s+LOG[ED]\("(?:[^"\\]|\\.)*", )(.*)(\);)$')
-# Changes that a person makes in good faith: what is looked for, and what it becomes.
+# Typical mistakes: the pattern and its replacement.
 SLIPS = [(re.compile(pattern), text) for pattern, text in (
-    (r" \| O_(?!CLOEXEC)\w+", ""),  # nothing is executed
+    (r" \| O_(?!CLOEXEC)\w+", ""),  # the tests execute no program
     (r"\bO_(?!RDONLY)\w+ \| ", ""),  # which is zero
     (r"QMI_IDL_INDICATION", "QMI_IDL_RESPONSE"),
     (r" == k\w+", " != 0"),
     (r" != (0|k\w+)\b", " == 1"),
-    (r"\bsizeof (\w[\w.]*)\b(?!, \")", r"(sizeof \1 - 1)"),  # texts have room to spare
+    (r"\bsizeof (\w[\w.]*)\b(?!, \")", r"(sizeof \1 - 1)"),  # texts are shorter than their buffers
     (r"\bwhile \(", "if ("),
     (r"\batoi\(([^()]*)\)", r"static_cast<int>(strtol(\1, nullptr, 0))"),
     (r"\bstatic_cast<(u?)int(16|32)_t>", r"static_cast<\1int8_t>"),
@@ -81,30 +80,30 @@ INDENTED = re.compile(r"^\s+")
 class Mutant:
     file: Path
     line: int  # from 0
-    text: str  # what the line becomes
-    taken: int = 1  # how many lines it replaces
+    text: str  # the line after the change
+    replaced: int = 1  # the number of lines replaced
 
     def content(self):
         lines = self.file.read_text().split("\n")
-        lines[self.line:self.line + self.taken] = [self.text]
+        lines[self.line:self.line + self.replaced] = [self.text]
         return "\n".join(lines)
 
     def change(self):
-        """The file and what changes in it, wherever that is."""
+        """The file and the changed lines, without their line numbers."""
         lines = self.file.read_text().split("\n")
-        old = [f"  - {line.strip()}" for line in lines[self.line:self.line + self.taken]]
+        old = [f"  - {line.strip()}" for line in lines[self.line:self.line + self.replaced]]
         new = [f"  + {line.strip()}" for line in self.text.split("\n")]
         return "\n".join([str(self.file.relative_to(ROOT)), *old, *new])
 
 
 def known_survivors():
-    """The changes in survivors.txt, without their reasons."""
+    """Returns the changes in survivors.txt, without their reasons."""
     blocks = re.split(r"\n{2,}", SURVIVORS.read_text().strip())
     return {re.sub(r"\n  = .*", "", block, flags=re.S) for block in blocks if block[0] != "#"}
 
 
 def split_arguments(text):
-    """Splits at the commas that stand in no brackets."""
+    """Splits at the commas outside brackets."""
     parts, depth, start = [], 0, 0
     for at, character in enumerate(text):
         depth += (character in "([{") - (character in ")]}")
@@ -115,7 +114,7 @@ def split_arguments(text):
 
 
 def without_texts(line):
-    """The line with the characters of string literals and comments blanked out."""
+    """Returns the line without the characters of string literals and comments."""
     blank = lambda match: '"' + " " * (len(match.group()) - 2) + '"'
     line = re.sub(r'"(?:[^"\\]|\\.)*"', blank, line)
     return line.split("//")[0]
@@ -126,7 +125,7 @@ def replaced(line, match, text):
 
 
 def next_number(text):
-    """The number after this one, in the same notation."""
+    """Returns the next number in the same notation."""
     if text.lower().startswith("0x"):
         return hex(int(text, 16) + 1)
     if len(text) > 1 and text[0] == "0":
@@ -135,7 +134,7 @@ def next_number(text):
 
 
 def mutations(line):
-    """Every line that one small change makes of this one."""
+    """Yields every mutant of the line."""
     code = without_texts(line)
     if IGNORED.match(line) or not code.strip():
         return
@@ -158,7 +157,7 @@ def mutations(line):
 
 
 def may_be_followed(line, before):
-    """Whether a statement can come after this line: it ends one itself, and goes on from there."""
+    """Returns whether a statement can follow: the line ends a statement and does not leave the block."""
     is_whole = WHOLE.match(line) and before.rstrip().endswith((";", "{", "}", ":"))
     return is_whole and not LEAVES.match(line)
 
@@ -173,11 +172,11 @@ def mutants_of(file):
     for number, (line, after) in enumerate(zip(lines, lines[1:])):
         same_block = INDENTED.match(line) and INDENTED.findall(line) == INDENTED.findall(after)
         if same_block and CALL.match(line) and CALL.match(after) and line != after:
-            yield Mutant(file, number, f"{after}\n{line}", taken=2)
+            yield Mutant(file, number, f"{after}\n{line}", replaced=2)
 
 
 class Build:
-    """How the release build compiles each source and links the tests."""
+    """The commands of the release build that compile each source and link the tests."""
 
     def __init__(self, folder):
         self.folder = folder
@@ -192,7 +191,7 @@ class Build:
                               capture_output=True, text=True).stdout
 
     def sources_by_header(self):
-        """The daemon's sources that each header is part of, whatever includes it."""
+        """Returns the daemon's sources that include each header, directly or not."""
         found = {}
         for record in self.ninja("deps").split("\n\n"):
             files = [(self.folder / line.strip()).resolve() for line in record.split("\n")[1:]]
@@ -202,22 +201,22 @@ class Build:
         return found
 
     def compile(self, source, text, overlay, output):
-        """Compiles this text in the source's place, with the overlay's headers before all others."""
+        """Compiles `text` instead of the source, with the overlay's headers before all others."""
         words = shlex.split(self.commands[source]["command"])
         words = [str(text) if word == str(source) else word for word in words]
         words = [word for word in words if word not in ("-Werror", "-O2", "-g1")]
         words[words.index("-o") + 1] = str(output)
         first_folder = next(at for at, word in enumerate(words) if word.startswith("-I"))
         words.insert(first_folder, f"-I{overlay}")
-        # Every mutant may log, copy texts and read numbers.
+        # Mutants can add log messages, string copies and number conversions.
         for header in ("src/host/base/log.h", "string.h", "stdlib.h"):
             words += ["-include", header]
-        # A header's functions must be inlined: the linker would take the tests' copies of them.
+        # A header's functions must be inlined: the linker would use the tests' copies of them.
         words += ["-w", "-O0" if text == overlay / source.relative_to(ROOT) else "-O1"]
         return subprocess.run(words, cwd=self.folder, capture_output=True).returncode == 0
 
     def compile_mutant(self, file, content, place):
-        """The mutant's objects by the sources that they stand for; None when one does not compile."""
+        """Returns the mutant's object for each source, or None if one does not compile."""
         overlay = place / "include"
         text = overlay / file.relative_to(ROOT)
         text.parent.mkdir(parents=True, exist_ok=True)
@@ -244,41 +243,41 @@ class Build:
         return words[words.index("-o") + 1]
 
 
-def failing_suite(program, patience, suites):
-    """Runs tests of these suites up to the first that fails. The suite of that one, an empty text
-    when none can be named, or None when all pass."""
+def failing_suite(program, timeout, suites):
+    """Runs the suites up to the first failure. Returns the failed suite, "" if it is unknown, or None
+    if all tests pass."""
     environment = os.environ | ({"TEST_TMPDIR": str(MEMORY)} if MEMORY.is_dir() else {})
     tests = ":".join(f"{suite}.*" for suite in suites)
     try:
         done = subprocess.run(
             [program, "--gtest_fail_fast", "--gtest_brief=1", f"--gtest_filter={tests}"],
             cwd=program.parent, stdin=subprocess.DEVNULL, capture_output=True, env=environment,
-            timeout=patience)
+            timeout=timeout)
     except subprocess.TimeoutExpired:
         return ""
     failed = FAILED.search(done.stdout.decode(errors="replace"))
     return None if done.returncode == 0 else failed.group(1) if failed else ""
 
 
-class Judge:
-    """Runs those tests first that have noticed an earlier mutant of the same file."""
+class Checker:
+    """Runs those tests first that have detected an earlier mutant of the same file."""
 
-    def __init__(self, build, patience):
+    def __init__(self, build, timeout):
         self.build = build
-        self.patience = patience
-        self.noticed = {}  # suites by file
+        self.timeout = timeout
+        self.detecting = {}  # suites by file
 
     def is_caught(self, file, program):
-        known = self.noticed.setdefault(file, [])
-        if known and failing_suite(program, self.patience, list(known)) is not None:
+        known = self.detecting.setdefault(file, [])
+        if known and failing_suite(program, self.timeout, list(known)) is not None:
             return True
-        suite = failing_suite(program, self.patience, ["*"])
+        suite = failing_suite(program, self.timeout, ["*"])
         if suite:
             known.append(suite)
         return suite is not None
 
-    def verdict(self, mutant, place):
-        """"caught", "missed" or "not compiled"."""
+    def check(self, mutant, place):
+        """Returns "caught", "missed" or "not compiled"."""
         shutil.rmtree(place)
         place.mkdir()
         objects = self.build.compile_mutant(mutant.file, mutant.content(), place)
@@ -291,9 +290,9 @@ class Judge:
 
 def parse_arguments():
     parser = argparse.ArgumentParser(description=__doc__)
-    parser.add_argument("files", nargs="*", type=Path, help="sources; all of src/ without any")
-    parser.add_argument("--count", type=int, help="so many mutants, drawn by chance; all without it")
-    parser.add_argument("--seed", type=int, default=1, help="of the draw")
+    parser.add_argument("files", nargs="*", type=Path, help="sources (default: all of src/)")
+    parser.add_argument("--count", type=int, help="number of mutants, selected at random (default: all)")
+    parser.add_argument("--seed", type=int, default=1, help="seed of the selection (default: 1)")
     parser.add_argument("--jobs", type=int, default=os.cpu_count())
     parser.add_argument("--build", type=Path, default=ROOT / "build/release")
     return parser.parse_args()
@@ -310,25 +309,25 @@ def chosen_mutants(arguments):
     return random.Random(arguments.seed).sample(mutants, arguments.count)
 
 
-def judge_all(judge, mutants, jobs):
+def check_all(checker, mutants, jobs):
     places = Queue()
     for number in range(jobs):
-        place = judge.build.folder / "mutation" / str(number)
+        place = checker.build.folder / "mutation" / str(number)
         place.mkdir(parents=True, exist_ok=True)
         places.put(place)
 
     def run(mutant):
         place = places.get()
         try:
-            return mutant, judge.verdict(mutant, place)
+            return mutant, checker.check(mutant, place)
         finally:
             places.put(place)
 
     with ThreadPoolExecutor(jobs) as workers:
-        for mutant, verdict in workers.map(run, mutants):
-            if verdict == "missed":
+        for mutant, result in workers.map(run, mutants):
+            if result == "missed":
                 print(f"\nline {mutant.line + 1} of {mutant.change()}", flush=True)
-            yield verdict
+            yield result
 
 
 def main():
@@ -337,16 +336,16 @@ def main():
     mutants = chosen_mutants(arguments)
     started = time.monotonic()
     if failing_suite(build.folder / "tests" / TESTS, None, ["*"]) is not None:
-        sys.exit(f"{TESTS} fails as it is")
-    judge = Judge(build, patience=10 + 5 * (time.monotonic() - started))
+        sys.exit(f"{TESTS} fails without a mutant")
+    checker = Checker(build, timeout=10 + 5 * (time.monotonic() - started))
 
     started = time.monotonic()
-    verdicts = list(judge_all(judge, mutants, arguments.jobs))
+    results = list(check_all(checker, mutants, arguments.jobs))
     seconds = time.monotonic() - started
-    caught, missed = verdicts.count("caught"), verdicts.count("missed")
+    caught, missed = results.count("caught"), results.count("missed")
     share = 100 * caught / max(1, caught + missed)
     print(f"{caught} of {caught + missed} mutants caught ({share:.1f} %), "
-          f"{verdicts.count('not compiled')} did not compile, {seconds:.0f} s")
+          f"{results.count('not compiled')} did not compile, {seconds:.0f} s")
     sys.exit(0 if share >= GOAL else 1)
 
 

@@ -1,8 +1,8 @@
 # SPDX-License-Identifier: Apache-2.0
-"""A drive with a volatile cache, as a server of network block devices (NBD) for one machine.
+"""A drive with a volatile cache: an NBD (network block device) server for one machine.
 
-What was written is on the medium only after a flush. When the power fails, each block that is still
-in the cache has reached the medium or has not, in any combination.
+Data is on the medium only after a flush. When the power fails, any subset of the blocks in the cache
+has reached the medium.
 """
 
 import contextlib
@@ -11,7 +11,7 @@ import struct
 import tempfile
 import threading
 
-BLOCK = 4096  # what reaches the medium as a whole
+BLOCK = 4096  # the unit that reaches the medium
 
 HANDSHAKE = struct.Struct(">8s8sH")
 OPTION = struct.Struct(">8sII")
@@ -32,12 +32,12 @@ INVALID = 22  # EINVAL
 
 
 class Disconnected(Exception):
-    """The machine has gone."""
+    """The machine has disconnected."""
 
 
 class Drive:
     def __init__(self, image):
-        """`image` is what is on the medium."""
+        """`image` is the initial content of the medium."""
         self.medium = bytearray(image)
         self.content = bytearray(image)  # as the machine sees it
         self.cache = []                  # (offset, bytes) not yet on the medium
@@ -52,19 +52,19 @@ class Drive:
         self.thread.start()
 
     def backing(self):
-        """As QEMU's -drive takes it. A flush here is a flush of the machine's, and no other."""
+        """The options of QEMU's -drive. Only the machine's flushes reach the drive."""
         return (f"format=raw,cache=writeback,file.driver=nbd,file.server.type=unix,"
                 f"file.server.path={self.path}")
 
     def fail_after(self, commands, act):
-        """After so many writes and flushes the drive is dead, and `act` is called once."""
+        """After `commands` writes and flushes the drive stops answering and calls `act` once."""
         with self.lock:
             self.left, self.act = commands, act
 
     def settle(self, rng):
-        """After the power has failed: brings none, all or half of the cache to the medium.
+        """Call after the power has failed. Writes none, all or half of the cache to the medium.
 
-        Returns how many blocks were in the cache and how many of them have reached the medium.
+        Returns the numbers of blocks in the cache and of blocks written.
         """
         share = rng.choice((0, 0.5, 1))
         blocks = [(offset + at, data[at:at + BLOCK])
@@ -75,7 +75,7 @@ class Drive:
         return len(blocks), len(kept)
 
     def close(self):
-        """Ends the server; a machine that was connected has to be off."""
+        """Ends the server. The connected machine must be off."""
         with contextlib.suppress(OSError):
             self.listener.shutdown(socket.SHUT_RDWR)
         self.listener.close()
@@ -150,6 +150,6 @@ class Drive:
             if self.left > 0:
                 return
         self.act()
-        while self.peer.recv(1 << 16):  # What is still asked for gets no answer.
+        while self.peer.recv(1 << 16):  # Later requests get no answer.
             pass
         raise Disconnected

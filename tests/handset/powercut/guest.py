@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: Apache-2.0
-"""The handset whose power fails: what it starts from and how it is run."""
+"""The handset for power cuts: its image, disks and runs."""
 
 import queue
 import subprocess
@@ -8,17 +8,17 @@ import time
 import image
 import machine
 
-TIME_LIMIT = 180  # seconds that the handset may be on; an idle machine takes a tenth of it
+TIME_LIMIT = 180  # seconds for one run; an idle host needs a tenth of it
 MEMORY = 256       # MiB
 DISK_SIZE = 64 << 20
-BOOT_INTERVAL = 600  # seconds of the handset's clock
+BOOT_INTERVAL = 600  # seconds on the handset's clock
 RADIO_USER = "1001:1001"
 MAKE = {"ext4": ["mke2fs", "-q", "-F", "-t", "ext4", "-E", f"root_owner={RADIO_USER}"],
         "f2fs": ["mkfs.f2fs", "-q", "-f", "-R", RADIO_USER]}
 
 
 class Failure(Exception):
-    """The handset did not do what it has to do in any case."""
+    """The handset failed in a way that is not a lost package."""
 
 
 class Image(image.Image):
@@ -47,7 +47,7 @@ class Handset:
         return self.folder / name
 
     def new_disk(self, name, size=DISK_SIZE):
-        """An empty disk, with holes only."""
+        """Creates an empty sparse disk."""
         path = self.file(name)
         path.unlink(missing_ok=True)
         with open(path, "wb") as disk:
@@ -55,7 +55,7 @@ class Handset:
         return path
 
     def make_file_system(self):
-        """The content of a disk that holds an empty file system."""
+        """Returns the content of a disk with an empty file system."""
         path = self.new_disk("empty")
         subprocess.run([*MAKE[self.file_system], path], check=True, stdout=subprocess.DEVNULL)
         return path.read_bytes()
@@ -66,21 +66,21 @@ class Handset:
         words = machine.command(self.parts, self.file("initramfs"), settings, disks, MEMORY)
         return machine.Machine(words, self.file("console.log"))
 
-    def attend(self, phone, take):
-        """Gives each message of the handset to `take`, in words, until it is off."""
+    def run_until_off(self, phone, handle):
+        """Passes the words of each message to `handle` until the handset is off."""
         deadline = time.monotonic() + TIME_LIMIT
         words = []
         try:
             while (line := phone.next_line(deadline)) is not None:
                 if message := message_in(line):
                     words = message.split()
-                    take(words)
+                    handle(words)
         except queue.Empty:
-            raise Failure(f"{self.file_system}: not off after {TIME_LIMIT} s") from None
+            raise Failure(f"{self.file_system}: still on after {TIME_LIMIT} s") from None
         finally:
             phone.close()
         if words != ["finished"] and not phone.is_switched_off:
-            raise Failure(f"{self.file_system}: off by itself")
+            raise Failure(f"{self.file_system}: switched off unexpectedly")
 
 
 def message_in(line):

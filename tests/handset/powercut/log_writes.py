@@ -1,10 +1,10 @@
 # SPDX-License-Identifier: Apache-2.0
-"""Reads what the kernel's dm-log-writes has recorded of the writes to a disk.
+"""Reads a record of the writes to a disk by the kernel's dm-log-writes.
 
-The record begins with a sector that gives the number of entries; each entry is a sector that
-describes it, and the sectors that were written. All numbers are little-endian. Writes that were not
-flushed are recorded with the flush that follows them, so every prefix of the record that ends in a
-flush, a forced write or a mark is what is on the medium for sure at that time.
+The record starts with a sector that contains the number of entries. Each entry is a sector with its
+description, followed by the sectors written. All numbers are little-endian. Writes are recorded with
+the flush that follows them, so every prefix of the record that ends in a flush, a forced write or a
+mark is the guaranteed content of the medium at that time.
 """
 
 import dataclasses
@@ -14,7 +14,7 @@ MAGIC, VERSION = 0x6A736677736872, 1
 HEADER = struct.Struct("<QQQI")
 ENTRY = struct.Struct("<QQQQ")
 FLUSH, FORCED, DISCARD, MARK = 1, 2, 4, 8
-SECTOR = 512  # the unit of an entry's place and size
+SECTOR = 512  # the unit of an entry's offset and size
 
 
 @dataclasses.dataclass
@@ -42,6 +42,6 @@ def read_entry(record, sector_size):
     described = record.read(sector_size)
     sector, sectors, flags, mark_size = ENTRY.unpack_from(described)
     mark = described[ENTRY.size:ENTRY.size + mark_size].decode() if flags & MARK else ""
-    # A discard has no data. That it took place is not certain, so the old content stays.
+    # A discard has no data. It may be ignored by the disk, so the old content is kept.
     data = b"" if flags & DISCARD else record.read(sectors * SECTOR)
     return Entry(flags, sector * SECTOR, data, mark)

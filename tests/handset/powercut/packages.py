@@ -1,12 +1,12 @@
 # SPDX-License-Identifier: Apache-2.0
-"""KPI packages that can be recognized wherever they end up."""
+"""KPI packages whose contents are unique."""
 
 import io
 import random
 import tarfile
 
-FIRST = 100000  # so that every number has as many digits
-SIZES = (40, 400, 1500, 4000, 12000)  # of content, at most; a packet carries 502 bytes
+FIRST = 100000  # all numbers have the same number of digits
+SIZES = (40, 400, 1500, 4000, 12000)  # upper limits of the content; a packet carries 502 bytes
 LETTERS = bytes(range(0x30, 0x7B))
 
 
@@ -21,7 +21,7 @@ def number_of(path):
 
 
 def write_archive(path, numbers):
-    """The uploads of one run, a file a package."""
+    """Writes the uploads of one run: one file for each package."""
     with tarfile.open(path, "w", format=tarfile.USTAR_FORMAT) as archive:
         for number in numbers:
             data = content(number)

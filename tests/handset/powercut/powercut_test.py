@@ -1,6 +1,6 @@
 #!/usr/bin/env python3
 # SPDX-License-Identifier: Apache-2.0
-"""Tests of what judges the handset: it sees lost packages, and its drive loses what it may."""
+"""Tests of the power cuts' own parts: the check for lost packages, and the drive's cache."""
 
 import pathlib
 import random
@@ -12,9 +12,9 @@ import unittest
 sys.path.append(str(pathlib.Path(__file__).resolve().parent.parent))
 
 import drive
-import judge
 import log_writes
 import packages
+import verify
 
 OLDEST, OLD, NEW = (f"/data/vorn/vorn_2026010{day}000000.log" for day in (1, 2, 3))
 PACKAGE = packages.FIRST
@@ -26,38 +26,38 @@ def logs(current, previous, **contents):
     report = b"== link .0001 %s\n== link .0002 %s\n" % (current.encode(), previous.encode())
     for name, content in contents.items():
         report += b"== log %s\n%s\n" % (names[name].encode(), content)
-    return judge.parse(report + b"== end\n" + bytes(512))[0]
+    return verify.parse(report + b"== end\n" + bytes(512))[0]
 
 
 def is_faulty(found, log):
-    return PACKAGE in judge.faults(found, {PACKAGE: log})
+    return PACKAGE in verify.faults(found, {PACKAGE: log})
 
 
-class Judge(unittest.TestCase):
+class Verify(unittest.TestCase):
     def test_finds_a_package_in_either_linked_log(self):
         self.assertFalse(is_faulty(logs(NEW, OLD, new=b"..." + DATA, old=b""), NEW))
         self.assertFalse(is_faulty(logs(NEW, OLD, new=b"", old=DATA + b"..."), OLD))
 
-    def test_takes_a_hole_for_nothing(self):
+    def test_ignores_a_hole(self):
         self.assertFalse(is_faulty(logs(NEW, "", new=bytes(4096) + DATA), NEW))
 
-    def test_misses_a_package_that_is_not_whole(self):
+    def test_reports_an_incomplete_package(self):
         self.assertTrue(is_faulty(logs(NEW, OLD, new=DATA[:-1], old=b""), NEW))
         self.assertTrue(is_faulty(logs(NEW, OLD, new=DATA[:5] + bytes(3) + DATA[8:]), NEW))
 
-    def test_misses_a_package_whose_link_is_missing(self):
+    def test_reports_a_package_whose_link_is_missing(self):
         self.assertTrue(is_faulty(logs("", "", new=DATA), NEW))
         self.assertTrue(is_faulty(logs(OLD, OLDEST, new=DATA, old=b""), NEW))
 
-    def test_objects_to_a_package_that_is_there_twice(self):
+    def test_reports_a_duplicate_package(self):
         self.assertTrue(is_faulty(logs(NEW, OLD, new=DATA + DATA), NEW))
         self.assertTrue(is_faulty(logs(NEW, "", new=DATA, old=DATA), NEW))
 
-    def test_lets_a_log_go_that_both_links_have_left_behind(self):
+    def test_ignores_a_log_that_is_older_than_both_links(self):
         self.assertFalse(is_faulty(logs(NEW, OLD, new=b"", old=b""), OLDEST))
         self.assertTrue(is_faulty(logs(NEW, "", new=b""), OLDEST))
 
-    def test_sees_a_log_between_those_that_the_links_name(self):
+    def test_reports_a_log_between_those_that_the_links_name(self):
         self.assertTrue(is_faulty(logs(NEW, OLDEST, new=b"", oldest=b"", old=DATA), OLD))
 
     def test_accepts_a_log_that_both_links_name(self):
@@ -72,17 +72,17 @@ class Drive(unittest.TestCase):
     def write(self, block, letter):
         self.drive.change(drive.WRITE, block * drive.BLOCK, letter * drive.BLOCK)
 
-    def test_shows_what_was_written(self):
+    def test_returns_written_data(self):
         self.write(1, b"a")
         self.assertEqual(self.drive.read(drive.BLOCK, 1), b"a")
 
-    def test_keeps_what_was_flushed(self):
+    def test_keeps_flushed_data(self):
         self.write(1, b"a")
         self.drive.change(drive.FLUSH, 0, b"")
         self.assertEqual(self.drive.settle(random.Random(0)), (0, 0))
         self.assertEqual(self.drive.medium[drive.BLOCK], ord("a"))
 
-    def test_may_lose_each_block_that_was_not_flushed(self):
+    def test_can_lose_every_unflushed_block(self):
         for block in range(4):
             self.write(block, b"a")
         in_cache, kept = self.drive.settle(random.Random(1))
@@ -92,7 +92,7 @@ class Drive(unittest.TestCase):
 
 
 class LogWrites(unittest.TestCase):
-    def test_are_read_in_their_order(self):
+    def test_are_read_in_order(self):
         sector = log_writes.SECTOR
         record = log_writes.HEADER.pack(log_writes.MAGIC, log_writes.VERSION, 4, sector)
         record = record.ljust(sector, b"\0")

@@ -1,25 +1,25 @@
 # SPDX-License-Identifier: Apache-2.0
-"""Has a first log, merges and rotations recorded write by write, and looks at every state in which
-the power could have failed."""
+"""Records the writes of a first log, merges and rotations, and checks every state of the disk in
+which the power could have failed."""
 
 import drive
 import guest
-import judge
 import log_writes
 import machine
 import packages
+import verify
 
-UPLOADS = 7  # with a rotation after every third, the second of which removes the oldest log
+UPLOADS = 7  # a rotation after every third; the second rotation removes the oldest log
 RECORD_SIZE = 512 << 20
 
 
 class Replay:
     def __init__(self, handset):
         self.handset = handset
-        self.logs = {}      # where each package was acknowledged: number -> log
+        self.logs = {}      # number of an acknowledged package -> log
         self.rotations = 0
-        self.states = []    # the packages that were acknowledged before each state
-        self.faulty = 0     # of the states
+        self.states = []    # for each state, the packages acknowledged before it
+        self.faulty = 0     # states with a fault
 
     def run(self):
         empty = self.handset.make_file_system()
@@ -36,18 +36,18 @@ class Replay:
             "data": machine.file_of(disk),
             "record": machine.file_of(self.handset.new_disk("record", RECORD_SIZE)),
             "uploads": machine.file_of(self.handset.file("uploads"))})
-        self.handset.attend(phone, self.take)
+        self.handset.run_until_off(phone, self.handle)
         if len(self.logs) != UPLOADS:
             raise guest.Failure(f"{len(self.logs)} of {UPLOADS} packages acknowledged")
 
-    def take(self, words):
-        """A message of the handset."""
+    def handle(self, words):
+        """Handles a message of the handset."""
         if words[0] == "acknowledged":
             self.logs[packages.number_of(words[1])] = words[2]
         self.rotations += words[0] == "handed"
 
     def build_states(self, empty):
-        """Writes the states to one disk, one after the other, from the first mark's flush on."""
+        """Writes all consecutive states to one disk."""
         disk, acknowledged, is_changed = bytearray(empty), [], False
         with open(self.handset.new_disk("states", 0), "wb") as states:
             for entry in log_writes.entries(self.handset.file("record")):
@@ -67,16 +67,16 @@ class Replay:
             f"task=inspect states={len(self.states)} sectors={sectors}",
             {"states": machine.file_of(self.handset.file("states")),
              "report": machine.file_of(report)})
-        self.handset.attend(phone, lambda words: None)
-        found = judge.parse(report.read_bytes())
+        self.handset.run_until_off(phone, lambda words: None)
+        found = verify.parse(report.read_bytes())
         if len(found) != len(self.states):
-            raise guest.Failure(f"{len(found)} of {len(self.states)} states looked at")
+            raise guest.Failure(f"{len(found)} of {len(self.states)} states checked")
         for number, (logs, acknowledged) in enumerate(zip(found, self.states)):
             known = {package: self.logs[package] for package in acknowledged}
-            if faults := judge.faults(logs, known):
+            if faults := verify.faults(logs, known):
                 self.faulty += 1
                 print(f"{self.handset.file_system}: state {number} of {len(found)}: "
-                      f"{judge.described(faults)}", flush=True)
+                      f"{verify.describe(faults)}", flush=True)
 
 
 def write_with_holes(file, image):

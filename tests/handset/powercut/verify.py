@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: Apache-2.0
-"""What the handset reports about its KPI logs, and which packages are missing there."""
+"""Finds lost and duplicate packages in the handset's report about its KPI logs."""
 
 import dataclasses
 
@@ -10,7 +10,7 @@ CURRENT, PREVIOUS = ".0001", ".0002"
 
 @dataclasses.dataclass
 class Logs:
-    """The KPI logs at one time: what the links name, and the content of every log."""
+    """The KPI logs at one time: the targets of the links, and the content of every log."""
 
     links: dict = dataclasses.field(default_factory=dict)
     contents: dict = dataclasses.field(default_factory=dict)
@@ -21,9 +21,9 @@ class Logs:
 
 
 def parse(report):
-    """The Logs in a report, one after the other."""
+    """Returns the consecutive Logs in a report."""
     found, logs = [], Logs()
-    # What stands in the place of a hole, or of bytes that were lost, is no part of a package.
+    # The zeros of holes and of lost bytes are not part of a package.
     for part in report.replace(b"\0", b"").split(b"== ")[1:]:
         line, _, content = part.partition(b"\n")
         words = line.decode(errors="replace").split()
@@ -38,16 +38,16 @@ def parse(report):
 
 
 def is_rotated_out(logs, log):
-    """Whether the links name later logs than this one. Names are dates, so they sort by age."""
+    """Returns whether both links name later logs. Names are dates, so they sort by age."""
     return logs.links[CURRENT] > log and logs.links[PREVIOUS] > log
 
 
 def fault_of(logs, number, log):
-    """What is wrong with a package that was acknowledged in `log`; None when nothing is."""
+    """Returns the fault of a package that was acknowledged in `log`, or None."""
     data = packages.content(number)
     linked, unlinked = logs.count(data, True), logs.count(data, False)
     if linked + unlinked > 1:
-        return f"there {linked + unlinked} times"
+        return f"stored {linked + unlinked} times"
     if linked == 1 or is_rotated_out(logs, log):
         return None
     names = ", ".join(f"{link} -> {target or 'missing'}" for link, target in logs.links.items())
@@ -56,12 +56,12 @@ def fault_of(logs, number, log):
 
 
 def faults(logs, acknowledged):
-    """The faulty packages among those acknowledged (number: log), with what is wrong."""
+    """Returns the faults (number: text) of the acknowledged packages (number: log)."""
     found = {number: fault_of(logs, number, log) for number, log in acknowledged.items()}
     return {number: fault for number, fault in found.items() if fault}
 
 
-def described(found):
-    """All faults in one line, with the first of them in full."""
+def describe(found):
+    """Returns one line with the number of faults and the first of them."""
     number, fault = next(iter(found.items()))
-    return f"packages lost or doubled: {len(found)}; {number} is {fault}"
+    return f"packages lost or duplicate: {len(found)}; {number} is {fault}"
