@@ -76,7 +76,7 @@ TEST_F(DaemonStart, ADaemonThatHasEndedAcceptsNoRequests) {
   ASSERT_TRUE(daemon->send(kRequest));
   Received reply = daemon->receive_reply(ReplyForm::cdma, soon());
   ASSERT_FALSE(reply);
-  EXPECT_EQ(reply.silence(), Silence::ended);
+  EXPECT_EQ(reply.reason(), NoFrame::ended);
   EXPECT_EQ(daemon->wait_exit(soon())->code, 3);
   EXPECT_FALSE(daemon->send(kRequest));
   EXPECT_TRUE(daemon->log().wait_end(soon()));
@@ -93,7 +93,7 @@ TEST_F(DaemonStart, UnsolicitedFramesAreJoinedFromPieces) {
   EXPECT_EQ(*second, generic_unsolicited(0x04001500, {9}));
   Received none = daemon->receive_unsolicited(Deadline::in_seconds(0.02));
   ASSERT_FALSE(none);
-  EXPECT_EQ(none.silence(), Silence::timeout);
+  EXPECT_EQ(none.reason(), NoFrame::timeout);
 }
 
 TEST_F(DaemonStart, TwoRepliesInOneWriteAreTwoFrames) {

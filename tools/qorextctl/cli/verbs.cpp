@@ -47,11 +47,13 @@ void add_phone(CLI::App& app, Options& options) {
       ->expected(0, 1)
       ->check(CLI::IsMember({"prepare", "show"}));
   PhoneFiles& files = options.phone;
-  phone->add_option("--powerup-reason", files.power_up_reason, "0x00020000 is a kernel panic")
+  phone
+      ->add_option("--powerup-reason", files.power_up_reason,
+                   "power-up reason; 0x00020000: kernel panic")
       ->capture_default_str();
-  phone->add_option("--modem-restarts", files.modem_restarts, "since the boot")
+  phone->add_option("--modem-restarts", files.modem_restarts, "modem restarts since boot")
       ->capture_default_str();
-  phone->add_option("--ssr-reason", files.ssr_reason, "of the modem's last restart");
+  phone->add_option("--ssr-reason", files.ssr_reason, "reason of the last modem restart");
   phone->add_option("--hob-seed", files.hob_seed, "seed of the hand-off block's content")
       ->capture_default_str();
   phone->add_option("--hob", files.hob_file, "the hand-off block, 32768 bytes")
@@ -80,7 +82,7 @@ CLI::Option* add_output(CLI::App& verb, Options& options, const char* help) {
 void add_recordings(CLI::App& app, Options& options) {
   add_output(
       *add_verb(app, options, Verb::record, "record",
-                "a session, with all frames and messages written to a file", kRecordExamples),
+                "run a session and write all frames and messages to a file", kRecordExamples),
       options, "the recording")
       ->required();
   add_verb(app, options, Verb::replay, "replay",
@@ -89,7 +91,7 @@ void add_recordings(CLI::App& app, Options& options) {
       ->required()
       ->expected(1);
   CLI::App* trace = add_verb(app, options, Verb::trace, "trace",
-                             "a recording as a timeline for Perfetto", kTraceExamples);
+                             "write a recording as a timeline for Perfetto", kTraceExamples);
   trace->add_option("words", options.words, "RECORDING")->required()->expected(1);
   add_output(*trace, options, "the timeline, Chrome trace event JSON; - is standard output")
       ->default_str("-");
@@ -129,12 +131,13 @@ void add_verbs(CLI::App& app, Options& options) {
   add_verb(app, options, Verb::raw, "raw", "send raw bytes and show the reply", kRawExamples)
       ->add_option("words", options.words, "HEX...")
       ->required();
-  add_verb(app, options, Verb::session, "session", "requests from standard input, one a line",
+  add_verb(app, options, Verb::session, "session",
+           "run lines with requests and commands from standard input",
            "lines:\n" + session_lines() + kSessionExamples);
-  add_verb(app, options, Verb::shell, "shell", "a session at a terminal, with completion",
+  add_verb(app, options, Verb::shell, "shell", "run a session at a terminal, with completion",
            kShellKeys + ("lines:\n" + session_lines()) + kShellExamples);
   add_recordings(app, options);
-  add_verb(app, options, Verb::list, "list", "all requests, or one with its arguments",
+  add_verb(app, options, Verb::list, "list", "list all requests, or the arguments of one",
            kListExamples)
       ->add_option("words", options.words, "[NAME]")
       ->expected(0, 1);

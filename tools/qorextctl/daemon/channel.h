@@ -12,7 +12,7 @@
 
 namespace qorextctl {
 
-enum class Silence {
+enum class NoFrame {
   timeout,  // no complete frame until the deadline; a partial one is kept
   ended,    // the other end has closed the pipe
 };
@@ -21,14 +21,14 @@ enum class Silence {
 class Received {
  public:
   Received(Bytes frame) : content_(std::move(frame)) {}
-  Received(Silence silence) : content_(silence) {}
+  Received(NoFrame reason) : content_(reason) {}
 
   explicit operator bool() const { return content_.index() == 0; }
   const Bytes& operator*() const { return std::get<0>(content_); }
-  Silence silence() const { return std::get<1>(content_); }
+  NoFrame reason() const { return std::get<1>(content_); }
 
  private:
-  std::variant<Bytes, Silence> content_;
+  std::variant<Bytes, NoFrame> content_;
 };
 
 // Reads frames from a pipe. One read may return several frames or a part of one.
@@ -73,8 +73,8 @@ template <class SizeOf>
 Received FramePipe::receive(SizeOf size_of, Deadline deadline) {
   for (;;) {
     if (auto frame = buffer_.take(size_of)) return *frame;
-    if (ended_) return Silence::ended;
-    if (!readable(deadline)) return Silence::timeout;
+    if (ended_) return NoFrame::ended;
+    if (!readable(deadline)) return NoFrame::timeout;
     read_once();
   }
 }

@@ -33,7 +33,7 @@ struct PhoneFiles {
 std::optional<Error> make_phone_folders(const std::string& root);
 
 // Creates the folders, the boot information, the modem's restart counter and reason, the HOB RAM
-// with a block, and the partition for it. Existing files are written again, except the partition,
+// with a block, and the partition for it. Existing files are overwritten, except the partition,
 // logs, properties and DropBox entries. Files that root creates belong to the radio user.
 std::optional<Error> prepare_phone(const std::string& root, const PhoneFiles& files);
 

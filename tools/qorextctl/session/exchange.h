@@ -32,7 +32,7 @@ class Exchange {
   // Prints the unsolicited frames that have arrived, without waiting.
   void print_unsolicited();
 
-  // Waits until `count` unsolicited frames have arrived since the last call.
+  // Waits until `count` unsolicited frames have arrived that earlier calls have not counted.
   Outcome wait_unsolicited(size_t count, double seconds);
 
   // Prints unsolicited frames until the descriptor is readable or the daemon has ended.
@@ -72,7 +72,7 @@ class Exchange {
   int interrupt_fd_;
   FrameListener listener_;
   bool interrupted_ = false;
-  size_t unsolicited_ = 0;        // frames since the last wait_unsolicited()
+  size_t unsolicited_ = 0;        // frames that wait_unsolicited() has not counted
   std::optional<Expected> late_;  // the last reply that timed out
   size_t dropped_ = 0;            // bytes of the reply pipe, not reported yet
   Bytes first_dropped_;
