@@ -1,10 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "tools/qorextctl/cli/cli.h"
 
-#include <unistd.h>
-
-#include <fstream>
-
+#include "tests/unit/platform/temp_folder.h"
 #include "tests/unit/qorextctl/fake_modem.h"
 #include "tests/unit/qorextctl/fake_setup.h"
 #include "tools/qorextctl/run.h"
@@ -125,12 +122,12 @@ TEST_F(CommandLine, RecordReplayAndTraceTakeAFile) {
 }
 
 TEST_F(CommandLine, AReplayRefusesAModem) {
-  std::string path = testing::TempDir() + "own_modem" + std::to_string(getpid());
+  test_support::TempFolder folder;
+  std::string path = folder / "r.jsonl";
   std::ofstream(path)
       << R"({"type":"recording","version":1,"started":"","instance":0,"masked":false})" << '\n';
   EXPECT_EQ(run_words({"replay", path.c_str()}), 2);
-  EXPECT_EQ(err_.str(),
-            "qorextctl: replay: --modem is not allowed, the recording is the modem\n");
+  EXPECT_EQ(err_.str(), "qorextctl: replay: --modem is not allowed, the recording is the modem\n");
 }
 
 // clang-format off

@@ -3,11 +3,8 @@
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-#include <unistd.h>
 
-#include <filesystem>
-#include <fstream>
-
+#include "tests/unit/platform/temp_folder.h"
 #include "tools/qorextctl/frames/protocol.h"
 #include "tools/qorextctl/frames/values.h"
 #include "tools/qorextctl/modem/modem_words.h"
@@ -107,15 +104,12 @@ TEST(Completion, ServicesRequestsAndFaultsAreCandidates) {
 }
 
 TEST(Completion, FilesAreCandidatesForAFileArgument) {
-  namespace fs = std::filesystem;
-  fs::path folder = fs::temp_directory_path() / ("completion_" + std::to_string(getpid()));
-  fs::create_directories(folder / "nams");
+  test_support::TempFolder folder;
+  std::filesystem::create_directories(folder / "nams");
   std::ofstream(folder / "nam.json") << "{}";
-  EXPECT_THAT(at_end_of("set-nam json=" + (folder / "nam.").string()),
-              ElementsAre("json=" + (folder / "nam.json").string()));
-  EXPECT_THAT(at_end_of("modem kpi --file " + (folder / "nams").string()),
-              ElementsAre((folder / "nams").string() + "/"));
-  fs::remove_all(folder);
+  EXPECT_THAT(at_end_of("set-nam json=" + folder / "nam."),
+              ElementsAre("json=" + folder / "nam.json"));
+  EXPECT_THAT(at_end_of("modem kpi --file " + folder / "nams"), ElementsAre(folder / "nams/"));
 }
 
 TEST(Completion, WordsOfTheCommandLineAreCompletedLikeThoseOfALine) {

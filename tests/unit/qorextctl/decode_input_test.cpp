@@ -3,11 +3,10 @@
 #include "tools/qorextctl/decode_input.h"
 
 #include <gtest/gtest.h>
-#include <unistd.h>
 
-#include <fstream>
 #include <sstream>
 
+#include "tests/unit/platform/temp_folder.h"
 #include "tests/unit/qorextctl/frame_samples.h"
 
 namespace qorextctl {
@@ -20,11 +19,9 @@ class DecodeInput : public testing::Test {
   }
 
   Outcome lines(const std::string& text, InputKind as = InputKind::automatic) {
-    std::string path = testing::TempDir() + "qorextctl_decode_input." + std::to_string(getpid());
-    std::ofstream(path, std::ios::binary) << text;
-    Outcome outcome = run({}, {as, path});
-    unlink(path.c_str());
-    return outcome;
+    test_support::TempFolder folder;
+    std::ofstream(folder / "input", std::ios::binary) << text;
+    return run({}, {as, folder / "input"});
   }
 
   bool json_ = false;

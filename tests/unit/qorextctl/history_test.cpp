@@ -3,12 +3,8 @@
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-#include <sys/stat.h>
-#include <unistd.h>
 
-#include <cstdlib>
-#include <filesystem>
-#include <fstream>
+#include "tests/unit/platform/temp_folder.h"
 
 namespace qorextctl {
 namespace {
@@ -18,15 +14,10 @@ namespace fs = std::filesystem;
 
 class History : public testing::Test {
  protected:
-  ~History() override { fs::remove_all(folder_); }
+  fs::perms mode() const { return fs::status(path_).permissions(); }
 
-  unsigned mode() const {
-    struct stat status {};
-    return stat(path_.c_str(), &status) == 0 ? status.st_mode & 0777U : 0;
-  }
-
-  fs::path folder_ = fs::temp_directory_path() / ("history_" + std::to_string(getpid()));
-  std::string path_ = folder_ / "state" / "history";
+  test_support::TempFolder folder_;
+  std::string path_ = folder_ / "state/history";
   HistoryFile history_{path_};
 };
 
@@ -42,7 +33,7 @@ TEST_F(History, MakesAnExistingFilePrivate) {
   std::ofstream(path_) << "old\n";
   fs::permissions(path_, fs::perms::all);
   EXPECT_FALSE(history_.add("get-nam"));
-  EXPECT_EQ(mode(), 0600U);
+  EXPECT_EQ(mode(), fs::perms(0600));
 }
 
 TEST_F(History, RemovesOldLinesFromTheFile) {
@@ -55,7 +46,7 @@ TEST_F(History, RemovesOldLinesFromTheFile) {
   ASSERT_EQ(lines->size(), kMaxHistoryLines);
   EXPECT_EQ(lines->front(), "line 5");
   EXPECT_EQ(HistoryFile(path_).load()->size(), kMaxHistoryLines);
-  EXPECT_EQ(mode(), 0600U);
+  EXPECT_EQ(mode(), fs::perms(0600));
 }
 
 TEST_F(History, ReportsAFileThatCannotBeWritten) {

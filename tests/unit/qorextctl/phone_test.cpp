@@ -1,11 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <gtest/gtest.h>
-#include <unistd.h>
 
-#include <filesystem>
-#include <fstream>
-#include <iterator>
-
+#include "tests/unit/platform/temp_folder.h"
 #include "tools/qorextctl/frames/item_text.h"
 #include "tools/qorextctl/output/output.h"
 #include "tools/qorextctl/phone/phone_files.h"
@@ -18,23 +14,20 @@ namespace fs = std::filesystem;
 
 class Phone : public testing::Test {
  protected:
-  Phone() { fs::create_directories(root_); }
-  ~Phone() override { fs::remove_all(root_); }
-
   void prepare(const PhoneFiles& files = {}) {
     auto error = prepare_phone(root_, files);
     EXPECT_FALSE(error) << error->message;
   }
   std::string content(const std::string& name) const {
-    std::ifstream file(root_ + name, std::ios::binary);
-    return {std::istreambuf_iterator<char>(file), {}};
+    return test_support::content_of(root_ + name);
   }
   void write(const std::string& name, const std::string& content) const {
     fs::create_directories(fs::path(root_ + name).parent_path());
     std::ofstream(root_ + name, std::ios::binary) << content;
   }
 
-  std::string root_ = testing::TempDir() + "qorextctl_phone_" + std::to_string(getpid());
+  test_support::TempFolder folder_;
+  std::string root_ = folder_.path();
 };
 
 TEST_F(Phone, HasTheFilesOfANormalPowerUpOrTheGivenOnes) {

@@ -1,11 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "tools/qorextctl/session/session.h"
 
-#include <unistd.h>
-
-#include <filesystem>
-#include <fstream>
-
+#include "tests/unit/platform/temp_folder.h"
 #include "tests/unit/qorextctl/fake_modem.h"
 #include "tests/unit/qorextctl/fake_setup.h"
 
@@ -125,16 +121,14 @@ TEST_F(SessionWith, EachLineHasItsOutputAndItsErrors) {
 }
 
 TEST_F(SessionWith, WaitsForAPropertyAndShowsIt) {
-  std::filesystem::path root =
-      std::filesystem::temp_directory_path() / ("qorextctl_properties_" + std::to_string(getpid()));
+  test_support::TempFolder root;
   std::filesystem::create_directories(root / "dev/__properties__");
   std::ofstream(root / "dev/__properties__/ril.baseband.rfcable.status") << "1";
-  options_.setup.phone_root = root;
+  options_.setup.phone_root = root.path();
   EXPECT_EQ(run("answer", "wait-property ril.baseband.rfcable.status 1\n"), Outcome::success);
   EXPECT_EQ(out_.str(),
             "property ril.baseband.rfcable.status: 1\n"
             "daemon ended with exit status 0\n");
-  std::filesystem::remove_all(root);
 }
 
 TEST_F(SessionWith, HelpShowsAllLines) {

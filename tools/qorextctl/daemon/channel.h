@@ -3,7 +3,6 @@
 #pragma once
 
 #include <optional>
-#include <variant>
 
 #include "tools/qorextctl/base/bytes.h"
 #include "tools/qorextctl/base/deadline.h"
@@ -11,25 +10,6 @@
 #include "tools/qorextctl/frames/frames.h"
 
 namespace qorextctl {
-
-enum class NoFrame {
-  timeout,  // no complete frame until the deadline; a partial one is kept
-  ended,    // the other end has closed the pipe
-};
-
-// A frame, or the reason why there is none.
-class Received {
- public:
-  Received(Bytes frame) : content_(std::move(frame)) {}
-  Received(NoFrame reason) : content_(reason) {}
-
-  explicit operator bool() const { return content_.index() == 0; }
-  const Bytes& operator*() const { return std::get<0>(content_); }
-  NoFrame reason() const { return std::get<1>(content_); }
-
- private:
-  std::variant<Bytes, NoFrame> content_;
-};
 
 // Reads frames from a pipe. One read may return several frames or a part of one.
 class FramePipe {
@@ -51,8 +31,10 @@ class FramePipe {
   std::optional<Bytes> take(SizeOf size_of) {
     return buffer_.take(size_of);
   }
+  // Waits for a complete frame. Returns nothing at the deadline or if the pipe has ended; the bytes
+  // of a part are kept.
   template <class SizeOf>
-  Received receive(SizeOf size_of, Deadline deadline);
+  std::optional<Bytes> receive(SizeOf size_of, Deadline deadline);
 
   View pending() const { return buffer_.pending(); }
   Bytes take_all() { return buffer_.take_all(); }
@@ -70,11 +52,10 @@ class FramePipe {
 };
 
 template <class SizeOf>
-Received FramePipe::receive(SizeOf size_of, Deadline deadline) {
+std::optional<Bytes> FramePipe::receive(SizeOf size_of, Deadline deadline) {
   for (;;) {
-    if (auto frame = buffer_.take(size_of)) return *frame;
-    if (ended_) return NoFrame::ended;
-    if (!readable(deadline)) return NoFrame::timeout;
+    auto frame = buffer_.take(size_of);
+    if (frame || ended_ || !readable(deadline)) return frame;
     read_once();
   }
 }

@@ -75,11 +75,11 @@ bool Daemon::wait_taken(Deadline deadline) const {
 
 bool Daemon::send(View request) { return write_whole(requests_.get(), request); }
 
-Received Daemon::receive_reply(ReplyForm form, Deadline deadline) {
+std::optional<Bytes> Daemon::receive_reply(ReplyForm form, Deadline deadline) {
   return replies_.receive([form](View bytes) { return reply_size(bytes, form); }, deadline);
 }
 
-Received Daemon::receive_unsolicited(Deadline deadline) {
+std::optional<Bytes> Daemon::receive_unsolicited(Deadline deadline) {
   return unsolicited_.receive(unsolicited_size, deadline);
 }
 

@@ -35,8 +35,8 @@ class Daemon {
 
   // Sends one request with one write. Returns false if the daemon has ended.
   bool send(View request);
-  Received receive_reply(ReplyForm form, Deadline deadline);
-  Received receive_unsolicited(Deadline deadline);
+  std::optional<Bytes> receive_reply(ReplyForm form, Deadline deadline);
+  std::optional<Bytes> receive_unsolicited(Deadline deadline);
 
   // For callers that wait for several pipes.
   FramePipe& replies() { return replies_; }

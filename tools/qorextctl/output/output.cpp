@@ -99,21 +99,20 @@ void Printer::frame(const std::string& title, const DecodedFrame& frame) {
   text(frame_text(title, frame) + (hex_ ? "  hex: " + hex_of(frame) + "\n" : ""));
 }
 
-void Printer::reply(const DecodedFrame& reply, bool second) {
+void Printer::reply(const DecodedFrame& reply, std::string_view remark, const char* key,
+                    bool value) {
   if (!frames_) return;
-  if (!json_) return frame(summary(reply, second ? ", second reply" : "", true), reply);
+  if (!json_) return frame(summary(reply, remark, true), reply);
   Json members = to_json(reply);
-  members["second"] = second;
+  members[key] = value;
   object(typed("reply", members));
 }
 
-void Printer::late_reply(const DecodedFrame& reply) {
-  if (!frames_) return;
-  if (!json_) return frame(summary(reply, ", late reply", true), reply);
-  Json members = to_json(reply);
-  members["late"] = true;
-  object(typed("reply", members));
+void Printer::reply(const DecodedFrame& frame, bool second) {
+  reply(frame, second ? ", second reply" : "", "second", second);
 }
+
+void Printer::late_reply(const DecodedFrame& frame) { reply(frame, ", late reply", "late", true); }
 
 void Printer::unsolicited(const DecodedFrame& message) {
   if (!frames_) return;

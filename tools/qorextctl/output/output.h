@@ -64,6 +64,7 @@ class Printer {
   std::string status_text(const DecodedFrame& frame, bool is_reply) const;
   std::string frame_text(const std::string& title, const DecodedFrame& frame) const;
   std::string shown_line(LogReader& reader, const std::string& line) const;
+  void reply(const DecodedFrame& reply, std::string_view remark, const char* key, bool value);
   void frame(const std::string& title, const DecodedFrame& frame);
   void object(const Json& object);
   void text(const std::string& text);
