@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "tools/qorextctl/log/log_dumps.h"
+#include "tools/qorextctl/log/log_reader.h"
 
 #include <fmt/format.h>
 
