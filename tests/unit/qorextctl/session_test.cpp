@@ -61,17 +61,21 @@ const SessionCase kSessionCases[] = {
      "qorextctl: line 1: unknown request 'frob' (see: qorextctl list)\n"
      "qorextctl: line 3: raw: the words are not hex (pairs of digits)\n"
      "qorextctl: line 4: a quote is not closed\n"
-     "qorextctl: line 5: wait-unsol: expected a number of frames and a number of seconds\n"
-     "qorextctl: line 6: wait-unsol: expected a number of frames and a number of seconds\n"},
-    {"answer", "wait-log 'no such line' 2 0.01\nwait-log\nwait-log x 0\n", Outcome::transport,
+     "qorextctl: line 5: wait-unsol: 0 is out of range (1 to 1000000)\n"
+     "qorextctl: line 6: wait-unsol: expected [N] [SECONDS]\n"},
+    {"answer", "wait-log 'no such line' 2 0.01\nwait-log\nwait-log x 1 x\n", Outcome::transport,
      "daemon ended with exit status 0\n",
      "qorextctl: line 1: 0 of 2 lines with 'no such line' came in the log\n"
-     "qorextctl: line 2: wait-log: expected a text, a number of lines and a number of seconds\n"
-     "qorextctl: line 3: wait-log: expected a text, a number of lines and a number of seconds\n"},
+     "qorextctl: line 2: wait-log: expected TEXT [N] [SECONDS]\n"
+     "qorextctl: line 3: wait-log: 'x' is not a number\n"},
     {"answer", "wait-property no.such 1 0.01\nwait-property x\n", Outcome::transport,
      "daemon ended with exit status 0\n",
      "qorextctl: line 1: property no.such is not set\n"
-     "qorextctl: line 2: wait-property: expected a name, a value and a number of seconds\n"},
+     "qorextctl: line 2: wait-property: expected NAME VALUE [SECONDS]\n"},
+    {"answer", "wait-log x 0\nwait-property a b -1\n", Outcome::usage,
+     "daemon ended with exit status 0\n",
+     "qorextctl: line 1: wait-log: 0 is out of range (1 to 9223372036854775807)\n"
+     "qorextctl: line 2: wait-property: -1 is out of range (0 to 86400 s)\n"},
     {"refuse", "expect-failure set-ddtm ddtm=1\n", Outcome::success,
      "set-ddtm (0x020000B8): failure\n"
      "daemon ended with exit status 0\n", ""},
@@ -82,7 +86,7 @@ const SessionCase kSessionCases[] = {
      "qorextctl: line 1: set-ddtm: succeeded, expected a failure\n"},
     {"answer", "expect-failure\nexpect-failure frob\n", Outcome::usage,
      "daemon ended with exit status 0\n",
-     "qorextctl: line 1: expect-failure: expected a request or a command\n"
+     "qorextctl: line 1: expect-failure: expected LINE\n"
      "qorextctl: line 2: unknown request 'frob' (see: qorextctl list)\n"},
     {"end", "expect-failure set-ddtm ddtm=1\n", Outcome::transport,
      "daemon ended with exit status 3\n",
@@ -101,7 +105,7 @@ const SessionCase kSessionCases[] = {
     {"answer", "help nv-raed\nhelp a b\n", Outcome::usage,
      "daemon ended with exit status 0\n",
      "qorextctl: line 1: unknown request 'nv-raed'; did you mean 'nv-read'? (see: qorextctl list)\n"
-     "qorextctl: line 2: help: expected one name or none\n"},
+     "qorextctl: line 2: help: expected [NAME]\n"},
     {"answer", "wait-unsol 1 0.02\n", Outcome::transport,
      "daemon ended with exit status 0\n",
      "qorextctl: 0 of 1 unsolicited frames came within 0.02 s\n"},

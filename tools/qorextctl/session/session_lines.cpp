@@ -13,14 +13,35 @@ namespace qorextctl {
 
 namespace {
 
-constexpr size_t kMaxWaitedFrames = 1'000'000;
-constexpr double kMaxSeconds = 86400;
+using Words = std::vector<std::string>;
 
-std::optional<double> parse_seconds(const std::string& text) {
+constexpr int64_t kMaxFrames = 1'000'000;
+constexpr double kMaxSeconds = 86400;
+constexpr size_t kAnyNumber = SIZE_MAX;
+
+// The error for a word that is not a number in the range.
+Error wrong_number(const char* line, const std::string& word, bool is_number,
+                   const std::string& range) {
+  return usage_error(is_number ? fmt::format("{}: {} is out of range ({})", line, word, range)
+                               : fmt::format("{}: '{}' is not a number", line, word));
+}
+
+Result<int64_t> count_at(const char* line, const Words& words, size_t index, int64_t max) {
+  if (index >= words.size()) return int64_t{1};
+  auto count = parse_number(words[index]);
+  if (count && *count >= 1 && *count <= max) return *count;
+  return wrong_number(line, words[index], count.has_value(), fmt::format("1 to {}", max));
+}
+
+Result<double> seconds_at(const char* line, const Words& words, size_t index,
+                          double default_seconds) {
+  if (index >= words.size()) return default_seconds;
+  const std::string& word = words[index];
   char* end = nullptr;
-  double seconds = strtod(text.c_str(), &end);
-  bool good = end != text.c_str() && *end == '\0' && seconds >= 0 && seconds <= kMaxSeconds;
-  return good ? std::optional(seconds) : std::nullopt;
+  double seconds = strtod(word.c_str(), &end);
+  bool is_number = !word.empty() && *end == '\0';
+  if (is_number && seconds >= 0 && seconds <= kMaxSeconds) return seconds;
+  return wrong_number(line, word, is_number, fmt::format("0 to {} s", kMaxSeconds));
 }
 
 std::string row(const std::string& usage, const char* help) {
@@ -41,19 +62,21 @@ std::string requests_text() {
 
 struct Session::Line {
   LineCommand command;
-  Outcome (Session::*run)(const std::vector<std::string>& words);
+  size_t min_words;  // after the name
+  size_t max_words;
+  Outcome (Session::*run)(const Words& words);
 };
 
 // clang-format off
 const Session::Line Session::kLines[] = {
-    {{"raw", "HEX...", "send raw bytes"}, &Session::send_raw},
-    {{"modem", "COMMAND...", "send a command to the modem's control socket"}, &Session::send_to_modem},
-    {{"wait-unsol", "[N] [SECONDS]", "wait for N unsolicited frames"}, &Session::wait_unsolicited},
-    {{"wait-property", "NAME VALUE [SECONDS]", "wait until the property has the value"}, &Session::wait_property},
-    {{"wait-log", "TEXT [N] [SECONDS]", "wait for N lines with the text in the daemon's log"}, &Session::wait_log},
-    {{"phone", "show", "show the files in the phone root"}, &Session::show_phone},
-    {{"expect-failure", "LINE", "run a line that is expected to fail"}, &Session::expect_failure},
-    {{"help", "[NAME]", "show all lines, or the arguments and reply fields of a request"}, &Session::help},
+    {{"raw", "HEX...", "send raw bytes"}, 0, kAnyNumber, &Session::send_raw},
+    {{"modem", "COMMAND...", "send a command to the modem's control socket"}, 0, kAnyNumber, &Session::send_to_modem},
+    {{"wait-unsol", "[N] [SECONDS]", "wait for N unsolicited frames"}, 0, 2, &Session::wait_unsolicited},
+    {{"wait-property", "NAME VALUE [SECONDS]", "wait until the property has the value"}, 2, 3, &Session::wait_property},
+    {{"wait-log", "TEXT [N] [SECONDS]", "wait for N lines with the text in the daemon's log"}, 1, 3, &Session::wait_log},
+    {{"phone", "show", "show the files in the phone root"}, 1, 1, &Session::show_phone},
+    {{"expect-failure", "LINE", "run a line that is expected to fail"}, 1, kAnyNumber, &Session::expect_failure},
+    {{"help", "[NAME]", "show all lines, or the arguments and reply fields of a request"}, 0, 1, &Session::help},
 };
 // clang-format on
 
@@ -69,22 +92,25 @@ std::string session_lines() {
   return text + row("# COMMENT", "is skipped");
 }
 
-Outcome Session::run_words(const std::vector<std::string>& words) {
-  std::vector<std::string> arguments(words.begin() + 1, words.end());
+Outcome Session::run_words(const Words& words) {
+  Words arguments(words.begin() + 1, words.end());
   for (const Line& line : kLines) {
-    if (words[0] == line.command.name) return (this->*line.run)(arguments);
+    if (words[0] != line.command.name) continue;
+    if (arguments.size() >= line.min_words && arguments.size() <= line.max_words) {
+      return (this->*line.run)(arguments);
+    }
+    return report(usage_error(fmt::format("{}: expected {}", words[0], line.command.arguments)));
   }
   auto command = parse_command(words, false);
   return command ? send(command->bytes, command->request) : report(command.error());
 }
 
-Outcome Session::send_raw(const std::vector<std::string>& words) {
+Outcome Session::send_raw(const Words& words) {
   auto bytes = parse_raw(words);
   return bytes ? send(*bytes, nullptr) : report(bytes.error());
 }
 
-Outcome Session::help(const std::vector<std::string>& words) {
-  if (words.size() > 1) return report(usage_error("help: expected one name or none"));
+Outcome Session::help(const Words& words) {
   const LineCommand* command = nullptr;
   for (const Line& line : kLines) {
     if (!words.empty() && words[0] == line.command.name) command = &line.command;
@@ -103,8 +129,7 @@ Outcome Session::help(const std::vector<std::string>& words) {
   return Outcome::success;
 }
 
-Outcome Session::expect_failure(const std::vector<std::string>& words) {
-  if (words.empty()) return report(usage_error("expect-failure: expected a request or a command"));
+Outcome Session::expect_failure(const Words& words) {
   bool failed_before = has_failed_;
   Outcome outcome = run_words(words);
   if (outcome != Outcome::refused) {
@@ -117,26 +142,22 @@ Outcome Session::expect_failure(const std::vector<std::string>& words) {
   return Outcome::success;
 }
 
-Outcome Session::send_to_modem(const std::vector<std::string>& words) {
+Outcome Session::send_to_modem(const Words& words) {
   auto outcome = ask_modem(words, setup_->control(), options_.timeout, printer_, interrupts_.fd());
   return outcome ? *outcome : report(outcome.error());
 }
 
-Outcome Session::wait_unsolicited(const std::vector<std::string>& words) {
-  auto count = words.empty() ? std::optional<int64_t>(1) : parse_number(words[0]);
-  auto seconds = words.size() < 2 ? std::optional(options_.timeout) : parse_seconds(words[1]);
-  bool good = count && *count > 0 && *count <= int64_t{kMaxWaitedFrames} && seconds;
-  if (!good || words.size() > 2) {
-    return report(usage_error("wait-unsol: expected a number of frames and a number of seconds"));
-  }
+Outcome Session::wait_unsolicited(const Words& words) {
+  auto count = count_at("wait-unsol", words, 0, kMaxFrames);
+  if (!count) return report(count.error());
+  auto seconds = seconds_at("wait-unsol", words, 1, options_.timeout);
+  if (!seconds) return report(seconds.error());
   return note_failure(exchange_->wait_unsolicited(static_cast<size_t>(*count), *seconds));
 }
 
-Outcome Session::wait_property(const std::vector<std::string>& words) {
-  auto seconds = words.size() < 3 ? std::optional(options_.timeout) : parse_seconds(words[2]);
-  if (words.size() < 2 || words.size() > 3 || !seconds) {
-    return report(usage_error("wait-property: expected a name, a value and a number of seconds"));
-  }
+Outcome Session::wait_property(const Words& words) {
+  auto seconds = seconds_at("wait-property", words, 2, options_.timeout);
+  if (!seconds) return report(seconds.error());
   std::optional<std::string> value;
   auto has_value = [&] {
     value = read_property(setup_->phone_root(), words[0]);
@@ -150,13 +171,11 @@ Outcome Session::wait_property(const std::vector<std::string>& words) {
   return report(transport_error(fmt::format("property {} {}", words[0], state)));
 }
 
-Outcome Session::wait_log(const std::vector<std::string>& words) {
-  auto count = words.size() < 2 ? std::optional<int64_t>(1) : parse_number(words[1]);
-  auto seconds = words.size() < 3 ? std::optional(options_.timeout) : parse_seconds(words[2]);
-  if (words.empty() || words.size() > 3 || !count || *count < 1 || !seconds) {
-    return report(
-        usage_error("wait-log: expected a text, a number of lines and a number of seconds"));
-  }
+Outcome Session::wait_log(const Words& words) {
+  auto count = count_at("wait-log", words, 1, INT64_MAX);
+  if (!count) return report(count.error());
+  auto seconds = seconds_at("wait-log", words, 2, options_.timeout);
+  if (!seconds) return report(seconds.error());
   Deadline deadline = Deadline::in_seconds(*seconds);
   for (int64_t found = 0; found < *count; ++found) {
     if (!find_in_log(words[0], deadline)) {
@@ -181,8 +200,8 @@ bool Session::find_in_log(const std::string& text, Deadline deadline) {
   return found.has_value();
 }
 
-Outcome Session::show_phone(const std::vector<std::string>& words) {
-  if (words.size() != 1 || words[0] != "show") return report(usage_error("phone: expected show"));
+Outcome Session::show_phone(const Words& words) {
+  if (words[0] != "show") return report(usage_error("phone: expected show"));
   printer_.phone(setup_->phone_root(), phone_report(setup_->phone_root()));
   return Outcome::success;
 }
