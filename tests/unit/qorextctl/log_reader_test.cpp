@@ -13,6 +13,13 @@ namespace qorextctl {
 namespace {
 
 const std::string kHead = "E/RIL-QOREXT( 1234): ";
+const std::string kDump = "HexDump: Data ";
+const std::string kTunerTitle = "Dumping modem response for QMI_TUNER_REQ_V01...";
+const std::string kWriteTitle = "qor_qmi_sprint_rde_write: hexdump len 3...";
+
+std::string write_of(int item) {
+  return "NV Write with RDE index " + std::to_string(item) + ", record number 0, offset 0.";
+}
 
 // The last line's entry.
 LogEntry last_of(const std::vector<std::string>& texts) {
@@ -28,7 +35,8 @@ std::string masked(const std::vector<std::string>& texts) {
   return line.substr(kHead.size());
 }
 
-std::string shown(const LogEntry& entry) {
+std::string shown(const std::vector<std::string>& texts) {
+  LogEntry entry = last_of(texts);
   if (!entry.content) return "nothing";
   const DecodedFrame& frame = entry.content->frame;
   std::string problems;
@@ -78,64 +86,56 @@ TEST(LogLine, LinesOfOtherProgramsAreRejected) {
 }
 
 TEST(LogReader, DecodesAReplyFrame) {
-  EXPECT_EQ(shown(last_of({"handleNvRsp: response hexdump for p_respHdr->msgId 0x200000d...",
-                           "HexDump: Data 0D00000204000000000000000000000000001E0000000000"})),
+  EXPECT_EQ(shown({"handleNvRsp: response hexdump for p_respHdr->msgId 0x200000d...",
+                   kDump + "0D00000204000000000000000000000000001E0000000000"}),
             "reply read-item-10003 0x0200000D {\"data\":\"1E000000\",\"value\":30}");
 }
 
 TEST(LogReader, DecodesAnItemByItsNumber) {
-  const std::string write = "qor_qmi_sprint_rde_write: hexdump len 3...";
-  EXPECT_EQ(shown(last_of({"NV Write with RDE index 2, record number 0, offset 0.", write,
-                           "HexDump: Data 000009"})),
+  EXPECT_EQ(shown({write_of(2), kWriteTitle, kDump + "000009"}),
             R"(nv-item overload-class 2 {"nam":0,"overload_class":9})");
-  EXPECT_EQ(shown(last_of({"NV Write with RDE index 8, record number 0, offset 0.", write,
-                           "HexDump: Data 00030109"
-                           "0A000000000000000000000000"})),
+  EXPECT_EQ(shown({write_of(8), kWriteTitle,
+                   kDump + "00030109"
+                           "0A000000000000000000000000"}),
             R"(nv-item mdn 8 {"nam":0,"count":3,"mdn":"190"})");
-  EXPECT_EQ(shown(last_of({"Gen NV Write RdeId 7000, rec num 1, offset 2, len 3. hexdump...",
-                           "HexDump: Data C0FFEE"})),
-            R"(nv-item  7000 {"record":1,"offset":2,"data":"C0FFEE"})");
-  EXPECT_EQ(shown(last_of({"NV Read with RDE index (28), recordNum(0), offset(0).",
-                           "NV Read 28, length 1, data length 1, grde - 06"})),
+  EXPECT_EQ(
+      shown({"Gen NV Write RdeId 7000, rec num 1, offset 2, len 3. hexdump...", kDump + "C0FFEE"}),
+      R"(nv-item  7000 {"record":1,"offset":2,"data":"C0FFEE"})");
+  EXPECT_EQ(shown({"NV Read with RDE index (28), recordNum(0), offset(0).",
+                   "NV Read 28, length 1, data length 1, grde - 06"}),
             R"(nv-item mob-p-rev 28 {"mob_p_rev":6})");
-  EXPECT_EQ(shown(last_of({"NV Read 28, length 0, data length 0, grde - "})), "nothing");
-  EXPECT_EQ(shown(last_of({"NV Read 29, length 1, data length 1, grde - 00"})),
+  EXPECT_EQ(shown({"NV Read 28, length 0, data length 0, grde - "}), "nothing");
+  EXPECT_EQ(shown({"NV Read 29, length 1, data length 1, grde - 00"}),
             R"(nv-item primary-channels 29 {"nam":0} problem: primary-a is missing: the data ends )"
             "before problem: primary-b is missing: the data ends before");
 }
 
 TEST(LogReader, DecodesResponsesOfTheModem) {
   std::string record = to_hex(counting(568));
-  LogEntry plmn =
-      last_of({"Dumping modem response for QMI_DATA_PLMN_REQ_V01...", "HexDump: Data " + record});
-  EXPECT_EQ(shown(plmn), "modem-response data-plmn 0x060001 {\"record\":\"" + record + "\"}");
+  EXPECT_EQ(shown({"Dumping modem response for QMI_DATA_PLMN_REQ_V01...", kDump + record}),
+            "modem-response data-plmn 0x060001 {\"record\":\"" + record + "\"}");
   std::string tuner = to_hex(from_hex("03000000 0A0B0C"));
   tuner.resize(64, '0');
-  EXPECT_EQ(
-      shown(last_of({"Dumping modem response for QMI_TUNER_REQ_V01...", "HexDump: Data " + tuner})),
-      R"(modem-response tune 0x05002A {"length":3,"data":"0A0B0C"})");
+  EXPECT_EQ(shown({kTunerTitle, kDump + tuner}),
+            R"(modem-response tune 0x05002A {"length":3,"data":"0A0B0C"})");
 }
 
 TEST(LogReader, DecodesTheRemainingPartOfACutLine) {
-  EXPECT_EQ(shown(last_of({"Dumping modem response for QMI_TUNER_REQ_V01...",
-                           "HexDump: Data 020000000A0B0"})),
+  EXPECT_EQ(shown({kTunerTitle, kDump + "020000000A0B0"}),
             R"(modem-response tune 0x05002A {"length":2,"data":"0A0B"} )"
             "problem: 6 bytes of data, 32 expected");
-  EXPECT_EQ(
-      masked({"Dumping modem response for QMI_TUNER_REQ_V01...", "HexDump: Data 020000000A0B0"}),
-      "HexDump: Data 020000000A0B0");
+  EXPECT_EQ(masked({kTunerTitle, kDump + "020000000A0B0"}), kDump + "020000000A0B0");
   EXPECT_EQ(masked({"NV Read 32, length 6, data length 6, grde - 31323"}),
             "NV Read 32, length 6, data length 6, grde - ***");
-  EXPECT_EQ(masked({"Gen NV Write RdeId 32, rec num 0, offset 0, len 6. hexdump...",
-                    "HexDump: Data 31323"}),
-            "HexDump: Data ****");
+  EXPECT_EQ(
+      masked({"Gen NV Write RdeId 32, rec num 0, offset 0, len 6. hexdump...", kDump + "31323"}),
+      kDump + "****");
 }
 
 TEST(LogReader, DecodesTheTextOfAnEngineeringRecord) {
   std::string text = to_hex(counting(52));
   std::string dump = to_hex(Bytes(text.begin(), text.end()));
-  LogEntry entry =
-      last_of({"qorext_hook_sprint_get_evdo_data() hexDump...", "HexDump: Data " + dump});
+  LogEntry entry = last_of({"qorext_hook_sprint_get_evdo_data() hexDump...", kDump + dump});
   ASSERT_TRUE(entry.content);
   Json fields = to_json(entry.content->frame.fields);
   EXPECT_EQ(entry.content->frame.name, "get-evdo");
@@ -145,7 +145,7 @@ TEST(LogReader, DecodesTheTextOfAnEngineeringRecord) {
   EXPECT_EQ(fields["sector_id"][15], 45);
   EXPECT_EQ(fields["pilot_energy"], 0x302F);
   EXPECT_EQ(fields["an_auth_status"], 51);
-  EXPECT_EQ(shown(last_of({"qorext_hook_sprint_get_evdo_data() hexDump...", "HexDump: Data 3047"})),
+  EXPECT_EQ(shown({"qorext_hook_sprint_get_evdo_data() hexDump...", kDump + "3047"}),
             R"(engineering get-evdo 0x02000012 {"data":"3047"} )"
             "problem: the modem's text is not hex (pairs of digits)");
 }
@@ -173,15 +173,12 @@ TEST(LogReader, DoesNotChangeLinesOfOtherPrograms) {
 }
 
 TEST(LogReader, MasksPersonalItems) {
-  const std::string write = "qor_qmi_sprint_rde_write: hexdump len 3...";
   for (int item : {8, 16, 17, 18, 20, 21, 22, 25, 26, 32}) {
     std::string number = std::to_string(item);
-    EXPECT_EQ(masked({"NV Write with RDE index " + number + ", record number 0, offset 0.", write,
-                      "HexDump: Data 010203"}),
-              "HexDump: Data ******");
+    EXPECT_EQ(masked({write_of(item), kWriteTitle, kDump + "010203"}), kDump + "******");
     EXPECT_EQ(masked({"Gen NV Write RdeId " + number + ", rec num 0, offset 1, len 3. hexdump...",
-                      "HexDump: Data 010203"}),
-              "HexDump: Data ******");
+                      kDump + "010203"}),
+              kDump + "******");
     EXPECT_EQ(masked({"NV Read " + number + ", length 2, data length 2, grde - 0102"}),
               "NV Read " + number + ", length 2, data length 2, grde - ****");
     // The modem may return an item without its number.
@@ -189,32 +186,27 @@ TEST(LogReader, MasksPersonalItems) {
                       "NV Read 0, length 2, data length 2, grde - 0102"}),
               "NV Read 0, length 2, data length 2, grde - ****");
   }
-  EXPECT_EQ(
-      masked({"NV Write with RDE index 28, record number 0, offset 0.", write, "HexDump: Data 06"}),
-      "HexDump: Data 06");
+  EXPECT_EQ(masked({write_of(28), kWriteTitle, kDump + "06"}), kDump + "06");
 }
 
 TEST(LogReader, MasksDumpsOfUnknownContent) {
-  EXPECT_EQ(masked({"HexDump: Data 010203"}), "HexDump: Data ******");
-  EXPECT_EQ(masked({"qor_qmi_sprint_rde_write: hexdump len 3...", "HexDump: Data 010203"}),
-            "HexDump: Data ******");
-  EXPECT_EQ(masked({"Gen NV Write RdeId x", "HexDump: Data 010203"}), "HexDump: Data ******");
-  EXPECT_EQ(masked({"Dumping modem response for QMI_TUNER_REQ_V01...",
-                    "HexDump: Data " + std::string(64, '0'), "HexDump: Data 01"}),
-            "HexDump: Data **");
-  EXPECT_EQ(masked({"HexDump: Data 01020"}), "HexDump: Data ***");
+  EXPECT_EQ(masked({kDump + "010203"}), kDump + "******");
+  EXPECT_EQ(masked({kWriteTitle, kDump + "010203"}), kDump + "******");
+  EXPECT_EQ(masked({"Gen NV Write RdeId x", kDump + "010203"}), kDump + "******");
+  EXPECT_EQ(masked({kTunerTitle, kDump + std::string(64, '0'), kDump + "01"}), kDump + "**");
+  EXPECT_EQ(masked({kDump + "01020"}), kDump + "***");
   EXPECT_EQ(masked({"NV Read x, grde - 0102"}), "NV Read x, grde - ****");
-  EXPECT_EQ(masked({"HexDump: Data "}), "HexDump: Data ");
+  EXPECT_EQ(masked({kDump}), kDump);
 }
 
 TEST(LogReader, KeepsThePublicBytesOfAFrame) {
   EXPECT_EQ(masked({"handleNvRsp: response hexdump for p_respHdr->msgId 0x2000016...",
-                    "HexDump: Data " +
-                        to_hex(cdma_frame(
-                            0x02000016, 0,
-                            from_hex("20000000 00000000 00000000 02000000 3132 00000000")))}),
-            "HexDump: Data 160000021600000000000000000000000000"
-            "20000000000000000000000002000000************0000");
+                    kDump + to_hex(cdma_frame(
+                                0x02000016, 0,
+                                from_hex("20000000 00000000 00000000 02000000 3132 00000000")))}),
+            kDump +
+                "160000021600000000000000000000000000"
+                "20000000000000000000000002000000************0000");
 }
 
 // The public start of a line, and the rest.
