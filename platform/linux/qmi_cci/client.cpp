@@ -9,6 +9,7 @@ namespace qmi_cci {
 using qmi_idl::Direction;
 using qmi_idl::Message;
 
+// A client without a callback queues nothing, so it neither reads nor checks the bound.
 Client::Client(std::unique_ptr<qmi_transport::Channel> channel, const qmi_idl::Service& service,
                Callback callback)
     : service_(service),
@@ -47,6 +48,8 @@ void Client::close() {
   }
 }
 
+// The structures' sizes are the only protection against a caller with other definitions of them.
+// The packet is on the stack, so that a request needs no memory.
 int Client::send(uint32_t message_id, std::span<const uint8_t> request, std::span<uint8_t> response,
                  std::chrono::milliseconds timeout) {
   auto deadline = qmi_transport::in(timeout);

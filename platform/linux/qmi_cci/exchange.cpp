@@ -56,6 +56,8 @@ Exchange* ExchangeTable::find_waiting(std::span<const uint8_t> packet) {
   return exchange == nullptr || exchange->result ? nullptr : exchange;
 }
 
+// Decodes under the owner's lock: the structure is the caller's, and without the lock the sender
+// could time out and return while it is written.
 void ExchangeTable::complete(std::span<const uint8_t> packet) {
   Exchange* exchange = find_waiting(packet);
   if (exchange == nullptr) return;

@@ -55,7 +55,8 @@ QueuedPacket::Ptr QueuedPacket::copy(std::span<const uint8_t> bytes) {
   return packet;
 }
 
-// The allocator stores a size_t of its own before each block.
+// The bound is one of memory, so it counts what the allocator really uses: the usable size and the
+// size_t that it stores before each block.
 size_t QueuedPacket::cost() const {
   return malloc_usable_size(const_cast<QueuedPacket*>(this)) + sizeof(size_t);
 }
@@ -92,6 +93,8 @@ void IndicationQueue::push(std::span<const uint8_t> packet) {
   log(ended);
 }
 
+// Checks for a burst before the copy, so that a full queue costs no allocation. `cause` is compared
+// by address. The difference does not underflow: packets are queued only up to the bound.
 const char* IndicationQueue::try_queue(std::span<const uint8_t> packet) {
   if (burst_.cause == kFull && !has_drained()) return kFull;
   auto queued = QueuedPacket::copy(packet);
@@ -107,6 +110,7 @@ void IndicationQueue::drop(const char* cause) {
   ++burst_.dropped;
 }
 
+// Also ends a burst: otherwise it would not be logged until another indication comes.
 QueuedPacket::Ptr IndicationQueue::pop() {
   Burst ended;
   QueuedPacket::Ptr packet;
@@ -150,6 +154,7 @@ void IndicationQueue::stop() {
   changed_.notify_one();
 }
 
+// Called at the end of the client or the process, when the callback may never return.
 void IndicationQueue::report_burst() {
   Burst ended;
   {

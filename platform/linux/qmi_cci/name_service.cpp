@@ -52,6 +52,7 @@ class Unresponsive {
   std::set<std::string> names_;
 };
 
+// An instance that comes up while the list is sent may be announced twice.
 void update(const Announcement& announcement, std::vector<ServerAddress>& servers) {
   std::erase(servers, announcement.server);
   if (announcement.kind == Announcement::Kind::appeared) servers.push_back(announcement.server);
@@ -78,6 +79,7 @@ ServerList read_list(const Endpoint& endpoint, qmi_transport::ServiceWatch& watc
 
 void record_answer(const Endpoint& endpoint) { Unresponsive::instance().record(endpoint, true); }
 
+// Every list takes a new watch: the name service sends its list at the beginning of a watch only.
 std::vector<ServerAddress> list_servers(const Endpoint& endpoint, const qmi_idl::Service& service) {
   auto watch = qmi_transport::watch_service(endpoint, service.id, service.version);
   return watch != nullptr ? read_list(endpoint, *watch).servers : std::vector<ServerAddress>{};

@@ -64,6 +64,7 @@ void Notifier::run() {
   }
 }
 
+// Continues after `nothing`: the watch has read an announcement of another service or version.
 void Notifier::follow(qmi_transport::ServiceWatch& watch) {
   Announcement announcement{};
   while (stop_.wait(watch.fd(), Deadline::max()) == Ready::readable) {

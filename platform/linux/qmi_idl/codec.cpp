@@ -48,7 +48,7 @@ using Reader = Cursor<const uint8_t>;
 using Writer = Cursor<uint8_t>;
 
 // Whether the numbers have the same bytes on the wire and in the structure, on a little-endian
-// machine. They are then copied at once: most messages carry long byte arrays.
+// machine. They are then copied at once, which pays for long byte arrays.
 bool has_wire_layout(const Shape& shape) { return shape.wire == shape.memory; }
 
 // The number of the element's numbers in the structure. Not bounded by the capacity.

@@ -25,6 +25,7 @@ Status OutputQueue::put(std::span<const uint8_t> packet, size_t limit, const Sen
   return Status::ok;
 }
 
+// `failed` does not end the loop: the packet, and not the receiver, is at fault.
 Status OutputQueue::flush(const Send& send) {
   while (!empty()) {
     Status status = send(packets_.front());
@@ -36,6 +37,7 @@ Status OutputQueue::flush(const Send& send) {
   return Status::ok;
 }
 
+// Waits for the slowest client that reads, so that none of them falls behind without a limit.
 void Pace::add(const OutputQueue& queue) {
   if (queue.empty()) {
     has_empty_ = true;

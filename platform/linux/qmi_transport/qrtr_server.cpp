@@ -73,6 +73,7 @@ class QrtrServer final : public Server {
   Peer last_peer_ = 0;
 };
 
+// The name service knows the version and the instance number as two values.
 bool QrtrServer::publish(uint32_t service, uint32_t instance) {
   bool is_up = std::any_of(ports_.begin(), ports_.end(), [&](const auto& entry) {
     return entry.second.service == service && entry.second.instance == instance;
@@ -192,7 +193,8 @@ ServerEvent QrtrServer::on_timer() {
   return report;
 }
 
-// Whether any client has made progress.
+// Returns whether any client has made progress. A client that a send finds gone is
+// reported here; its DEL_CLIENT is then ignored.
 bool QrtrServer::flush_all() {
   bool has_progress = false;
   for (auto each = clients_.begin(); each != clients_.end();) {

@@ -72,6 +72,7 @@ bool UnixServer::decide_role(Connection& connection, std::span<const uint8_t> pa
   return control->type == QRTR_TYPE_HELLO && attach(connection, *control);
 }
 
+// Ends the list with an all-zero server, as the QRTR name service does.
 bool UnixServer::begin_watch(Connection& connection, uint32_t service) {
   connection.role = Role::watcher;
   connection.server.service = service;
@@ -83,6 +84,8 @@ bool UnixServer::begin_watch(Connection& connection, uint32_t service) {
   return send_control(socket, QRTR_TYPE_NEW_SERVER, {});
 }
 
+// Node and port identify an instance uniquely, so a client of an instance that was withdrawn and
+// published again is refused.
 bool UnixServer::attach(Connection& connection, const Control& hello) {
   auto server = std::find_if(servers_.begin(), servers_.end(), [&](const ServerAddress& each) {
     return each.node == hello.server.node && each.port == hello.server.port;

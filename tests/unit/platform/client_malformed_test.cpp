@@ -54,7 +54,7 @@ TEST_P(Malformed, IsTheResponseOfAnotherMessage) {
             QMI_MALFORMED_ERR);
 }
 
-TEST_P(Malformed, PacketsThatAreNoResponsesAreSkipped) {
+TEST_P(Malformed, PacketsThatAreNotResponsesAreSkipped) {
   const std::vector<Bytes> strays = {{0x55},
                                      {2, 1},
                                      Bytes(100, 0xFF),
