@@ -1,5 +1,6 @@
 # SPDX-License-Identifier: Apache-2.0
-"""Links in the pages lead somewhere, and the fixed texts of the glossary occur in the sources."""
+"""Links, files and fixed texts that the pages name exist."""
+import fnmatch
 import json
 import pathlib
 import re
@@ -28,6 +29,22 @@ def dead_links(page, text):
     return dead
 
 
+def repository_files():
+    """Paths of all files and folders, without builds and hidden folders."""
+    tops = [top for top in ROOT.iterdir() if top.name != 'build' and not top.name.startswith('.')]
+    found = [path for top in tops for path in (top, *top.rglob('*'))]
+    return ['/' + str(path.relative_to(ROOT)) for path in found]
+
+
+def unknown_paths(text, files):
+    """Names of sources and scripts in the text that are the end of no path in the repository."""
+    names = re.findall(r'`([\w./*-]+\.(?:cpp|h|py|bash|session|toml))`', text)
+    folders = re.findall(r'`((?:bench|docs|fuzz|modem|platform|protocol|src|tests|tools)/[\w./*-]+)`',
+                         text)
+    return sorted({name for name in names + folders
+                   if not fnmatch.filter(files, '*/' + name.rstrip('/'))})
+
+
 def fixed_texts(glossary):
     """The first column of the tables of fixed texts."""
     for title in FIXED_TEXTS:
@@ -49,6 +66,16 @@ class Pages(unittest.TestCase):
     def test_a_dead_link_is_noticed(self):
         text = '[a](#terms) [b](#no-heading) [c](no-page.md) [d](README.md)'
         self.assertEqual(dead_links(GLOSSARY, text), ['#no-heading', 'no-page.md', 'README.md'])
+
+    def test_every_named_file_exists(self):
+        files = repository_files()
+        for page in PAGES:
+            self.assertEqual(unknown_paths(page.read_text(), files), [], page)
+
+    def test_a_renamed_file_is_noticed(self):
+        text = '`src/host/main.cpp` `main.cpp` `host/*.cpp` `src/main` `no_main.cpp`'
+        files = ['/src', '/src/host', '/src/host/main.cpp']
+        self.assertEqual(unknown_paths(text, files), ['no_main.cpp', 'src/main'])
 
     def test_every_fixed_text_of_the_glossary_occurs_in_the_sources(self):
         texts = list(fixed_texts(GLOSSARY.read_text()))
