@@ -98,17 +98,13 @@ TEST_F(MixFile, ReportsErrorsWithFileAndLine) {
   EXPECT_EQ(Mix::read("/nowhere").error().message, "cannot read '/nowhere'");
 }
 
-TEST(Quantiles, AreAmongTheValues) {
+TEST(Quantile, IsOneOfTheValues) {
   std::vector<float> values;
   for (int i = 100; i >= 1; --i) values.push_back(static_cast<float>(i));
-  Quantiles times = quantiles_of(values);
-  EXPECT_EQ(times.min, 1);
-  EXPECT_EQ(times.p50, 50);
-  EXPECT_EQ(times.p90, 90);
-  EXPECT_EQ(times.p99, 99);
-  EXPECT_EQ(times.max, 100);
-  EXPECT_EQ(quantiles_of({3}).p50, 3);
-  EXPECT_EQ(quantiles_of({}).max, 0);
+  for (auto [share, value] : {std::pair(0.0, 1), {0.5, 50}, {0.9, 90}, {0.99, 99}, {1, 100}}) {
+    EXPECT_EQ(quantile(values, share), value);
+  }
+  EXPECT_EQ(quantile(std::vector<float>{3}, 0.5), 3);
 }
 
 LoadReport report() {

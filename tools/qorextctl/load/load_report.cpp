@@ -17,17 +17,23 @@ namespace {
 constexpr double kMinBucket = 0.0625;
 constexpr size_t kMaxHashes = 40;
 
+struct QuantileRow {
+  const char* name;
+  double share;
+};
+constexpr QuantileRow kQuantiles[] = {
+    {"min", 0}, {"p50", 0.5}, {"p90", 0.9}, {"p99", 0.99}, {"max", 1},
+};
+
 constexpr size_t kProgressWidth = 30;
 constexpr std::chrono::milliseconds kProgressInterval{100};
 
 double rounded(double milliseconds) { return std::round(milliseconds * 1000) / 1000; }
 
-Json to_json(const Quantiles& times) {
-  return {{"min", rounded(times.min)},
-          {"p50", rounded(times.p50)},
-          {"p90", rounded(times.p90)},
-          {"p99", rounded(times.p99)},
-          {"max", rounded(times.max)}};
+Json to_json(const std::vector<float>& times) {
+  Json object;
+  for (const auto& [name, share] : kQuantiles) object[name] = rounded(quantile(times, share));
+  return object;
 }
 
 void write_text(int fd, const std::string& text) {
@@ -35,12 +41,6 @@ void write_text(int fd, const std::string& text) {
 }
 
 }  // namespace
-
-Quantiles quantiles_of(const std::vector<float>& values) {
-  if (values.empty()) return {};
-  return {quantile(values, 0), quantile(values, 0.5), quantile(values, 0.9), quantile(values, 0.99),
-          quantile(values, 1)};
-}
 
 void LoadReport::add(const std::string& name, const Timing& timing, bool failed) {
   Samples& samples = names_[name];
@@ -79,13 +79,15 @@ std::vector<LoadReport::Bucket> LoadReport::histogram() const {
 }
 
 std::string LoadReport::text() const {
-  std::string text = fmt::format("{:<22}{:>9}{:>8}{:>10}{:>10}{:>10}{:>10}{:>10}  ms\n", "request",
-                                 "count", "failed", "min", "p50", "p90", "p99", "max");
+  std::string text = fmt::format("{:<22}{:>9}{:>8}", "request", "count", "failed");
+  for (const auto& [name, share] : kQuantiles) text += fmt::format("{:>10}", name);
+  text += "  ms\n";
   for (const auto& [name, samples] : names_) {
-    Quantiles times = quantiles_of(samples.latencies);
-    text += fmt::format("{:<22}{:>9}{:>8}{:>10.3f}{:>10.3f}{:>10.3f}{:>10.3f}{:>10.3f}\n", name,
-                        samples.latencies.size(), samples.failed, times.min, times.p50, times.p90,
-                        times.p99, times.max);
+    text += fmt::format("{:<22}{:>9}{:>8}", name, samples.latencies.size(), samples.failed);
+    for (const auto& row : kQuantiles) {
+      text += fmt::format("{:>10.3f}", quantile(samples.latencies, row.share));
+    }
+    text += '\n';
   }
   text += fmt::format("{} requests in {:.3f} s, {:.1f} a second, {} failed\n", count_, seconds_,
                       rate(), failed());
@@ -109,8 +111,8 @@ std::vector<Json> LoadReport::objects() const {
                    {"name", name},
                    {"count", samples.latencies.size()},
                    {"failed", samples.failed},
-                   {"latency_ms", to_json(quantiles_of(samples.latencies))},
-                   {"service_ms", to_json(quantiles_of(samples.services))}});
+                   {"latency_ms", to_json(samples.latencies)},
+                   {"service_ms", to_json(samples.services)}});
   }
   Json buckets = Json::array();
   for (const Bucket& bucket : histogram()) {

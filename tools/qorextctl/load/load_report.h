@@ -14,12 +14,6 @@
 
 namespace qorextctl {
 
-struct Quantiles {
-  double min, p50, p90, p99, max;
-};
-// Each is one of the values; zeros when there are none.
-Quantiles quantiles_of(const std::vector<float>& values);
-
 class LoadReport {
  public:
   void add(const std::string& name, const Timing& timing, bool failed);

@@ -14,30 +14,17 @@ namespace {
 
 constexpr const char* kHex = "hex";
 
-// A value and its path, in the order of the object.
-struct Leaf {
-  std::string path;
-  const Json* value;
-};
-using Leaves = std::vector<Leaf>;
-
-bool is_list_of_objects(const Json& value) {
-  return value.is_array() && !value.empty() && value[0].is_object();
-}
+using Leaves = nlohmann::ordered_map<std::string, Json>;  // values by path, in order
 
 void add_leaves(Leaves& leaves, const std::string& path, const Json& value) {
-  if (is_list_of_objects(value)) {
-    for (size_t i = 0; i < value.size(); ++i) {
-      add_leaves(leaves, fmt::format("{}[{}]", path, i), value[i]);
-    }
-    return;
-  }
-  if (!value.is_object()) {
-    leaves.push_back({path, &value});
+  bool is_list = value.is_array() && !value.empty() && value[0].is_object();
+  if (!is_list && !value.is_object()) {
+    leaves.insert({path, value});
     return;
   }
   for (const auto& [name, member] : value.items()) {
-    add_leaves(leaves, path.empty() ? name : fmt::format("{}.{}", path, name), member);
+    std::string step = is_list ? fmt::format("[{}]", name) : path.empty() ? name : "." + name;
+    add_leaves(leaves, path + step, member);
   }
 }
 
@@ -48,40 +35,13 @@ Leaves leaves_of(const Json& value) {
 }
 
 const Json* find(const Leaves& leaves, const std::string& path) {
-  auto found = std::find_if(leaves.begin(), leaves.end(),
-                            [&](const Leaf& leaf) { return leaf.path == path; });
-  return found == leaves.end() ? nullptr : found->value;
+  auto found = leaves.find(path);
+  return found == leaves.end() ? nullptr : &found->second;
 }
 
 Json value_at(const Leaves& leaves, const std::string& path) {
   const Json* value = find(leaves, path);
   return value ? *value : Json();
-}
-
-struct Side {
-  explicit Side(const Comparable& what)
-      : values(leaves_of(what.value)), shown(leaves_of(what.shown)) {}
-  Leaves values;
-  Leaves shown;
-};
-
-bool same(const Side& expected, const Side& got, const std::string& path) {
-  const Json* left = find(expected.values, path);
-  const Json* right = find(got.values, path);
-  return left && right && *left == *right;
-}
-
-std::vector<std::string> paths_of(const Side& expected, const Side& got) {
-  std::vector<std::string> paths;
-  for (const Leaf& leaf : expected.values) paths.push_back(leaf.path);
-  for (const Leaf& leaf : got.values) {
-    if (!find(expected.values, leaf.path)) paths.push_back(leaf.path);
-  }
-  return paths;
-}
-
-Difference difference_at(const Side& expected, const Side& got, const std::string& path) {
-  return {path, value_at(expected.shown, path), value_at(got.shown, path)};
 }
 
 template <class Decoded>
@@ -132,16 +92,21 @@ Comparable comparable(const QmiMessage& message, bool show_personal) {
 }
 
 std::vector<Difference> compare(const Comparable& expected, const Comparable& got) {
-  Side left(expected);
-  Side right(got);
+  Leaves left = leaves_of(expected.value);
+  Leaves right = leaves_of(got.value);
+  Leaves left_shown = leaves_of(expected.shown);
+  Leaves right_shown = leaves_of(got.shown);
+  Leaves all = left;
+  for (const auto& [path, value] : right) all.insert({path, value});
   std::vector<Difference> differences;
-  for (const std::string& path : paths_of(left, right)) {
-    if (path != kHex && !same(left, right, path)) {
-      differences.push_back(difference_at(left, right, path));
-    }
+  for (const auto& [path, value] : all) {
+    const Json* one = find(left, path);
+    const Json* other = find(right, path);
+    if (one && other && *one == *other) continue;
+    differences.push_back({path, value_at(left_shown, path), value_at(right_shown, path)});
   }
-  if (differences.empty() && !same(left, right, kHex)) {
-    differences.push_back(difference_at(left, right, kHex));
+  if (differences.size() > 1) {
+    std::erase_if(differences, [](const Difference& found) { return found.field == kHex; });
   }
   return differences;
 }
