@@ -38,7 +38,7 @@ class Client {
     if (rc == QMI_NO_ERR) {
       rc = qmi_client_init(&info, service, callback, nullptr, nullptr, &client_);
     }
-    if (rc != QMI_NO_ERR) throw std::runtime_error("no client of the modem");
+    if (rc != QMI_NO_ERR) throw std::runtime_error("cannot initialise a client of the modem");
   }
   Client(const Client&) = delete;
   Client& operator=(const Client&) = delete;
@@ -84,8 +84,8 @@ double take_turn(size_t threads, const Exchange& exchange) {
 }
 
 struct Kind {
-  const char* rate;   // the name in the results; null: not one
-  const char* ratio;  // of its rate to the bare one; null: not one
+  const char* rate;   // its name in the results; null: not reported
+  const char* ratio;  // the name of its ratio to the bare rate; null: the bare rate itself
   Exchange exchange;
 };
 

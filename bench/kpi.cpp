@@ -73,7 +73,7 @@ double package_seconds(const std::string& bytes, const fs::path& root) {
   return taken;
 }
 
-// The target's content of an index link, whose path is the phone's.
+// The content of an index link's target. The link holds the path on a phone.
 std::string linked_content(const fs::path& folder, const char* link) {
   std::error_code missing;
   fs::path target = fs::read_symlink(folder / link, missing);

@@ -2,11 +2,11 @@
 // The time from a request's write to its reply's read, of the daemon and of the limit program, in
 // alternating turns of a few requests. Prints JSON.
 //
-//   bench_latency ROUNDS                     measures on one core and on two; $QOREXT_BENCH_PLAN is
-//                                            the plan of the limit program
-//   bench_latency record PROGRAM             sends every request twice, for a recording of the
-//   calls bench_latency repeat PROGRAM NAME COUNT  sends one request COUNT times, to count its
-//   costs
+//   bench_latency ROUNDS                     measures on one core and on two
+//   bench_latency record PROGRAM             sends every request twice, to record the calls
+//   bench_latency repeat PROGRAM NAME COUNT  sends one request COUNT times, to count its costs
+//
+// $QOREXT_BENCH_PLAN names the plan of the limit program.
 #include <cstdlib>
 #include <cstring>
 #include <iostream>
@@ -83,7 +83,8 @@ void serve_repeatedly(const char* program, const std::string& chosen, int count)
     }
   }
   daemon->close_requests();
-  if (!daemon->wait_exit(bench::long_deadline())) throw std::runtime_error("the daemon runs on");
+  if (!daemon->wait_exit(bench::long_deadline()))
+    throw std::runtime_error("the daemon does not exit");
 }
 
 }  // namespace

@@ -107,7 +107,7 @@ void exchange(Daemon& daemon, const Bytes& request) {
 double processor_seconds(const Daemon& daemon) {
   clockid_t clock = 0;
   if (clock_getcpuclockid(daemon.process().pid(), &clock) != 0) {
-    throw std::runtime_error("the daemon has no clock");
+    throw std::runtime_error("cannot read the processor time of the daemon");
   }
   return seconds_of(clock);
 }

@@ -16,7 +16,7 @@ namespace {
 
 using Clock = Deadline::Clock;
 
-// The daemon itself refuses it.
+// The daemon refuses it without asking the modem.
 const std::vector<std::string> kHarmless = {"obsolete-bb"};
 
 class Load {

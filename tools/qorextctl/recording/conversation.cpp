@@ -7,8 +7,8 @@
 
 #include "modem/messages/request_log.h"
 #include "modem/messages/services.h"
-#include "tools/qorextctl/frames/protocol.h"
 #include "tools/qorextctl/frames/personal.h"
+#include "tools/qorextctl/frames/protocol.h"
 
 namespace qorextctl {
 

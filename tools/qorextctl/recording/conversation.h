@@ -40,7 +40,7 @@ std::string title_of(const QmiMessage& message);
 
 // Replaces the values of personal fields with kMasked.
 void mask(QmiMessage& message);
-// The packet; after the header of a masked personal message, mask characters.
+// The packet in hexadecimal. In a masked personal message, all after the header is mask characters.
 std::string hex_of(const QmiMessage& message);
 
 // The messages of one modem.

@@ -17,7 +17,7 @@ struct Difference {
   Json got;           // null: nothing
 };
 
-// A decoded frame or message, and how it is shown.
+// A decoded frame or message, and its form in the output.
 struct Comparable {
   Json value;
   Json shown;  // the same members; personal values may be masked

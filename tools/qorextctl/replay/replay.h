@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// A recording played back to the daemon.
+// The replay of a recording.
 #pragma once
 
 #include "tools/qorextctl/daemon/private_setup.h"

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// What a replay runs: the daemon, its phone, and a modem that sends what the replay asks for.
+// The processes of a replay: the daemon and its phone, and a modem without behaviour of its own.
 #pragma once
 
 #include <climits>

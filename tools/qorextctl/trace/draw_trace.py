@@ -1,11 +1,11 @@
 #!/usr/bin/env python3
 # SPDX-License-Identifier: Apache-2.0
-"""A part of a timeline that `qorextctl trace` has written, as an SVG picture.
+"""Draws a timeline of `qorextctl trace`, or a part of it, as an SVG picture.
 
     draw_trace.py TRACE.json PICTURE.svg [FROM_US TO_US]
 
-The layout is that of Perfetto's viewer: a row a track, slices inside slices below them, instants
-as marks, arrows from request to reply. Without times the picture shows everything.
+The layout is that of Perfetto's viewer: one row per track, inner slices below outer ones, instants
+as marks, arrows from requests to replies. Without times the picture shows the whole timeline.
 """
 
 import json
@@ -18,7 +18,7 @@ WIDTH = 960  # of the time axis
 SLICE, GAP, MARKS = 18, 10, 16
 TICKS = 10
 COLORS = ("#7fb3d5", "#f0b27a", "#82c99b", "#c39bd3", "#f1948a", "#a3b8c2", "#d7bf72")
-CHARACTER = 5.6  # width of one, of the font size that is used
+CHARACTER = 5.6  # width of a character of the font
 
 
 def text(x, y, content, anchor="start", color="#333", size=10):
@@ -30,14 +30,14 @@ def line(x1, y1, x2, y2, color):
     return f'<line x1="{x1:.1f}" y1="{y1:.1f}" x2="{x2:.1f}" y2="{y2:.1f}" stroke="{color}"/>'
 
 
-def round_step(least):
-    """The next number of the row 1, 2, 5, 10, 20, ..."""
-    power = 10 ** math.floor(math.log10(least))
-    return next(power * factor for factor in (1, 2, 5, 10) if power * factor >= least)
+def round_step(minimum):
+    """Returns the next number of 1, 2, 5, 10, 20, ..."""
+    power = 10 ** math.floor(math.log10(minimum))
+    return next(power * factor for factor in (1, 2, 5, 10) if power * factor >= minimum)
 
 
 def with_depths(slices):
-    """Slices in their order, each with the number of slices that it lies in."""
+    """Returns the slices, each with the number of slices around it."""
     ends = []
     for slice_ in slices:
         while ends and ends[-1] <= slice_["ts"]:
@@ -53,27 +53,27 @@ class Picture:
                        for event in events if event["name"] == "thread_name"}
         self.begin, self.end = begin, end
         self.parts = []
-        self.tops = {}  # of the slices of a track
+        self.tops = {}  # y of the slices, by track
 
-    def across(self, time):
+    def x_of(self, time):
         return LEFT + WIDTH * (time - self.begin) / (self.end - self.begin)
 
-    def of(self, track, phase):
+    def events_of(self, track, phase):
         return [event for event in self.events if event["tid"] == track and event["ph"] == phase]
 
-    def is_seen(self, event):
+    def is_visible(self, event):
         return event["ts"] + event.get("dur", 0) >= self.begin and event["ts"] <= self.end
 
     def draw_axis(self, height):
         step = round_step((self.end - self.begin) / TICKS)
         for i in range(int((self.end - self.begin) / step) + 1):
-            x = self.across(self.begin + i * step)
+            x = self.x_of(self.begin + i * step)
             self.parts += [line(x, TOP - 6, x, height, "#e5e5e5"),
                            text(x, TOP - 12, f"{i * step / 1000:g} ms", "middle", "#777")]
 
     def draw_slice(self, event, y):
-        left = max(self.across(event["ts"]), LEFT)
-        right = min(self.across(event["ts"] + event["dur"]), LEFT + WIDTH)
+        left = max(self.x_of(event["ts"]), LEFT)
+        right = min(self.x_of(event["ts"] + event["dur"]), LEFT + WIDTH)
         width = max(right - left, 1.5)
         color = COLORS[sum(map(ord, event["name"])) % len(COLORS)]
         self.parts.append(f'<rect x="{left:.1f}" y="{y}" width="{width:.1f}" '
@@ -85,15 +85,15 @@ class Picture:
             self.parts.append(text(left + 3, y + 12, name))
 
     def draw_instant(self, event, y):
-        x = self.across(event["ts"])
+        x = self.x_of(event["ts"])
         self.parts.append(f'<path d="M{x:.1f} {y} l4 10 l-8 0 z" fill="#5d6d7e">'
                           f'<title>{escape(event["name"])}</title></path>')
 
     def draw_track(self, track, y):
-        """Returns where the next one begins."""
-        slices = [(event, depth) for event, depth in with_depths(self.of(track, "X"))
-                  if self.is_seen(event)]
-        instants = [event for event in self.of(track, "i") if self.is_seen(event)]
+        """Returns the top of the next track."""
+        slices = [(event, depth) for event, depth in with_depths(self.events_of(track, "X"))
+                  if self.is_visible(event)]
+        instants = [event for event in self.events_of(track, "i") if self.is_visible(event)]
         self.tops[track] = y + (MARKS if instants else 0)
         rows = max((depth + 1 for _, depth in slices), default=0)
         bottom = max(self.tops[track] + rows * SLICE, y + MARKS) + GAP
@@ -108,12 +108,12 @@ class Picture:
     def draw_arrows(self):
         stops = {}
         for event in self.events:
-            if event["ph"] in "stf" and self.is_seen(event):
+            if event["ph"] in "stf" and self.is_visible(event):
                 stops.setdefault(event["id"], []).append(event)
         for arrow in stops.values():
             for start, end in zip(arrow, arrow[1:]):
-                x1, y1 = self.across(start["ts"]), self.tops[start["tid"]] + SLICE / 2
-                x2, y2 = self.across(end["ts"]), self.tops[end["tid"]] + SLICE / 2
+                x1, y1 = self.x_of(start["ts"]), self.tops[start["tid"]] + SLICE / 2
+                x2, y2 = self.x_of(end["ts"]), self.tops[end["tid"]] + SLICE / 2
                 bend = max(20, (x2 - x1) / 3)
                 self.parts.append(
                     f'<path d="M{x1:.1f} {y1} C{x1 + bend:.1f} {y1} {x2 - bend:.1f} {y2} '

@@ -9,7 +9,7 @@
 namespace qorextctl {
 
 // Converts the events of a recording, as objects of its file and in their order, to Chrome trace
-// events. The log identifies the daemon's threads: every line names its thread, and only the
+// events. The log identifies the daemon's threads: every line names its thread, and only
 // threads that save the hand-off block log about it.
 Json timeline(const std::vector<Json>& events);
 

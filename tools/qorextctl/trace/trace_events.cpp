@@ -56,7 +56,7 @@ Json track_names() {
 void TraceEvents::slice(Track track, const std::string& name, int64_t begin, int64_t end,
                         const Json& args) {
   Json made = event("X", name, track, begin);
-  made["dur"] = nullptr;  // finish() knows it
+  made["dur"] = nullptr;  // set by finish()
   made["args"] = args;
   entries_.push_back({track, begin, std::max(begin, end), true, std::move(made)});
 }
