@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// Hands finished logs to the Android DropBox, as libnativedropbox.so exports it.
+// Adds entries to the Android DropBox, as libnativedropbox.so exports it.
 #pragma once
 
 class NativeDropBoxWriter {

@@ -46,10 +46,10 @@ typedef enum {
   QMI_IDL_INDICATION = 2,
 } qmi_idl_type_of_message_type;
 
-// Called on a thread of the library, one indication at a time and in the order of arrival. `buffer`
-// holds the encoded message (TLVs, without the QMI header) and lives until the callback returns.
-// Indications that come meanwhile are queued; the memory for them is bounded, and beyond the bound
-// the newest are dropped. On a workstation the bound is 64 MiB for each client, or the number of
+// Called on a thread of the library, one indication at a time, in the order of arrival. `buffer`
+// holds the encoded message (TLVs, without the QMI header) and is valid until the callback returns.
+// Indications that arrive during the callback are queued; beyond the limit of the queue's memory
+// the newest are dropped. On a workstation the limit is 64 MiB for each client, or the number of
 // bytes in the environment variable QOREXT_INDICATION_QUEUE.
 typedef void (*qmi_client_ind_cb)(qmi_client_type client, unsigned int message_id, void* buffer,
                                   unsigned int length, void* callback_data);
@@ -59,8 +59,8 @@ typedef void (*qmi_client_ind_cb)(qmi_client_type client, unsigned int message_i
 int qmi_client_notifier_init(qmi_idl_service_object_type service, qmi_client_os_params* signal,
                              qmi_client_type* notifier);
 
-// Stores the number of instances in `services`. With a non-null `list`, `entries` holds its room
-// on entry and the number of records filled on return. QMI_SERVICE_ERR when there is none.
+// Stores the number of instances in `services`. With a non-null `list`, `entries` is the size of
+// the list on entry and the number of records filled on return. QMI_SERVICE_ERR when there is none.
 int qmi_client_get_service_list(qmi_idl_service_object_type service, qmi_service_info* list,
                                 unsigned int* entries, unsigned int* services);
 
@@ -69,7 +69,7 @@ int qmi_client_init(qmi_service_info* info, qmi_idl_service_object_type service,
                     qmi_client_ind_cb callback, void* callback_data, qmi_client_os_params* signal,
                     qmi_client_type* client);
 
-// Ends a client or a notifier; no callback runs after it has returned.
+// Ends a client or a notifier. No callback runs after the return.
 int qmi_client_release(qmi_client_type client);
 
 // Sends a request and waits for its response. Lengths are sizes of the C structures in bytes; a

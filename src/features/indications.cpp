@@ -22,8 +22,8 @@ constexpr uint32_t kCoverageMessage = 0x04000301;
 
 enum Content { kWholeData, kNoticeAndData, kFirstByte };
 
-// An indication type that becomes an unsolicited message. `message` is its type and id as they lie
-// on the pipe, read as a little-endian word.
+// An indication type that becomes an unsolicited message. `message` is its type and id: the
+// bytes on the pipe, read as a little-endian number.
 struct ForwardedType {
   uint32_t type;
   uint32_t message;

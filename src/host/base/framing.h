@@ -109,7 +109,7 @@ bool send_cdma_reply(uint32_t id, uint32_t status, const void* data, uint32_t si
 bool send_generic_reply(const uint8_t* request, const void* data, uint32_t size);
 
 // Unsolicited messages with a header of the CDMA-hook and of the generic-hook form. `id_bytes`
-// holds type and 24-bit id as they lie on the pipe, read as a little-endian word.
+// is type and 24-bit id: the bytes on the pipe, read as a little-endian number.
 bool send_unsolicited_cdma(uint32_t id, const void* data, uint32_t size);
 bool send_unsolicited_generic(uint32_t id_bytes, const void* data, uint32_t size);
 
