@@ -33,7 +33,7 @@ constexpr HookDispatchEntry kGenericTable[] = {
     {0x50505, 0, handleCallEndRadioState       },
 };
 
-// The argument of the NV rows is the RDE id. A row of nvRead needs one in the NV response table.
+// The argument of the NV rows is the RDE id.
 constexpr HookDispatchEntry kCdmaFallbackTable[] = {
     {0x02000016, kFromRequest, genNvRead         },
     {0x02000015, kFromRequest, genNvWrite        },
@@ -51,6 +51,14 @@ constexpr HookDispatchEntry kCdmaFallbackTable[] = {
     {0x0200000F, 37,           nvRead            },
     {0x02000010, 37,           nvWrite           },
 };
+
+constexpr bool has_reply_to_every_read(std::span<const HookDispatchEntry> table) {
+  for (const HookDispatchEntry& entry : table) {
+    if (entry.handler == nvRead && find_nv_response(entry.message_id) == nullptr) return false;
+  }
+  return true;
+}
+static_assert(has_reply_to_every_read(kCdmaFallbackTable), "a read has no NV response row");
 
 // Calls the first row's handler with this id; false when there is none.
 bool call_handler(std::span<const HookDispatchEntry> table, uint32_t id, const uint8_t* request) {

@@ -25,20 +25,6 @@ int genNvRead(const uint8_t* request, uint32_t unused);
 // neither sent nor replied to.
 int genNvWrite(const uint8_t* request, uint32_t unused);
 
-using NvResponseHandler = int (*)(const uint8_t* request, const ElementReadResponse& response,
-                                  uint32_t data_size);
-
-// The reply to one id of nvRead.
-struct NvResponseEntry {
-  uint32_t message_id;
-  uint32_t data_size;  // bytes of the item that the reply is about
-  NvResponseHandler handler;
-  bool is_served = true;
-};
-
-// Null when the id gets no reply.
-const NvResponseEntry* find_nv_response(uint32_t message_id);
-
 // Replies with the item's first `data_size` bytes, or with status 5 and zeros to an id that is not
 // served. The request must not be null. Returns 0.
 int handleNvResponse(const uint8_t* request, const ElementReadResponse& response,
@@ -48,6 +34,35 @@ int handleNvResponse(const uint8_t* request, const ElementReadResponse& response
 // status 0 or 5; the code itself never leaves the process. The request must not be null. Returns 0.
 int handleSpcResponse(const uint8_t* request, const ElementReadResponse& response,
                       uint32_t data_size);
+
+using NvResponseHandler = int (*)(const uint8_t* request, const ElementReadResponse& response,
+                                  uint32_t data_size);
+
+// The reply to one id of nvRead.
+struct NvResponseEntry {
+  uint32_t message_id;
+  uint32_t data_size;  // bytes of the item that the reply is about
+  NvResponseHandler handler;
+  bool is_served;
+};
+
+// The parent expects status 5 for the items 38 and 39, although the modem is asked for them.
+inline constexpr NvResponseEntry kNvResponseTable[] = {
+    {0x02000007, 4, handleNvResponse,  true },
+    {0x02000017, 4, handleNvResponse,  false},
+    {0x02000019, 4, handleNvResponse,  false},
+    {0x0200000A, 6, handleSpcResponse, true },
+    {0x0200000D, 4, handleNvResponse,  true },
+    {0x0200000F, 4, handleNvResponse,  true },
+};
+
+// Null when the id gets no reply.
+constexpr const NvResponseEntry* find_nv_response(uint32_t message_id) {
+  for (const NvResponseEntry& entry : kNvResponseTable) {
+    if (entry.message_id == message_id) return &entry;
+  }
+  return nullptr;
+}
 
 // CDMA-hook 0x0200001C: requests the PFP table, which the modem delivers later as an indication.
 // The reply's status says only whether the request was sent, not what the modem answered. The reply

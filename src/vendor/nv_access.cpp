@@ -11,20 +11,6 @@
 
 namespace {
 
-constexpr bool kNotServed = false;
-
-constexpr NvResponseEntry kNvResponseTable[] = {
-  // id, bytes of the item, reply. The parent expects status 5 for the items 38 and 39, although
-  // the
-  // modem is asked for them.
-    {0x02000007, 4, handleNvResponse,  true      },
-    {0x02000017, 4, handleNvResponse,  kNotServed},
-    {0x02000019, 4, handleNvResponse,  kNotServed},
-    {0x0200000A, 6, handleSpcResponse, true      },
-    {0x0200000D, 4, handleNvResponse,  true      },
-    {0x0200000F, 4, handleNvResponse,  true      },
-};
-
 bool is_served(uint32_t id) {
   const NvResponseEntry* entry = find_nv_response(id);
   return entry != nullptr && entry->is_served;
@@ -77,13 +63,6 @@ void send_write_status(const uint8_t* request, bool is_done) {
 }
 
 }  // namespace
-
-const NvResponseEntry* find_nv_response(uint32_t message_id) {
-  for (const NvResponseEntry& entry : kNvResponseTable) {
-    if (entry.message_id == message_id) return &entry;
-  }
-  return nullptr;
-}
 
 int handleNvResponse(const uint8_t* request, const ElementReadResponse& response,
                      uint32_t data_size) {

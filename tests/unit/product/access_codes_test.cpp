@@ -17,23 +17,14 @@ const uint8_t* bytes_of(const std::string& characters) {
 }
 
 // Codes and keys may hold any byte.
-const std::string kRawCode(
-    "\0"
-    "2\0"
-    "45\xFF",
-    6);
-const std::string kRawNewCode(
-    "6\0"
-    "4\0"
-    "\0"
-    "1",
-    6);
-const std::string kRawAkey(
-    "\0"
-    "BC\0"
-    "EFGHIJKLMNOPQRSTUV\xFF"
-    "XY\0",
-    26);
+std::string characters(const std::string& digits) {
+  Bytes bytes = from_hex(digits);
+  return {bytes.begin(), bytes.end()};
+}
+const std::string kRawCode = characters("00 32 00 34 35 FF");
+const std::string kRawNewCode = characters("36 00 34 00 00 31");
+const std::string kRawAkey =
+    characters("00 4243 00 45464748494A4B4C4D4E4F505152535455 56 FF 5859 00");
 
 int write_akey() {
   return qcril_qmi_nas_qor_cdma_validate_and_write_akey(bytes_of(kCode), bytes_of(kAkey), 26);

@@ -22,6 +22,18 @@ class CarrierClients : public FakePhone {
     return {};
   }
 
+  static Lines watched(const std::string& name) {
+    return {"call notifier_init " + name, "log: sprint_client_init: qmi_client_notifier_init \n"};
+  }
+  // The trace from the poll that succeeds to the end of the attempt.
+  static Lines opened(const std::string& name, const std::string& log_name) {
+    const std::string kList = "log: sprint_client_init: qmi_client_get_service_list() returned 0 ";
+    return {"call get_service_list " + name,           kList + "num_services = 1\n",
+            "call get_service_list " + name + " list", kList + "num_entries = 1 num_services = 1\n",
+            "log: sprint_client_init: " + log_name,    "call client_init " + name,
+            "log: sprint_client_init Succeeded\n",     "call release notifier"};
+  }
+
   int open(int type) {
     static char nas[] = "nas";
     return qmi_qorext_sprint_client_init_with_type(nas, type);
@@ -30,27 +42,13 @@ class CarrierClients : public FakePhone {
 
 TEST_F(CarrierClients, NasThenDmsAreOpened) {
   EXPECT_EQ(qmi_qorext_sprint_client_init(), 0);
-  EXPECT_THAT(
-      trace,
-      ElementsAre(
-          "call nas_get_service_object 1 175 6", "call dms_get_service_object 1 56 6",
-          "call notifier_init nas", "log: sprint_client_init: qmi_client_notifier_init \n",
-          "call get_service_list nas",
-          "log: sprint_client_init: qmi_client_get_service_list() returned 0 num_services = 1\n",
-          "call get_service_list nas list",
-          "log: sprint_client_init: qmi_client_get_service_list() returned 0 num_entries = 1 "
-          "num_services = 1\n",
-          "log: sprint_client_init: NAS", "call client_init nas",
-          "log: sprint_client_init Succeeded\n", "call release notifier",
-          "log: qmi_qorext_sprint_client_init: NAS Client Init rc: 0", "call notifier_init dms",
-          "log: sprint_client_init: qmi_client_notifier_init \n", "call get_service_list dms",
-          "log: sprint_client_init: qmi_client_get_service_list() returned 0 num_services = 1\n",
-          "call get_service_list dms list",
-          "log: sprint_client_init: qmi_client_get_service_list() returned 0 num_entries = 1 "
-          "num_services = 1\n",
-          "log: sprint_client_init: DMS", "call client_init dms",
-          "log: sprint_client_init Succeeded\n", "call release notifier",
-          "log: qmi_qorext_sprint_client_init: DMS Client Init rc: 0"));
+  Lines expected = {"call nas_get_service_object 1 175 6", "call dms_get_service_object 1 56 6"};
+  for (auto [name, log_name] : {std::pair("nas", "NAS"), {"dms", "DMS"}}) {
+    expected = expected + watched(name) + opened(name, log_name) +
+               Lines{std::string("log: qmi_qorext_sprint_client_init: ") + log_name +
+                     " Client Init rc: 0"};
+  }
+  EXPECT_EQ(trace, expected);
   EXPECT_EQ(indication_callback, nullptr);
 }
 
@@ -109,20 +107,11 @@ TEST_F(CarrierClients, PollingStopsWhenTheServiceIsUp) {
 TEST_F(CarrierClients, FailedPollIsLoggedBeforeItsWait) {
   service_lists = {{-2, 0}, {0, 1}};
   open(kNasService);
-  EXPECT_THAT(
-      trace,
-      ElementsAre(
-          "call notifier_init nas", "log: sprint_client_init: qmi_client_notifier_init \n",
-          "call get_service_list nas",
-          "log: sprint_client_init: qmi_client_get_service_list() returned -2 num_services = 0\n",
-          "log: sprint_client_init: wait for server to come up.\n", "call clock_gettime 1",
-          "call get_service_list nas",
-          "log: sprint_client_init: qmi_client_get_service_list() returned 0 num_services = 1\n",
-          "call get_service_list nas list",
-          "log: sprint_client_init: qmi_client_get_service_list() returned 0 num_entries = 1 "
-          "num_services = 1\n",
-          "log: sprint_client_init: NAS", "call client_init nas",
-          "log: sprint_client_init Succeeded\n", "call release notifier"));
+  const Lines kFailedPoll = {
+      "call get_service_list nas",
+      "log: sprint_client_init: qmi_client_get_service_list() returned -2 num_services = 0\n",
+      "log: sprint_client_init: wait for server to come up.\n", "call clock_gettime 1"};
+  EXPECT_EQ(trace, watched("nas") + kFailedPoll + opened("nas", "NAS"));
 }
 
 TEST_F(CarrierClients, SignalledServiceIsPolledWithoutWaiting) {

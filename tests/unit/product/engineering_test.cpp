@@ -55,78 +55,77 @@ Bytes distinct_record(size_t size) {
 // The source of a field of the reply.
 struct Source {
   size_t reply_offset;
-  enum { kByte = 1, kHalf = 2, kWord = 4 } width;
+  enum { k8Bits = 1, k16Bits = 2, k32Bits = 4 } width;
   size_t at;
+  size_t count = 1;  // of consecutive values
 };
 constexpr size_t kHigh = 2;  // the upper 16 bits of the value at an offset
 
 // clang-format off
 const Source kCallProcessingSources[] = {
-    {0,   Source::kWord, 0},
-    {4,   Source::kHalf, 16},
-    {8,   Source::kHalf, 16 + kHigh},
-    {12,  Source::kHalf, 20},
-    {16,  Source::kHalf, 20 + kHigh},
-    {20,  Source::kHalf, 24},
-    {24,  Source::kHalf, 24 + kHigh},
-    {28,  Source::kHalf, 28},
-    {32,  Source::kHalf, 28 + kHigh},
-    {36,  Source::kHalf, 158},
-    {40,  Source::kHalf, 156},
-    {48,  Source::kByte, 32 + 1},
-    {52,  Source::kByte, 12},
-    {56,  Source::kByte, 13},
-    {60,  Source::kByte, 14},
-    {64,  Source::kHalf, 36},
-    {68,  Source::kHalf, 160},
-    {72,  Source::kByte, 32 + 2},
-    {76,  Source::kHalf, 40},
-    {88,  Source::kByte, 32},
-    {92,  Source::kHalf, 40 + kHigh},
-    {304, Source::kWord, 44},
-    {308, Source::kWord, 48},
-    {312, Source::kHalf, 160 + kHigh},
+    {0,   Source::k32Bits, 0},
+    {4,   Source::k16Bits, 16},
+    {8,   Source::k16Bits, 16 + kHigh},
+    {12,  Source::k16Bits, 20},
+    {16,  Source::k16Bits, 20 + kHigh},
+    {20,  Source::k16Bits, 24},
+    {24,  Source::k16Bits, 24 + kHigh},
+    {28,  Source::k16Bits, 28},
+    {32,  Source::k16Bits, 28 + kHigh},
+    {36,  Source::k16Bits, 158},
+    {40,  Source::k16Bits, 156},
+    {48,  Source::k8Bits, 32 + 1},
+    {52,  Source::k8Bits, 12},
+    {56,  Source::k8Bits, 13},
+    {60,  Source::k8Bits, 14},
+    {64,  Source::k16Bits, 36},
+    {68,  Source::k16Bits, 160},
+    {72,  Source::k8Bits, 32 + 2},
+    {76,  Source::k16Bits, 40},
+    {88,  Source::k8Bits, 32},
+    {92,  Source::k16Bits, 40 + kHigh},
+    {96,  Source::k16Bits, 52, 6},
+    {120, Source::k16Bits, 64, 6},
+    {144, Source::k16Bits, 76, 40},
+    {304, Source::k32Bits, 44},
+    {308, Source::k32Bits, 48},
+    {312, Source::k16Bits, 160 + kHigh},
 };
 
 const Source kEvdoSources[] = {
-    {0,   Source::kHalf, 0},
-    {4,   Source::kByte, 2},
-    {8,   Source::kWord, 4},
-    {12,  Source::kHalf, 8},
-    {16,  Source::kHalf, 8 + kHigh},
-    {20,  Source::kWord, 12},
-    {24,  Source::kWord, 16},
-    {28,  Source::kHalf, 20},
-    {32,  Source::kHalf, 20 + kHigh},
-    {36,  Source::kByte, 24},
-    {40,  Source::kByte, 24 + 1},
-    {48,  Source::kByte, 24 + 2},
-    {52,  Source::kByte, 24 + 3},
-    {60,  Source::kByte, 28},
-    {132, Source::kByte, 48},
-    {136, Source::kByte, 48 + 1},
-    {140, Source::kByte, 48 + 2},
+    {0,   Source::k16Bits, 0},
+    {4,   Source::k8Bits, 2},
+    {8,   Source::k32Bits, 4},
+    {12,  Source::k16Bits, 8},
+    {16,  Source::k16Bits, 8 + kHigh},
+    {20,  Source::k32Bits, 12},
+    {24,  Source::k32Bits, 16},
+    {28,  Source::k16Bits, 20},
+    {32,  Source::k16Bits, 20 + kHigh},
+    {36,  Source::k8Bits, 24},
+    {40,  Source::k8Bits, 24 + 1},
+    {48,  Source::k8Bits, 24 + 2},
+    {52,  Source::k8Bits, 24 + 3},
+    {60,  Source::k8Bits, 28},
+    {64,  Source::k8Bits, 29, 16},
+    {132, Source::k8Bits, 48},
+    {136, Source::k8Bits, 48 + 1},
+    {140, Source::k8Bits, 48 + 2},
 };
 // clang-format on
 
 template <typename Sources>
 void put_sources(const Sources& sources, const Bytes& record, Bytes& reply) {
   for (const Source& source : sources) {
-    std::copy_n(record.begin() + static_cast<ptrdiff_t>(source.at), source.width,
-                reply.begin() + static_cast<ptrdiff_t>(source.reply_offset));
+    for (size_t i = 0; i < source.count; ++i) {
+      std::copy_n(record.begin() + static_cast<ptrdiff_t>(source.at + source.width * i),
+                  source.width,
+                  reply.begin() + static_cast<ptrdiff_t>(source.reply_offset + 4 * i));
+    }
   }
 }
 
-// `count` values of `width` bytes each.
-void put_array(const Bytes& record, size_t at, size_t width, size_t count, Bytes& reply,
-               size_t reply_offset) {
-  for (size_t i = 0; i < count; ++i) {
-    std::copy_n(record.begin() + static_cast<ptrdiff_t>(at + width * i), width,
-                reply.begin() + static_cast<ptrdiff_t>(reply_offset + 4 * i));
-  }
-}
-
-void put_signed_half(const Bytes& record, size_t at, Bytes& reply, size_t reply_offset) {
+void put_signed(const Bytes& record, size_t at, Bytes& reply, size_t reply_offset) {
   auto value = static_cast<int16_t>(load_le16(record.data() + at));
   store_le32(reply.data() + reply_offset, static_cast<uint32_t>(int32_t{value}));
 }
@@ -135,11 +134,8 @@ TEST_F(Engineering, EveryCallProcessingFieldHasItsOffset) {
   Bytes record = distinct_record(164);
   Bytes expected(316);
   put_sources(kCallProcessingSources, record, expected);
-  put_signed_half(record, 36 + kHigh, expected, 44);
+  put_signed(record, 36 + kHigh, expected, 44);
   store_le32(expected.data() + 84, 1);
-  put_array(record, 52, 2, 6, expected, 96);
-  put_array(record, 64, 2, 6, expected, 120);
-  put_array(record, 76, 2, 40, expected, 144);
   EXPECT_EQ(hex(call_processing(record)), hex(expected));
 }
 
@@ -147,8 +143,7 @@ TEST_F(Engineering, EveryEvdoFieldHasItsOffset) {
   Bytes record = distinct_record(52);
   Bytes expected(144);
   put_sources(kEvdoSources, record, expected);
-  put_array(record, 29, 1, 16, expected, 64);
-  put_signed_half(record, 46, expected, 128);
+  put_signed(record, 46, expected, 128);
   EXPECT_EQ(hex(evdo(record)), hex(expected));
 }
 
@@ -202,7 +197,7 @@ Lines opening(const std::string& function, int type, const std::string& characte
 }
 
 // 16-bit values `first`, `first` + 1, ... from an offset of the record.
-void put_halves(Bytes& record, size_t at, size_t count, unsigned first) {
+void put_16_bits(Bytes& record, size_t at, size_t count, unsigned first) {
   for (size_t i = 0; i < count; ++i) {
     store_le16(record.data() + at + 2 * i, static_cast<uint16_t>(first + i));
   }
@@ -211,19 +206,19 @@ void put_halves(Bytes& record, size_t at, size_t count, unsigned first) {
 TEST_F(Engineering, EveryCallProcessingFieldIsLogged) {
   Bytes record(164);
   store_le32(record.data(), 1001);
-  put_halves(record, 12, 2, 0);
+  put_16_bits(record, 12, 2, 0);
   record[12] = 11, record[13] = 12, record[14] = 13;
-  put_halves(record, 16, 8, 2001);  // pilots, strengths, SID, NID, channel, service option
+  put_16_bits(record, 16, 8, 2001);  // pilots, strengths, SID, NID, channel, service option
   record[32] = 6, record[33] = 22, record[34] = 23;
   store_le16(record.data() + 36, 3001);
   store_le16(record.data() + 38, static_cast<uint16_t>(-77));
-  put_halves(record, 40, 2, 4001);
+  put_16_bits(record, 40, 2, 4001);
   store_le32(record.data() + 44, 500001);
   store_le32(record.data() + 48, static_cast<uint32_t>(-500002));
-  put_halves(record, 52, 6, 6001);
-  put_halves(record, 64, 6, 7001);
-  put_halves(record, 76, 40, 8001);
-  put_halves(record, 156, 4, 9001);
+  put_16_bits(record, 52, 6, 6001);
+  put_16_bits(record, 64, 6, 7001);
+  put_16_bits(record, 76, 40, 8001);
+  put_16_bits(record, 156, 4, 9001);
   call_processing(record);
 
   Lines expected =
@@ -256,10 +251,10 @@ TEST_F(Engineering, EveryEvdoFieldIsLogged) {
   store_le16(record.data(), 1001);
   record[2] = 11;
   store_le32(record.data() + 4, 0xABCDEF01);
-  put_halves(record, 8, 2, 2001);
+  put_16_bits(record, 8, 2, 2001);
   store_le32(record.data() + 12, static_cast<uint32_t>(-3001));
   store_le32(record.data() + 16, 3002);
-  put_halves(record, 20, 2, 4001);
+  put_16_bits(record, 20, 2, 4001);
   for (uint8_t i = 0; i < 17; ++i) record[24 + i] = static_cast<uint8_t>(21 + i);
   for (uint8_t i = 0; i < 16; ++i) record[29 + i] = static_cast<uint8_t>(101 + i);
   store_le16(record.data() + 46, static_cast<uint16_t>(-88));

@@ -34,6 +34,9 @@ std::string varied(size_t size) {
   return bytes;
 }
 
+constexpr char kSaved[] = "log: dhob_write: Save RF to HOB successful";
+constexpr char kNotWritten[] = "log: dhob_write: Write to hob block failed";
+
 class HobSave : public CapturePhone {
  protected:
   HobSave() {
@@ -52,6 +55,13 @@ class HobSave : public CapturePhone {
   void put_devices() const {
     put_ram();
     put(kPartition);
+  }
+
+  // Saves; the trace has these lines and then those of the report of this value.
+  void expect_save(Lines lines, uint8_t value) {
+    EXPECT_EQ(dhob_write(nullptr), nullptr);
+    EXPECT_EQ(trace, lines + (Lines{kSynced, kSending, kSent}));
+    EXPECT_THAT(sent_values(), ElementsAre(Bytes{value}));
   }
 
   std::vector<Bytes> sent_values() const {
@@ -110,10 +120,7 @@ TEST_F(HobSave, OtherInstancesIgnoreTheRequest) {
 
 TEST_F(HobSave, RegionIsWrittenToThePartitionByteForByte) {
   put_devices();
-  EXPECT_EQ(dhob_write(nullptr), nullptr);
-  EXPECT_THAT(trace, ElementsAre(kOpened, "log: dhob_write: Save RF to HOB successful", kSynced,
-                                 kSending, kSent));
-  EXPECT_THAT(sent_values(), ElementsAre(Bytes{1}));
+  expect_save({kOpened, kSaved}, 1);
   EXPECT_EQ(content(kPartition), varied(kRegionSize));
 }
 
@@ -135,51 +142,37 @@ TEST_F(HobSave, DevicesAreOpenedForReadingAndWritingAndThePartitionSynchronously
 
 TEST_F(HobSave, MissingRamDeviceIsReportedAsZeroAfterASync) {
   put(kPartition, "before");
-  dhob_write(nullptr);
-  EXPECT_THAT(trace, ElementsAre("log: dhob_write: Unable to open /dev/qor_hob_ram", kSynced,
-                                 kSending, kSent));
-  EXPECT_THAT(sent_values(), ElementsAre(Bytes{0}));
+  expect_save({"log: dhob_write: Unable to open /dev/qor_hob_ram"}, 0);
   EXPECT_EQ(content(kPartition), "before");
 }
 
 TEST_F(HobSave, RamDeviceThatCannotBeMappedIsReportedAsZero) {
   put(kPartition, "before");
   ASSERT_EQ(mkfifo(at(kRam).c_str(), 0600), 0);
-  dhob_write(nullptr);
-  EXPECT_THAT(
-      trace, ElementsAre(kOpened, "log: dhob_write: mmap failed", "log: dhob_write: base 0xf540000",
-                         "log: dhob_write: size 0x8000", kSynced, kSending, kSent));
-  EXPECT_THAT(sent_values(), ElementsAre(Bytes{0}));
+  expect_save({kOpened, "log: dhob_write: mmap failed", "log: dhob_write: base 0xf540000",
+               "log: dhob_write: size 0x8000"},
+              0);
   EXPECT_EQ(content(kPartition), "before");
 }
 
 TEST_F(HobSave, MissingPartitionIsReportedAsZeroAndNotCreated) {
   put_ram();
-  dhob_write(nullptr);
-  EXPECT_THAT(trace, ElementsAre(kOpened, "log: dhob_write: Open hob block failed", kSynced,
-                                 kSending, kSent));
-  EXPECT_THAT(sent_values(), ElementsAre(Bytes{0}));
+  expect_save({kOpened, "log: dhob_write: Open hob block failed"}, 0);
   EXPECT_FALSE(has(kPartition));
 }
 
 TEST_F(HobSave, FullPartitionIsReportedAsZero) {
   put_ram();
   put_link(kPartition, "/dev/full");
-  dhob_write(nullptr);
-  EXPECT_THAT(trace, ElementsAre(kOpened, "log: dhob_write: Write to hob block failed", kSynced,
-                                 kSending, kSent));
-  EXPECT_THAT(sent_values(), ElementsAre(Bytes{0}));
+  expect_save({kOpened, kNotWritten}, 0);
 }
 
 TEST_F(HobSave, ShortWriteIsAFailureAndNotContinued) {
   put_devices();
   {
     FileSizeLimit limit(kRegionSize - 1);
-    dhob_write(nullptr);
+    expect_save({kOpened, kNotWritten}, 0);
   }
-  EXPECT_THAT(trace, ElementsAre(kOpened, "log: dhob_write: Write to hob block failed", kSynced,
-                                 kSending, kSent));
-  EXPECT_THAT(sent_values(), ElementsAre(Bytes{0}));
   EXPECT_EQ(content(kPartition), varied(kRegionSize).substr(0, kRegionSize - 1));
 }
 
@@ -202,8 +195,8 @@ TEST_F(HobSave, RequestDuringASaveIsRefusedImmediately) {
     return 0;
   };
   dhob_write(nullptr);
-  EXPECT_THAT(trace, ElementsAre(kOpened, "log: dhob_write: Save RF to HOB successful", kSynced,
-                                 kSending, kSent, kDuplicate, kSent, kDuplicate, kSent));
+  EXPECT_THAT(trace, ElementsAre(kOpened, kSaved, kSynced, kSending, kSent, kDuplicate, kSent,
+                                 kDuplicate, kSent));
   EXPECT_THAT(sent_values(), ElementsAre(Bytes{1}, Bytes{0}, Bytes{0}));
 }
 

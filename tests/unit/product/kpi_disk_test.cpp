@@ -34,27 +34,23 @@ class KpiDisk : public VornPhone {
 TEST_F(KpiDisk, ShortWriteIntoTheLogIsContinued) {
   put(kTemporary, std::string(1000, 'x'));
   file_write_limit = 100;
-  VornPath temporary = "/data/vorn/~vorn0007.log";
-  vorn_update_current_log(temporary, kpi_store.logs);
+  merge_temporary();
   EXPECT_EQ(content(log), "one" + std::string(1000, 'x'));
   EXPECT_FALSE(has(kTemporary));
 }
 
 TEST_F(KpiDisk, FullDiskIsAFailedMergeAndTheLogIsUnchanged) {
   put(kTemporary, std::string(1000, 'x'));
-  VornPath temporary = "/data/vorn/~vorn0007.log";
   FileSizeLimit limit(600);
-  vorn_update_current_log(temporary, kpi_store.logs);
-  EXPECT_THAT(trace, ElementsAre(kLookUp + kCurrent, not_written(log, EFBIG)));
+  EXPECT_THAT(merge_temporary(), ElementsAre(kLookUp + kCurrent, not_written(log, EFBIG)));
   expect_not_merged();
   EXPECT_EQ(content(kTemporary), std::string(1000, 'x'));
 }
 
 TEST_F(KpiDisk, WriteOfNoBytesIsAFailedMerge) {
   put(kTemporary, "x");
-  VornPath temporary = "/data/vorn/~vorn0007.log";
   file_write_limit = 0;
-  vorn_update_current_log(temporary, kpi_store.logs);
+  merge_temporary();
   EXPECT_THAT(logs(), Contains(StartsWith("vorn_update_current_log: Unable to write " + log)));
   expect_not_merged();
 }
@@ -70,9 +66,7 @@ TEST_F(KpiDisk, LogThatCannotBeSyncedIsAFailedMerge) {
 
 TEST_F(KpiDisk, TemporaryFileThatCannotBeReadIsAFailedMerge) {
   make_folder(kTemporary);  // opening succeeds and reading fails
-  VornPath temporary = "/data/vorn/~vorn0007.log";
-  vorn_update_current_log(temporary, kpi_store.logs);
-  EXPECT_THAT(trace,
+  EXPECT_THAT(merge_temporary(),
               ElementsAre(kLookUp + kCurrent, "log: vorn_update_current_log: Unable to read " +
                                                   kTemporary + ", errno 21"));
   expect_not_merged();

@@ -172,9 +172,8 @@ TEST_F(KpiMergeOrder, WriteOfNoBytesCountsAsAFullDisk) {
   put_log(kCurrent, log, "old");
   put(kTemporary, "x");
   file_write_limit = 0;
-  VornPath temporary = "/data/vorn/~vorn0007.log";
   errno = 0;
-  vorn_update_current_log(temporary, kpi_store.logs);
+  merge_temporary();
   EXPECT_EQ(logs().back(), "vorn_update_current_log: Unable to write " + log + ", errno 28");
   store(1, "a");
   file_write_limit = {};

@@ -58,9 +58,7 @@ TEST_F(KpiRotation, LogOfTheLimitIsRotated) {
 
 TEST_F(KpiRotation, EmptyPackageIsMerged) {
   put(kTemporary);
-  VornPath temporary = "/data/vorn/~vorn0007.log";
-  vorn_update_current_log(temporary, kpi_store.logs);
-  EXPECT_THAT(trace, ElementsAreArray(Lines{kLookUp + kCurrent} + appended(old_log)));
+  EXPECT_THAT(merge_temporary(), ElementsAreArray(Lines{kLookUp + kCurrent} + appended(old_log)));
   EXPECT_EQ(content(old_log), "old");
   EXPECT_FALSE(has(kTemporary));
 }

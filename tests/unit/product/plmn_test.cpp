@@ -142,20 +142,13 @@ TEST_F(OperatorName, FailedSendGetsStatusFive) {
             Lines{"log: Sending GET_PLMN_NAME_REQ_MSG_V01 failed!"} + answered({5}));
 }
 
-TEST_F(OperatorName, ValidityOtherThanOneGetsStatusFive) {
-  for (uint8_t valid : Bytes{0, 2, 255}) {
-    Answer given = named("Telco");
-    given.valid = valid;
-    EXPECT_EQ(trace_of(given),
-              kDump + Lines{"log:  plmn_resp.eons_plmn_name_3gpp_valid is FALSE!"} + answered({5}));
-  }
-}
-
-TEST_F(OperatorName, CodingOtherThanTheDefaultAlphabetGetsStatusFive) {
-  for (uint32_t coding : {1u, 2u, 0x100u, 0xFFFFFFFFu}) {
-    Answer given = named("Telco");
-    given.coding = coding;
-    EXPECT_EQ(trace_of(given),
+TEST_F(OperatorName, OtherValidityOrCodingGetsStatusFive) {
+  std::vector<Answer> rows;
+  for (uint8_t valid : Bytes{0, 2, 255}) rows.push_back({text("Telco"), 5, valid});
+  for (uint32_t coding : {1u, 2u, 0x100u, 0xFFFFFFFFu})
+    rows.push_back({text("Telco"), 5, 1, coding});
+  for (const Answer& row : rows) {
+    EXPECT_EQ(trace_of(row),
               kDump + Lines{"log:  plmn_resp.eons_plmn_name_3gpp_valid is FALSE!"} + answered({5}));
   }
 }

@@ -94,34 +94,35 @@ class SilentReboot : public ServingPhone {
             "log: Silent reboot: Sending request result is " + std::to_string(rc)};
   }
 
-  static Lines announced(size_t length) {
+  static Lines response_lines(size_t length) {
     return {
         "log: handleSilentRebootResponse >>",
         "log: handleSilentRebootResponse for id 190005, resp len " + std::to_string(length) + ".",
         "log: handleSilentRebootResponse resp size " + std::to_string(length + 8) + "."};
   }
 
-  static Lines relayed(const Bytes& data, uint8_t last) {
+  static Lines forwarded(const Bytes& data, uint8_t last) {
     char tail[32];
     snprintf(tail, sizeof tail, "0x%zx, resp value %d.", data.size(), last);
-    return announced(data.size()) +
+    return response_lines(data.size()) +
            Lines{"reply: " + generic_answer(kSilentReboot, data),
                  std::string("log: handleSilentRebootResponse , msgLen ") + tail};
   }
 };
 
-TEST_F(SilentReboot, ResponseIsForwarded) {
-  for (uint32_t length : {1u, 2u, 255u, 511u, 512u}) {
+TEST_F(SilentReboot, ResponseIsForwardedUpTo512Bytes) {
+  for (uint32_t length : {1u, 2u, 255u, 511u, 512u, 513u, 0x7FFFFFFFu, 0xFFFFFFFFu}) {
     answer(kUtilityMessage, utility_response(length, numbered(512)));
     ask(Request::generic(kSilentReboot));
-    EXPECT_EQ(trace, asked(0) + relayed(numbered(length), static_cast<uint8_t>(length)));
+    uint32_t size = std::min(length, 512u);
+    EXPECT_EQ(trace, asked(0) + forwarded(numbered(size), static_cast<uint8_t>(size)));
   }
 }
 
 TEST_F(SilentReboot, EmptyResponseIsForwardedAsTheHeaderOnly) {
   answer(kUtilityMessage, utility_response(0, numbered(512)));
   ask(Request::generic(kSilentReboot));
-  EXPECT_EQ(trace, asked(0) + relayed({}, 0));
+  EXPECT_EQ(trace, asked(0) + forwarded({}, 0));
   EXPECT_THAT(replies(), ElementsAre("01050019 00000000"_hex));
 }
 
@@ -136,21 +137,13 @@ TEST_F(SilentReboot, FailedSendGetsStatusFive) {
   ask(Request::generic(kSilentReboot));
   EXPECT_EQ(trace, asked(-3) +
                        Lines{"log:  Silent reboot send msg error, send back generic failure."} +
-                       relayed({5}, 5));
-}
-
-TEST_F(SilentReboot, ReplyIsCutToTheSizeOfTheResponse) {
-  for (uint32_t length : {513u, 0x7FFFFFFFu, 0xFFFFFFFFu}) {
-    answer(kUtilityMessage, utility_response(length, numbered(512)));
-    ask(Request::generic(kSilentReboot));
-    EXPECT_THAT(replies(), ElementsAre(generic_answer(kSilentReboot, numbered(512)))) << length;
-  }
+                       forwarded({5}, 5));
 }
 
 TEST_F(SilentReboot, ReplyIsLoggedBeforeItsMemoryIsAllocated) {
   allocations_left = 0;
   ask(Request::generic(kSilentReboot));
-  EXPECT_EQ(trace, asked(0) + announced(0));
+  EXPECT_EQ(trace, asked(0) + response_lines(0));
 }
 
 constexpr uint32_t kUtilityRequest = 0x0200001E;
@@ -163,10 +156,17 @@ Bytes utility_payload(uint32_t type, uint32_t length, const Bytes& data) {
 
 // The trace of a request after its exchange with the modem.
 Lines answered(int rc, uint32_t length, const Bytes& data) {
-  std::string size = std::to_string(length);
+  std::string size = std::to_string(static_cast<int32_t>(length));
   return {"log: UTILS: Sending request result is " + std::to_string(rc), "log: handleUtilsResponse",
           "log: handleUtilsResponse for id 200001e, dataSize-" + size + ", respSize-" + size,
           "reply: " + reply(kUtilityRequest, 0, data)};
+}
+
+// The lines before the response to a request whose first data byte is `first`.
+Lines sending(int first, int last = 0) {
+  return {"log: UTILS: req.req_data[0]" + std::to_string(first) +
+              ", req.req_data[UTILS_REQ_DATA_SIZE_V01-1] " + std::to_string(last),
+          "send vendor 0xf"};
 }
 
 class UtilityRequest : public ServingPhone {
@@ -180,10 +180,7 @@ TEST_F(UtilityRequest, PayloadIsSentByteForByte) {
   Bytes payload = utility_payload(0xDEADBEEF, 256, numbered(256));
   answer(kUtilityMessage, utility_response(3, {7, 8, 9}));
   EXPECT_EQ(serve(payload), 0);
-  EXPECT_EQ(trace, (Lines{"log: UTILS: req.req_data[0]1, "
-                          "req.req_data[UTILS_REQ_DATA_SIZE_V01-1] 0",
-                          "send vendor 0xf"}) +
-                       answered(0, 3, {7, 8, 9}));
+  EXPECT_EQ(trace, sending(1) + answered(0, 3, {7, 8, 9}));
   EXPECT_EQ(sent().request, payload);
   EXPECT_EQ(sent().request.size(), 264u);
   EXPECT_EQ(sent().response_length, 520u);
@@ -193,8 +190,7 @@ TEST_F(UtilityRequest, PayloadIsSentByteForByte) {
 TEST_F(UtilityRequest, FirstAndLastDataByteAreLogged) {
   Bytes data = Bytes{200} + Bytes(254) + Bytes{255};
   serve(utility_payload(1, 1, data));
-  EXPECT_EQ(trace.front(),
-            "log: UTILS: req.req_data[0]200, req.req_data[UTILS_REQ_DATA_SIZE_V01-1] 255");
+  EXPECT_EQ(trace.front(), sending(200, 255)[0]);
 }
 
 TEST_F(UtilityRequest, IsServedByTheFallbackTable) {
@@ -215,19 +211,13 @@ TEST_F(UtilityRequest, FailedSendDoesNotForwardTheResponse) {
     return -3;
   };
   EXPECT_EQ(serve(utility_payload(5, 1, {9})), -3);
-  EXPECT_EQ(trace, (Lines{"log: UTILS: req.req_data[0]9, "
-                          "req.req_data[UTILS_REQ_DATA_SIZE_V01-1] 0",
-                          "send vendor 0xf"}) +
-                       answered(-3, 0, {}));
+  EXPECT_EQ(trace, sending(9) + answered(-3, 0, {}));
 }
 
 TEST_F(UtilityRequest, FailedSendGetsStatusZeroAndNoData) {
   fail_send(kUtilityMessage, -3);
   EXPECT_EQ(serve(utility_payload(5, 1, {9})), -3);
-  EXPECT_EQ(trace, (Lines{"log: UTILS: req.req_data[0]9, "
-                          "req.req_data[UTILS_REQ_DATA_SIZE_V01-1] 0",
-                          "send vendor 0xf"}) +
-                       answered(-3, 0, {}));
+  EXPECT_EQ(trace, sending(9) + answered(-3, 0, {}));
 }
 
 TEST_F(UtilityRequest, ShortPayloadIsPaddedWithZeros) {
@@ -250,21 +240,13 @@ TEST_F(UtilityRequest, RecordIsSentForAnyLengthInTheHeader) {
   }
 }
 
-TEST_F(UtilityRequest, ReplyHasTheLengthOfTheResponse) {
-  for (uint32_t length : {0u, 1u, 511u, 512u}) {
+TEST_F(UtilityRequest, ReplyHasTheLengthOfTheResponseUpTo512Bytes) {
+  for (uint32_t length : {0u, 1u, 511u, 512u, 513u, 0x7FFFFFFFu, 0xFFFFFFFFu}) {
     answer(kUtilityMessage, utility_response(length, numbered(512)));
     trace.clear();
     serve(utility_payload(5, 1, {0}));
-    EXPECT_EQ(Lines(trace.begin() + 2, trace.end()), answered(0, length, numbered(length)));
-  }
-}
-
-TEST_F(UtilityRequest, ReplyIsCutToTheSizeOfTheResponse) {
-  for (uint32_t length : {513u, 0x7FFFFFFFu, 0xFFFFFFFFu}) {
-    answer(kUtilityMessage, utility_response(length, numbered(512)));
-    trace.clear();
-    serve(utility_payload(5, 1, {0}));
-    EXPECT_THAT(replies(), ElementsAre(reply(kUtilityRequest, 0, numbered(512)))) << length;
+    Lines expected = answered(0, length, numbered(std::min(length, 512u)));
+    EXPECT_EQ(Lines(trace.begin() + 2, trace.end()), expected);
   }
 }
 

@@ -52,6 +52,14 @@ class VornPhone : public CapturePhone {
     return trace;
   }
 
+  // Merges the temporary file as it is; returns the trace.
+  const Lines& merge_temporary() {
+    trace.clear();
+    const VornPath temporary = "/data/vorn/~vorn0007.log";
+    vorn_update_current_log(temporary, kpi_store.logs);
+    return trace;
+  }
+
   // Creates a log and the index link to it.
   void put_log(const std::string& link, const std::string& log, const std::string& text) const {
     put(log, text);
