@@ -104,7 +104,8 @@ size_t extract_name(int rc, const PlmnNameResponse& response, NameText& name) {
     return 0;
   }
   LOGE("Dumping modem response for GET_PLMN_NAME_REQ_MSG_V01...");
-  hexDump(&response, sizeof response);  // longer than a dump: logs the overflow line
+  // Longer than a dump may be: logs the overflow line.
+  hexDump(&response, sizeof response);
   if (response.eons_name_valid != 1 || response.short_name_coding != kGsmDefaultAlphabet) {
     LOGE(" plmn_resp.eons_plmn_name_3gpp_valid is FALSE!");
     return 0;
