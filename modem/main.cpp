@@ -18,7 +18,7 @@ using modem::Options;
 constexpr int kFailure = 1;
 constexpr int kScenarioFailure = 2;
 
-void tell_ready(int fd) {
+void report_ready(int fd) {
   if (fd < 0) return;
   constexpr char kByte = '\n';
   if (write(fd, &kByte, sizeof kByte) != sizeof kByte) perror("qorext_modem: ready descriptor");
@@ -43,7 +43,7 @@ void run(const Options& options) {
   for (const modem::Fault& fault : scenario.faults) simulator.faults.add(fault);
 
   modem::ServerLoop loop(simulator, open_server(options), options.control_path, options.is_verbose);
-  tell_ready(options.ready_fd);
+  report_ready(options.ready_fd);
   loop.run();
 }
 

@@ -6,7 +6,7 @@
 #include <CLI/CLI.hpp>
 
 #include "common/completion/command_line.h"
-#include "modem/control/version.h"
+#include "modem/control/commands.h"
 #include "modem/simulator/simulator.h"
 
 namespace modem {
@@ -22,8 +22,8 @@ constexpr char kFooter[] =
   qorext_modem --listen qrtr --scenario lab.toml
 
 exit status:
-  0  it was told to end
-  1  it cannot run: a socket cannot be made
+  0  ended by a signal or the command "quit"
+  1  a socket cannot be created
   2  wrong usage, or a wrong scenario
 )";
 
@@ -48,16 +48,17 @@ std::variant<Options, int> parse_options(int argc, char** argv) {
   app.add_option("--listen", listen,
                  "unix:PATH or qrtr (default: $QOREXT_MODEM, else unix:/run/qorext_modem.sock)")
       ->check(check_endpoint);
-  app.add_option("--control", options.control_path, "Unix socket for commands, one JSON a line");
-  app.add_option("--scenario", options.scenario_path, "TOML file with the state to start from");
+  app.add_option("--control", options.control_path,
+                 "Unix socket for commands, one JSON object per line");
+  app.add_option("--scenario", options.scenario_path, "TOML file with the start state");
   app.add_option("--instances", options.instances,
-                 "of the vendor's service: 2 is a phone with a separate modem chip (1)")
+                 "of the vendor's service; 2 emulates a phone with a separate modem chip (1)")
       ->check(CLI::Range(uint32_t{1}, kMaxInstances));
   app.add_option("--ready-fd", options.ready_fd,
-                 "gets one byte and is closed when everything is up")
+                 "descriptor that gets one byte and is closed when all sockets are open")
       ->check(CLI::NonNegativeNumber);
-  app.add_option("--seed", options.seed, "seed of the random bytes of faults");
-  app.add_flag("--verbose", options.is_verbose, "one line a message on stderr");
+  app.add_option("--seed", options.seed, "seed for the random bytes of faults");
+  app.add_flag("--verbose", options.is_verbose, "print one line per message on stderr");
   app.set_version_flag("--version", kVersion);
 
   if (argc > 1 && argv[1] == completion::kVerb) {

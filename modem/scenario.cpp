@@ -10,7 +10,6 @@
 #include "modem/simulator/simulator.h"
 #include "modem/state/state.h"
 #include "modem/state/state_keys.h"
-#include "modem/toml_levels.h"
 
 namespace modem {
 namespace {
@@ -18,7 +17,7 @@ namespace {
 using nlohmann::json;
 
 constexpr size_t kMaxFaults = 1024;
-// As much as a control line may carry.
+// The same as for a line on the control socket.
 constexpr size_t kMaxSize = size_t{4} << 20;
 
 json to_json(const toml::node& node);
@@ -35,7 +34,7 @@ json array_to_json(const toml::array& array) {
   return list;
 }
 
-// Kinds of values that no key takes, dates for one, become null and are refused by their key.
+// Types that no key accepts, such as dates, become null, which the key refuses.
 json to_json(const toml::node& node) {
   if (const auto* table = node.as_table()) return table_to_json(*table);
   if (const auto* array = node.as_array()) return array_to_json(*array);
@@ -46,7 +45,7 @@ json to_json(const toml::node& node) {
   return nullptr;
 }
 
-// Of the value itself, or of what should hold it when it is missing.
+// The line of the value, or of the table where it is missing.
 toml::source_index line_of(const toml::table& table, std::string path) {
   constexpr toml::source_index kFirstLine = 1;
   while (!table.at_path(path)) {
@@ -61,7 +60,7 @@ toml::source_index line_of(const toml::table& table, std::string path) {
   throw ScenarioError(fmt::format("{}:{}: {}", path, line, what));
 }
 
-// No more than what is one byte too much.
+// Reads at most one byte more than allowed.
 std::string content_of(const std::string& path) {
   std::ifstream file(path, std::ios::binary);
   std::string text(kMaxSize + 1, '\0');

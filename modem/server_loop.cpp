@@ -11,7 +11,6 @@
 #include <algorithm>
 #include <system_error>
 
-#include "modem/control/watch.h"
 #include "modem/messages/services.h"
 
 namespace modem {
@@ -20,7 +19,7 @@ namespace {
 using qmi_transport::ScopedFd;
 
 constexpr int kWaitForever = -1;
-// Of an upload, between two looks at what clients want.
+// Of an upload, before other events are served.
 constexpr int kPacketsATurn = 16;
 constexpr const char* kLostClient = "a client was lost";
 
@@ -103,7 +102,7 @@ void ServerLoop::receive() {
   simulator_.receive(*service, event.peer, packet);
 }
 
-// What it has not taken of an upload is lost.
+// The packets of an upload that the client has not read are lost.
 void ServerLoop::note_drop(const qmi_transport::ServerEvent& event) {
   fmt::print(stderr, "qorext_modem: client {} of {} is closed: it has not read {} bytes\n",
              event.peer, find_service(event.service)->name, event.size);
@@ -125,11 +124,11 @@ void ServerLoop::perform(const Action& action) {
       broadcast(action.service, action.packet);
       return;
     case Action::Kind::withdraw:
-      tell_service(action.service, false);
+      report_service(action.service, false);
       up_.erase(action.service);
       return server_->withdraw(action.service);
     case Action::Kind::publish:
-      tell_service(action.service, true);
+      report_service(action.service, true);
       up_.insert(action.service);
       return publish_instances(*find_service(action.service));
     case Action::Kind::resize:
@@ -138,7 +137,7 @@ void ServerLoop::perform(const Action& action) {
   }
 }
 
-// Those that are up already stay as they are.
+// Does not touch instances that are published already.
 void ServerLoop::publish_instances(const qmi_idl::Service& service) {
   uint32_t wanted = &service == &qorext_service() ? simulator_.instances : 1;
   for (uint32_t number = 1; number <= wanted; ++number) {
@@ -149,7 +148,7 @@ void ServerLoop::publish_instances(const qmi_idl::Service& service) {
   }
 }
 
-// False when one was lost.
+// Returns false if a client was lost.
 bool ServerLoop::broadcast(uint32_t service, const Bytes& packet) {
   bool has_reached_all = true;
   for (uint64_t peer : server_->peers(service)) {
@@ -167,8 +166,8 @@ bool ServerLoop::can_upload() const {
   return simulator_.uploads.current() != nullptr && !server_->peers(qorext_service().id).empty();
 }
 
-// An upload waits for its first client, goes as fast as the clients read, and ends with the loss of
-// any.
+// An upload waits for its first client, then sends as fast as the clients read. The loss of any
+// client ends it.
 void ServerLoop::continue_upload() {
   KpiUpload* upload = simulator_.uploads.current();
   if (upload == nullptr) return;
@@ -184,17 +183,18 @@ void ServerLoop::continue_upload() {
   }
 }
 
-// Before it is sent, after it was received: so nothing stands in front of what it follows from.
+// Called before a packet is sent and after one is received, so that a report never precedes its
+// cause.
 void ServerLoop::show(uint32_t service, uint64_t peer, std::span<const uint8_t> packet) {
   const qmi_idl::Service& known = *find_service(service);
   if (is_verbose_) fmt::print(stderr, "{}\n", packet_text(known, packet));
   if (control_server_ && control_server_->is_watched()) {
-    control_server_->tell(watched_message(known, peer, packet));
+    control_server_->report(watched_message(known, peer, packet));
   }
 }
 
-void ServerLoop::tell_service(uint32_t service, bool is_up) {
-  if (control_server_) control_server_->tell(watched_service(*find_service(service), is_up));
+void ServerLoop::report_service(uint32_t service, bool is_up) {
+  if (control_server_) control_server_->report(watched_service(*find_service(service), is_up));
 }
 
 int ServerLoop::timeout_ms() const {
@@ -205,7 +205,7 @@ int ServerLoop::timeout_ms() const {
   return static_cast<int>(std::clamp<int64_t>(left, 0, INT32_MAX));
 }
 
-// What a command brings about is done before its answer goes out.
+// The actions of a command come before its answer.
 ControlServer::Answered ServerLoop::answer(const std::string& line) {
   std::string text = control_.answer(line);
   perform_due();

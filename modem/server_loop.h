@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// The modem's one loop: packets of clients, control lines, signals and delayed actions.
+// The modem's event loop: packets of clients, control lines, signals and delayed actions.
 #pragma once
 
 #include <memory>
@@ -17,12 +17,12 @@ namespace modem {
 
 class ServerLoop {
  public:
-  // Publishes the services on `server` and listens for control lines, when a path is given. SIGTERM
-  // and SIGINT are blocked from here on and end run(). Throws std::system_error.
+  // Publishes the services on `server`, and opens the control socket unless its path is empty. From
+  // here on SIGTERM and SIGINT are blocked; they end run(). Throws std::system_error.
   ServerLoop(Simulator& simulator, std::unique_ptr<qmi_transport::Server> server,
              const std::string& control_path, bool is_verbose);
 
-  // Until a signal or the command "quit".
+  // Returns after a signal or the command "quit".
   void run();
 
  private:
@@ -38,7 +38,7 @@ class ServerLoop {
   bool broadcast(uint32_t service, const Bytes& packet);
   bool send(uint32_t service, uint64_t peer, const Bytes& packet);
   void show(uint32_t service, uint64_t peer, std::span<const uint8_t> packet);
-  void tell_service(uint32_t service, bool is_up);
+  void report_service(uint32_t service, bool is_up);
   int timeout_ms() const;
   ControlServer::Answered answer(const std::string& line);
 
@@ -47,7 +47,7 @@ class ServerLoop {
   Control control_;
   bool is_verbose_;
   bool is_ending_ = false;
-  std::set<uint32_t> up_;  // services
+  std::set<uint32_t> up_;  // published services
   Bytes buffer_;
   qmi_transport::ScopedFd epoll_;
   qmi_transport::ScopedFd signals_;

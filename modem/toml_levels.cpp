@@ -1,15 +1,15 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "modem/toml_levels.h"
-
 #include <algorithm>
 #include <string>
 #include <utility>
 #include <vector>
 
+#include "modem/scenario.h"
+
 namespace modem {
 namespace {
 
-constexpr size_t kFence = 3;  // quotes around a text of several lines
+constexpr size_t kFence = 3;  // quotes around a multi-line string
 
 class Scanner {
  public:
@@ -66,7 +66,7 @@ class Scanner {
     key_ = dots_ = 0;
   }
 
-  // What stands under a header is within its table.
+  // The lines after a header belong to its table.
   void close() {
     if (in_header_) {
       level_ += dots_;
@@ -79,7 +79,7 @@ class Scanner {
     key_ = dots_ = 0;
   }
 
-  // To the last closing quote. One text of a single line ends with its line at the latest.
+  // Stops at the last closing quote. A single-line string ends at the end of the line.
   void skip_text(char quote) {
     std::string fence(kFence, quote);
     bool is_long = text_.substr(at_, kFence) == fence;
@@ -90,7 +90,7 @@ class Scanner {
       at_ += quote == '"' && text_[at_] == '\\' ? 2 : 1;
     }
     at_ += end.size() - 1;
-    // A long text may itself end in quotes.
+    // A multi-line string may end with quotes of its own.
     while (is_long && at_ + 1 < text_.size() && text_[at_ + 1] == quote) ++at_;
   }
 
@@ -102,9 +102,9 @@ class Scanner {
   std::string_view text_;
   size_t at_ = 0;
   size_t level_ = 0;          // of the table or list that is open
-  size_t key_ = 0;            // points of the key whose value is awaited
-  size_t dots_ = 0;           // points since the last mark
-  std::vector<size_t> open_;  // the levels to come back to
+  size_t key_ = 0;            // dots of the key before the value
+  size_t dots_ = 0;           // dots since the last separator
+  std::vector<size_t> open_;  // the level before each open bracket
   bool in_header_ = false;
   bool is_line_start_ = true;
 };

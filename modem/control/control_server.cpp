@@ -21,11 +21,11 @@ namespace {
 using qmi_transport::ScopedFd;
 
 constexpr int kBacklog = 16;
-// With as many as these, a new connection takes the place of one that has sent nothing; where there
-// is none it is closed at once.
+// At this number a new connection replaces the oldest one that has sent nothing; if there is none,
+// the new one is closed.
 constexpr size_t kMaxConnections = 64;
 constexpr size_t kReadSize = 65536;
-// A line may carry a whole state; an answer may carry the longest request log.
+// A line may hold a whole state, an answer the longest request log.
 constexpr size_t kMaxLine = size_t{4} << 20;
 constexpr size_t kMaxOutput = size_t{256} << 20;
 
@@ -50,7 +50,7 @@ ScopedFd new_socket(const std::string& path) {
   return fd;
 }
 
-// A socket file that refuses connections was left by a process that has ended.
+// A socket file that refuses connections belonged to a process that has ended.
 void remove_stale(const std::string& path) {
   sockaddr_un address = address_of(path);
   ScopedFd probe = new_socket(path);
@@ -107,7 +107,7 @@ void ControlServer::serve() {
 
 void ControlServer::accept_client() {
   qmi_transport::Accepted accepted = qmi_transport::accept_from(listener_.get());
-  // The one that is closed makes room: the next call takes the connection that waits.
+  // A closed connection frees a descriptor: the next call accepts the waiting connection.
   if (accepted.is_exhausted && !close_silent()) return pause_accepting();
   if (!accepted.socket) return;
   is_short_ = false;
@@ -131,7 +131,7 @@ void ControlServer::resume_accepting() {
   set_events(epoll_.get(), EPOLL_CTL_MOD, listener_.get(), EPOLLIN);
 }
 
-// The oldest connection that has sent nothing; false when there is none.
+// Closes the oldest connection that has sent nothing. Returns false if there is none.
 bool ControlServer::close_silent() {
   auto oldest = connections_.end();
   for (auto each = connections_.begin(); each != connections_.end(); ++each) {
@@ -169,8 +169,8 @@ bool ControlServer::read_lines(Connection& connection) {
   return input.size() <= kMaxLine && connection.output.size() <= kMaxOutput;
 }
 
-// Written when the loop comes to it: whoever tells may be in the middle of serving the connection.
-void ControlServer::tell(const std::string& line) {
+// Does not write: the caller may be serving one of the connections. The loop writes the lines.
+void ControlServer::report(const std::string& line) {
   for (auto& [fd, connection] : connections_) {
     if (!connection.watches) continue;
     connection.output += line + '\n';
@@ -195,7 +195,7 @@ bool ControlServer::write_output(Connection& connection) {
   return watch(connection, !output.empty());
 }
 
-// A client that does not read its answers is not read from either.
+// Stops reading from a client that does not read its answers.
 bool ControlServer::watch(const Connection& connection, bool for_writing) {
   return set_events(epoll_.get(), EPOLL_CTL_MOD, connection.socket.get(),
                     for_writing ? EPOLLOUT : EPOLLIN);

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-// The Unix stream socket that takes command lines and gives back answer lines, from any number of
-// connections. No connection, whatever it sends or fails to read, holds up the others.
+// The control socket: a Unix stream socket that takes command lines and returns answer lines. A
+// connection that does not read, or sends without end, does not delay the others.
 #pragma once
 
 #include <functional>
@@ -15,40 +15,40 @@ class ControlServer {
  public:
   struct Answered {
     std::string line;      // without the line end
-    bool watches = false;  // the connection gets what tell() is given from now on
+    bool watches = false;  // from now on the connection gets the lines of report()
   };
   using Answer = std::function<Answered(const std::string& line)>;
 
-  // Listens on `path`. Throws std::system_error when it cannot, also when another process listens
-  // there; a socket file that nobody serves is replaced.
+  // Listens on `path`, and replaces a socket file that no process serves. Throws std::system_error.
   ControlServer(const std::string& path, Answer answer);
   ~ControlServer();
   ControlServer(const ControlServer&) = delete;
   ControlServer& operator=(const ControlServer&) = delete;
 
-  // Readable when serve() has something to do.
+  // Readable when serve() has work.
   int fd() const { return epoll_.get(); }
   void serve();
 
-  // A line for every connection that watches. One that does not read for long is closed.
-  void tell(const std::string& line);
+  // Queues a line for every connection that watches. A connection that does not read is closed at
+  // its limit.
+  void report(const std::string& line);
   bool is_watched() const;
 
  private:
   struct Connection {
     qmi_transport::ScopedFd socket;
     std::string input = {};   // after the last whole line
-    std::string output = {};  // not yet taken by the client
+    std::string output = {};  // not yet sent
     bool watches = false;
     bool is_silent = true;  // has sent nothing yet
-    uint64_t number = 0;    // in the order of their coming
+    uint64_t number = 0;    // in the order of acceptance
   };
 
   void accept_client();
   void pause_accepting();
   void resume_accepting();
   bool close_silent();
-  // Each returns false when the connection is at its end.
+  // Each returns false when the connection is to be closed.
   bool handle(Connection& connection, uint32_t events);
   bool read_lines(Connection& connection);
   bool write_output(Connection& connection);
@@ -61,7 +61,7 @@ class ControlServer {
   qmi_transport::Timer pause_;
   std::map<int, Connection> connections_;
   uint64_t last_number_ = 0;
-  bool is_short_ = false;  // of descriptors, which has been reported
+  bool is_short_ = false;  // of descriptors; has been reported
 };
 
 }  // namespace modem

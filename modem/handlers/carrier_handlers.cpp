@@ -1,16 +1,16 @@
 // SPDX-License-Identifier: Apache-2.0
+// Carrier settings of the vendor service.
 #include <algorithm>
 #include <string>
 
 #include "modem/handlers/handlers.h"
-#include "modem/handlers/outcome.h"
 
 namespace modem {
 namespace {
 
 constexpr uint32_t kEngineeringTypeEvdo = 1;
 
-// Kept in the order of the band selector: 0 is BC10, 1 is BC14.
+// In the order of the band selector.
 uint32_t* find_band(Carrier& carrier, uint32_t selector) {
   uint32_t* const bands[] = {&carrier.bc10, &carrier.bc14};
   return selector < std::size(bands) ? bands[selector] : nullptr;

@@ -5,7 +5,6 @@
 #include <iterator>
 
 #include "modem/handlers/handlers.h"
-#include "modem/handlers/outcome.h"
 #include "modem/messages/services.h"
 
 namespace modem {
@@ -63,7 +62,30 @@ Bytes encode_response(const Header& header, const Message& message, const Bytes&
   return encode_packet(qmi_idl::WireType::response, header.transaction, message, structure);
 }
 
+constexpr int64_t kStatusSuccess = 0;
+constexpr int64_t kStatusFailure = 1;
+constexpr int64_t kOutcomeSuccess = 1;
+constexpr int64_t kOutcomeFailure = 0;
+
+void set_if_known(qmi_json::Fields& response, const char* name, int64_t value) {
+  if (response.knows(name)) response.set(name, value);
+}
+
 }  // namespace
+
+void report_success(qmi_json::Fields& response) {
+  response.set_result(0, kErrorNone);
+  set_if_known(response, "status", kStatusSuccess);
+  set_if_known(response, "outcome", kOutcomeSuccess);
+  set_if_known(response, "error", kErrorNone);
+}
+
+void report_failure(qmi_json::Fields& response, uint16_t error, uint16_t result) {
+  response.set_result(result, error);
+  set_if_known(response, "status", kStatusFailure);
+  set_if_known(response, "outcome", kOutcomeFailure);
+  set_if_known(response, "error", error);
+}
 
 Bytes respond(Device& device, const Service& service, const Header& header,
               std::span<const uint8_t> tlvs) {

@@ -11,24 +11,24 @@
 
 namespace modem {
 
-// What handlers work on.
+// The modem as the handlers see it.
 struct Device {
   State state;
-  State factory;  // what a factory reset brings back
+  State factory;  // restored by a factory reset
   Outbox outbox;
-  uint64_t hob_answers = 0;  // to requests to save the hand-off block, since the start
+  uint64_t hob_answers = 0;  // to hand-off block saves, since the start
 };
 
-// Serves one request. The response comes in zeroed and reporting success.
+// Serves one request. The response is zero apart from the report of success.
 using Handler = void (*)(Device& device, const qmi_json::Fields& request,
                          qmi_json::Fields& response);
 
-// The response to a whole request packet of the service. A message that no handler serves is
-// answered with the result TLV and error 94, one that does not decode with error 1.
+// The response packet to a request of the service. A message without a handler is answered with the
+// result TLV and error 94, one that cannot be decoded with error 1.
 Bytes respond(Device& device, const qmi_idl::Service& service, const qmi_idl::Header& header,
               std::span<const uint8_t> tlvs);
 
-// The response that refuses the request with these codes, in the message's own convention.
+// The response packet that refuses the request, in the form that the message uses.
 Bytes refuse(const qmi_idl::Service& service, const qmi_idl::Header& header, uint16_t result,
              uint16_t error);
 

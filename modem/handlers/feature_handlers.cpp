@@ -1,17 +1,27 @@
 // SPDX-License-Identifier: Apache-2.0
+// NV items and features of the vendor service.
 #include <algorithm>
 #include <iterator>
 
 #include "modem/handlers/handlers.h"
-#include "modem/handlers/outcome.h"
-#include "modem/messages/indications.h"
 
 namespace modem {
 namespace {
 
+NvKey key_of(const Fields& request) { return {request.number("rde_id"), request.number("record")}; }
+
+// The part of `length` bytes at `offset` that exists; a length of 0 reads to the end.
+Bytes slice(const Bytes& item, uint32_t offset, uint32_t length) {
+  size_t start = std::min<size_t>(offset, item.size());
+  size_t rest = item.size() - start;
+  size_t size = length == 0 ? rest : std::min<size_t>(length, rest);
+  auto first = item.begin() + static_cast<ptrdiff_t>(start);
+  return {first, first + static_cast<ptrdiff_t>(size)};
+}
+
 constexpr milliseconds kPfpIndicationDelay{20};
 
-// One utility request: the data it carries, and the data to answer with.
+// `data` comes with the request, `answer` goes into the response.
 using UtilsHandler = void (*)(Features& features, const Bytes& data, Bytes& answer);
 
 void silent_reboot(Features& features, const Bytes& /*data*/, Bytes& answer) {
@@ -26,7 +36,7 @@ void set_system_info_filter(Features& features, const Bytes& data, Bytes& /*answ
   features.system_info_filter = data.empty() ? uint8_t{0} : data[0];
 }
 
-// A mode, then a text that ends at its first zero byte.
+// One byte of mode, then a NUL-terminated text.
 void set_coverage(Features& features, const Bytes& data, Bytes& /*answer*/) {
   if (data.empty()) return;
   auto text = data.begin() + 1;
@@ -49,6 +59,26 @@ constexpr UtilsRow kUtilsRows[] = {
 };
 
 }  // namespace
+
+void element_read(Device& device, const Fields& request, Fields& response) {
+  const Bytes* item = device.state.nv.find(key_of(request));
+  if (item == nullptr) return report_failure(response, kErrorNotProvisioned);
+
+  Bytes data = slice(*item, request.number("offset"), request.number("length"));
+  response.set("rde_id", request.number("rde_id"));
+  response.set("record", request.number("record"));
+  response.set("offset", request.number("offset"));
+  response.set("length", static_cast<int64_t>(data.size()));
+  response.set("data", data);
+}
+
+void element_write(Device& device, const Fields& request, Fields& response) {
+  Bytes data = request.bytes("data");
+  if (request.number("length") != data.size() ||
+      !device.state.nv.write(key_of(request), request.number("offset"), data)) {
+    report_failure(response, kErrorInvalidArgument);
+  }
+}
 
 void request_pfp(Device& device, const Fields& request, Fields& /*response*/) {
   const Pfp& pfp = device.state.pfp;

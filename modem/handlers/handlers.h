@@ -1,12 +1,33 @@
 // SPDX-License-Identifier: Apache-2.0
-// The handlers, one a message; dispatch.cpp says which message each one serves.
+// The handlers, one per message; dispatch.cpp has the table.
 #pragma once
+
+#include <stdint.h>
 
 #include "modem/handlers/dispatch.h"
 
 namespace modem {
 
 using qmi_json::Fields;
+
+// The QMI error numbers that the modem answers with.
+enum QmiError : uint16_t {
+  kErrorNone = 0,
+  kErrorMalformed = 1,
+  kErrorNotProvisioned = 16,
+  kErrorInvalidArgument = 48,
+  kErrorAuthenticationFailed = 85,
+  kErrorNoRadio = 93,
+  kErrorNotSupported = 94,
+};
+
+constexpr uint16_t kResultFailure = 1;
+
+// A response reports its outcome in one of three forms: the QMI result record (0 is success), a
+// number "status" (0 is success), or a number "outcome" (1 is success) followed by an error. A form
+// without room for the error leaves it out.
+void report_success(Fields& response);
+void report_failure(Fields& response, uint16_t error, uint16_t result = kResultFailure);
 
 // NV items
 void element_read(Device& device, const Fields& request, Fields& response);

@@ -11,6 +11,9 @@
 
 #include <algorithm>
 
+#include "modem/messages/services.h"
+#include "platform/linux/qmi_json/fields.h"
+
 namespace modem {
 namespace {
 
@@ -25,19 +28,19 @@ constexpr size_t kKeptUploads = 32;
 
 uint64_t divided_up(uint64_t value, uint64_t by) { return (value + by - 1) / by; }
 
-// How large a packet may be for the receiver to take it, and for the indication to hold it.
+// A packet must fit into the indication, and be long enough for the receiver to accept it.
 uint32_t checked_size(const UploadOptions& options) {
   size_t room = kMaxKpiPayload - (options.is_headerless ? 0 : kKpiWordSize);
-  size_t least = options.is_headerless ? kKpiWordSize + 1 : 1;
+  size_t min = options.is_headerless ? kKpiWordSize + 1 : 1;
   size_t size = options.packet_size == 0 ? room : options.packet_size;
-  if (size < least || size > room) {
-    refuse(fmt::format("packet_size: wants a number from {} to {}", least, room));
+  if (size < min || size > room) {
+    refuse(fmt::format("packet_size: {} is out of range ({} to {})", size, min, room));
   }
   return static_cast<uint32_t>(size);
 }
 
 ScopedFd open_log(const UploadOptions& options) {
-  if (options.file.empty() == options.data.empty()) refuse("wants a file or data, not empty");
+  if (options.file.empty() == options.data.empty()) refuse("expected either a file or data");
   bool has_file = !options.file.empty();
   ScopedFd fd(has_file ? open(options.file.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK)
                        : memfd_create("kpi", MFD_CLOEXEC));
@@ -51,11 +54,57 @@ ScopedFd open_log(const UploadOptions& options) {
 uint64_t size_of(const ScopedFd& log, const std::string& name) {
   struct stat status {};
   bool good = fstat(log.get(), &status) == 0 && S_ISREG(status.st_mode) && status.st_size > 0;
-  if (!good) refuse(name + ": is no file with content");
+  if (!good) refuse(name + ": is not a file with content");
   return static_cast<uint64_t>(status.st_size);
 }
 
+constexpr int64_t kKpiIndication = 1;  // a type of the utility indication
+
+void append_le(Bytes& bytes, uint32_t value, size_t size) {
+  for (size_t i = 0; i < size; ++i) bytes.push_back(static_cast<uint8_t>(value >> (8 * i)));
+}
+
+Bytes packet_bytes(const KpiPacket& packet) {
+  Bytes bytes = {packet.package, packet.sequence, uint8_t{packet.is_last}, 0};
+  append_le(bytes, static_cast<uint32_t>(packet.payload.size()), sizeof(uint16_t));
+  bytes.insert(bytes.end(), packet.payload.begin(), packet.payload.end());
+  return bytes;
+}
+
 }  // namespace
+
+Bytes kpi_indication(const KpiPacket& packet) {
+  static const qmi_idl::Message& message =
+      *qmi_json::find_by_name(qorext_service(), qmi_idl::Direction::indication, "utils");
+  Bytes structure(message.size);
+  qmi_json::Fields fields(message, structure);
+  fields.set("type", kKpiIndication);
+  fields.set("data", packet_bytes(packet));
+  return encode_packet(qmi_idl::WireType::indication, kNoTransaction, message, structure);
+}
+
+Bytes with_header(uint32_t word, std::span<const uint8_t> content) {
+  Bytes payload;
+  append_le(payload, word, kKpiWordSize);
+  payload.insert(payload.end(), content.begin(), content.end());
+  return payload;
+}
+
+void describe(Archive& archive, KpiPacketOptions& options) {
+  KpiPacket& packet = options.packet;
+  archive.number("package", packet.package);
+  archive.number("sequence", packet.sequence);
+  archive.flag("last", packet.is_last);
+  options.has_header = archive.number("header", options.header);
+  size_t room = kMaxKpiPayload - (options.has_header ? kKpiWordSize : 0);
+  archive.hex("data", packet.payload, up_to(room));
+}
+
+Bytes kpi_indication(const KpiPacketOptions& options) {
+  KpiPacket packet = options.packet;
+  if (options.has_header) packet.payload = with_header(options.header, packet.payload);
+  return kpi_indication(packet);
+}
 
 void describe(Archive& archive, UploadOptions& options) {
   archive.text("file", options.file, up_to(kMaxPath));
@@ -74,15 +123,16 @@ UploadPlan::UploadPlan(const UploadOptions& options, uint64_t bytes)
       packets_(divided_up(bytes, packet_size_)),
       packages_(divided_up(packets_, kMaxPackagePackets)),
       last_package_((packages_ - 1) * kMaxPackagePackets) {
-  // The receiver refuses a first packet without anything behind the four bytes that it takes for
-  // the header word; then the package before gives one of its packets.
+  // The receiver refuses a first packet with nothing after the four bytes that it reads as the
+  // header word; the last package then begins one packet earlier.
   bool is_too_short =
       options.is_headerless && bytes_ - last_package_ * packet_size_ <= kKpiWordSize;
-  if (is_too_short && packages_ == 1) refuse("a log without header has at least 5 bytes");
+  if (is_too_short && packages_ == 1) refuse("data: a log without a header has at least 5 bytes");
   if (is_too_short) --last_package_;
-  if (options.lose > packets_) refuse(fmt::format("lose: there are {} packets", packets_));
+  if (options.lose > packets_)
+    refuse(fmt::format("lose: {} is out of range (0 to {})", options.lose, packets_));
   if (options.reorder >= packets_ && options.reorder != 0) {
-    refuse(fmt::format("reorder: there are {} packets", packets_));
+    refuse(fmt::format("reorder: {} is out of range (0 to {})", options.reorder, packets_ - 1));
   }
 }
 

@@ -1,36 +1,70 @@
 // SPDX-License-Identifier: Apache-2.0
-// The upload of a KPI log of any size, packet by packet, so that no more of it is in memory than
-// the packet under way.
+// The upload of KPI logs in utility indications. A log of any size is read packet by packet, so
+// that only one packet is in memory.
 #pragma once
+
+#include <stdint.h>
 
 #include <deque>
 #include <optional>
 
-#include "modem/kpi/kpi_packet.h"
+#include "modem/messages/packet.h"
+#include "modem/state/archive.h"
 #include "platform/linux/qmi_transport/descriptors.h"
 
 namespace modem {
 
-// A sequence id is one byte, and the receiver does not begin again at 0: a package ends here.
+// u8 package id, u8 sequence id, u8 last-packet flag, u8 zero, u16 payload size (little-endian),
+// payload. A first packet's payload begins with a header word, little-endian.
+constexpr size_t kKpiPacketHeader = 6;
+constexpr size_t kKpiWordSize = 4;
+constexpr size_t kMaxKpiPayload = 512 - kKpiPacketHeader;
+
+constexpr uint8_t kFirstSequence = 1;
+constexpr uint32_t kLogHeader = 0x01C0FFEE;
+
+struct KpiPacket {
+  uint8_t package = 0;
+  uint8_t sequence = kFirstSequence;
+  bool is_last = true;
+  Bytes payload = {};  // at most kMaxKpiPayload
+};
+
+// The packet of the indication.
+Bytes kpi_indication(const KpiPacket& packet);
+
+// A payload that begins with this word.
+Bytes with_header(uint32_t word, std::span<const uint8_t> content);
+
+// One packet as a person specifies it, valid or not.
+struct KpiPacketOptions {
+  KpiPacket packet = {};
+  uint32_t header = 0;
+  bool has_header = false;
+};
+void describe(Archive& archive, KpiPacketOptions& options);
+Bytes kpi_indication(const KpiPacketOptions& options);
+
+// A sequence id is one byte, and the receiver does not accept a wrap-around.
 constexpr uint32_t kMaxPackagePackets = 255;
 
 struct UploadOptions {
-  std::string file = {};  // read by the modem, so its path as the modem sees it; or
+  std::string file = {};  // a path that the modem can read; or
   Bytes data = {};        // the log itself
   uint8_t package = 0;
-  uint32_t packet_size = 0;  // log bytes a packet; 0: as many as fit
+  uint32_t packet_size = 0;  // log bytes per packet; 0: as many as fit
   uint32_t header = kLogHeader;
   bool is_headerless = false;
-  uint32_t lose = 0;     // this packet of all is left out, counted from 1; 0: none
-  uint32_t reorder = 0;  // this packet and the one behind it change places; 0: none
+  uint32_t lose = 0;     // number of the packet that is not sent, counted from 1; 0: none
+  uint32_t reorder = 0;  // this packet and the next one change places; 0: none
 };
 void describe(Archive& archive, UploadOptions& options);
 
-// How many packages and packets a log becomes. Every packet but the very last one carries
-// packet_size bytes, every package but the last one, or two, kMaxPackagePackets packets.
+// The division of a log into packages and packets. Every packet but the last has packet_size bytes;
+// every package but the last, or the last two, has kMaxPackagePackets packets.
 class UploadPlan {
  public:
-  // Throws std::invalid_argument when the receiver could not take such packets.
+  // Throws std::invalid_argument if the receiver cannot accept the packets.
   UploadPlan(const UploadOptions& options, uint64_t bytes);
 
   struct Place {
@@ -61,18 +95,18 @@ class KpiUpload {
   // Opens the log. Throws std::invalid_argument.
   explicit KpiUpload(const UploadOptions& options);
 
-  // The next indication; nothing at the end, which the upload then has come to, also when the log
-  // cannot be read any more.
+  // The next indication. Nothing at the end, or when the log cannot be read; the upload is then
+  // over.
   std::optional<Bytes> next();
 
-  // No more of it is to be sent.
+  // Ends the upload.
   void fail(const std::string& why);
 
   bool is_over() const { return is_over_; }
   bool has_begun() const { return packets_ != 0; }
 
-  // {"state", "packages", "packets", "bytes"} sent so far, of {"total_packets", "total_bytes"}, and
-  // the "error" when it failed.
+  // {"state", "packages", "packets", "bytes"} so far, of {"total_packets", "total_bytes"}; "error"
+  // if it failed.
   nlohmann::json progress() const;
 
  private:
@@ -91,16 +125,16 @@ class KpiUpload {
   std::string error_;
 };
 
-// All uploads: one runs at a time, the others wait in the order in which they were given.
+// All uploads. One runs at a time, in the order of add().
 class KpiUploads {
  public:
-  // The number by which list() tells of it.
+  // Returns the number that list() shows for it.
   uint32_t add(const UploadOptions& options);
 
-  // The one whose packets are to be sent now; null when there is none.
+  // The running upload; null if there is none.
   KpiUpload* current();
 
-  // Oldest first; of those that are over only the last few.
+  // The oldest first. Only the last few of those that are over.
   nlohmann::json list() const;
 
  private:

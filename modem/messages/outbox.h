@@ -1,12 +1,14 @@
 // SPDX-License-Identifier: Apache-2.0
-// What the modem wants done on its transport, each thing at its time.
+// Actions for the transport, each at its time.
 #pragma once
 
 #include <stdint.h>
 
 #include <chrono>
 #include <map>
+#include <nlohmann/json.hpp>
 #include <optional>
+#include <string>
 
 #include "platform/linux/qmi_json/hex.h"
 
@@ -19,9 +21,9 @@ struct Action {
   enum class Kind {
     send,       // the packet to one client
     broadcast,  // the packet to all clients of the service
-    withdraw,   // the service goes away
-    publish,    // the service comes up, with as many instances as it is to have
-    resize,     // the same if it is up, and those beyond go away
+    withdraw,   // remove the service
+    publish,    // publish the service with its number of instances
+    resize,     // change the number of instances of a published service
   } kind;
   uint32_t service = 0;
   uint64_t peer = 0;
@@ -32,14 +34,28 @@ class Outbox {
  public:
   void add(Action action, milliseconds delay = milliseconds(0));
 
-  // The earliest action whose time has come; those of one time in the order they were added.
+  // The earliest action that is due; actions of the same time in the order of add().
   std::optional<Action> take_due(Clock::time_point now);
 
-  // When the next action is due; nothing when there is none.
+  // The time of the next action, if there is one.
   std::optional<Clock::time_point> next_due() const;
 
  private:
   std::multimap<Clock::time_point, Action> actions_;
 };
+
+constexpr uint32_t kMaxBurst = 100000;
+
+// Indications of the vendor service to all its clients.
+struct IndicationBurst {
+  std::string indication;  // by name
+  nlohmann::json fields;
+  uint32_t count = 1;
+  milliseconds interval{0};
+  milliseconds delay{0};  // before the first
+};
+
+// Throws FieldError for an unknown indication or wrong fields.
+void indicate(Outbox& outbox, const IndicationBurst& burst);
 
 }  // namespace modem

@@ -1,10 +1,17 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "modem/messages/packet.h"
 
-#include "platform/linux/qmi_json/fields.h"
+#include <fmt/format.h>
+
+#include "modem/messages/services.h"
+#include "platform/linux/qmi_json/json_fields.h"
 
 namespace modem {
 namespace {
+
+using nlohmann::json;
+using qmi_idl::Direction;
+using qmi_idl::WireType;
 
 constexpr size_t kMaxTlvs = UINT16_MAX;
 
@@ -35,6 +42,42 @@ Bytes result_packet(uint16_t transaction, uint32_t message_id, uint16_t result, 
   const uint8_t tlv[] = {qmi_idl::kResultTlv, 4,          0,          low(result),
                          high(result),        low(error), high(error)};
   return make_packet(qmi_idl::WireType::response, transaction, message_id, tlv);
+}
+
+Direction direction_of(WireType type) {
+  switch (type) {
+    case WireType::request:
+      return Direction::request;
+    case WireType::response:
+      return Direction::response;
+    default:
+      return Direction::indication;
+  }
+}
+
+const char* direction_text(Direction direction) {
+  constexpr const char* kTexts[] = {"request", "response", "indication"};
+  return kTexts[static_cast<size_t>(direction)];
+}
+
+json fields_of(const qmi_idl::Service& service, const qmi_idl::Header& header,
+               std::span<const uint8_t> tlvs) {
+  const qmi_idl::Message* message = find(service, direction_of(header.type), header.message_id);
+  if (message == nullptr) return nullptr;
+  std::vector<uint8_t> structure(message->size);
+  if (!decode(*message, tlvs, structure)) return nullptr;
+  return qmi_json::to_json(*message, structure);
+}
+
+std::string packet_text(const qmi_idl::Service& service, std::span<const uint8_t> packet) {
+  auto header = qmi_idl::load_header(packet);
+  if (!header) return fmt::format("{} not a message, {} bytes", service.name, packet.size());
+
+  Direction direction = direction_of(header->type);
+  json fields = fields_of(service, *header, packet.subspan(qmi_idl::kHeaderSize));
+  return fmt::format(
+      "{} {} {} {}", service.name, message_name(service, direction, header->message_id),
+      direction_text(direction), fields.dump(-1, ' ', false, json::error_handler_t::replace));
 }
 
 }  // namespace modem

@@ -10,7 +10,7 @@
 
 namespace modem {
 
-// NAS, DMS and qorext, from the libraries that describe them.
+// NAS, DMS and qorext, as their libraries describe them.
 std::span<const qmi_idl::Service* const> services();
 
 const qmi_idl::Service& nas_service();
@@ -21,10 +21,10 @@ const qmi_idl::Service& qorext_service();
 const qmi_idl::Service* find_service(uint32_t id);
 const qmi_idl::Service* find_service(std::string_view name);
 
-// As instance `number` is published, counted from 1.
+// The number that instance `number`, counted from 1, is published with.
 uint32_t instance_of(const qmi_idl::Service& service, uint32_t number = 1);
 
-// "element_read", or the number of a message that is not described.
+// "element_read", or "0x8" for a message without a description.
 std::string message_name(const qmi_idl::Service& service, qmi_idl::Direction direction,
                          uint32_t id);
 

@@ -1,6 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// What a person knows of the phone's NV items, and where in the items it lies. The items are the
-// truth; these are views of them.
+// Readable views of NV items. The modem stores only the items.
 #pragma once
 
 #include <stdint.h>
@@ -37,7 +36,7 @@ struct Nam {
 
 // Missing items read as zeros.
 Nam load_nam(const NvStore& nv);
-// Texts have the digits named above. Bytes of the items that hold nothing of the NAM stay.
+// Strings must have the digits named above. Other bytes of the items do not change.
 void store_nam(NvStore& nv, const Nam& nam);
 
 struct Settings {

@@ -4,9 +4,11 @@
 
 #include <stdint.h>
 
+#include <algorithm>
 #include <compare>
 #include <map>
 #include <span>
+#include <utility>
 
 #include "platform/linux/qmi_json/hex.h"
 
@@ -25,16 +27,25 @@ struct NvKey {
 
 class NvStore {
  public:
-  // Null for an item that was never written.
-  const Bytes* find(NvKey key) const;
+  // Null for an item that does not exist.
+  const Bytes* find(NvKey key) const {
+    auto found = items_.find(key);
+    return found == items_.end() ? nullptr : &found->second;
+  }
 
   // Replaces the whole item.
-  void put(NvKey key, Bytes data);
+  void put(NvKey key, Bytes data) { items_[key] = std::move(data); }
   void erase(NvKey key) { items_.erase(key); }
 
-  // Writes into the item at `offset`, filling up a gap before it with zeros; an item that is not
-  // there yet is made. False, with nothing written, when it would grow above kMaxItemSize.
-  bool write(NvKey key, uint32_t offset, std::span<const uint8_t> data);
+  // Writes into the item at `offset` and fills a gap before it with zeros. Creates the item if
+  // necessary. Returns false and writes nothing if it would exceed kMaxItemSize.
+  bool write(NvKey key, uint32_t offset, std::span<const uint8_t> data) {
+    if (offset > kMaxItemSize || data.size() > kMaxItemSize - offset) return false;
+    Bytes& item = items_[key];
+    item.resize(std::max(item.size(), offset + data.size()));
+    std::copy(data.begin(), data.end(), item.begin() + offset);
+    return true;
+  }
 
   const std::map<NvKey, Bytes>& items() const { return items_; }
 

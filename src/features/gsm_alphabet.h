@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-// The GSM 7-bit default alphabet (3GPP TS 23.038, 6.2.1), unpacked to one character a byte.
+// The GSM 7-bit default alphabet (3GPP TS 23.038, 6.2.1), unpacked to one character per byte. The
+// simulated modem has an independent table, which tests compare with this one.
 #pragma once
 
 #include <stddef.h>

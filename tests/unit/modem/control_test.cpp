@@ -120,7 +120,7 @@ TEST_F(ControlLines, ItemsAreReadAndWritten) {
   EXPECT_EQ(command({{"command", "nv"}, {"rde_id", 6000}, {"record", 2}, {"data", "01 02"}}),
             (json{{"ok", true}, {"rde_id", 6000}, {"record", 2}, {"data", "0102"}}));
   EXPECT_EQ(command({{"command", "nv"}, {"rde_id", 6000}, {"record", 2}})["data"], "0102");
-  EXPECT_EQ(error_of({{"command", "nv"}, {"rde_id", 6000}}), "there is no such NV item");
+  EXPECT_EQ(error_of({{"command", "nv"}, {"rde_id", 6000}}), "no NV item 6000, record 0");
 }
 
 TEST_F(ControlLines, IndicationsGoToAllClientsInABurst) {
@@ -211,7 +211,7 @@ TEST_F(ControlLines, ServicesGoAndCome) {
   EXPECT_EQ(due[1].kind, Action::Kind::publish);
   EXPECT_EQ(due[1].service, 3U);
   EXPECT_EQ(error_of({{"command", "service"}, {"name", "wds"}, {"up", true}}),
-            "there is no service \"wds\"");
+            "unknown service \"wds\"");
   EXPECT_EQ(error_of({{"command", "service"}, {"name", "nas"}, {"up", 1}}),
             "up: expected true or false");
 }
@@ -249,9 +249,9 @@ TEST_F(ControlLines, RequestsAreListedUntilCleared) {
 TEST_F(ControlLines, WrongLinesGetOneClearError) {
   EXPECT_EQ(line("{")["error"], "the line is not JSON");
   EXPECT_EQ(line("")["error"], "the line is not JSON");
-  EXPECT_EQ(line("[]")["error"], "a line is an object with a \"command\"");
-  EXPECT_EQ(line("{}")["error"], "a line is an object with a \"command\"");
-  EXPECT_EQ(error_of({{"command", "fly"}}), "there is no command \"fly\"");
+  EXPECT_EQ(line("[]")["error"], "expected an object with a \"command\"");
+  EXPECT_EQ(line("{}")["error"], "expected an object with a \"command\"");
+  EXPECT_EQ(error_of({{"command", "fly"}}), "unknown command \"fly\"");
   EXPECT_EQ(error_of({{"command", "version"}, {"x", 1}}), "x: unknown key");
   EXPECT_FALSE(control.quit_wanted());
 }
@@ -292,7 +292,7 @@ TEST_F(ControlLines, BracketsAndColonsInATextAreNoLevels) {
 TEST_F(ControlLines, AnObjectHasAtMost4096Members) {
   std::string members;
   for (int i = 0; i < 4096; ++i) members += ",\"" + std::to_string(i) + "\":1";
-  EXPECT_EQ(line("{" + members.substr(1) + "}")["error"], "a line is an object with a \"command\"");
+  EXPECT_EQ(line("{" + members.substr(1) + "}")["error"], "expected an object with a \"command\"");
   EXPECT_EQ(line("{\"a\":1" + members + "}")["error"],
             "the line has an object of more than 4096 members");
 }

@@ -112,7 +112,7 @@ TEST_F(UploadCommands, AreTakenOneAfterTheOther) {
 TEST_F(UploadCommands, WantALog) {
   EXPECT_EQ(line(R"({"command":"kpi"})")["ok"], false);
   EXPECT_THAT(line(R"({"command":"kpi","file":"/no/such"})")["error"], HasSubstr("/no/such"));
-  EXPECT_THAT(line(R"({"command":"kpi","file":"/tmp"})")["error"], HasSubstr("no file"));
+  EXPECT_THAT(line(R"({"command":"kpi","file":"/tmp"})")["error"], HasSubstr("not a file"));
   EXPECT_EQ(simulator.uploads.current(), nullptr);
 }
 

@@ -15,7 +15,7 @@
 #include <string>
 
 #include "modem/messages/packet.h"
-#include "modem/messages/request_log.h"
+#include "modem/messages/packet.h"
 #include "platform/linux/qmi_json/json_fields.h"
 #include "platform/linux/qmi_transport/descriptors.h"
 #include "platform/linux/qmi_transport/transport.h"

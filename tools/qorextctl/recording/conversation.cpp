@@ -5,7 +5,7 @@
 
 #include <algorithm>
 
-#include "modem/messages/request_log.h"
+#include "modem/messages/packet.h"
 #include "modem/messages/services.h"
 #include "tools/qorextctl/frames/personal.h"
 #include "tools/qorextctl/frames/protocol.h"

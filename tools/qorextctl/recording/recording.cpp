@@ -6,7 +6,7 @@
 
 #include <algorithm>
 
-#include "modem/messages/request_log.h"
+#include "modem/messages/packet.h"
 #include "tools/qorextctl/base/fd.h"
 #include "tools/qorextctl/frames/item_text.h"
 #include "tools/qorextctl/frames/personal.h"

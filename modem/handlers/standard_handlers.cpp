@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
+// NAS and DMS.
 #include <algorithm>
 #include <string>
 
 #include "modem/handlers/handlers.h"
-#include "modem/handlers/outcome.h"
 #include "modem/state/gsm_alphabet.h"
 #include "modem/state/nam.h"
 
@@ -102,6 +102,23 @@ void write_akey(Device& device, const Fields& request, Fields& response) {
     return report_failure(response, kErrorInvalidArgument);
   }
   device.state.security.akey.assign(akey.begin(), akey.end());
+}
+
+void verify_subsidy_lock(Device& device, const Fields& request, Fields& response) {
+  Bytes code = request.bytes("code");
+  const std::string& wanted = device.state.security.subsidy_lock_code;
+  if (!std::equal(code.begin(), code.end(), wanted.begin(), wanted.end())) {
+    report_failure(response, kErrorAuthenticationFailed);
+  }
+}
+
+// The modem checks the old code, but not that the new one consists of digits.
+void write_spc(Device& device, const Fields& request, Fields& response) {
+  const Bytes* current = device.state.nv.find(kSpcItem);
+  if (current == nullptr || *current != request.bytes("current_spc")) {
+    return report_failure(response, kErrorAuthenticationFailed);
+  }
+  device.state.nv.put(kSpcItem, request.bytes("new_spc"));
 }
 
 }  // namespace modem
