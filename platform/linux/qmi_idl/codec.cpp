@@ -10,21 +10,6 @@ namespace {
 
 constexpr size_t kTlvHeaderSize = 3;
 
-uint64_t load(const uint8_t* from, size_t width) {
-  uint64_t value = 0;
-  for (size_t i = 0; i < width; ++i) value |= uint64_t{from[i]} << (8 * i);
-  return value;
-}
-
-void store(uint8_t* to, size_t width, uint64_t value) {
-  for (size_t i = 0; i < width; ++i) to[i] = static_cast<uint8_t>(value >> (8 * i));
-}
-
-uint64_t extend(uint64_t value, size_t width, bool is_signed) {
-  uint64_t sign = uint64_t{1} << (8 * width - 1);
-  return is_signed ? (value ^ sign) - sign : value;
-}
-
 // The bytes that are left to read or write.
 template <typename Byte>
 class Cursor {
@@ -51,18 +36,6 @@ using Writer = Cursor<uint8_t>;
 // machine. They are then copied at once, which pays for long byte arrays.
 bool has_wire_layout(const Shape& shape) { return shape.wire == shape.memory; }
 
-// The number of the element's numbers in the structure. Not bounded by the capacity.
-size_t count_in(const Shape& shape, const uint8_t* structure) {
-  switch (shape.kind) {
-    case Kind::array:
-      return static_cast<size_t>(load(structure + shape.count_offset, shape.count_memory));
-    case Kind::text:
-      return strnlen(reinterpret_cast<const char*>(structure + shape.offset), shape.capacity);
-    default:
-      return shape.capacity;
-  }
-}
-
 bool encode_element(const Shape& shape, const uint8_t* structure, Writer& out) {
   size_t count = count_in(shape, structure);
   if (count > shape.capacity) return false;
@@ -71,14 +44,15 @@ bool encode_element(const Shape& shape, const uint8_t* structure, Writer& out) {
   uint8_t* body = out.take(count * shape.wire);
   if (head == nullptr || body == nullptr) return false;
 
-  store(head, shape.count_wire, count);
+  store_number(head, shape.count_wire, count);
   const uint8_t* numbers = structure + shape.offset;
   if (has_wire_layout(shape)) {
     memcpy(body, numbers, count * shape.wire);
     return true;
   }
   for (size_t i = 0; i < count; ++i) {
-    store(body + i * shape.wire, shape.wire, load(numbers + i * shape.memory, shape.memory));
+    store_number(body + i * shape.wire, shape.wire,
+                 load_number(numbers + i * shape.memory, shape.memory));
   }
   return true;
 }
@@ -89,8 +63,9 @@ void decode_numbers(const Shape& shape, const uint8_t* body, size_t count, uint8
     return;
   }
   for (size_t i = 0; i < count; ++i) {
-    uint64_t value = load(body + i * shape.wire, shape.wire);
-    store(numbers + i * shape.memory, shape.memory, extend(value, shape.wire, shape.is_signed));
+    uint64_t value = load_number(body + i * shape.wire, shape.wire);
+    store_number(numbers + i * shape.memory, shape.memory,
+                 shape.is_signed ? sign_extend(value, shape.wire) : value);
   }
 }
 
@@ -99,7 +74,7 @@ bool decode_element(const Shape& shape, Reader& in, uint8_t* structure) {
   if (shape.count_wire != 0) {
     const uint8_t* head = in.take(shape.count_wire);
     if (head == nullptr) return false;
-    count = static_cast<size_t>(load(head, shape.count_wire));
+    count = static_cast<size_t>(load_number(head, shape.count_wire));
   }
   if (count > shape.capacity) return false;
 
@@ -107,7 +82,9 @@ bool decode_element(const Shape& shape, Reader& in, uint8_t* structure) {
   if (body == nullptr) return false;
 
   decode_numbers(shape, body, count, structure + shape.offset);
-  if (shape.kind == Kind::array) store(structure + shape.count_offset, shape.count_memory, count);
+  if (shape.kind == Kind::array) {
+    store_number(structure + shape.count_offset, shape.count_memory, count);
+  }
   return true;
 }
 
@@ -134,7 +111,7 @@ bool encode_tlv(std::span<const Element> tlv, const uint8_t* structure, Writer& 
   size_t length = before - out.left();
   if (length > UINT16_MAX) return false;
   head[0] = tlv[0].tlv;
-  store(head + 1, 2, length);
+  store_number(head + 1, 2, length);
   return true;
 }
 
@@ -157,7 +134,7 @@ std::span<const Element> find_tlv(const Message& message, uint8_t type) {
 bool reports_failure(const Message& message, const uint8_t* structure) {
   return std::any_of(message.elements.begin(), message.elements.end(), [&](const Element& element) {
     return element.shape.kind == Kind::result &&
-           load(structure + element.shape.offset, element.shape.memory) != 0;
+           load_number(structure + element.shape.offset, element.shape.memory) != 0;
   });
 }
 
@@ -172,6 +149,17 @@ bool has_all_mandatory(const Message& message, const bool (&seen)[256], const ui
 
 }  // namespace
 
+size_t count_in(const Shape& shape, const uint8_t* structure) {
+  switch (shape.kind) {
+    case Kind::array:
+      return static_cast<size_t>(load_number(structure + shape.count_offset, shape.count_memory));
+    case Kind::text:
+      return strnlen(reinterpret_cast<const char*>(structure + shape.offset), shape.capacity);
+    default:
+      return shape.capacity;
+  }
+}
+
 const Message* find(const Service& service, Direction direction, uint32_t id) {
   for (const Message& message : service.messages) {
     if (message.id == id && message.direction == direction) return &message;
@@ -181,9 +169,9 @@ const Message* find(const Service& service, Direction direction, uint32_t id) {
 
 void store_header(const Header& header, std::span<uint8_t, kHeaderSize> out) {
   out[0] = static_cast<uint8_t>(header.type);
-  store(&out[1], 2, header.transaction);
-  store(&out[3], 2, header.message_id);
-  store(&out[5], 2, header.length);
+  store_number(&out[1], 2, header.transaction);
+  store_number(&out[3], 2, header.message_id);
+  store_number(&out[5], 2, header.length);
 }
 
 std::optional<Header> load_header(std::span<const uint8_t> packet) {
@@ -191,9 +179,9 @@ std::optional<Header> load_header(std::span<const uint8_t> packet) {
   uint8_t type = packet[0];
   if (type != 0 && type != 2 && type != 4) return std::nullopt;
 
-  Header header{static_cast<WireType>(type), static_cast<uint16_t>(load(&packet[1], 2)),
-                static_cast<uint16_t>(load(&packet[3], 2)),
-                static_cast<uint16_t>(load(&packet[5], 2))};
+  Header header{static_cast<WireType>(type), static_cast<uint16_t>(load_number(&packet[1], 2)),
+                static_cast<uint16_t>(load_number(&packet[3], 2)),
+                static_cast<uint16_t>(load_number(&packet[5], 2))};
   if (packet.size() - kHeaderSize != header.length) return std::nullopt;
   return header;
 }
@@ -221,7 +209,7 @@ bool decode(const Message& message, std::span<const uint8_t> wire, std::span<uin
   while (in.left() != 0) {
     const uint8_t* head = in.take(kTlvHeaderSize);
     if (head == nullptr) return false;
-    size_t length = static_cast<size_t>(load(head + 1, 2));
+    size_t length = static_cast<size_t>(load_number(head + 1, 2));
     const uint8_t* body = in.take(length);
     if (body == nullptr) return false;
 

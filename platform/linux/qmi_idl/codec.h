@@ -13,6 +13,23 @@
 
 namespace qmi_idl {
 
+// Numbers of 1 to 8 bytes, little-endian: on the wire, and in structures on supported machines.
+inline uint64_t load_number(const uint8_t* from, size_t width) {
+  uint64_t value = 0;
+  for (size_t i = 0; i < width; ++i) value |= uint64_t{from[i]} << (8 * i);
+  return value;
+}
+inline void store_number(uint8_t* to, size_t width, uint64_t value) {
+  for (size_t i = 0; i < width; ++i) to[i] = static_cast<uint8_t>(value >> (8 * i));
+}
+inline uint64_t sign_extend(uint64_t value, size_t width) {
+  uint64_t sign = uint64_t{1} << (8 * width - 1);
+  return (value ^ sign) - sign;
+}
+
+// The number of an element's numbers in a structure. Not bounded by the capacity.
+size_t count_in(const Shape& shape, const uint8_t* structure);
+
 // The header before every QMI message on QRTR and on the Unix socket: u8 type, u16 transaction,
 // u16 message id, u16 length of the TLVs that follow; little-endian, unaligned.
 constexpr size_t kHeaderSize = 7;

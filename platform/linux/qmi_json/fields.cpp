@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "platform/linux/qmi_json/fields.h"
 
-#include <string.h>
-
 #include <algorithm>
 #include <string>
+
+#include "platform/linux/qmi_idl/codec.h"
 
 namespace qmi_json {
 namespace {
@@ -13,30 +13,9 @@ using qmi_idl::Element;
 using qmi_idl::Kind;
 using qmi_idl::Shape;
 
-// The structure's numbers are native, in little-endian order on every supported machine.
-uint64_t load_native(const uint8_t* from, size_t width) {
-  uint64_t value = 0;
-  memcpy(&value, from, width);
-  return value;
-}
-
-void store_native(uint8_t* to, size_t width, uint64_t value) { memcpy(to, &value, width); }
-
-int64_t sign_extend(uint64_t value, size_t width) {
-  uint64_t sign = uint64_t{1} << (8 * width - 1);
-  return static_cast<int64_t>((value ^ sign) - sign);
-}
-
+// Bounded, because a structure from outside may state any count.
 size_t stored_count(const Shape& shape, const uint8_t* structure) {
-  switch (shape.kind) {
-    case Kind::array:
-      return std::min<size_t>(load_native(structure + shape.count_offset, shape.count_memory),
-                              shape.capacity);
-    case Kind::text:
-      return strnlen(reinterpret_cast<const char*>(structure + shape.offset), shape.capacity);
-    default:
-      return shape.capacity;
-  }
+  return std::min<size_t>(qmi_idl::count_in(shape, structure), shape.capacity);
 }
 
 }  // namespace
@@ -150,8 +129,9 @@ std::vector<int64_t> Fields::load(const Element& element) const {
   std::vector<int64_t> values(stored_count(shape, structure_.data()));
   const uint8_t* from = structure_.data() + shape.offset;
   for (int64_t& value : values) {
-    uint64_t stored = load_native(from, shape.memory);
-    value = shape.is_signed ? sign_extend(stored, shape.memory) : static_cast<int64_t>(stored);
+    uint64_t stored = qmi_idl::load_number(from, shape.memory);
+    if (shape.is_signed) stored = qmi_idl::sign_extend(stored, shape.memory);
+    value = static_cast<int64_t>(stored);
     from += shape.memory;
   }
   return values;
@@ -170,11 +150,12 @@ void Fields::store(const Element& element, std::span<const int64_t> values) {
   uint8_t* to = structure_.data() + shape.offset;
   std::fill(to, structure_.data() + end_of(shape), uint8_t{0});
   for (int64_t value : values) {
-    store_native(to, shape.memory, static_cast<uint64_t>(value));
+    qmi_idl::store_number(to, shape.memory, static_cast<uint64_t>(value));
     to += shape.memory;
   }
   if (shape.kind == Kind::array) {
-    store_native(structure_.data() + shape.count_offset, shape.count_memory, values.size());
+    qmi_idl::store_number(structure_.data() + shape.count_offset, shape.count_memory,
+                          values.size());
   }
   mark_present(element);
 }
