@@ -7,8 +7,9 @@
 #include <sstream>
 
 #include "common/completion/command_line.h"
-#include "tools/qorextctl/cli/command_app.h"
 #include "tools/qorextctl/cli/help_text.h"
+#include "tools/qorextctl/cli/verbs.h"
+#include "tools/qorextctl/session/completion.h"
 
 namespace qorextctl {
 
@@ -19,30 +20,6 @@ const std::map<std::string, ColourWhen> kColours = {
     {"always", ColourWhen::always},
     {"never", ColourWhen::never},
 };
-
-const std::map<std::string, InputKind> kInputs = {
-    {"request", InputKind::request},
-    {"reply", InputKind::reply},
-    {"unsolicited", InputKind::unsolicited},
-    {"log", InputKind::log},
-};
-
-template <class T>
-std::vector<std::string> names_of(const std::map<std::string, T>& choices) {
-  std::vector<std::string> names;
-  names.reserve(choices.size());
-  for (const auto& [name, value] : choices) names.push_back(name);
-  return names;
-}
-
-template <class T>
-T chosen(const char* option, const std::map<std::string, T>& choices, const std::string& name) {
-  auto choice = choices.find(name);
-  if (choice != choices.end()) return choice->second;
-  std::string names;
-  for (const auto& [known, value] : choices) names += names.empty() ? known : ", " + known;
-  throw CLI::ValidationError(option, "'" + name + "' is not one of " + names);
-}
 
 constexpr double kMaxTimeout = 3600;
 
@@ -55,9 +32,9 @@ void add_shared_options(CLI::App& app, Options& options) {
                "decoded frames, logs, recordings, timelines and differences; the files of record "
                "and trace get mode 0600");
   app.add_option_function<std::string>(
-         "--color",
-         [&](const std::string& name) { options.colour = chosen("--color", kColours, name); },
+         "--color", [&](const std::string& name) { options.colour = kColours.at(name); },
          "auto, always or never; auto: at a terminal, unless NO_COLOR is set")
+      ->check(CLI::IsMember(kColours))
       ->option_text("WHEN");
   app.add_option("--timeout", options.timeout, "seconds to wait for a reply")
       ->check(CLI::Range(0.001, kMaxTimeout))
@@ -96,17 +73,6 @@ bool wants_json(int argc, const char* const* argv) {
   return std::find(argv, argv + argc, std::string_view("--json")) != argv + argc;
 }
 
-}  // namespace
-
-InputKind input_named(const std::string& name) { return chosen("--as", kInputs, name); }
-
-std::vector<std::string> choices_of(const std::string& option) {
-  if (option == "--color") return names_of(kColours);
-  if (option == "--as") return names_of(kInputs);
-  if (option == "--modem") return {"qrtr", "unix:"};
-  return {};
-}
-
 void describe_command_line(CLI::App& app, Options& options) {
   app.description("Sends requests to qorext_client as the radio interface daemon does.");
   app.name("qorextctl");
@@ -116,6 +82,27 @@ void describe_command_line(CLI::App& app, Options& options) {
   add_shared_options(app, options);
   add_verbs(app, options);
 }
+
+using Candidates = std::vector<Candidate>;
+
+Candidates values_of(const CLI::Option& option) {
+  if (option.get_name() == "--modem") return {{"qrtr"}, {"unix:"}};
+  return completion::values_of(option);
+}
+
+Candidates first_of(const Candidates& candidates, const completion::Place& place) {
+  return place.positionals.size() == 1 ? candidates : Candidates();
+}
+
+Candidates words_of(const completion::Place& place) {
+  std::string verb = place.verb->get_name();
+  if (verb == "request") return complete_request(place.positionals);
+  if (verb == "list") return first_of(complete_request(place.positionals), place);
+  if (verb == "modem") return complete_modem(place.positionals);
+  return first_of(completion::positionals_of(*place.verb), place);
+}
+
+}  // namespace
 
 Parsed parse_command_line(int argc, const char* const* argv) {
   Parsed parsed;
@@ -142,6 +129,23 @@ Parsed parse_command_line(int argc, const char* const* argv) {
     }
   }
   return parsed;
+}
+
+std::string complete_command_line(const std::vector<std::string>& words) {
+  CLI::App app;
+  Options options;
+  describe_command_line(app, options);
+  completion::Place place = completion::place_in(app, words);
+  bool wants_option = !place.word.empty() && place.word.front() == '-';
+  Candidates candidates;
+  if (place.option) {
+    candidates = values_of(*place.option);
+  } else if (wants_option) {
+    candidates = completion::options_at(app, place);
+  } else {
+    candidates = place.verb ? words_of(place) : completion::verbs_of(app);
+  }
+  return completion::to_text(completion::beginning_with(place.word, candidates));
 }
 
 }  // namespace qorextctl

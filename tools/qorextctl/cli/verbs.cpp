@@ -1,7 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "tools/qorextctl/cli/command_app.h"
+#include "tools/qorextctl/cli/verbs.h"
 
 #include <CLI/CLI.hpp>
+#include <map>
 
 #include "tools/qorextctl/cli/help_text.h"
 #include "tools/qorextctl/modem/modem_words.h"
@@ -10,6 +11,13 @@
 namespace qorextctl {
 
 namespace {
+
+const std::map<std::string, InputKind> kInputs = {
+    {"request", InputKind::request},
+    {"reply", InputKind::reply},
+    {"unsolicited", InputKind::unsolicited},
+    {"log", InputKind::log},
+};
 
 CLI::App* add_verb(CLI::App& app, Options& options, Verb verb, const char* name,
                    const char* description, const std::string& footer) {
@@ -66,8 +74,9 @@ void add_decode(CLI::App& app, Options& options) {
   decode->add_option("words", options.words, "HEX... of one frame; default: reads lines");
   decode
       ->add_option_function<std::string>(
-          "--as", [&](const std::string& name) { options.decode.as = input_named(name); },
+          "--as", [&](const std::string& name) { options.decode.as = kInputs.at(name); },
           "request, reply, unsolicited or log; default: recognised")
+      ->check(CLI::IsMember(kInputs))
       ->option_text("KIND");
   decode
       ->add_option("--input", options.decode.input, "lines of hex or of a log; - is standard input")
