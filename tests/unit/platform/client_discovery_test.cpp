@@ -58,9 +58,15 @@ struct Notifier {
   qmi_client_type handle = nullptr;
 };
 
-int list(unsigned& services, qmi_service_info* infos = nullptr, unsigned* entries = nullptr) {
-  return qmi_client_get_service_list(vendor(), infos, entries, &services);
+// The result of a list: code and number of services.
+using Listing = std::pair<int, unsigned>;
+
+Listing list(qmi_service_info* infos = nullptr, unsigned* entries = nullptr) {
+  unsigned services = 9;
+  int code = qmi_client_get_service_list(vendor(), infos, entries, &services);
+  return {code, services};
 }
+const Listing kNoServices = {QMI_SERVICE_ERR, 0};
 
 TEST_P(Discovery, ANotifierInitialisesItsSignal) {
   Notifier notifier;
@@ -74,9 +80,7 @@ TEST_P(Discovery, ANotifierDoesNotReportAServiceThatIsUpAlready) {
   start_modem();
   publish();
   Notifier notifier;
-  unsigned services = 0;
-  EXPECT_EQ(list(services), QMI_NO_ERR);
-  EXPECT_EQ(services, 1u);
+  EXPECT_EQ(list(), Listing(QMI_NO_ERR, 1));
   EXPECT_FALSE(notifier.is_raised(200ms));
 }
 
@@ -167,10 +171,8 @@ TEST_P(Discovery, ANotifierRequiresAllItsParameters) {
 }
 
 TEST_P(Discovery, TheListIsEmptyAtOnceWithoutAModem) {
-  unsigned services = 9;
   auto before = std::chrono::steady_clock::now();
-  EXPECT_EQ(list(services), QMI_SERVICE_ERR);
-  EXPECT_EQ(services, 0u);
+  EXPECT_EQ(list(), kNoServices);
   EXPECT_LT(std::chrono::steady_clock::now() - before, 900ms);
 }
 
@@ -178,38 +180,31 @@ TEST_P(Discovery, TheListIsEmptyWithoutTheService) {
   start_modem();
   modem_->publish(qorext().id, vendor_instance() + 1);
   modem_->publish(3, 1);
-  unsigned services = 9;
   unsigned entries = 1;
   qmi_service_info info{};
-  EXPECT_EQ(list(services, &info, &entries), QMI_SERVICE_ERR);
-  EXPECT_EQ(services, 0u);
+  EXPECT_EQ(list(&info, &entries), kNoServices);
   EXPECT_EQ(entries, 0u);
 }
 
 TEST_P(Discovery, TheListCountsTheInstances) {
   start_modem();
   publish();
-  unsigned services = 0;
-  EXPECT_EQ(list(services), QMI_NO_ERR);
-  EXPECT_EQ(services, 1u);
+  EXPECT_EQ(list(), Listing(QMI_NO_ERR, 1));
   publish(1);
-  EXPECT_EQ(list(services), QMI_NO_ERR);
-  EXPECT_EQ(services, 2u);
+  EXPECT_EQ(list(), Listing(QMI_NO_ERR, 2));
 }
 
 TEST_P(Discovery, TheListStoresNoMoreRecordsThanThereIsRoomFor) {
   start_modem();
   for (uint32_t i = 0; i < 3; ++i) publish(i);
   qmi_service_info infos[4] = {};
-  unsigned services = 0;
   unsigned entries = 2;
-  EXPECT_EQ(list(services, infos, &entries), QMI_NO_ERR);
-  EXPECT_EQ(services, 3u);
+  EXPECT_EQ(list(infos, &entries), Listing(QMI_NO_ERR, 3));
   EXPECT_EQ(entries, 2u);
   EXPECT_NE(infos[1].opaque[0], 0u);
   EXPECT_EQ(infos[2].opaque[0], 0u);
   entries = 4;
-  EXPECT_EQ(list(services, infos, &entries), QMI_NO_ERR);
+  EXPECT_EQ(list(infos, &entries), Listing(QMI_NO_ERR, 3));
   EXPECT_EQ(entries, 3u);
   EXPECT_EQ(infos[3].opaque[0], 0u);
 }
@@ -230,9 +225,8 @@ TEST_P(Discovery, EveryRecordOfTheListOpensAClientOfItsInstance) {
   publish();
   publish(1);
   qmi_service_info infos[2] = {};
-  unsigned services = 0;
   unsigned entries = 2;
-  ASSERT_EQ(list(services, infos, &entries), QMI_NO_ERR);
+  ASSERT_EQ(list(infos, &entries), Listing(QMI_NO_ERR, 2));
   for (qmi_service_info& info : infos) {
     qmi_client_type client = nullptr;
     ASSERT_EQ(qmi_client_init(&info, vendor(), nullptr, nullptr, nullptr, &client), QMI_NO_ERR);
@@ -253,10 +247,8 @@ class SilentNameService : public testing::Test {
   }
 
   static std::chrono::steady_clock::duration time_of_a_list() {
-    unsigned services = 9;
     auto before = std::chrono::steady_clock::now();
-    EXPECT_EQ(list(services), QMI_SERVICE_ERR);
-    EXPECT_EQ(services, 0u);
+    EXPECT_EQ(list(), kNoServices);
     return std::chrono::steady_clock::now() - before;
   }
 
@@ -285,8 +277,7 @@ TEST_F(SilentNameService, IsGivenASecondAgainAfterAnAnswer) {
   listener_ = qmi_transport::ScopedFd();
   {
     ScriptedModem modem(place_.endpoint(), answer);
-    unsigned services = 0;
-    EXPECT_EQ(list(services), QMI_SERVICE_ERR);
+    EXPECT_EQ(list(), kNoServices);
     modem.hold([&] { EXPECT_GE(time_of_a_list(), 900ms); });
   }
 }

@@ -87,32 +87,15 @@ TEST_P(Indications, AreDroppedByAClientWithoutACallback) {
   EXPECT_EQ(read_band(client_, 3), success(3));
 }
 
-// A callback that blocks until the test opens the gate.
-struct Gate {
-  Seen seen;
-  std::promise<void> entered;
-  std::promise<void> open;
-  std::shared_future<void> opened = open.get_future().share();
-
-  static void callback(qmi_client_type client, unsigned int message_id, void* buffer,
-                       unsigned int length, void* data) {
-    auto& self = *static_cast<Gate*>(data);
-    if (self.seen.count() == 0) self.entered.set_value();
-    self.opened.wait();
-    Seen::callback(client, message_id, buffer, length, &self.seen);
-  }
-};
-
 TEST_P(Indications, ArriveInOrderAtASlowCallbackWhileRequestsAreServed) {
   constexpr uint32_t kIndications = 5000;
-  Gate gate;
-  open(Gate::callback, &gate);
+  open(Turnstile::callback, &turnstile_);
   indicate_numbers(kIndications);
-  gate.entered.get_future().wait();
+  turnstile_.wait_for_entry();
   EXPECT_EQ(code_of(client_), QMI_NO_ERR);
-  EXPECT_EQ(gate.seen.count(), 0u);
-  gate.open.set_value();
-  expect_in_order(gate.seen, kIndications);
+  EXPECT_EQ(turnstile_.seen.count(), 0u);
+  turnstile_.open();
+  expect_in_order(turnstile_.seen, kIndications);
 }
 
 TEST_P(Indications, ArriveInOrderBeforeAndAfterResponses) {
@@ -128,21 +111,19 @@ TEST_P(Indications, ArriveInOrderBeforeAndAfterResponses) {
 }
 
 TEST_P(Indications, ThatAreQueuedWhenTheServiceGoesAwayAreStillDelivered) {
-  Gate gate;
-  open(Gate::callback, &gate);
+  open(Turnstile::callback, &turnstile_);
   indicate_numbers(5);
-  gate.entered.get_future().wait();
+  turnstile_.wait_for_entry();
   EXPECT_EQ(code_of(client_), QMI_NO_ERR);
   withdraw();
-  gate.open.set_value();
-  EXPECT_TRUE(eventually([&] { return gate.seen.count() == 5; }));
+  turnstile_.open();
+  EXPECT_TRUE(eventually([&] { return turnstile_.seen.count() == 5; }));
 }
 
 TEST_P(Indications, EndWithTheReleaseWhichWaitsForTheCallback) {
-  Gate gate;
-  open(Gate::callback, &gate);
+  open(Turnstile::callback, &turnstile_);
   indicate_numbers(3);
-  gate.entered.get_future().wait();
+  turnstile_.wait_for_entry();
 
   std::atomic<bool> released = false;
   std::thread releaser([&] {
@@ -151,10 +132,10 @@ TEST_P(Indications, EndWithTheReleaseWhichWaitsForTheCallback) {
   });
   EXPECT_TRUE(eventually([&] { return code_of(client_) == QMI_SERVICE_ERR; }));
   EXPECT_FALSE(released);
-  gate.open.set_value();
+  turnstile_.open();
   releaser.join();
   client_ = nullptr;
-  EXPECT_EQ(gate.seen.count(), 1u);
+  EXPECT_EQ(turnstile_.seen.count(), 1u);
 }
 
 struct SelfRelease {
@@ -192,6 +173,7 @@ TEST_P(Indications, CanSendRequestsInTheCallback) {
   open(SenderInCallback::callback, &sender);
   indicate(utils_indication(1));
   EXPECT_EQ(sender.result.get_future().get(), success(77));
+  release();  // before the sender is destroyed
 }
 
 TEST_P(Indications, AreDecodedIntoTheirOwnStructureOnly) {

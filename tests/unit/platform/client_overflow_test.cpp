@@ -14,48 +14,6 @@ constexpr char kBoundVariable[] = "QOREXT_INDICATION_QUEUE";
 constexpr size_t kDefaultBound = 64 << 20;
 constexpr size_t kMinBound = 128 << 10;
 
-// A callback that returns for as many indications as the test allows, or for any number.
-struct Turnstile {
-  Seen seen;
-  std::atomic<size_t> entered = 0;
-
-  static void callback(qmi_client_type, unsigned int, void* buffer, unsigned int length,
-                       void* data) {
-    auto& self = *static_cast<Turnstile*>(data);
-    ++self.entered;
-    self.wait();
-    auto* bytes = static_cast<const uint8_t*>(buffer);
-    self.seen.add(static_cast<uint32_t>(codec_test::get(Bytes(bytes, bytes + length), 3, 4)));
-  }
-  void let_one_through() {
-    change([this] { ++allowed_; });
-  }
-  void open() {
-    change([this] { is_open_ = true; });
-  }
-  void shut() {
-    change([this] { is_open_ = false; });
-  }
-
- private:
-  void wait() {
-    std::unique_lock lock(mutex_);
-    changed_.wait(lock, [this] { return is_open_ || allowed_ > 0; });
-    if (!is_open_) --allowed_;
-  }
-  template <typename Change>
-  void change(Change change) {
-    std::lock_guard lock(mutex_);
-    change();
-    changed_.notify_one();
-  }
-
-  std::mutex mutex_;
-  std::condition_variable changed_;
-  size_t allowed_ = 0;
-  bool is_open_ = false;
-};
-
 // An indication of about `size` bytes that carries a number.
 Bytes indication_of(uint32_t number, size_t size) {
   Bytes tlvs = {0x01, 4, 0, 0, 0, 0, 0, 0x10, 0, 0};
@@ -86,10 +44,6 @@ Report parse(const std::string& line) {
 class Overflow : public ModemAndClient, public testing::TestWithParam<TransportKind> {
  protected:
   Overflow() : ModemAndClient(GetParam(), {.queue = 2 * kDefaultBound}) {}
-  ~Overflow() override {
-    turnstile_.open();
-    if (client_ != nullptr) release();  // before the turnstile is destroyed
-  }
 
   void open(const std::optional<std::string>& bound) {
     std::optional<ScopedEnv> variable;
@@ -152,7 +106,6 @@ class Overflow : public ModemAndClient, public testing::TestWithParam<TransportK
   static constexpr size_t kSize = 500;
   static constexpr size_t kBound = 256 << 10;
 
-  Turnstile turnstile_;
   uint32_t sent_ = 0;
   uint32_t requests_ = 0;
 };

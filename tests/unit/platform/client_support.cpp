@@ -111,6 +111,40 @@ size_t Seen::count() {
   return numbers.size();
 }
 
+void Turnstile::callback(qmi_client_type, unsigned int, void* buffer, unsigned int length,
+                         void* turnstile) {
+  auto& self = *static_cast<Turnstile*>(turnstile);
+  ++self.entered;
+  {
+    std::unique_lock lock(self.mutex_);
+    self.changed_.wait(lock, [&self] { return self.is_open_ || self.allowed_ > 0; });
+    if (!self.is_open_) --self.allowed_;
+  }
+  auto* bytes = static_cast<const uint8_t*>(buffer);
+  self.seen.add(static_cast<uint32_t>(codec_test::get(Bytes(bytes, bytes + length), 3, 4)));
+}
+
+void Turnstile::let_one_through() {
+  std::lock_guard lock(mutex_);
+  ++allowed_;
+  changed_.notify_one();
+}
+
+void Turnstile::open() {
+  std::lock_guard lock(mutex_);
+  is_open_ = true;
+  changed_.notify_one();
+}
+
+void Turnstile::shut() {
+  std::lock_guard lock(mutex_);
+  is_open_ = false;
+}
+
+void Turnstile::wait_for_entry() {
+  EXPECT_TRUE(eventually([this] { return entered > 0; }));
+}
+
 std::vector<std::string> take_log_lines() {
   std::lock_guard lock(g_log_mutex);
   return std::exchange(g_log_lines, {});
@@ -123,6 +157,7 @@ ModemAndClient::ModemAndClient(TransportKind kind, const qmi_transport::ServerLi
 }
 
 ModemAndClient::~ModemAndClient() {
+  turnstile_.open();
   if (client_ != nullptr) qmi_client_release(client_);
 }
 

@@ -93,6 +93,26 @@ struct Seen {
   size_t count();
 };
 
+// A callback that blocks until the test lets it return. Accepts any message with a u32 in TLV 0x01.
+struct Turnstile {
+  Seen seen;
+  std::atomic<size_t> entered = 0;
+
+  static void callback(qmi_client_type client, unsigned int message_id, void* buffer,
+                       unsigned int length, void* turnstile);
+  void let_one_through();
+  void open();
+  void shut();
+  // Waits until a callback has entered.
+  void wait_for_entry();
+
+ private:
+  std::mutex mutex_;
+  std::condition_variable changed_;
+  size_t allowed_ = 0;
+  bool is_open_ = false;
+};
+
 // The errors logged since the last call, as "TAG: TEXT".
 std::vector<std::string> take_log_lines();
 
@@ -109,7 +129,9 @@ class ModemAndClient {
 
   ModemPlace place_;
   ScriptedModem modem_;
+  // For callbacks. Members, so that they live until the client is released.
   Seen seen_;
+  Turnstile turnstile_;
   qmi_client_type client_ = nullptr;
 };
 
