@@ -3,8 +3,6 @@
 
 namespace {
 
-using nlohmann::json;
-
 class CarrierRequests : public ModemTest {};
 
 TEST_F(CarrierRequests, BandsAreReadBackAsWritten) {
@@ -14,12 +12,12 @@ TEST_F(CarrierRequests, BandsAreReadBackAsWritten) {
   EXPECT_EQ(ask_qorext("read_band", {{"selector", 1}}), (json{{"status", 0}, {"band", 5}}));
 }
 
-TEST_F(CarrierRequests, BandOfAnotherSelectorIsRefused) {
+TEST_F(CarrierRequests, UnknownBandSelectorIsRefused) {
   EXPECT_EQ(ask_qorext("read_band", {{"selector", 2}}), (json{{"status", 1}, {"band", 0}}));
   EXPECT_EQ(ask_qorext("write_band", {{"selector", 2}, {"band", 1}}), (json{{"status", 1}}));
 }
 
-TEST_F(CarrierRequests, ProfileIsKept) {
+TEST_F(CarrierRequests, ProfileIsStored) {
   EXPECT_EQ(ask_qorext("switch_profile", {{"profile", 3}}), (json{{"status", 0}}));
   EXPECT_EQ(state().carrier.active_profile, 3U);
 }
@@ -35,7 +33,7 @@ TEST_F(CarrierRequests, TotOrderIsReadBackAsUpdated) {
   EXPECT_EQ(ask_qorext("get_tot_order"), (json{{"result", success()}, {"entries", {9, 8, 7, 6}}}));
 }
 
-TEST_F(CarrierRequests, RoamingListSegmentIsKeptWithItsSize) {
+TEST_F(CarrierRequests, RoamingListSegmentIsStoredWithItsSize) {
   std::string segment(2 * 16384, '7');
   EXPECT_EQ(ask_qorext("set_roaming_list_segment", {{"segment", segment}}), (json{{"status", 0}}));
   EXPECT_EQ(ask_qorext("set_roaming_list_segment", {{"segment", "0102"}}), (json{{"status", 0}}));
@@ -43,7 +41,7 @@ TEST_F(CarrierRequests, RoamingListSegmentIsKeptWithItsSize) {
   EXPECT_EQ(state().carrier.roaming_list.last_segment, (Bytes{1, 2}));
 }
 
-TEST_F(CarrierRequests, FactoryResetBringsBackTheStartState) {
+TEST_F(CarrierRequests, FactoryResetRestoresTheStartState) {
   ask_qorext("set_bsr_timer", {{"timer", 42}});
   ask_qorext("element_write", {{"rde_id", 10018}, {"length", 1}, {"data", "02"}});
   EXPECT_EQ(ask_qorext("factory_reset", {{"mode", 255}}), (json{{"outcome", 1}}));
@@ -51,7 +49,7 @@ TEST_F(CarrierRequests, FactoryResetBringsBackTheStartState) {
   EXPECT_EQ(ask_qorext("element_read", {{"rde_id", 10018}})["data"], "00");
 }
 
-TEST_F(CarrierRequests, ActiveApnsAreGivenByNameAndAddress) {
+TEST_F(CarrierRequests, ActiveApnsHaveNamesAndAddresses) {
   json answer = ask_qorext("get_active_ehrpd_apn");
   EXPECT_EQ(answer["result"], success());
   EXPECT_EQ(answer["count"], 2);
@@ -87,13 +85,13 @@ TEST_F(CarrierRequests, WithoutServiceThereAreNoChannels) {
   EXPECT_EQ(ask_qorext("get_lte_channel"), (json{{"outcome", 1}, {"error", 0}}));
 }
 
-// The text is hexadecimal itself, and so is its form in JSON.
+// The record is hexadecimal text, which JSON shows as hexadecimal bytes.
 std::string text_of(const json& answer) {
   auto bytes = qmi_json::from_hex(answer["data"].get<std::string>());
   return {bytes->begin(), bytes->end()};
 }
 
-TEST_F(CarrierRequests, EngineeringRecordsComeAsHexadecimalText) {
+TEST_F(CarrierRequests, EngineeringRecordsAreHexadecimalText) {
   json call = ask_qorext("engineering_info", {{"type", 0}});
   EXPECT_EQ(call["status"], 0);
   EXPECT_EQ(call["type"], 0);
@@ -112,7 +110,7 @@ TEST_F(CarrierRequests, GivenEngineeringTextReplacesTheRecord) {
   EXPECT_EQ(text_of(ask_qorext("engineering_info", {{"type", 1}})), "0G");
 }
 
-TEST_F(CarrierRequests, EngineeringInfoOfAnotherTypeIsRefused) {
+TEST_F(CarrierRequests, UnknownTypeOfEngineeringInfoIsRefused) {
   EXPECT_EQ(ask_qorext("engineering_info", {{"type", 2}})["status"], 1);
 }
 

@@ -6,13 +6,10 @@
 #include <fstream>
 #include <sstream>
 
-#include "modem/control/control.h"
 #include "modem/scenario.h"
 #include "tests/unit/modem/modem_test.h"
 
 namespace {
-
-using nlohmann::json;
 
 // The lines of the code blocks that begin with this fence.
 std::vector<std::string> blocks_of(const std::string& page, const std::string& fence) {
@@ -37,10 +34,9 @@ bool is_exact(const std::string& answer) {
   return answer.find("...") == std::string::npos && answer.find("\"time\"") == std::string::npos;
 }
 
-class Docs : public ModemTest {};
+class Docs : public ControlTest {};
 
 TEST_F(Docs, ControlExamplesAreAnsweredAsShown) {
-  modem::Control control(simulator);
   int checked = 0;
   for (const std::string& block : blocks_of("modem-control.md", "```")) {
     std::istringstream lines(block);
@@ -71,14 +67,13 @@ TEST_F(Docs, ScenarioExamplesLoad) {
 TEST_F(Docs, EveryKeyOfTheStateIsInTheScenarioPage) {
   std::ifstream stream(std::string(QOREXT_DOCS_PATH) + "/scenarios.md");
   std::string page{std::istreambuf_iterator<char>(stream), {}};
-  modem::Control control(simulator);
-  json state = json::parse(control.answer(R"({"command":"state"})"))["state"].flatten();
+  json state = command("state")["state"].flatten();
   for (const auto& [pointer, value] : state.items()) {
     std::string name = pointer.substr(pointer.find_last_of('/') + 1);
     if (isdigit(static_cast<unsigned char>(name[0])) != 0) continue;
-    bool is_told = page.find("`" + name + "`") != std::string::npos ||
-                   page.find("." + name + "`") != std::string::npos;
-    EXPECT_TRUE(is_told) << pointer;
+    bool is_on_page = page.find("`" + name + "`") != std::string::npos ||
+                      page.find("." + name + "`") != std::string::npos;
+    EXPECT_TRUE(is_on_page) << pointer;
   }
 }
 

@@ -3,8 +3,6 @@
 
 namespace {
 
-using nlohmann::json;
-
 class Faults : public ModemTest {
  protected:
   void add(const json& fields) {
@@ -12,7 +10,7 @@ class Faults : public ModemTest {
     modem::Archive::from_json(fields, "", fault);
     simulator.faults.add(fault);
   }
-  Bytes spoiled(const char* name, const json& fields = {}) {
+  Bytes answer_to(const char* name, const json& fields = {}) {
     return exchange(modem::qorext_service(), request_packet(modem::qorext_service(), name, fields));
   }
   void send(const char* name, const json& fields = {}) {
@@ -33,7 +31,7 @@ TEST_F(Faults, SilentRequestsAreNeitherAnsweredNorServed) {
   EXPECT_EQ(simulator.requests.all().size(), 1U);
 }
 
-TEST_F(Faults, LateAnswerComesWhenItsTimeHasCome) {
+TEST_F(Faults, DelayedAnswerIsSentAfterItsDelay) {
   add({{"kind", "delay"}, {"delay_ms", 60000}});
   send("get_bsr_timer");
   EXPECT_TRUE(actions(std::chrono::seconds(30)).empty());
@@ -42,7 +40,7 @@ TEST_F(Faults, LateAnswerComesWhenItsTimeHasCome) {
   EXPECT_EQ(tlvs_of(late[0].packet), right_tlvs);
 }
 
-TEST_F(Faults, ErrorIsToldInTheMessagesOwnConvention) {
+TEST_F(Faults, ErrorIsReportedInTheFormOfTheMessage) {
   add({{"kind", "error"}, {"result", 1}, {"error", 93}});
   EXPECT_EQ(ask(modem::nas_service(), "get_sig_info"), (json{{"result", result(1, 93)}}));
   EXPECT_EQ(ask_qorext("get_bsr_timer"), (json{{"outcome", 0}, {"error", 93}, {"timer", 0}}));
@@ -59,40 +57,40 @@ TEST_F(Faults, RefusedRequestChangesNothing) {
 
 TEST_F(Faults, TruncatedAnswerStopsAtTheGivenByte) {
   add({{"kind", "truncated"}, {"bytes", 5}});
-  Bytes packet = spoiled("get_bsr_timer");
+  Bytes packet = answer_to("get_bsr_timer");
   EXPECT_TRUE(qmi_idl::load_header(packet).has_value());
   EXPECT_EQ(tlvs_of(packet), Bytes(right_tlvs.begin(), right_tlvs.begin() + 5));
 }
 
-TEST_F(Faults, TruncationBehindTheEndCutsNothing) {
+TEST_F(Faults, TruncationAfterTheEndChangesNothing) {
   add({{"kind", "truncated"}, {"bytes", 100}});
-  EXPECT_EQ(tlvs_of(spoiled("get_bsr_timer")), right_tlvs);
+  EXPECT_EQ(tlvs_of(answer_to("get_bsr_timer")), right_tlvs);
 }
 
-TEST_F(Faults, MalformedAnswerClaimsATlvThatIsTooLong) {
+TEST_F(Faults, MalformedAnswerHasATlvLengthThatIsTooLarge) {
   add({{"kind", "malformed"}});
   Bytes expected = right_tlvs;
   expected[1] = expected[2] = 0xFF;
-  EXPECT_EQ(tlvs_of(spoiled("get_bsr_timer")), expected);
+  EXPECT_EQ(tlvs_of(answer_to("get_bsr_timer")), expected);
 }
 
-TEST_F(Faults, GarbageHasTheRightSizeAndDependsOnTheSeed) {
+TEST_F(Faults, RandomBytesHaveTheRightSizeAndDependOnTheSeed) {
   add({{"kind", "garbage"}});
-  Bytes first = tlvs_of(spoiled("get_bsr_timer"));
+  Bytes first = tlvs_of(answer_to("get_bsr_timer"));
   EXPECT_EQ(first.size(), right_tlvs.size());
   EXPECT_NE(first, right_tlvs);
 
   simulator.faults = modem::Faults(1);
   add({{"kind", "garbage"}});
-  EXPECT_EQ(tlvs_of(spoiled("get_bsr_timer")), first);
+  EXPECT_EQ(tlvs_of(answer_to("get_bsr_timer")), first);
   simulator.faults = modem::Faults(2);
   add({{"kind", "garbage"}});
-  EXPECT_NE(tlvs_of(spoiled("get_bsr_timer")), first);
+  EXPECT_NE(tlvs_of(answer_to("get_bsr_timer")), first);
 }
 
-TEST_F(Faults, AnswerToAnotherTransactionIsOtherwiseRight) {
+TEST_F(Faults, AnswerToAnotherTransactionIsOtherwiseUnchanged) {
   add({{"kind", "transaction"}});
-  Bytes packet = spoiled("get_bsr_timer");
+  Bytes packet = answer_to("get_bsr_timer");
   auto header = qmi_idl::load_header(packet);
   ASSERT_TRUE(header.has_value());
   EXPECT_NE(header->transaction, kTransaction);
@@ -118,7 +116,7 @@ TEST_F(Faults, DuplicateAnswerComesTwice) {
   EXPECT_EQ(due[0].packet, due[1].packet);
 }
 
-TEST_F(Faults, CloseTakesTheServiceAwayAndBringsItBack) {
+TEST_F(Faults, CloseWithdrawsAndPublishesTheService) {
   add({{"kind", "close"}});
   send("get_bsr_timer");
   auto due = actions();
@@ -133,10 +131,10 @@ TEST_F(Faults, FaultEndsAfterTheGivenNumberOfRequests) {
   send("get_bsr_timer");
   send("get_bsr_timer");
   EXPECT_TRUE(actions(kMuchLater).empty());
-  EXPECT_EQ(tlvs_of(spoiled("get_bsr_timer")), right_tlvs);
+  EXPECT_EQ(tlvs_of(answer_to("get_bsr_timer")), right_tlvs);
 }
 
-TEST_F(Faults, FaultMeetsOnlyItsServiceAndMessage) {
+TEST_F(Faults, FaultAffectsOnlyItsServiceAndMessage) {
   add({{"kind", "silent"}, {"service", "qorext"}, {"message", "get_bsr_timer"}});
   EXPECT_EQ(ask(modem::nas_service(), "get_sig_info")["result"], success());
   EXPECT_EQ(ask_qorext("read_band")["status"], 0);
@@ -144,17 +142,17 @@ TEST_F(Faults, FaultMeetsOnlyItsServiceAndMessage) {
   EXPECT_TRUE(actions(kMuchLater).empty());
 }
 
-TEST_F(Faults, MessageWithoutANameIsMetByItsNumber) {
+TEST_F(Faults, FaultOfAMessageWithoutANameIsGivenByNumber) {
   add({{"kind", "error"}, {"message", "0xBEE"}, {"error", 7}});
   Bytes packet = exchange(modem::dms_service(),
                           modem::make_packet(qmi_idl::WireType::request, kTransaction, 0xBEE, {}));
   EXPECT_EQ(tlvs_of(packet), (Bytes{2, 4, 0, 1, 0, 7, 0}));
 }
 
-TEST_F(Faults, ClearedFaultsAreOver) {
+TEST_F(Faults, ClearedFaultsHaveNoEffect) {
   add({{"kind", "silent"}});
   simulator.faults.clear();
-  EXPECT_EQ(tlvs_of(spoiled("get_bsr_timer")), right_tlvs);
+  EXPECT_EQ(tlvs_of(answer_to("get_bsr_timer")), right_tlvs);
 }
 
 }  // namespace

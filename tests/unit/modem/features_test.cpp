@@ -3,8 +3,6 @@
 
 namespace {
 
-using nlohmann::json;
-
 class FeatureRequests : public ModemTest {
  protected:
   json utils(int type, const std::string& data) {
@@ -12,21 +10,21 @@ class FeatureRequests : public ModemTest {
   }
 };
 
-TEST_F(FeatureRequests, SilentRebootAnswersAFewBytes) {
+TEST_F(FeatureRequests, SilentRebootIsAnsweredWithItsData) {
   EXPECT_EQ(utils(3, ""), (json{{"status", 0}, {"data", "0001"}}));
 }
 
-TEST_F(FeatureRequests, AutoVerifyNoticeIsRemembered) {
+TEST_F(FeatureRequests, AutoVerifyNoticeIsStored) {
   EXPECT_EQ(utils(4, "01"), (json{{"status", 0}, {"data", ""}}));
   EXPECT_EQ(state().features.auto_verify, (Bytes{1}));
 }
 
-TEST_F(FeatureRequests, SystemInformationFilterIsKept) {
+TEST_F(FeatureRequests, SystemInformationFilterIsStored) {
   EXPECT_EQ(utils(5, "03")["status"], 0);
   EXPECT_EQ(state().features.system_info_filter, 3);
 }
 
-TEST_F(FeatureRequests, CoverageModeAndTextAreKept) {
+TEST_F(FeatureRequests, CoverageModeAndTextAreStored) {
   EXPECT_EQ(utils(6, "02616200")["status"], 0);
   EXPECT_EQ(state().features.coverage_mode, 2);
   EXPECT_EQ(state().features.coverage_text, "ab");
@@ -78,7 +76,7 @@ TEST_F(FeatureRequests, DataPlmnRecordHas560Bytes) {
   EXPECT_EQ(record.substr(0, 24), "010000000100010008000000");
 }
 
-TEST_F(FeatureRequests, TunerSettingIsKeptAndGivenBack) {
+TEST_F(FeatureRequests, TunerSettingIsStoredAndReturned) {
   EXPECT_EQ(ask_qorext("tuner", {{"data", "0a0b0c"}}), (json{{"data", "0a0b0c"}}));
   EXPECT_EQ(state().features.tuner, (Bytes{0x0A, 0x0B, 0x0C}));
 }

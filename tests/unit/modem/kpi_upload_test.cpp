@@ -1,16 +1,13 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "modem/kpi/kpi_upload.h"
 
-#include "modem/control/control.h"
 #include "tests/unit/modem/modem_test.h"
 
 namespace {
 
-using modem::Bytes;
 using modem::KpiUpload;
 using modem::UploadOptions;
 using modem::UploadPlan;
-using nlohmann::json;
 using ::testing::HasSubstr;
 
 // The packets of an upload as hex, without their sizes: "PPSSLL:PAYLOAD ...".
@@ -18,9 +15,7 @@ std::string packets_of(const UploadOptions& options) {
   KpiUpload upload(options);
   std::string texts;
   while (auto packet = upload.next()) {
-    auto header = qmi_idl::load_header(*packet);
-    json fields = modem::fields_of(modem::qorext_service(), *header,
-                                   std::span<const uint8_t>(*packet).subspan(qmi_idl::kHeaderSize));
+    json fields = fields_of(modem::qorext_service(), *packet);
     EXPECT_EQ(fields["type"], 1);
     std::string data = fields["data"];
     texts += data.substr(0, 6) + ":" + data.substr(12) + " ";
@@ -51,12 +46,12 @@ TEST(KpiUploadPackets, AreLostAndReorderedOnRequest) {
             "000100:eeffc00100 000200:01 000300:02 000501:04 000400:03 ");
 }
 
-TEST(KpiUploadPackets, OfAHeaderlessLogHoldNothingButTheLog) {
+TEST(KpiUploadPackets, OfAHeaderlessLogHoldOnlyTheLog) {
   EXPECT_EQ(packets_of({.data = {1, 2, 3, 4, 5, 6}, .is_headerless = true}),
             "000101:010203040506 ");
 }
 
-TEST(KpiUploadPlan, EndsAPackageWithItsTwoHundredFiftyFifthPacket) {
+TEST(KpiUploadPlan, EndsAPackageAfter255Packets) {
   UploadPlan plan({}, uint64_t{255} * 502 + 1);
   EXPECT_EQ(plan.packets(), 256U);
   EXPECT_EQ(plan.packages(), 2U);
@@ -72,7 +67,7 @@ TEST(KpiUploadPlan, EndsAPackageWithItsTwoHundredFiftyFifthPacket) {
   EXPECT_EQ(next.size, 1U);
 }
 
-TEST(KpiUploadPlan, GivesAShortHeaderlessPackageAPacketOfTheOneBefore) {
+TEST(KpiUploadPlan, LengthensAShortHeaderlessPackageByOnePacket) {
   UploadPlan plan({.packet_size = 8, .is_headerless = true}, uint64_t{255} * 8 + 4);
   EXPECT_TRUE(plan.place(253).is_last);
   EXPECT_EQ(plan.place(254).sequence, 1U);
@@ -83,7 +78,7 @@ TEST(KpiUploadPlan, GivesAShortHeaderlessPackageAPacketOfTheOneBefore) {
   EXPECT_TRUE(plan.place(255).is_last);
 }
 
-TEST(KpiUploadPlan, RefusesWhatTheReceiverCouldNotTake) {
+TEST(KpiUploadPlan, RefusesPacketsThatTheReceiverDoesNotAccept) {
   EXPECT_THROW(UploadPlan({.packet_size = 503}, 9), std::invalid_argument);
   EXPECT_NO_THROW(UploadPlan({.packet_size = 506, .is_headerless = true}, 9));
   EXPECT_THROW(UploadPlan({.packet_size = 4, .is_headerless = true}, 9), std::invalid_argument);
@@ -92,43 +87,38 @@ TEST(KpiUploadPlan, RefusesWhatTheReceiverCouldNotTake) {
   EXPECT_THROW(UploadPlan({.packet_size = 3, .reorder = 3}, 9), std::invalid_argument);
 }
 
-class UploadCommands : public ModemTest {
- protected:
-  json line(const std::string& text) { return json::parse(control.answer(text)); }
+class UploadCommands : public ControlTest {};
 
-  modem::Control control{simulator};
-};
-
-TEST_F(UploadCommands, AreTakenOneAfterTheOther) {
-  EXPECT_EQ(line(R"({"command":"kpi","data":"0102"})")["upload"], 1);
-  EXPECT_EQ(line(R"({"command":"kpi","data":"03"})")["upload"], 2);
+TEST_F(UploadCommands, RunOneAtATime) {
+  EXPECT_EQ(command("kpi", {{"data", "0102"}})["upload"], 1);
+  EXPECT_EQ(command("kpi", {{"data", "03"}})["upload"], 2);
   while (auto* upload = simulator.uploads.current()) upload->next();
-  json list = line(R"({"command":"uploads"})")["uploads"];
+  json list = command("uploads")["uploads"];
   ASSERT_EQ(list.size(), 2U);
   EXPECT_EQ(list[0]["bytes"], 2);
   EXPECT_EQ(list[1]["state"], "done");
 }
 
-TEST_F(UploadCommands, WantALog) {
-  EXPECT_EQ(line(R"({"command":"kpi"})")["ok"], false);
-  EXPECT_THAT(line(R"({"command":"kpi","file":"/no/such"})")["error"], HasSubstr("/no/such"));
-  EXPECT_THAT(line(R"({"command":"kpi","file":"/tmp"})")["error"], HasSubstr("not a file"));
+TEST_F(UploadCommands, RequireALog) {
+  EXPECT_EQ(command("kpi")["ok"], false);
+  EXPECT_THAT(command("kpi", {{"file", "/no/such"}})["error"], HasSubstr("/no/such"));
+  EXPECT_THAT(command("kpi", {{"file", "/tmp"}})["error"], HasSubstr("not a file"));
   EXPECT_EQ(simulator.uploads.current(), nullptr);
 }
 
-TEST_F(UploadCommands, TellAFailureAndGoOnWithTheNext) {
-  line(R"({"command":"kpi","data":"0102"})");
-  line(R"({"command":"kpi","data":"03"})");
+TEST_F(UploadCommands, ReportAFailureAndContinueWithTheNext) {
+  command("kpi", {{"data", "0102"}});
+  command("kpi", {{"data", "03"}});
   simulator.uploads.current()->fail("the client has gone");
-  json list = line(R"({"command":"uploads"})")["uploads"];
+  json list = command("uploads")["uploads"];
   EXPECT_EQ(list[0]["state"], "failed");
   EXPECT_EQ(list[0]["error"], "the client has gone");
   EXPECT_NE(simulator.uploads.current(), nullptr);
 }
 
-TEST_F(UploadCommands, ASinglePacketIsComposedAtWill) {
-  line(R"({"command":"kpi_packet","package":9,"sequence":4,"last":false,"data":"aa"})");
-  line(R"({"command":"kpi_packet","header":46202862,"data":"bb"})");
+TEST_F(UploadCommands, ASinglePacketHasTheGivenFields) {
+  command("kpi_packet", {{"package", 9}, {"sequence", 4}, {"last", false}, {"data", "aa"}});
+  command("kpi_packet", {{"header", 46202862}, {"data", "bb"}});
   auto due = actions();
   ASSERT_EQ(due.size(), 2U);
   EXPECT_EQ(due[0].kind, Action::Kind::broadcast);
@@ -136,15 +126,15 @@ TEST_F(UploadCommands, ASinglePacketIsComposedAtWill) {
   EXPECT_EQ(fields_of(modem::qorext_service(), due[1].packet)["data"], "000101000500eeffc002bb");
 }
 
-TEST_F(UploadCommands, SavesTellHowManyAnswersCameBefore) {
+TEST_F(UploadCommands, SavesReportTheNumberOfEarlierAnswers) {
   ask_qorext("hob", {{"state", 0xFF}});
   ask_qorext("hob", {{"state", 1}});
-  EXPECT_EQ(line(R"({"command":"hob_save","count":2})")["answers"], 1);
+  EXPECT_EQ(command("hob_save", {{"count", 2}})["answers"], 1);
   EXPECT_EQ(actions().size(), 2U);
   ask_qorext("hob", {{"state", 0}});
-  json told = line(R"({"command":"hob"})");
-  EXPECT_EQ(told["states"], (json{"ready", "saved", "failed"}));
-  EXPECT_EQ(told["answers"], 2);
+  json hob = command("hob");
+  EXPECT_EQ(hob["states"], (json{"ready", "saved", "failed"}));
+  EXPECT_EQ(hob["answers"], 2);
 }
 
 }  // namespace

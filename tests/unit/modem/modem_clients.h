@@ -15,7 +15,7 @@
 #include <string>
 
 #include "modem/messages/packet.h"
-#include "modem/messages/packet.h"
+#include "modem/messages/services.h"
 #include "platform/linux/qmi_json/json_fields.h"
 #include "platform/linux/qmi_transport/descriptors.h"
 #include "platform/linux/qmi_transport/transport.h"
@@ -25,15 +25,32 @@ using nlohmann::json;
 
 using Clock = std::chrono::steady_clock;
 
-// For everything that a test waits for.
-constexpr std::chrono::milliseconds kPatience{10000};
+constexpr std::chrono::milliseconds kTimeout{10000};
+constexpr uint16_t kTransaction = 0x1234;
 
 inline bool wait_readable(int fd) {
   pollfd wanted{fd, POLLIN, 0};
-  return poll(&wanted, 1, static_cast<int>(kPatience.count())) == 1;
+  return poll(&wanted, 1, static_cast<int>(kTimeout.count())) == 1;
 }
 
-// A connection to the control socket; no answer within the patience is an empty line.
+inline Bytes request_packet(const qmi_idl::Service& service, const char* name,
+                            const json& fields = {}, uint16_t transaction = kTransaction) {
+  const auto* message = qmi_json::find_by_name(service, qmi_idl::Direction::request, name);
+  if (message == nullptr) throw std::invalid_argument(name);
+  Bytes structure(message->size);
+  qmi_json::from_json(*message, fields, structure);
+  return modem::encode_packet(qmi_idl::WireType::request, transaction, *message, structure);
+}
+
+// Null when the TLVs do not decode, "nothing" for bytes that are not a packet.
+inline json fields_of(const qmi_idl::Service& service, const Bytes& packet) {
+  auto header = qmi_idl::load_header(packet);
+  if (!header) return "nothing";
+  return modem::fields_of(service, *header,
+                          std::span<const uint8_t>(packet).subspan(qmi_idl::kHeaderSize));
+}
+
+// A connection to the control socket; without an answer in time a line is empty.
 class ControlClient {
  public:
   explicit ControlClient(const std::string& path)
@@ -64,9 +81,11 @@ class ControlClient {
       input_.append(buffer, static_cast<size_t>(size));
     }
   }
-  json command(const json& object) {
-    send_text(object.dump() + "\n");
-    return json::parse(read_line(), nullptr, false);
+  json read_json() { return json::parse(read_line(), nullptr, false); }
+  json command(const char* name, json arguments = json::object()) {
+    arguments["command"] = name;
+    send_text(arguments.dump() + "\n");
+    return read_json();
   }
 
  private:
@@ -78,7 +97,8 @@ class ControlClient {
 // A client of one of the modem's services.
 class ServiceClient {
  public:
-  ServiceClient(const qmi_transport::Endpoint& endpoint, const qmi_idl::Service& service)
+  explicit ServiceClient(const qmi_transport::Endpoint& endpoint,
+                         const qmi_idl::Service& service = modem::qorext_service())
       : service_(service), buffer_(qmi_transport::kMaxPacketSize) {
     watch_ = qmi_transport::watch_service(endpoint, service.id, service.version);
     auto server = watch_ ? next(qmi_transport::Announcement::Kind::appeared) : std::nullopt;
@@ -101,22 +121,13 @@ class ServiceClient {
   }
 
   json ask(const char* name, const json& fields = {}) {
-    const auto* message = qmi_json::find_by_name(service_, qmi_idl::Direction::request, name);
-    Bytes structure(message->size);
-    qmi_json::from_json(*message, fields, structure);
-    send(modem::encode_packet(qmi_idl::WireType::request, ++transaction_, *message, structure));
+    send(request_packet(service_, name, fields, ++transaction_));
     return next_fields();
   }
 
-  void send(const Bytes& packet) { channel_->send(packet, Clock::now() + kPatience); }
+  void send(const Bytes& packet) { channel_->send(packet, Clock::now() + kTimeout); }
 
-  json next_fields() {
-    Bytes packet = next_packet();
-    auto header = qmi_idl::load_header(packet);
-    if (!header) return "nothing";
-    return modem::fields_of(service_, *header,
-                            std::span<const uint8_t>(packet).subspan(qmi_idl::kHeaderSize));
-  }
+  json next_fields() { return fields_of(service_, next_packet()); }
 
   bool sees_the_service_go() {
     return wait_readable(channel_->fd()) &&

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// The executable itself, started in a folder of its own.
+// The executable, started in a folder of its own.
 #pragma once
 
 #include <fcntl.h>
@@ -49,7 +49,7 @@ class ModemProcess : public ::testing::Test {
     _exit(127);
   }
 
-  // With both sockets; returns when the modem says that it is up.
+  // With both sockets. Returns when the modem has reported that it is ready.
   void start(const std::vector<std::string>& more = {}) {
     int ends[2];
     ASSERT_EQ(pipe(ends), 0);
@@ -68,9 +68,9 @@ class ModemProcess : public ::testing::Test {
     ASSERT_EQ(read(read_end.get(), byte, sizeof byte), 0);
   }
 
-  // The exit status, or -1 when it does not end by itself.
+  // The exit status, or -1 if the process does not exit.
   int wait_for_end() {
-    auto deadline = Clock::now() + kPatience;
+    auto deadline = Clock::now() + kTimeout;
     int status = 0;
     while (waitpid(pid_, &status, WNOHANG) == 0) {
       if (Clock::now() > deadline) return -1;
@@ -85,6 +85,12 @@ class ModemProcess : public ::testing::Test {
     return {std::istreambuf_iterator<char>(stream), {}};
   }
 
+  // On a control connection that stays open.
+  json command(const char* name, const json& arguments = json::object()) {
+    if (!control_) control_.emplace(control_path);
+    return control_->command(name, arguments);
+  }
+
   bool exists(const std::string& path) const { return std::filesystem::exists(path); }
 
   qmi_transport::Endpoint endpoint{};
@@ -93,4 +99,5 @@ class ModemProcess : public ::testing::Test {
 
  private:
   std::string folder_;
+  std::optional<ControlClient> control_;
 };

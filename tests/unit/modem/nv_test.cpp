@@ -3,8 +3,6 @@
 
 namespace {
 
-using nlohmann::json;
-
 class Nv : public ModemTest {
  protected:
   json read(uint32_t rde_id, uint32_t offset = 0, uint32_t length = 0, uint32_t record = 0) {
@@ -21,7 +19,7 @@ class Nv : public ModemTest {
   }
 };
 
-TEST_F(Nv, ReadWithoutALengthGivesTheWholeItemAndItsSizeTwice) {
+TEST_F(Nv, ReadWithoutALengthReturnsTheWholeItem) {
   json answer = read(32);
   EXPECT_EQ(answer["result"], success());
   EXPECT_EQ(answer["rde_id"], 32);
@@ -29,7 +27,7 @@ TEST_F(Nv, ReadWithoutALengthGivesTheWholeItemAndItsSizeTwice) {
   EXPECT_EQ(answer["data"], "303030303030");
 }
 
-TEST_F(Nv, ReadWithALengthGivesThatManyBytesFromTheOffset) {
+TEST_F(Nv, ReadWithALengthStartsAtTheOffset) {
   write(5000, "000102030405");
   json answer = read(5000, 2, 3);
   EXPECT_EQ(answer["offset"], 2);
@@ -37,7 +35,7 @@ TEST_F(Nv, ReadWithALengthGivesThatManyBytesFromTheOffset) {
   EXPECT_EQ(answer["data"], "020304");
 }
 
-TEST_F(Nv, ReadIsCutToWhatIsThere) {
+TEST_F(Nv, ReadStopsAtTheEndOfTheItem) {
   write(5000, "000102030405");
   EXPECT_EQ(read(5000, 4, 100)["data"], "0405");
   EXPECT_EQ(read(5000, 0, 100)["length"], 6);
@@ -49,7 +47,7 @@ TEST_F(Nv, ReadIsCutToWhatIsThere) {
 
 TEST_F(Nv, UnknownItemIsNotProvisioned) { EXPECT_EQ(read(4711)["result"], result(1, 16)); }
 
-TEST_F(Nv, RecordsOfAnItemAreKeptApart) {
+TEST_F(Nv, RecordsOfAnItemAreSeparate) {
   EXPECT_EQ(write(5000, "aa", 0, 1), success());
   EXPECT_EQ(write(5000, "bb", 0, 2), success());
   EXPECT_EQ(read(5000, 0, 0, 1)["data"], "aa");
@@ -57,19 +55,19 @@ TEST_F(Nv, RecordsOfAnItemAreKeptApart) {
   EXPECT_EQ(read(5000)["result"], result(1, 16));
 }
 
-TEST_F(Nv, WriteBehindTheEndFillsTheGapWithZeros) {
+TEST_F(Nv, WriteAfterTheEndFillsTheGapWithZeros) {
   write(5000, "ff");
   EXPECT_EQ(write(5000, "0102", 3), success());
   EXPECT_EQ(read(5000)["data"], "ff00000102");
 }
 
-TEST_F(Nv, WriteInsideKeepsTheRest) {
+TEST_F(Nv, WriteInsideLeavesTheRest) {
   write(5000, "0102030405");
   write(5000, "aabb", 1);
   EXPECT_EQ(read(5000)["data"], "01aabb0405");
 }
 
-TEST_F(Nv, WriteOf512BytesIsKeptAndOneMoreIsRefused) {
+TEST_F(Nv, ItemOf512BytesIsStoredAndALongerOneRefused) {
   std::string full(1024, 'a');
   EXPECT_EQ(write(5000, full), success());
   EXPECT_EQ(read(5000)["data"], full);
@@ -78,13 +76,13 @@ TEST_F(Nv, WriteOf512BytesIsKeptAndOneMoreIsRefused) {
   EXPECT_EQ(read(5001)["result"], result(1, 16));
 }
 
-TEST_F(Nv, WriteWhoseLengthIsNotThatOfItsDataIsRefused) {
+TEST_F(Nv, WriteWithAWrongLengthIsRefused) {
   json answer = ask_qorext("element_write", {{"rde_id", 5000}, {"length", 3}, {"data", "0102"}});
   EXPECT_EQ(answer["result"], result(1, 48));
   EXPECT_EQ(read(5000)["result"], result(1, 16));
 }
 
-TEST_F(Nv, FactoryNamIsEncodedAsTheAirInterfaceDoes) {
+TEST_F(Nv, FactoryNamIsEncodedAsOnTheAirInterface) {
   // 9135550142: area code 913, then 555, 0, 142; the MDN's zero is 10.
   EXPECT_EQ(read(8)["data"], "000a0901030505050a0104020000000000");
   EXPECT_EQ(read(26)["data"], "0000002203");          // 913 - 111 = 802
@@ -106,7 +104,7 @@ TEST_F(Nv, FactoryNamItemsHaveTheirLengths) {
   }
 }
 
-TEST_F(Nv, FactoryHasTheItemsThatTheDaemonAsksFor) {
+TEST_F(Nv, FactoryHasTheItemsThatTheDaemonReads) {
   for (uint32_t item : {10017U, 10018U, 8029U, 8028U, 53U, 41U, 37U, 38U, 39U, 10003U}) {
     EXPECT_EQ(read(item)["result"], success()) << "item " << item;
   }

@@ -12,7 +12,7 @@ using ::testing::IsEmpty;
 
 TEST_F(ModemProcess, ServesAllThreeServices) {
   start();
-  ServiceClient qorext(endpoint, modem::qorext_service());
+  ServiceClient qorext(endpoint);
   ServiceClient nas(endpoint, modem::nas_service());
   ServiceClient dms(endpoint, modem::dms_service());
   ASSERT_TRUE(qorext.is_open() && nas.is_open() && dms.is_open());
@@ -22,46 +22,40 @@ TEST_F(ModemProcess, ServesAllThreeServices) {
   EXPECT_EQ(dms.ask("verify_subsidy_lock", {{"code", "323436383130"}})["result"]["result"], 0);
 }
 
-TEST_F(ModemProcess, WhatOneClientWritesAnotherReads) {
+TEST_F(ModemProcess, AValueWrittenByOneClientIsReadByAnother) {
   start();
-  ServiceClient first(endpoint, modem::qorext_service());
-  ServiceClient second(endpoint, modem::qorext_service());
+  ServiceClient first(endpoint);
+  ServiceClient second(endpoint);
   first.ask("element_write", {{"rde_id", 6000}, {"length", 2}, {"data", "beef"}});
   EXPECT_EQ(second.ask("element_read", {{"rde_id", 6000}})["data"], "beef");
-  ControlClient control(control_path);
-  EXPECT_EQ(control.command({{"command", "nv"}, {"rde_id", 6000}})["data"], "beef");
+  EXPECT_EQ(command("nv", {{"rde_id", 6000}})["data"], "beef");
 }
 
 TEST_F(ModemProcess, IndicationsReachEveryClientOfTheService) {
   start();
-  ServiceClient first(endpoint, modem::qorext_service());
-  ServiceClient second(endpoint, modem::qorext_service());
-  // An answered request shows that the modem knows the client.
+  ServiceClient first(endpoint);
+  ServiceClient second(endpoint);
+  // After an answer the modem knows the client.
   first.ask("get_bsr_timer");
   second.ask("get_bsr_timer");
-  ControlClient control(control_path);
-  control.command({{"command", "indicate"},
-                   {"indication", "carrier_event"},
-                   {"fields", {{"value", 7}}},
-                   {"count", 2}});
+  command("indicate", {{"indication", "carrier_event"}, {"fields", {{"value", 7}}}, {"count", 2}});
   for (int i = 0; i < 2; ++i) {
     EXPECT_EQ(first.next_fields(), (json{{"value", 7}}));
     EXPECT_EQ(second.next_fields(), (json{{"value", 7}}));
   }
 }
 
-TEST_F(ModemProcess, PfpRequestBringsItsIndication) {
+TEST_F(ModemProcess, PfpRequestIsFollowedByItsIndication) {
   start();
-  ServiceClient client(endpoint, modem::qorext_service());
+  ServiceClient client(endpoint);
   EXPECT_EQ(client.ask("pfp")["state"], 0);
   EXPECT_EQ(client.next_fields()["rat"], 8);
 }
 
-TEST_F(ModemProcess, LateAnswerIsSentWhenItsTimeHasCome) {
+TEST_F(ModemProcess, DelayedAnswerIsSentAfterItsDelay) {
   start();
-  ServiceClient client(endpoint, modem::qorext_service());
-  ControlClient control(control_path);
-  control.command({{"command", "fault"}, {"kind", "delay"}, {"delay_ms", 200}});
+  ServiceClient client(endpoint);
+  command("fault", {{"kind", "delay"}, {"delay_ms", 200}});
   auto asked = Clock::now();
   EXPECT_EQ(client.ask("get_bsr_timer")["timer"], 300);
   EXPECT_GE(Clock::now() - asked, std::chrono::milliseconds(200));
@@ -69,16 +63,15 @@ TEST_F(ModemProcess, LateAnswerIsSentWhenItsTimeHasCome) {
 
 TEST_F(ModemProcess, ServiceGoesAwayAndComesBack) {
   start();
-  ServiceClient client(endpoint, modem::qorext_service());
+  ServiceClient client(endpoint);
   client.ask("get_bsr_timer");
-  ControlClient control(control_path);
-  control.command({{"command", "service"}, {"name", "qorext"}, {"up", false}});
+  command("service", {{"name", "qorext"}, {"up", false}});
   EXPECT_TRUE(client.sees_the_service_go());
   EXPECT_TRUE(client.next(qmi_transport::Announcement::Kind::gone).has_value());
 
-  control.command({{"command", "service"}, {"name", "qorext"}, {"up", true}});
+  command("service", {{"name", "qorext"}, {"up", true}});
   EXPECT_TRUE(client.next(qmi_transport::Announcement::Kind::appeared).has_value());
-  ServiceClient next(endpoint, modem::qorext_service());
+  ServiceClient next(endpoint);
   EXPECT_EQ(next.ask("get_bsr_timer")["timer"], 300);
 }
 
@@ -99,27 +92,25 @@ std::vector<uint32_t> instances_at(const qmi_transport::Endpoint& endpoint) {
 TEST_F(ModemProcess, InstancesComeAndGo) {
   start();
   EXPECT_THAT(instances_at(endpoint), ElementsAre(1));
-  ServiceClient first(endpoint, modem::qorext_service());
-  ControlClient control(control_path);
-  EXPECT_EQ(control.command({{"command", "instances"}, {"count", 3}})["count"], 3);
+  ServiceClient first(endpoint);
+  EXPECT_EQ(command("instances", {{"count", 3}})["count"], 3);
   EXPECT_THAT(instances_at(endpoint), ElementsAre(1, 2, 3));
   EXPECT_EQ(first.ask("get_bsr_timer")["timer"], 300);
-  control.command({{"command", "instances"}, {"count", 2}});
+  command("instances", {{"count", 2}});
   EXPECT_THAT(instances_at(endpoint), ElementsAre(1, 2));
   EXPECT_EQ(first.ask("get_bsr_timer")["timer"], 300);
 
-  control.command({{"command", "service"}, {"name", "qorext"}, {"up", false}});
+  command("service", {{"name", "qorext"}, {"up", false}});
   EXPECT_THAT(instances_at(endpoint), IsEmpty());
-  control.command({{"command", "instances"}, {"count", 4}});
+  command("instances", {{"count", 4}});
   EXPECT_THAT(instances_at(endpoint), IsEmpty());
-  control.command({{"command", "service"}, {"name", "qorext"}, {"up", true}});
+  command("service", {{"name", "qorext"}, {"up", true}});
   EXPECT_THAT(instances_at(endpoint), ElementsAre(1, 2, 3, 4));
 }
 
-TEST_F(ModemProcess, ClientsOfAnInstanceEndWithIt) {
+TEST_F(ModemProcess, ClientsOfAWithdrawnInstanceAreClosed) {
   start({"--instances", "2"});
-  ServiceClient first(endpoint, modem::qorext_service());
-  ControlClient control(control_path);
+  ServiceClient first(endpoint);
   auto watch = qmi_transport::watch_service(endpoint, modem::qorext_service().id,
                                             modem::qorext_service().version);
   qmi_transport::Announcement second{};
@@ -129,14 +120,14 @@ TEST_F(ModemProcess, ClientsOfAnInstanceEndWithIt) {
   }
   auto channel = qmi_transport::open_channel(endpoint, second.server);
   ASSERT_NE(channel, nullptr);
-  control.command({{"command", "instances"}, {"count", 1}});
+  command("instances", {{"count", 1}});
   Bytes buffer(qmi_transport::kMaxPacketSize);
   ASSERT_TRUE(wait_readable(channel->fd()));
   EXPECT_EQ(channel->receive(buffer).status, qmi_transport::Status::gone);
   EXPECT_EQ(first.ask("get_bsr_timer")["timer"], 300);
 }
 
-TEST_F(ModemProcess, InstancesAreThoseOfTheOptionOrElseOfTheScenario) {
+TEST_F(ModemProcess, TheOptionForInstancesWinsOverTheScenario) {
   std::ofstream(file("scenario.toml")) << "instances = 2\n";
   start({"--scenario", file("scenario.toml")});
   EXPECT_THAT(instances_at(endpoint), ElementsAre(1, 2));
@@ -152,19 +143,18 @@ TEST_F(ModemProcess, InstancesAreThoseOfTheOptionOrElseOfTheScenario) {
 
 TEST_F(ModemProcess, CloseFaultDropsTheClients) {
   start();
-  ServiceClient client(endpoint, modem::qorext_service());
-  ControlClient control(control_path);
-  control.command({{"command", "fault"}, {"kind", "close"}, {"times", 1}});
+  ServiceClient client(endpoint);
+  command("fault", {{"kind", "close"}, {"times", 1}});
   EXPECT_EQ(client.ask("get_bsr_timer"), "nothing");
-  ServiceClient next(endpoint, modem::qorext_service());
+  ServiceClient next(endpoint);
   EXPECT_EQ(next.ask("get_bsr_timer")["timer"], 300);
 }
 
-TEST_F(ModemProcess, BadPacketsDoNotEndIt) {
+TEST_F(ModemProcess, MalformedPacketsDoNotEndTheProcess) {
   start();
-  ServiceClient good(endpoint, modem::qorext_service());
+  ServiceClient good(endpoint);
   {
-    ServiceClient bad(endpoint, modem::qorext_service());
+    ServiceClient bad(endpoint);
     bad.send({0xFF});
     bad.send({0, 1, 0, 0x08, 0, 9, 0, 1});
     bad.send(modem::result_packet(1, 8, 0, 0));
@@ -175,20 +165,20 @@ TEST_F(ModemProcess, BadPacketsDoNotEndIt) {
   EXPECT_EQ(good.ask("get_bsr_timer")["timer"], 300);
 }
 
-TEST_F(ModemProcess, WatchersAreToldOfEveryMessageInItsOrder) {
+TEST_F(ModemProcess, WatchersGetAReportOfEveryMessageInOrder) {
   start();
   ControlClient watcher(control_path);
-  EXPECT_EQ(watcher.command({{"command", "watch"}}), (json{{"ok", true}}));
-  ServiceClient client(endpoint, modem::qorext_service());
+  EXPECT_EQ(watcher.command("watch"), (json{{"ok", true}}));
+  ServiceClient client(endpoint);
   client.ask("get_bsr_timer");
   ControlClient other(control_path);
-  other.command({{"command", "indicate"}, {"indication", "notify"}});
-  other.command({{"command", "service"}, {"name", "nas"}, {"up", false}});
+  other.command("indicate", {{"indication", "notify"}});
+  other.command("service", {{"name", "nas"}, {"up", false}});
 
-  json request = json::parse(watcher.read_line())["message"];
-  json response = json::parse(watcher.read_line())["message"];
-  json indication = json::parse(watcher.read_line())["message"];
-  json service = json::parse(watcher.read_line())["service"];
+  json request = watcher.read_json()["message"];
+  json response = watcher.read_json()["message"];
+  json indication = watcher.read_json()["message"];
+  json service = watcher.read_json()["service"];
   EXPECT_EQ(request["service"], "qorext");
   EXPECT_EQ(request["packet"].get<std::string>().substr(0, 2), "00");
   EXPECT_EQ(response["packet"].get<std::string>().substr(0, 2), "02");
@@ -200,27 +190,27 @@ TEST_F(ModemProcess, WatchersAreToldOfEveryMessageInItsOrder) {
   EXPECT_LT(indication["time"], service["time"]);
   EXPECT_EQ(service["name"], "nas");
   EXPECT_EQ(service["up"], false);
-  // Who does not watch is told nothing.
-  EXPECT_EQ(other.command({{"command", "version"}})["ok"], true);
+  // A connection that does not watch gets no reports.
+  EXPECT_EQ(other.command("version")["ok"], true);
 }
 
-TEST_F(ModemProcess, AWatcherStillGetsAnswersBehindWhatItIsTold) {
+TEST_F(ModemProcess, AWatcherGetsAnswersAfterEarlierReports) {
   start();
   ControlClient watcher(control_path);
-  watcher.command({{"command", "watch"}});
-  ServiceClient client(endpoint, modem::qorext_service());
+  watcher.command("watch");
+  ServiceClient client(endpoint);
   client.ask("get_bsr_timer");
   watcher.send_text("{\"command\":\"version\"}\n");
-  EXPECT_TRUE(json::parse(watcher.read_line()).contains("message"));
-  EXPECT_TRUE(json::parse(watcher.read_line()).contains("message"));
-  EXPECT_EQ(json::parse(watcher.read_line())["ok"], true);
+  EXPECT_TRUE(watcher.read_json().contains("message"));
+  EXPECT_TRUE(watcher.read_json().contains("message"));
+  EXPECT_EQ(watcher.read_json()["ok"], true);
 }
 
-TEST_F(ModemProcess, AWatcherThatDoesNotReadHoldsUpNobody) {
+TEST_F(ModemProcess, AWatcherThatDoesNotReadDoesNotDelayOthers) {
   start();
-  ControlClient deaf(control_path);
-  deaf.command({{"command", "watch"}});
-  ServiceClient client(endpoint, modem::qorext_service());
+  ControlClient stuck(control_path);
+  stuck.command("watch");
+  ServiceClient client(endpoint);
   for (int i = 0; i < 5000; ++i) ASSERT_EQ(client.ask("get_bsr_timer")["timer"], 300);
 }
 
@@ -229,45 +219,45 @@ TEST_F(ModemProcess, ControlAnswersSeveralConnectionsLineByLine) {
   ControlClient first(control_path);
   ControlClient second(control_path);
   first.send_text("{\"command\":\"ver");
-  EXPECT_EQ(second.command({{"command", "version"}})["ok"], true);
+  EXPECT_EQ(second.command("version")["ok"], true);
   first.send_text("sion\"}\nnonsense\n{\"command\":\"faults\"}\n");
-  EXPECT_EQ(json::parse(first.read_line())["ok"], true);
-  EXPECT_EQ(json::parse(first.read_line())["error"], "the line is not JSON");
-  EXPECT_EQ(json::parse(first.read_line())["faults"], json::array());
+  EXPECT_EQ(first.read_json()["ok"], true);
+  EXPECT_EQ(first.read_json()["error"], "the line is not JSON");
+  EXPECT_EQ(first.read_json()["faults"], json::array());
 }
 
 TEST_F(ModemProcess, DeepControlLineLeavesItsConnectionOpen) {
   start();
-  ControlClient control(control_path);
   constexpr size_t kMany = 74'300;
+  ControlClient control(control_path);
   control.send_text(R"({"command":"set","state":)" + std::string(kMany, '[') +
                     std::string(kMany, ']') + "}\n");
-  EXPECT_EQ(json::parse(control.read_line())["error"], "the line is nested deeper than 64 levels");
-  EXPECT_EQ(control.command({{"command", "version"}})["ok"], true);
+  EXPECT_EQ(control.read_json()["error"], "the line is nested deeper than 64 levels");
+  EXPECT_EQ(command("version")["ok"], true);
 }
 
-TEST_F(ModemProcess, EndlessControlLineEndsOnlyItsConnection) {
+TEST_F(ModemProcess, UnterminatedControlLineClosesOnlyItsConnection) {
   start();
   ControlClient flood(control_path);
   std::string chunk(1 << 16, 'x');
   while (send(flood.fd(), chunk.data(), chunk.size(), MSG_NOSIGNAL) > 0) {
   }
   ControlClient other(control_path);
-  EXPECT_EQ(other.command({{"command", "version"}})["ok"], true);
+  EXPECT_EQ(other.command("version")["ok"], true);
 }
 
-TEST_F(ModemProcess, ClientThatReadsNoAnswersHoldsUpNobody) {
+TEST_F(ModemProcess, ClientThatReadsNoAnswersDoesNotDelayOthers) {
   start();
-  ControlClient deaf(control_path);
+  ControlClient stuck(control_path);
   std::string lines;
   for (int i = 0; i < 200; ++i) lines += "{\"command\":\"state\"}\n";
-  deaf.send_text(lines);
+  stuck.send_text(lines);
   ControlClient other(control_path);
-  EXPECT_EQ(other.command({{"command", "version"}})["ok"], true);
-  for (int i = 0; i < 200; ++i) EXPECT_EQ(json::parse(deaf.read_line())["ok"], true);
+  EXPECT_EQ(other.command("version")["ok"], true);
+  for (int i = 0; i < 200; ++i) EXPECT_EQ(stuck.read_json()["ok"], true);
 }
 
-TEST_F(ModemProcess, SignalsEndItCleanly) {
+TEST_F(ModemProcess, SignalsRemoveTheSocketsAndEndWithStatus0) {
   for (int number : {SIGTERM, SIGINT}) {
     start();
     kill(pid_, number);
@@ -277,15 +267,14 @@ TEST_F(ModemProcess, SignalsEndItCleanly) {
   }
 }
 
-TEST_F(ModemProcess, QuitEndsItCleanlyAfterItsAnswer) {
+TEST_F(ModemProcess, QuitIsAnsweredBeforeTheProcessEnds) {
   start();
-  ControlClient control(control_path);
-  EXPECT_EQ(control.command({{"command", "quit"}})["ok"], true);
+  EXPECT_EQ(command("quit")["ok"], true);
   EXPECT_EQ(wait_for_end(), 0);
   EXPECT_FALSE(exists(control_path));
 }
 
-TEST_F(ModemProcess, SocketLeftByADeadModemIsReplaced) {
+TEST_F(ModemProcess, SocketOfAKilledModemIsReplaced) {
   start();
   kill(pid_, SIGKILL);
   waitpid(pid_, nullptr, 0);
@@ -294,30 +283,30 @@ TEST_F(ModemProcess, SocketLeftByADeadModemIsReplaced) {
   EXPECT_TRUE(ControlClient(control_path).is_connected());
 }
 
-TEST_F(ModemProcess, ControlSocketInUseIsNotTakenOver) {
+TEST_F(ModemProcess, ControlSocketInUseIsNotReplaced) {
   start();
   pid_t first = pid_;
   launch({"--listen", "unix:" + endpoint.path + "2", "--control", control_path});
   EXPECT_EQ(wait_for_end(), 1);
   EXPECT_THAT(text_of("errors"), HasSubstr("control: Address already in use"));
   pid_ = first;
-  EXPECT_EQ(ControlClient(control_path).command({{"command", "version"}})["ok"], true);
+  EXPECT_EQ(ControlClient(control_path).command("version")["ok"], true);
 }
 
-TEST_F(ModemProcess, VerboseTellsMessagesByName) {
+TEST_F(ModemProcess, VerbosePrintsMessagesByName) {
   start({"--verbose"});
-  ServiceClient client(endpoint, modem::qorext_service());
+  ServiceClient client(endpoint);
   client.ask("set_bsr_timer", {{"timer", 9}});
   EXPECT_EQ(text_of("errors"),
             "qorext set_bsr_timer request {\"timer\":9}\n"
             "qorext set_bsr_timer response {\"error\":0,\"outcome\":1}\n");
 }
 
-TEST_F(ModemProcess, ScenarioIsItsStartState) {
+TEST_F(ModemProcess, ScenarioIsTheStartState) {
   std::ofstream(file("scenario.toml")) << "[carrier]\nbsr_timer = 17\n"
                                           "[[faults]]\nmessage = \"read_band\"\nkind = \"error\"\n";
   start({"--scenario", file("scenario.toml")});
-  ServiceClient client(endpoint, modem::qorext_service());
+  ServiceClient client(endpoint);
   EXPECT_EQ(client.ask("get_bsr_timer")["timer"], 17);
   EXPECT_EQ(client.ask("read_band")["status"], 1);
   client.ask("set_bsr_timer", {{"timer", 9}});
@@ -325,7 +314,7 @@ TEST_F(ModemProcess, ScenarioIsItsStartState) {
   EXPECT_EQ(client.ask("get_bsr_timer")["timer"], 17);
 }
 
-TEST_F(ModemProcess, WrongScenarioIsOneLineAndStatus2) {
+TEST_F(ModemProcess, WrongScenarioIsReportedInOneLineWithStatus2) {
   std::ofstream(file("scenario.toml")) << "[carrier]\nbsr_timer = -1\n";
   launch({"--listen", "unix:" + endpoint.path, "--scenario", file("scenario.toml")});
   EXPECT_EQ(wait_for_end(), 2);
@@ -333,7 +322,7 @@ TEST_F(ModemProcess, WrongScenarioIsOneLineAndStatus2) {
                                    ":2: carrier.bsr_timer: -1 is out of range (0 to 4294967295)\n");
 }
 
-TEST_F(ModemProcess, DeepScenarioIsOneLineAndStatus2) {
+TEST_F(ModemProcess, DeepScenarioIsReportedInOneLineWithStatus2) {
   std::ofstream deep(file("scenario.toml"));
   for (int i = 0; i < 200'000; ++i) deep << "a.";
   deep << "a = 1\n" << std::flush;
@@ -349,7 +338,7 @@ TEST_F(ModemProcess, WrongOptionsAreRefusedWithStatus2) {
   }
 }
 
-TEST_F(ModemProcess, HelpAndVersionAreTold) {
+TEST_F(ModemProcess, HelpAndVersionArePrinted) {
   launch({"--help"});
   EXPECT_EQ(wait_for_end(), 0);
   EXPECT_THAT(text_of("errors"), HasSubstr("--scenario"));

@@ -44,12 +44,12 @@ class ScenarioFile : public ::testing::Test {
   std::string folder_;
 };
 
-TEST_F(ScenarioFile, EmptyFileIsTheFactorysContent) {
+TEST_F(ScenarioFile, EmptyFileIsTheFactoryState) {
   EXPECT_EQ(load("").state.carrier.bsr_timer, 300U);
   EXPECT_TRUE(load("").faults.empty());
 }
 
-TEST_F(ScenarioFile, GivenValuesReplaceTheFactorys) {
+TEST_F(ScenarioFile, GivenValuesReplaceThoseOfTheFactory) {
   modem::Scenario scenario = load(R"(
 [nam]
 mdn = "4165550199"
@@ -96,7 +96,7 @@ TEST_F(ScenarioFile, ErrorsNameFileAndLine) {
             "scenario.toml:2: faults[0].kind: unknown kind of fault \"tired\"");
 }
 
-TEST_F(ScenarioFile, MissingValueIsToldAtTheLineOfItsTable) {
+TEST_F(ScenarioFile, MissingValueIsReportedAtTheLineOfItsTable) {
   EXPECT_EQ(error_of("\n[[nv]]\nrde_id = 1\n[[nv]]\ndata = \"00\"\n"),
             "scenario.toml:4: nv[1].rde_id: is missing");
 }
@@ -116,7 +116,7 @@ std::string repeated(const std::string& text, size_t times) {
 constexpr size_t kMany = 200'000;
 const std::string kTooDeep = "is nested deeper than 64 levels";
 
-TEST_F(ScenarioFile, EndlessKeysAreOneError) {
+TEST_F(ScenarioFile, KeysOfTooManyPartsAreRefused) {
   std::string key = repeated("a.", kMany) + "a";
   EXPECT_EQ(error_of("\n" + key + " = 1\n"), "scenario.toml:2: " + kTooDeep);
   EXPECT_EQ(error_of("[" + key + "]\n"), "scenario.toml:1: " + kTooDeep);
@@ -127,13 +127,12 @@ TEST_F(ScenarioFile, EndlessKeysAreOneError) {
   EXPECT_EQ(error_of("x = \"\\\"\"\n" + key + " = 1\n"), "scenario.toml:2: " + kTooDeep);
 }
 
-TEST_F(ScenarioFile, EndlessBracketsAreOneError) {
+TEST_F(ScenarioFile, TooManyBracketsAreRefused) {
   EXPECT_EQ(error_of("x = " + repeated("[", kMany)), "scenario.toml:1: " + kTooDeep);
   EXPECT_EQ(error_of("x = " + repeated("{a=", kMany)), "scenario.toml:1: " + kTooDeep);
   EXPECT_EQ(error_of("x = [\n" + repeated("{a=[", kMany)), "scenario.toml:2: " + kTooDeep);
 }
 
-// Each is short, together they are deep.
 TEST_F(ScenarioFile, LevelsOfHeadersKeysAndBracketsAddUp) {
   std::string half = repeated("a.", 29) + "a";
   std::string rest = half + " = {b.b.b.b.b.b = 1}\n";
@@ -141,7 +140,7 @@ TEST_F(ScenarioFile, LevelsOfHeadersKeysAndBracketsAddUp) {
   EXPECT_EQ(error_of("[" + half + "]\nx = 1\n[c]\n" + rest), "scenario.toml:1: a: unknown key");
 }
 
-TEST_F(ScenarioFile, PointsThatAreNoLevelsAreNotCounted) {
+TEST_F(ScenarioFile, DotsInStringsCommentsAndNumbersAreNotLevels) {
   std::string points = repeated(".", kMany);
   EXPECT_EQ(error_of("x = \"" + points + "\"\n"), "scenario.toml:1: x: unknown key");
   EXPECT_EQ(error_of("x = '''" + points + "\n'''\n"), "scenario.toml:1: x: unknown key");
@@ -150,7 +149,7 @@ TEST_F(ScenarioFile, PointsThatAreNoLevelsAreNotCounted) {
             "scenario.toml:1: x: unknown key");
 }
 
-TEST_F(ScenarioFile, AFileWithoutEndIsAnError) {
+TEST_F(ScenarioFile, AFileThatIsTooLongIsAnError) {
   EXPECT_EQ(error_of(repeated("# a comment that says nothing\n", kMany)),
             "scenario.toml: is longer than 4194304 bytes");
 }

@@ -3,8 +3,6 @@
 
 namespace {
 
-using nlohmann::json;
-
 class Nas : public ModemTest {
  protected:
   json ask_nas(const char* name, const json& fields = {}) {
@@ -54,7 +52,7 @@ TEST_F(Nas, SignalAndReceiverPowerAgree) {
   EXPECT_EQ(info["tx_power"], -45);
 }
 
-TEST_F(Nas, AnotherRadioInterfaceIsNotInUse) {
+TEST_F(Nas, UnusedRadioInterfaceIsRefused) {
   EXPECT_EQ(ask_nas("get_tx_rx_info", {{"radio_interface", 5}})["result"], result(1, 93));
 }
 
@@ -70,7 +68,7 @@ TEST_F(Nas, UnknownOperatorHasNoName) {
   EXPECT_EQ(ask_nas("get_plmn_name", {{"mcc", 555}, {"mnc", 1}}), (json{{"result", success()}}));
 }
 
-TEST_F(Nas, AkeyIsKeptWhenTheSpcMatches) {
+TEST_F(Nas, AkeyIsStoredWhenTheSpcMatches) {
   std::string akey = "12345678901234567890123456";
   EXPECT_EQ(ask_nas("write_akey", {{"spc", digits("000000")}, {"akey", digits(akey.c_str())}}),
             (json{{"result", success()}}));
@@ -112,7 +110,7 @@ TEST_F(Dms, SpcChangesOnlyWithTheCurrentOne) {
       result(1, 85));
 }
 
-TEST_F(Dms, SpcIsRefusedWhenItsItemIsGone) {
+TEST_F(Dms, SpcIsRefusedWhenItsItemDoesNotExist) {
   state().nv.erase({32});
   EXPECT_EQ(
       ask_dms("write_spc", {{"current_spc", digits("000000")}, {"new_spc", digits("654321")}}),
