@@ -32,7 +32,7 @@ struct CallProcessingReply {
   uint32_t lastCallIndicator;
   uint32_t lnaStatus;
   uint32_t rssi;
-  uint32_t notSet;
+  uint32_t unused;
   uint32_t isPRevAbove5;
   uint32_t PRevInUse;
   uint32_t bid;

@@ -6,7 +6,7 @@
 
 namespace {
 
-enum Payload { kAnyPayload, kSomePayload };  // kSomePayload: an empty one is declined
+enum Payload { kAnyPayload, kNonEmpty };  // kNonEmpty: a request without payload is declined
 
 // The header of the reply: the request's own, or a new one with this id.
 struct ReplyHeader {
@@ -46,48 +46,48 @@ void log_obsolete(uint32_t id) { LOGD("qorext_hook_sprint_handler: Obsolete MSG 
 
 constexpr CarrierRow kProvisioningTable[] = {
   // The reply to a BC14 query carries the id of the BC10 query. This is deliberate.
-    {0x020000B0, log_get,      kAnyPayload,  get_bc10_status,          local(0x020000B0), kServed  },
-    {0x020000B1, log_set,      kSomePayload, set_bc10_status,          kRequestHeader,    kServed  },
-    {0x020000B2, log_get,      kAnyPayload,  get_bc14_status,          local(0x020000B0), kServed  },
-    {0x020000B3, log_set,      kSomePayload, set_bc14_status,          kRequestHeader,    kServed  },
-    {0x020000B4, log_set,      kSomePayload, set_roaming_list_segment, kRequestHeader,    kServed  },
-    {0x020000B5, log_set,      kSomePayload, set_active_profile,       kRequestHeader,    kDeclined},
-    {0x020000B6, log_nothing,  kAnyPayload,  factory_reset,            kRequestHeader,    kServed  },
-    {0x020000B7, log_nothing,  kAnyPayload,  get_ddtm_preference,      kRequestHeader,    kServed  },
-    {0x020000B8, log_nothing,  kAnyPayload,  set_ddtm_preference,      kRequestHeader,    kServed  },
-    {0x020000B9, log_nothing,  kAnyPayload,  get_ddtm_preference,      kRequestHeader,    kServed  },
-    {0x020000BA, log_nothing,  kAnyPayload,  set_ddtm_preference,      kRequestHeader,    kServed  },
-    {0x020000BB, log_obsolete, kAnyPayload,  refuse_obsolete,          kRequestHeader,    kServed  },
-    {0x020000BC, log_nothing,  kAnyPayload,  get_bsr_timer,            kRequestHeader,    kServed  },
-    {0x020000BD, log_nothing,  kAnyPayload,  set_bsr_timer,            kRequestHeader,    kServed  },
-    {0x020000BE, log_nothing,  kAnyPayload,  get_lte_option,           kRequestHeader,    kServed  },
-    {0x020000BF, log_nothing,  kAnyPayload,  set_lte_option,           kRequestHeader,    kServed  },
-    {0x020000C0, log_nothing,  kAnyPayload,  get_lte_data,             kRequestHeader,    kServed  },
-    {0x020000C1, log_nothing,  kAnyPayload,  get_active_ehrpd_apn,     kRequestHeader,    kServed  },
-    {0x020000C2, log_obsolete, kAnyPayload,  refuse_obsolete,          kRequestHeader,    kServed  },
-    {0x020000C3, log_obsolete, kAnyPayload,  refuse_obsolete,          kRequestHeader,    kServed  },
-    {0x020000C4, log_nothing,  kAnyPayload,  get_tot_order,            kRequestHeader,    kServed  },
-    {0x020000C5, log_nothing,  kAnyPayload,  update_tot_order,         kRequestHeader,    kServed  },
-    {0x020000C6, log_obsolete, kAnyPayload,  refuse_obsolete,          kRequestHeader,    kServed  },
-    {0x020000C7, log_obsolete, kAnyPayload,  refuse_obsolete,          kRequestHeader,    kServed  },
-    {0x020000C8, log_obsolete, kAnyPayload,  refuse_obsolete,          kRequestHeader,    kServed  },
-    {0x020000C9, log_obsolete, kAnyPayload,  refuse_obsolete,          kRequestHeader,    kServed  },
-    {0x020000CA, log_obsolete, kAnyPayload,  refuse_obsolete,          kRequestHeader,    kServed  },
-    {0x020000CB, log_obsolete, kAnyPayload,  refuse_obsolete,          kRequestHeader,    kServed  },
+    {0x020000B0, log_get,      kAnyPayload, get_bc10_status,          local(0x020000B0), kServed  },
+    {0x020000B1, log_set,      kNonEmpty,   set_bc10_status,          kRequestHeader,    kServed  },
+    {0x020000B2, log_get,      kAnyPayload, get_bc14_status,          local(0x020000B0), kServed  },
+    {0x020000B3, log_set,      kNonEmpty,   set_bc14_status,          kRequestHeader,    kServed  },
+    {0x020000B4, log_set,      kNonEmpty,   set_roaming_list_segment, kRequestHeader,    kServed  },
+    {0x020000B5, log_set,      kNonEmpty,   set_active_profile,       kRequestHeader,    kDeclined},
+    {0x020000B6, log_nothing,  kAnyPayload, factory_reset,            kRequestHeader,    kServed  },
+    {0x020000B7, log_nothing,  kAnyPayload, get_ddtm_preference,      kRequestHeader,    kServed  },
+    {0x020000B8, log_nothing,  kAnyPayload, set_ddtm_preference,      kRequestHeader,    kServed  },
+    {0x020000B9, log_nothing,  kAnyPayload, get_ddtm_preference,      kRequestHeader,    kServed  },
+    {0x020000BA, log_nothing,  kAnyPayload, set_ddtm_preference,      kRequestHeader,    kServed  },
+    {0x020000BB, log_obsolete, kAnyPayload, refuse_obsolete,          kRequestHeader,    kServed  },
+    {0x020000BC, log_nothing,  kAnyPayload, get_bsr_timer,            kRequestHeader,    kServed  },
+    {0x020000BD, log_nothing,  kAnyPayload, set_bsr_timer,            kRequestHeader,    kServed  },
+    {0x020000BE, log_nothing,  kAnyPayload, get_lte_option,           kRequestHeader,    kServed  },
+    {0x020000BF, log_nothing,  kAnyPayload, set_lte_option,           kRequestHeader,    kServed  },
+    {0x020000C0, log_nothing,  kAnyPayload, get_lte_data,             kRequestHeader,    kServed  },
+    {0x020000C1, log_nothing,  kAnyPayload, get_active_ehrpd_apn,     kRequestHeader,    kServed  },
+    {0x020000C2, log_obsolete, kAnyPayload, refuse_obsolete,          kRequestHeader,    kServed  },
+    {0x020000C3, log_obsolete, kAnyPayload, refuse_obsolete,          kRequestHeader,    kServed  },
+    {0x020000C4, log_nothing,  kAnyPayload, get_tot_order,            kRequestHeader,    kServed  },
+    {0x020000C5, log_nothing,  kAnyPayload, update_tot_order,         kRequestHeader,    kServed  },
+    {0x020000C6, log_obsolete, kAnyPayload, refuse_obsolete,          kRequestHeader,    kServed  },
+    {0x020000C7, log_obsolete, kAnyPayload, refuse_obsolete,          kRequestHeader,    kServed  },
+    {0x020000C8, log_obsolete, kAnyPayload, refuse_obsolete,          kRequestHeader,    kServed  },
+    {0x020000C9, log_obsolete, kAnyPayload, refuse_obsolete,          kRequestHeader,    kServed  },
+    {0x020000CA, log_obsolete, kAnyPayload, refuse_obsolete,          kRequestHeader,    kServed  },
+    {0x020000CB, log_obsolete, kAnyPayload, refuse_obsolete,          kRequestHeader,    kServed  },
 };
 
 constexpr CarrierRow kProgrammingTable[] = {
-    {0x02000001, log_get,     kAnyPayload,  get_nam_info,             local(0x02000001), kServed  },
-    {0x02000002, log_nothing, kSomePayload, set_nam_info,             kRequestHeader,    kServed  },
-    {0x02000003, log_get,     kAnyPayload,  get_sid_nid_pairs,        local(0x02000003), kServed  },
-    {0x02000004, log_nothing, kSomePayload, set_sid_nid_pairs,        kRequestHeader,    kServed  },
-    {0x02000007, log_get,     kAnyPayload,  get_mob_p_rev,            local(0x02000007), kServed  },
-    {0x0200000A, log_nothing, kAnyPayload,  verify_subsidy_lock_code, local(0x0200000A), kServed  },
-    {0x02000011, log_nothing, kAnyPayload,  get_call_processing_data, local(0x02000011), kServed  },
-    {0x02000012, log_nothing, kAnyPayload,  get_evdo_data,            local(0x02000012), kServed  },
-    {0x02000013, log_nothing, kAnyPayload,  write_akey,               kRequestHeader,    kDeclined},
-    {0x02000015, log_nothing, kAnyPayload,  rde_write,                local(0x02000015), kServed  },
-    {0x02000016, log_nothing, kAnyPayload,  rde_read,                 local(0x02000016), kServed  },
+    {0x02000001, log_get,     kAnyPayload, get_nam_info,             local(0x02000001), kServed  },
+    {0x02000002, log_nothing, kNonEmpty,   set_nam_info,             kRequestHeader,    kServed  },
+    {0x02000003, log_get,     kAnyPayload, get_sid_nid_pairs,        local(0x02000003), kServed  },
+    {0x02000004, log_nothing, kNonEmpty,   set_sid_nid_pairs,        kRequestHeader,    kServed  },
+    {0x02000007, log_get,     kAnyPayload, get_mob_p_rev,            local(0x02000007), kServed  },
+    {0x0200000A, log_nothing, kAnyPayload, verify_subsidy_lock_code, local(0x0200000A), kServed  },
+    {0x02000011, log_nothing, kAnyPayload, get_call_processing_data, local(0x02000011), kServed  },
+    {0x02000012, log_nothing, kAnyPayload, get_evdo_data,            local(0x02000012), kServed  },
+    {0x02000013, log_nothing, kAnyPayload, write_akey,               kRequestHeader,    kDeclined},
+    {0x02000015, log_nothing, kAnyPayload, rde_write,                local(0x02000015), kServed  },
+    {0x02000016, log_nothing, kAnyPayload, rde_read,                 local(0x02000016), kServed  },
 };
 
 const CarrierRow* find_row(uint32_t id) {
@@ -153,7 +153,7 @@ uint32_t qorext_hook_sprint_handler(uint8_t* request, uint32_t) {
   }
 
   row->log_entry(id);
-  if (row->payload == kSomePayload && cdma_length(request) == 0) return kCarrierDeclined;
+  if (row->payload == kNonEmpty && cdma_length(request) == 0) return kCarrierDeclined;
 
   CarrierReply reply;
   uint32_t status = row->operation(request, reply);

@@ -22,7 +22,7 @@ struct EvdoReply {
   uint32_t errPkts;
   uint32_t sessionState;
   uint32_t atState;
-  uint32_t notSet;
+  uint32_t unused;
   uint32_t userCount;
   uint32_t hybridMode;
   uint32_t dropCount;  // always 0
