@@ -187,7 +187,7 @@ class CarrierApns : public CarrierPhone {
   }
 };
 
-TEST_F(CarrierApns, CountGivesTheNumberOfFilledRecords) {
+TEST_F(CarrierApns, CountIsTheNumberOfFilledRecords) {
   for (uint8_t count = 1; count <= kEntries; ++count) {
     EXPECT_EQ(apns(count, 1), list_of(count, count)) << int{count};
   }

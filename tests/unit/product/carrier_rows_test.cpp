@@ -68,7 +68,7 @@ const Row kRows[] = {
     {"ProfileNotSent",         0x020000B5, le32(4), 0x103, kNotSent, kDone,    kOwn, 5, {}},
     {"FactoryReset",           0x020000B6, {3}, 0x11, kSent,    {1}, kOwn, 0, {}},
     {"FactoryResetRefused",    0x020000B6, {3}, 0x11, kSent,    {0}, kOwn, 5, {}},
-    {"FactoryResetSaysTwo",    0x020000B6, {3}, 0x11, kSent,    {2}, kOwn, 5, {}},
+    {"FactoryResetOfTwo",      0x020000B6, {3}, 0x11, kSent,    {2}, kOwn, 5, {}},
     {"FactoryResetNotSent",    0x020000B6, {3}, 0x11, kNotSent, {1}, kOwn, 5, {}},
     {"DdtmIsReported",             0x020000B7, {}, 8, kSent,    item({200}), kOwn, 0, le32(200)},
     {"DdtmRefused",            0x020000B7, {}, 8, kSent,    kRefused,    kOwn, 5, {}},
@@ -212,7 +212,7 @@ TEST_P(CarrierRows, WithoutMemoryIsDeclined) {
 INSTANTIATE_TEST_SUITE_P(Row, CarrierRows, testing::ValuesIn(kRows), kNameOfRow);
 
 // Four ids are in the fallback table as well: see CarrierFallback.
-std::vector<Row> rows_of_the_carrier_alone() {
+std::vector<Row> rows_of_the_carrier_only() {
   std::vector<Row> rows;
   std::copy_if(std::begin(kRows), std::end(kRows), std::back_inserter(rows), [](const Row& row) {
     return row.id != 0x02000007 && row.id != 0x0200000A && row.id != 0x02000015 &&
@@ -221,15 +221,15 @@ std::vector<Row> rows_of_the_carrier_alone() {
   return rows;
 }
 
-class CarrierRowsAlone : public CarrierRows {};
+class CarrierOnlyRows : public CarrierRows {};
 
-TEST_P(CarrierRowsAlone, GetStatusSixWithoutMemory) {
+TEST_P(CarrierOnlyRows, GetStatusSixWithoutMemory) {
   allocations_left = 0;
   ask_cdma(request_of(GetParam()));
   EXPECT_THAT(replies(), ElementsAre(reply(GetParam().id, 6)));
 }
 
-INSTANTIATE_TEST_SUITE_P(Row, CarrierRowsAlone, testing::ValuesIn(rows_of_the_carrier_alone()),
+INSTANTIATE_TEST_SUITE_P(Row, CarrierOnlyRows, testing::ValuesIn(rows_of_the_carrier_only()),
                          kNameOfRow);
 
 // Memory is available again when the fallback sends its message.

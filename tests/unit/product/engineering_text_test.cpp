@@ -28,7 +28,7 @@ const Decoded kDecoded[] = {
     {"LowerCase",          "89abcdef",   "89ABCDEF", {}},
     {"ZeroThenG",          "0G",         "00EEEEEE", {error_line('G', 1)}},
     {"InvalidAtTheStart",  "G5",         "05EEEEEE", {error_line('G', 0)}},
-    {"InvalidTakesTheOneBefore", "7G",   "77EEEEEE", {error_line('G', 1)}},
+    {"InvalidRepeatsTheDigitBefore", "7G",   "77EEEEEE", {error_line('G', 1)}},
     {"InvalidInTheHighHalf", "12G4",     "1224EEEE", {error_line('G', 2)}},
     {"TwoInvalid",         "A@`F",       "AAAFEEEE", {error_line('@', 1), error_line('`', 2)}},
     {"AllInvalid",         "xz ",        "0000EEEE", {error_line('x', 0), error_line('z', 1), error_line(' ', 2)}},

@@ -139,7 +139,7 @@ struct Failing : NamedRow {
 const Bytes kRefused = le32(1) + le32(17);
 const Bytes kRefusedOtherwise = le32(0xFFFFFFFF) + le32(17);
 const Bytes kUnavailable = le32(1) + le32(93);
-const Bytes kPowerBehind = Bytes(56) + from_hex("01 00000000000000 C4C3C2C1");
+const Bytes kPowerAfterIt = Bytes(56) + from_hex("01 00000000000000 C4C3C2C1");
 
 const std::string kNoPlmn = record(kState) + callers(8) + record(kChannels) + callers(8);
 const std::string kNoSignal = record(kState + kPlmn + kCell + kChannels) + callers(8);
@@ -156,11 +156,11 @@ const Failing kFailing[] = {
     {"ServingSystemNotSent", 0x24, -3, {},       0, kNoPlmn,   "SERVING_SYSTEM failed (-3), error (0)."},
     {"SignalRefused",        0x4F, 0,  kRefused, 0, kNoSignal, "SIG_INFO failed (0), error (17)."},
     {"SignalNotSent",        0x4F, -3, {},       0, kNoSignal, "SIG_INFO failed (-3), error (0)."},
-    {"PowerRefused",         0x5A, 0,  kRefused + kPowerBehind, 0, kNoPower, "TX_RX_INFO failed (0), error (17)."},
+    {"PowerRefused",         0x5A, 0,  kRefused + kPowerAfterIt, 0, kNoPower, "TX_RX_INFO failed (0), error (17)."},
     {"PowerNotSent",         0x5A, -3, {},       0, kNoPower,  "TX_RX_INFO failed (-3), error (0)."},
     {"PowerUnavailable",     0x5A, 0,  kUnavailable, 1, kZeroPower, "TX_RX_INFO failed (0), error (93)."},
     {"PowerUnavailableAndNotSent", 0x5A, -3, kUnavailable, 1, kZeroPower, "TX_RX_INFO failed (-3), error (93)."},
-    {"PowerUnavailableYetValid", 0x5A, 0, kUnavailable + kPowerBehind, 1, kWhole, "TX_RX_INFO failed (0), error (93)."},
+    {"PowerUnavailableButValid", 0x5A, 0, kUnavailable + kPowerAfterIt, 1, kWhole, "TX_RX_INFO failed (0), error (93)."},
 };
 // clang-format on
 

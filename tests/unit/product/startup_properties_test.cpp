@@ -22,7 +22,7 @@ struct BandClass : NamedRow {
 const BandClass kBandClasses[] = {
     {"OneByte", {7}, "7"},
     {"FourBytes", le32(123456789), "123456789"},
-    {"BytesBehindTheFourth", le32(1) + Bytes(12, 0xFF), "1"},
+    {"BytesAfterTheFourth", le32(1) + Bytes(12, 0xFF), "1"},
     {"Largest", le32(0x7FFFFFFF), "2147483647"},
     {"Negative", le32(0xFFFFFFFF), "-1"},
     {"Smallest", le32(0x80000000), "-2147483648"},
@@ -64,8 +64,8 @@ const std::string kLongText = std::string(510, 'x') + "-7";
 const Fsg kFsgs[] = {
     {"Usual",           "ABC-123",              "123", nullptr},
     {"LastHyphenWins",  "A-B-C-9",              "9",   nullptr},
-    {"NothingBehindIt", "ABC-",                 "",    nullptr},
-    {"HyphenAlone",     "-",                    "",    nullptr},
+    {"NothingAfterIt",  "ABC-",                 "",    nullptr},
+    {"HyphenOnly",      "-",                    "",    nullptr},
     {"HyphenFirst",     "-5",                   "5",   nullptr},
     {"NoHyphen",        "ABC",                  "Unknown", "no valid delimiter in ABC"},
     {"Empty",           "",                     "Unknown", "no valid delimiter in "},
