@@ -52,7 +52,7 @@ void Client::close() {
 // The packet is on the stack, so that a request needs no memory.
 int Client::send(uint32_t message_id, std::span<const uint8_t> request, std::span<uint8_t> response,
                  std::chrono::milliseconds timeout) {
-  auto deadline = qmi_transport::in(timeout);
+  auto deadline = qmi_transport::in(timeout);  // for sending and waiting together
   const Message* asked = find(service_, Direction::request, message_id);
   const Message* expected = find(service_, Direction::response, message_id);
   if (asked == nullptr || expected == nullptr) return QMI_INVALID_PARAM_ERR;

@@ -6,8 +6,8 @@ namespace {
 
 using qmi_idl::WireType;
 
-// Accepts a response whose length contradicts its header as well: its sender then fails at once
-// instead of waiting for the timeout.
+// Does not use load_header(), which refuses a response whose length contradicts its header: the
+// sender of such a response fails at once instead of waiting for its timeout.
 std::optional<uint16_t> transaction_of(std::span<const uint8_t> packet) {
   if (packet.size() < 3 || packet[0] != static_cast<uint8_t>(WireType::response)) return {};
   return static_cast<uint16_t>(packet[1] | packet[2] << 8);
@@ -28,6 +28,7 @@ void complete_with(Exchange& exchange, int result) {
 
 }  // namespace
 
+// A list is enough: a client has few exchanges at a time.
 Exchange* ExchangeTable::find(uint16_t transaction) {
   Exchange* exchange = first_;
   while (exchange != nullptr && exchange->transaction != transaction) exchange = exchange->next;
@@ -69,6 +70,7 @@ void ExchangeTable::complete_as_malformed(std::span<const uint8_t> packet) {
   if (exchange != nullptr) complete_with(*exchange, QMI_MALFORMED_ERR);
 }
 
+// Includes exchanges whose sender is still sending. It checks the result when it is done.
 void ExchangeTable::fail_all(int result) {
   for (Exchange* exchange = first_; exchange != nullptr; exchange = exchange->next) {
     if (!exchange->result) complete_with(*exchange, result);

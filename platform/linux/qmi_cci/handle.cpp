@@ -23,8 +23,9 @@ struct Registry {
 
 Registry& registry();
 
-// Holds the mutex during on_exit(), which takes the lock of an indication queue. The order is safe:
-// no code that holds that lock takes this one.
+// Logs what the clients would log when they are released. Holds the mutex during on_exit(), which
+// takes the lock of an indication queue. The order is safe: no code that holds that lock takes this
+// one.
 void report_exit() {
   std::lock_guard lock(registry().mutex);
   for (const auto& [handle, entry] : registry().entries) entry.object->on_exit();
@@ -86,6 +87,7 @@ bool release(void* handle) {
   return true;
 }
 
+// Returns a reference, so that the object outlives a release by another thread.
 std::shared_ptr<Handle> find_any(void* handle) {
   std::lock_guard lock(registry().mutex);
   auto found = registry().entries.find(handle);

@@ -47,6 +47,7 @@ size_t queue_bound_from_environment() {
 
 void QueuedPacket::Free::operator()(QueuedPacket* packet) const { free(packet); }
 
+// Uses malloc(), not new: an exception would end the reading thread, and with it the process.
 QueuedPacket::Ptr QueuedPacket::copy(std::span<const uint8_t> bytes) {
   void* memory = malloc(sizeof(QueuedPacket) + bytes.size());
   if (memory == nullptr) return nullptr;
@@ -105,6 +106,7 @@ const char* IndicationQueue::try_queue(std::span<const uint8_t> packet) {
   return nullptr;
 }
 
+// The bytes queued at the beginning of a burst decide when it is over.
 void IndicationQueue::drop(const char* cause) {
   if (burst_.dropped == 0) burst_ = {0, cause, packets_.cost()};
   ++burst_.dropped;
@@ -148,6 +150,7 @@ void IndicationQueue::call_back(qmi_client_type client, qmi_client_ind_cb callba
   }
 }
 
+// notify_one() is enough: only the callback thread waits.
 void IndicationQueue::stop() {
   std::lock_guard lock(mutex_);
   stopped_ = true;
@@ -164,6 +167,7 @@ void IndicationQueue::report_burst() {
   log(ended);
 }
 
+// Called without the lock, see push().
 void IndicationQueue::log(const Burst& burst) const {
   if (burst.dropped == 0) return;
   LOGE("Dropped %zu indications: %s, %zu of at most %zu bytes queued", burst.dropped, burst.cause,

@@ -65,7 +65,7 @@ class PacketList {
 
  private:
   QueuedPacket* first_ = nullptr;
-  QueuedPacket** end_ = &first_;
+  QueuedPacket** end_ = &first_;  // the link for the next packet
   size_t cost_ = 0;
 };
 

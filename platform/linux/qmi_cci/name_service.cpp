@@ -18,6 +18,7 @@ using qmi_transport::Status;
 using std::chrono::milliseconds;
 
 constexpr milliseconds kAnswerTimeout{1000};
+// Still enough for a name service on this machine that answers again.
 constexpr milliseconds kTimeoutOfUnresponsive{50};
 constexpr uint32_t kRecordMagic = 0x51534931;
 
@@ -67,7 +68,7 @@ ServerList read_list(const Endpoint& endpoint, qmi_transport::ServiceWatch& watc
   Announcement announcement{};
   while (qmi_transport::wait_for(watch.fd(), POLLIN, deadline)) {
     Status status = watch.next(announcement);
-    if (status == Status::nothing) continue;
+    if (status == Status::nothing) continue;  // another service or version
     if (status != Status::ok) return list;
     list.is_complete = announcement.kind == Announcement::Kind::end_of_list;
     if (list.is_complete) break;

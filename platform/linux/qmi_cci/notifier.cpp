@@ -37,13 +37,14 @@ Notifier::Notifier(qmi_transport::Endpoint endpoint, const qmi_idl::Service& ser
 }
 
 // Reads the list of present instances before the thread starts, so that the thread sees new ones
-// only.
+// only. A missing name service is not an error: the thread tries again until it is there.
 void Notifier::start() {
   begin_watch();
   if (watch_ != nullptr) read_list(endpoint_, *watch_);
   watcher_ = start_thread([this] { run(); });
 }
 
+// Waits for the thread, because the caller may destroy the signal afterwards.
 void Notifier::close() {
   stop_.set();
   if (watcher_.joinable()) watcher_.join();

@@ -23,6 +23,8 @@ StopEvent::StopEvent() : event_(eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)) {
 // The event is never read again, so it stays readable for threads that begin to wait later.
 void StopEvent::set() { eventfd_write(event_.get(), 1); }
 
+// poll() ignores a negative descriptor. The event has priority: a packet that arrives during a stop
+// is not read.
 Ready StopEvent::wait(int fd, qmi_transport::Deadline deadline) const {
   pollfd sources[] = {{event_.get(), POLLIN, 0}, {fd, POLLIN, 0}};
   int ready = 0;
@@ -50,6 +52,7 @@ void ReadGate::set_open(bool is_open) {
   qmi_transport::change_in_epoll(epoll_.get(), channel_, 0, events);
 }
 
+// The events are not returned: the caller finds out by receiving from the channel.
 void ReadGate::wait() const {
   epoll_event event{};
   while (epoll_wait(epoll_.get(), &event, 1, -1) < 0 && errno == EINTR) {

@@ -13,6 +13,7 @@ size_t cost_of(std::span<const uint8_t> packet) { return packet.size() + kPacket
 
 }  // namespace
 
+// Queues after other packets even if there is room again, to keep the order.
 Status OutputQueue::put(std::span<const uint8_t> packet, size_t limit, const Send& send) {
   if (empty()) {
     Status status = send(packet);

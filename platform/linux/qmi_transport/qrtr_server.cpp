@@ -158,6 +158,7 @@ Peer QrtrServer::peer_of(uint64_t port, const QrtrAddress& address) {
   return last_peer_;
 }
 
+// Every client of an instance is sent to from the instance's socket, so its address is the sender.
 OutputQueue::Send QrtrServer::sender(const Client& client) const {
   int socket = ports_.at(client.port).socket.get();
   return [socket, &client](std::span<const uint8_t> packet) {
@@ -165,6 +166,7 @@ OutputQueue::Send QrtrServer::sender(const Client& client) const {
   };
 }
 
+// Does not restart a running timer: a steady flow of packets would postpone the retry.
 Status QrtrServer::send(Peer peer, std::span<const uint8_t> packet) {
   auto found = clients_.find(peer);
   if (found == clients_.end()) return Status::gone;
@@ -177,6 +179,7 @@ Status QrtrServer::send(Peer peer, std::span<const uint8_t> packet) {
   return status;
 }
 
+// Returns one report a call. The pause doubles while no client makes progress.
 ServerEvent QrtrServer::on_timer() {
   timer_.expire();
   pause_ = flush_all() ? kMinPause : std::min(2 * pause_, kMaxPause);

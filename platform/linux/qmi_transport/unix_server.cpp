@@ -63,6 +63,7 @@ void UnixServer::start_timer() {
   }
 }
 
+// Returns one report a call. The timer is started again while there is more to do.
 ServerEvent UnixServer::on_timer() {
   timer_.expire();
   if (is_paused_) is_paused_ = !change_in_epoll(epoll_.get(), listener_.get(), kListener, EPOLLIN);
@@ -81,7 +82,7 @@ ServerEvent UnixServer::on_timer() {
 void UnixServer::accept_one() {
   Accepted accepted = accept_from(listener_.get());
   const ScopedFd& socket = accepted.socket;
-  if (socket) is_shortage_reported_ = false;
+  if (socket) is_shortage_reported_ = false;  // this shortage is over
   // Closing a connection frees a descriptor: the next call accepts the connection that waits.
   if (accepted.is_exhausted && !close_undecided()) return pause_accepting();
   if (!socket || (connections_.size() >= kMaxConnections && !close_undecided())) return;
@@ -145,7 +146,7 @@ Status UnixServer::send(Peer peer, std::span<const uint8_t> packet) {
   bool was_empty = output.empty();
   Status status = output.put(packet, limits_.queue, sender(socket.get()));
   if (status == Status::nothing) return drop(peer);
-  if (status == Status::gone) connections_.erase(found);
+  if (status == Status::gone) connections_.erase(found);  // no event: the caller knows
   if (status != Status::ok) return status;
   if (!was_empty || output.empty()) return status;
   change_in_epoll(epoll_.get(), socket.get(), peer, EPOLLIN | EPOLLOUT);

@@ -20,6 +20,7 @@ bool send_control(int socket, uint32_t type, const ServerAddress& server) {
 
 }  // namespace
 
+// Port numbers are not reused, so they identify an instance for the server's lifetime.
 bool UnixServer::publish(uint32_t service, uint32_t instance) {
   bool is_up = std::any_of(servers_.begin(), servers_.end(), [&](const ServerAddress& server) {
     return server.service == service && server.instance == instance;
@@ -54,6 +55,7 @@ void UnixServer::withdraw_if(Condition condition) {
   });
 }
 
+// A watcher that is closed reads `gone` and begins a new watch, which has a complete list.
 void UnixServer::notify_watchers(uint32_t type, const ServerAddress& server) {
   std::erase_if(connections_, [&](const Entry& entry) {
     const Connection& watcher = entry.second;
