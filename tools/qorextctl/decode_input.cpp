@@ -39,10 +39,9 @@ class Decoder {
     auto kind = frame_kind(as_);
     if (!kind) kind = recognise(*bytes);
     if (!kind) {
-      return fail(
-          fmt::format("{} bytes are not a frame; --as request, reply or "
-                      "unsolicited decodes them anyway",
-                      bytes->size()));
+      return fail(fmt::format(
+          "not a known frame ({} bytes); --as request, reply or unsolicited decodes it anyway",
+          bytes->size()));
     }
     DecodedFrame decoded = decode_as(*kind, *bytes);
     if (!show_personal_) mask(decoded);

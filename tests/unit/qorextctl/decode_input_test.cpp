@@ -203,10 +203,10 @@ TEST_F(DecodeInput, BytesThatAreNotAFrameAreWrongUsage) {
   EXPECT_EQ(lines("not hex\n", InputKind::reply), Outcome::usage);
   EXPECT_EQ(err_.str(),
             "qorextctl: decode: not hex (pairs of digits)\n"
-            "qorextctl: decode: 1 bytes are not a frame; --as request, reply or unsolicited "
-            "decodes them anyway\n"
-            "qorextctl: decode: line 2: 2 bytes are not a frame; --as request, reply or "
-            "unsolicited decodes them anyway\n"
+            "qorextctl: decode: not a known frame (1 bytes); --as request, reply or unsolicited "
+            "decodes it anyway\n"
+            "qorextctl: decode: line 2: not a known frame (2 bytes); --as request, reply or "
+            "unsolicited decodes it anyway\n"
             "qorextctl: decode: line 1: not hex (pairs of digits)\n");
 }
 
