@@ -9,6 +9,8 @@
 namespace qorextctl {
 namespace {
 
+using Words = std::vector<std::string>;
+
 class CommandLine : public WithFakeDaemon {
  protected:
   static Parsed parse(std::vector<const char*> words) {
@@ -16,57 +18,59 @@ class CommandLine : public WithFakeDaemon {
     return parse_command_line(static_cast<int>(words.size()), words.data());
   }
 
+  static Options options_of(const std::vector<const char*>& words) {
+    Parsed parsed = parse(words);
+    EXPECT_FALSE(parsed.error) << parsed.error->message;
+    return parsed.options;
+  }
+
   // The exit status of the whole program.
   int run_words(std::vector<const char*> words, bool json = false) {
     words.insert(words.end(), {"--daemon-program", FAKE_DAEMON, "--modem", "unix:/m"});
-    Parsed parsed = parse(words);
-    EXPECT_FALSE(parsed.error) << parsed.error->message;
     Printer printer(out_, err_, json);
-    return run(parsed.options, printer);
+    return run(options_of(words), printer);
   }
 };
 
 TEST_F(CommandLine, HasTheDefaultsOfTheHelp) {
-  Parsed parsed = parse({"list"});
-  ASSERT_FALSE(parsed.error);
-  EXPECT_EQ(parsed.options.verb, Verb::list);
-  EXPECT_EQ(parsed.options.timeout, 20);
-  EXPECT_EQ(parsed.options.instance, 0u);
-  EXPECT_FALSE(parsed.options.json);
-  EXPECT_EQ(parsed.options.setup.modem, "");
+  Options options = options_of({"list"});
+  EXPECT_EQ(options.verb, Verb::list);
+  EXPECT_EQ(options.timeout, 20);
+  EXPECT_EQ(options.instance, 0u);
+  EXPECT_FALSE(options.json);
+  EXPECT_EQ(options.setup.modem, "");
 }
 
 TEST_F(CommandLine, OptionsMayFollowTheCommand) {
-  Parsed parsed = parse({"request", "nv-read", "rde-id=28", "--json", "--timeout", "0.5", "--log",
-                         "--instance", "1", "--modem", "qrtr", "--phone-root", "/tmp"});
-  ASSERT_FALSE(parsed.error) << parsed.error->message;
-  EXPECT_EQ(parsed.options.verb, Verb::request);
-  EXPECT_EQ(parsed.options.words, (std::vector<std::string>{"nv-read", "rde-id=28"}));
-  EXPECT_TRUE(parsed.options.json);
-  EXPECT_TRUE(parsed.options.log);
-  EXPECT_EQ(parsed.options.timeout, 0.5);
-  EXPECT_EQ(parsed.options.setup.timeout_seconds, 0.5);
-  EXPECT_EQ(parsed.options.instance, 1u);
-  EXPECT_EQ(parsed.options.setup.modem, "qrtr");
-  EXPECT_EQ(parsed.options.setup.phone_root, "/tmp");
+  Options options =
+      options_of({"request", "nv-read", "rde-id=28", "--json", "--timeout", "0.5", "--log",
+                  "--instance", "1", "--modem", "qrtr", "--phone-root", "/tmp"});
+  EXPECT_EQ(options.verb, Verb::request);
+  EXPECT_EQ(options.words, (Words{"nv-read", "rde-id=28"}));
+  EXPECT_TRUE(options.json);
+  EXPECT_TRUE(options.log);
+  EXPECT_EQ(options.timeout, 0.5);
+  EXPECT_EQ(options.setup.timeout_seconds, 0.5);
+  EXPECT_EQ(options.instance, 1u);
+  EXPECT_EQ(options.setup.modem, "qrtr");
+  EXPECT_EQ(options.setup.phone_root, "/tmp");
 }
 
 TEST_F(CommandLine, OptionsOfAModemCommandStayAmongItsWords) {
-  using Words = std::vector<std::string>;
-  Parsed burst = parse({"modem", "indicate", "notify", "--count", "3"});
-  EXPECT_EQ(burst.options.words, (Words{"indicate", "notify", "--count", "3"}));
-  Parsed kpi = parse({"modem", "kpi", "--file", "log", "--reorder", "--headerless", "--json"});
-  EXPECT_TRUE(kpi.options.json);
-  EXPECT_EQ(kpi.options.words, (Words{"kpi", "--file", "log", "--headerless", "--reorder"}));
+  Options burst = options_of({"modem", "indicate", "notify", "--count", "3"});
+  EXPECT_EQ(burst.words, (Words{"indicate", "notify", "--count", "3"}));
+  Options kpi =
+      options_of({"modem", "kpi", "--file", "log", "--reorder", "--headerless", "--json"});
+  EXPECT_TRUE(kpi.json);
+  EXPECT_EQ(kpi.words, (Words{"kpi", "--file", "log", "--headerless", "--reorder"}));
 }
 
 TEST_F(CommandLine, OptionsSetTheFilesOfAPhone) {
-  Parsed parsed = parse({"phone", "--phone-root", "/no/such/yet", "--modem-restarts", "2",
-                         "--ssr-reason", "fatal error", "--hob-seed", "7"});
-  ASSERT_FALSE(parsed.error) << parsed.error->message;
-  EXPECT_EQ(parsed.options.phone.modem_restarts, "2");
-  EXPECT_EQ(parsed.options.phone.ssr_reason, "fatal error");
-  EXPECT_EQ(parsed.options.phone.hob_seed, 7U);
+  Options options = options_of({"phone", "--phone-root", "/no/such/yet", "--modem-restarts", "2",
+                                "--ssr-reason", "fatal error", "--hob-seed", "7"});
+  EXPECT_EQ(options.phone.modem_restarts, "2");
+  EXPECT_EQ(options.phone.ssr_reason, "fatal error");
+  EXPECT_EQ(options.phone.hob_seed, 7U);
 }
 
 TEST_F(CommandLine, HelpAndVersionSucceed) {
@@ -97,28 +101,25 @@ TEST_F(CommandLine, AWrongCommandLineKeepsTheJsonOption) {
 }
 
 TEST_F(CommandLine, DecodeHasItsOwnOptions) {
-  Parsed parsed = parse({"decode", "--as", "unsolicited", "--input", "f", "--show-personal",
-                         "--color", "never", "01", "02"});
-  ASSERT_FALSE(parsed.error) << parsed.error->message;
-  EXPECT_EQ(parsed.options.verb, Verb::decode);
-  EXPECT_EQ(parsed.options.words, (std::vector<std::string>{"01", "02"}));
-  EXPECT_EQ(parsed.options.decode.as, InputKind::unsolicited);
-  EXPECT_EQ(parsed.options.decode.input, "f");
-  EXPECT_TRUE(parsed.options.show_personal);
-  EXPECT_EQ(parsed.options.colour, ColourWhen::never);
-  EXPECT_FALSE(parse({"decode"}).options.show_personal);
+  Options options = options_of({"decode", "--as", "unsolicited", "--input", "f", "--show-personal",
+                                "--color", "never", "01", "02"});
+  EXPECT_EQ(options.verb, Verb::decode);
+  EXPECT_EQ(options.words, (Words{"01", "02"}));
+  EXPECT_EQ(options.decode.as, InputKind::unsolicited);
+  EXPECT_EQ(options.decode.input, "f");
+  EXPECT_TRUE(options.show_personal);
+  EXPECT_EQ(options.colour, ColourWhen::never);
+  EXPECT_FALSE(options_of({"decode"}).show_personal);
 }
 
 TEST_F(CommandLine, RecordReplayAndTraceTakeAFile) {
-  Parsed record = parse({"record", "--output", "r.jsonl", "--control", "/c"});
-  ASSERT_FALSE(record.error) << record.error->message;
-  EXPECT_EQ(record.options.verb, Verb::record);
-  EXPECT_EQ(record.options.output, "r.jsonl");
-  Parsed trace = parse({"trace", "r.jsonl"});
-  ASSERT_FALSE(trace.error) << trace.error->message;
-  EXPECT_EQ(trace.options.verb, Verb::trace);
-  EXPECT_EQ(trace.options.words, std::vector<std::string>{"r.jsonl"});
-  EXPECT_EQ(parse({"replay", "r.jsonl"}).options.verb, Verb::replay);
+  Options record = options_of({"record", "--output", "r.jsonl", "--control", "/c"});
+  EXPECT_EQ(record.verb, Verb::record);
+  EXPECT_EQ(record.output, "r.jsonl");
+  Options trace = options_of({"trace", "r.jsonl"});
+  EXPECT_EQ(trace.verb, Verb::trace);
+  EXPECT_EQ(trace.words, Words{"r.jsonl"});
+  EXPECT_EQ(options_of({"replay", "r.jsonl"}).verb, Verb::replay);
 }
 
 TEST_F(CommandLine, AReplayRefusesAModem) {
