@@ -20,7 +20,7 @@ constexpr const char* kFaultKinds[] = {
     "transaction",  // an answer with the id of another transaction
     "stray",        // such an answer, then the right one
     "duplicate",    // the right answer twice
-    "close",        // the service goes away and comes back
+    "close",        // the service is withdrawn and published again
 };
 
 struct Fault {

@@ -16,7 +16,7 @@ std::string command(const std::string& line) {
   return built ? built->dump() : built.error().message;
 }
 
-TEST(ModemWords, PlainCommandsAreTheirName) {
+TEST(ModemWords, CommandsWithoutArgumentsAreTheirName) {
   EXPECT_EQ(command("state"), R"({"command":"state"})");
   EXPECT_EQ(command("clear-faults"), R"({"command":"clear_faults"})");
   EXPECT_EQ(command("clear_requests"), R"({"command":"clear_requests"})");
@@ -38,7 +38,7 @@ TEST(ModemWords, IndicationsHaveFieldsAndABurst) {
             R"("fields":{"type":2,"data":"0102"}})");
 }
 
-TEST(ModemWords, BytesThatLookLikeANumberStayText) {
+TEST(ModemWords, BytesThatLookLikeANumberStayAString) {
   EXPECT_EQ(command("indicate lte-error"),
             R"({"command":"indicate","indication":"lte_error","fields":{}})");
   EXPECT_EQ(command("indicate carrier value=1"),
@@ -75,7 +75,7 @@ TEST(ModemWords, KpiRecordsAreOnePacketWithAHeaderWord) {
             R"({"command":"kpi_packet","package":7,"sequence":2,"last":false,"data":"00"})");
 }
 
-TEST(ModemWords, SavesAreAskedForByCount) {
+TEST(ModemWords, SavesHaveACount) {
   EXPECT_EQ(command("hob-save"), R"({"command":"hob_save"})");
   EXPECT_EQ(command("hob-save --count 2 --no-wait"),
             R"({"command":"hob_save","count":2,"wait":false})");
@@ -93,14 +93,14 @@ TEST(ModemWords, ServicesGoUpAndDown) {
   EXPECT_EQ(command("service qorext up"), R"({"command":"service","name":"qorext","up":true})");
 }
 
-TEST(ModemWords, InstancesAreCountedOrShown) {
+TEST(ModemWords, InstancesAreSetOrPrinted) {
   EXPECT_EQ(command("instances 2"), R"({"command":"instances","count":2})");
   EXPECT_EQ(command("instances"), R"({"command":"instances"})");
   EXPECT_EQ(command("instances two"), "modem instances: expected a number, or nothing to print it");
   EXPECT_EQ(command("instances 2 3"), "modem instances: expected a number, or nothing to print it");
 }
 
-TEST(ModemWords, AValueHasNoMembers) {
+TEST(ModemWords, AKeyWithAValueHasNoMembers) {
   EXPECT_EQ(command("set lte=1 lte.mcc=2"),
             "modem: 'lte.mcc=2' names a member of a key that has a value");
   EXPECT_EQ(command("set lte.mcc=1 lte.mcc.x=2"),
@@ -154,7 +154,7 @@ TEST(ModemWords, StringsOfFaultsMayLookLikeNumbers) {
             R"({"command":"fault","kind":"silent","message":"0x24","service":"1","times":2})");
 }
 
-TEST(ModemWords, NestingWithoutEndIsRefused) {
+TEST(ModemWords, ExcessiveNestingIsRefused) {
   constexpr size_t kMany = 100'000;
   std::string deep = std::string(kMany, '[') + std::string(kMany, ']');
   EXPECT_EQ(command("set lte.mcc=" + deep),
@@ -168,7 +168,7 @@ TEST(ModemWords, NestingWithoutEndIsRefused) {
   EXPECT_EQ(command("set " + path.substr(0, 2 * 63) + "a=1").substr(0, 10), R"({"command")");
 }
 
-TEST(ModemWords, AWholeObjectIsTakenAsItIs) {
+TEST(ModemWords, AWholeObjectIsNotChanged) {
   EXPECT_EQ(command(R"('{"command":"nv","rde_id":1}')"), R"({"command":"nv","rde_id":1})");
 }
 
