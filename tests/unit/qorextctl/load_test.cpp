@@ -48,7 +48,7 @@ TEST(Mix, TakesRequiredArgumentsFromCompletion) {
 TEST(Mix, ExpectsAnUnknownRequestToFail) {
   auto mix = Mix::parse("unknown");
   ASSERT_TRUE(mix) << mix.error().message;
-  EXPECT_TRUE(mix->entries()[0].wants_failure);
+  EXPECT_TRUE(mix->entries()[0].expects_failure);
   EXPECT_EQ(mix->entries()[0].name, "unknown");
 }
 
@@ -83,7 +83,7 @@ TEST_F(MixFile, HasAWeightAndASessionLinePerLine) {
   EXPECT_EQ(mix->entries()[0].weight, 3U);
   EXPECT_EQ(mix->entries()[1].name, "raw");
   EXPECT_EQ(mix->entries()[1].request, nullptr);
-  EXPECT_TRUE(mix->entries()[1].wants_failure);
+  EXPECT_TRUE(mix->entries()[1].expects_failure);
 }
 
 TEST_F(MixFile, ReportsErrorsWithFileAndLine) {
@@ -178,24 +178,25 @@ TEST(Progress, ShowsCountsRateAndTimeLeft) {
 class LoadOn : public WithFakeDaemon {
  protected:
   LoadOn() {
-    options_.daemon_executable = FAKE_DAEMON;
-    options_.setup.modem = "unix:/m";
-    options_.timeout = 0.2;
-    options_.load.count = 20;
-    options_.load.mix = "set-ddtm";
+    launch_.daemon_executable = FAKE_DAEMON;
+    launch_.setup.modem = "unix:/m";
+    launch_.timeout = 0.2;
+    load_.count = 20;
+    load_.mix = "set-ddtm";
   }
 
   Outcome run(const char* mode) {
     set_mode(mode);
-    auto mix = mix_of(options_.load);
+    auto mix = mix_of(load_);
     EXPECT_TRUE(mix) << mix.error().message;
-    auto session = Session::start(options_, printer_);
+    auto session = Session::start(launch_, printer_);
     EXPECT_TRUE(session) << session.error().message;
-    Outcome outcome = run_load(**session, options_.load, *mix, printer_);
+    Outcome outcome = run_load(**session, load_, *mix, printer_);
     return (*session)->finish(outcome, false);
   }
 
-  Options options_;
+  LaunchOptions launch_;
+  LoadOptions load_;
 };
 
 TEST_F(LoadOn, ADaemonThatRepliesIsASuccess) {
@@ -222,14 +223,14 @@ TEST_F(LoadOn, TheExitOfTheDaemonEndsTheRun) {
 }
 
 TEST_F(LoadOn, TheTimeLimitEndsTheRun) {
-  options_.load.rate = 10;
-  options_.load.time_limit = 0.15;
+  load_.rate = 10;
+  load_.time_limit = 0.15;
   EXPECT_EQ(run("answer"), Outcome::transport);
   EXPECT_THAT(err_.str(), HasSubstr("of 20 requests were sent within 0.15 s"));
 }
 
 TEST_F(LoadOn, ARateSpreadsTheRequests) {
-  options_.load.rate = 100;
+  load_.rate = 100;
   auto start = std::chrono::steady_clock::now();
   EXPECT_EQ(run("answer"), Outcome::success);
   EXPECT_GE(std::chrono::steady_clock::now() - start, std::chrono::milliseconds(190));

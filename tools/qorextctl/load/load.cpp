@@ -19,89 +19,49 @@ using Clock = Deadline::Clock;
 // The daemon refuses it without asking the modem.
 const std::vector<std::string> kHarmless = {"obsolete-bb"};
 
-class Load {
+// Shows the progress in place of frames.
+class ProgressScreen {
  public:
-  Load(Session& session, const LoadOptions& options, const Mix& mix, Printer& printer)
-      : session_(session),
-        options_(options),
-        mix_(mix),
-        printer_(printer),
-        random_(options.seed),
-        progress_(options.count, STDERR_FILENO) {
+  ProgressScreen(Printer& printer, size_t count)
+      : printer_(printer), progress_(count, STDERR_FILENO) {
     printer_.share_screen_with(&progress_);
     printer_.show_frames(false);
   }
-  ~Load() {
+  ~ProgressScreen() {
     printer_.share_screen_with(nullptr);
     printer_.show_frames(true);
   }
-  Load(const Load&) = delete;
-  Load& operator=(const Load&) = delete;
+  ProgressScreen(const ProgressScreen&) = delete;
+  ProgressScreen& operator=(const ProgressScreen&) = delete;
 
-  // The daemon replies once it has found the modem. That time does not count as latency.
-  Outcome wait_until_serving() {
-    auto harmless = parse_command(kHarmless, false);
-    Outcome outcome = session_.exchange(harmless->bytes, harmless->request);
-    return outcome == Outcome::transport ? outcome : Outcome::success;
-  }
-
-  LoadReport run() {
-    limit_ = Deadline::in_seconds(options_.time_limit);
-    const MixEntry* entry = nullptr;
-    Outcome outcome = Outcome::success;
-    double seconds = run_exchanges(
-        options_.count, options_.rate,
-        [&](size_t number, Clock::time_point due) {
-          if (session_.over() || limit_.passed()) return false;
-          progress_.update(number);
-          entry = &mix_.choose(random_);
-          wait_until(due);
-          return !session_.over();
-        },
-        [&] { outcome = session_.exchange(entry->bytes, entry->request); },
-        [&](const Timing& timing) { add(*entry, outcome, timing); });
-    report_.set_seconds(seconds);
-    return report_;
-  }
-
-  Outcome outcome() const {
-    if (report_.count() == options_.count) return worst_;
-    if (limit_.passed()) {
-      printer_.error(
-          transport_error(fmt::format("{} of {} requests were sent within {} s", report_.count(),
-                                      options_.count, options_.time_limit)));
-    }
-    return Outcome::transport;
-  }
+  void update(size_t done) { progress_.update(done); }
 
  private:
-  // Reads what the daemon sends meanwhile: its writes block when nothing reads. Sleeps for the last
-  // part, which is shorter than the resolution of poll().
-  void wait_until(Clock::time_point time) {
-    constexpr auto kCoarse = std::chrono::milliseconds(2);
-    auto left = std::chrono::floor<std::chrono::milliseconds>(time - Clock::now() - kCoarse);
-    if (left.count() > 0) session_.take_until(Deadline::in(left));
-    if (!session_.over()) std::this_thread::sleep_until(time);
-  }
-
-  void add(const MixEntry& entry, Outcome outcome, const Timing& timing) {
-    if (entry.wants_failure && outcome <= Outcome::refused) {
-      outcome = outcome == Outcome::refused ? Outcome::success : Outcome::refused;
-    }
-    worst_ = std::max(worst_, outcome);
-    report_.add(entry.name, timing, outcome != Outcome::success);
-  }
-
-  Session& session_;
-  const LoadOptions& options_;
-  const Mix& mix_;
   Printer& printer_;
-  Deadline limit_ = Deadline::in_seconds(0);  // starts with the first request
-  std::mt19937 random_;
   Progress progress_;
-  LoadReport report_;
-  Outcome worst_ = Outcome::success;
 };
+
+// The daemon replies once it has found the modem. That time does not count as latency.
+Outcome wait_until_serving(Session& session) {
+  auto harmless = parse_command(kHarmless, false);
+  Outcome outcome = session.exchange(harmless->bytes, harmless->request);
+  return outcome == Outcome::transport ? outcome : Outcome::success;
+}
+
+// Reads what the daemon sends meanwhile: its writes block when nothing reads. Sleeps for the last
+// part, which is shorter than the resolution of poll(). Returns false when the session is over.
+bool wait_until(Session& session, Clock::time_point time) {
+  constexpr auto kCoarse = std::chrono::milliseconds(2);
+  auto left = std::chrono::floor<std::chrono::milliseconds>(time - Clock::now() - kCoarse);
+  if (left.count() > 0) session.take_until(Deadline::in(left));
+  if (!session.over()) std::this_thread::sleep_until(time);
+  return !session.over();
+}
+
+Outcome result_of(const MixEntry& entry, Outcome outcome) {
+  if (!entry.expects_failure || outcome > Outcome::refused) return outcome;
+  return outcome == Outcome::refused ? Outcome::success : Outcome::refused;
+}
 
 }  // namespace
 
@@ -110,17 +70,39 @@ Result<Mix> mix_of(const LoadOptions& options) {
 }
 
 Outcome run_load(Session& session, const LoadOptions& options, const Mix& mix, Printer& printer) {
-  Outcome outcome = Outcome::success;
   LoadReport report;
+  Outcome worst = Outcome::success;
   {
-    Load load(session, options, mix, printer);
-    outcome = load.wait_until_serving();
-    if (outcome != Outcome::success) return outcome;
-    report = load.run();
-    outcome = load.outcome();
+    ProgressScreen screen(printer, options.count);
+    Outcome start = wait_until_serving(session);
+    if (start != Outcome::success) return start;
+    Deadline limit = Deadline::in_seconds(options.time_limit);
+    std::mt19937 random(options.seed);
+    const MixEntry* entry = nullptr;
+    Outcome outcome = Outcome::success;
+    auto wait = [&](size_t number, Clock::time_point due) {
+      if (session.over() || limit.passed()) return false;
+      screen.update(number);
+      entry = &mix.choose(random);
+      return wait_until(session, due);
+    };
+    auto exchange = [&] { outcome = session.exchange(entry->bytes, entry->request); };
+    auto add = [&](const Timing& timing) {
+      outcome = result_of(*entry, outcome);
+      worst = std::max(worst, outcome);
+      report.add(entry->name, timing, outcome != Outcome::success);
+    };
+    report.set_seconds(run_exchanges(options.count, options.rate, wait, exchange, add));
+    bool is_complete = report.count() == options.count;
+    if (!is_complete) worst = Outcome::transport;
+    if (!is_complete && limit.passed()) {
+      printer.error(
+          transport_error(fmt::format("{} of {} requests were sent within {} s", report.count(),
+                                      options.count, options.time_limit)));
+    }
   }
   printer.results(report.objects(), report.text());
-  return outcome;
+  return worst;
 }
 
 }  // namespace qorextctl

@@ -49,8 +49,8 @@ Words with_offered_arguments(const std::string& name) {
 
 std::optional<Error> Mix::add(uint32_t weight, const std::string& name, const Words& words) {
   MixEntry entry{.name = name, .bytes = {}, .weight = weight};
-  entry.wants_failure = !words.empty() && words[0] == "expect-failure";
-  Words line(words.begin() + (entry.wants_failure ? 1 : 0), words.end());
+  entry.expects_failure = !words.empty() && words[0] == "expect-failure";
+  Words line(words.begin() + (entry.expects_failure ? 1 : 0), words.end());
   if (!line.empty() && line[0] == "raw") {
     auto bytes = parse_raw(std::span(line).subspan(1));
     if (!bytes) return bytes.error();

@@ -17,7 +17,7 @@ struct MixEntry {
   std::string name;  // in the results; not unique
   Bytes bytes;
   const Request* request = nullptr;  // null: raw bytes
-  bool wants_failure = false;
+  bool expects_failure = false;
   uint32_t weight = 1;
 };
 
