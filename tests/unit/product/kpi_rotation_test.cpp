@@ -76,8 +76,8 @@ TEST_F(KpiRotation, LogOf29MiBAndPackageOf2MiBRotate) {
 TEST_F(KpiRotation, FirstRotationHandsOffAndLinksBothLogs) {
   grow(old_log, kLogLimit);
   EXPECT_THAT(merge("x"),
-              ElementsAreArray(taken() + Lines{kLookUp + kCurrent} + handed_off(old_log) +
-                               created(new_log) + Lines{kLookUp + kCurrent, kLookUp + kCurrent} +
+              ElementsAreArray(begun() + handed_off(old_log) + created(new_log) +
+                               Lines{kLookUp + kCurrent, kLookUp + kCurrent} +
                                not_linked(kPrevious) + Lines{kLookUp + kPrevious} + links_synced() +
                                owner_and_mode_set(new_log) + appended(new_log)));
   expect_rotated();
@@ -105,8 +105,7 @@ TEST_F(KpiRotation, SecondRotationDeletesTheOldestLog) {
   Lines middle =
       Lines{kLookUp + kCurrent, kLookUp + kCurrent, kLookUp + kPrevious, kLookUp + kPrevious} +
       links_synced() + Lines{"log: vorn_create_new_log: remove old " + oldest};
-  auto expected =
-      taken() + Lines{kLookUp + kCurrent} + handed_off(old_log) + created(new_log) + middle;
+  auto expected = begun() + handed_off(old_log) + created(new_log) + middle;
   ASSERT_GE(trace.size(), expected.size());
   EXPECT_THAT(std::vector(trace.begin(), trace.begin() + static_cast<long>(expected.size())),
               ElementsAreArray(expected));
@@ -217,8 +216,8 @@ TEST_F(KpiRotation, EmptyLogIsRotatedButNotHandedOffAndDoesNotResetTheTimer) {
 TEST_F(KpiRotation, RefusalOfTheDropBoxIsLoggedAndTheRotationContinues) {
   drop_box_accepts = false;
   grow(old_log, kLogLimit);
-  auto expected = taken() + Lines{kLookUp + kCurrent} + handed_off(old_log) +
-                  Lines{"log: vorn: send to dropbox failed!."} + created(new_log);
+  auto expected = begun() + handed_off(old_log) + Lines{"log: vorn: send to dropbox failed!."} +
+                  created(new_log);
   merge("x");
   ASSERT_GE(trace.size(), expected.size());
   EXPECT_THAT(std::vector(trace.begin(), trace.begin() + static_cast<long>(expected.size())),
@@ -233,7 +232,7 @@ TEST_F(KpiRotation, NewLogThatCannotBeCreatedKeepsTheTemporaryFileAndTheLinks) {
   grow(old_log, kLogLimit);
   EXPECT_THAT(merge("x"),
               ElementsAreArray(
-                  taken() + Lines{kLookUp + kCurrent} + handed_off(old_log) +
+                  begun() + handed_off(old_log) +
                   Lines{"log: vorn_create_new_log: create new log " + new_log + " failed, errno 21",
                         "log: vorn_update_current_log: can't create new log."}));
   EXPECT_EQ(content(kTemporary), "x");

@@ -81,6 +81,13 @@ class VornPhone : public CapturePhone {
 
   // The trace of each step of a merge.
   static Lines taken() { return {"log: vornIndHndlr: received the last pkg of 7"}; }
+  // Of a merge that finds the current log.
+  static Lines begun() { return taken() + Lines{kLookUp + kCurrent}; }
+  // Of a merge that does not find it.
+  static Lines directory_reset() {
+    return {"log: vorn_update_current_log: Unable to get cur log file",
+            "log: vorn_update_current_log: clean the whole dir!", "log: vorn_reset_dir DONE!"};
+  }
   static Lines not_linked(const std::string& link) {
     return {kLookUp + link, "log: vorn_get_filename: get real name of " + link + " failed, rc 2"};
   }
