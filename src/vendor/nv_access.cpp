@@ -48,11 +48,8 @@ ElementRequest element_of(const uint8_t* request) {
 
 void send_general_read_reply(uint32_t id, const ElementReadResponse& response) {
   uint32_t length = valid_length(response);
-  GeneralReadData data = {
-      {response.rde_id,  response.record, response.offset, length},
-      {         },
-      {                }
-  };
+  GeneralReadData data = {};
+  data.address = {response.rde_id, response.record, response.offset, length};
   memcpy(data.data, response.data, length);
   uint32_t size = sizeof data.address + length + sizeof data.zeros;
   send_cdma_reply(id, kStatusSuccess, &data, size);
