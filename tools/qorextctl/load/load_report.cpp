@@ -66,6 +66,7 @@ std::vector<LoadReport::Bucket> LoadReport::histogram() const {
     for (float latency : samples.latencies) {
       double doublings = std::ceil(std::log2(std::max(latency / kMinBucket, 1e-9)));
       auto place = static_cast<size_t>(std::max(doublings, 0.0));
+      // Also the empty buckets between: the scale of the histogram has no gaps.
       while (buckets.size() <= place) {
         buckets.push_back({kMinBucket * std::exp2(static_cast<double>(buckets.size())), 0});
       }

@@ -103,16 +103,13 @@ Event event_of(Json object) {
   return event;
 }
 
-void check_head(const Json& head) {
+Recording head_of(const Json& head) {
   if (text_of(head, "type") != kHead) throw BadLine("is not the head of a recording");
   int64_t version = number_of(head, "version");
-  if (version == kRecordingVersion) return;
-  throw BadLine(
-      fmt::format("version {} is not supported, expected {}", version, kRecordingVersion));
-}
-
-Recording head_of(const Json& head) {
-  check_head(head);
+  if (version != kRecordingVersion) {
+    throw BadLine(
+        fmt::format("version {} is not supported, expected {}", version, kRecordingVersion));
+  }
   return {static_cast<unsigned>(small_number_of(head, "instance")), flag_of(head, "masked"),
           text_of(head, "started")};
 }

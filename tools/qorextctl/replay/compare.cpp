@@ -105,6 +105,7 @@ std::vector<Difference> compare(const Comparable& expected, const Comparable& go
     if (one && other && *one == *other) continue;
     differences.push_back({path, value_at(left_shown, path), value_at(right_shown, path)});
   }
+  // Different fields imply different bytes.
   if (differences.size() > 1) {
     std::erase_if(differences, [](const Difference& found) { return found.field == kHex; });
   }

@@ -55,7 +55,7 @@ class Player {
   }
 
  private:
-  struct Live {
+  struct Sender {
     uint64_t client;
     uint16_t transaction;
   };
@@ -81,7 +81,7 @@ class Player {
           request.client, modem::result_packet(transaction, id, kRefused, kNotSupportedError));
     }
     report_.compared(script_.events()[*event].line, title_of(got), *script_.message(*event), got);
-    live_[*event] = {request.client, got.header.transaction};
+    senders_[*event] = {request.client, got.header.transaction};
     if (script_.is_early(*event)) answer_at_once(*event);
   }
 
@@ -93,9 +93,10 @@ class Player {
   }
 
   void answer(size_t request, size_t response) {
-    auto live = live_.find(request);
-    if (live == live_.end() || !answered_.insert(response).second) return;
-    stage_->modem().send(live->second.client, script_.answer(response, live->second.transaction));
+    auto sender = senders_.find(request);
+    if (sender == senders_.end() || !answered_.insert(response).second) return;
+    stage_->modem().send(sender->second.client,
+                         script_.answer(response, sender->second.transaction));
   }
 
   void send(const FrameEvent& frame, const Event& event) {
@@ -185,8 +186,8 @@ class Player {
   ReplayReport report_;
   std::unique_ptr<ReplayStage> stage_;
   FrameReader frames_;
-  std::map<size_t, Live> live_;  // received requests, by event
-  std::set<size_t> answered_;    // sent responses, by event
+  std::map<size_t, Sender> senders_;  // of received requests, by event
+  std::set<size_t> answered_;         // sent responses, by event
   size_t index_ = 0;
   bool over_ = false;  // the daemon has ended too early
 };

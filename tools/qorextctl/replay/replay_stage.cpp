@@ -91,6 +91,7 @@ bool ReplayStage::wait(const std::function<bool()>& done, int max_ms) {
                         {daemon_->replies().poll_fd(), POLLIN, 0},
                         {daemon_->unsolicited().poll_fd(), POLLIN, 0},
                         {interrupts_.fd(), POLLIN, 0}};
+    // The idle time ends earlier than the deadline when the daemon has been idle before this wait.
     int left = std::min(deadline.remaining_ms(), idle_.remaining_ms());
     int ready = poll(entries, std::size(entries), std::min(left, max_ms));
     if (ready == 0 && left == 0) return false;

@@ -78,6 +78,7 @@ Track thread_of(const Json& request) {
 class Timeline {
  public:
   explicit Timeline(const std::vector<Json>& events) {
+    // First, because lines of a thread can precede the one that shows that it saves the block.
     for (const Json& event : events) {
       auto speaker = speaker_of(event);
       bool saves = speaker && !speaker->is_main && speaker->text.rfind(kBlockText, 0) == 0;
@@ -85,7 +86,7 @@ class Timeline {
     }
     for (const Json& event : events) add(event);
     close_request(events.empty() ? 0 : time_of(events.back()));
-    for (const auto& [key, request] : asked_) {
+    for (const auto& [key, request] : open_) {
       instant(thread_of(request), message_name(request) + " request, not answered", request);
     }
     for (const auto& [thread, span] : saves_) {
@@ -142,13 +143,13 @@ class Timeline {
 
   void add_message(const Json& event) {
     std::string direction = text_of(event, "direction");
-    auto asked = asked_.find(key_of(event));
+    auto open = open_.find(key_of(event));
     if (direction == "request") {
       if (thread_of(event) == Track::main) extend_main(time_of(event));
-      asked_[key_of(event)] = event;
-    } else if (direction == "response" && asked != asked_.end()) {
-      add_exchange(asked->second, time_of(event), member(event, "fields"));
-      asked_.erase(asked);
+      open_[key_of(event)] = event;
+    } else if (direction == "response" && open != open_.end()) {
+      add_exchange(open->second, time_of(event), member(event, "fields"));
+      open_.erase(open);
     } else {
       const char* unasked = direction == "response" ? ", unasked" : "";
       instant(Track::modem, message_name(event) + " " + direction + unasked, event);
@@ -162,6 +163,7 @@ class Timeline {
       Span& save = latest_save(time_of(request));
       save.end = std::max(save.end, end);
     }
+    // On the thread that waits for the response, and on the modem's track.
     Json arguments = {{"request", member(request, "fields")}, {"response", response}};
     for (Track track : {thread, Track::modem}) {
       trace_.slice(track, message_name(request), time_of(request), end, arguments);
@@ -210,6 +212,7 @@ class Timeline {
       if (main) trace_.slice(Track::main, name, main->begin, next, arguments);
       return;
     }
+    // The slice that a reply gets for its arrow must not overlap the next request.
     int64_t replied = time_of(replies.back());
     int64_t shown = std::min(kReplyShown, (next - replied) / 2);
     int64_t taken = main ? std::min(main->begin, replied) : begin;
@@ -227,7 +230,7 @@ class Timeline {
   TraceEvents trace_;
   std::set<std::string> block_threads_;
   std::map<std::string, Span> saves_;  // by thread
-  std::map<Key, Json> asked_;          // requests to the modem
+  std::map<Key, Json> open_;           // requests to the modem without a response
   Served served_;
 };
 
