@@ -13,11 +13,6 @@ function(compile_folders_together target)
   endforeach()
 endfunction()
 
-# For sources whose file-local names are another's, too.
-function(compile_alone)
-  set_source_files_properties(${ARGN} PROPERTIES SKIP_UNITY_BUILD_INCLUSION ON)
-endfunction()
-
 # Headers compiled beforehand, where the target has sources enough to make it pay.
 function(precompile target)
   set(few 2)
