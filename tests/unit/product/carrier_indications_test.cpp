@@ -4,7 +4,6 @@
 #include "tests/unit/product/serving_phone.h"
 
 using testing::ElementsAre;
-using testing::IsEmpty;
 
 namespace carrier_indications_test {
 

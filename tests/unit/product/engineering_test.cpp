@@ -3,7 +3,6 @@
 #include "tests/unit/product/carrier_phone.h"
 
 using testing::Contains;
-using testing::ElementsAre;
 using testing::ElementsAreArray;
 
 namespace engineering_test {

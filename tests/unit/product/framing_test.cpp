@@ -3,8 +3,6 @@
 
 #include <future>
 
-#include "src/host/base/bytes.h"
-#include "src/host/base/parent.h"
 #include "tests/unit/product/serving_phone.h"
 
 using testing::ElementsAre;

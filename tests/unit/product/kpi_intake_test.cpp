@@ -1,8 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "src/capture/capture.h"
 
-#include "src/host/base/parent.h"
-#include "src/host/host.h"
 #include "tests/unit/product/capture_phone.h"
 #include "tests/unit/product/serving_phone.h"
 

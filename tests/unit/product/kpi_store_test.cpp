@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "src/capture/kpi_store.h"
 
-#include "src/capture/kpi_logs.h"
 #include "tests/unit/product/vorn_phone.h"
 
 using testing::ElementsAre;

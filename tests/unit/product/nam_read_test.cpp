@@ -4,7 +4,6 @@
 #include "tests/unit/product/nam_phone.h"
 
 using testing::Contains;
-using testing::ElementsAre;
 using testing::ElementsAreArray;
 using testing::Not;
 using testing::StartsWith;

@@ -1,10 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "src/capture/capture.h"
-#include "src/host/host.h"
 
 #include <fcntl.h>
 
-#include "src/vendor/vendor_client.h"
 #include "tests/unit/product/capture_phone.h"
 #include "tests/unit/product/serving_phone.h"
 

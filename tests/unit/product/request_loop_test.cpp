@@ -5,8 +5,6 @@
 #include <sys/select.h>
 #include <unistd.h>
 
-#include "src/host/base/parent.h"
-#include "src/vendor/vendor_client.h"
 #include "tests/unit/product/serving_phone.h"
 
 using testing::ElementsAre;

@@ -2,7 +2,6 @@
 #include "src/features/features.h"
 #include "tests/unit/product/serving_phone.h"
 
-using testing::ElementsAre;
 using testing::IsEmpty;
 
 namespace signal_coverage_test {

@@ -3,10 +3,8 @@
 
 #include "tests/unit/product/carrier_phone.h"
 
-using testing::Contains;
 using testing::ElementsAre;
 using testing::ElementsAreArray;
-using testing::Not;
 
 namespace startup_properties_test {
 

@@ -1,6 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "src/vendor/vendor_client.h"
-#include "src/host/host.h"
 
 #include "tests/unit/product/serving_phone.h"
 
