@@ -48,7 +48,7 @@ class JsonFields : public ::testing::Test {
       message(modem::qorext_service(), Direction::indication, "lte_error");
 };
 
-TEST_F(JsonFields, NumbersAndBytesLieWhereTheDescriptionPutsThem) {
+TEST_F(JsonFields, NumbersAndBytesAreAtTheDescribedOffsets) {
   Bytes structure = structure_of(
       element, {{"rde_id", 0x01020304}, {"record", 5}, {"length", 2}, {"data", "AAbb"}});
   Bytes expected(532);
@@ -64,7 +64,7 @@ TEST_F(JsonFields, NumbersAndBytesLieWhereTheDescriptionPutsThem) {
           {"rde_id", 0x01020304}, {"record", 5}, {"offset", 0}, {"length", 2}, {"data", "aabb"}}));
 }
 
-TEST_F(JsonFields, TextListsAndResultComeBackAsTheyWent) {
+TEST_F(JsonFields, StringsListsAndResultAreReadBackUnchanged) {
   json fields = {{"result", {{"result", 1}, {"error", 3}}},
                  {"registration_state", 1},
                  {"cs_attach_state", 2},
@@ -77,7 +77,7 @@ TEST_F(JsonFields, TextListsAndResultComeBackAsTheyWent) {
   EXPECT_EQ(qmi_json::to_json(serving_system, structure_of(serving_system, fields)), fields);
 }
 
-TEST_F(JsonFields, NegativeNumbersComeBack) {
+TEST_F(JsonFields, NegativeNumbersAreReadBackUnchanged) {
   json fields = {{"result", {{"result", 0}, {"error", 0}}},
                  {"lte_rssi", -128},
                  {"lte_rsrq", 127},
@@ -102,7 +102,7 @@ TEST_F(JsonFields, BytesMayBeAListOfNumbers) {
   EXPECT_EQ(qmi_json::to_json(element, structure)["data"], "0102ff");
 }
 
-TEST_F(JsonFields, UncountedBytesAreFilledUpWithZeros) {
+TEST_F(JsonFields, UncountedBytesArePaddedWithZeros) {
   json fields = qmi_json::to_json(lte_error, structure_of(lte_error, {{"text", "4142"}}));
   EXPECT_EQ(fields["text"], "4142" + std::string(2 * 101, '0'));
 }
@@ -124,43 +124,36 @@ TEST_F(JsonFields, MessageWithoutFieldsTakesNone) {
 }
 
 TEST_F(JsonFields, WrongFieldsAreReportedByName) {
-  const std::pair<json, const char*> kCases[] = {
+  const std::string kRecord = "element_write: field \"record\": ";
+  const std::string kData = "element_write: field \"data\": ";
+  const std::pair<json, std::string> kCases[] = {
       {{{"typo", 1}}, "element_write: unknown field \"typo\""},
-      {{{"record", -1}}, "element_write: field \"record\": -1 is out of range (0 to 4294967295)"},
-      {{{"record", 4294967296}},
-       "element_write: field \"record\": 4294967296 is out of range (0 to 4294967295)"},
+      {{{"record", -1}}, kRecord + "-1 is out of range (0 to 4294967295)"},
+      {{{"record", 4294967296}}, kRecord + "4294967296 is out of range (0 to 4294967295)"},
       {{{"record", UINT64_MAX}},
-       "element_write: field \"record\": 18446744073709551615 is out of range (0 to 4294967295)"},
-      {{{"record", 1.5}},
-       "element_write: field \"record\": expected an integer from 0 to 4294967295"},
-      {{{"record", "1"}},
-       "element_write: field \"record\": expected an integer from 0 to 4294967295"},
-      {{{"data", "123"}},
-       "element_write: field \"data\": expected hexadecimal digits, two for each byte"},
-      {{{"data", "zz"}},
-       "element_write: field \"data\": expected hexadecimal digits, two for each byte"},
-      {{{"data", 7}},
-       "element_write: field \"data\": expected hexadecimal digits or a list of numbers"},
-      {{{"data", {256}}}, "element_write: field \"data\": 256 is out of range (0 to 255)"},
-      {{{"data", std::string(1026, '0')}},
-       "element_write: field \"data\": 513 values, expected at most 512"},
+       kRecord + "18446744073709551615 is out of range (0 to 4294967295)"},
+      {{{"record", 1.5}}, kRecord + "expected an integer from 0 to 4294967295"},
+      {{{"record", "1"}}, kRecord + "expected an integer from 0 to 4294967295"},
+      {{{"data", "123"}}, kData + "expected hexadecimal digits, two for each byte"},
+      {{{"data", "zz"}}, kData + "expected hexadecimal digits, two for each byte"},
+      {{{"data", 7}}, kData + "expected hexadecimal digits or a list of numbers"},
+      {{{"data", {256}}}, kData + "256 is out of range (0 to 255)"},
+      {{{"data", std::string(1026, '0')}}, kData + "513 values, expected at most 512"},
       {json::array(), "element_write: expected the fields as a JSON object"},
   };
   for (const auto& [fields, error] : kCases) EXPECT_EQ(error_of(element, fields), error);
 }
 
 TEST_F(JsonFields, WrongStringsListsAndResultsAreReportedByName) {
-  const std::pair<json, const char*> kCases[] = {
-      {{{"network_description", 1}},
-       "get_serving_system: field \"network_description\": expected a string"},
-      {{{"radio_interfaces", "08"}},
-       "get_serving_system: field \"radio_interfaces\": expected a list of numbers"},
+  const std::string kField = "get_serving_system: field ";
+  const std::pair<json, std::string> kCases[] = {
+      {{{"network_description", 1}}, kField + "\"network_description\": expected a string"},
+      {{{"radio_interfaces", "08"}}, kField + "\"radio_interfaces\": expected a list of numbers"},
       {{{"radio_interfaces", {128}}},
-       "get_serving_system: field \"radio_interfaces\": 128 is out of range (-128 to 127)"},
-      {{{"result", 0}},
-       "get_serving_system: field \"result\": expected {\"result\":...,\"error\":...}"},
+       kField + "\"radio_interfaces\": 128 is out of range (-128 to 127)"},
+      {{{"result", 0}}, kField + "\"result\": expected {\"result\":...,\"error\":...}"},
       {{{"result", {{"result", 65536}, {"error", 0}}}},
-       "get_serving_system: field \"result\": 65536 is out of range (0 to 65535)"},
+       kField + "\"result\": 65536 is out of range (0 to 65535)"},
   };
   for (const auto& [fields, error] : kCases) EXPECT_EQ(error_of(serving_system, fields), error);
 }
@@ -180,7 +173,7 @@ TEST(Fields, WrongUseIsRefused) {
   EXPECT_THROW(qmi_json::Fields(type, std::span(structure).first(1)), FieldError);
 }
 
-TEST(Fields, CountAboveTheCapacityIsCutToIt) {
+TEST(Fields, CountAboveTheCapacityIsReducedToIt) {
   const auto& type = message(modem::qorext_service(), Direction::request, "element_write");
   Bytes structure(type.size);
   structure[17] = 0xFF;

@@ -51,31 +51,27 @@ TEST(KpiUploadPackets, OfAHeaderlessLogHoldOnlyTheLog) {
             "000101:010203040506 ");
 }
 
+// "PACKAGE.SEQUENCE", an asterisk for the last packet of the package, "OFFSET+SIZE".
+std::string place_in(const UploadPlan& plan, uint64_t index) {
+  auto place = plan.place(index);
+  return std::to_string(place.package) + "." + std::to_string(place.sequence) +
+         (place.is_last ? "* " : " ") + std::to_string(place.offset) + "+" +
+         std::to_string(place.size);
+}
+
 TEST(KpiUploadPlan, EndsAPackageAfter255Packets) {
   UploadPlan plan({}, uint64_t{255} * 502 + 1);
   EXPECT_EQ(plan.packets(), 256U);
   EXPECT_EQ(plan.packages(), 2U);
-  auto last = plan.place(254);
-  EXPECT_EQ(last.package, 0U);
-  EXPECT_EQ(last.sequence, 255U);
-  EXPECT_TRUE(last.is_last);
-  auto next = plan.place(255);
-  EXPECT_EQ(next.package, 1U);
-  EXPECT_EQ(next.sequence, 1U);
-  EXPECT_TRUE(next.is_last);
-  EXPECT_EQ(next.offset, uint64_t{255} * 502);
-  EXPECT_EQ(next.size, 1U);
+  EXPECT_EQ(place_in(plan, 254), "0.255* 127508+502");
+  EXPECT_EQ(place_in(plan, 255), "1.1* 128010+1");
 }
 
 TEST(KpiUploadPlan, LengthensAShortHeaderlessPackageByOnePacket) {
   UploadPlan plan({.packet_size = 8, .is_headerless = true}, uint64_t{255} * 8 + 4);
-  EXPECT_TRUE(plan.place(253).is_last);
-  EXPECT_EQ(plan.place(254).sequence, 1U);
-  EXPECT_EQ(plan.place(254).package, 1U);
-  EXPECT_FALSE(plan.place(254).is_last);
-  EXPECT_EQ(plan.place(255).sequence, 2U);
-  EXPECT_EQ(plan.place(255).size, 4U);
-  EXPECT_TRUE(plan.place(255).is_last);
+  EXPECT_EQ(place_in(plan, 253), "0.254* 2024+8");
+  EXPECT_EQ(place_in(plan, 254), "1.1 2032+8");
+  EXPECT_EQ(place_in(plan, 255), "1.2* 2040+4");
 }
 
 TEST(KpiUploadPlan, RefusesPacketsThatTheReceiverDoesNotAccept) {

@@ -68,6 +68,12 @@ class ModemProcess : public ::testing::Test {
     ASSERT_EQ(read(read_end.get(), byte, sizeof byte), 0);
   }
 
+  // With a client of the vendor's service.
+  ServiceClient start_with_client(const std::vector<std::string>& more = {}) {
+    start(more);
+    return ServiceClient(endpoint);
+  }
+
   // The exit status, or -1 if the process does not exit.
   int wait_for_end() {
     auto deadline = Clock::now() + kTimeout;

@@ -129,8 +129,7 @@ TEST_F(Overload, WithoutDescriptorsASilentConnectionIsClosed) {
 }
 
 TEST_F(Overload, SilentConnectionsDoNotPreventNewClients) {
-  start();
-  ServiceClient before(endpoint);
+  ServiceClient before = start_with_client();
   std::vector<ScopedFd> silent;
   for (int i = 0; i < 300; ++i) silent.push_back(silent_connection());
   EXPECT_TRUE(wait_readable(silent[40].get()));  // closed: nearly all have been accepted
@@ -149,8 +148,7 @@ TEST_F(Overload, SilentControlConnectionsDoNotPreventNewOnes) {
 }
 
 TEST_F(Overload, ClientThatDoesNotReadDoesNotDelayOthers) {
-  start();
-  ServiceClient stuck(endpoint);
+  ServiceClient stuck = start_with_client();
   stuck.ask("get_bsr_timer");
   auto begin = Clock::now();
   send_burst();
@@ -168,8 +166,7 @@ TEST_F(Overload, ClientThatDoesNotReadDoesNotDelayOthers) {
 }
 
 TEST_F(Overload, UploadContinuesForOthersWhenAClientStopsReading) {
-  start();
-  ServiceClient stuck(endpoint);
+  ServiceClient stuck = start_with_client();
   ServiceClient reader(endpoint);
   stuck.ask("get_bsr_timer");
   reader.ask("get_bsr_timer");

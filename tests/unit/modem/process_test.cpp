@@ -11,8 +11,7 @@ using ::testing::HasSubstr;
 using ::testing::IsEmpty;
 
 TEST_F(ModemProcess, ServesAllThreeServices) {
-  start();
-  ServiceClient qorext(endpoint);
+  ServiceClient qorext = start_with_client();
   ServiceClient nas(endpoint, modem::nas_service());
   ServiceClient dms(endpoint, modem::dms_service());
   ASSERT_TRUE(qorext.is_open() && nas.is_open() && dms.is_open());
@@ -23,8 +22,7 @@ TEST_F(ModemProcess, ServesAllThreeServices) {
 }
 
 TEST_F(ModemProcess, AValueWrittenByOneClientIsReadByAnother) {
-  start();
-  ServiceClient first(endpoint);
+  ServiceClient first = start_with_client();
   ServiceClient second(endpoint);
   first.ask("element_write", {{"rde_id", 6000}, {"length", 2}, {"data", "beef"}});
   EXPECT_EQ(second.ask("element_read", {{"rde_id", 6000}})["data"], "beef");
@@ -32,8 +30,7 @@ TEST_F(ModemProcess, AValueWrittenByOneClientIsReadByAnother) {
 }
 
 TEST_F(ModemProcess, IndicationsReachEveryClientOfTheService) {
-  start();
-  ServiceClient first(endpoint);
+  ServiceClient first = start_with_client();
   ServiceClient second(endpoint);
   // After an answer the modem knows the client.
   first.ask("get_bsr_timer");
@@ -46,15 +43,13 @@ TEST_F(ModemProcess, IndicationsReachEveryClientOfTheService) {
 }
 
 TEST_F(ModemProcess, PfpRequestIsFollowedByItsIndication) {
-  start();
-  ServiceClient client(endpoint);
+  ServiceClient client = start_with_client();
   EXPECT_EQ(client.ask("pfp")["state"], 0);
   EXPECT_EQ(client.next_fields()["rat"], 8);
 }
 
 TEST_F(ModemProcess, DelayedAnswerIsSentAfterItsDelay) {
-  start();
-  ServiceClient client(endpoint);
+  ServiceClient client = start_with_client();
   command("fault", {{"kind", "delay"}, {"delay_ms", 200}});
   auto asked = Clock::now();
   EXPECT_EQ(client.ask("get_bsr_timer")["timer"], 300);
@@ -62,8 +57,7 @@ TEST_F(ModemProcess, DelayedAnswerIsSentAfterItsDelay) {
 }
 
 TEST_F(ModemProcess, ServiceGoesAwayAndComesBack) {
-  start();
-  ServiceClient client(endpoint);
+  ServiceClient client = start_with_client();
   client.ask("get_bsr_timer");
   command("service", {{"name", "qorext"}, {"up", false}});
   EXPECT_TRUE(client.sees_the_service_go());
@@ -109,8 +103,7 @@ TEST_F(ModemProcess, InstancesComeAndGo) {
 }
 
 TEST_F(ModemProcess, ClientsOfAWithdrawnInstanceAreClosed) {
-  start({"--instances", "2"});
-  ServiceClient first(endpoint);
+  ServiceClient first = start_with_client({"--instances", "2"});
   auto watch = qmi_transport::watch_service(endpoint, modem::qorext_service().id,
                                             modem::qorext_service().version);
   qmi_transport::Announcement second{};
@@ -142,8 +135,7 @@ TEST_F(ModemProcess, TheOptionForInstancesWinsOverTheScenario) {
 }
 
 TEST_F(ModemProcess, CloseFaultDropsTheClients) {
-  start();
-  ServiceClient client(endpoint);
+  ServiceClient client = start_with_client();
   command("fault", {{"kind", "close"}, {"times", 1}});
   EXPECT_EQ(client.ask("get_bsr_timer"), "nothing");
   ServiceClient next(endpoint);
@@ -151,8 +143,7 @@ TEST_F(ModemProcess, CloseFaultDropsTheClients) {
 }
 
 TEST_F(ModemProcess, MalformedPacketsDoNotEndTheProcess) {
-  start();
-  ServiceClient good(endpoint);
+  ServiceClient good = start_with_client();
   {
     ServiceClient bad(endpoint);
     bad.send({0xFF});
@@ -294,8 +285,7 @@ TEST_F(ModemProcess, ControlSocketInUseIsNotReplaced) {
 }
 
 TEST_F(ModemProcess, VerbosePrintsMessagesByName) {
-  start({"--verbose"});
-  ServiceClient client(endpoint);
+  ServiceClient client = start_with_client({"--verbose"});
   client.ask("set_bsr_timer", {{"timer", 9}});
   EXPECT_EQ(text_of("errors"),
             "qorext set_bsr_timer request {\"timer\":9}\n"
@@ -305,8 +295,7 @@ TEST_F(ModemProcess, VerbosePrintsMessagesByName) {
 TEST_F(ModemProcess, ScenarioIsTheStartState) {
   std::ofstream(file("scenario.toml")) << "[carrier]\nbsr_timer = 17\n"
                                           "[[faults]]\nmessage = \"read_band\"\nkind = \"error\"\n";
-  start({"--scenario", file("scenario.toml")});
-  ServiceClient client(endpoint);
+  ServiceClient client = start_with_client({"--scenario", file("scenario.toml")});
   EXPECT_EQ(client.ask("get_bsr_timer")["timer"], 17);
   EXPECT_EQ(client.ask("read_band")["status"], 1);
   client.ask("set_bsr_timer", {{"timer", 9}});
