@@ -19,6 +19,7 @@ namespace {
 
 using e2e::as_hex;
 using e2e::operator+;
+using qorextctl::Deadline;
 
 constexpr uint32_t kFaultOneIn = 8;
 constexpr uint32_t kTimeoutOneIn = 200000;
