@@ -23,33 +23,32 @@ std::vector<std::string> names_of(const Mix& mix, uint32_t seed, size_t count) {
   return names;
 }
 
+Mix mix_of_text(const std::string& text) {
+  auto mix = Mix::parse(text);
+  EXPECT_TRUE(mix) << mix.error().message;
+  return mix ? *mix : Mix();
+}
+
 TEST(Mix, SendsRequestsByWeight) {
-  auto mix = Mix::parse("nv-read:3,get-nam");
-  ASSERT_TRUE(mix) << mix.error().message;
-  auto names = names_of(*mix, 1, 4000);
-  auto reads = std::count(names.begin(), names.end(), "nv-read");
-  EXPECT_NEAR(static_cast<double>(reads), 3000, 150);
+  auto names = names_of(mix_of_text("nv-read:3,get-nam"), 1, 4000);
+  EXPECT_NEAR(static_cast<double>(std::count(names.begin(), names.end(), "nv-read")), 3000, 150);
 }
 
 TEST(Mix, RepeatsTheRequestsOfASeed) {
-  auto mix = Mix::parse("nv-read:3,get-nam:1,unknown:2");
-  EXPECT_EQ(names_of(*mix, 7, 100), names_of(*mix, 7, 100));
-  EXPECT_NE(names_of(*mix, 7, 100), names_of(*mix, 8, 100));
+  Mix mix = mix_of_text("nv-read:3,get-nam:1,unknown:2");
+  EXPECT_EQ(names_of(mix, 7, 100), names_of(mix, 7, 100));
+  EXPECT_NE(names_of(mix, 7, 100), names_of(mix, 8, 100));
 }
 
 TEST(Mix, TakesRequiredArgumentsFromCompletion) {
-  auto mix = Mix::parse("set-ddtm");
-  ASSERT_TRUE(mix) << mix.error().message;
-  EXPECT_EQ(to_hex(mix->entries()[0].bytes),
-            "B80000020100000000000000000000000000"
-            "01");
+  EXPECT_EQ(to_hex(mix_of_text("set-ddtm").entries().at(0).bytes),
+            "B8000002010000000000000000000000000001");
 }
 
 TEST(Mix, ExpectsAnUnknownRequestToFail) {
-  auto mix = Mix::parse("unknown");
-  ASSERT_TRUE(mix) << mix.error().message;
-  EXPECT_TRUE(mix->entries()[0].expects_failure);
-  EXPECT_EQ(mix->entries()[0].name, "unknown");
+  MixEntry entry = mix_of_text("unknown").entries().at(0);
+  EXPECT_TRUE(entry.expects_failure);
+  EXPECT_EQ(entry.name, "unknown");
 }
 
 TEST(Mix, ReportsErrors) {

@@ -14,11 +14,7 @@ using testing::ElementsAre;
 using testing::IsEmpty;
 using testing::Pair;
 
-constexpr int kParent = 1;
-constexpr int kMain = 2;
-constexpr int kCallback = 3;
-constexpr int kHob = 4;
-constexpr int kModem = 5;
+enum { kParent = 1, kMain, kCallback, kHob, kModem };  // thread ids
 
 // Times are microseconds here.
 Json at(int64_t time, Json event) {
