@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <gtest/gtest.h>
 
+#include "modem/kpi/kpi_upload.h"
 #include "modem/state/state_keys.h"
 #include "tools/qorextctl/modem/modem_words.h"
 #include "tools/qorextctl/session/session.h"
@@ -147,6 +148,22 @@ TEST(ModemWords, APersonalKeyOfTheStateStaysOutOfTheHistory) {
         "nv=[{\"rde_id\":32,\"data\":\"313233\"}]", "security.akey=1", "nam.imsi-t=3"}) {
     EXPECT_TRUE(is_private_line(std::string("modem set '") + pair + "'")) << pair;
   }
+}
+
+template <typename Options>
+void expect_strings_of(const std::string& command_line) {
+  Options options;
+  for (const modem::Key& key : modem::Archive::keys_of(options)) {
+    if (key.type != modem::Key::Type::string) continue;
+    EXPECT_NE(command(command_line + key.path + "=11").find("\"" + key.path + "\":\"11\""),
+              std::string::npos)
+        << key.path;
+  }
+}
+
+TEST(ModemWords, StringsOfUploadsMayLookLikeNumbers) {
+  expect_strings_of<modem::UploadOptions>("kpi data=00 ");
+  expect_strings_of<modem::KpiPacketOptions>("kpi_packet ");
 }
 
 TEST(ModemWords, StringsOfFaultsMayLookLikeNumbers) {

@@ -17,17 +17,17 @@ using qmi_idl::Direction;
 using Words = std::vector<std::string>;
 using Candidates = std::vector<Candidate>;
 
-Candidates service_names(const std::string& front) {
+Candidates service_names(const std::string& prefix) {
   Candidates names;
   for (const qmi_idl::Service* service : modem::services())
-    names.push_back({front + service->name});
+    names.push_back({prefix + service->name});
   return names;
 }
 
 void add_messages(Candidates& names, const qmi_idl::Service& service, Direction direction,
-                  const std::string& front) {
+                  const std::string& prefix) {
   for (const qmi_idl::Message& message : service.messages) {
-    if (message.direction == direction) names.push_back({front + message.name});
+    if (message.direction == direction) names.push_back({prefix + message.name});
   }
 }
 
@@ -54,10 +54,10 @@ Candidates fault_kinds() {
   return kinds;
 }
 
-Candidates request_names(const std::string& front) {
+Candidates request_names(const std::string& prefix) {
   Candidates names;
   for (const qmi_idl::Service* service : modem::services()) {
-    add_messages(names, *service, Direction::request, front);
+    add_messages(names, *service, Direction::request, prefix);
   }
   return names;
 }
