@@ -1,12 +1,13 @@
 #!/usr/bin/env python3
 # SPDX-License-Identifier: Apache-2.0
-"""Writes the seeds of the fuzz targets: make_seeds.py FOLDER.
+"""Writes the seeds of the fuzz targets: make_seeds.py ENCODER FOLDER.
 
-A seed is built as the targets take it apart (FuzzedDataProvider): byte strings from the front, in
+ENCODER is the program of encode.cpp. A seed is built as the targets take it apart (FuzzedDataProvider): byte strings from the front, in
 their order; numbers from the back, as many bytes as the range needs, the highest byte outermost.
 """
 
-import struct
+import json
+import subprocess
 import sys
 from pathlib import Path
 
@@ -48,139 +49,179 @@ STRETCHES = [1, 2, 31, 64, 65, 5000, 74300, 200000]
 DEEP = 74300
 
 
-def le16(*values):
-    return struct.pack(f"<{len(values)}H", *values)
-
-
-def le32(*values):
-    return struct.pack(f"<{len(values)}I", *values)
-
-
 ROOT = Path(__file__).resolve().parent.parent
 REQUEST_SIZE = 17408
-ELEMENT_SIZE = 540
 
-UTILITY_ANSWER = (520, le32(0, 17) + bytes(range(17)))
-STATUS_OK = (4, le32(0))
-OUTCOME_OK = (8, le32(1, 0))
-RESULT_OK = (8, le32(0, 0))
+
+class Encoder:
+    """Frames and structures from the tables of the programs."""
+
+    def start(self, program):
+        self.process = subprocess.Popen([program], stdin=subprocess.PIPE, stdout=subprocess.PIPE,
+                                        text=True)
+
+    def encode(self, line):
+        self.process.stdin.write(line + "\n")
+        self.process.stdin.flush()
+        text = self.process.stdout.readline()
+        if not text:
+            sys.exit(f"make_seeds.py: cannot encode: {line}")
+        return bytes.fromhex(text)
+
+
+ENCODER = Encoder()
+
+
+def request(line):
+    return ENCODER.encode("request " + line)
+
+
+def unsolicited(name, data):
+    return ENCODER.encode(f"unsolicited {name} {data.hex()}")
+
+
+def structure(kind, name, **fields):
+    return ENCODER.encode(f"{kind} {name} {json.dumps(fields)}")
+
+
+def le32(value):
+    return value.to_bytes(4, "little")
+
+
+SET_NAM = ("set-nam spc=123456 mdn=206555019800001 min=2065551234 sid=4183 nid=65534 scm=42 "
+           "imsi-11-12=48 imsi-mcc=311 vocoder=2 imsi-t=310120065551239 overload-class=7")
+KPI_START = 0x01C0FFEE
+KPI_RECORD = 0x02C0FFEE
 
 
 def item(content):
-    return (ELEMENT_SIZE, le32(0, 0, 28, 0, 0, len(content), len(content)) + content)
+    return "qorext element_read", {"rde_id": 28, "length": len(content), "data": content.hex()}
 
 
-def generic(request_id, payload=b"", kind=1):
-    return bytes([kind]) + request_id.to_bytes(3, "big") + struct.pack(">I", len(payload)) + payload
+def hexadecimal(text):
+    return "qorext engineering_info", {"data": text.encode().hex()}
 
 
-def cdma(request_id, payload=b"", code=b"000000"):
-    return le32(request_id, len(payload), 0) + code + payload
+UTILITY = ("qorext utils", {"data": bytes(range(17)).hex()})
+WRITTEN = ("qorext element_write", {})
+BAND = ("qorext read_band", {"band": 1})
+NAM_ITEMS = [item(bytes(range(17)))] * 15
 
-
-PLMN_NAME = (3944, bytes(8) + b"\1" + bytes(27) + le32(0) + bytes(8) + le32(5) + b"Carri")
-SID_NID = le32(*range(40))
-NAM = (b"206555019800001\0" + b"2065551234".ljust(16, b"\0") + le32(4183, 65534, 42) + b"48\0\0" +
-       b"311\0" + le32(283, 384, 691, 777, 2) + b"310\0" + b"310120065551239\0" + le32(7) +
-       b"123456\0\0")
-APNS = (1168, le32(0, 0) + b"\2\1" + bytes(6) + (le32(1, 0xC0000201) + bytes(12) + b"internet") * 2)
-
-# Every request with what the modem answers to it: (size of the structure, its first bytes).
+# Every request with the responses that the modem gives to it.
 REQUESTS = {
-    "silent_reboot": (generic(0x50019), [UTILITY_ANSWER]),
-    "sys_info_filter": (generic(0x5001E, b"\1"), [UTILITY_ANSWER]),
-    "data_plmn": (generic(0x60001), [(568, bytes(range(256)))]),
-    "coverage": (generic(0x50020, b"report\0"), [UTILITY_ANSWER]),
-    "coverage_mode": (generic(0x50029, b"\1report"), [UTILITY_ANSWER]),
-    "operator_name": (generic(0xA0006, le16(310, 120)), [PLMN_NAME]),
-    "antenna_tuning": (generic(0x5002A, b"setting"), [(32, le32(4) + b"done")]),
-    "call_end_state": (generic(0x50505, b"\1"), [UTILITY_ANSWER]),
-    "generic_unknown": (generic(0x12345, b"?"), []),
-    "unclassified": (b"\xFF" * 12, []),
-    "short": (b"\1\0\2", []),
-    "nv_read_spc": (cdma(0x0200000A), [RESULT_OK]),
-    "nv_read_38": (cdma(0x02000017), [item(b"\1\2\3\4")]),
-    "nv_write_38": (cdma(0x02000018, b"\1\2\3\4"), [RESULT_OK]),
-    "nv_read_10003": (cdma(0x0200000D), [item(b"\1\2\3\4")]),
-    "nv_write_10003": (cdma(0x0200000E, b"\1\2\3\4"), [RESULT_OK]),
-    "nv_read_37": (cdma(0x0200000F), [item(b"\1")]),
-    "nv_write_37": (cdma(0x02000010, b"\1"), [RESULT_OK]),
-    "nv_read_39": (cdma(0x02000019), [item(b"\1")]),
-    "nv_write_39": (cdma(0x0200001A, b"\1"), [RESULT_OK]),
-    "nv_write_spc": (cdma(0x02000008, b"123456"), [RESULT_OK]),
-    "pfp": (cdma(0x0200001C), [(12, le32(0, 0, 0))]),
-    "utility": (cdma(0x0200001E, le32(3, 1) + b"\1".ljust(256, b"\0")), [UTILITY_ANSWER]),
-    "bc10_get": (cdma(0x020000B0), [(8, le32(0, 1))]),
-    "bc10_set": (cdma(0x020000B1, le32(1)), [STATUS_OK]),
-    "bc14_get": (cdma(0x020000B2), [(8, le32(0, 1))]),
-    "bc14_set": (cdma(0x020000B3, le32(1)), [STATUS_OK]),
-    "roaming_list": (cdma(0x020000B4, le32(8) + b"segments"), [STATUS_OK]),
-    "profile": (cdma(0x020000B5, le32(1)), [STATUS_OK]),
-    "factory_reset": (cdma(0x020000B6, b"\1"), [(1, b"\1")]),
-    "ddtm_get": (cdma(0x020000B7), [item(b"\1")]),
-    "ddtm_set": (cdma(0x020000B8, b"\1"), [RESULT_OK]),
-    "obsolete": (cdma(0x020000BB), []),
-    "bsr_get": (cdma(0x020000BC), [(12, le32(1, 0, 30))]),
-    "bsr_set": (cdma(0x020000BD, le32(30)), [OUTCOME_OK]),
-    "lte_option_get": (cdma(0x020000BE), [item(b"\1")]),
-    "lte_option_set": (cdma(0x020000BF, b"\1"), [RESULT_OK]),
-    "lte_data": (cdma(0x020000C0), [
-        (12, le32(1, 0) + b"\2"), (20, le32(1, 0) + b"\1\0\2\0\1\0\3\0\1\4\1\5"),
-        (1508, bytes(1104) + b"\1\0" + le16(310, 120)), (64, bytes(36) + b"\1\0\xA0\xF0\x90\xFF"),
-        (164, bytes(64) + b"\1" + bytes(7) + le32(230))]),
-    "apns": (cdma(0x020000C1), [APNS]),
-    "tot_get": (cdma(0x020000C4), [(80, le32(0, 0) + b"\1\0\0\0" + le16(2) + bytes(6) + le32(1, 2))]),
-    "tot_update": (cdma(0x020000C5, le16(2) + le32(1, 2)), [OUTCOME_OK]),
-    "nam_get": (cdma(0x02000001), [item(bytes(range(17)))] * 15),
-    "nam_set": (cdma(0x02000002, NAM, b"123456"), [RESULT_OK, item(b"\1\2\3\4\5\6\7\x08\x09")] * 3),
-    "sid_nid_get": (cdma(0x02000003), [item(b"\0" + le16(*range(40)))]),
-    "sid_nid_set": (cdma(0x02000004, SID_NID * 2), [RESULT_OK]),
-    "mob_p_rev": (cdma(0x02000007), [item(b"\6")]),
-    "call_processing": (cdma(0x02000011), [(1012, le32(0, 0, 328) + b"0123456789abcdef" * 20)]),
-    "evdo": (cdma(0x02000012), [(1012, le32(0, 0, 104) + b"0123456789ABCDEF" * 6)]),
-    "akey": (cdma(0x02000013, b"1" * 26), [RESULT_OK]),
-    "rde_write": (cdma(0x02000015, le32(28, 0, 0, 1) + b"\6"), [RESULT_OK]),
-    "rde_read": (cdma(0x02000016, le32(28, 0, 0, 1)), [item(b"\6")]),
-    "cdma_unknown": (cdma(0x020000FF, b"?"), []),
+    "silent-reboot": [UTILITY],
+    "sysinfo-filter filter=1": [UTILITY],
+    "data-plmn": [("qorext data_plmn", {"record": bytes(range(256)).hex()})],
+    "coverage text=report": [UTILITY],
+    "coverage-mode mode=1 text=report": [UTILITY],
+    "operator-name mcc=310 mnc=120": [("nas get_plmn_name", {"short_name": b"Carri".hex()})],
+    "tune data=73657474696E67": [("qorext tuner", {"data": b"done".hex()})],
+    "call-end-radio-state selector=1": [UTILITY],
+    "generic id=0x12345 data=3F": [],
+    "check-spc code=123456": [item(b"123456")],
+    "read-item-38": [item(b"\1\2\3\4")],
+    "write-item-38 data=01020304": [WRITTEN],
+    "read-item-10003": [item(b"\1\2\3\4")],
+    "write-item-10003 data=01020304": [WRITTEN],
+    "read-item-37": [item(b"\1")],
+    "write-item-37 data=01": [WRITTEN],
+    "read-item-39": [item(b"\1")],
+    "write-item-39 data=01": [WRITTEN],
+    "write-item-28 data=313233343536": [WRITTEN],
+    "pfp": [("qorext pfp", {})],
+    "utils type=3 data=01": [UTILITY],
+    "get-bc10": [BAND],
+    "set-bc10 status=1": [("qorext write_band", {})],
+    "get-bc14": [BAND],
+    "set-bc14 status=1": [("qorext write_band", {})],
+    "set-roaming-list data=7365676D656E7473": [("qorext set_roaming_list_segment", {})],
+    "set-profile profile=1": [("qorext switch_profile", {})],
+    "factory-reset flag=1": [("qorext factory_reset", {"outcome": 1})],
+    "get-ddtm": [item(b"\1")],
+    "set-ddtm ddtm=1": [WRITTEN],
+    "obsolete-bb": [],
+    "get-bsr-timer": [("qorext get_bsr_timer", {"outcome": 1, "timer": 30})],
+    "set-bsr-timer timer=30": [("qorext set_bsr_timer", {"outcome": 1})],
+    "get-lte-option": [item(b"\1")],
+    "set-lte-option data=01": [WRITTEN],
+    "get-lte-data": [
+        ("qorext get_lte_service_state", {"outcome": 1, "state": 2}),
+        ("qorext get_lte_channel", {"outcome": 1, "second_channel": 2, "first_channel": 3,
+                                    "third_value": 4, "fourth_value": 5}),
+        ("nas get_serving_system", {"mcc": 310, "mnc": 120}),
+        ("nas get_sig_info", {"lte_rssi": -96, "lte_rsrq": -16, "lte_rsrp": -112}),
+        ("nas get_tx_rx_info", {"tx_power": 230})],
+    "get-apn": [("qorext get_active_ehrpd_apn", {
+        "count": 2, "has_entries": 1, "name": [b"internet".hex()] * 2})],
+    "get-tot": [("qorext get_tot_order", {"entries": [1, 2]})],
+    "update-tot entries=1,2": [("qorext update_tot_order", {"outcome": 1})],
+    "get-nam": NAM_ITEMS,
+    SET_NAM: [WRITTEN, item(b"\1\2\3\4\5\6\7\x08\x09")] * 3,
+    "get-sid-nid": [item(bytes(range(81)))],
+    "set-sid-nid pairs=" + ",".join(f"{n}/{n + 1}" for n in range(20)): [WRITTEN],
+    "get-mob-p-rev": [item(b"\6")],
+    "verify-subsidy-lock code=123456": [("dms verify_subsidy_lock", {})],
+    "get-call-processing": [hexadecimal("0123456789abcdef" * 20 + "01234567")],
+    "get-evdo": [hexadecimal("0123456789ABCDEF" * 6 + "01234567")],
+    "write-akey spc=000000 akey=" + "1" * 26: [("nas write_akey", {})],
+    "nv-write rde-id=28 data=06": [WRITTEN],
+    "nv-read rde-id=28 length=1": [item(b"\6")],
+    "cdma id=0x020000FF data=3F": [],
 }
+NO_REQUESTS = {"unclassified": b"\xFF" * 12, "short": b"\1\0\2"}
 
 
-def answered(seed, answers):
-    for size, content in answers:
-        seed.flag(False).number(len(content), size).bytes(content)
+def request_seed(frame, answers):
+    seed = Seed().number(len(frame), REQUEST_SIZE).bytes(frame)
+    for name, fields in answers:
+        content = structure("response", name, **fields)
+        seed.flag(False).number(len(content), len(content)).bytes(content)
     return seed
 
 
 def request_seeds():
-    for name, (request, answers) in REQUESTS.items():
-        seed = Seed().number(len(request), REQUEST_SIZE).bytes(request)
-        yield name, answered(seed, answers)
+    for line, answers in REQUESTS.items():
+        yield line.split()[0], request_seed(request(line), answers)
+    for name, frame in NO_REQUESTS.items():
+        yield name, request_seed(frame, [])
 
 
-# Position in the target's list of ids, structure.
+def kpi_data(header, is_last):
+    return bytes([7, 1, is_last, 0, 8, 0]) + le32(header) + b"data"
+
+
+def utils(kind, data):
+    return "utils", {"type": kind, "data": data.hex()}
+
+
+# In the order of the target's list of ids.
+INDICATION_IDS = ["notify", "pfp", "utils", "carrier_event", "hob_save", "generic", "lte_error",
+                  "coverage"]
 INDICATIONS = {
-    "notify": (0, 0, b""),
-    "pfp": (1, 232, le16(1, 2) + le32(3) + bytes(range(224))),
-    "log_upload": (2, 520, le32(0, 4) + b"\1\2\3\4"),
-    "kpi_first": (2, 520, le32(1, 0) + bytes([7, 1, 0, 0]) + le16(8) + le32(0x01C0FFEE) + b"data"),
-    "kpi_only": (2, 520, le32(1, 0) + bytes([7, 1, 1, 0]) + le16(8) + le32(0x01C0FFEE) + b"data"),
-    "kpi_record": (2, 520, le32(1, 0) + bytes([7, 1, 1, 0]) + le16(8) + le32(0x02C0FFEE) + b"data"),
-    "rf_cable": (2, 520, le32(7, 1) + b"\1"),
-    "first_byte": (2, 520, le32(9, 1) + b"\1"),
-    "carrier_event": (3, 2, le16(5)),
-    "hob_save": (4, 0, b""),
-    "generic": (5, 0, b""),
-    "lte_error": (6, 116, le32(1) + b"\2\0\0\0" + le32(3) + b"reason"),
-    "coverage": (7, 32, bytes(range(32))),
+    "notify": ("notify", {}),
+    "pfp": ("pfp", {"rat": 2, "tbl_idx": 3, "table": bytes(range(224)).hex()}),
+    "log_upload": utils(0, b"\1\2\3\4"),
+    "kpi_first": utils(1, kpi_data(KPI_START, 0)),
+    "kpi_only": utils(1, kpi_data(KPI_START, 1)),
+    "kpi_record": utils(1, kpi_data(KPI_RECORD, 1)),
+    "rf_cable": utils(7, b"\1"),
+    "first_byte": utils(9, b"\1"),
+    "carrier_event": ("carrier_event", {"value": 5}),
+    "hob_save": ("hob_save", {}),
+    "generic": ("generic", {}),
+    "lte_error": ("lte_error", {"first_value": 1, "second_value": 2, "third_value": 3,
+                                "text": b"reason".hex()}),
+    "coverage": ("coverage", {"report": bytes(range(32)).hex()}),
 }
 
 
 def indication_seeds():
-    for name, (position, size, structure) in INDICATIONS.items():
-        seed = Seed().flag(False).number(position, 7).number(4, 2048).number(0, 127, -128)
-        seed.bytes(b"\1\1\0\0")
-        if size:
-            seed.number(len(structure), size).bytes(structure).flag(False)
+    for name, (message, fields) in INDICATIONS.items():
+        content = structure("indication", "qorext " + message, **fields)
+        seed = Seed().flag(False).number(INDICATION_IDS.index(message), len(INDICATION_IDS) - 1)
+        seed.number(4, 2048).number(0, 127, -128).bytes(b"\1\1\0\0")
+        if content:
+            seed.number(len(content), len(content)).bytes(content).flag(False)
         yield name, seed
 
 
@@ -190,7 +231,7 @@ def kpi_packet(seed, package, sequence, is_last, payload):
 
 
 def kpi_store_seeds():
-    header = le32(0x01C0FFEE)
+    header = le32(KPI_START)
     yield "one_packet", kpi_packet(Seed(), 1, 1, True, header + b"data")
     two = kpi_packet(Seed(), 1, 1, False, header + b"first")
     yield "two_packets", kpi_packet(two, 1, 2, True, b"second")
@@ -242,12 +283,13 @@ def tool_seeds():
     for name, line in WORDS.items():
         yield name, Seed().number(2, 9).text(line)
     for name, frame in {
-            "cdma": le32(0, 20, 0x0200001D, 232) + bytes(10 + 232 + 2),
-            "generic": le32(1, 8, 0x04000401, 8) + le32(0x02C0FFEE) + b"data" + bytes(12)}.items():
+            "cdma": unsolicited("pfp", bytes(232)),
+            "generic": unsolicited("kpi-record", le32(KPI_RECORD) + b"data")}.items():
         yield "unsolicited_" + name, Seed().number(1, 9).number(4000, 4096, 1).bytes(frame)
         yield "decoded_" + name, Seed().number(3, 9).number(0, 2).bytes(frame)
+    record = request(SET_NAM)
     for position in range(60):
-        reply = le32(0x02000001 + position, 104, 0) + bytes(6) + NAM + bytes(2)
+        reply = le32(0x02000001 + position) + record[4:] + bytes(2)
         seed = Seed().number(0, 9).number(position, 255).number(4000, 4096, 1)
         yield f"reply_{position}", seed.bytes(reply)
     for name, line in {
@@ -323,10 +365,14 @@ def codec_seeds():
 
 
 def transport_seeds():
-    # A watch that is told of nothing, no channel, then a client that attaches and sends.
+    # A watch without events, no channel, then a client that attaches and sends.
     steps = Seed().number(0, 2).number(0, 4).number(0, 4).number(0, 6).number(0, 2).number(2, 6)
     steps.number(5, 6).flag(False).number(3, 4).number(0, 2).number(1, 2).number(1, 2).number(1, 5)
     yield "lookup", steps
+
+
+def nam_seeds():
+    yield "record", Seed().bytes(request(SET_NAM))
 
 
 def plain_seeds(**contents):
@@ -341,7 +387,7 @@ TARGETS = {
     "indication": indication_seeds(),
     "kpi_store": kpi_store_seeds(),
     "modem_control": modem_control_seeds(),
-    "nam": plain_seeds(record=NAM),
+    "nam": nam_seeds(),
     "qrtr_transport": transport_seeds(),
     "request": request_seeds(),
     "scenario": scenario_seeds(),
@@ -351,7 +397,8 @@ TARGETS = {
 }
 
 
-def main(folder):
+def main(encoder, folder):
+    ENCODER.start(encoder)
     for target, seeds in TARGETS.items():
         place = Path(folder) / target
         place.mkdir(parents=True, exist_ok=True)
@@ -360,6 +407,6 @@ def main(folder):
 
 
 if __name__ == "__main__":
-    if len(sys.argv) != 2:
+    if len(sys.argv) != 3:
         sys.exit(__doc__)
-    main(sys.argv[1])
+    main(*sys.argv[1:])

@@ -56,7 +56,7 @@ constexpr Field kCallFields[] = {
     CALL("active-set-pn", active_set_pn),
     CALL("active-set-strength", active_set_strength),
     CALL("neighbor-set-pn", neighbor_set_pn),
-    CALL("calls", calls),
+    CALL("s-call-counter", s_call_counter),
     CALL("dropped-calls", dropped_calls),
     CALL("last-call-indicator", last_call_indicator),
     CALL("rate-reduction", rate_reduction),

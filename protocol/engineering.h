@@ -39,7 +39,7 @@ struct CallProcessingRecord {
   uint16_t active_set_pn[kActiveSetSize];
   uint16_t active_set_strength[kActiveSetSize];
   uint16_t neighbor_set_pn[kNeighborSetSize];
-  uint16_t calls;
+  uint16_t s_call_counter;
   uint16_t dropped_calls;
   uint16_t last_call_indicator;
   uint16_t rate_reduction;

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-// How a value lies in a payload. Requests and replies are described with the same fields, so that
-// what a reply shows can be given back as an argument.
+// One value of a payload: its type and its place. Requests and replies use the same fields, so a
+// value that a reply shows can be passed as an argument.
 #pragma once
 
 #include <cstddef>
@@ -16,20 +16,20 @@ enum class Type : uint8_t {
   i16,
   u32,
   i32,
+  u32_be,   // big-endian
   hex,      // bytes
-  address,  // IPv4 or IPv6, in network order
   code,     // six ASCII characters
   digits,   // ASCII digits, NUL-padded to the field's size
   text,     // characters, NUL-padded to the field's size
   string,   // characters and a NUL
   numbers,  // u32 values: 1,2,3
   pairs,    // pairs of u32 values: 1/2,3/4
-  dial,     // a byte a digit, 10 for the digit 0; in NV items only
+  dial,     // one byte per digit, 10 for the digit 0; only in NV items
 };
 
 constexpr size_t kCodeSize = 6;
 
-// Whether a value tells who the subscriber is, or opens something that is locked.
+// Whether a value identifies the subscriber or unlocks something.
 enum class Privacy : uint8_t {
   open,
   personal,
@@ -40,9 +40,9 @@ struct Field {
   const char* name;
   Type type;
   uint16_t offset;                   // from the start of the payload
-  uint16_t size = 0;                 // of bytes and characters; 0: up to the payload's end
-  uint16_t count = 1;                // of an array's elements
-  const char* counted_by = nullptr;  // the field that says how many elements or bytes are used
+  uint16_t size = 0;                 // bytes or characters; 0: up to the payload's end
+  uint16_t count = 1;                // elements of an array
+  const char* counted_by = nullptr;  // the field with the number of elements or bytes in use
   Privacy privacy = Privacy::open;
 };
 
@@ -57,6 +57,7 @@ constexpr size_t width_of(Type type) {
       return 2;
     case Type::u32:
     case Type::i32:
+    case Type::u32_be:
       return 4;
     default:
       return 0;
@@ -73,14 +74,12 @@ constexpr Field u16(const char* name, uint16_t offset) { return {name, Type::u16
 constexpr Field i16(const char* name, uint16_t offset) { return {name, Type::i16, offset}; }
 constexpr Field u32(const char* name, uint16_t offset) { return {name, Type::u32, offset}; }
 constexpr Field i32(const char* name, uint16_t offset) { return {name, Type::i32, offset}; }
+constexpr Field u32_be(const char* name, uint16_t offset) { return {name, Type::u32_be, offset}; }
 constexpr Field code(const char* name, uint16_t offset) {
   return {name, Type::code, offset, kCodeSize};
 }
 constexpr Field hex(const char* name, uint16_t offset, uint16_t size = 0) {
   return {name, Type::hex, offset, size};
-}
-constexpr Field address(const char* name, uint16_t offset, uint16_t size) {
-  return {name, Type::address, offset, size};
 }
 constexpr Field digits(const char* name, uint16_t offset, uint16_t size) {
   return {name, Type::digits, offset, size};
@@ -95,7 +94,7 @@ constexpr Field dial(const char* name, uint16_t offset, uint16_t size) {
   return {name, Type::dial, offset, size};
 }
 
-// `count` numbers one behind the other.
+// `count` consecutive numbers.
 constexpr Field list(Field field, uint16_t count) {
   field.count = count;
   return field;
@@ -114,7 +113,7 @@ constexpr Field item_data(Field field) {
   return field;
 }
 
-// Records of the same fields, one after the other.
+// Consecutive records of the same fields.
 struct Group {
   const char* name;
   uint16_t offset;

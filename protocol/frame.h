@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
-// What lies around the payload of each frame on the pipes between the daemon and its parent: sizes
-// and offsets in bytes. Numbers are little-endian, but for the id and the length of a generic
-// request's header, which are big-endian.
+// Headers and trailers of the frames on the pipes between the daemon and its parent. Sizes and
+// offsets are in bytes. Numbers are little-endian, except the id and the length of a generic
+// request, which are big-endian.
 #pragma once
 
 #include <cstddef>
@@ -12,7 +12,7 @@ namespace protocol {
 // Generic requests and replies: u8 type, u24 id, u32 length.
 constexpr size_t kGenericHeaderSize = 8;
 constexpr uint8_t kGenericRequestType = 1;
-// In place of a reply's length: nothing serves the request.
+// The length of the reply to a request that nothing serves.
 constexpr uint32_t kGenericError = 0xFFFFFFFF;
 // The one reply without a header.
 constexpr size_t kDataPlmnSize = 568;
@@ -37,7 +37,7 @@ constexpr size_t kUnsolLengthOffset = 12;
 constexpr size_t kUnsolStatusOffset = 16;
 constexpr size_t kUnsolOverhead = 28;  // of both formats: all bytes that are not data
 
-// The daemon takes what one read returns as one request.
+// The daemon treats the result of one read as one request.
 constexpr size_t kMaxRequestBytes = 17408;
 
 // The statuses of replies.

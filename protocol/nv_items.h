@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-// The NV items whose content is known. Items of the NAM begin with its index, which is 0, but for
-// "scm" and "vocoder".
+// The NV items whose content is known. Items of the NAM begin with the NAM index, which is 0,
+// except "scm" and "vocoder".
 #pragma once
 
 #include <cstdint>
@@ -80,7 +80,7 @@ inline constexpr NvItem kNvItems[] = {
     {10018, "ddtm", {nv_item::kDdtm}, 1},
 };
 
-// By name, at compile time; a name that no row has does not compile.
+// By name, at compile time: an unknown name does not compile.
 consteval const NvItem& nv_item_named(std::string_view name) {
   for (const NvItem& item : kNvItems) {
     if (name == item.name) return item;
@@ -88,7 +88,7 @@ consteval const NvItem& nv_item_named(std::string_view name) {
   throw "no such item";
 }
 
-// Where a number lies in an item; of a group's records, in the first.
+// The place of a number in an item. For a field of a group, the place in the first record.
 struct NvNumber {
   uint32_t rde_id;
   uint16_t offset;
@@ -110,13 +110,25 @@ consteval NvNumber nv_number(std::string_view item_name, std::string_view field_
   }
   throw "no such field";
 }
-// Where the field has the item's name.
+// For a field with the name of its item.
 consteval NvNumber nv_number(std::string_view name) { return nv_number(name, name); }
 
 // Null when the content is not known.
-const NvItem* find_nv_item(uint32_t id);
+constexpr const NvItem* find_nv_item(uint32_t id) {
+  for (const NvItem& item : kNvItems) {
+    if (item.id == id) return &item;
+  }
+  return nullptr;
+}
 
-// True when the item holds a number or a code of the subscriber's.
-bool is_personal_item(uint32_t id);
+// Whether the item contains a personal value.
+constexpr bool is_personal_item(uint32_t id) {
+  const NvItem* item = find_nv_item(id);
+  if (!item) return false;
+  for (const Field& field : item->layout.fields) {
+    if (field.privacy == Privacy::personal) return true;
+  }
+  return false;
+}
 
 }  // namespace protocol

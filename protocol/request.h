@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-// The request catalogue: one row a request. The rows carry everything that is known of a request,
-// for building it, for decoding its reply and for showing it to people.
+// The request catalogue: one row per request, with all that is needed to build the request, to
+// decode its reply, to mask personal values and to document it.
 #pragma once
 
 #include <cstdint>
@@ -16,10 +16,10 @@ enum class Family : uint8_t {
   cdma,     // 18-byte little-endian header, ids 0x02xxxxxx
 };
 
-// Where an argument lies when not in the payload.
+// Where an argument is stored.
 enum class Place : uint8_t { payload, id, type, status, code, code_and_payload };
 
-// The value of an argument that is not given.
+// The value of an argument that is left out.
 struct Default {
   enum class Kind : uint8_t { required, absent, value, length_of, same_as } kind;
   const char* text;  // the value, or the name of the other argument
@@ -34,10 +34,10 @@ struct Argument {
   Field field;
   Default otherwise;
   const char* help;
-  uint32_t least = 0;  // value of a number, length of bytes, text and lists
-  uint32_t most = 0;   // 0: what the type holds
+  uint32_t min = 0;  // value of a number; length of bytes, text and lists
+  uint32_t max = 0;  // 0: the limits of the type
   Place place = Place::payload;
-  const char* choices = "";  // values worth offering, blanks between them
+  const char* choices = "";  // values that completion offers, separated by spaces
 };
 
 constexpr bool is_required(const Argument& argument) {
@@ -56,8 +56,8 @@ enum class ReplyForm : uint8_t {
   data_plmn,       // 568 bytes without a header, all zero after a failure
 };
 
-// Requests whose real reply is followed by a "not supported" reply for the same id. A daemon that
-// does not know the request sends only the latter.
+// Requests that get a second reply with the same id, "not supported", after their own. A daemon
+// that does not know the request sends only that one.
 enum class Second : uint8_t { none, always, with_payload };
 
 struct Reply {
@@ -69,8 +69,8 @@ struct Reply {
 
 struct Payload {
   std::span<const Argument> arguments;
-  uint32_t size = 0;          // at least so many bytes, zero where no argument lies
-  bool takes_record = false;  // json=FILE gives arguments as a JSON object
+  uint32_t size = 0;          // the least number of bytes; those without an argument are zero
+  bool takes_record = false;  // json=FILE reads the arguments from a JSON object
 };
 
 struct Request {
@@ -86,10 +86,10 @@ constexpr Family family_of(const Request& request) {
   return (request.id & 0xFF000000) == kCdmaIds ? Family::cdma : Family::generic;
 }
 
-// Every request in the order in which people read them.
+// All requests, in the order of the documentation.
 std::span<const Request> catalogue();
 
-// Null when there is none.
+// Null when no row matches.
 const Request* find_request(std::string_view name);
 const Request* find_request(Family family, uint32_t id);
 
@@ -99,6 +99,5 @@ std::span<const Request> nam_requests();
 std::span<const Request> carrier_requests();
 std::span<const Request> engineering_requests();
 std::span<const Request> feature_requests();
-std::span<const Request> raw_requests();
 
 }  // namespace protocol

@@ -12,7 +12,7 @@ constexpr uint32_t kAkeySize = 26;
 constexpr uint32_t kBc10Id = 0x020000B0;
 
 constexpr Argument kStatus[] = {
-    offering("1 0", {i32("status", 0), kRequired, "1 enables, 0 disables"}),
+    offering("1 0", {i32("status", 0), kRequired, "status value"}),
 };
 constexpr Argument kRoamingList[] = {
     {u32("size", 0), length_of("data"), "bytes in the segment"},
@@ -20,9 +20,10 @@ constexpr Argument kRoamingList[] = {
      "the segment; the modem takes at most 16384 bytes"},
 };
 constexpr Argument kProfile[] = {{i32("profile", 0), kRequired, "profile number"}};
-constexpr Argument kResetFlag[] = {{u8("flag", 0), kAbsent, "kind of reset; without it 255"}};
+constexpr Argument kResetFlag[] = {
+    {u8("flag", 0), kAbsent, "reset flag; the daemon passes 255 when it is left out"}};
 constexpr Argument kDdtm[] = {
-    offering("1 0", {u8("ddtm", 0), kRequired, "1 enables, 0 disables"}),
+    offering("1 0", {u8("ddtm", 0), kRequired, "preference value"}),
 };
 constexpr Argument kTimer[] = {{u32("timer", 0), kRequired, "timer value"}};
 constexpr Argument kLteOption[] = {{hex("data", 0), kRequired, "the option's bytes"}};
@@ -49,15 +50,16 @@ constexpr Layout kData = {kDataFields};
 constexpr Field kMobPRevFields[] = {u8("mob-p-rev", 0)};
 constexpr Layout kMobPRev = {kMobPRevFields, 4};
 
+// The meaning of the last two values of the LTE channel message is not known.
 constexpr Field kLteFields[] = {
     u32("service-state", 0),
     u16("mcc", 4),
     u16("mnc", 6),
     u32("cell-id", 8),
-    u8("band", 12),
-    u8("bandwidth", 13),
-    u32("downlink-channel", 14),
-    u32("uplink-channel", 18),
+    u8("channel-third-value", 12),
+    u8("channel-fourth-value", 13),
+    u32("second-channel", 14),
+    u32("first-channel", 18),
     i8("rssi", 22),
     i16("rsrp", 23),
     i8("rsrq", 25),
@@ -68,11 +70,12 @@ constexpr Layout kLteData = {kLteFields, 30};
 constexpr uint16_t kApnCount = 8;
 constexpr uint16_t kApnSize = 127;
 constexpr Field kApnListFields[] = {u8("count", 0)};
+// The modem's entry holds the second value little-endian; the meaning of the values is not known.
 constexpr Field kApnFields[] = {
     text("name", 0, 103),
-    u32("address-type", 103),
-    address("ipv4", 107, 4),
-    address("ipv6", 111, 16),
+    u32("first-value", 103),
+    u32_be("second-value", 107),
+    hex("data", 111, 16),
 };
 constexpr Group kApnGroup = {"apns", 1, kApnSize, kApnCount, kApnFields, "count"};
 constexpr Layout kApns = {kApnListFields, 1 + kApnCount* kApnSize, &kApnGroup};

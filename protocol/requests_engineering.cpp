@@ -17,7 +17,7 @@ constexpr Field kCallFields[] = {
     u32("channel", 28),
     u32("service-option", 32),
     u32("dropped-calls", 36),
-    u32("calls", 40),
+    u32("s-call-counter", 40),
     i32("tx-power", 44),
     u32("band", 48),
     u32("active-pilots", 52),

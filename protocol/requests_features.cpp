@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// The modem's features: most are generic requests, the PFP table and the utility message are not.
+// The modem's features. All are generic requests but the PFP table and the utility message.
 #include "protocol/request.h"
 
 namespace protocol {

@@ -28,7 +28,7 @@ constexpr Field kImsiT = personal(digits("imsi-t", 76, 16));
 constexpr Field kOverloadClass = u32("overload-class", 92);
 constexpr Field kNewSpc = personal(code("new-spc", 96));
 
-// The new programming code is written only, never told.
+// Replies do not contain the new programming code.
 constexpr Field kRecordFields[] = {kMdn,        kMin,     kSid,      kNid,      kScm,
                                    kImsi1112,   kImsiMcc, kPrimaryA, kPrimaryB, kSecondaryA,
                                    kSecondaryB, kVocoder, kImsiTMcc, kImsiT,    kOverloadClass};

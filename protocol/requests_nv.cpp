@@ -30,7 +30,7 @@ constexpr Argument kCheckSpc[] = {
      Place::code_and_payload},
 };
 
-// The bytes read are followed by four more, not set.
+// Four unused bytes follow the bytes read.
 constexpr Field kNvDataFields[] = {
     u32("rde-id", 0),
     u32("record", 4),

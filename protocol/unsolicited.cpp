@@ -9,7 +9,7 @@ namespace unsolicited {
 
 constexpr Field kTextFields[] = {text("text", 0, 22)};
 constexpr Layout kText = {kTextFields, 22};
-constexpr Field kPfpFields[] = {u16("version", 0), u16("rat", 2), u32("table-index", 4),
+constexpr Field kPfpFields[] = {u16("first-value", 0), u16("rat", 2), u32("table-index", 4),
                                 hex("table", 8, 224)};
 constexpr Layout kPfp = {kPfpFields, 232};
 constexpr Field kValueFields[] = {u32("value", 0)};
@@ -21,7 +21,7 @@ constexpr Field kCoverageFields[] = {hex("report", 0, 32)};
 constexpr Layout kCoverage = {kCoverageFields, 32};
 constexpr Field kKpiFields[] = {u32("header", 0), hex("data", 4)};
 constexpr Layout kKpi = {kKpiFields};
-constexpr Field kUploadFields[] = {u8("kind", 0), hex("data", 1)};
+constexpr Field kUploadFields[] = {u8("first-value", 0), hex("data", 1)};
 constexpr Layout kUpload = {kUploadFields};
 constexpr Field kByteFields[] = {u8("value", 0)};
 constexpr Layout kByte = {kByteFields, 1};

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// The messages that come unsolicited: one row a message.
+// The unsolicited messages: one row per message.
 #pragma once
 
 #include "protocol/request.h"
@@ -14,7 +14,7 @@ struct UnsolicitedMessage {
 };
 std::span<const UnsolicitedMessage> unsolicited_messages();
 
-// Null when there is none.
+// Null when no row matches.
 const UnsolicitedMessage* find_unsolicited(uint32_t format, uint32_t id);
 
 }  // namespace protocol

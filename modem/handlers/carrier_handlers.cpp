@@ -77,10 +77,10 @@ void get_active_ehrpd_apn(Device& device, const Fields& /*request*/, Fields& res
   response.set("count", static_cast<int64_t>(apns.size()));
   response.set("has_entries", apns.empty() ? 0 : 1);
   for (size_t i = 0; i < apns.size(); ++i) {
-    response.set("address_type", apns[i].address_type, i);
-    response.set("ipv4_address", apns[i].ipv4, i);
+    response.set("first_value", apns[i].first_value, i);
+    response.set("second_value", apns[i].second_value, i);
     response.set("name", Bytes(apns[i].name.begin(), apns[i].name.end()), i);
-    response.set("ipv6_address", apns[i].ipv6, i);
+    response.set("data", apns[i].data, i);
   }
 }
 
@@ -99,8 +99,8 @@ void set_bsr_timer(Device& device, const Fields& request, Fields& /*response*/) 
 void get_lte_channel(Device& device, const Fields& /*request*/, Fields& response) {
   const LteCell& cell = device.state.lte;
   if (cell.service_state == kNoService) return;
-  response.set("first_channel", cell.uplink_channel);
-  response.set("second_channel", cell.downlink_channel);
+  response.set("first_channel", cell.first_channel);
+  response.set("second_channel", cell.second_channel);
   response.set("third_value", cell.channel_third_value);
   response.set("fourth_value", cell.channel_fourth_value);
 }

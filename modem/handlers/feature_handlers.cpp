@@ -83,7 +83,7 @@ void element_write(Device& device, const Fields& request, Fields& response) {
 void request_pfp(Device& device, const Fields& request, Fields& /*response*/) {
   const Pfp& pfp = device.state.pfp;
   indicate(device.outbox, {.indication = "pfp",
-                           .fields = {{"version", pfp.version},
+                           .fields = {{"first_value", pfp.first_value},
                                       {"rat", pfp.rat},
                                       {"tbl_idx", request.number("table")},
                                       {"table", qmi_json::to_hex(pfp.table)}},

@@ -5,6 +5,7 @@
 
 #include "device_management_service_v01.h"
 #include "network_access_service_v01.h"
+#include "platform/linux/qmi_idl/interface_versions.h"
 #include "qorext_vendor_service_v01.h"
 
 namespace modem {
@@ -12,18 +13,31 @@ namespace modem {
 using qmi_idl::Service;
 using qmi_idl::service_of;
 
+namespace {
+
+using ServiceGetter = decltype(nas_get_service_object_internal_v01);
+
+const Service& service_for(ServiceGetter getter, qmi_idl::InterfaceVersion version) {
+  return service_of(getter(version.major, version.minor, version.tool));
+}
+
+}  // namespace
+
 const Service& nas_service() {
-  static const Service& service = service_of(nas_get_service_object_internal_v01(1, 175, 6));
+  static const Service& service =
+      service_for(nas_get_service_object_internal_v01, qmi_idl::kNasInterface);
   return service;
 }
 
 const Service& dms_service() {
-  static const Service& service = service_of(dms_get_service_object_internal_v01(1, 56, 6));
+  static const Service& service =
+      service_for(dms_get_service_object_internal_v01, qmi_idl::kDmsInterface);
   return service;
 }
 
 const Service& qorext_service() {
-  static const Service& service = service_of(qorext_vs_get_service_object_internal_v01(1, 1, 4));
+  static const Service& service =
+      service_for(qorext_vs_get_service_object_internal_v01, qmi_idl::kQorextInterface);
   return service;
 }
 

@@ -45,8 +45,8 @@ LteCell factory_cell() {
           .mnc = 1,
           .network_description = "Lakeshore",
           .cell_id = 0x01A2D03,
-          .uplink_channel = 26365,
-          .downlink_channel = 8365,
+          .first_channel = 26365,
+          .second_channel = 8365,
           .channel_third_value = 25,
           .channel_fourth_value = 3,
           .rssi = -67,
@@ -57,7 +57,7 @@ LteCell factory_cell() {
           .tx_power = -45};
 }
 
-Bytes ipv6_host(uint8_t host) {
+Bytes apn_data(uint8_t host) {
   return {0x20, 0x01, 0x0D, 0xB8, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, host};
 }
 
@@ -89,7 +89,7 @@ protocol::CallProcessingRecord factory_call() {
           .active_set_pn = {168, 12},
           .active_set_strength = {14, 19},
           .neighbor_set_pn = {336, 24, 180, 492},
-          .calls = 7,
+          .s_call_counter = 7,
           .dropped_calls = 1,
           .last_call_indicator = 2,
           .rate_reduction = 0};
@@ -147,8 +147,8 @@ State factory_state() {
   State state;
   state.nv = factory_nv();
   state.lte = factory_cell();
-  state.ehrpd_apns = {{"internet.example", 3, 0xC000020A, ipv6_host(0x0A)},
-                      {"ims.example", 3, 0xC000020B, ipv6_host(0x0B)}};
+  state.ehrpd_apns = {{"internet.example", 3, 0xC000020A, apn_data(0x0A)},
+                      {"ims.example", 3, 0xC000020B, apn_data(0x0B)}};
   state.operators = {{1, 1, "Lakeshore", "Lakeshore Cellular"},
                      {1, 2, "Prairie", "Prairie Wireless"},
                      {999, 70, "Ærø Tel", "Ærø Telefonselskab"},
@@ -163,7 +163,7 @@ State factory_state() {
                    .roaming_list = {}};
   state.engineering.call_processing = factory_call();
   state.engineering.evdo = factory_session();
-  state.pfp = {.version = 1, .rat = 8, .table = pfp_table()};
+  state.pfp = {.first_value = 1, .rat = 8, .table = pfp_table()};
   state.features.silent_reboot_answer = {0x00, 0x01};
   state.features.call_end_radio_state = {0x00, 0x10, 0x11, 0x12, 0x13, 0x14, 0x15, 0x16, 0x17,
                                          0x18, 0x19, 0x1A, 0x1B, 0x1C, 0x1D, 0x1E, 0x1F};

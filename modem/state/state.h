@@ -39,8 +39,8 @@ struct LteCell {
   uint16_t mnc = 0;
   std::string network_description;
   uint32_t cell_id = 0;
-  uint16_t uplink_channel = 0;
-  uint16_t downlink_channel = 0;
+  uint16_t first_channel = 0;
+  uint16_t second_channel = 0;
   uint8_t channel_third_value = 0;  // of the LTE channel message; their meaning is not known
   uint8_t channel_fourth_value = 0;
   int8_t rssi = 0;   // dBm
@@ -53,9 +53,10 @@ struct LteCell {
 
 struct Apn {
   std::string name;
-  uint32_t address_type = 0;
-  uint32_t ipv4 = 0;  // 192.0.2.1 is 0xC0000201
-  Bytes ipv6;         // 16 bytes
+  // Their meaning is not known.
+  uint32_t first_value = 0;
+  uint32_t second_value = 0;
+  Bytes data;  // 16 bytes
 };
 
 // Names are UTF-8 here and GSM 7-bit (3GPP TS 23.038) on the air.
@@ -95,7 +96,7 @@ struct Engineering {
 };
 
 struct Pfp {
-  uint16_t version = 0;
+  uint16_t first_value = 0;  // its meaning is not known
   uint16_t rat = 0;
   Bytes table;  // 224 bytes
 };

@@ -1,8 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "modem/state/state_keys.h"
 
-#include <arpa/inet.h>
-
 #include <array>
 
 #include "modem/state/gsm_alphabet.h"
@@ -15,7 +13,7 @@ constexpr size_t kMaxItems = 4096;
 constexpr size_t kMaxOperators = 256;
 constexpr size_t kMaxText = 255;
 constexpr size_t kMaxPlmnDigits = 999;
-constexpr size_t kIpv6Size = 16;
+constexpr size_t kApnDataSize = 16;
 
 struct NvItem {
   uint32_t rde_id = 0;
@@ -41,18 +39,6 @@ void describe_nv(Archive& archive, NvStore& nv) {
   for (const NvItem& item : items) {
     NvKey key{item.rde_id, item.record};
     item.is_absent ? nv.erase(key) : nv.put(key, item.data);
-  }
-}
-
-// The text form that inet_pton() reads.
-void describe_address(Archive& archive, const char* key, int family, std::span<uint8_t> address) {
-  char text[INET6_ADDRSTRLEN] = "";
-  inet_ntop(family, address.data(), text, sizeof text);
-  std::string value = text;
-  if (!archive.text(key, value, up_to(sizeof text)) || !archive.is_reading()) return;
-  if (inet_pton(family, value.c_str(), address.data()) != 1) {
-    archive.refuse(key,
-                   family == AF_INET ? "expected an IPv4 address" : "expected an IPv6 address");
   }
 }
 
@@ -99,8 +85,8 @@ static void describe(Archive& archive, LteCell& cell) {
   archive.number("mnc", cell.mnc, 0, kMaxPlmnDigits);
   archive.text("network_description", cell.network_description, up_to(kMaxText));
   archive.number("cell_id", cell.cell_id);
-  archive.number("uplink_channel", cell.uplink_channel);
-  archive.number("downlink_channel", cell.downlink_channel);
+  archive.number("first_channel", cell.first_channel);
+  archive.number("second_channel", cell.second_channel);
   archive.number("channel_third_value", cell.channel_third_value);
   archive.number("channel_fourth_value", cell.channel_fourth_value);
   archive.number("rssi", cell.rssi);
@@ -112,19 +98,12 @@ static void describe(Archive& archive, LteCell& cell) {
 }
 
 static void describe(Archive& archive, Apn& apn) {
-  std::array<uint8_t, sizeof apn.ipv4> ipv4{};
-  for (size_t i = 0; i < ipv4.size(); ++i) {
-    ipv4[i] = static_cast<uint8_t>(apn.ipv4 >> (24 - 8 * i));
-  }
-  apn.ipv6.resize(kIpv6Size);
-
+  apn.data.resize(kApnDataSize);
   archive.text("name", apn.name, up_to(kApnNameSize));
-  archive.number("address_type", apn.address_type);
-  describe_address(archive, "ipv4", AF_INET, ipv4);
-  describe_address(archive, "ipv6", AF_INET6, apn.ipv6);
-
-  apn.ipv4 = 0;
-  for (uint8_t byte : ipv4) apn.ipv4 = apn.ipv4 << 8 | byte;
+  archive.number("first_value", apn.first_value);
+  archive.number("second_value", apn.second_value);
+  archive.hex("data", apn.data, up_to(kApnDataSize));
+  apn.data.resize(kApnDataSize);
 }
 
 static void describe(Archive& archive, Operator& entry) {
@@ -180,7 +159,7 @@ static void describe(Archive& archive, protocol::CallProcessingRecord& record) {
   archive.numbers("active_set_pn", record.active_set_pn);
   archive.numbers("active_set_strength", record.active_set_strength);
   archive.numbers("neighbor_set_pn", record.neighbor_set_pn);
-  archive.number("calls", record.calls);
+  archive.number("s_call_counter", record.s_call_counter);
   archive.number("dropped_calls", record.dropped_calls);
   archive.number("last_call_indicator", record.last_call_indicator);
   archive.number("rate_reduction", record.rate_reduction);
@@ -217,7 +196,7 @@ static void describe(Archive& archive, Engineering& engineering) {
 }
 
 static void describe(Archive& archive, Pfp& pfp) {
-  archive.number("version", pfp.version);
+  archive.number("first_value", pfp.first_value);
   archive.number("rat", pfp.rat);
   archive.hex("table", pfp.table, up_to(kPfpTableSize));
 }

@@ -99,8 +99,8 @@ TEST_F(Network, EightAccessPointsFillTheList) {
   for (int i = 1; i <= 8; ++i) {
     std::string name(103, static_cast<char>('a' + i));
     apns += fmt::format(
-        R"({}{{"name":"{}","address_type":{},"ipv4":"192.0.2.{}","ipv6":"2001:db8::{}"}})",
-        i == 1 ? "" : ",", name, i, i, i);
+        R"({}{{"name":"{}","first_value":{},"second_value":{},"data":"20010db8{:024x}"}})",
+        i == 1 ? "" : ",", name, i, 0xC0000200U + static_cast<unsigned>(i), i);
     Bytes number = {static_cast<uint8_t>(i)};
     list = list + characters(name) + number + zeros(3) + hex("C00002") + number +
            hex("20010DB8 00000000 00000000 000000") + number;

@@ -90,8 +90,8 @@ json cell_json(const Cell& cell) {
           {"cell_id", cell.cell_id},
           {"channel_third_value", cell.third},
           {"channel_fourth_value", cell.fourth},
-          {"downlink_channel", cell.downlink},
-          {"uplink_channel", cell.uplink},
+          {"second_channel", cell.downlink},
+          {"first_channel", cell.uplink},
           {"rssi", static_cast<int8_t>(cell.rssi)},
           {"rsrq", static_cast<int8_t>(cell.rsrq)},
           {"rsrp", static_cast<int16_t>(cell.rsrp)},
@@ -102,9 +102,9 @@ json apns_json(const std::vector<Apn>& apns) {
   json list = json::array();
   for (const Apn& apn : apns) {
     list.push_back({{"name", apn.name},
-                    {"address_type", apn.type},
-                    {"ipv4", fmt::format("192.0.2.{}", apn.host)},
-                    {"ipv6", fmt::format("2001:db8::{:x}", apn.host)}});
+                    {"first_value", apn.type},
+                    {"second_value", 0xC0000200U + apn.host},
+                    {"data", fmt::format("20010db8{:024x}", apn.host)}});
   }
   return list;
 }
@@ -197,7 +197,7 @@ json ModemModel::state() const {
             {"tot_order", memory_.tot_order},
             {"data_plmn", as_hex(network_.data_plmn)}}},
           {"pfp",
-           {{"version", network_.pfp_version},
+           {{"first_value", network_.pfp_version},
             {"rat", network_.pfp_rat},
             {"table", as_hex(network_.pfp_table)}}},
           {"features",

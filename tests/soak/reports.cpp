@@ -98,7 +98,8 @@ std::string pfp(Random& random, uint32_t count, Parent& parent) {
   uint32_t index = random.word();
   Bytes table = random.bytes(224);
   expect(parent, count, cdma_message(0x0200001D, le16(version) + le16(rat) + le32(index) + table));
-  return fmt::format("version={} rat={} tbl_idx={} table={}", version, rat, index, as_hex(table));
+  return fmt::format("first_value={} rat={} tbl_idx={} table={}", version, rat, index,
+                     as_hex(table));
 }
 
 // The daemon reports to the modem that there is no block to save. The parent gets no message.

@@ -5,7 +5,7 @@
 
 #include "tools/docs/pages.h"
 #include "tools/qorextctl/frames/decode.h"
-#include "tools/qorextctl/frames/field_text.h"
+#include "tools/qorextctl/frames/item_text.h"
 #include "tools/qorextctl/frames/protocol.h"
 #include "tools/qorextctl/frames/values.h"
 #include "tools/qorextctl/output/catalogue_text.h"
@@ -27,14 +27,14 @@ using qorextctl::Second;
 constexpr const char* kIntroduction = R"(# Host protocol
 
 The frames on the three pipes between `qorext_client` and its parent, as `qorextctl` builds and
-decodes them. Made from its tables by `./dev docs`; do not edit.
+decodes them. `./dev docs` prints this page from the tables of `protocol/`; do not edit it.
 
-All numbers of payloads are little-endian. Offsets count from the start of the payload, in bytes.
-A size that is left out reaches to the payload's end.
+Numbers in payloads are little-endian unless the type says otherwise. Offsets are in bytes from the
+start of the payload. A field without a size extends to the end of the payload.
 
 ## Frames
 
-| Frame | Header | Behind the data |
+| Frame | Header | After the data |
 |---|---|---|
 | generic request | 8 bytes: u8 type, u24 id, u32 length, big-endian | |
 | generic reply | the request's header, its length little-endian; 0xFFFFFFFF is the error reply without data | |
@@ -43,7 +43,7 @@ A size that is left out reaches to the payload's end.
 | unsolicited, format 0 | 26 bytes: u32 format, u32 header size, u32 id, u32 length, u32 status, 6 bytes | 2 bytes |
 | unsolicited, format 1 | 16 bytes: u32 format, u32 header size, u32 id, u32 length | 12 bytes |
 
-One read of the daemon is one request, at most 17408 bytes.
+The daemon treats the result of one read as one request, of at most 17408 bytes.
 
 )";
 
@@ -93,7 +93,7 @@ std::string place_text(const Argument& argument) {
 
 std::string arguments_table(const Request& request) {
   std::string text =
-      "| Offset | Size | Type | Argument | Takes | Without it | Meaning "
+      "| Offset | Size | Type | Argument | Accepts | If left out | Meaning "
       "|\n|---|---|---|---|---|---|---|\n";
   for (const Argument& argument : request.payload.arguments) {
     text += fmt::format("| {} | {} | {} | `{}` | {} | {} | {} |\n", place_text(argument),
@@ -106,14 +106,14 @@ std::string arguments_table(const Request& request) {
 
 std::string payload_text(const Request& request) {
   if (request.payload.arguments.empty()) return "No payload.\n";
-  std::string size =
-      request.payload.size == 0
-          ? ""
-          : fmt::format(" (at least {} bytes, zero where nothing is given)", request.payload.size);
+  std::string size = request.payload.size == 0
+                         ? ""
+                         : fmt::format(" (at least {} bytes; those without an argument are zero)",
+                                       request.payload.size);
   return fmt::format("Payload{}:\n\n", size) + arguments_table(request);
 }
 
-// What the form of the reply tells of its status.
+// Where the reply reports its status.
 const char* status_text(const Request& request) {
   switch (request.reply.form) {
     case ReplyForm::cdma:
@@ -131,7 +131,7 @@ std::string second_text(Second second) {
   if (second == Second::none) return "";
   return second == Second::always
              ? " A second reply with status 6 follows."
-             : " A second reply with status 6 follows where the request has a payload.";
+             : " A second reply with status 6 follows if the request has a payload.";
 }
 
 std::string reply_text(const Request& request) {

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// Writes the pages into the folder that is named.
+// Writes the pages into the given folder.
 #include <fmt/format.h>
 
 #include <fstream>
@@ -15,7 +15,7 @@ int main(int argc, char** argv) {
     std::string path = fmt::format("{}/{}", argv[1], page.file);
     std::ofstream file(path);
     if (file << page.text() << std::flush) continue;
-    fmt::print(stderr, "qorext_docs: {} cannot be written\n", path);
+    fmt::print(stderr, "qorext_docs: cannot write {}\n", path);
     return 1;
   }
 }

@@ -19,11 +19,11 @@ using qmi_idl::Shape;
 constexpr const char* kIntroduction = R"(# Modem messages
 
 The QMI messages between `qorext_client` and the modem, as the client library and the simulated
-modem encode and decode them. Made from their tables by `./dev docs`; do not edit.
+modem encode and decode them. `./dev docs` prints this page from their tables; do not edit it.
 
-Numbers are little-endian. Elements of one TLV stand in it one behind the other. An optional TLV
-may be left out, which a byte of the C structure tells; a mandatory one may not. Types are those on
-the wire; the offset and the size are those of the C structure, whose numbers may be wider.
+Numbers are little-endian. The elements of a TLV are consecutive. A mandatory TLV is always present;
+a byte of the C structure, the flag, reports whether an optional one is. Types are those on the wire.
+Offset and size are those of the C structure, whose numbers may be wider.
 
 )";
 
@@ -59,9 +59,9 @@ std::string type_text(const Shape& shape) {
 }
 
 std::string wire_size(const Shape& shape) {
-  size_t most = qmi_idl::wire_limit(shape);
+  size_t max = qmi_idl::wire_limit(shape);
   bool varies = shape.kind == Kind::text || shape.kind == Kind::array;
-  return varies ? fmt::format("{} to {}", shape.count_wire, most) : std::to_string(most);
+  return varies ? fmt::format("{} to {}", shape.count_wire, max) : std::to_string(max);
 }
 
 std::string row(const Element& element) {

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// Pages of docs/ that are made from the tables that the programs work with.
+// Pages of docs/ that are printed from the tables of the programs.
 #pragma once
 
 #include <span>
@@ -19,7 +19,7 @@ std::string host_protocol();
 // The QMI messages between the daemon and the modem.
 std::string modem_messages();
 
-// What a scenario file may hold.
+// The keys of a scenario file.
 std::string scenario_keys();
 
 }  // namespace docs

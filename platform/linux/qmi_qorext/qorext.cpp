@@ -3,6 +3,7 @@
 // the QMI result record (TLV 0x02, 0 is success), a u32 `status` (0 is success), and a u32
 // `outcome` followed by a u32 `error` (1 is success).
 #include "platform/linux/qmi_idl/descriptor.h"
+#include "platform/linux/qmi_idl/interface_versions.h"
 #include "qorext_vendor_service_v01.h"
 
 #include <array>
@@ -42,7 +43,7 @@ constexpr Element kPfpResponse[] = {
 };
 
 constexpr Element kPfpIndication[] = {
-    {0x01, kNoOffset, "version", u16(0)},
+    {0x01, kNoOffset, "first_value", u16(0)},
     {0x01, kNoOffset, "rat", u16(2)},
     {0x01, kNoOffset, "tbl_idx", u32(4)},
     {0x02, kNoOffset, "table", bytes(8, 224)},
@@ -154,11 +155,11 @@ constexpr auto active_ehrpd_apn_response() {
     auto at = static_cast<uint16_t>(16 + i * 144);
     auto offset = [at](int inside) { return static_cast<uint16_t>(at + inside); };
     Element* entry = &elements[3 + i * kApnElements];
-    entry[0] = {tlv, kNoOffset, "address_type", u32(offset(0))};
-    entry[1] = {tlv, kNoOffset, "ipv4_address", u32(offset(4))};
+    entry[0] = {tlv, kNoOffset, "first_value", u32(offset(0))};
+    entry[1] = {tlv, kNoOffset, "second_value", u32(offset(4))};
     entry[2] = {tlv, kNoOffset, "unused", bytes(offset(8), 12)};
     entry[3] = {tlv, kNoOffset, "name", bytes(offset(20), 103)};
-    entry[4] = {tlv, kNoOffset, "ipv6_address", bytes(offset(128), 16)};
+    entry[4] = {tlv, kNoOffset, "data", bytes(offset(128), 16)};
   }
   return elements;
 }
@@ -267,6 +268,7 @@ static_assert(is_consistent(kQorext));
 
 extern "C" qmi_idl_service_object_type qorext_vs_get_service_object_internal_v01(
     int32_t idl_major_version, int32_t idl_minor_version, int32_t tool_version) {
-  if (idl_major_version != 1 || idl_minor_version != 1 || tool_version != 4) return nullptr;
+  qmi_idl::InterfaceVersion version = {idl_major_version, idl_minor_version, tool_version};
+  if (version != qmi_idl::kQorextInterface) return nullptr;
   return const_cast<Service*>(&kQorext);
 }

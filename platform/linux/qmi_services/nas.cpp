@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "network_access_service_v01.h"
 #include "platform/linux/qmi_idl/descriptor.h"
+#include "platform/linux/qmi_idl/interface_versions.h"
 
 namespace {
 
@@ -99,6 +100,7 @@ static_assert(is_consistent(kNas));
 
 extern "C" qmi_idl_service_object_type nas_get_service_object_internal_v01(
     int32_t idl_major_version, int32_t idl_minor_version, int32_t tool_version) {
-  if (idl_major_version != 1 || idl_minor_version != 175 || tool_version != 6) return nullptr;
+  qmi_idl::InterfaceVersion version = {idl_major_version, idl_minor_version, tool_version};
+  if (version != qmi_idl::kNasInterface) return nullptr;
   return const_cast<Service*>(&kNas);
 }

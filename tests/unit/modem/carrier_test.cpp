@@ -54,8 +54,8 @@ TEST_F(CarrierRequests, ActiveApnsHaveNamesAndAddresses) {
   EXPECT_EQ(answer["result"], success());
   EXPECT_EQ(answer["count"], 2);
   EXPECT_EQ(answer["has_entries"], 1);
-  EXPECT_EQ(answer["ipv4_address"][0], 0xC000020A);
-  EXPECT_EQ(answer["ipv6_address"][1], "20010db800000000000000000000000b");
+  EXPECT_EQ(answer["second_value"][0], 0xC000020A);
+  EXPECT_EQ(answer["data"][1], "20010db800000000000000000000000b");
   std::string name = answer["name"][1];
   EXPECT_EQ(name.substr(0, 24),
             qmi_json::to_hex(Bytes{'i', 'm', 's', '.', 'e', 'x', 'a', 'm', 'p', 'l', 'e', 0}));

@@ -47,7 +47,7 @@ TEST_F(FeatureRequests, PfpRequestIsFollowedByItsTable) {
   ASSERT_EQ(later.size(), 1U);
   EXPECT_EQ(later[0].kind, Action::Kind::broadcast);
   json indication = fields_of(modem::qorext_service(), later[0].packet);
-  EXPECT_EQ(indication["version"], 1);
+  EXPECT_EQ(indication["first_value"], 1);
   EXPECT_EQ(indication["rat"], 8);
   EXPECT_EQ(indication["tbl_idx"], 4);
   std::string table = indication["table"];

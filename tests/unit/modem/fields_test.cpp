@@ -108,12 +108,12 @@ TEST_F(JsonFields, UncountedBytesArePaddedWithZeros) {
 }
 
 TEST_F(JsonFields, NameOfEveryEntryIsAList) {
-  json fields = qmi_json::to_json(apns, structure_of(apns, {{"address_type", {7, 8}}}));
-  EXPECT_EQ(fields["address_type"], (json{7, 8, 0, 0, 0, 0, 0, 0}));
-  EXPECT_EQ(error_of(apns, {{"address_type", 7}}),
-            "get_active_ehrpd_apn: field \"address_type\": expected a list");
-  EXPECT_EQ(error_of(apns, {{"address_type", {1, 2, 3, 4, 5, 6, 7, 8, 9}}}),
-            "get_active_ehrpd_apn: field \"address_type\": 9 values, expected at most 8");
+  json fields = qmi_json::to_json(apns, structure_of(apns, {{"first_value", {7, 8}}}));
+  EXPECT_EQ(fields["first_value"], (json{7, 8, 0, 0, 0, 0, 0, 0}));
+  EXPECT_EQ(error_of(apns, {{"first_value", 7}}),
+            "get_active_ehrpd_apn: field \"first_value\": expected a list");
+  EXPECT_EQ(error_of(apns, {{"first_value", {1, 2, 3, 4, 5, 6, 7, 8, 9}}}),
+            "get_active_ehrpd_apn: field \"first_value\": 9 values, expected at most 8");
 }
 
 TEST_F(JsonFields, MessageWithoutFieldsTakesNone) {

@@ -5,8 +5,6 @@
 
 #include <chrono>
 
-#include "tools/qorextctl/frames/expected_reply.h"
-
 namespace qorextctl {
 namespace {
 

@@ -83,14 +83,14 @@ TEST_F(NamRecord, WordsGoBeforeTheRecord) {
 TEST_F(NamRecord, UnknownMembersAreRefused) {
   write(R"({"colour":"red"})");
   EXPECT_EQ(set_nam({"spc=000000"}).error().message,
-            "set-nam: the record's 'colour' is no argument (see: qorextctl list set-nam)");
+            "set-nam: the record's 'colour' is not an argument (see: qorextctl list set-nam)");
 }
 
 TEST_F(NamRecord, MembersMustBeTextOrWholeNumbers) {
   for (const char* text : {R"({"sid":[1]})", R"({"sid":1.5})", R"({"sid":null})"}) {
     auto members = parse_record(text);
     ASSERT_FALSE(members) << text;
-    EXPECT_EQ(members.error().message, "the record's 'sid' is neither text nor a whole number");
+    EXPECT_EQ(members.error().message, "the record's 'sid': expected a string or an integer");
   }
 }
 
@@ -98,7 +98,7 @@ TEST_F(NamRecord, WhatIsNoJsonObjectIsRefused) {
   for (const char* text : {"", "nonsense", "[1]", R"({"fields":3})"}) {
     auto members = parse_record(text);
     ASSERT_FALSE(members) << text;
-    EXPECT_EQ(members.error().message, "the record is no JSON object");
+    EXPECT_EQ(members.error().message, "the record is not a JSON object");
   }
 }
 

@@ -93,12 +93,13 @@ TEST(Replies, SidNidPairsAreAList) {
 }
 
 TEST(Replies, TheLteRecordHasSignedSignalValues) {
-  EXPECT_EQ(cdma_fields("get-lte-data",
-                        "02000000 3601 9A01 78563412 1A 05 10270000 20270000 B0 9CFF F6 "
-                        "9CFFFFFF"),
-            R"({"service_state":2,"mcc":310,"mnc":410,"cell_id":305419896,"band":26,"bandwidth":5,)"
-            R"("downlink_channel":10000,"uplink_channel":10016,"rssi":-80,"rsrp":-100,"rsrq":-10,)"
-            R"("tx_power":-100})");
+  EXPECT_EQ(
+      cdma_fields("get-lte-data",
+                  "02000000 3601 9A01 78563412 1A 05 10270000 20270000 B0 9CFF F6 "
+                  "9CFFFFFF"),
+      R"({"service_state":2,"mcc":310,"mnc":410,"cell_id":305419896,"channel_third_value":26,"channel_fourth_value":5,)"
+      R"("second_channel":10000,"first_channel":10016,"rssi":-80,"rsrp":-100,"rsrq":-10,)"
+      R"("tx_power":-100})");
 }
 
 TEST(Replies, AccessPointsAreListedUpToTheirCount) {
@@ -109,8 +110,8 @@ TEST(Replies, AccessPointsAreListedUpToTheirCount) {
   Bytes rest = from_hex("01000000 0A000001 20010DB8000000000000000000000001");
   std::copy(rest.begin(), rest.end(), data.begin() + 1 + 103);
   EXPECT_EQ(fields("get-apn", cdma_frame(0x020000C1, 0, data)),
-            R"({"count":1,"apns":[{"name":"internet","address_type":1,"ipv4":"10.0.0.1",)"
-            R"("ipv6":"2001:db8::1"}]})");
+            R"({"count":1,"apns":[{"name":"internet","first_value":1,"second_value":167772161,)"
+            R"("data":"20010DB8000000000000000000000001"}]})");
 }
 
 TEST(Replies, MoreAccessPointsThanThereIsRoomForAreTold) {

@@ -36,7 +36,7 @@ std::vector<Case> cases() {
       {generic_unsolicited(0x04000401, from_hex("EEFFC002 0102")), "kpi-record", "0x04000401",
        R"({"header":46202862,"data":"0102"})"},
       {generic_unsolicited(0x03000B00, from_hex("02 AABB")), "log-upload", "0x03000B00",
-       R"({"kind":2,"data":"AABB"})"},
+       R"({"first_value":2,"data":"AABB"})"},
       {generic_unsolicited(0x04000C00, {1}), "utils-2", "0x04000C00", R"({"data":"01"})"},
       {generic_unsolicited(0x04000E00, {2}), "utils-3", "0x04000E00", R"({"data":"02"})"},
       {generic_unsolicited(0x04001200, {}), "utils-5", "0x04001200", R"({"data":""})"},

@@ -50,7 +50,7 @@ Result<Given> split_words(const Request& request, std::span<const std::string> w
   return given;
 }
 
-// Adds the record's members, where the words do not give them.
+// Adds the members of the JSON record. Words take precedence.
 Result<Given> with_record(const Request& request, Given given, bool stdin_free) {
   auto file = given.find(kRecordKey);
   if (file == given.end()) return given;
@@ -59,14 +59,14 @@ Result<Given> with_record(const Request& request, Given given, bool stdin_free) 
   given.erase(file);
   for (auto& [key, text] : *members) {
     if (!find_argument(request, key)) {
-      return about(request, fmt::format("the record's '{}' is no argument", key));
+      return about(request, fmt::format("the record's '{}' is not an argument", key));
     }
     given.emplace(key, text);
   }
   return given;
 }
 
-// The value of an argument as text; nothing when it is left out.
+// The argument's value as text, or nothing for an argument without bytes.
 Result<std::optional<std::string>> text_of(const Request& request, const Argument& argument,
                                            const Given& given) {
   auto found = given.find(argument.field.name);

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// From the words of a command to the bytes of a request.
+// Builds the bytes of a request from the words of a command.
 #pragma once
 
 #include <span>
@@ -13,17 +13,17 @@ namespace qorextctl {
 
 struct Command {
   const Request* request;
-  Bytes bytes;  // as they go onto the request pipe
+  Bytes bytes;  // as written to the request pipe
 };
 
 // `words` is a request's name and key=value pairs. A record (json=FILE) is read from standard input
-// for the name "-" where `stdin_free`. Errors name the request, what is wrong and where to look.
+// for the name "-" if `stdin_free`. Errors name the request, the fault and the command that helps.
 Result<Command> parse_command(std::span<const std::string> words, bool stdin_free);
 
-// Says which name comes nearest.
+// Suggests the nearest name.
 Error unknown_request(const std::string& name);
 
-// Hex of a whole request, one or more words.
+// A whole request as hexadecimal text, in one or more words.
 Result<Bytes> parse_raw(std::span<const std::string> words);
 
 }  // namespace qorextctl

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "tools/qorextctl/frames/decode.h"
 
-#include <arpa/inet.h>
 #include <fmt/format.h>
 
 #include <algorithm>
@@ -27,16 +26,10 @@ int32_t sign_extended(uint32_t number, size_t width) {
 
 Json number_at(const Field& field, View data, size_t offset) {
   size_t width = width_of(field.type);
+  if (field.type == Type::u32_be) return load_be(data, offset, width);
   uint32_t number = load_le(data, offset, width);
   if (is_signed(field.type)) return sign_extended(number, width);
   return number;
-}
-
-std::string address_text(View bytes) {
-  constexpr size_t kIpv4Size = 4;
-  char shown[INET6_ADDRSTRLEN] = "";
-  inet_ntop(bytes.size() == kIpv4Size ? AF_INET : AF_INET6, bytes.data(), shown, sizeof shown);
-  return shown;
 }
 
 // Up to the first NUL.
@@ -52,7 +45,7 @@ std::optional<uint32_t> counter(const char* name, const Items& items) {
   return std::nullopt;
 }
 
-// The field's own number of elements or bytes, or the smaller one that another field states.
+// The number of elements or bytes present, or the smaller one that another field states.
 size_t used(size_t present, const char* counted_by, const Items& items, const char* name,
             Problems& problems) {
   if (!counted_by) return present;
@@ -71,7 +64,7 @@ Json array_at(const Field& field, View data, size_t count) {
   return values;
 }
 
-// As many values as there are whole ones, as an argument would give them.
+// All complete values, in the form of an argument.
 Json list_in(const Field& field, View content, const Items& items, Problems& problems) {
   constexpr size_t kWidth = sizeof(uint32_t);
   size_t numbers = field.type == Type::pairs ? 2 : 1;
@@ -100,8 +93,6 @@ std::string dialled(View digits) {
 
 Json content_at(const Field& field, View content, const Items& items, Problems& problems) {
   switch (field.type) {
-    case Type::address:
-      return address_text(content);
     case Type::numbers:
     case Type::pairs:
       return list_in(field, content, items, problems);
@@ -129,7 +120,7 @@ bool is_personal(const Field& field, const Items& items) {
   return !item || is_personal_item(*item);
 }
 
-// Also what lies behind the bytes in use.
+// Includes the bytes after those in use.
 ByteRange place_of(const Field& field, View data) {
   size_t size = element_size(field) * field.count;
   return {field.offset, size != 0 ? size : data.size() - field.offset};

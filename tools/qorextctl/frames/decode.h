@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// Frames as named fields.
+// Decodes frames to named fields.
 #pragma once
 
 #include <nlohmann/json.hpp>
@@ -14,7 +14,7 @@ namespace qorextctl {
 
 using Json = nlohmann::ordered_json;
 
-// A field of a frame: a number, a text, an array of numbers, or a group's records.
+// A field of a frame: a number, text, an array of numbers, or the records of a group.
 struct Item {
   std::string name;
   Json value;
@@ -26,37 +26,38 @@ struct Item {
 using Items = std::vector<Item>;
 
 struct DecodedFrame {
-  std::string name;  // the request's, the unsolicited message's; empty when unknown
-  std::string id;    // as people write it
+  std::string name;  // of the request or the unsolicited message; empty when unknown
+  std::string id;    // "0x02000016", "0x050019"
   Bytes frame;
-  uint32_t length = 0;             // as the frame states it
-  std::optional<uint32_t> status;  // nothing where the frame carries none
+  uint32_t length = 0;             // from the frame's length field
+  std::optional<uint32_t> status;  // nothing for a frame without a status
   std::string status_name;
   Items fields;
-  std::vector<std::string> problems;  // in what way the frame is not as it ought to be
+  std::vector<std::string> problems;  // how the frame differs from its description
   std::vector<ByteRange> personal;    // of the frame, see personal.h
   bool is_id_personal = false;
   bool masked = false;
 };
 
-// Fields that do not lie wholly in the data are left out; what is missing is told in `problems`.
+// Leaves out fields that are not completely in the data and adds them to `problems`.
 Items decode_fields(const Layout& layout, View data, std::vector<std::string>& problems);
 
-// `request` may be null: an id without a row.
+// `request` is null for an id without a row.
 DecodedFrame decode_reply(const Request* request, ReplyForm form, uint32_t id, View frame);
 DecodedFrame decode_unsolicited(View frame);
-// By the arguments of the row whose payload fits best.
+// Uses the row whose payload size fits.
 DecodedFrame decode_request(View frame);
 
-// "success", "failure", ...; "unknown" for a status that no reply is known to carry.
+// "success", "failure", ...; "unknown" for other values.
 std::string status_name(uint32_t status);
 
-// As people write it.
+// "0x02000016" for a CDMA-hook id, "0x050019" for a generic one.
 std::string id_text(Family family, uint32_t id);
 
-// For the decoders of the frames.
+// For the decoders.
 bool lies_within(const Field& field, View data);
-// Tells when the frame is not as long as its length field and what lies around the data make it.
+// Adds a problem when the size of the frame does not match its length field. `overhead` is the size
+// of header and trailer.
 void check_size(DecodedFrame& decoded, size_t overhead);
 
 }  // namespace qorextctl

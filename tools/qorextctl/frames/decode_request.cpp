@@ -12,10 +12,10 @@ namespace qorextctl {
 
 namespace {
 
-// What a row's payload may hold.
+// The payload sizes that a row allows.
 struct Sizes {
-  size_t least;
-  size_t most;
+  size_t min;
+  size_t max;
 };
 
 constexpr size_t kNoBound = std::numeric_limits<size_t>::max();
@@ -34,19 +34,19 @@ Sizes sizes_of(const Request& request) {
   for (const Argument& argument : request.payload.arguments) {
     if (!in_payload(argument)) continue;
     size_t end = argument.field.offset + size_of(argument.field);
-    if (is_required(argument)) sizes.least = std::max(sizes.least, end);
-    sizes.most = size_of(argument.field) == 0 ? kNoBound : std::max(sizes.most, end);
+    if (is_required(argument)) sizes.min = std::max(sizes.min, end);
+    sizes.max = size_of(argument.field) == 0 ? kNoBound : std::max(sizes.max, end);
   }
-  if (request.payload.size != 0) sizes.most = request.payload.size;
+  if (request.payload.size != 0) sizes.max = request.payload.size;
   return sizes;
 }
 
 bool fits(const Request& request, size_t size) {
   Sizes sizes = sizes_of(request);
-  return size >= sizes.least && size <= sizes.most;
+  return size >= sizes.min && size <= sizes.max;
 }
 
-// The first row of this id that fits, or the first of this id.
+// The first row with this id that fits, or else the first with this id.
 const Request* row_for(Family family, uint32_t id, size_t payload_size) {
   for (const Request& request : catalogue()) {
     bool same = family_of(request) == family && request.id == id;
@@ -55,7 +55,7 @@ const Request* row_for(Family family, uint32_t id, size_t payload_size) {
   return find_request(family, id);
 }
 
-// Describes any request of its family.
+// The row for any request of the family.
 const Request& any_row(Family family) {
   return *find_request(family, family == Family::cdma ? kCdmaIds : 0);
 }
@@ -64,7 +64,7 @@ size_t header_size(Family family) {
   return family == Family::cdma ? kCdmaHeaderSize : kGenericHeaderSize;
 }
 
-// Where the argument lies in the frame.
+// The argument's field with its offset in the frame.
 Field in_frame(const Argument& argument, Family family) {
   Field field = argument.field;
   if (argument.place == Place::type) field.offset = 0;
@@ -76,7 +76,7 @@ Field in_frame(const Argument& argument, Family family) {
   return field;
 }
 
-// Arguments that may be left out are, where the frame ends before them.
+// Skips optional arguments that are not in the frame.
 std::vector<Field> fields_in(const Request& request, Family family, View frame) {
   std::vector<Field> fields;
   for (const Argument& argument : request.payload.arguments) {
@@ -89,8 +89,8 @@ std::vector<Field> fields_in(const Request& request, Family family, View frame) 
 
 void check_payload(DecodedFrame& decoded, const Request& request, size_t size) {
   Sizes sizes = sizes_of(request);
-  if (size >= sizes.least && size <= sizes.most) return;
-  size_t expected = size < sizes.least ? sizes.least : sizes.most;
+  if (size >= sizes.min && size <= sizes.max) return;
+  size_t expected = size < sizes.min ? sizes.min : sizes.max;
   decoded.problems.push_back(fmt::format("{} bytes of data, {} expected", size, expected));
 }
 
@@ -100,7 +100,7 @@ void add_arguments(DecodedFrame& decoded, const Request& request, Family family)
   View payload = part(frame, header, decoded.length);
   check_payload(decoded, request, payload.size());
   std::vector<Field> fields = fields_in(request, family, frame);
-  if (sizes_of(request).most == 0 && !payload.empty()) {
+  if (sizes_of(request).max == 0 && !payload.empty()) {
     Field unexpected = any_data().fields[0];
     unexpected.offset = static_cast<uint16_t>(header);
     fields.push_back(unexpected);

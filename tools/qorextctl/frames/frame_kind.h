@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// Frames of which nobody says what they are.
+// Recognizes the kind of a frame by its bytes.
 #pragma once
 
 #include "tools/qorextctl/frames/decode.h"
@@ -11,8 +11,8 @@ enum class FrameKind { request, reply, unsolicited };
 // "request", "reply", "unsolicited".
 const char* name_of(FrameKind kind);
 
-// By header and length; nothing when it can be none of the three. A generic header without data
-// begins a request and a reply alike: it is taken as a request.
+// Uses the header and the length. Returns nothing for other bytes. A generic header without data
+// may be a request or a reply; it is treated as a request.
 std::optional<FrameKind> recognise(View frame);
 
 DecodedFrame decode_as(FrameKind kind, View frame);

@@ -7,8 +7,8 @@ namespace qorextctl {
 
 namespace {
 
-constexpr uint32_t kCdmaFamily = 2;   // of the bytes 1 to 3 of every CDMA-hook request
-constexpr uint8_t kFirstBadType = 3;  // header types of generic requests lie below
+constexpr uint32_t kCdmaFamily = 2;   // the value of bytes 1 to 3 of each CDMA-hook request
+constexpr uint8_t kFirstBadType = 3;  // generic requests have a lower header type
 
 Bytes build_generic(const RequestDraft& draft) {
   Bytes frame{draft.type};
@@ -27,6 +27,13 @@ Bytes build_cdma(const RequestDraft& draft) {
 }
 
 size_t plausible(size_t size, View bytes) { return size > kMaxFrameBytes ? bytes.size() : size; }
+
+bool answered_twice(const Request& request, View bytes) {
+  if (request.reply.second != Second::with_payload) return request.reply.second == Second::always;
+  return load_le(bytes, 4, 4) != 0;
+}
+
+bool any_id(const Request* named) { return !named || named->id == 0 || named->id == kCdmaIds; }
 
 }  // namespace
 
@@ -60,7 +67,7 @@ std::optional<size_t> unsolicited_size(View bytes) {
   return plausible(size_t{load_le(bytes, kUnsolLengthOffset, 4)} + kUnsolOverhead, bytes);
 }
 
-// What has been taken is moved over when it is the larger part: each byte once or twice at most.
+// Removes what has been taken when it is the larger part, so each byte moves at most twice.
 void FrameBuffer::append(View bytes) {
   if (start_ > bytes_.size() / 2) {
     bytes_.erase(bytes_.begin(), bytes_.begin() + static_cast<ptrdiff_t>(start_));
@@ -78,6 +85,15 @@ Bytes FrameBuffer::take_bytes(size_t size) {
     start_ = 0;
   }
   return frame;
+}
+
+Expected expect_reply(View request, const Request* named) {
+  Classified classified = classify(request);
+  if (classified.kind == Classified::Kind::unknown) return {nullptr, ReplyForm::generic, 0, 1};
+  bool cdma = classified.kind == Classified::Kind::cdma;
+  if (any_id(named)) named = find_request(cdma ? Family::cdma : Family::generic, classified.id);
+  if (!named) return {nullptr, cdma ? ReplyForm::cdma : ReplyForm::generic, classified.id, 1};
+  return {named, named->reply.form, classified.id, answered_twice(*named, request) ? 2 : 1};
 }
 
 }  // namespace qorextctl

@@ -1,6 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// The frames on the three pipes: building requests, telling where a reply or an unsolicited frame
-// ends.
+// Builds requests, and finds the ends of replies and unsolicited frames on their pipes.
 #pragma once
 
 #include <array>
@@ -11,7 +10,7 @@
 
 namespace qorextctl {
 
-// A frame that claims to be longer has a broken length field.
+// A length field that states more is corrupt.
 constexpr size_t kMaxFrameBytes = 65536;
 
 struct RequestDraft {
@@ -24,25 +23,26 @@ struct RequestDraft {
 };
 Bytes build(const RequestDraft& draft);
 
-// How the daemon will take the bytes of a request.
+// How the daemon classifies the bytes of a request.
 struct Classified {
   enum class Kind { unknown, generic, cdma } kind;
   uint32_t id;
 };
 Classified classify(View request);
 
-// The size of the frame that the bytes begin with; nothing while its header is not whole. A length
-// field that cannot be gives the size of all bytes present: they are beyond repair.
+// The size of the first frame; nothing while its header is not complete. For a corrupt length
+// field, the number of all bytes present: no later frame can be found.
 std::optional<size_t> reply_size(View bytes, ReplyForm form);
 std::optional<size_t> unsolicited_size(View bytes);
 
-// Bytes as they came from a pipe, in pieces of any size.
+// Collects the bytes read from a pipe, in pieces of any size.
 class FrameBuffer {
  public:
   void append(View bytes);
   View pending() const { return View(bytes_).subspan(start_); }
 
-  // Takes the first frame out; nothing while it is not whole. `size_of` is one of the two above.
+  // Removes and returns the first frame; nothing while it is not complete. `size_of` is one of the
+  // two above.
   template <class SizeOf>
   std::optional<Bytes> take(SizeOf size_of) {
     std::optional<size_t> size = size_of(pending());
@@ -55,7 +55,17 @@ class FrameBuffer {
   Bytes take_bytes(size_t size);
 
   Bytes bytes_;
-  size_t start_ = 0;  // of what has not been taken
+  size_t start_ = 0;  // of the bytes that have not been taken
 };
+
+// The reply of the daemon to the bytes of a request.
+struct Expected {
+  const Request* request;  // the row that describes the reply; null for an id without one
+  ReplyForm form;
+  uint32_t id;
+  int replies;
+};
+// `named` is the row that the request was built from; null for raw bytes.
+Expected expect_reply(View request, const Request* named);
 
 }  // namespace qorextctl

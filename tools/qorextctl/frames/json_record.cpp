@@ -28,11 +28,11 @@ Result<std::map<std::string, std::string>> parse_record(const std::string& text)
   auto [record, excess] = qmi_json::parse_foreign<Record>(text);
   if (excess) return usage_error(fmt::format("the record {}", excess));
   if (record.is_object() && record.contains("fields")) record = Record(record["fields"]);
-  if (!record.is_object()) return usage_error("the record is no JSON object");
+  if (!record.is_object()) return usage_error("the record is not a JSON object");
   std::map<std::string, std::string> members;
   for (const auto& [key, member] : record.items()) {
     if (!member.is_string() && !member.is_number_integer()) {
-      return usage_error(fmt::format("the record's '{}' is neither text nor a whole number", key));
+      return usage_error(fmt::format("the record's '{}': expected a string or an integer", key));
     }
     members[argument_name(key)] = member.is_string() ? member.get<std::string>() : member.dump();
   }

@@ -1,6 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// Arguments from a JSON record: what `qorextctl request get-nam --json` prints, edited and given
-// back.
+// Arguments from a JSON record, such as the output of `qorextctl request get-nam --json`.
 #pragma once
 
 #include <map>
@@ -10,11 +9,11 @@
 
 namespace qorextctl {
 
-// The members of a JSON object, keys as argument names, values as text. A whole printed reply is
-// accepted too: its "fields" are the record.
+// The members of a JSON object: argument names and values as text. Also accepts a printed reply,
+// whose "fields" are the record.
 Result<std::map<std::string, std::string>> parse_record(const std::string& text);
 
-// The same from a file, or from standard input for the name "-" where that is free.
+// Reads a file, or standard input for the name "-" if it is free.
 Result<std::map<std::string, std::string>> read_record(const std::string& file, bool stdin_free);
 
 }  // namespace qorextctl

@@ -1,8 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
-// Which bytes and fields of a frame tell who the subscriber is, or open what is locked: directory
-// number, MIN, IMSI, service programming code, subsidy-lock code, A-key. Bytes whose meaning is not
-// known may hold any of these and count as personal. They are shown to those who ask the phone for
-// them, and masked in what is kept and passed on: logs, recordings, traces.
+// Personal fields and bytes of a frame: directory number, MIN, IMSI, service programming code,
+// subsidy-lock code, A-key. Bytes of unknown meaning may contain any of these and are treated as
+// personal. Replies show personal values; logs, recordings and traces, which are kept, mask them.
 #pragma once
 
 #include <string>
@@ -12,36 +11,37 @@
 namespace qorextctl {
 
 constexpr const char* kMasked = "***";     // for a value
-constexpr const char* kMaskedByte = "**";  // for a byte in hex, so that places stay
+constexpr const char* kMaskedByte = "**";  // for each byte of hexadecimal text
 
-// The values of personal fields become kMasked, their bytes in `frame` zero.
+// Replaces the values of personal fields by kMasked, and their bytes in `frame` by zeros.
 void mask(DecodedFrame& decoded);
 
-// The frame as hex, personal bytes of a masked frame as kMaskedByte.
+// The frame as hexadecimal text, with kMaskedByte for the personal bytes of a masked frame.
 std::string hex_of(const DecodedFrame& decoded);
 
-// All bytes masked.
+// kMaskedByte for each byte.
 std::string masked_hex(size_t bytes);
 
 // Whether an argument may be personal.
 bool takes_personal(const Request& request);
 
-// For the decoders, which note in `personal` what mask() has to hide.
+// For the decoders, which record in `personal` what mask() hides.
 bool touches_personal(const Request& request);
-// Bytes that no field describes.
+// The layout of bytes that no field describes.
 const Layout& any_data();
-// Personal fields, whose places count from `data_offset`. Where a frame that has some, or one of an
-// unknown request, is malformed, all bytes after its header: they may lie anywhere.
+// Records the personal fields; their places are relative to `data_offset`. In a malformed frame
+// with personal fields, or of an unknown request, they may be anywhere: records all bytes after the
+// header.
 void note_personal(DecodedFrame& decoded, const Request* request, size_t data_offset,
                    size_t header_size);
-// All bytes after the header, and the fields that lie there.
+// Records all bytes after the header, and their fields.
 void note_payload(DecodedFrame& decoded, size_t data_offset, size_t header_size);
-// The header, too: it is none.
+// Records all bytes, for a frame without a valid header.
 void note_all(DecodedFrame& decoded);
-// The code field of a CDMA-hook frame.
+// Records the code field of a CDMA-hook frame.
 void note_code(DecodedFrame& decoded);
-// What a CDMA-hook reply repeats of its request: the code field, and behind it the first two bytes
-// of the payload where the reply has no data.
+// Records what a CDMA-hook reply repeats of its request: the code field and, in a reply without
+// data, the first two bytes of the payload.
 void note_echo(DecodedFrame& decoded);
 
 }  // namespace qorextctl

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// The tables that requests are built by and frames are decoded by.
+// The tables by which requests are built and frames are decoded.
 #pragma once
 
 #include "protocol/frame.h"
@@ -7,7 +7,7 @@
 #include "protocol/request.h"
 #include "protocol/unsolicited.h"
 
-// The tool works on the tables everywhere, so their names are its own.
+// Most of the tool works on the tables, so their names need no prefix.
 namespace qorextctl {
 using namespace protocol;
 }  // namespace qorextctl

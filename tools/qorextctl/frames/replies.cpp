@@ -14,13 +14,13 @@ void set_status(DecodedFrame& decoded, uint32_t status) {
   decoded.status_name = status_name(status);
 }
 
-// A reply that reports a failure may come without the data of a success.
+// A reply with a failure status may have no data.
 void add_fields(DecodedFrame& decoded, const Request* request, View data) {
   bool failed = decoded.status != kSuccess;
   if (failed && data.empty()) return;
   const Layout* layout = request ? request->reply.layout : nullptr;
   bool described = layout && (layout->group || !layout->fields.empty());
-  if (request && !described && all_zero(data)) return;  // as the six bytes of a code check
+  if (request && !described && all_zero(data)) return;  // the six bytes of a code check
   decoded.fields = decode_fields(described ? *layout : any_data(), data, decoded.problems);
 }
 
@@ -30,7 +30,7 @@ void decode_cdma(DecodedFrame& decoded, const Request* request, uint32_t id) {
   decoded.id = id_text(Family::cdma, got);
   decoded.length = load_le(frame, 4, 4);
   set_status(decoded, load_le(frame, kStatusOffset, 4));
-  // Whoever does not know a request sends its own id back.
+  // A daemon that does not know the request returns the request's id.
   bool other_id = request && request->reply.id != 0 && decoded.status != kNotSupported;
   uint32_t expected = other_id ? request->reply.id : id;
   if (got != expected) {
@@ -42,7 +42,7 @@ void decode_cdma(DecodedFrame& decoded, const Request* request, uint32_t id) {
   note_echo(decoded);
 }
 
-// The failure of most generic requests is one data byte without the data of a success.
+// Most generic requests report a failure by a single data byte.
 void decode_generic_data(DecodedFrame& decoded, const Request* request, View data) {
   bool lone_failure = data.size() == 1 && data[0] == kFailure;
   bool has_status = request && request->reply.form == ReplyForm::generic_status && !data.empty();
@@ -59,7 +59,7 @@ void decode_generic(DecodedFrame& decoded, const Request* request, uint32_t id) 
     decoded.problems.push_back("the reply's id is not " + id_text(Family::generic, id));
   }
   uint32_t length = load_le(frame, 4, 4);
-  // The header repeats the request's, which may have been any bytes.
+  // The header repeats that of the request, which may be any bytes.
   if (classify(frame).kind == Classified::Kind::unknown) note_all(decoded);
   if (length == kGenericError) {
     set_status(decoded, kNotSupported);

@@ -14,14 +14,14 @@ namespace qorextctl {
 namespace {
 
 struct Range {
-  int64_t least;
-  int64_t most;
+  int64_t min;
+  int64_t max;
 };
 
 constexpr int64_t power_of_two(size_t bits) { return int64_t{1} << bits; }
 
 Range range_of(const Argument& argument) {
-  if (argument.most != 0) return {argument.least, argument.most};
+  if (argument.max != 0) return {argument.min, argument.max};
   size_t bits = 8 * width_of(argument.field.type);
   if (is_signed(argument.field.type)) return {-power_of_two(bits - 1), power_of_two(bits - 1) - 1};
   return {0, power_of_two(bits) - 1};
@@ -29,7 +29,7 @@ Range range_of(const Argument& argument) {
 
 Range length_range(const Argument& argument) {
   if (argument.field.type == Type::code) return {kCodeSize, kCodeSize};
-  if (argument.most != 0) return {argument.least, argument.most};
+  if (argument.max != 0) return {argument.min, argument.max};
   return {0, std::numeric_limits<int64_t>::max()};
 }
 
@@ -37,21 +37,21 @@ Error wrong(const Argument& argument, const std::string& what) {
   return usage_error(fmt::format("{}: {}", argument.field.name, what));
 }
 
-// A value that may be personal does not go into an error, which is kept in scripts' logs.
+// Errors do not contain personal values: they are kept in the logs of scripts.
 std::string quoted(const Argument& argument, const std::string& text) {
   bool is_open = argument.field.privacy == Privacy::open;
   return fmt::format("'{}'", is_open ? text : kMasked);
 }
 
 std::string shown(Range range, std::string_view unit) {
-  if (range.least == range.most) return fmt::format("{} {}", range.least, unit);
-  return fmt::format("{} to {} {}", range.least, range.most, unit);
+  if (range.min == range.max) return fmt::format("{} {}", range.min, unit);
+  return fmt::format("{} to {} {}", range.min, range.max, unit);
 }
 
 std::optional<Error> check_length(const Argument& argument, size_t count, std::string_view unit) {
   Range range = length_range(argument);
   auto length = static_cast<int64_t>(count);
-  if (length >= range.least && length <= range.most) return std::nullopt;
+  if (length >= range.min && length <= range.max) return std::nullopt;
   return wrong(argument, fmt::format("{} {} given, {} expected", count, unit, shown(range, unit)));
 }
 
@@ -59,9 +59,9 @@ Result<Encoded> encode_number(const Argument& argument, const std::string& text)
   auto number = parse_number(text);
   if (!number) return wrong(argument, fmt::format("'{}' is not a number", text));
   Range range = range_of(argument);
-  if (*number < range.least || *number > range.most) {
+  if (*number < range.min || *number > range.max) {
     return wrong(argument,
-                 fmt::format("{} is out of range ({} to {})", text, range.least, range.most));
+                 fmt::format("{} is out of range ({} to {})", text, range.min, range.max));
   }
   Encoded encoded;
   append_le(encoded.bytes, static_cast<uint32_t>(*number), width_of(argument.field.type));
@@ -80,7 +80,7 @@ Result<Encoded> encode_hex(const Argument& argument, const std::string& text) {
 bool is_digit(char character) { return character >= '0' && character <= '9'; }
 bool is_ascii(char character) { return character >= ' ' && character <= '~'; }
 
-// The field's size is filled up with NULs; a string gets one.
+// Pads a field of fixed size with NULs, and appends one to a string.
 Encoded padded(const Argument& argument, const std::string& text) {
   Encoded encoded{{text.begin(), text.end()}, text.size()};
   if (argument.field.type == Type::string) encoded.bytes.push_back(0);
@@ -113,7 +113,7 @@ std::vector<std::string> split(const std::string& text, char separator) {
   return parts;
 }
 
-// One element of a list: `numbers` values behind one another, slashes between them.
+// One element of a list: `numbers` values, separated by slashes.
 Result<Bytes> encode_element(const Argument& argument, const std::string& text, size_t numbers) {
   auto parts = split(text, '/');
   Bytes bytes;
@@ -144,7 +144,7 @@ Result<Encoded> encode_list(const Argument& argument, const std::string& text) {
 
 std::string describe_length(const Argument& argument, std::string_view unit) {
   Range range = length_range(argument);
-  if (argument.most == 0 && argument.field.type != Type::code) return std::string(unit);
+  if (argument.max == 0 && argument.field.type != Type::code) return std::string(unit);
   return shown(range, unit);
 }
 
@@ -183,7 +183,7 @@ std::string describe(const Argument& argument) {
       return describe_length(argument, "pairs");
     default: {
       Range range = range_of(argument);
-      return fmt::format("{} to {}", range.least, range.most);
+      return fmt::format("{} to {}", range.min, range.max);
     }
   }
 }

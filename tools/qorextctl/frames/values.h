@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// Values as people write them, and the bytes that stand for them.
+// Encodes the values of arguments, which are text, to bytes.
 #pragma once
 
 #include <string>
@@ -15,13 +15,13 @@ struct Encoded {
   size_t count = 0;  // of bytes, characters, numbers or pairs
 };
 
-// The bytes of an argument's value; on failure the reason, with the argument's name.
+// The bytes of an argument's value. An error starts with the argument's name.
 Result<Encoded> encode(const Argument& argument, const std::string& text);
 
-// What an argument accepts, for the list of requests: "u8", "6 characters", "hex".
+// What an argument accepts: "0 to 255", "6 characters", "hex bytes".
 std::string describe(const Argument& argument);
 
-// A whole text that is a number, decimal or with 0x.
+// The number that is the whole text, decimal or with 0x; else nothing.
 std::optional<int64_t> parse_number(std::string_view text);
 
 }  // namespace qorextctl

@@ -6,7 +6,7 @@
 #include <algorithm>
 
 #include "tools/qorextctl/base/text.h"
-#include "tools/qorextctl/frames/field_text.h"
+#include "tools/qorextctl/frames/item_text.h"
 #include "tools/qorextctl/frames/values.h"
 
 namespace qorextctl {

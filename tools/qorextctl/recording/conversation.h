@@ -8,8 +8,8 @@
 #include <set>
 
 #include "platform/linux/qmi_idl/codec.h"
-#include "tools/qorextctl/frames/expected_reply.h"
 #include "tools/qorextctl/frames/frame_kind.h"
+#include "tools/qorextctl/frames/frames.h"
 
 namespace qorextctl {
 

@@ -5,8 +5,8 @@
 #include <functional>
 
 #include "tools/qorextctl/daemon/daemon.h"
-#include "tools/qorextctl/frames/expected_reply.h"
 #include "tools/qorextctl/frames/frame_kind.h"
+#include "tools/qorextctl/frames/frames.h"
 #include "tools/qorextctl/output/output.h"
 
 namespace qorextctl {
