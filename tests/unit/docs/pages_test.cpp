@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// The pages that are made from tables are those of the tables as they are now.
+// The printed pages are those of the present tables.
 #include "tools/docs/pages.h"
 
 #include <gmock/gmock.h>
@@ -23,14 +23,14 @@ std::string content_of(const std::string& file) {
   return {std::istreambuf_iterator<char>(stream), {}};
 }
 
-TEST(Pages, AreThoseThatTheTablesGive) {
+TEST(Pages, AreUpToDate) {
   for (const Page& page : pages()) {
     EXPECT_TRUE(content_of(page.file) == page.text())
         << "docs/" << page.file << " is not up to date: run ./dev docs";
   }
 }
 
-TEST(Pages, NameEveryRequestAndEveryUnsolicitedFrame) {
+TEST(Pages, DescribeEachRequestAndEachUnsolicitedFrame) {
   std::string page = host_protocol();
   for (const qorextctl::Request& request : qorextctl::catalogue()) {
     EXPECT_THAT(page, HasSubstr("\n### " + std::string(request.name) + "\n"));
@@ -40,7 +40,7 @@ TEST(Pages, NameEveryRequestAndEveryUnsolicitedFrame) {
   }
 }
 
-TEST(Pages, NameEveryElementOfEveryMessage) {
+TEST(Pages, DescribeEachElementOfEachMessage) {
   std::string page = modem_messages();
   for (const qmi_idl::Service* service : modem::services()) {
     for (const qmi_idl::Message& message : service->messages) {
@@ -61,7 +61,7 @@ json nested(const std::string& path, const json& value) {
   return {{name, is_list ? json::array({inner}) : inner}};
 }
 
-// What the entries of a list cannot do without.
+// Adds the required keys of a list's entries.
 void complete(json& scenario) {
   if (scenario.contains("nv")) scenario["nv"][0].emplace("rde_id", 1);
   if (scenario.contains("faults")) scenario["faults"][0].emplace("kind", "silent");
@@ -87,10 +87,10 @@ TEST(ScenarioKeys, AreAllThatTheStateHas) {
   for (const auto& [pointer, value] : state.items()) {
     std::string name = pointer.substr(pointer.find_last_of('/') + 1);
     if (isdigit(static_cast<unsigned char>(name[0])) != 0) continue;
-    bool is_told = page.find("." + name + "`") != std::string::npos ||
+    bool is_documented = page.find("." + name + "`") != std::string::npos ||
                    page.find("`" + name + "`") != std::string::npos ||
                    page.find("`" + name + "[]`") != std::string::npos;
-    EXPECT_TRUE(is_told) << pointer;
+    EXPECT_TRUE(is_documented) << pointer;
   }
 }
 

@@ -1,22 +1,14 @@
 // SPDX-License-Identifier: Apache-2.0
-// Requests are shown by the rows that build them.
+// Requests are decoded by the rows that build them.
 #include <gtest/gtest.h>
 
 #include "tests/unit/qorextctl/frame_samples.h"
 #include "tests/unit/qorextctl/request_samples.h"
 #include "tools/qorextctl/base/text.h"
-#include "tools/qorextctl/frames/arguments.h"
 #include "tools/qorextctl/frames/decode.h"
-#include "tools/qorextctl/session/session.h"
 
 namespace qorextctl {
 namespace {
-
-Bytes built(const std::string& line) {
-  auto command = parse_command(*split_line(line), false);
-  EXPECT_TRUE(command) << line;
-  return command ? command->bytes : Bytes{};
-}
 
 std::string argument_text(const Json& value) {
   if (value.is_string()) return value.get<std::string>();
@@ -42,13 +34,6 @@ Json value_of(const DecodedFrame& decoded, const std::string& name) {
   return nullptr;
 }
 
-std::vector<std::string> sample_lines() {
-  std::vector<std::string> lines;
-  for (const RequestSample& sample : kRequestSamples) lines.emplace_back(sample.line);
-  for (const PaddedSample& sample : kPaddedSamples) lines.emplace_back(sample.line);
-  return lines;
-}
-
 TEST(DecodedRequest, BuildsTheSameBytesAgainFromItsFields) {
   size_t checked = 0;
   for (const std::string& line : sample_lines()) {
@@ -65,7 +50,7 @@ TEST(DecodedRequest, BuildsTheSameBytesAgainFromItsFields) {
   EXPECT_GT(checked, 55U);
 }
 
-TEST(DecodedRequest, ALengthThatLiesIsAProblem) {
+TEST(DecodedRequest, AWrongLengthIsAProblem) {
   struct {
     const char* line;
     const char* problem;
@@ -79,7 +64,7 @@ TEST(DecodedRequest, ALengthThatLiesIsAProblem) {
   }
 }
 
-TEST(DecodedRequest, OfTheRowsWithOneIdTheOneThatFitsIsTaken) {
+TEST(DecodedRequest, TheRowThatFitsIsTakenOfThoseWithTheSameId) {
   EXPECT_EQ(decode_request(built("check-spc code=123456")).name, "check-spc");
   EXPECT_EQ(decode_request(built("verify-subsidy-lock code=123456")).name, "verify-subsidy-lock");
   EXPECT_EQ(decode_request(built("get-mob-p-rev")).name, "read-item-28");
@@ -98,14 +83,14 @@ TEST(DecodedRequest, AnUnknownIdShowsItsHeaderAndPayload) {
   EXPECT_EQ(value_of(generic, "data"), "AABB");
 }
 
-TEST(DecodedRequest, APayloadThatNobodyExpectsIsShownAndAProblem) {
+TEST(DecodedRequest, AnUnexpectedPayloadIsShownAndIsAProblem) {
   DecodedFrame request = decode_request(built("cdma id=0x020000B0 data=0102"));
   EXPECT_EQ(request.name, "get-bc10");
   EXPECT_EQ(value_of(request, "data"), "0102");
   EXPECT_EQ(request.problems, std::vector<std::string>{"2 bytes of data, 0 expected"});
 }
 
-TEST(DecodedRequest, WhatMayBeLeftOutIsNotMissed) {
+TEST(DecodedRequest, AMissingOptionalArgumentIsNotAProblem) {
   DecodedFrame short_read = decode_request(built("cdma id=0x02000016 data=1C000000"));
   EXPECT_EQ(short_read.problems, std::vector<std::string>{});
   EXPECT_EQ(short_read.fields.size(), 1U);
@@ -121,12 +106,12 @@ TEST(DecodedRequest, AHeaderOfNeitherFamilyIsAProblem) {
   }
 }
 
-TEST(DecodedRequest, CutAtEveryByteItIsDecodedAsFarAsItGoes) {
+TEST(DecodedRequest, ARequestTruncatedAtAnyByteIsDecodedUpToItsEnd) {
   for (const std::string& line : sample_lines()) {
     Bytes bytes = built(line);
     for (size_t size = 0; size < bytes.size(); ++size) {
       Bytes cut(bytes.begin(), bytes.begin() + static_cast<ptrdiff_t>(size));
-      EXPECT_FALSE(decode_request(cut).problems.empty()) << line << " cut at " << size;
+      EXPECT_FALSE(decode_request(cut).problems.empty()) << line << " truncated at " << size;
     }
   }
 }

@@ -51,7 +51,7 @@ inline Bytes generic_unsolicited(uint32_t id, const Bytes& data) {
   return frame;
 }
 
-// `size` bytes that count up from 1, so that every field has a value of its own.
+// `size` bytes, counting up from 1, so that no two fields are equal.
 inline Bytes counting(size_t size) {
   Bytes bytes;
   for (size_t i = 0; i < size; ++i) bytes.push_back(static_cast<uint8_t>(i + 1));

@@ -5,39 +5,16 @@
 
 #include <chrono>
 
+#include "tests/unit/qorextctl/frame_samples.h"
+
 namespace qorextctl {
 namespace {
-
-Bytes from_hex(const char* text) { return *parse_hex(text); }
-
-Bytes cdma_reply(uint32_t id, const Bytes& data) {
-  Bytes frame = build({.id = id, .payload = data});
-  frame.insert(frame.end(), 2, 0);
-  return frame;
-}
-
-Bytes generic_reply(const char* header, const Bytes& data) {
-  Bytes frame = from_hex(header);
-  append_le(frame, static_cast<uint32_t>(data.size()), 4);
-  frame.insert(frame.end(), data.begin(), data.end());
-  return frame;
-}
-
-Bytes unsolicited(uint32_t format, size_t data_size) {
-  Bytes frame;
-  append_le(frame, format, 4);
-  append_le(frame, 8, 4);
-  append_le(frame, 0x04000C00, 4);
-  append_le(frame, static_cast<uint32_t>(data_size), 4);
-  frame.resize(data_size + kUnsolOverhead, 0x55);
-  return frame;
-}
 
 auto size_for(ReplyForm form) {
   return [form](View bytes) { return reply_size(bytes, form); };
 }
 
-// Both frames come in two reads, cut at every possible place.
+// Two frames arrive in two reads, split at every byte.
 template <class SizeOf>
 void expect_split(const Bytes& first, const Bytes& second, SizeOf size_of) {
   Bytes stream = first;
@@ -56,8 +33,8 @@ void expect_split(const Bytes& first, const Bytes& second, SizeOf size_of) {
   }
 }
 
-// Moving the rest after each frame would take a minute.
-TEST(Frames, ManyAreTakenOutOfALargeBufferInShortTime) {
+// If the rest moved after each frame, this would take a minute.
+TEST(Frames, ManyAreTakenFromALargeBufferInAShortTime) {
   constexpr size_t kFrames = 200'000;
   FrameBuffer buffer;
   buffer.append(Bytes(kFrames * kUnsolOverhead));
@@ -71,31 +48,33 @@ TEST(Frames, ManyAreTakenOutOfALargeBufferInShortTime) {
   EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(5));
 }
 
-TEST(Frames, CdmaRepliesAreSplitWhereverTheReadsCutThem) {
-  expect_split(cdma_reply(0x02000016, Bytes(25, 0xAA)), cdma_reply(0x020000B5, {}),
+TEST(Frames, CdmaRepliesAreFoundInReadsSplitAtAnyByte) {
+  expect_split(cdma_frame(0x02000016, 0, Bytes(25, 0xAA)), cdma_frame(0x020000B5, 0, {}),
                size_for(ReplyForm::cdma));
 }
 
-TEST(Frames, GenericRepliesAreSplitWhereverTheReadsCutThem) {
-  expect_split(generic_reply("01050505", Bytes(17, 3)), generic_reply("01050019", {}),
+TEST(Frames, GenericRepliesAreFoundInReadsSplitAtAnyByte) {
+  expect_split(generic_frame(0x050505, Bytes(17, 3)), generic_frame(0x050019, {}),
                size_for(ReplyForm::generic));
-  expect_split(from_hex("01050506 FFFFFFFF"), generic_reply("0105001E", {0}),
+  expect_split(from_hex("01050506 FFFFFFFF"), generic_frame(0x05001E, {0}),
                size_for(ReplyForm::generic_status));
 }
 
-TEST(Frames, DataPlmnRepliesAreSplitBySizeAlone) {
+TEST(Frames, DataPlmnRepliesAreFoundByTheirSize) {
   expect_split(Bytes(kDataPlmnSize, 0), Bytes(kDataPlmnSize, 0x11), size_for(ReplyForm::data_plmn));
   expect_split(from_hex("01060001 FFFFFFFF"), Bytes(kDataPlmnSize, 1),
                size_for(ReplyForm::data_plmn));
 }
 
-TEST(Frames, UnsolicitedFramesOfBothFormatsAreSplitWhereverTheReadsCutThem) {
-  expect_split(unsolicited(0, 22), unsolicited(1, 0), unsolicited_size);
-  expect_split(unsolicited(1, 33), unsolicited(0, 4), unsolicited_size);
+TEST(Frames, UnsolicitedFramesOfBothFormatsAreFoundInReadsSplitAtAnyByte) {
+  expect_split(cdma_unsolicited(0x457, Bytes(22, 0x55)), generic_unsolicited(0x04000C00, {}),
+               unsolicited_size);
+  expect_split(generic_unsolicited(0x04000C00, Bytes(33, 0x55)),
+               cdma_unsolicited(0x457, Bytes(4, 0x55)), unsolicited_size);
 }
 
-TEST(Frames, BytesThatComeOneByOneMakeTheSameFrames) {
-  Bytes frame = cdma_reply(0x02000016, Bytes(30, 1));
+TEST(Frames, SingleBytesGiveTheSameFrames) {
+  Bytes frame = cdma_frame(0x02000016, 0, Bytes(30, 1));
   FrameBuffer buffer;
   for (size_t i = 0; i + 1 < frame.size(); ++i) {
     buffer.append({&frame[i], 1});
@@ -105,22 +84,22 @@ TEST(Frames, BytesThatComeOneByOneMakeTheSameFrames) {
   EXPECT_EQ(buffer.take(size_for(ReplyForm::cdma)), frame);
 }
 
-TEST(Frames, ALengthThatCannotBeTakesAllBytesPresent) {
+TEST(Frames, ACorruptLengthTakesAllBytesPresent) {
   Bytes broken = from_hex("16000002 FFFFFFFF 00000000 0000");
   EXPECT_EQ(reply_size(broken, ReplyForm::cdma), broken.size());
   EXPECT_EQ(reply_size(from_hex("01050019 00000080 AA"), ReplyForm::generic), 9u);
-  Bytes frame = unsolicited(0, 4);
+  Bytes frame = cdma_unsolicited(0x457, Bytes(4, 0x55));
   frame[15] = 0xFF;
   EXPECT_EQ(unsolicited_size(frame), frame.size());
 }
 
-TEST(Frames, WithoutAWholeHeaderThereIsNoSize) {
+TEST(Frames, AnIncompleteHeaderGivesNoSize) {
   EXPECT_EQ(reply_size(Bytes(7), ReplyForm::cdma), std::nullopt);
   EXPECT_EQ(reply_size(Bytes(7), ReplyForm::generic), std::nullopt);
   EXPECT_EQ(unsolicited_size(Bytes(15)), std::nullopt);
 }
 
-TEST(Frames, RequestsAreClassifiedAsTheDaemonDoesIt) {
+TEST(Frames, RequestsAreClassifiedAsInTheDaemon) {
   using Kind = Classified::Kind;
   Classified cdma = classify(from_hex("16000002 00000000"));
   EXPECT_EQ(cdma.kind, Kind::cdma);
@@ -140,7 +119,7 @@ TEST(Expectation, TheRowOfTheCommandDescribesTheReply) {
   EXPECT_STREQ(expect_reply(request, find_request("cdma")).request->name, "read-item-28");
 }
 
-TEST(Expectation, UnknownIdsHaveAFormButNoRow) {
+TEST(Expectation, AnUnknownIdHasAFormButNoRow) {
   Expected cdma = expect_reply(build({.id = 0x02000014}), nullptr);
   EXPECT_EQ(cdma.request, nullptr);
   EXPECT_EQ(cdma.form, ReplyForm::cdma);
@@ -150,7 +129,7 @@ TEST(Expectation, UnknownIdsHaveAFormButNoRow) {
   EXPECT_EQ(expect_reply(from_hex("0501"), nullptr).form, ReplyForm::generic);
 }
 
-TEST(Expectation, TwoRepliesFollowAProfileWithPayloadAndAnyAkey) {
+TEST(Expectation, AProfileWithPayloadAndAnyAkeyGetTwoReplies) {
   EXPECT_EQ(expect_reply(build({.id = 0x020000B5, .payload = Bytes(4)}), nullptr).replies, 2);
   EXPECT_EQ(expect_reply(build({.id = 0x020000B5}), nullptr).replies, 1);
   EXPECT_EQ(expect_reply(build({.id = 0x02000013}), nullptr).replies, 2);

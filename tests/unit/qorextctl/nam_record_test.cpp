@@ -41,7 +41,7 @@ Bytes nam_reply() {
   return reply;
 }
 
-TEST_F(NamRecord, LevelsWithoutEndAreRefused) {
+TEST_F(NamRecord, TooManyLevelsAreRefused) {
   constexpr size_t kMany = 200'000;
   write("{\"fields\":" + std::string(kMany, '[') + std::string(kMany, ']') + "}");
   auto command = set_nam({"spc=000000"});
@@ -51,14 +51,14 @@ TEST_F(NamRecord, LevelsWithoutEndAreRefused) {
             std::string::npos);
 }
 
-TEST_F(NamRecord, AFileWithoutEndIsRefused) {
+TEST_F(NamRecord, AnEndlessFileIsRefused) {
   auto command = parse_command(std::vector<std::string>{"set-nam", "json=/dev/zero"}, true);
   ASSERT_FALSE(command);
   EXPECT_NE(command.error().message.find("the record is longer than 1048576 bytes"),
             std::string::npos);
 }
 
-TEST_F(NamRecord, APrintedReplyGivenBackWritesTheSameRecord) {
+TEST_F(NamRecord, APrintedReplyAsInputWritesTheSameRecord) {
   Bytes reply = nam_reply();
   DecodedFrame decoded = decode_reply(find_request("get-nam"), ReplyForm::cdma, 0x02000001, reply);
   ASSERT_TRUE(decoded.problems.empty());
@@ -72,7 +72,7 @@ TEST_F(NamRecord, APrintedReplyGivenBackWritesTheSameRecord) {
   EXPECT_EQ(to_hex(part(command->bytes, 18, 104)), to_hex(expected));
 }
 
-TEST_F(NamRecord, WordsGoBeforeTheRecord) {
+TEST_F(NamRecord, WordsTakePrecedenceOverTheRecord) {
   write(R"({"mdn":"5551234567","sid":7})");
   auto command = set_nam({"spc=000000", "sid=8"});
   ASSERT_TRUE(command) << command.error().message;
@@ -86,7 +86,7 @@ TEST_F(NamRecord, UnknownMembersAreRefused) {
             "set-nam: the record's 'colour' is not an argument (see: qorextctl list set-nam)");
 }
 
-TEST_F(NamRecord, MembersMustBeTextOrWholeNumbers) {
+TEST_F(NamRecord, MembersMustBeStringsOrIntegers) {
   for (const char* text : {R"({"sid":[1]})", R"({"sid":1.5})", R"({"sid":null})"}) {
     auto members = parse_record(text);
     ASSERT_FALSE(members) << text;
@@ -94,7 +94,7 @@ TEST_F(NamRecord, MembersMustBeTextOrWholeNumbers) {
   }
 }
 
-TEST_F(NamRecord, WhatIsNoJsonObjectIsRefused) {
+TEST_F(NamRecord, OtherInputThanAJsonObjectIsRefused) {
   for (const char* text : {"", "nonsense", "[1]", R"({"fields":3})"}) {
     auto members = parse_record(text);
     ASSERT_FALSE(members) << text;
@@ -109,7 +109,7 @@ TEST_F(NamRecord, KeysAndValuesBecomeArguments) {
   EXPECT_EQ((*members)["sid"], "4139");
 }
 
-TEST_F(NamRecord, OnlyRequestsWithARecordTakeOne) {
+TEST_F(NamRecord, OnlySetNamAcceptsARecord) {
   auto command = parse_command(std::vector<std::string>{"get-nam", "json=x"}, true);
   ASSERT_FALSE(command);
   EXPECT_EQ(command.error().message, "get-nam: no argument 'json' (see: qorextctl list get-nam)");

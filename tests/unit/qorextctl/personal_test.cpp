@@ -1,19 +1,16 @@
 // SPDX-License-Identifier: Apache-2.0
-// What must not be seen in what is kept and passed on.
+// What is masked in data that is kept.
 #include "tools/qorextctl/frames/personal.h"
 
 #include <gtest/gtest.h>
 
 #include "tests/unit/qorextctl/frame_samples.h"
-#include "tools/qorextctl/frames/arguments.h"
+#include "tests/unit/qorextctl/request_samples.h"
 #include "tools/qorextctl/frames/frame_kind.h"
 #include "tools/qorextctl/frames/item_text.h"
-#include "tools/qorextctl/session/session.h"
 
 namespace qorextctl {
 namespace personal_test {
-
-Bytes built(const std::string& line) { return parse_command(*split_line(line), false)->bytes; }
 
 DecodedFrame masked(FrameKind kind, const Bytes& frame) {
   DecodedFrame decoded = decode_as(kind, frame);
@@ -34,27 +31,27 @@ Bytes nam_record() {
   return {request.begin() + 18, request.end()};
 }
 
-const std::string kHiddenRecord = masked_hex(32) + "2B10000007000000" + "2A000000" + masked_hex(8) +
+const std::string kMaskedRecord = masked_hex(32) + "2B10000007000000" + "2A000000" + masked_hex(8) +
                                   "1B01000080010000B30200000903000000000000" + masked_hex(20) +
                                   "00000000";
 
-TEST(Personal, ANamRecordKeepsOnlyWhatIsTheNetworks) {
+TEST(Personal, OnlyNetworkValuesOfANamRecordAreOpen) {
   DecodedFrame reply = masked(FrameKind::reply, cdma_frame(0x02000001, 0, nam_record()));
   EXPECT_EQ(fields(reply),
             R"({"mdn":"***","min":"***","sid":4139,"nid":7,"scm":42,"imsi_11_12":"***",)"
             R"("imsi_mcc":"***","primary_a":283,"primary_b":384,"secondary_a":691,)"
             R"("secondary_b":777,"vocoder":0,"imsi_t_mcc":"***","imsi_t":"***",)"
             R"("overload_class":0})");
-  EXPECT_EQ(hex_of(reply).substr(36, kHiddenRecord.size()), kHiddenRecord);
+  EXPECT_EQ(hex_of(reply).substr(36, kMaskedRecord.size()), kMaskedRecord);
 }
 
-TEST(Personal, TheBytesOfAMaskedFrameAreGoneToo) {
+TEST(Personal, TheBytesOfAMaskedFrameAreZero) {
   Bytes frame = masked(FrameKind::reply, cdma_frame(0x02000001, 0, nam_record())).frame;
   EXPECT_TRUE(all_zero(part(frame, 18, 32)));
   EXPECT_EQ(load_le(frame, 18 + 32, 4), 4139U);
 }
 
-TEST(Personal, ProgrammingHidesBothCodesToo) {
+TEST(Personal, BothCodesOfANamWriteAreMasked) {
   DecodedFrame request =
       masked(FrameKind::request, built("set-nam spc=246810 new-spc=135791 mdn=9135550142"));
   EXPECT_EQ(to_json(request.fields)["spc"], "***");
@@ -64,7 +61,7 @@ TEST(Personal, ProgrammingHidesBothCodesToo) {
   EXPECT_EQ(hex.substr(2 * (18 + 96)), masked_hex(6) + "0000");
 }
 
-TEST(Personal, CodesAndKeysAreHidden) {
+TEST(Personal, CodesAndKeysAreMasked) {
   for (const char* line : {"check-spc code=246810", "verify-subsidy-lock code=246810",
                            "write-akey spc=246810 akey=ABCDEFGHIJKLMNOPQRSTUVWXYZ",
                            "cdma id=0x02000099 code=246810", "cdma id=0x02000004 code=246810"}) {
@@ -76,7 +73,7 @@ TEST(Personal, CodesAndKeysAreHidden) {
   }
 }
 
-TEST(Personal, WhatAReplyRepeatsOfItsRequestIsHidden) {
+TEST(Personal, BytesThatAReplyRepeatsOfItsRequestAreMasked) {
   Bytes reply = built("write-akey spc=246810 akey=ABCDEFGHIJKLMNOPQRSTUVWXYZ");
   reply.resize(20);
   reply[4] = 0;
@@ -86,7 +83,7 @@ TEST(Personal, WhatAReplyRepeatsOfItsRequestIsHidden) {
             "B800000200000000000000000000000000000000");
 }
 
-TEST(Personal, AnItemIsHiddenByItsNumber) {
+TEST(Personal, ItemsAreMaskedByTheirId) {
   for (int item : {8, 16, 17, 18, 20, 21, 22, 25, 26, 32}) {
     DecodedFrame write = masked_request("nv-write data=0102030405 rde-id=" + std::to_string(item));
     EXPECT_EQ(to_json(write.fields)["data"], "***") << item;
@@ -105,19 +102,19 @@ TEST(Personal, AnItemIsHiddenByItsNumber) {
   EXPECT_EQ(hex_of(open), to_hex(built("nv-write rde-id=28 data=06")));
 }
 
-TEST(Personal, OfAFrameThatIsNotAsItOughtToBeOnlyTheHeaderIsLeft) {
+TEST(Personal, OnlyTheHeaderOfAMalformedFrameIsOpen) {
   Bytes request = built("set-nam spc=246810 mdn=9135550142");
   for (uint8_t stated : {uint8_t{0}, uint8_t{32}, uint8_t{200}}) {
-    Bytes lying = request;
-    lying[4] = stated;
+    Bytes malformed = request;
+    malformed[4] = stated;
     for (FrameKind kind : {FrameKind::request, FrameKind::reply}) {
-      EXPECT_EQ(hex_of(masked(kind, lying)).substr(24), masked_hex(request.size() - 12))
+      EXPECT_EQ(hex_of(masked(kind, malformed)).substr(24), masked_hex(request.size() - 12))
           << int{stated};
     }
   }
 }
 
-TEST(Personal, PersonalBytesOfACutFrameStayHidden) {
+TEST(Personal, PersonalBytesOfATruncatedFrameAreMasked) {
   Bytes request = built("write-akey spc=246810 akey=ABCDEFGHIJKLMNOPQRSTUVWXYZ");
   for (size_t size = 0; size <= request.size(); ++size) {
     Bytes cut(request.begin(), request.begin() + static_cast<ptrdiff_t>(size));
@@ -127,7 +124,7 @@ TEST(Personal, PersonalBytesOfACutFrameStayHidden) {
   }
 }
 
-TEST(Personal, BytesOfWhichNothingIsKnownAreHidden) {
+TEST(Personal, BytesOfUnknownMeaningAreMasked) {
   for (const char* line : {"utils type=9 data=323436383130", "cdma id=0x02000099 data=323436383130",
                            "generic id=0x50599 data=323436383130"}) {
     std::string shown = to_json(masked_request(line)).dump();
@@ -144,7 +141,7 @@ TEST(Personal, BytesOfWhichNothingIsKnownAreHidden) {
   EXPECT_EQ(hex_of(message).substr(2 * 16), masked_hex(2 + 12));
 }
 
-TEST(Personal, BytesThatARequestShouldNotHaveAreHidden) {
+TEST(Personal, UnexpectedBytesOfARequestAreMasked) {
   DecodedFrame request =
       masked(FrameKind::request, from_hex("BC000002 02000000 00000000 000000000000 3132"));
   EXPECT_EQ(request.name, "get-bsr-timer");
@@ -152,14 +149,14 @@ TEST(Personal, BytesThatARequestShouldNotHaveAreHidden) {
   EXPECT_EQ(hex_of(request).substr(36), "****");
 }
 
-TEST(Personal, FieldsOfAMalformedRequestAreHidden) {
+TEST(Personal, FieldsOfAMalformedRequestAreMasked) {
   DecodedFrame request =
       masked(FrameKind::request, from_hex("16000002 10000000 00000000 000000000000 31323334"));
   EXPECT_EQ(fields(request), R"({"rde_id":"***"})");
   EXPECT_EQ(hex_of(request).substr(36), masked_hex(4));
 }
 
-TEST(Personal, OfBytesWithoutAHeaderNothingIsLeft) {
+TEST(Personal, BytesWithoutAValidHeaderAreAllMasked) {
   DecodedFrame request = masked(FrameKind::request, from_hex("3132333435363738"));
   EXPECT_EQ(request.id, "***");
   EXPECT_EQ(hex_of(request), masked_hex(8));
@@ -168,7 +165,7 @@ TEST(Personal, OfBytesWithoutAHeaderNothingIsLeft) {
   EXPECT_EQ(hex_of(reply), masked_hex(8));
 }
 
-TEST(Personal, NothingIsHiddenThatIsNotMasked) {
+TEST(Personal, AFrameThatIsNotMaskedShowsAllValues) {
   DecodedFrame request = decode_as(FrameKind::request, built("check-spc code=246810"));
   EXPECT_EQ(to_json(request.fields)["code"], "246810");
   EXPECT_EQ(hex_of(request), to_hex(built("check-spc code=246810")));

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// Every reply decoder with hand-made frames, also with frames that lie.
+// The reply decoders, with literal frames and with corrupt ones.
 #include <gtest/gtest.h>
 
 #include "tests/unit/qorextctl/frame_samples.h"
@@ -25,12 +25,12 @@ std::string cdma_fields(const char* name, const std::string& data) {
   return fields(name, cdma_frame(find_request(name)->id, 0, from_hex(data)));
 }
 
-TEST(Replies, AnNvReadNamesItsAddressAndItsBytes) {
+TEST(Replies, AnNvReadShowsItsAddressAndItsBytes) {
   EXPECT_EQ(cdma_fields("nv-read", "1C000000 01000000 02000000 03000000 AABBCC 00000000"),
             R"({"rde_id":28,"record":1,"offset":2,"length":3,"data":"AABBCC"})");
 }
 
-TEST(Replies, AnNvReadThatStatesMoreThanItHoldsIsTold) {
+TEST(Replies, AnNvReadThatStatesTooManyBytesIsAProblem) {
   DecodedFrame reply = decoded(
       "nv-read", cdma_frame(0x02000016, 0, from_hex("1C000000 00000000 00000000 FFFFFFFF AABB")));
   EXPECT_EQ(to_json(reply.fields)["data"], "AABB");
@@ -38,7 +38,7 @@ TEST(Replies, AnNvReadThatStatesMoreThanItHoldsIsTold) {
             std::vector<std::string>{"length states 4294967295, data has room for 2"});
 }
 
-TEST(Replies, ACodeCheckMayComeWithoutDataOrWithSixZeroBytes) {
+TEST(Replies, ACodeCheckHasNoDataOrSixZeroBytes) {
   for (const char* name : {"check-spc", "verify-subsidy-lock"}) {
     EXPECT_EQ(cdma_fields(name, ""), "{}");
     EXPECT_EQ(cdma_fields(name, "000000000000"), "{}");
@@ -48,12 +48,12 @@ TEST(Replies, ACodeCheckMayComeWithoutDataOrWithSixZeroBytes) {
   EXPECT_EQ(refused.status_name, "subsidy lock refused");
 }
 
-TEST(Replies, DataWhereNoneIsExpectedIsShown) {
+TEST(Replies, UnexpectedDataIsShown) {
   EXPECT_EQ(cdma_fields("check-spc", "010203040506"), R"({"data":"010203040506"})");
   EXPECT_EQ(cdma_fields("nv-write", "AA"), R"({"data":"AA"})");
 }
 
-TEST(Replies, FixedItemsAndSingleNumbers) {
+TEST(Replies, FixedItemsAndSingleNumbersHaveNames) {
   EXPECT_EQ(cdma_fields("read-item-28", "06000000"), R"({"data":"06000000","value":6})");
   EXPECT_EQ(cdma_fields("get-mob-p-rev", "06000000"), R"({"mob_p_rev":6})");
   EXPECT_EQ(cdma_fields("get-bc10", "01000000"), R"({"band":1})");
@@ -72,7 +72,7 @@ TEST(Replies, TheBandClass14ReplyCarriesTheIdOfBandClass10) {
   EXPECT_TRUE(decoded("get-bc14", cdma_frame(0x020000B2, 6, {})).problems.empty());
 }
 
-TEST(Replies, TheNamRecordIsShownAsPeopleReadIt) {
+TEST(Replies, TheNamRecordHasDigitsAsTextAndNumbers) {
   EXPECT_EQ(
       cdma_fields(
           "get-nam",
@@ -102,7 +102,7 @@ TEST(Replies, TheLteRecordHasSignedSignalValues) {
       R"("tx_power":-100})");
 }
 
-TEST(Replies, AccessPointsAreListedUpToTheirCount) {
+TEST(Replies, ApnsAreListedUpToTheirCount) {
   Bytes data(1017);
   data[0] = 1;
   std::string name = "internet";
@@ -114,7 +114,7 @@ TEST(Replies, AccessPointsAreListedUpToTheirCount) {
             R"("data":"20010DB8000000000000000000000001"}]})");
 }
 
-TEST(Replies, MoreAccessPointsThanThereIsRoomForAreTold) {
+TEST(Replies, ACountOfApnsAboveTheRoomIsAProblem) {
   Bytes data(1017);
   data[0] = 200;
   DecodedFrame reply = decoded("get-apn", cdma_frame(0x020000C1, 0, data));
@@ -128,7 +128,7 @@ TEST(Replies, TheTotOrderShowsTheEntriesInUse) {
   EXPECT_EQ(fields("get-tot", cdma_frame(0x020000C4, 0, data)), R"({"count":2,"entries":[1,2]})");
 }
 
-TEST(Replies, CallProcessingFieldsLieWhereTheDaemonPutsThem) {
+TEST(Replies, CallProcessingFieldsHaveTheirOffsets) {
   Bytes data;
   for (uint32_t i = 0; i < 79; ++i) append_le(data, i, 4);
   data[44] = 0x9C;
@@ -148,7 +148,7 @@ TEST(Replies, CallProcessingFieldsLieWhereTheDaemonPutsThem) {
   EXPECT_EQ(shown["rate_reduction"], 78);
 }
 
-TEST(Replies, EvdoFieldsLieWhereTheDaemonPutsThem) {
+TEST(Replies, EvdoFieldsHaveTheirOffsets) {
   Bytes data;
   for (uint32_t i = 0; i < 36; ++i) append_le(data, i, 4);
   Json shown = Json::parse(fields("get-evdo", cdma_frame(0x02000012, 0, data)));
@@ -160,7 +160,7 @@ TEST(Replies, EvdoFieldsLieWhereTheDaemonPutsThem) {
   EXPECT_EQ(shown["an_auth_status"], 35);
 }
 
-TEST(Replies, GenericStatusBytes) {
+TEST(Replies, TheFirstByteOfSomeGenericRepliesIsTheStatus) {
   for (const char* name : {"sysinfo-filter", "coverage", "coverage-mode"}) {
     uint32_t id = find_request(name)->id;
     EXPECT_EQ(fields(name, generic_frame(id, {0})), R"({"result":0})");
@@ -181,7 +181,7 @@ TEST(Replies, TheRadioStateFollowsItsStatus) {
   EXPECT_TRUE(failed.problems.empty());
 }
 
-TEST(Replies, GenericDataAndItsFailure) {
+TEST(Replies, GenericRepliesHaveDataOrASingleFailureByte) {
   EXPECT_EQ(fields("silent-reboot", generic_frame(0x50019, {})), R"({"data":""})");
   EXPECT_EQ(fields("tune", generic_frame(0x5002A, {5, 6})), R"({"data":"0506"})");
   EXPECT_EQ(fields("operator-name", generic_frame(0xA0006, {'A', 0xC3, 0xA9})),
@@ -203,7 +203,7 @@ TEST(Replies, AGenericErrorReplyMeansNotSupported) {
   EXPECT_EQ(plmn.status, 6u);
 }
 
-TEST(Replies, TheDataPlmnRecordIsAFailureWhenAllZero) {
+TEST(Replies, ADataPlmnRecordOfZerosIsAFailure) {
   Bytes record(568);
   EXPECT_EQ(decoded("data-plmn", record).status, 5u);
   record[567] = 1;
@@ -228,13 +228,13 @@ TEST(Replies, StatusesHaveNames) {
   EXPECT_EQ(status_name(4), "unknown");
 }
 
-TEST(Replies, DataOfTheWrongSizeIsToldFieldByField) {
+TEST(Replies, DataOfTheWrongSizeIsAProblemOfEachMissingField) {
   DecodedFrame reply = decoded("get-bc10", cdma_frame(0x020000B0, 0, {1, 2, 3}));
   EXPECT_EQ(reply.problems, (std::vector<std::string>{"3 bytes of data, 4 expected",
                                                       "band is missing: the data ends before"}));
 }
 
-TEST(Replies, ALengthThatDoesNotFitTheFrameIsTold) {
+TEST(Replies, ALengthThatDoesNotMatchTheFrameIsAProblem) {
   Bytes frame = cdma_frame(0x020000B0, 0, from_hex("01000000"));
   frame[4] = 200;
   DecodedFrame reply = decoded("get-bc10", frame);
@@ -242,7 +242,7 @@ TEST(Replies, ALengthThatDoesNotFitTheFrameIsTold) {
             "the length field says 200, the frame has 24 bytes instead of 220");
 }
 
-TEST(Replies, AFailureWithoutDataIsNoBrokenFrame) {
+TEST(Replies, AFailureWithoutDataIsNotAProblem) {
   for (const Request& request : catalogue()) {
     if (request.reply.form != ReplyForm::cdma) continue;
     uint32_t id = request.reply.id != 0 ? request.reply.id : request.id;
@@ -252,8 +252,8 @@ TEST(Replies, AFailureWithoutDataIsNoBrokenFrame) {
   }
 }
 
-// Nothing outside the frame is read, which the sanitizers watch, and nothing is made up.
-TEST(Replies, CutFramesAreDecodedAsFarAsTheyGo) {
+// The sanitizers check that nothing outside the frame is read.
+TEST(Replies, TruncatedFramesAreDecodedUpToTheirEnd) {
   constexpr size_t kCutAtEveryByte = 200;  // the longest header and record
   constexpr size_t kStep = 7;
   for (const Request& request : catalogue()) {

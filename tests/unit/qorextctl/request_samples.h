@@ -1,9 +1,12 @@
 // SPDX-License-Identifier: Apache-2.0
-// Lines of a session and the bytes of their requests, written out by hand: one or more of every row
-// of the catalogue.
+// Lines of a session and the literal bytes of their requests, at least one for each row of the
+// catalogue.
 #pragma once
 
-#include <cstddef>
+#include <gtest/gtest.h>
+
+#include "tools/qorextctl/frames/arguments.h"
+#include "tools/qorextctl/session/session.h"
 
 namespace qorextctl {
 
@@ -92,7 +95,7 @@ constexpr RequestSample kRequestSamples[] = {
     {"cdma id=0x020000B5 status=7 code=123456 data=01", "B5000002 01000000 07000000 313233343536 01"},
 };
 
-// Those with a long tail of zero bytes.
+// Requests that end in many zero bytes.
 struct PaddedSample {
   const char* line;
   const char* hex;
@@ -106,5 +109,19 @@ constexpr PaddedSample kPaddedSamples[] = {
     {"utils type=9 length=0 data=01", "1E000002 08010000 00000000 000000000000 09000000 00000000 01", 264},
 };
 // clang-format on
+
+inline std::vector<std::string> sample_lines() {
+  std::vector<std::string> lines;
+  for (const RequestSample& sample : kRequestSamples) lines.emplace_back(sample.line);
+  for (const PaddedSample& sample : kPaddedSamples) lines.emplace_back(sample.line);
+  return lines;
+}
+
+// The bytes of a line's request; none, and a failed check, for a wrong line.
+inline Bytes built(const std::string& line) {
+  auto command = parse_command(*split_line(line), false);
+  EXPECT_TRUE(command) << line;
+  return command ? command->bytes : Bytes{};
+}
 
 }  // namespace qorextctl

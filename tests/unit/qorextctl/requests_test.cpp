@@ -1,12 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
-// The bytes of every request, written out by hand.
+// The bytes of all requests, compared with literal ones.
 #include <gtest/gtest.h>
 
 #include <set>
 
 #include "tests/unit/qorextctl/request_samples.h"
-#include "tools/qorextctl/frames/arguments.h"
-#include "tools/qorextctl/session/session.h"
 
 namespace qorextctl {
 namespace requests_test {
@@ -17,27 +15,26 @@ std::string padded(const std::string& hex, size_t payload_size, size_t header_si
   return text;
 }
 
-std::string built(const std::string& line) {
+std::string hex_or_error(const std::string& line) {
   auto command = parse_command(*split_line(line), false);
   return command ? to_hex(command->bytes) : command.error().message;
 }
 
-TEST(Requests, TheBytesAreThoseThatTheDaemonExpects) {
+TEST(Requests, HaveTheBytesThatTheDaemonExpects) {
   for (const RequestSample& test : kRequestSamples) {
-    EXPECT_EQ(built(test.line), to_hex(*parse_hex(test.hex))) << test.line;
+    EXPECT_EQ(hex_or_error(test.line), to_hex(*parse_hex(test.hex))) << test.line;
   }
 }
 
-TEST(Requests, PayloadsOfFixedSizeAreFilledUpWithZeroBytes) {
+TEST(Requests, PayloadsOfFixedSizeArePaddedWithZeros) {
   for (const PaddedSample& test : kPaddedSamples) {
-    EXPECT_EQ(built(test.line), padded(test.hex, test.payload_size, 18)) << test.line;
+    EXPECT_EQ(hex_or_error(test.line), padded(test.hex, test.payload_size, 18)) << test.line;
   }
 }
 
-TEST(Requests, EveryRowOfTheCatalogueIsBuiltAbove) {
+TEST(Requests, EachRowOfTheCatalogueHasASample) {
   std::set<std::string> names;
-  for (const RequestSample& test : kRequestSamples) names.insert(split_line(test.line)->front());
-  for (const PaddedSample& test : kPaddedSamples) names.insert(split_line(test.line)->front());
+  for (const std::string& line : sample_lines()) names.insert(split_line(line)->front());
   for (const Request& request : catalogue()) EXPECT_TRUE(names.count(request.name)) << request.name;
   EXPECT_EQ(names.size(), catalogue().size());
 }
@@ -59,11 +56,11 @@ TEST(Requests, NamesAreUniqueAndDefaultsNameExistingArguments) {
   }
 }
 
-TEST(Requests, TheLongestRequestIsBuiltAndOneByteMoreIsRefused) {
+TEST(Requests, TheLongestRequestIsBuiltAndALongerOneIsRefused) {
   std::string data(2U * (17408 - 18), '0');
-  EXPECT_EQ(built("cdma id=0x02000011 data=" + data).size(), 2u * 17408);
+  EXPECT_EQ(hex_or_error("cdma id=0x02000011 data=" + data).size(), 2u * 17408);
   EXPECT_EQ(
-      built("cdma id=0x02000011 data=00" + data),
+      hex_or_error("cdma id=0x02000011 data=00" + data),
       "cdma: the request has 17409 bytes, the daemon takes at most 17408 (see: qorextctl list "
       "cdma)");
 }

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// Every unsolicited frame with hand-made bytes, also with frames that lie.
+// The unsolicited frames, with literal bytes and with corrupt ones.
 #include <gtest/gtest.h>
 
 #include "tests/unit/qorextctl/frame_samples.h"
@@ -82,12 +82,12 @@ TEST(Unsolicited, UnknownIdsShowTheirData) {
   EXPECT_EQ(to_json(message.fields).dump(), R"({"data":"0102"})");
 }
 
-TEST(Unsolicited, AnIdCountsOnlyInItsOwnFormat) {
+TEST(Unsolicited, AnIdIsKnownOnlyInItsOwnFormat) {
   EXPECT_EQ(decode_unsolicited(generic_unsolicited(0x020001B0, Bytes(4))).name, "");
   EXPECT_EQ(decode_unsolicited(cdma_unsolicited(0x04000C00, Bytes(4))).name, "");
 }
 
-TEST(Unsolicited, UnknownFormatsAndWrongHeaderSizesAreTold) {
+TEST(Unsolicited, UnknownFormatsAndWrongHeaderSizesAreProblems) {
   Bytes frame = generic_unsolicited(0x04000C00, {});
   frame[0] = 2;
   EXPECT_EQ(decode_unsolicited(frame).problems,
@@ -97,14 +97,14 @@ TEST(Unsolicited, UnknownFormatsAndWrongHeaderSizesAreTold) {
             std::vector<std::string>{"the header size is not 20"});
 }
 
-TEST(Unsolicited, ALengthThatDoesNotFitTheFrameIsTold) {
+TEST(Unsolicited, ALengthThatDoesNotMatchTheFrameIsAProblem) {
   Bytes frame = cdma_unsolicited(0x020001B0, Bytes(4));
   frame[12] = 0xF0;
   EXPECT_EQ(decode_unsolicited(frame).problems.front(),
             "the length field says 240, the frame has 32 bytes instead of 268");
 }
 
-TEST(Unsolicited, FramesCutAtEveryByteAreDecodedAsFarAsTheyGo) {
+TEST(Unsolicited, FramesTruncatedAtAnyByteAreDecodedUpToTheirEnd) {
   for (const Case& test : cases()) {
     for (size_t size = 0; size < test.frame.size(); ++size) {
       Bytes cut(test.frame.begin(), test.frame.begin() + static_cast<ptrdiff_t>(size));
