@@ -80,8 +80,8 @@ def unsolicited(name, data):
     return ENCODER.encode(f"unsolicited {name} {data.hex()}")
 
 
-def structure(kind, name, **fields):
-    return ENCODER.encode(f"{kind} {name} {json.dumps(fields)}")
+def structure(kind, message, fields):
+    return ENCODER.encode(f"{kind} {message} {json.dumps(fields)}")
 
 
 def le32(value):
@@ -174,7 +174,7 @@ NO_REQUESTS = {"unclassified": b"\xFF" * 12, "short": b"\1\0\2"}
 def request_seed(frame, answers):
     seed = Seed().number(len(frame), REQUEST_SIZE).bytes(frame)
     for name, fields in answers:
-        content = structure("response", name, **fields)
+        content = structure("response", name, fields)
         seed.flag(False).number(len(content), len(content)).bytes(content)
     return seed
 
@@ -217,7 +217,7 @@ INDICATIONS = {
 
 def indication_seeds():
     for name, (message, fields) in INDICATIONS.items():
-        content = structure("indication", "qorext " + message, **fields)
+        content = structure("indication", "qorext " + message, fields)
         seed = Seed().flag(False).number(INDICATION_IDS.index(message), len(INDICATION_IDS) - 1)
         seed.number(4, 2048).number(0, 127, -128).bytes(b"\1\1\0\0")
         if content:
