@@ -81,7 +81,7 @@ TEST_F(ControlLines, WrongValuesAreReportedByTheirPath) {
       {{{"operators", {{{"long_name", std::string(65, 'a')}}}}},
        "operators[0].long_name: has more than 64 characters"},
       {{{"ehrpd_apns", {{{"second_value", "1.2.3"}}}}},
-       "ehrpd_apns[0].second_value: expected a number"},
+       "ehrpd_apns[0].second_value: expected a number (0 to 4294967295)"},
       {{{"ehrpd_apns", {{{"data", "0g"}}}}},
        "ehrpd_apns[0].data: expected hexadecimal digits, two per byte"},
       {{{"ehrpd_apns", json::array({1, 2, 3, 4, 5, 6, 7, 8, 9})}},

@@ -169,7 +169,7 @@ TEST_F(CommandLine, AWrongRequestStartsNothing) {
   set_mode("answer");
   EXPECT_EQ(run_words({"request", "set-ddtm"}), 2);
   EXPECT_EQ(err_.str(),
-            "qorextctl: set-ddtm: ddtm (1 enables, 0 disables) is missing (see: qorextctl list "
+            "qorextctl: set-ddtm: ddtm (preference value) is missing (see: qorextctl list "
             "set-ddtm)\n");
   EXPECT_EQ(run_words({"raw", "0g"}), 2);
 }

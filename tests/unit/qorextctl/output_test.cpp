@@ -272,7 +272,7 @@ TEST_F(Output, TheListAsJsonHasOneObjectPerRequest) {
       R"({"type":"request","name":"factory-reset","family":"cdma","id":"0x020000B6",)"
       R"("description":"reset the modem's settings","arguments":[{"name":"flag",)"
       R"("required":false,"accepts":"0 to 255","otherwise":"left out",)"
-      R"("help":"kind of reset; without it 255"}],"json_record":false,"reply_fields":[],"replies":1})"
+      R"("help":"reset flag; the daemon passes 255 when it is left out"}],"json_record":false,"reply_fields":[],"replies":1})"
       "\n"
       R"({"type":"request","name":"set-profile","family":"cdma","id":"0x020000B5",)"
       R"("description":"switch the active profile","arguments":[{"name":"profile",)"
