@@ -1,12 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
-// The QMI codec with every message of every service: bytes that decode are encoded and decoded
-// again without a change, and nothing is written behind the room given.
-#include <fuzzer/FuzzedDataProvider.h>
-
+// The QMI codec with every message of every service: encoding a decoded message and decoding it
+// again changes nothing, and nothing is written outside the buffer.
 #include <algorithm>
 
 #include "device_management_service_v01.h"
-#include "fuzz/require.h"
+#include "fuzz/support.h"
 #include "network_access_service_v01.h"
 #include "platform/linux/qmi_idl/codec.h"
 #include "platform/linux/qmi_json/json_fields.h"
@@ -14,7 +12,7 @@
 
 namespace {
 
-using Bytes = std::vector<uint8_t>;
+using fuzz::Bytes;
 using qmi_idl::Message;
 
 constexpr size_t kMaxWire = 65535;
@@ -29,7 +27,7 @@ std::vector<const Message*> messages() {
   return all;
 }
 
-const Message& drawn_message(FuzzedDataProvider& input) {
+const Message& consume_message(FuzzedDataProvider& input) {
   static const std::vector<const Message*> all = messages();
   return *all[input.ConsumeIntegralInRange<size_t>(0, all.size() - 1)];
 }
@@ -48,18 +46,19 @@ Bytes decoded(const Message& message, const Bytes& wire) {
   return structure;
 }
 
-// Any smaller room is refused, and what lies behind it is left alone (the room is a heap block).
-void check_room(const Message& message, const Bytes& structure, const Bytes& wire, size_t room) {
-  if (room >= wire.size()) return;
-  Bytes small(room);
+// Every smaller buffer is refused. It is a heap block, so that a write past its end is detected.
+void check_small_buffer(const Message& message, const Bytes& structure, const Bytes& wire,
+                        size_t buffer_size) {
+  if (buffer_size >= wire.size()) return;
+  Bytes small(buffer_size);
   FUZZ_REQUIRE(qmi_idl::encode(message, structure, small) == -1);
 }
 
-// A text ends at its first NUL in the structure, so the first encoding may say less than the bytes
-// that were received; from then on nothing changes.
-void check_round_trip(const Message& message, const Bytes& structure, size_t room) {
+// In the structure a text ends at its first NUL, so the first encoding can be shorter than the
+// bytes received. Later encodings do not differ.
+void check_round_trip(const Message& message, const Bytes& structure, size_t buffer_size) {
   Bytes wire = encoded(message, structure);
-  check_room(message, structure, wire, room);
+  check_small_buffer(message, structure, wire, buffer_size);
   Bytes again = decoded(message, wire);
   FUZZ_REQUIRE(encoded(message, again) == wire);
   FUZZ_REQUIRE(decoded(message, encoded(message, again)) == again);
@@ -69,19 +68,19 @@ void check_round_trip(const Message& message, const Bytes& structure, size_t roo
   FUZZ_REQUIRE(encoded(message, from_json) == wire);
 }
 
-void check_decoding(const Message& message, const Bytes& wire, size_t room) {
+void check_decoding(const Message& message, const Bytes& wire, size_t buffer_size) {
   Bytes structure(message.size);
-  if (qmi_idl::decode(message, wire, structure)) check_round_trip(message, structure, room);
+  if (qmi_idl::decode(message, wire, structure)) check_round_trip(message, structure, buffer_size);
 }
 
-// A structure of any bytes is refused or encoded; what was encoded decodes.
-void check_encoding(const Message& message, Bytes structure, size_t room) {
+// Any structure is refused or encoded, and an encoded one can be decoded.
+void check_encoding(const Message& message, Bytes structure, size_t buffer_size) {
   structure.resize(message.size);
   Bytes wire(kMaxWire);
   ssize_t size = qmi_idl::encode(message, structure, wire);
   if (size < 0) return;
   wire.resize(static_cast<size_t>(size));
-  check_round_trip(message, decoded(message, wire), room);
+  check_round_trip(message, decoded(message, wire), buffer_size);
 }
 
 void check_header(const Bytes& packet) {
@@ -97,15 +96,15 @@ void check_header(const Bytes& packet) {
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   FuzzedDataProvider input(data, size);
-  const Message& message = drawn_message(input);
-  auto room = input.ConsumeIntegral<uint16_t>();
+  const Message& message = consume_message(input);
+  auto buffer_size = input.ConsumeIntegral<uint16_t>();
   bool is_structure = input.ConsumeBool();
   Bytes bytes = input.ConsumeRemainingBytes<uint8_t>();
   check_header(bytes);
   if (is_structure) {
-    check_encoding(message, bytes, room);
+    check_encoding(message, bytes, buffer_size);
   } else {
-    check_decoding(message, bytes, room);
+    check_decoding(message, bytes, buffer_size);
   }
   return 0;
 }

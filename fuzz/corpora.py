@@ -1,9 +1,9 @@
 #!/usr/bin/env python3
 # SPDX-License-Identifier: Apache-2.0
-"""Keeps what fuzzing has found worth keeping: one archive a target.
+"""Stores the inputs that fuzzing has found: one archive for each target.
 
 corpora.py unpack FOLDER    writes each archive's inputs to FOLDER/TARGET
-corpora.py pack FOLDER      makes the archives anew of FOLDER/TARGET
+corpora.py pack FOLDER      creates the archives again from FOLDER/TARGET
 """
 
 import sys
@@ -22,7 +22,7 @@ def unpack(folder):
 
 
 def pack(folder):
-    """The same inputs make the same archive, byte by byte."""
+    """The same inputs produce the same archive, byte for byte."""
     ARCHIVES.mkdir(exist_ok=True)
     for target in folder.iterdir():
         with zipfile.ZipFile(ARCHIVES / (target.name + SUFFIX), "w") as archive:

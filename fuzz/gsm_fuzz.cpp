@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
-// GSM 7-bit text to UTF-8: inside its buffer, well-formed, and the inverse of the simulated modem's
+// GSM 7-bit text to UTF-8: stays inside its buffer and is the inverse of the simulated modem's
 // encoder.
 #include <algorithm>
 #include <memory>
 
 #include "fuzz/phone.h"
-#include "fuzz/require.h"
+#include "fuzz/support.h"
 #include "modem/state/gsm_alphabet.h"
 #include "src/features/gsm_alphabet.h"
 
@@ -16,7 +16,7 @@ constexpr uint8_t kEscape = 0x1B;
 constexpr uint8_t kBlank = 0x20;
 constexpr uint8_t kCodes = 0x80;
 
-// What of the text can be told from the UTF-8 again.
+// The part of the text that the UTF-8 still contains.
 fuzz::Bytes kept(const fuzz::Bytes& gsm) {
   fuzz::Bytes codes;
   for (uint8_t code : gsm) {

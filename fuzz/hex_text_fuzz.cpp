@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
-// Hexadecimal text: the product's writer and reader, and the readers of simulated modem and tool.
+// Hexadecimal text: the conversions of the product, the simulated modem and the tool.
 #include <algorithm>
 #include <memory>
 
 #include "fuzz/phone.h"
-#include "fuzz/require.h"
+#include "fuzz/support.h"
 #include "platform/linux/qmi_json/hex.h"
 #include "src/carrier/engineering_text.h"
 #include "src/host/base/bytes.h"
@@ -17,20 +17,20 @@ using fuzz::Bytes;
 constexpr size_t kMaxRecord = 512;
 constexpr size_t kMaxText = 1024;
 
-// Memory that ends with the last byte asked for.
-struct Exactly {
-  explicit Exactly(size_t size) : bytes(new uint8_t[size]), size(size) {}
+// Memory that ends with its last byte, so that an overflow is detected.
+struct ExactBuffer {
+  explicit ExactBuffer(size_t size) : bytes(new uint8_t[size]), size(size) {}
   std::unique_ptr<uint8_t[]> bytes;
   size_t size;
 };
 
-void check_there_and_back(const Bytes& bytes) {
-  Exactly text(2 * bytes.size() + 1);
+void check_round_trip(const Bytes& bytes) {
+  ExactBuffer text(2 * bytes.size() + 1);
   toHexString(bytes.size(), bytes.data(), reinterpret_cast<char*>(text.bytes.get()));
   std::string digits(reinterpret_cast<char*>(text.bytes.get()));
   FUZZ_REQUIRE(digits.size() == 2 * bytes.size());
 
-  Exactly record(bytes.size());
+  ExactBuffer record(bytes.size());
   hexstr_to_bin(text.bytes.get(), digits.size(), record.bytes.get(), record.size);
   FUZZ_REQUIRE(std::equal(bytes.begin(), bytes.end(), record.bytes.get()));
   FUZZ_REQUIRE(qmi_json::from_hex(digits) == bytes);
@@ -39,10 +39,10 @@ void check_there_and_back(const Bytes& bytes) {
   FUZZ_REQUIRE(qmi_json::from_hex(qmi_json::to_hex(bytes)) == bytes);
 }
 
-// Whatever the text is, it fills no more of the record than it has pairs of characters.
+// A text changes only as many bytes of the record as it has pairs of characters.
 void check_any_text(const Bytes& text, size_t record_size) {
   constexpr uint8_t kUntouched = 0xA5;
-  Exactly record(record_size);
+  ExactBuffer record(record_size);
   std::fill_n(record.bytes.get(), record_size, kUntouched);
   hexstr_to_bin(text.data(), text.size(), record.bytes.get(), record_size);
   for (size_t i = (text.size() + 1) / 2; i < record_size; ++i) {
@@ -61,9 +61,9 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   FuzzedDataProvider input(data, size);
   fuzz::Phone phone(input);
   auto record_size = input.ConsumeIntegralInRange<size_t>(0, kMaxRecord);
-  Bytes text = input.ConsumeBytes<uint8_t>(input.ConsumeIntegralInRange<size_t>(0, kMaxText));
+  Bytes text = fuzz::consume_bytes(input, kMaxText);
   check_any_text(text, record_size);
   hexDump(text.data(), text.size());
-  check_there_and_back(input.ConsumeRemainingBytes<uint8_t>());
+  check_round_trip(input.ConsumeRemainingBytes<uint8_t>());
   return 0;
 }

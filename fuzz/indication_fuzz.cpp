@@ -1,9 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
-// The whole way of the modem's indications: callback, intake, handlers, unsolicited frames, KPI
-// packets to the store, the hand-off block to its partition.
+// The modem's indications from the callback to their effects: unsolicited frames, KPI logs, the
+// hand-off block in its partition.
 #include "fuzz/phone.h"
-#include "fuzz/require.h"
-#include "fuzz/scratch.h"
+#include "fuzz/support.h"
 #include "qorext_vendor_service_v01.h"
 #include "src/capture/capture.h"
 #include "src/host/base/framing.h"
@@ -18,22 +17,18 @@ constexpr uintmax_t kHobRamSize = 0xF540000 + 0x8000;
 
 constexpr unsigned int kIndications[] = {0x1, 0xA, 0xF, 0x12, 0x13, 0x16, 0x10B, 0x10C};
 
-const std::filesystem::path& phone_root() {
-  static const fuzz::Scratch scratch;
-  return scratch.root();
-}
-
 void make_file(const char* path, uintmax_t size) {
-  std::filesystem::create_directories((phone_root() / path).parent_path());
-  fclose(fopen((phone_root() / path).c_str(), "w"));
-  std::filesystem::resize_file(phone_root() / path, size);
+  std::filesystem::create_directories((fuzz::scratch_root() / path).parent_path());
+  fclose(fopen((fuzz::scratch_root() / path).c_str(), "w"));
+  std::filesystem::resize_file(fuzz::scratch_root() / path, size);
 }
 
-// The store as a new process finds it. A packet that says nothing ends the package before it.
+// Resets the store to that of a new process. The empty packet ends an open package.
 void empty_store() {
   const uint8_t packet[kUtilityDataSize] = {};
   vornIndHndlr(packet);
-  for (const auto& entry : std::filesystem::directory_iterator(phone_root() / "data/vorn")) {
+  for (const auto& entry :
+       std::filesystem::directory_iterator(fuzz::scratch_root() / "data/vorn")) {
     std::filesystem::remove(entry);
   }
 }
@@ -58,8 +53,7 @@ void check_properties(const fuzz::Phone& phone) {
 void indicate(fuzz::Phone& phone) {
   unsigned int id = phone.input.ConsumeBool() ? phone.input.ConsumeIntegral<uint32_t>()
                                               : phone.input.PickValueInArray(kIndications);
-  auto size = phone.input.ConsumeIntegralInRange<size_t>(0, kMaxEncoded);
-  auto encoded = phone.input.ConsumeBytes<uint8_t>(size);
+  auto encoded = fuzz::consume_bytes(phone.input, kMaxEncoded);
   phone.now += phone.input.ConsumeIntegral<int8_t>();
   fuzz::indication_callback()(vendor_client(), id, encoded.data(),
                               static_cast<unsigned int>(encoded.size()), nullptr);
@@ -73,10 +67,10 @@ void indicate(fuzz::Phone& phone) {
 }  // namespace
 
 extern "C" int LLVMFuzzerInitialize(int*, char***) {
-  std::filesystem::create_directories(phone_root() / "data/vorn");
+  std::filesystem::create_directories(fuzz::scratch_root() / "data/vorn");
   make_file("dev/qor_hob_ram", kHobRamSize);
   make_file("dev/block/bootdevice/by-name/dhob", 0);
-  setenv("QOREXT_PHONE_ROOT", phone_root().c_str(), 1);
+  setenv("QOREXT_PHONE_ROOT", fuzz::scratch_root().c_str(), 1);
   setenv("TZ", "UTC0", 1);
   fuzz::bring_up();
   return 0;

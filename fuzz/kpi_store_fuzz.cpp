@@ -1,11 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
-// Packets of the modem's KPI logs against the store, in a folder whose files and clock change under
-// it.
+// Packets of the modem's KPI logs in a store whose files and clock change.
 #include "src/capture/kpi_store.h"
 
 #include "fuzz/phone.h"
-#include "fuzz/require.h"
-#include "fuzz/scratch.h"
+#include "fuzz/support.h"
 #include "src/capture/kpi_logs.h"
 
 namespace {
@@ -17,12 +15,7 @@ constexpr uint8_t kMaxPackages = 3;
 constexpr uintmax_t kNearlyFull = 0x1E00000 - 64;  // a log that the next packets rotate
 constexpr int32_t kMaxSeconds = 200000;
 
-const fs::path& phone_root() {
-  static const fuzz::Scratch scratch;
-  return scratch.root();
-}
-
-fs::path at(const std::string& phone_path) { return phone_root() / phone_path.substr(1); }
+fs::path at(const std::string& phone_path) { return fuzz::scratch_root() / phone_path.substr(1); }
 const fs::path& store_folder() {
   static const fs::path folder = at(kVornDirectory);
   return folder;
@@ -30,7 +23,7 @@ const fs::path& store_folder() {
 fs::path current_link() { return store_folder() / ".0001"; }
 fs::path previous_link() { return store_folder() / ".0002"; }
 
-// The file that an index link names; empty when there is none.
+// The file that an index link names; empty if there is none.
 fs::path log_of(const fs::path& link) {
   std::error_code error;
   fs::path target = fs::read_symlink(link, error);
@@ -43,15 +36,15 @@ bool is_known_name(const std::string& name) {
 }
 
 void check_folder() {
-  for (const auto& entry : fs::recursive_directory_iterator(phone_root())) {
+  for (const auto& entry : fs::recursive_directory_iterator(fuzz::scratch_root())) {
     if (entry.is_directory()) continue;
     FUZZ_REQUIRE(entry.path().parent_path() == store_folder());
     FUZZ_REQUIRE(is_known_name(entry.path().filename()));
   }
 }
 
-// The index links after a merge. The previous log is not looked after between rotations: somebody
-// who deletes it leaves its link behind.
+// Checks the index links after a merge. The store checks the previous log only at a rotation, so
+// its link can name a deleted file.
 void check_merge(bool is_complete) {
   FUZZ_REQUIRE(fs::is_regular_file(log_of(current_link())));
   fs::path previous = log_of(previous_link());
@@ -65,15 +58,15 @@ class Store {
 
  private:
   void store_packet();
-  void remove_something();
+  void remove_file();
 
   FuzzedDataProvider& input_;
   KpiStore store_;
   KpiReceiver receiver_;
-  bool is_complete_ = true;  // nobody has deleted anything
+  bool is_complete_ = true;  // no file has been deleted
 };
 
-// A packet as intake hands it on, in a buffer that ends with it.
+// The packet is in a buffer of its size, so that an overflow is detected.
 void Store::store_packet() {
   auto package = input_.ConsumeIntegralInRange<uint8_t>(0, kMaxPackages);
   auto sequence = input_.ConsumeIntegralInRange<uint8_t>(0, 4);
@@ -84,8 +77,7 @@ void Store::store_packet() {
 
   bool is_merged = false;
   fuzz::phone().on_log = [&is_merged](const std::string& line) {
-    bool tells_merge = line.starts_with("vorn_update_current_log: update ");
-    is_merged = is_merged || tells_merge;
+    is_merged = is_merged || line.starts_with("vorn_update_current_log: update ");
   };
   KpiAction action = check_kpi_packet(receiver_, packet);
   if (action == kKpiForward) receiver_.reset();
@@ -95,7 +87,7 @@ void Store::store_packet() {
   if (is_merged) check_merge(is_complete_);
 }
 
-void Store::remove_something() {
+void Store::remove_file() {
   is_complete_ = false;
   switch (input_.ConsumeIntegralInRange(0, 4)) {
     case 0:
@@ -126,7 +118,7 @@ void Store::step() {
       fuzz::phone().now += input_.ConsumeIntegralInRange(-kMaxSeconds, kMaxSeconds);
       break;
     case 4:
-      remove_something();
+      remove_file();
       break;
     case 5:
       fill_current_log();
@@ -144,7 +136,7 @@ void clear_store() {
 }  // namespace
 
 extern "C" int LLVMFuzzerInitialize(int*, char***) {
-  setenv("QOREXT_PHONE_ROOT", phone_root().c_str(), 1);
+  setenv("QOREXT_PHONE_ROOT", fuzz::scratch_root().c_str(), 1);
   setenv("TZ", "UTC0", 1);
   return 0;
 }

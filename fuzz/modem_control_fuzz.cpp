@@ -1,9 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 // The simulated modem's two inputs: lines of its control socket and packets of its clients.
-#include <fuzzer/FuzzedDataProvider.h>
-
-#include "fuzz/require.h"
-#include "fuzz/stretched.h"
+#include "fuzz/support.h"
 #include "modem/control/control.h"
 #include "modem/messages/services.h"
 #include "modem/state/archive.h"
@@ -15,7 +12,7 @@ namespace {
 using nlohmann::json;
 
 constexpr size_t kMaxSteps = 20;
-constexpr int kStateChecks = 63;  // one input of so many: it is slow
+constexpr int kStateChecks = 63;  // checked for one input in this number, because it is slow
 constexpr size_t kMaxLine = 200'000;
 constexpr size_t kMaxStretched = 500'000;
 constexpr size_t kMaxPacket = 1024;
@@ -23,7 +20,7 @@ constexpr size_t kMaxActions = 50;
 constexpr uint64_t kPeer = 1;
 constexpr auto kMuchLater = std::chrono::hours(24 * 365);
 
-json ask(modem::Control& control, const std::string& line) {
+json send(modem::Control& control, const std::string& line) {
   std::string answer = control.answer(line);
   FUZZ_REQUIRE(answer.find('\n') == std::string::npos);
   json parsed = json::parse(answer);
@@ -36,26 +33,26 @@ json state_of(modem::Simulator& simulator) {
   return modem::Archive::to_json(simulator.device.state);
 }
 
-// A refused command changes nothing. Only "set" goes so far that it could, and asking is slow.
+// A refused command changes nothing. Only "set" could, and reading the state is slow.
 void check_line(modem::Control& control, modem::Simulator& simulator, const std::string& line) {
   bool may_change = line.find("set") != std::string::npos;
   json before = may_change ? state_of(simulator) : json();
-  json answer = ask(control, line);
+  json answer = send(control, line);
   if (may_change && !answer["ok"]) FUZZ_REQUIRE(state_of(simulator) == before);
 }
 
-// What the state says of itself is a state that can be set.
+// The state that is reported can be set.
 void check_state(modem::Control& control, modem::Simulator& simulator) {
   json state = state_of(simulator);
   json set = {{"command", "set"}, {"state", state}};
-  FUZZ_REQUIRE(ask(control, set.dump())["ok"]);
+  FUZZ_REQUIRE(send(control, set.dump())["ok"]);
   FUZZ_REQUIRE(state_of(simulator) == state);
 }
 
 void send_packet(FuzzedDataProvider& input, modem::Simulator& simulator) {
   auto services = modem::services();
   auto index = input.ConsumeIntegralInRange<size_t>(0, services.size() - 1);
-  auto tlvs = input.ConsumeBytes<uint8_t>(input.ConsumeIntegralInRange<size_t>(0, kMaxPacket));
+  auto tlvs = fuzz::consume_bytes(input, kMaxPacket);
   auto id = input.ConsumeIntegralInRange<uint16_t>(0, 0x120);
   modem::Bytes packet = modem::make_packet(qmi_idl::WireType::request, 1, id, tlvs);
   if (input.ConsumeBool()) packet = tlvs;
@@ -82,7 +79,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
         send_packet(input, simulator);
         break;
       case 4:
-        check_line(control, simulator, consume_stretched(input, kMaxStretched));
+        check_line(control, simulator, fuzz::consume_stretched(input, kMaxStretched));
         break;
       default:
         check_line(control, simulator, input.ConsumeRandomLengthString(kMaxLine));

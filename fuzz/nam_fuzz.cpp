@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
-// The number assignment module there and back: a record that the parent sets is the one it gets,
-// and the digits in the items are those that the other implementation of the encoding makes.
+// The number assignment module: reading returns the record that was written, and the items contain
+// the digits that the other encoder produces.
 #include "src/carrier/nam.h"
 
 #include "fuzz/phone.h"
-#include "fuzz/require.h"
+#include "fuzz/support.h"
 #include "protocol/cdma_digits.h"
 #include "src/carrier/carrier_handler.h"
 #include "src/carrier/digits.h"
@@ -18,8 +18,8 @@ constexpr size_t kImsiDigits = 15;
 
 using Items = std::map<uint32_t, fuzz::Bytes>;
 
-// A modem that keeps items; everything else it answers with success.
-int keep_items(Items& items, const fuzz::Exchange& exchange) {
+// A modem that stores NV items and answers all other requests with success.
+int serve_items(Items& items, const fuzz::Exchange& exchange) {
   if (exchange.id != kElementWrite && exchange.id != kElementRead) return 0;
   ElementRequest request;
   memcpy(&request, exchange.request.data(), sizeof request);
@@ -38,7 +38,7 @@ int keep_items(Items& items, const fuzz::Exchange& exchange) {
   return 0;
 }
 
-std::string draw_digits(FuzzedDataProvider& input, size_t count) {
+std::string consume_digits(FuzzedDataProvider& input, size_t count) {
   std::string digits;
   while (digits.size() < count) digits += input.ConsumeIntegralInRange('0', '9');
   return digits;
@@ -49,21 +49,21 @@ void put(char (&to)[size], const std::string& digits) {
   memcpy(to, digits.data(), digits.size());
 }
 
-NamRecord draw_valid_record(FuzzedDataProvider& input) {
+NamRecord consume_valid_record(FuzzedDataProvider& input) {
   NamRecord record = {};
-  put(record.mdn, draw_digits(input, kMdnDigits));
-  put(record.min, draw_digits(input, kMinDigits));
+  put(record.mdn, consume_digits(input, kMdnDigits));
+  put(record.min, consume_digits(input, kMinDigits));
   record.hSid = input.ConsumeIntegral<uint16_t>();
   record.hNid = input.ConsumeIntegral<uint16_t>();
   record.scm = input.ConsumeIntegral<uint8_t>();
-  put(record.imsi_11_12, draw_digits(input, kClassDigits));
-  put(record.mcc, draw_digits(input, kMccDigits));
+  put(record.imsi_11_12, consume_digits(input, kClassDigits));
+  put(record.mcc, consume_digits(input, kMccDigits));
   record.pCdmaA = input.ConsumeIntegral<uint16_t>();
   record.pCdmaB = input.ConsumeIntegral<uint16_t>();
   record.sCdmaA = input.ConsumeIntegral<uint16_t>();
   record.sCdmaB = input.ConsumeIntegral<uint16_t>();
   record.vocoder = input.ConsumeIntegralInRange(0U, kMaxVocoder);
-  put(record.imsiT, draw_digits(input, kImsiDigits));
+  put(record.imsiT, consume_digits(input, kImsiDigits));
   put(record.mccT, std::string(record.imsiT, kMccDigits));
   record.access_overload = input.ConsumeIntegral<uint8_t>();
   return record;
@@ -79,7 +79,7 @@ void check_digits(const std::string& imsi) {
   FUZZ_REQUIRE(memcmp(decoded, digits, sizeof decoded) == 0);
 }
 
-// A request of exactly the record: whatever is read behind it is seen.
+// The request ends with the record, so that a read past its end is detected.
 uint32_t set_record(const NamRecord& record) {
   fuzz::Bytes request(kCdmaPayload + sizeof record);
   memcpy(&request[kCdmaPayload], &record, sizeof record);
@@ -96,10 +96,10 @@ NamRecord get_record() {
   return record;
 }
 
-// Texts of any bytes end where the record says, and what was read once is read again.
+// Any bytes can be written, and writing or reading them twice returns the same record.
 void check_any_record(FuzzedDataProvider& input) {
   NamRecord record = {};
-  fuzz::phone().draw({reinterpret_cast<uint8_t*>(&record), sizeof record});
+  fuzz::phone().fill({reinterpret_cast<uint8_t*>(&record), sizeof record});
   FUZZ_REQUIRE(set_record(record) == kStatusSuccess);
   NamRecord first = get_record();
   if (input.ConsumeBool()) FUZZ_REQUIRE(set_record(record) == kStatusSuccess);
@@ -127,9 +127,9 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   FuzzedDataProvider input(data, size);
   fuzz::Phone phone(input);
   Items items;
-  phone.modem = [&items](const fuzz::Exchange& exchange) { return keep_items(items, exchange); };
+  phone.modem = [&items](const fuzz::Exchange& exchange) { return serve_items(items, exchange); };
 
-  NamRecord record = draw_valid_record(input);
+  NamRecord record = consume_valid_record(input);
   check_digits(std::string(record.imsiT, kImsiDigits));
   FUZZ_REQUIRE(set_record(record) == kStatusSuccess);
   NamRecord stored = get_record();

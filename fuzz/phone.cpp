@@ -13,7 +13,7 @@
 #include <cstdarg>
 #include <cstring>
 
-#include "fuzz/require.h"
+#include "fuzz/support.h"
 #include "qorext_vendor_service_v01.h"
 #include "src/capture/capture.h"
 #include "src/carrier_modem/carrier_clients.h"
@@ -25,7 +25,7 @@ namespace fuzz {
 namespace {
 
 constexpr size_t kMaxLine = 64 * 1024;
-constexpr int kLowestError = QMI_INVALID_PARAM_ERR;
+constexpr int kMinError = QMI_INVALID_PARAM_ERR;
 constexpr int kMaxErrno = 130;
 constexpr unsigned int kMaxServices = 20;
 constexpr char kLogTag[] = "RIL-QOREXT";
@@ -35,17 +35,17 @@ Phone* g_phone = nullptr;
 qmi_client_ind_cb g_callback = nullptr;
 char g_notifier;
 
-int drawn_error() {
-  return phone().input.ConsumeBool() ? phone().input.ConsumeIntegralInRange(kLowestError, -1) : 0;
+int consume_error() {
+  return phone().input.ConsumeBool() ? phone().input.ConsumeIntegralInRange(kMinError, -1) : 0;
 }
 
-int bring_up_result() { return phone().is_bring_up_drawn ? drawn_error() : 0; }
+int bring_up_result() { return phone().has_fuzzed_bring_up ? consume_error() : 0; }
 
 bool is_zero(std::span<const uint8_t> bytes) {
   return std::all_of(bytes.begin(), bytes.end(), [](uint8_t byte) { return byte == 0; });
 }
 
-// The product and the service's description must mean the same structure.
+// The product's structure must have the size in the service's description.
 void require_described(const qmi_idl::Service& service, qmi_idl::Direction direction,
                        unsigned int id, size_t size) {
   const qmi_idl::Message* message = qmi_idl::find(service, direction, id);
@@ -53,9 +53,9 @@ void require_described(const qmi_idl::Service& service, qmi_idl::Direction direc
   FUZZ_REQUIRE(message->size == size);
 }
 
-int drawn_answer(const Exchange& exchange) {
-  int rc = drawn_error();
-  phone().draw(exchange.response);
+int consume_answer(const Exchange& exchange) {
+  int rc = consume_error();
+  phone().fill(exchange.response);
   return rc;
 }
 
@@ -69,15 +69,15 @@ ssize_t keep_frame(std::vector<Bytes>& frames, const void* buffer, size_t size) 
 
 }  // namespace
 
-Phone::Phone(FuzzedDataProvider& from) : input(from), modem(drawn_answer), now(time(nullptr)) {
+Phone::Phone(FuzzedDataProvider& from) : input(from), modem(consume_answer), now(time(nullptr)) {
   g_phone = this;
 }
 
 Phone::~Phone() { g_phone = nullptr; }
 
-void Phone::draw(std::span<uint8_t> room) {
-  auto size = input.ConsumeIntegralInRange<size_t>(0, room.size());
-  if (size > 0) input.ConsumeData(room.data(), size);
+void Phone::fill(std::span<uint8_t> bytes) {
+  auto size = input.ConsumeIntegralInRange<size_t>(0, bytes.size());
+  if (size > 0) input.ConsumeData(bytes.data(), size);
 }
 
 Phone& phone() {
@@ -121,8 +121,9 @@ int __android_log_print(int priority, const char* tag, const char* text, ...) {
 }
 
 int property_get(const char* /*key*/, char* value, const char* default_value) {
-  std::string drawn = phone().input.ConsumeRandomLengthString(PROPERTY_VALUE_MAX - 1);
-  const char* text = drawn.empty() && default_value != nullptr ? default_value : drawn.c_str();
+  std::string value_text = phone().input.ConsumeRandomLengthString(PROPERTY_VALUE_MAX - 1);
+  const char* text =
+      value_text.empty() && default_value != nullptr ? default_value : value_text.c_str();
   return snprintf(value, PROPERTY_VALUE_MAX, "%s", text);
 }
 
@@ -137,7 +138,7 @@ int qmi_client_notifier_init(qmi_idl_service_object_type, qmi_client_os_params* 
   int rc = bring_up_result();
   if (rc != 0) return rc;
   *signal = {};
-  signal->clock = phone().is_bring_up_drawn && phone().input.ConsumeBool() ? 1 : 0;
+  signal->clock = phone().has_fuzzed_bring_up && phone().input.ConsumeBool() ? 1 : 0;
   pthread_mutex_init(&signal->mutex, nullptr);
   pthread_cond_init(&signal->cond, nullptr);
   *notifier = &g_notifier;
@@ -147,7 +148,7 @@ int qmi_client_notifier_init(qmi_idl_service_object_type, qmi_client_os_params* 
 int qmi_client_get_service_list(qmi_idl_service_object_type, qmi_service_info* list,
                                 unsigned int* entries, unsigned int* services) {
   *services = 1;
-  if (phone().is_bring_up_drawn) {
+  if (phone().has_fuzzed_bring_up) {
     *services = phone().input.ConsumeIntegralInRange(0U, kMaxServices);
   }
   if (list != nullptr) memset(list, 0xFF, *entries * sizeof *list);
@@ -193,8 +194,8 @@ int qmi_client_message_decode(qmi_client_type client, qmi_idl_type_of_message_ty
                     decoded_length);
   auto* encoded = static_cast<const uint8_t*>(buffer);
   const Bytes received(encoded, encoded + length);
-  phone().draw({static_cast<uint8_t*>(decoded), decoded_length});
-  return drawn_error();
+  phone().fill({static_cast<uint8_t*>(decoded), decoded_length});
+  return consume_error();
 }
 
 // System calls, through the linker's --wrap. Those of the fuzzer itself are passed on.
@@ -229,12 +230,12 @@ int __wrap_fsync(int) { return 0; }
 time_t __real_time(time_t*);
 time_t __wrap_time(time_t* out) { return g_phone != nullptr ? g_phone->now : __real_time(out); }
 
-// Nobody raises the signal, and no time passes.
+// The signal is never set, and the wait times out immediately.
 int __wrap_pthread_cond_timedwait(pthread_cond_t*, pthread_mutex_t*, const timespec*) {
   return ETIMEDOUT;
 }
 
-// The product's only thread runs at once: what it reads of the input comes in a fixed order.
+// The product's only thread runs synchronously, so that it consumes the input in a fixed order.
 int __real_pthread_create(pthread_t*, const pthread_attr_t*, void* (*)(void*), void*);
 int __wrap_pthread_create(pthread_t* thread, const pthread_attr_t* attributes, void* (*body)(void*),
                           void* argument) {

@@ -1,10 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
-// The phone around the product's objects: every function of the platform libraries, and the system
-// calls that reach the parent's pipes, the clock and threads. What the modem answers and what fails
-// is drawn from the fuzzer's input; input that has run out stands for zeros and success.
+// A phone for the product's objects: the functions of the platform libraries, and the system calls
+// for the parent's pipes, the clock and threads. The fuzzer's input determines the modem's answers
+// and the failures; after the end of the input, answers are zeros and calls succeed.
 #pragma once
-
-#include <fuzzer/FuzzedDataProvider.h>
 
 #include <cstdint>
 #include <ctime>
@@ -14,12 +12,11 @@
 #include <string>
 #include <vector>
 
+#include "fuzz/support.h"
 #include "platform/linux/qmi_idl/descriptor.h"
 #include "qmi_client.h"
 
 namespace fuzz {
-
-using Bytes = std::vector<uint8_t>;
 
 constexpr int kRequestFd = 600;
 constexpr int kReplyFd = 601;
@@ -39,34 +36,34 @@ class Phone {
   Phone(const Phone&) = delete;
   Phone& operator=(const Phone&) = delete;
 
-  // Some bytes, at most as many as there is room for; the rest stays as it is.
-  void draw(std::span<uint8_t> room);
+  // Fills some bytes from the start; the others are unchanged.
+  void fill(std::span<uint8_t> bytes);
 
   FuzzedDataProvider& input;
-  std::vector<Bytes> replies;  // every frame that was written, also those whose write failed
+  std::vector<Bytes> replies;  // every frame written, including failed writes
   std::vector<Bytes> unsolicited;
-  std::map<std::string, std::string> properties;  // as the product set them
+  std::map<std::string, std::string> properties;  // set by the product
 
-  // What a request to the modem comes to: the client library's code. Without it the input decides.
+  // Answers a request to the modem and returns the client library's code. By default the input
+  // determines both.
   std::function<int(const Exchange&)> modem;
-  // The next request of the parent, at most kRequestSize bytes; empty: the parent has closed the
-  // pipe.
+  // Returns the parent's next request of at most kRequestSize bytes; an empty one closes the pipe.
   std::function<Bytes()> next_request;
   std::function<void(const std::string& line)> on_log;
 
-  // Whether the bring-up of the modem's services draws its results from the input too.
-  bool is_bring_up_drawn = false;
+  // Whether the input determines the results of finding the modem's services, too.
+  bool has_fuzzed_bring_up = false;
   time_t now;
 };
 
-// The phone that stands; aborts when none does.
+// The current phone; aborts if there is none.
 Phone& phone();
 
-// Opens the product's three clients on a phone without failures and names its pipes. For targets
-// that start with a process that serves.
+// Opens the product's three clients on a phone without failures and sets its pipes, for targets
+// that start with a serving process.
 void bring_up();
 
-// The callback of the vendor client, once it has been opened.
+// The callback of the vendor client, after bring_up().
 qmi_client_ind_cb indication_callback();
 
 }  // namespace fuzz

@@ -1,28 +1,26 @@
 // SPDX-License-Identifier: Apache-2.0
-// The QRTR transport on scripted sockets: every packet, its sender and every failure is drawn from
-// the input.
+// The QRTR transport on emulated sockets: the input determines every packet, its sender and every
+// failure.
 #include <errno.h>
-#include <fuzzer/FuzzedDataProvider.h>
 #include <libqrtr.h>
 #include <sys/eventfd.h>
 #include <sys/socket.h>
 
-#include "fuzz/require.h"
-#include "platform/linux/qmi_transport/control.h"
+#include "fuzz/transport.h"
 #include "platform/linux/qmi_transport/implementations.h"
 
 namespace {
 
 using namespace qmi_transport;
-using Bytes = std::vector<uint8_t>;
+using fuzz::Bytes;
+using fuzz::kMaxSent;
+using fuzz::kQueue;
+using fuzz::kServices;
+using fuzz::kVersion;
 
 constexpr size_t kMaxSteps = 60;
-constexpr size_t kMaxSent = 64;
-constexpr size_t kQueue = 4096;  // of a client that does not read
 constexpr uint32_t kNodes = 2;
 constexpr uint32_t kPorts = 5;
-constexpr uint32_t kServices[] = {2, 3, 0xE1};
-constexpr uint32_t kVersion = 1;
 constexpr uint32_t kControlTypes[] = {QRTR_TYPE_NEW_SERVER, QRTR_TYPE_DEL_SERVER,
                                       QRTR_TYPE_DEL_CLIENT, QRTR_TYPE_BYE, QRTR_TYPE_NEW_LOOKUP};
 constexpr int kErrors[] = {EAGAIN, EPIPE, ENODEV, ENETRESET, EHOSTUNREACH, EBADF, ENOMEM};
@@ -31,16 +29,16 @@ FuzzedDataProvider* g_input = nullptr;
 
 FuzzedDataProvider& input() { return *g_input; }
 
-// Sets errno, if the input wants a failure.
+// Sets errno and returns true if the input requests a failure.
 bool fails() {
   if (!input().ConsumeBool()) return false;
   errno = input().PickValueInArray(kErrors);
   return true;
 }
 
-Bytes drawn_packet(uint32_t port) {
+Bytes consume_packet(uint32_t port) {
   if (port != QRTR_PORT_CTRL || input().ConsumeBool()) {
-    return input().ConsumeBytes<uint8_t>(input().ConsumeIntegralInRange<size_t>(0, kMaxSent));
+    return fuzz::consume_bytes(input(), kMaxSent);
   }
   auto packet = encode_control({input().PickValueInArray(kControlTypes),
                                 {.service = input().ConsumeIntegralInRange(0U, 3U),
@@ -65,35 +63,15 @@ class ServerSide {
         server_->withdraw(input().PickValueInArray(kServices));
         return;
       case 2:
-        send_to_peers();
+        fuzz::send_to_peers(*server_, Bytes(input().ConsumeIntegralInRange<size_t>(0, kMaxSent)));
         return;
       default:
-        take_event();
+        ServerEvent event;
+        fuzz::take_event(*server_, event);
     }
   }
 
  private:
-  void take_event() {
-    static Bytes buffer(kMaxPacketSize);
-    ServerEvent event = server_->next(buffer);
-    if (event.kind == ServerEvent::Kind::nothing) return;
-    bool is_dropped = event.kind == ServerEvent::Kind::peer_dropped;
-    FUZZ_REQUIRE(event.size <= (is_dropped ? kQueue : kMaxSent));
-    FUZZ_REQUIRE(is_peer(event.service, event.peer) == (event.kind == ServerEvent::Kind::packet));
-  }
-
-  bool is_peer(uint32_t service, Peer peer) const {
-    auto peers = server_->peers(service);
-    return std::find(peers.begin(), peers.end(), peer) != peers.end();
-  }
-
-  void send_to_peers() {
-    const Bytes packet(input().ConsumeIntegralInRange<size_t>(0, kMaxSent));
-    for (uint32_t service : kServices) {
-      for (Peer peer : server_->peers(service)) server_->send(peer, packet);
-    }
-  }
-
   std::unique_ptr<Server> server_;
 };
 
@@ -101,11 +79,10 @@ void check_watch() {
   uint32_t service = input().ConsumeIntegralInRange(0U, 3U);
   auto watch = qrtr_watch(service, kVersion);
   for (size_t i = 0; watch != nullptr && i < kMaxSteps; ++i) {
-    Announcement told{};
-    Status status = watch->next(told);
+    Announcement announcement{};
+    Status status = watch->next(announcement);
     if (status == Status::gone || status == Status::failed) return;
-    if (status != Status::ok || told.kind == Announcement::Kind::end_of_list) continue;
-    FUZZ_REQUIRE(told.server.service == service && version_of(told.server.instance) == kVersion);
+    if (status == Status::ok) fuzz::check_announcement(announcement, service);
   }
 }
 
@@ -123,7 +100,7 @@ void check_channel() {
 
 }  // namespace
 
-// libqrtr's calls and the system's. A socket is an event that has happened: always readable.
+// The calls of libqrtr and the system. A socket is a signalled event descriptor: always readable.
 extern "C" {
 
 int __wrap_qrtr_open(int) { return fails() ? -1 : eventfd(1, EFD_CLOEXEC); }
@@ -141,7 +118,7 @@ ssize_t __wrap_recvmsg(int, msghdr* message, int) {
   FUZZ_REQUIRE(message->msg_namelen == sizeof(sender) && message->msg_iovlen == 1);
   memcpy(message->msg_name, &sender, sizeof(sender));
 
-  const Bytes packet = drawn_packet(port);
+  const Bytes packet = consume_packet(port);
   const iovec& part = message->msg_iov[0];
   size_t size = std::min(packet.size(), part.iov_len);
   if (size > 0) memcpy(part.iov_base, packet.data(), size);

@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
-// The whole way of a request: bytes on the pipe, loop, dispatch, handler, modem, reply.
+// Requests from the bytes on the pipe through dispatch, handler and modem to the replies.
 #include "src/host/host.h"
 
 #include "fuzz/phone.h"
-#include "fuzz/require.h"
+#include "fuzz/support.h"
 #include "src/host/base/framing.h"
 
 namespace {
@@ -25,8 +25,8 @@ bool is_cdma(const Bytes& request) {
   return request.size() >= kGenericHeaderSize && load_be24(&request[kGenericId]) == 2;
 }
 
-// Two requests are answered twice: once for real, once as not supported.
-size_t replies_due(const Bytes& request) {
+// Two requests get a second reply, "not supported".
+size_t expected_replies(const Bytes& request) {
   if (!is_cdma(request)) return 1;
   uint32_t id = cdma_id(request.data());
   bool has_payload = cdma_length(request.data()) != 0;
@@ -57,7 +57,7 @@ void check_generic_reply(const Bytes& request, const Bytes& reply) {
 
 void check_replies(const Bytes& request) {
   const std::vector<Bytes>& replies = fuzz::phone().replies;
-  FUZZ_REQUIRE(replies.size() == replies_due(request));
+  FUZZ_REQUIRE(replies.size() == expected_replies(request));
   FUZZ_REQUIRE(fuzz::phone().unsolicited.empty());
   for (const Bytes& reply : replies) {
     if (is_cdma(request)) {
@@ -68,7 +68,7 @@ void check_replies(const Bytes& request) {
   }
 }
 
-// Draws requests and judges what each was answered with before it draws the next.
+// Generates requests, and checks the replies to each one before the next.
 class Parent {
  public:
   explicit Parent(fuzz::Phone& phone) : phone_(phone) {}

@@ -1,9 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 // Scenario files of the simulated modem.
-#include <fuzzer/FuzzedDataProvider.h>
-
-#include "fuzz/require.h"
-#include "fuzz/stretched.h"
+#include "fuzz/support.h"
 #include "modem/scenario.h"
 #include "modem/state/archive.h"
 #include "modem/state/state_keys.h"
@@ -12,17 +9,17 @@ namespace {
 
 constexpr size_t kMaxText = 500'000;
 
-std::string drawn_text(FuzzedDataProvider& input) {
-  if (input.ConsumeBool()) return consume_stretched(input, kMaxText);
+std::string consume_text(FuzzedDataProvider& input) {
+  if (input.ConsumeBool()) return fuzz::consume_stretched(input, kMaxText);
   return input.ConsumeRemainingBytesAsString();
 }
 
 }  // namespace
 
-// A scenario that loads is a state that can be shown; one that does not is one line of error.
+// A valid scenario yields a state that can be converted to JSON; an invalid one, one line of error.
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   FuzzedDataProvider input(data, size);
-  std::string text = drawn_text(input);
+  std::string text = consume_text(input);
   try {
     modem::Scenario scenario = modem::read_scenario(text, "file");
     FUZZ_REQUIRE(modem::Archive::to_json(scenario.state).is_object());

@@ -1,11 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
-// The whole process from its first line to the end of the request pipe: services that come up or
-// not, what the kernel tells of the last crash, what the modem tells of itself.
+// The whole process until the end of the request pipe: services that are up or not, the kernel's
+// files about the last crash, the modem's versions.
 #include <fstream>
 
 #include "fuzz/phone.h"
-#include "fuzz/require.h"
-#include "fuzz/scratch.h"
+#include "fuzz/support.h"
 
 int qorext_client_main(int argc, char** argv);
 
@@ -16,15 +15,10 @@ constexpr char kModemRestarts[] = "sys/module/subsystem_restart/parameters/modem
 constexpr char kRestartReason[] = "sys/module/pil_q6v5_mss/parameters/ssr_reason";
 constexpr size_t kMaxText = 2048;
 
-const std::filesystem::path& phone_root() {
-  static const fuzz::Scratch scratch;
-  return scratch.root();
-}
-
-void draw_file(FuzzedDataProvider& input, const char* path) {
-  std::filesystem::remove(phone_root() / path);
+void consume_file(FuzzedDataProvider& input, const char* path) {
+  std::filesystem::remove(fuzz::scratch_root() / path);
   if (!input.ConsumeBool()) return;
-  std::ofstream(phone_root() / path) << input.ConsumeRandomLengthString(kMaxText);
+  std::ofstream(fuzz::scratch_root() / path) << input.ConsumeRandomLengthString(kMaxText);
 }
 
 void check_properties(const fuzz::Phone& phone) {
@@ -37,18 +31,18 @@ void check_properties(const fuzz::Phone& phone) {
 
 extern "C" int LLVMFuzzerInitialize(int*, char***) {
   for (const char* path : {kBootInfo, kModemRestarts, kRestartReason}) {
-    std::filesystem::create_directories((phone_root() / path).parent_path());
+    std::filesystem::create_directories((fuzz::scratch_root() / path).parent_path());
   }
-  setenv("QOREXT_PHONE_ROOT", phone_root().c_str(), 1);
+  setenv("QOREXT_PHONE_ROOT", fuzz::scratch_root().c_str(), 1);
   return 0;
 }
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   FuzzedDataProvider input(data, size);
   fuzz::Phone phone(input);
-  phone.is_bring_up_drawn = true;
+  phone.has_fuzzed_bring_up = true;
   phone.next_request = [] { return fuzz::Bytes(); };
-  for (const char* path : {kBootInfo, kModemRestarts, kRestartReason}) draw_file(input, path);
+  for (const char* path : {kBootInfo, kModemRestarts, kRestartReason}) consume_file(input, path);
 
   char program[] = "qorext_client";
   char request[] = "600";

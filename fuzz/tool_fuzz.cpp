@@ -1,11 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
-// qorextctl: frames from a daemon that writes anything, and words from anybody.
-#include <fuzzer/FuzzedDataProvider.h>
-
+// qorextctl with any frames of a daemon and any words of a user.
 #include <sstream>
 
-#include "fuzz/require.h"
-#include "fuzz/stretched.h"
+#include "fuzz/support.h"
 #include "tools/qorextctl/base/text.h"
 #include "tools/qorextctl/decode_input.h"
 #include "tools/qorextctl/frames/arguments.h"
@@ -29,28 +26,28 @@ constexpr size_t kMaxWords = 512;
 constexpr size_t kMaxStretched = 500'000;
 constexpr size_t kMaxLines = kMaxLineBytes + 100'000;
 
-const Request& drawn_request(FuzzedDataProvider& input) {
+const Request& consume_request(FuzzedDataProvider& input) {
   auto all = catalogue();
   return all[input.ConsumeIntegralInRange<size_t>(0, all.size() - 1)];
 }
 
-// Prints for people and for scripts; both must be able to take every frame.
+// Every frame can be printed as text and as JSON.
 template <class Print>
 void check_output(Print print) {
   std::ostringstream out;
   std::ostringstream err;
-  Printer people(out, err, false);
-  people.show_hex(true);
-  print(people);
+  Printer text(out, err, false);
+  text.show_hex(true);
+  print(text);
   out.str("");
-  Printer scripts(out, err, true);
-  print(scripts);
+  Printer json(out, err, true);
+  print(json);
   std::string line = out.str();
   FUZZ_REQUIRE(!line.empty() && line.find('\n') == line.size() - 1);
   FUZZ_REQUIRE(Json::parse(line).is_object());
 }
 
-// Frames in pieces of any size: together they are the bytes that came.
+// The frames taken from pieces of any size are together the bytes received.
 template <class SizeOf, class Check>
 void check_frames(View bytes, size_t piece, SizeOf size_of, Check check) {
   FrameBuffer buffer;
@@ -69,7 +66,7 @@ void check_frames(View bytes, size_t piece, SizeOf size_of, Check check) {
 }
 
 void check_replies(FuzzedDataProvider& input) {
-  const Request& request = drawn_request(input);
+  const Request& request = consume_request(input);
   auto piece = input.ConsumeIntegralInRange<size_t>(1, 4096);
   Bytes bytes = input.ConsumeRemainingBytes<uint8_t>();
   ReplyForm form = request.reply.form;
@@ -101,7 +98,7 @@ void check_command(const std::vector<std::string>& words) {
   FUZZ_REQUIRE(expected.replies >= 0 && expected.replies <= 2);
 }
 
-// A record named on the command line is a file: not of the fuzzer's choosing.
+// A record on the command line is the name of a file, which must not be fuzzed.
 bool names_file(const std::vector<std::string>& words) {
   return std::any_of(words.begin(), words.end(),
                      [](const std::string& word) { return word.starts_with("json"); });
@@ -122,12 +119,12 @@ void check_words(const std::string& line) {
   parse_record(line);
 }
 
-// Bytes of which nobody says what they are, in clear and masked.
+// Bytes of an unknown kind, with and without masking.
 void check_decoded(FuzzedDataProvider& input) {
   constexpr FrameKind kKinds[] = {FrameKind::request, FrameKind::reply, FrameKind::unsolicited};
-  auto told = input.PickValueInArray(kKinds);
+  auto fallback = input.PickValueInArray(kKinds);
   Bytes bytes = input.ConsumeRemainingBytes<uint8_t>();
-  FrameKind kind = recognise(bytes).value_or(told);
+  FrameKind kind = recognise(bytes).value_or(fallback);
   DecodedFrame frame = decode_as(kind, bytes);
   FUZZ_REQUIRE(hex_of(frame) == to_hex(bytes));
   check_output([&](Printer& printer) { printer.decoded(kind, frame); });
@@ -145,20 +142,20 @@ void check_log(FuzzedDataProvider& input) {
   }
 }
 
-// Lines of any length, decoded: long ones are left out, the others are not.
+// Lines of any length: lines that are too long are skipped, the others are decoded.
 void check_lines(FuzzedDataProvider& input) {
   constexpr InputKind kKinds[] = {InputKind::automatic, InputKind::log, InputKind::reply};
   auto as = input.PickValueInArray(kKinds);
-  std::string text = consume_stretched(input, kMaxLines);
+  std::string text = fuzz::consume_stretched(input, kMaxLines);
   std::istringstream count(text);
   LineReader lines(count);
-  size_t most = 0;
+  size_t max = 0;
   size_t bytes = 0;
   for (std::string line; lines.next(line) != LineReader::Line::none; ++bytes) {
-    most = std::max(most, line.size());
+    max = std::max(max, line.size());
     bytes += line.size();
   }
-  FUZZ_REQUIRE(most <= kMaxLineBytes && bytes <= text.size() + 1);
+  FUZZ_REQUIRE(max <= kMaxLineBytes && bytes <= text.size() + 1);
 
   std::istringstream stream(text);
   std::ostringstream out;
@@ -167,7 +164,7 @@ void check_lines(FuzzedDataProvider& input) {
   decode_lines(stream, as, false, printer);
 }
 
-// A file that says of itself that it is a recording.
+// A file with the first line of a recording.
 void check_recording(const std::string& events) {
   std::istringstream file(
       R"({"type":"recording","version":1,"started":"","instance":0,"masked":false})"
@@ -210,10 +207,10 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
       check_recording(input.ConsumeRemainingBytesAsString());
       break;
     case 6:
-      check_recording(consume_stretched(input, kMaxStretched));
+      check_recording(fuzz::consume_stretched(input, kMaxStretched));
       break;
     case 7:
-      check_words(consume_stretched(input, kMaxStretched));
+      check_words(fuzz::consume_stretched(input, kMaxStretched));
       break;
     case 8:
       check_lines(input);

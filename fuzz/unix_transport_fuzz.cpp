@@ -1,45 +1,38 @@
 // SPDX-License-Identifier: Apache-2.0
-// The Unix transport: a server whose clients send anything at any time, and a watch and a channel
-// whose server does.
-#include <fuzzer/FuzzedDataProvider.h>
+// The Unix transport: a server whose clients send any bytes at any time, and a watch and a channel
+// with such a server.
 #include <poll.h>
 #include <sys/socket.h>
 
 #include <functional>
 
-#include "fuzz/require.h"
-#include "fuzz/scratch.h"
-#include "platform/linux/qmi_transport/control.h"
+#include "fuzz/transport.h"
 #include "platform/linux/qmi_transport/unix_socket.h"
 
 namespace {
 
 using namespace qmi_transport;
-using Bytes = std::vector<uint8_t>;
+using fuzz::Bytes;
+using fuzz::kMaxSent;
+using fuzz::kQueue;
+using fuzz::kServices;
+using fuzz::kVersion;
 
 constexpr size_t kMaxSteps = 40;
 constexpr size_t kMaxClients = 4;
-constexpr size_t kMaxSent = 64;
-constexpr size_t kQueue = 4096;  // of a client that does not read
-constexpr uint32_t kServices[] = {2, 3, 0xE1};
-constexpr uint32_t kVersion = 1;
 constexpr uint32_t kControlTypes[] = {QRTR_TYPE_HELLO, QRTR_TYPE_NEW_SERVER, QRTR_TYPE_DEL_SERVER,
                                       QRTR_TYPE_NEW_LOOKUP, QRTR_TYPE_DEL_CLIENT};
-constexpr std::chrono::milliseconds kNoPatience{0};
 
-std::string socket_path() {
-  static const fuzz::Scratch scratch;
-  return scratch.root() / "modem";
-}
+std::string socket_path() { return fuzz::scratch_root() / "modem"; }
 
 Endpoint endpoint() { return {Endpoint::Kind::unix_socket, socket_path()}; }
 
-// What the product is about to wait for can be brought about first.
+// Called before the product waits, to cause the event that it waits for.
 std::function<void()> g_before_wait;
 
-Bytes drawn_packet(FuzzedDataProvider& input) {
+Bytes consume_packet(FuzzedDataProvider& input) {
   if (input.ConsumeBool()) {
-    return input.ConsumeBytes<uint8_t>(input.ConsumeIntegralInRange<size_t>(1, kMaxSent));
+    return fuzz::consume_bytes(input, kMaxSent, 1);
   }
   auto packet = encode_control({input.PickValueInArray(kControlTypes),
                                 {.service = input.PickValueInArray(kServices),
@@ -57,7 +50,8 @@ void send_raw(int socket, const Bytes& packet) {
 class ServerSide {
  public:
   explicit ServerSide(FuzzedDataProvider& input)
-      : input_(input), server_(serve(endpoint(), {.stuck_after = kNoPatience, .queue = kQueue})) {
+      : input_(input),
+        server_(serve(endpoint(), {.stuck_after = std::chrono::milliseconds(0), .queue = kQueue})) {
     FUZZ_REQUIRE(server_ != nullptr);
   }
 
@@ -76,7 +70,7 @@ class ServerSide {
         if (!clients_.empty()) clients_.pop_back();
         return;
       case 4:
-        send_to_peers();
+        fuzz::send_to_peers(*server_, consume_packet(input_));
         return;
       default:
         send_as_client();
@@ -84,39 +78,23 @@ class ServerSide {
     serve_all();
   }
 
-  // Ends when nothing is left to do: every event takes something off a queue.
+  // Ends because every event removes something from a queue.
   void serve_all() {
     for (pollfd ready{server_->fd(), POLLIN, 0}; poll(&ready, 1, 0) == 1;) take_event();
   }
 
  private:
   void take_event() {
-    static Bytes buffer(kMaxPacketSize);
-    ServerEvent event = server_->next(buffer);
-    if (event.kind == ServerEvent::Kind::nothing) return;
-    bool is_dropped = event.kind == ServerEvent::Kind::peer_dropped;
-    FUZZ_REQUIRE(event.size <= (is_dropped ? kQueue : kMaxSent));
+    ServerEvent event;
+    if (!fuzz::take_event(*server_, event)) return;
     FUZZ_REQUIRE(std::find(std::begin(kServices), std::end(kServices), event.service) !=
                  std::end(kServices));
-    FUZZ_REQUIRE(is_peer(event.service, event.peer) == (event.kind == ServerEvent::Kind::packet));
-  }
-
-  bool is_peer(uint32_t service, Peer peer) const {
-    auto peers = server_->peers(service);
-    return std::find(peers.begin(), peers.end(), peer) != peers.end();
-  }
-
-  void send_to_peers() {
-    Bytes packet = drawn_packet(input_);
-    for (uint32_t service : kServices) {
-      for (Peer peer : server_->peers(service)) server_->send(peer, packet);
-    }
   }
 
   void send_as_client() {
     if (clients_.empty()) return;
     auto index = input_.ConsumeIntegralInRange<size_t>(0, clients_.size() - 1);
-    send_raw(clients_[index].get(), drawn_packet(input_));
+    send_raw(clients_[index].get(), consume_packet(input_));
     if (input_.ConsumeBool()) serve_all();
   }
 
@@ -125,7 +103,7 @@ class ServerSide {
   std::vector<ScopedFd> clients_;
 };
 
-// The listening end of what the product connects to.
+// The listening socket that the product connects to.
 class RawServer {
  public:
   explicit RawServer(FuzzedDataProvider& input) : input_(input), listener_(unix_socket()) {
@@ -138,12 +116,12 @@ class RawServer {
   RawServer(const RawServer&) = delete;
   RawServer& operator=(const RawServer&) = delete;
 
-  // Takes the product's connection, sends it anything and closes it.
+  // Accepts the product's connection, sends any packets and closes it.
   void answer() {
     ScopedFd socket(accept4(listener_.get(), nullptr, nullptr, SOCK_CLOEXEC | SOCK_NONBLOCK));
     if (!socket) return;
     auto count = input_.ConsumeIntegralInRange(0, 4);
-    for (int i = 0; i < count; ++i) send_raw(socket.get(), drawn_packet(input_));
+    for (int i = 0; i < count; ++i) send_raw(socket.get(), consume_packet(input_));
   }
 
  private:
@@ -157,11 +135,10 @@ void check_watch(FuzzedDataProvider& input) {
   auto watch = watch_service(endpoint(), service, kVersion);
   FUZZ_REQUIRE(watch != nullptr);
   server.answer();
-  Announcement told{};
+  Announcement announcement{};
   for (Status status = Status::ok; status != Status::gone && status != Status::failed;) {
-    status = watch->next(told);
-    if (status != Status::ok || told.kind == Announcement::Kind::end_of_list) continue;
-    FUZZ_REQUIRE(told.server.service == service && version_of(told.server.instance) == kVersion);
+    status = watch->next(announcement);
+    if (status == Status::ok) fuzz::check_announcement(announcement, service);
   }
 }
 
@@ -177,7 +154,7 @@ void check_channel(FuzzedDataProvider& input) {
     received = channel->receive(buffer);
     FUZZ_REQUIRE(received.size <= kMaxSent);
   }
-  channel->send(drawn_packet(input), Deadline::min());
+  channel->send(consume_packet(input), Deadline::min());
 }
 
 }  // namespace
