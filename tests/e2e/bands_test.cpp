@@ -32,14 +32,14 @@ TEST_F(Bands, BandClass10IsRead) {
   handset.modem().command("set carrier.bc10=305419896");
   expect_served(cdma(0x020000B0), reply(0x020000B0, 0, hex("78563412")),
                 get_texts(0x020000B0) + Texts{band_status(305419896)},
-                {modem_request("qorext", "read_band", R"({"selector":0})")});
+                {vendor_request("read_band", R"({"selector":0})")});
 }
 
 TEST_F(Bands, TheReplyForBandClass14HasTheIdOfBandClass10) {
   handset.modem().command("set carrier.bc14=2");
   expect_served(cdma(0x020000B2), reply(0x020000B0, 0, hex("02000000")),
                 get_texts(0x020000B2) + Texts{band_status(2)},
-                {modem_request("qorext", "read_band", R"({"selector":1})")});
+                {vendor_request("read_band", R"({"selector":1})")});
 }
 
 TEST_F(Bands, ABandThatTheModemDoesNotReportIsZero) {
@@ -47,16 +47,16 @@ TEST_F(Bands, ABandThatTheModemDoesNotReportIsZero) {
   expect_served(
       cdma(0x020000B0), reply(0x020000B0, 0, zeros(4)),
       get_texts(0x020000B0) + Texts{"qor_qmi_sprint_read_band: Read Band failed.", band_status(0)},
-      {modem_request("qorext", "read_band", R"({"selector":0})")});
+      {vendor_request("read_band", R"({"selector":0})")});
 }
 
 TEST_F(Bands, BandClassesAreWritten) {
   Bytes first = cdma(0x020000B1, le32(7), "123456");
   expect_served(first, echo(first, 0), set_texts(0x020000B1) + set_band_status(7),
-                {modem_request("qorext", "write_band", R"({"band":7,"selector":0})")});
+                {vendor_request("write_band", R"({"band":7,"selector":0})")});
   Bytes second = cdma(0x020000B3, le32(0xFFFFFFFF));
   expect_served(second, echo(second, 0), set_texts(0x020000B3) + set_band_status(-1),
-                {modem_request("qorext", "write_band", R"({"band":4294967295,"selector":1})")});
+                {vendor_request("write_band", R"({"band":4294967295,"selector":1})")});
   EXPECT_EQ(stored("carrier/bc10"), "7");
   EXPECT_EQ(stored("carrier/bc14"), "4294967295");
 }
@@ -67,7 +67,7 @@ TEST_F(Bands, ABandThatTheModemRefusesFails) {
   expect_served(request, echo(request, 5),
                 set_texts(0x020000B1) + set_band_status(1) +
                     Texts{"qor_qmi_sprint_write_band: Read Band failed."},
-                {modem_request("qorext", "write_band", R"({"band":1,"selector":0})")});
+                {vendor_request("write_band", R"({"band":1,"selector":0})")});
 }
 
 class EmptyRequests : public HandsetTest, public testing::WithParamInterface<uint32_t> {};
@@ -92,8 +92,8 @@ Texts roaming_list(uint32_t size) {
 }
 
 std::string segment(const Bytes& data) {
-  return modem_request("qorext", "set_roaming_list_segment",
-                       fmt::format(R"({{"segment":"{}"}})", as_hex(data)));
+  return vendor_request("set_roaming_list_segment",
+                        fmt::format(R"({{"segment":"{}"}})", as_hex(data)));
 }
 
 TEST_F(Bands, ARoamingListSegmentReachesTheModem) {
@@ -129,7 +129,7 @@ Texts profile(int32_t number) {
 
 TEST_F(Bands, TheActiveProfileGetsTwoReplies) {
   expect_served_twice(cdma(0x020000B5, le32(3)), 0, profile(3),
-                      {modem_request("qorext", "switch_profile", R"({"profile":3})")});
+                      {vendor_request("switch_profile", R"({"profile":3})")});
   EXPECT_EQ(stored("carrier/active_profile"), "3");
 }
 
@@ -137,13 +137,13 @@ TEST_F(Bands, AProfileThatTheModemRefusesGetsTwoRepliesToo) {
   handset.inject("switch_profile", "error");
   expect_served_twice(cdma(0x020000B5, le32(3)), 5,
                       profile(3) + Texts{"qor_qmi_sprint_switch_proflie: failed."},
-                      {modem_request("qorext", "switch_profile", R"({"profile":3})")});
+                      {vendor_request("switch_profile", R"({"profile":3})")});
 }
 
 TEST_F(Bands, AProfileThatWasNotSentIsZero) {
   Bytes request = cdma_claiming(0x020000B5, 4);
   expect_served_twice(request, 0, profile(0),
-                      {modem_request("qorext", "switch_profile", R"({"profile":0})")});
+                      {vendor_request("switch_profile", R"({"profile":0})")});
 }
 
 }  // namespace

@@ -4,11 +4,9 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <fstream>
 #include <regex>
 
 #include "tests/e2e/support/command.h"
-#include "tests/e2e/support/phone_root.h"
 #include "tools/qorextctl/log/log_line.h"
 
 namespace e2e {
@@ -54,10 +52,7 @@ constexpr const char* kSecrets[] = {"9175553846",
 class DecodedLog : public testing::Test {
  protected:
   static void SetUpTestSuite() {
-    PhoneRoot folder;
-    std::string input = folder.folder() + "/session";
-    std::ofstream(input) << kSession;
-    CommandResult result = run_command("$BIN/qorextctl --log --show-personal session <" + input);
+    CommandResult result = run_tool("--log --show-personal session", kSession);
     EXPECT_EQ(result.status, 0) << result.output;
     log_ = result.errors;
   }
@@ -83,10 +78,8 @@ class DecodedLog : public testing::Test {
     return texts;
   }
 
-  CommandResult decode(const std::string& log, const std::string& options = "") {
-    std::string path = folder_.folder() + "/log";
-    std::ofstream(path) << log;
-    return run_command("$BIN/qorextctl decode " + options + " <" + path);
+  static CommandResult decode(const std::string& log, const std::string& options = "") {
+    return run_tool("decode " + options, log);
   }
 
   static std::vector<std::string> decoded_lines(const CommandResult& result) {
@@ -96,8 +89,6 @@ class DecodedLog : public testing::Test {
     }
     return lines;
   }
-
-  PhoneRoot folder_;
 };
 
 std::string DecodedLog::log_;
@@ -145,9 +136,7 @@ TEST_F(DecodedLog, MasksSecretsByDefault) {
 }
 
 TEST_F(DecodedLog, IsMaskedInASessionToo) {
-  std::string input = folder_.folder() + "/session";
-  std::ofstream(input) << kSession;
-  CommandResult result = run_command("$BIN/qorextctl --log session <" + input);
+  CommandResult result = run_tool("--log session", kSession);
   for (const char* secret : kSecrets) EXPECT_THAT(result.errors, Not(HasSubstr(secret)));
   EXPECT_EQ(texts_in(result.errors), texts_in(decode(log_).output));
 }
@@ -172,8 +161,8 @@ TEST_F(DecodedLog, IsOneJsonObjectPerLine) {
 }
 
 TEST(Decode, ReadsARequestFromHex) {
-  CommandResult result = run_command(
-      "$BIN/qorextctl decode 16000002 10000000 00000000 000000000000 1C000000 00000000 00000000 "
+  CommandResult result = run_tool(
+      "decode 16000002 10000000 00000000 000000000000 1C000000 00000000 00000000 "
       "00000000");
   EXPECT_EQ(result.status, 0);
   EXPECT_EQ(result.output,
@@ -182,39 +171,39 @@ TEST(Decode, ReadsARequestFromHex) {
 }
 
 TEST(Decode, ReadsAReplyFromHex) {
-  CommandResult direct = run_command("$BIN/qorextctl --json request get-nam");
+  CommandResult direct = run_tool("--json request get-nam");
   ASSERT_EQ(direct.status, 0);
   std::smatch hex;
   ASSERT_TRUE(std::regex_search(direct.output, hex, std::regex("\"hex\":\"([0-9A-F]+)\"")));
   EXPECT_THAT(direct.output,
               HasSubstr(R"("min":"9135550142")"));  // not masked: the user asked the phone
-  CommandResult masked = run_command("echo " + hex[1].str() + " | $BIN/qorextctl decode");
+  CommandResult masked = run_tool("decode", hex[1].str());
   EXPECT_THAT(lines_of(masked.output), Contains("  min:             ***"));
   EXPECT_THAT(lines_of(masked.output), Contains("  sid:             4700"));
-  CommandResult clear = run_command("$BIN/qorextctl --show-personal decode " + hex[1].str());
+  CommandResult clear = run_tool("--show-personal decode " + hex[1].str());
   EXPECT_THAT(lines_of(clear.output), Contains("  min:             9135550142"));
 }
 
 TEST(Conventions, ExitStatusesDistinguishUsageTransportAndOutput) {
-  EXPECT_EQ(run_command("$BIN/qorextctl decode XY").status, 2);
-  EXPECT_EQ(run_command("$BIN/qorextctl --control /nowhere modem state").status, 3);
-  CommandResult full = run_command("$BIN/qorextctl list >/dev/full");
+  EXPECT_EQ(run_tool("decode XY").status, 2);
+  EXPECT_EQ(run_tool("--control /nowhere modem state").status, 3);
+  CommandResult full = run_tool("list >/dev/full");
   EXPECT_EQ(full.status, 4);
   EXPECT_EQ(lines_of(full.errors).size(), 1U);
-  EXPECT_EQ(run_command("$BIN/qorextctl --version").status, 0);
+  EXPECT_EQ(run_tool("--version").status, 0);
 }
 
 TEST(Conventions, AUsageErrorIsAJsonObject) {
-  CommandResult result = run_command("$BIN/qorextctl --json list --color pink");
+  CommandResult result = run_tool("--json list --color pink");
   EXPECT_EQ(result.status, 2);
   EXPECT_EQ(result.output, R"({"type":"error","outcome":2,"message":"--color: pink not in )"
                            "{always,auto,never} (see: qorextctl --help)\"}\n");
 }
 
 TEST(Conventions, OutputToAPipeHasNoColourByDefault) {
-  const std::string line = "$BIN/qorextctl decode 0105001900000000";
-  EXPECT_THAT(run_command(line).output, Not(HasSubstr("\x1B")));
-  EXPECT_THAT(run_command(line + " --color=always").output, HasSubstr("\x1B[1m"));
+  const std::string line = "decode 0105001900000000";
+  EXPECT_THAT(run_tool(line).output, Not(HasSubstr("\x1B")));
+  EXPECT_THAT(run_tool(line + " --color=always").output, HasSubstr("\x1B[1m"));
 }
 
 }  // namespace

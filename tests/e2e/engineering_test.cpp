@@ -24,7 +24,7 @@ TEST_F(Engineering, ACallRecordIsUnpackedFieldByField) {
   Served served = handset.serve(cdma(kCallProcessing));
   EXPECT_EQ(served.replies, as_hex(reply(kCallProcessing, 0, call_data())));
   EXPECT_THAT(handset.modem_requests(),
-              ElementsAre(modem_request("qorext", "engineering_info", R"({"type":0})")));
+              ElementsAre(vendor_request("engineering_info", R"({"type":0})")));
 }
 
 TEST_F(Engineering, ACallRecordIsLoggedFieldByField) {
@@ -56,7 +56,7 @@ TEST_F(Engineering, AnEvdoRecordIsUnpackedFieldByField) {
   Served served = handset.serve(cdma(kEvdo));
   EXPECT_EQ(served.replies, as_hex(reply(kEvdo, 0, evdo_data())));
   EXPECT_THAT(handset.modem_requests(),
-              ElementsAre(modem_request("qorext", "engineering_info", R"({"type":1})")));
+              ElementsAre(vendor_request("engineering_info", R"({"type":1})")));
 }
 
 TEST_F(Engineering, AnEvdoRecordIsLoggedFieldByField) {

@@ -24,7 +24,7 @@ class Features : public HandsetTest {
 };
 
 std::string utility(uint32_t type, const std::string& data) {
-  return modem_request("qorext", "utils", fmt::format(R"({{"data":"{}","type":{}}})", data, type));
+  return vendor_request("utils", fmt::format(R"({{"data":"{}","type":{}}})", data, type));
 }
 
 TEST_F(Features, SystemInformationFilterIsForwarded) {
@@ -70,7 +70,7 @@ TEST_F(Features, TunerSettingIsTruncatedAndReturned) {
   Bytes kept(setting.begin(), setting.begin() + 24);
   expect_reply(generic(0x5002A, setting), generic_reply(0x5002A, kept));
   EXPECT_EQ(only_modem_request(),
-            modem_request("qorext", "tuner", fmt::format(R"({{"data":"{}"}})", as_hex(kept))));
+            vendor_request("tuner", fmt::format(R"({{"data":"{}"}})", as_hex(kept))));
   expect_reply(generic(0x5002A), generic_reply(0x5002A, {}));
   expect_failure("tuner", generic(0x5002A), generic_reply(0x5002A, hex("05")));
 }

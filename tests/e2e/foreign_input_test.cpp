@@ -47,8 +47,8 @@ TEST_F(ForeignInput, ADeepRecordingCausesOneErrorAndStatus2) {
                      "\n";
   std::string frame = R"({"type":"frame","time":1,"kind":"reply","hex":"**","fields":)";
   std::string path = file("deep.jsonl", head + frame + kDeep + "}\n");
-  for (const char* verb : {"replay ", "trace "}) {
-    CommandResult result = run_command(std::string("$BIN/qorextctl ") + verb + path);
+  for (std::string verb : {"replay ", "trace "}) {
+    CommandResult result = run_tool(verb + path);
     EXPECT_EQ(result.status, 2) << verb;
     EXPECT_EQ(result.errors, "qorextctl: " + path + ": line 2: is nested deeper than 64 levels\n");
   }
@@ -56,7 +56,7 @@ TEST_F(ForeignInput, ADeepRecordingCausesOneErrorAndStatus2) {
 
 TEST_F(ForeignInput, ADeepRecordCausesOneErrorAndStatus2) {
   std::string path = file("deep.json", "{\"fields\":" + kDeep + "}");
-  CommandResult result = run_command("$BIN/qorextctl request set-nam spc=000000 json=" + path);
+  CommandResult result = run_tool("request set-nam spc=000000 json=" + path);
   EXPECT_EQ(result.status, 2);
   EXPECT_EQ(lines_of(result.errors).size(), 1U);
   EXPECT_THAT(result.errors, HasSubstr("the record is nested deeper than 64 levels"));
@@ -64,7 +64,7 @@ TEST_F(ForeignInput, ADeepRecordCausesOneErrorAndStatus2) {
 
 TEST_F(ForeignInput, ADeepAnswerOfAControlSocketCausesOneErrorAndStatus3) {
   qorextctl::FakeModem modem(R"({"ok":true,"state":)" + kDeep + "}\n");
-  CommandResult result = run_command("$BIN/qorextctl --control " + modem.path() + " modem state");
+  CommandResult result = run_tool("--control " + modem.path() + " modem state");
   EXPECT_EQ(result.status, 3);
   EXPECT_EQ(lines_of(result.errors).size(), 1U);
   EXPECT_THAT(result.errors, HasSubstr("the answer is nested deeper than 64 levels"));
@@ -73,9 +73,8 @@ TEST_F(ForeignInput, ADeepAnswerOfAControlSocketCausesOneErrorAndStatus3) {
 TEST_F(ForeignInput, DeepArgumentsCauseOneErrorEachAndTheSessionContinues) {
   std::string path;
   for (size_t i = 0; i < kMany; ++i) path += "a.";
-  std::string input = file(
+  CommandResult result = run_tool(
       "session", "modem set lte=" + kDeep + "\nmodem set " + path + "a=1\nnv-read rde-id=28\n");
-  CommandResult result = run_command("$BIN/qorextctl session <" + input);
   EXPECT_EQ(result.status, 2);
   EXPECT_EQ(lines_of(result.errors).size(), 2U) << result.errors.substr(0, 1000);
   EXPECT_THAT(result.output, HasSubstr("nv-read (0x02000016): success"));
@@ -93,18 +92,17 @@ TEST_F(ForeignInput, AnEndlessLineCausesOneErrorAndTheNextLinesAreDecoded) {
 
 TEST_F(ForeignInput, AFloodOfUnsolicitedFramesEndsWithTheTimeout) {
   auto start = steady_clock::now();
-  CommandResult result = run_command("$BIN/qorextctl --timeout 0.5 --daemon-program " +
-                                     flood("$3") + " request get-nam >/dev/null");
+  CommandResult result =
+      run_tool("--timeout 0.5 --daemon-program " + flood("$3") + " request get-nam >/dev/null");
   EXPECT_LT(steady_clock::now() - start, kMaxDelay);
   EXPECT_EQ(result.status, 3);
   EXPECT_THAT(result.errors, HasSubstr("no reply to get-nam within 0.5 s"));
 }
 
 TEST_F(ForeignInput, AFloodOfRepliesEndsWithTheTimeout) {
-  std::string input = file("session", "wait-unsol 1 0.5\n");
   auto start = steady_clock::now();
-  CommandResult result = run_command("$BIN/qorextctl --timeout 0.5 --daemon-program " +
-                                     flood("$2") + " session <" + input);
+  CommandResult result =
+      run_tool("--timeout 0.5 --daemon-program " + flood("$2") + " session", "wait-unsol 1 0.5\n");
   EXPECT_LT(steady_clock::now() - start, kMaxDelay);
   EXPECT_EQ(result.status, 3);
   EXPECT_THAT(result.errors, HasSubstr("0 of 1 unsolicited frames came within 0.5 s"));

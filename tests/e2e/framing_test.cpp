@@ -8,50 +8,56 @@
 namespace e2e {
 namespace {
 
-using testing::ElementsAreArray;
-using testing::IsEmpty;
+using Framing = HandsetTest;
 
-class Framing : public HandsetTest {
- protected:
-  void expect_served(const Bytes& request, const std::string& replies, const Texts& log) {
-    Served served = handset.serve(request);
-    EXPECT_EQ(served.replies, replies);
-    EXPECT_THAT(served.log, ElementsAreArray(log));
-  }
+struct ShortRequest {
+  const char* name;
+  const char* request;
+  const char* reply;
+  Texts log;
 };
 
-TEST_F(Framing, TheReplyToOneByteHasZerosForTheMissingBytes) {
-  expect_served(hex("7F"), "7f000000ffffffff",
-                {"Read 1 bytes from pipe", "getOemHook: NULL DATA or check size",
-                 "msg Id is 0xffffffff, type is 0. ", "Wrong msg Id"});
+std::ostream& operator<<(std::ostream& out, const ShortRequest& row) { return out << row.name; }
+
+const ShortRequest kShortRequests[] = {
+    {"OneByte",
+     "7F",
+     "7F000000 FFFFFFFF",
+     {"Read 1 bytes from pipe", "getOemHook: NULL DATA or check size",
+      "msg Id is 0xffffffff, type is 0. ", "Wrong msg Id"}},
+    {"SevenBytes",
+     "16000002 000000",
+     "16000002 FFFFFFFF",
+     {"Read 7 bytes from pipe", "getOemHook: NULL DATA or check size",
+      "msg Id is 0xffffffff, type is 0. ", "Wrong msg Id"}},
+    {"UnknownGenericId",
+     "01050506 00000000",
+     "01050506 FFFFFFFF",
+     {"Read 8 bytes from pipe", "msg Id is 0x50506, type is 1. ",
+      "Received Generic Hook request 0x60505", "0x60505 not supported"}},
+    {"NegativeGenericId",
+     "020506F0 00000102 AABB",
+     "020506F0 FFFFFFFF",
+     {"Read 10 bytes from pipe", "msg Id is 0x506f0, type is 1. ",
+      "Received Generic Hook request 0xfff00605", "0xfff00605 not supported"}},
+    {"FirstByteAboveTwo",
+     "05000001 00000000",
+     "05000001 FFFFFFFF",
+     {"Read 8 bytes from pipe", "getOemHook: UNABLE TO IDENTIFY OEM_HOOK REQUEST!",
+      "msg Id is 0xffffffff, type is 0. ", "Wrong msg Id"}},
+};
+
+class ShortRequests : public Framing, public testing::WithParamInterface<ShortRequest> {};
+
+TEST_P(ShortRequests, GetAnErrorReply) {
+  EXPECT_EQ(expect_reply(hex(GetParam().request), hex(GetParam().reply)), GetParam().log);
 }
 
-TEST_F(Framing, SevenBytesAreTooFewForARequest) {
-  expect_served(hex("16000002 000000"), "16000002ffffffff",
-                {"Read 7 bytes from pipe", "getOemHook: NULL DATA or check size",
-                 "msg Id is 0xffffffff, type is 0. ", "Wrong msg Id"});
-}
-
-TEST_F(Framing, EightBytesAreEnoughForAGenericRequest) {
-  expect_served(hex("01050506 00000000"), "01050506ffffffff",
-                {"Read 8 bytes from pipe", "msg Id is 0x50506, type is 1. ",
-                 "Received Generic Hook request 0x60505", "0x60505 not supported"});
-}
-
-TEST_F(Framing, AnIdWithItsHighestBitSetIsLoggedWithItsSign) {
-  expect_served(hex("020506F0 00000102 AABB"), "020506f0ffffffff",
-                {"Read 10 bytes from pipe", "msg Id is 0x506f0, type is 1. ",
-                 "Received Generic Hook request 0xfff00605", "0xfff00605 not supported"});
-}
+INSTANTIATE_TEST_SUITE_P(Of, ShortRequests, testing::ValuesIn(kShortRequests),
+                         [](const auto& row) { return std::string(row.param.name); });
 
 TEST_F(Framing, EightBytesAreEnoughForACdmaHookRequest) {
   expect_reply(hex("BB000002 00000000"), reply(0x020000BB, 6));
-}
-
-TEST_F(Framing, AFirstByteAboveTwoIsNotAGenericRequest) {
-  expect_served(hex("05000001 00000000"), "05000001ffffffff",
-                {"Read 8 bytes from pipe", "getOemHook: UNABLE TO IDENTIFY OEM_HOOK REQUEST!",
-                 "msg Id is 0xffffffff, type is 0. ", "Wrong msg Id"});
 }
 
 TEST_F(Framing, AGenericIdOfTwoIsReadAsACdmaHookRequest) {
@@ -84,11 +90,8 @@ class UnknownId : public Framing, public testing::WithParamInterface<uint32_t> {
 
 TEST_P(UnknownId, IsNotSupported) {
   uint32_t id = GetParam();
-  Served served = handset.serve(cdma(id, hex("0102030405"), "123456"));
-  EXPECT_EQ(served.replies, as_hex(reply(id, 6)));
-  EXPECT_THAT(served.log, ElementsAreArray(received(id, 23) + declined(id) +
-                                           Texts{fmt::format("{:#x} not supported", id)}));
-  EXPECT_THAT(handset.modem_requests(), IsEmpty());
+  expect_effects(cdma(id, hex("0102030405"), "123456"), reply(id, 6),
+                 declined(id) + Texts{fmt::format("{:#x} not supported", id)}, {});
 }
 
 INSTANTIATE_TEST_SUITE_P(CdmaHook, UnknownId,
@@ -101,15 +104,9 @@ class ObsoleteId : public Framing, public testing::WithParamInterface<uint32_t> 
 TEST_P(ObsoleteId, GetsAReplyWithTheRequestsHeader) {
   uint32_t id = GetParam();
   Bytes request = cdma(id, hex("0102030405"), "123456");
-  Served served = handset.serve(request);
-  EXPECT_EQ(served.replies, as_hex(echo(request, 6)));
-  EXPECT_THAT(served.log, ElementsAreArray(
-                              received(id, 23) +
-                              Texts{fmt::format("qorext_hook_sprint_handle_obsolete_request: ENTER "
-                                                "FUNCTION {} ",
-                                                id)} +
-                              answered(id, 0)));
-  EXPECT_THAT(handset.modem_requests(), IsEmpty());
+  expect_served(request, echo(request, 6),
+                {fmt::format("qorext_hook_sprint_handle_obsolete_request: ENTER FUNCTION {} ", id)},
+                {});
 }
 
 INSTANTIATE_TEST_SUITE_P(CdmaHook, ObsoleteId,

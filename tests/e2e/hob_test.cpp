@@ -49,6 +49,12 @@ class Hob : public testing::Test {
     return texts;
   }
 
+  // Expects a save with this log whose failure is reported.
+  void expect_failed_save(const Texts& log) {
+    EXPECT_EQ(save(), log);
+    expect_reported("[255,0]");
+  }
+
   // Expects these states, in order, to be reported to the modem since its start.
   void expect_reported(const std::string& states) {
     std::string reported;
@@ -115,32 +121,28 @@ TEST_F(Hob, InstanceOneIgnoresTheRequest) {
 TEST_F(Hob, MissingRamDeviceIsReportedAsZero) {
   fs::remove(ram);
   handset.start_serving();
-  EXPECT_THAT(save(), ElementsAre("dhob_write: Unable to open /dev/qor_hob_ram"));
-  expect_reported("[255,0]");
+  expect_failed_save({"dhob_write: Unable to open /dev/qor_hob_ram"});
   EXPECT_EQ(content_of(partition), std::string(kPartitionSize, 'p'));
 }
 
 TEST_F(Hob, RamDeviceThatCannotBeMappedIsReportedAsZero) {
   put_link(ram, "/dev/null");
   handset.start_serving();
-  EXPECT_THAT(save(), ElementsAre(kOpened, "dhob_write: mmap failed", "dhob_write: base 0xf540000",
-                                  "dhob_write: size 0x8000"));
-  expect_reported("[255,0]");
+  expect_failed_save({kOpened, "dhob_write: mmap failed", "dhob_write: base 0xf540000",
+                      "dhob_write: size 0x8000"});
 }
 
 TEST_F(Hob, MissingPartitionIsReportedAsZeroAndNotCreated) {
   fs::remove(partition);
   handset.start_serving();
-  EXPECT_THAT(save(), ElementsAre(kOpened, "dhob_write: Open hob block failed"));
-  expect_reported("[255,0]");
+  expect_failed_save({kOpened, "dhob_write: Open hob block failed"});
   EXPECT_FALSE(fs::exists(partition));
 }
 
 TEST_F(Hob, FullPartitionIsReportedAsZero) {
   put_link(partition, "/dev/full");
   handset.start_serving();
-  EXPECT_THAT(save(), ElementsAre(kOpened, "dhob_write: Write to hob block failed"));
-  expect_reported("[255,0]");
+  expect_failed_save({kOpened, "dhob_write: Write to hob block failed"});
 }
 
 // The daemon inherits a file size limit that emulates the end of the partition.
@@ -153,8 +155,7 @@ TEST_F(Hob, PartitionThatIsTooSmallIsFilledAndReportedAsZero) {
   handset.start_daemon();
   setrlimit(RLIMIT_FSIZE, &before);
   handset.wait_until_serving();
-  EXPECT_THAT(save(), ElementsAre(kOpened, "dhob_write: Write to hob block failed"));
-  expect_reported("[255,0]");
+  expect_failed_save({kOpened, "dhob_write: Write to hob block failed"});
   EXPECT_TRUE(content_of(partition) ==
               region.substr(0, kRoom) + std::string(kPartitionSize - kRoom, 'p'));
 }

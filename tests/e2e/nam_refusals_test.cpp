@@ -12,19 +12,20 @@ constexpr uint32_t kGetPairs = 0x02000003;
 constexpr uint32_t kSetPairs = 0x02000004;
 constexpr size_t kRecordSize = 104;
 
+std::string failed(const char* operation, unsigned number) {
+  return fmt::format("qorext_hook_sprint_{}_nam_block_request_info:  ERROR FOUND {} ", operation,
+                     number);
+}
+
 TEST_F(NamProgramming, ANewProgrammingCodeReplacesTheOldOne) {
   Bytes change = setting(kFactory, "000000", "271828");
-  Served changed = handset.serve(change);
-  EXPECT_EQ(changed.replies, as_hex(echo(change, 0)));
-  EXPECT_THAT(changed.log, Contains("isSpcChanged = 1, (000000 ~ 271828)"));
+  expect_reply(change, echo(change, 0), "isSpcChanged = 1, (000000 ~ 271828)");
   EXPECT_EQ(stored("settings/spc"), "271828");
 
   Bytes again = setting(kFactory, "000000", "314159");
-  Served refused = handset.serve(again);
-  EXPECT_EQ(refused.replies, as_hex(echo(again, 5)));
-  EXPECT_THAT(refused.log, Contains("qor_qmi_sprint_write_spc Error = 85"));
-  EXPECT_THAT(refused.log,
-              Contains("qorext_hook_sprint_set_nam_block_request_info:  ERROR FOUND 19 "));
+  EXPECT_THAT(expect_reply(again, echo(again, 5)),
+              testing::IsSupersetOf(
+                  {std::string("qor_qmi_sprint_write_spc Error = 85"), failed("set", 19)}));
   EXPECT_EQ(stored("settings/spc"), "271828");
 
   Bytes right = setting(kFactory, "271828", "314159");
@@ -41,9 +42,7 @@ TEST_F(NamProgramming, TheSameCodeIsNotWritten) {
 
 TEST_F(NamProgramming, ACodeWithALetterIsNotWritten) {
   Bytes request = setting(kFactory, "000000", "12A456");
-  Served served = handset.serve(request);
-  EXPECT_EQ(served.replies, as_hex(echo(request, 0)));
-  EXPECT_THAT(served.log, Contains("Byte (2) of SPC is not digit."));
+  expect_reply(request, echo(request, 0), "Byte (2) of SPC is not digit.");
   EXPECT_EQ(written().size(), 15U);
   EXPECT_EQ(stored("settings/spc"), "000000");
 }
@@ -54,11 +53,7 @@ TEST_F(NamProgramming, EveryItemThatCannotBeWrittenIsLoggedWithItsNumber) {
   for (unsigned number = 0; number < 15; ++number) {
     SCOPED_TRACE(number);
     handset.inject("element_write", "error error=3", number);
-    Served served = handset.serve(request);
-    EXPECT_EQ(served.replies, as_hex(echo(request, 5)));
-    EXPECT_THAT(served.log,
-                Contains(fmt::format(
-                    "qorext_hook_sprint_set_nam_block_request_info:  ERROR FOUND {} ", number)));
+    expect_reply(request, echo(request, 5), failed("set", number));
     EXPECT_EQ(written().size(), 15U);
   }
 }
@@ -67,11 +62,7 @@ TEST_F(NamProgramming, EveryItemThatCannotBeReadIsLoggedWithItsNumber) {
   for (unsigned number = 0; number < 15; ++number) {
     SCOPED_TRACE(number);
     handset.inject("element_read", "error error=16", number);
-    Served served = handset.serve(cdma(kNamGet));
-    EXPECT_EQ(served.replies, as_hex(reply(kNamGet, 5, zeros(kRecordSize))));
-    EXPECT_THAT(served.log,
-                Contains(fmt::format(
-                    "qorext_hook_sprint_get_nam_block_request_info:  ERROR FOUND {} ", number)));
+    expect_reply(cdma(kNamGet), reply(kNamGet, 5, zeros(kRecordSize)), failed("get", number));
     EXPECT_EQ(handset.modem_requests().size(), 15U);
   }
 }
@@ -79,10 +70,7 @@ TEST_F(NamProgramming, EveryItemThatCannotBeReadIsLoggedWithItsNumber) {
 TEST_F(NamProgramming, TheFirstOfTwoFailuresIsLogged) {
   Bytes request = setting(kProgrammed, "000001", "271828");
   handset.inject("element_write", "error error=3", 4);
-  Served served = handset.serve(request);
-  EXPECT_EQ(served.replies, as_hex(echo(request, 5)));
-  EXPECT_THAT(served.log,
-              Contains("qorext_hook_sprint_set_nam_block_request_info:  ERROR FOUND 4 "));
+  expect_reply(request, echo(request, 5), failed("set", 4));
 }
 
 TEST_F(NamProgramming, ARecordThatWasNotSentCountsAsZeros) {

@@ -12,8 +12,8 @@ class Network : public HandsetTest {
   }
 };
 
-const std::string kServiceState = modem_request("qorext", "get_lte_service_state", "{}");
-const std::string kChannel = modem_request("qorext", "get_lte_channel", "{}");
+const std::string kServiceState = vendor_request("get_lte_service_state");
+const std::string kChannel = vendor_request("get_lte_channel");
 const std::string kServingSystem = modem_request("nas", "get_serving_system", "{}");
 const std::string kSignal = modem_request("nas", "get_sig_info", "{}");
 const std::string kTransmitter = modem_request("nas", "get_tx_rx_info", R"({"radio_interface":8})");
@@ -79,7 +79,7 @@ TEST_F(Network, LteChannelsThatTheModemDoesNotReportAreZero) {
                 kAllOfLte);
 }
 
-const Texts kApnRequest = {modem_request("qorext", "get_active_ehrpd_apn", "{}")};
+const Texts kApnRequest = {vendor_request("get_active_ehrpd_apn")};
 constexpr size_t kApnListSize = 1017;
 
 TEST_F(Network, AccessPointsAreAListOfPackedRecords) {
@@ -121,21 +121,20 @@ TEST_F(Network, TheTotOrderIsUpdatedAndReadBack) {
   Bytes written = cdma(0x020000C5, le16(15) + entries);
   expect_served(written, echo(written, 0),
                 {"handle_update_tot_order: EVENT VALUE 33554629 ", "Update TOT order result - 1"},
-                {modem_request("qorext", "update_tot_order",
-                               R"({"entries":[1,2,3,4,5,6,7,8,9,10,11,12,13,14,4294967295]})")});
+                {vendor_request("update_tot_order",
+                                R"({"entries":[1,2,3,4,5,6,7,8,9,10,11,12,13,14,4294967295]})")});
   Bytes read = cdma(0x020000C4);
-  expect_served(read, echo(read, 0, le16(15) + entries), {},
-                {modem_request("qorext", "get_tot_order", "{}")});
+  expect_served(read, echo(read, 0, le16(15) + entries), {}, {vendor_request("get_tot_order")});
 }
 
 TEST_F(Network, AShorterTotOrderHasOnlyItsOwnEntries) {
   Bytes written = cdma(0x020000C5, le16(2) + words({7, 8, 9, 10}) + zeros(44));
   expect_served(written, echo(written, 0),
                 {"handle_update_tot_order: EVENT VALUE 33554629 ", "Update TOT order result - 1"},
-                {modem_request("qorext", "update_tot_order", R"({"entries":[7,8]})")});
+                {vendor_request("update_tot_order", R"({"entries":[7,8]})")});
   Bytes read = cdma(0x020000C4);
   expect_served(read, echo(read, 0, le16(2) + words({7, 8}) + zeros(52)), {},
-                {modem_request("qorext", "get_tot_order", "{}")});
+                {vendor_request("get_tot_order")});
 }
 
 TEST_F(Network, ATotOrderOfMoreThan15EntriesIsRefusedWithoutTheModem) {
@@ -152,7 +151,7 @@ TEST_F(Network, UpdatingATotOrderThatTheModemRefusesFails) {
                 {"handle_update_tot_order: EVENT VALUE 33554629 ",
                  "qor_qmi_sprint_update_tot_order: Update TOT order failed (48).",
                  "Update TOT order result - 0"},
-                {modem_request("qorext", "update_tot_order", R"({"entries":[7]})")});
+                {vendor_request("update_tot_order", R"({"entries":[7]})")});
 }
 
 Texts subsidy_lock(const std::string& outcome) {

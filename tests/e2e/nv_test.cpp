@@ -6,8 +6,6 @@ namespace e2e {
 namespace {
 
 using testing::ElementsAre;
-using testing::ElementsAreArray;
-using testing::IsEmpty;
 
 constexpr uint32_t kItem = 7000;
 
@@ -23,64 +21,48 @@ class Nv : public HandsetTest {
 
 TEST_F(Nv, AnItemIsWrittenAndReadBack) {
   Bytes data = hex("11223344 556677");
-  Served written = handset.serve(cdma(kNvWrite, words({kItem, 2, 3, 7}) + data));
-  EXPECT_EQ(written.replies, as_hex(reply(kNvWrite, 0)));
-  EXPECT_THAT(
-      written.log,
-      ElementsAreArray(received(kNvWrite, 41) +
-                       Texts{"qorext_hook_sprint_rde_write: FUNCTION enter.",
-                             "NV Write with RDE index 7000, record number 2, offset 3.",
-                             "qor_qmi_sprint_rde_write: hexdump len 7...",
-                             "HexDump: Data 11223344556677", "NV Write success for element 7000",
-                             "RDE Write success for element 7000"} +
-                       answered(kNvWrite, 0)));
-
-  Served read = handset.serve(cdma(kNvRead, words({kItem, 2, 0, 10})));
-  EXPECT_EQ(read.replies,
-            as_hex(reply(kNvRead, 0, words({kItem, 2, 0, 10}) + zeros(3) + data + zeros(4))));
-  EXPECT_THAT(read.log,
-              ElementsAreArray(received(kNvRead, 34) +
-                               Texts{"qorext_hook_sprint_rde_read: Function Enter.",
-                                     "NV Read with RDE index (7000), recordNum(2), offset(0).",
-                                     "NV Read 7000, length 10, data length 10, grde - "
-                                     "00000011223344556677"} +
-                               answered(kNvRead, 30)));
-  EXPECT_THAT(handset.modem_requests(),
-              ElementsAre(element_write(kItem, data, 2, 3), element_read(kItem, 2)));
+  expect_served(nv_write(kItem, data, 2, 3), reply(kNvWrite, 0),
+                {"qorext_hook_sprint_rde_write: FUNCTION enter.",
+                 "NV Write with RDE index 7000, record number 2, offset 3.",
+                 "qor_qmi_sprint_rde_write: hexdump len 7...", "HexDump: Data 11223344556677",
+                 "NV Write success for element 7000", "RDE Write success for element 7000"},
+                {element_write(kItem, data, 2, 3)});
+  expect_served(nv_read(kItem, 2, 0, 10),
+                reply(kNvRead, 0, words({kItem, 2, 0, 10}) + zeros(3) + data + zeros(4)),
+                {"qorext_hook_sprint_rde_read: Function Enter.",
+                 "NV Read with RDE index (7000), recordNum(2), offset(0).",
+                 "NV Read 7000, length 10, data length 10, grde - 00000011223344556677"},
+                {element_read(kItem, 2)});
 }
 
 TEST_F(Nv, AReadStartsAtItsOffset) {
   store(kItem, hex("A0A1A2A3A4"));
-  expect_reply(cdma(kNvRead, words({kItem, 0, 2, 0})),
+  expect_reply(nv_read(kItem, 0, 2),
                reply(kNvRead, 0, words({kItem, 0, 2, 3}) + hex("A2A3A4") + zeros(4)));
 }
 
 TEST_F(Nv, AMissingItemCannotBeRead) {
-  Served served = handset.serve(nv_read(kItem));
-  EXPECT_EQ(served.replies, as_hex(reply(kNvRead, 5)));
-  EXPECT_THAT(served.log,
-              ElementsAreArray(received(kNvRead, 34) +
-                               Texts{"qorext_hook_sprint_rde_read: Function Enter.",
-                                     "NV Read with RDE index (7000), recordNum(0), offset(0).",
-                                     "NV Read fail - 0, result - 1, error - 16", "RDE Read error"} +
-                               answered(kNvRead, 0)));
+  expect_served(nv_read(kItem), reply(kNvRead, 5),
+                {"qorext_hook_sprint_rde_read: Function Enter.",
+                 "NV Read with RDE index (7000), recordNum(0), offset(0).",
+                 "NV Read fail - 0, result - 1, error - 16", "RDE Read error"},
+                {element_read(kItem)});
 }
 
 TEST_F(Nv, AnItemOf512BytesIsWrittenAndReadBack) {
   Bytes data = counting(512);
-  expect_reply(cdma(kNvWrite, words({kItem, 0, 0, 512}) + data), reply(kNvWrite, 0));
+  expect_reply(nv_write(kItem, data), reply(kNvWrite, 0));
   EXPECT_EQ(stored_item(kItem), as_hex(data));
   expect_reply(nv_read(kItem), nv_item(kItem, data));
 }
 
 TEST_F(Nv, AWriteOfMoreThan512BytesIsRefusedWithoutTheModem) {
   for (uint32_t length : {513U, 0x80000000U, 0xFFFFFFFFU}) {
-    Served served = handset.serve(cdma(kNvWrite, words({kItem, 0, 0, length}) + counting(513)));
-    EXPECT_EQ(served.replies, as_hex(reply(kNvWrite, 5)));
-    EXPECT_EQ(served.log[6],
-              fmt::format("Data more than buffer size {}", static_cast<int32_t>(length)));
+    Texts log = expect_reply(cdma(kNvWrite, words({kItem, 0, 0, length}) + counting(513)),
+                             reply(kNvWrite, 5));
+    EXPECT_EQ(log[6], fmt::format("Data more than buffer size {}", static_cast<int32_t>(length)));
   }
-  EXPECT_THAT(handset.modem_requests(), IsEmpty());
+  EXPECT_THAT(handset.modem_requests(), testing::IsEmpty());
 }
 
 TEST_F(Nv, AWriteHasZerosForBytesThatWereNotSent) {
@@ -90,16 +72,12 @@ TEST_F(Nv, AWriteHasZerosForBytesThatWereNotSent) {
 
 TEST_F(Nv, AWriteThatTheModemRefusesFails) {
   handset.inject("element_write", "error error=52");
-  Served served = handset.serve(cdma(kNvWrite, words({kItem, 0, 0, 1}) + hex("AB")));
-  EXPECT_EQ(served.replies, as_hex(reply(kNvWrite, 5)));
-  EXPECT_THAT(
-      served.log,
-      ElementsAreArray(received(kNvWrite, 35) +
-                       Texts{"qorext_hook_sprint_rde_write: FUNCTION enter.",
-                             "NV Write with RDE index 7000, record number 0, offset 0.",
-                             "qor_qmi_sprint_rde_write: hexdump len 1...", "HexDump: Data AB",
-                             "NV Write fail - 0, result - 1, error - 52", "RDE write error"} +
-                       answered(kNvWrite, 0)));
+  expect_served(nv_write(kItem, hex("AB")), reply(kNvWrite, 5),
+                {"qorext_hook_sprint_rde_write: FUNCTION enter.",
+                 "NV Write with RDE index 7000, record number 0, offset 0.",
+                 "qor_qmi_sprint_rde_write: hexdump len 1...", "HexDump: Data AB",
+                 "NV Write fail - 0, result - 1, error - 52", "RDE write error"},
+                {element_write(kItem, hex("AB"))});
 }
 
 // A request id and the NV item that it reads or writes. Code field and status of the request have
@@ -110,12 +88,9 @@ class FixedItems : public Nv, public testing::WithParamInterface<FixedItem> {};
 
 TEST_P(FixedItems, AreWrittenWithTheRequestsWholePayload) {
   auto [id, rde_id] = GetParam();
-  Served served = handset.serve(cdma(id, hex("0B0C0D0E0F"), "987654"));
-  EXPECT_EQ(served.replies, as_hex(reply(id, 0)));
-  EXPECT_THAT(served.log,
-              ElementsAreArray(received(id, 23) + declined(id) +
-                               Texts{fmt::format("NV write RdeId: {} length 5", rde_id)}));
-  EXPECT_THAT(handset.modem_requests(), ElementsAre(element_write(rde_id, hex("0B0C0D0E0F"))));
+  expect_effects(cdma(id, hex("0B0C0D0E0F"), "987654"), reply(id, 0),
+                 declined(id) + Texts{fmt::format("NV write RdeId: {} length 5", rde_id)},
+                 {element_write(rde_id, hex("0B0C0D0E0F"))});
 }
 
 TEST_P(FixedItems, RefuseMoreThan512BytesWithoutTheModem) {
@@ -128,9 +103,8 @@ TEST_P(FixedItems, RefuseMoreThan512BytesWithoutTheModem) {
 TEST_P(FixedItems, FailWhenTheModemRefuses) {
   auto [id, rde_id] = GetParam();
   handset.inject("element_write", "error error=3");
-  Served served = handset.serve(cdma(id, hex("01")));
-  EXPECT_EQ(served.replies, as_hex(reply(id, 5)));
-  EXPECT_EQ(served.log.back(), fmt::format("NV write Err RdeId={}, Err=0, resp_type=3", rde_id));
+  Texts log = expect_reply(cdma(id, hex("01")), reply(id, 5));
+  EXPECT_EQ(log.back(), fmt::format("NV write Err RdeId={}, Err=0, resp_type=3", rde_id));
 }
 
 INSTANTIATE_TEST_SUITE_P(Ids, FixedItems,
@@ -143,8 +117,6 @@ class ReadableItems : public Nv, public testing::WithParamInterface<FixedItem> {
 TEST_P(ReadableItems, ReturnTheirFirstFourBytes) {
   auto [id, rde_id] = GetParam();
   store(rde_id, hex("A1A2A3A4A5A6"));
-  Served served = handset.serve(cdma(id));
-  EXPECT_EQ(served.replies, as_hex(reply(id, 0, hex("A1A2A3A4"))));
   std::string frame = fmt::format(
       "{:02X}000002"
       "04000000"
@@ -152,16 +124,15 @@ TEST_P(ReadableItems, ReturnTheirFirstFourBytes) {
       "000000000000"
       "A1A2A3A40000",
       id & 0xFF);
-  EXPECT_THAT(
-      served.log,
-      ElementsAreArray(
-          received(id, 18) + declined(id) +
+  expect_effects(
+      cdma(id), reply(id, 0, hex("A1A2A3A4")),
+      declined(id) +
           Texts{fmt::format("NV Read RdeId {}", rde_id),
                 fmt::format("handleNvResponse for id {:x}, dataSize-4, respSize-6", id),
                 fmt::format("handleNvRsp: data is 161 for msgId {:#x}", id),
                 fmt::format("handleNvRsp: response hexdump for p_respHdr->msgId {:#x}...", id),
-                "HexDump: Data " + frame}));
-  EXPECT_THAT(handset.modem_requests(), ElementsAre(element_read(rde_id)));
+                "HexDump: Data " + frame},
+      {element_read(rde_id)});
 }
 
 TEST_P(ReadableItems, ArePaddedWithZeros) {
@@ -185,9 +156,7 @@ class UnreadableItems : public Nv, public testing::WithParamInterface<FixedItem>
 TEST_P(UnreadableItems, AreReadFromTheModemButNotReturned) {
   auto [id, rde_id] = GetParam();
   store(rde_id, hex("A1A2A3A4"));
-  Served served = handset.serve(cdma(id));
-  EXPECT_EQ(served.replies, as_hex(reply(id, 5, zeros(4))));
-  EXPECT_EQ(served.log[8], "This should not happen");
+  EXPECT_EQ(expect_reply(cdma(id), reply(id, 5, zeros(4)))[8], "This should not happen");
   EXPECT_THAT(handset.modem_requests(), ElementsAre(element_read(rde_id)));
 }
 
@@ -196,19 +165,15 @@ INSTANTIATE_TEST_SUITE_P(Ids, UnreadableItems,
 
 TEST_F(Nv, TheProtocolRevisionIsItem28) {
   handset.serve(cdma(0x02000008, hex("0B")));
-  Served served = handset.serve(cdma(0x02000007));
-  EXPECT_EQ(served.replies, as_hex(reply(0x02000007, 0, hex("0B000000"))));
-  EXPECT_THAT(
-      served.log,
-      ElementsAreArray(received(0x02000007, 18) +
-                       Texts{"qorext_hook_sprint_get_nv_data_to_oem: ENTER EVENT VALUE 33554439 ",
-                             "qorext_hook_sprint_get_nv_data_to_oem: EVENT VALUE 33554439 ",
-                             "Enter qorext_hook_sprint_get_mob_p_pre() ",
-                             "NV Read with RDE index (28), recordNum(0), offset(0).",
-                             "NV Read 28, length 1, data length 1, grde - 0B",
-                             "qorext_hook_sprint_get_nam_item: READ NV VALUE 0 ",
-                             "get mob_cai_rev 11 "} +
-                       answered(0x02000007, 4)));
+  handset.modem_requests();
+  expect_served(cdma(0x02000007), reply(0x02000007, 0, hex("0B000000")),
+                {"qorext_hook_sprint_get_nv_data_to_oem: ENTER EVENT VALUE 33554439 ",
+                 "qorext_hook_sprint_get_nv_data_to_oem: EVENT VALUE 33554439 ",
+                 "Enter qorext_hook_sprint_get_mob_p_pre() ",
+                 "NV Read with RDE index (28), recordNum(0), offset(0).",
+                 "NV Read 28, length 1, data length 1, grde - 0B",
+                 "qorext_hook_sprint_get_nam_item: READ NV VALUE 0 ", "get mob_cai_rev 11 "},
+                {element_read(28)});
 }
 
 TEST_F(Nv, AMissingProtocolRevisionFailsWithData) {

@@ -116,12 +116,12 @@ TEST(Saves, TheBlockIsCopiedToThePartition) {
 // A root that is kept between runs.
 class KeptRoot : public testing::Test {
  protected:
-  CommandResult run(const std::string& words) {
-    return run_command("$BIN/qorextctl --phone-root " + phone.folder() + " " + words);
+  CommandResult run(const std::string& words, const std::string& input = "") {
+    return run_tool("--phone-root " + phone.folder() + " " + words, input);
   }
   // Plays the lines as soon as the daemon serves requests.
   CommandResult play(const std::string& lines) {
-    return run("session <<END\nwait-log 'waiting for data'\n" + lines + "\nEND");
+    return run("session", "wait-log 'waiting for data'\n" + lines + "\n");
   }
 
   PhoneRoot phone{PhoneRoot::bare};
@@ -168,9 +168,7 @@ TEST_F(KeptRoot, ASaveThatFailsEndsWithStatusOne) {
   EXPECT_THAT(result.output, HasSubstr(R"("failed")"));
 }
 
-TEST(PhoneCommand, RequiresAPhoneRoot) {
-  EXPECT_EQ(run_command("$BIN/qorextctl phone show").status, 2);
-}
+TEST(PhoneCommand, RequiresAPhoneRoot) { EXPECT_EQ(run_tool("phone show").status, 2); }
 
 }  // namespace
 }  // namespace e2e

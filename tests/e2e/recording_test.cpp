@@ -31,12 +31,8 @@ class Recordings : public testing::Test {
  protected:
   std::string path(const std::string& name) const { return phone_.folder() + "/" + name; }
 
-  CommandResult run(const std::string& words, const std::string& input = "") const {
-    std::ofstream(path("input")) << input;
-    return run_command("$BIN/qorextctl " + words + " <" + path("input"));
-  }
   CommandResult record(const std::string& options, const std::string& session) const {
-    return run(options + " record --output " + path("recording"), session);
+    return run_tool(options + " record --output " + path("recording"), session);
   }
 
   static std::vector<Json> objects_of(const std::string& text) {
@@ -51,23 +47,29 @@ class Recordings : public testing::Test {
   }
 
   // Writes a stored recording with one change in the first line that contains `in`. Returns the
-  // line's number, or 0.
+  // line's number.
   size_t change(const std::string& name, const std::string& in, const std::string& from,
                 const std::string& to) const {
     auto lines = lines_of(content_of(stored_recording(name)));
     size_t number = 0;
     while (number < lines.size() && lines[number].find(in) == std::string::npos) ++number;
-    if (number == lines.size()) return 0;
-    size_t place = lines[number].rfind(from);
-    if (place == std::string::npos) return 0;
-    lines[number].replace(place, from.size(), to);
+    std::string& line = lines.at(number);
+    line.replace(line.rfind(from), from.size(), to);
     write(lines);
     return number + 1;
   }
 
   // Returns the differences, then the summary.
   std::vector<Json> replayed(const std::string& options = "") const {
-    return objects_of(run("--json " + options + " replay " + path("recording")).output);
+    return objects_of(run_tool("--json " + options + " replay " + path("recording")).output);
+  }
+
+  // Expects exactly one difference and returns it.
+  Json only_difference(const std::string& options = "") const {
+    auto objects = replayed(options);
+    EXPECT_EQ(objects.size(), 2U);
+    EXPECT_EQ(objects.at(1)["differences"], 1);
+    return objects.at(0);
   }
 
   PhoneRoot phone_;
@@ -75,7 +77,7 @@ class Recordings : public testing::Test {
 
 TEST_F(Recordings, StoredOnesReplayWithoutADifference) {
   for (const char* name : kStoredRecordings) {
-    CommandResult result = run("replay " + stored_recording(name));
+    CommandResult result = run_tool("replay " + stored_recording(name));
     EXPECT_EQ(result.status, 0) << name << '\n' << result.output << result.errors;
     EXPECT_THAT(lines_of(result.output), ElementsAre(EndsWith("compared, 0 differences")));
   }
@@ -84,49 +86,39 @@ TEST_F(Recordings, StoredOnesReplayWithoutADifference) {
 TEST_F(Recordings, ReportADifferentFieldOfAReply) {
   size_t line =
       change("features", R"("kind":"reply","name":"get-bsr-timer")", "2C010000", "2B010000");
-  ASSERT_NE(line, 0U);
-  CommandResult result = run("replay " + path("recording"));
+  CommandResult result = run_tool("replay " + path("recording"));
   EXPECT_EQ(result.status, 1);
   EXPECT_THAT(lines_of(result.output),
               ElementsAre(fmt::format("line {}: reply get-bsr-timer: fields.timer: expected 299, "
                                       "got 300",
                                       line),
                           EndsWith("compared, 1 difference")));
-  auto objects = replayed();
-  ASSERT_EQ(objects.size(), 2U);
-  EXPECT_EQ(objects[0].dump(),
+  EXPECT_EQ(only_difference().dump(),
             fmt::format(R"({{"type":"difference","line":{},"what":"reply get-bsr-timer",)"
                         R"("field":"fields.timer","expected":299,"got":300}})",
                         line));
-  EXPECT_EQ(objects[1]["differences"], 1);
 }
 
 TEST_F(Recordings, ReportADifferentFieldOfAMessage) {
-  size_t line = change("trouble", R"("direction":"request","name":"set_bsr_timer")",
-                       "0104004D000000", "0104004E000000");
-  ASSERT_NE(line, 0U);
-  auto objects = replayed();
-  ASSERT_EQ(objects.size(), 2U);
-  EXPECT_EQ(objects[0]["what"], "qorext set_bsr_timer request");
-  EXPECT_EQ(objects[0]["field"], "fields.timer");
-  EXPECT_EQ(objects[0]["expected"], 78);
-  EXPECT_EQ(objects[0]["got"], 77);
+  change("trouble", R"("direction":"request","name":"set_bsr_timer")", "0104004D000000",
+         "0104004E000000");
+  Json difference = only_difference();
+  EXPECT_EQ(difference["what"], "qorext set_bsr_timer request");
+  EXPECT_EQ(difference["field"], "fields.timer");
+  EXPECT_EQ(difference["expected"], 78);
+  EXPECT_EQ(difference["got"], 77);
 }
 
 TEST_F(Recordings, MaskPersonalValuesInTheirDifferences) {
   const std::string mdn = "393133353535303134323030303030";
-  size_t line =
-      change("provisioning", R"("kind":"reply","name":"get-nam")", mdn, "38" + mdn.substr(2));
-  ASSERT_NE(line, 0U);
-  auto hidden = replayed();
-  ASSERT_EQ(hidden.size(), 2U);
-  EXPECT_EQ(hidden[0]["field"], "fields.mdn");
-  EXPECT_EQ(hidden[0]["expected"], "***");
-  EXPECT_EQ(hidden[0]["got"], "***");
-  auto shown = replayed("--show-personal");
-  ASSERT_EQ(shown.size(), 2U);
-  EXPECT_EQ(shown[0]["expected"], "813555014200000");
-  EXPECT_EQ(shown[0]["got"], "913555014200000");
+  change("provisioning", R"("kind":"reply","name":"get-nam")", mdn, "38" + mdn.substr(2));
+  Json hidden = only_difference();
+  EXPECT_EQ(hidden["field"], "fields.mdn");
+  EXPECT_EQ(hidden["expected"], "***");
+  EXPECT_EQ(hidden["got"], "***");
+  Json shown = only_difference("--show-personal");
+  EXPECT_EQ(shown["expected"], "813555014200000");
+  EXPECT_EQ(shown["got"], "913555014200000");
 }
 
 TEST_F(Recordings, ReportAnUnexpectedMessage) {
@@ -158,13 +150,14 @@ TEST_F(Recordings, ReportAMissingMessage) {
     lines.push_back(request.dump());
   }
   write(lines);
-  EXPECT_THAT(lines_of(run("replay " + path("recording")).output),
+  EXPECT_THAT(lines_of(run_tool("replay " + path("recording")).output),
               ElementsAre(EndsWith(": qorext tuner request: is missing"),
                           EndsWith("compared, 1 difference")));
 }
 
 TEST_F(Recordings, ReportTheEndOfTheDaemon) {
-  CommandResult result = run("--daemon-program /bin/true replay " + stored_recording("features"));
+  CommandResult result =
+      run_tool("--daemon-program /bin/true replay " + stored_recording("features"));
   EXPECT_EQ(result.status, 1);
   auto lines = lines_of(result.output);
   ASSERT_EQ(lines.size(), 2U) << result.output;
@@ -181,14 +174,14 @@ TEST_F(Recordings, AreRecordedReplayedAndTraced) {
                               "modem hob-save\n");
   EXPECT_EQ(made.status, 0) << made.errors;
   EXPECT_THAT(lines_of(made.output), Contains(HasSubstr("events, with all personal data")));
-  CommandResult played = run("replay " + path("recording"));
+  CommandResult played = run_tool("replay " + path("recording"));
   EXPECT_EQ(played.status, 0) << played.output << played.errors;
 
-  CommandResult shown = run("trace " + path("recording") + " --output " + path("trace"));
+  CommandResult shown = run_tool("trace " + path("recording") + " --output " + path("trace"));
   EXPECT_EQ(shown.status, 0) << shown.errors;
   EXPECT_EQ(shown.output, "");
   Json trace = Json::parse(content_of(path("trace")));
-  EXPECT_EQ(trace, Json::parse(run("trace " + path("recording")).output));
+  EXPECT_EQ(trace, Json::parse(run_tool("trace " + path("recording")).output));
 }
 
 // The timeline of a recording in the trace event format.
@@ -196,7 +189,7 @@ class Trace : public Recordings {
  protected:
   void SetUp() override {
     record("", "nv-read rde-id=28\nmodem indicate pfp\nwait-unsol\nmodem hob-save\ntune data=0A\n");
-    trace_ = Json::parse(run("trace " + path("recording")).output)["traceEvents"];
+    trace_ = Json::parse(run_tool("trace " + path("recording")).output)["traceEvents"];
     for (const Json& event : trace_) {
       if (event["name"] == "thread_name") threads_[event["args"]["name"]] = event["tid"];
     }
@@ -282,7 +275,7 @@ TEST_F(Trace, LinksRequestsAndRepliesWithArrows) {
 }
 
 TEST_F(Trace, IsDrawnAsAPicture) {
-  run("trace " + path("recording") + " --output " + path("trace"));
+  run_tool("trace " + path("recording") + " --output " + path("trace"));
   CommandResult drawn =
       run_command("python3 " QOREXT_DRAW_TRACE " " + path("trace") + " " + path("picture"));
   EXPECT_EQ(drawn.status, 0) << drawn.errors;
@@ -305,8 +298,8 @@ TEST_F(Recordings, MaskPersonalDataByDefault) {
   std::string masked = content_of(path("recording"));
   EXPECT_EQ(record("--show-personal", session).status, 0);
   std::string whole = content_of(path("recording"));
-  std::string trace = run("trace " + path("recording")).output;
-  std::string whole_trace = run("--show-personal trace " + path("recording")).output;
+  std::string trace = run_tool("trace " + path("recording")).output;
+  std::string whole_trace = run_tool("--show-personal trace " + path("recording")).output;
   for (const char* personal : kPersonal) {
     EXPECT_THAT(masked, Not(HasSubstr(personal)));
     EXPECT_THAT(whole, HasSubstr(personal));
@@ -326,10 +319,11 @@ TEST_F(Recordings, MaskPossiblyPersonalBytes) {
   EXPECT_THAT(masked, HasSubstr(R"("id":"0x02000099")"));
   EXPECT_THAT(masked, HasSubstr(R"("name":"utils")"));
   for (const char* secret : {"323731", "271828"}) EXPECT_THAT(masked, Not(HasSubstr(secret)));
-  EXPECT_THAT(run("trace " + path("recording")).output, Not(HasSubstr("323731")));
+  EXPECT_THAT(run_tool("trace " + path("recording")).output, Not(HasSubstr("323731")));
   record("--show-personal", session);
-  EXPECT_THAT(run("trace " + path("recording")).output, Not(HasSubstr("323731")));
-  EXPECT_THAT(run("--show-personal trace " + path("recording")).output, HasSubstr("323731383238"));
+  EXPECT_THAT(run_tool("trace " + path("recording")).output, Not(HasSubstr("323731")));
+  EXPECT_THAT(run_tool("--show-personal trace " + path("recording")).output,
+              HasSubstr("323731383238"));
 }
 
 TEST_F(Recordings, MaskPossiblyPersonalBytesInTheirDifferences) {
@@ -342,11 +336,10 @@ TEST_F(Recordings, MaskPossiblyPersonalBytesInTheirDifferences) {
     if (place != std::string::npos) line.replace(place, 2, "33");
   }
   write(lines);
-  auto hidden = replayed();
-  ASSERT_EQ(hidden.size(), 2U);
-  EXPECT_EQ(hidden[0]["expected"], "***");
-  EXPECT_EQ(hidden[0]["got"], "***");
-  EXPECT_EQ(replayed("--show-personal")[0]["got"], "323731383238");
+  Json hidden = only_difference();
+  EXPECT_EQ(hidden["expected"], "***");
+  EXPECT_EQ(hidden["got"], "***");
+  EXPECT_EQ(only_difference("--show-personal")["got"], "323731383238");
 }
 
 TEST_F(Recordings, AreReadableOnlyByTheirOwnerIfTheyContainPersonalData) {
@@ -360,17 +353,19 @@ TEST_F(Recordings, AreReadableOnlyByTheirOwnerIfTheyContainPersonalData) {
   EXPECT_EQ(fs::status(path("recording")).permissions(), fs::perms(0644));
   EXPECT_EQ(record("--show-personal", "get-ddtm\n").status, 0);
   EXPECT_EQ(fs::status(path("recording")).permissions(), kOwners);
-  EXPECT_EQ(run("--show-personal trace --output " + path("trace") + " " + path("recording")).status,
-            0);
+  EXPECT_EQ(
+      run_tool("--show-personal trace --output " + path("trace") + " " + path("recording")).status,
+      0);
   EXPECT_EQ(fs::status(path("trace")).permissions(), kOwners);
-  EXPECT_EQ(run("--show-personal trace --output " + path("new") + " " + path("recording")).status,
-            0);
+  EXPECT_EQ(
+      run_tool("--show-personal trace --output " + path("new") + " " + path("recording")).status,
+      0);
   EXPECT_EQ(fs::status(path("new")).permissions(), kOwners);
 }
 
 TEST_F(Recordings, AreNotReplayedIfValuesAreMasked) {
   record("", "nv-read rde-id=28\nget-nam\n");
-  CommandResult result = run("replay " + path("recording"));
+  CommandResult result = run_tool("replay " + path("recording"));
   EXPECT_EQ(result.status, 2);
   EXPECT_EQ(result.output, "");
   EXPECT_THAT(lines_of(result.errors), ElementsAre(AllOf(HasSubstr("personal data is masked"),
@@ -380,13 +375,13 @@ TEST_F(Recordings, AreNotReplayedIfValuesAreMasked) {
 TEST_F(Recordings, AreReplayedIfNoValueHadToBeMasked) {
   record("", "nv-read rde-id=28\n");
   EXPECT_THAT(content_of(path("recording")), HasSubstr(R"("masked":true)"));
-  EXPECT_EQ(run("replay " + path("recording")).status, 0);
+  EXPECT_EQ(run_tool("replay " + path("recording")).status, 0);
 }
 
 TEST_F(Recordings, OfACorruptFileAreRefusedWithOneLine) {
   std::ofstream(path("recording")) << R"({"type":"recording","version":9})" << '\n';
   for (const char* verb : {"replay ", "trace "}) {
-    CommandResult result = run(verb + path("recording"));
+    CommandResult result = run_tool(verb + path("recording"));
     EXPECT_EQ(result.status, 2);
     EXPECT_EQ(result.output, "");
     EXPECT_THAT(lines_of(result.errors),
@@ -395,7 +390,7 @@ TEST_F(Recordings, OfACorruptFileAreRefusedWithOneLine) {
 }
 
 TEST_F(Recordings, AreNotMadeIfTheFileOrTheModemIsNotAccessible) {
-  CommandResult unwritable = run("record --output /nonexistent/recording");
+  CommandResult unwritable = run_tool("record --output /nonexistent/recording");
   EXPECT_EQ(unwritable.status, 2);
   EXPECT_THAT(unwritable.errors, HasSubstr("cannot write '/nonexistent/recording'"));
   CommandResult unwatched = record("--modem unix:" + path("modem"), "");
@@ -407,12 +402,12 @@ TEST(RecordingOf, ARunningModemContainsItsMessages) {
   Handset handset{Handset::off};
   handset.start_modem();
   std::string path = handset.phone().folder() + "/recording";
-  CommandResult made =
-      run_command("echo tune data=0A0B | $BIN/qorextctl --modem " + handset.phone().modem() +
-                  " --control " + handset.phone().control_socket() + " record --output " + path);
+  CommandResult made = run_tool("--modem " + handset.phone().modem() + " --control " +
+                                    handset.phone().control_socket() + " record --output " + path,
+                                "tune data=0A0B");
   EXPECT_EQ(made.status, 0) << made.errors;
   EXPECT_THAT(content_of(path), HasSubstr(R"("direction":"request","name":"tuner")"));
-  EXPECT_EQ(run_command("$BIN/qorextctl replay " + path).status, 0);
+  EXPECT_EQ(run_tool("replay " + path).status, 0);
 }
 
 }  // namespace

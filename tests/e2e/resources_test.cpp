@@ -97,7 +97,7 @@ TEST_F(Resources, WithoutDescriptorsAFailedSaveIsReportedToTheModem) {
     requests = handset.modem_requests();
     return !requests.empty();
   });
-  EXPECT_THAT(requests, testing::ElementsAre(modem_request("qorext", "hob", R"({"state":0})")));
+  EXPECT_THAT(requests, testing::ElementsAre(vendor_request("hob", R"({"state":0})")));
 }
 
 }  // namespace

@@ -2,10 +2,8 @@
 // The scenario files that come with the modem.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-#include <unistd.h>
 
 #include <chrono>
-#include <fstream>
 #include <set>
 
 #include "tests/e2e/support/command.h"
@@ -22,9 +20,8 @@ using testing::UnorderedElementsAre;
 
 // Returns the replies to the session's lines on a modem with this scenario.
 std::vector<Json> replies(const std::string& scenario, const std::string& lines) {
-  CommandResult result = run_command("printf '%s' '" + lines +
-                                     "' | $BIN/qorextctl --json --scenario " QOREXT_SCENARIOS "/" +
-                                     scenario + " session");
+  CommandResult result =
+      run_tool("--json --scenario " QOREXT_SCENARIOS "/" + scenario + " session", lines);
   std::vector<Json> objects;
   for (const std::string& line : lines_of(result.output)) {
     Json object = Json::parse(line);
@@ -124,7 +121,7 @@ std::vector<std::string> names_in(const Json& fields) {
 
 std::vector<std::string> documented_names(const std::string& request) {
   std::vector<std::string> names;
-  CommandResult result = run_command("$BIN/qorextctl --json list " + request);
+  CommandResult result = run_tool("--json list " + request);
   Json row = Json::parse(result.output, nullptr, false);
   if (!row.is_object()) return names;
   for (const Json& field : row["reply_fields"]) names.push_back(field["name"]);
@@ -137,10 +134,7 @@ TEST(Help, ListsTheFieldsOfReplies) {
   for (const auto& sample : qorextctl::kRequestSamples) lines += std::string(sample.line) + "\n";
   lines += "operator-name mcc=1 mnc=1\n";
   for (const auto& sample : qorextctl::kPaddedSamples) lines += std::string(sample.line) + "\n";
-  std::string path = testing::TempDir() + "help_lines_" + std::to_string(getpid());
-  std::ofstream(path) << lines;
-  CommandResult result = run_command("$BIN/qorextctl --json session <" + path);
-  remove(path.c_str());
+  CommandResult result = run_tool("--json session", lines);
   std::set<std::string> compared;
   for (const std::string& line : lines_of(result.output)) {
     Json reply = Json::parse(line);

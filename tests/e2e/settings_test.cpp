@@ -17,7 +17,7 @@ TEST_F(Settings, AFactoryResetForwardsItsFlag) {
   Bytes request = cdma(0x020000B6, hex("02"));
   expect_served(request, echo(request, 0),
                 reset_texts(1, 2) + Texts{"Received factory reset result - 1"},
-                {modem_request("qorext", "factory_reset", R"({"mode":2})")});
+                {vendor_request("factory_reset", R"({"mode":2})")});
   EXPECT_EQ(stored("carrier/bsr_timer"), "300");
 }
 
@@ -25,7 +25,7 @@ TEST_F(Settings, AFactoryResetWithAnotherLengthHasTheFlag255) {
   Bytes request = cdma(0x020000B6, hex("0203"));
   expect_served(request, echo(request, 0),
                 reset_texts(2, 255) + Texts{"Received factory reset result - 1"},
-                {modem_request("qorext", "factory_reset", R"({"mode":255})")});
+                {vendor_request("factory_reset", R"({"mode":255})")});
 }
 
 TEST_F(Settings, AFactoryResetThatTheModemRefusesFails) {
@@ -36,7 +36,7 @@ TEST_F(Settings, AFactoryResetThatTheModemRefusesFails) {
       reset_texts(0, 255) +
           Texts{"qor_qmi_sprint_fatory_reset: qmi_client_send_msg_sync failed (0), result (0).",
                 "Received factory reset result - 0"},
-      {modem_request("qorext", "factory_reset", R"({"mode":255})")});
+      {vendor_request("factory_reset", R"({"mode":255})")});
 }
 
 class Ddtm : public Settings, public testing::WithParamInterface<uint32_t> {};
@@ -88,11 +88,11 @@ TEST_F(Settings, TheBsrTimerIsSetAndReadBack) {
   Bytes written = cdma(0x020000BD, le32(1800));
   expect_served(written, echo(written, 0),
                 {"handle_set_bsr_timer: EVENT VALUE 33554621 ", "Set BSR timer result - 1"},
-                {modem_request("qorext", "set_bsr_timer", R"({"timer":1800})")});
+                {vendor_request("set_bsr_timer", R"({"timer":1800})")});
   Bytes read = cdma(0x020000BC, {}, "abcdef");
   expect_served(read, echo(read, 0, le32(1800)),
                 {"handle_set_bsr_timer: EVENT VALUE 33554620 ", "Get BSR timer result - 1800"},
-                {modem_request("qorext", "get_bsr_timer", "{}")});
+                {vendor_request("get_bsr_timer")});
 }
 
 TEST_F(Settings, AfterARefusalSettingABsrTimerFailsAndReadingItReturnsZero) {
@@ -103,13 +103,13 @@ TEST_F(Settings, AfterARefusalSettingABsrTimerFailsAndReadingItReturnsZero) {
       written, echo(written, 5),
       {"handle_set_bsr_timer: EVENT VALUE 33554621 ",
        "qor_qmi_sprint_set_bsr_timer: Set BSR timer failed (48).", "Set BSR timer result - 0"},
-      {modem_request("qorext", "set_bsr_timer", R"({"timer":1})")});
+      {vendor_request("set_bsr_timer", R"({"timer":1})")});
   Bytes read = cdma(0x020000BC);
   expect_served(
       read, echo(read, 0, zeros(4)),
       {"handle_set_bsr_timer: EVENT VALUE 33554620 ",
        "qor_qmi_sprint_get_bsr_timer: Get BSR timer failed (49).", "Get BSR timer result - 0"},
-      {modem_request("qorext", "get_bsr_timer", "{}")});
+      {vendor_request("get_bsr_timer")});
 }
 
 TEST_F(Settings, TheLteOptionIsWrittenAndReadBack) {

@@ -47,6 +47,11 @@ class Shell : public testing::Test {
     terminal->wait_for_cursor(kPrompt);
   }
 
+  void type(const std::string& keys, const std::string& cursor) {
+    terminal->type(keys);
+    terminal->wait_for_cursor(cursor);
+  }
+
   int end() {
     terminal->type(kEnd);
     return terminal->exit_status();
@@ -73,10 +78,8 @@ TEST_F(Shell, RunsLinesAndReportsTheDaemonsExitStatus) {
 
 TEST_F(Shell, CompletesNamesArgumentsAndValues) {
   start();
-  terminal->type(std::string("nv-re") + kTab);
-  terminal->wait_for_cursor("qorext> nv-read");
-  terminal->type(std::string("rd") + kTab);
-  terminal->wait_for_cursor("qorext> nv-read rde-id=");
+  type(std::string("nv-re") + kTab, "qorext> nv-read");
+  type(std::string("rd") + kTab, "qorext> nv-read rde-id=");
   run("28", "  data:    06");
   terminal->type(std::string("set-dd") + kTab + kTab);
   terminal->wait_for_row("set-ddtm-2               set-ddtm by its second id");
@@ -104,10 +107,8 @@ TEST_F(Shell, KeepsHistoryForTheNextRun) {
   run("get-bsr-timer", "timer:  77");
   EXPECT_EQ(end(), 0);
   start();
-  terminal->type(std::string(kUp) + kUp);
-  terminal->wait_for_cursor("qorext> set-bsr-timer timer=77");
-  terminal->type(std::string(kCancel));
-  terminal->wait_for_cursor(kPrompt);
+  type(std::string(kUp) + kUp, "qorext> set-bsr-timer timer=77");
+  type(kCancel, kPrompt);
   terminal->type(std::string(kSearch) + "get-bsr");
   terminal->wait_for_row("get-bsr-timer");
   terminal->type("\n");
@@ -129,8 +130,7 @@ TEST_F(Shell, KeepsAPrivateHistoryWithoutPersonalValues) {
 TEST_F(Shell, ShowsUnsolicitedFramesAboveTheInputLine) {
   start();
   wait_until_serving();
-  terminal->type("nv-re");
-  terminal->wait_for_cursor("qorext> nv-re");
+  type("nv-re", "qorext> nv-re");
   handset.indicate("notify");
   handset.indicate("pfp rat=3");
   terminal->wait_for_row("rat:          3");
@@ -169,8 +169,7 @@ TEST_F(Shell, KeepsAnInputLineOfMoreThanOneRowTogether) {
 TEST_F(Shell, ShowsTheLogAboveTheInputLine) {
   start({"--log"});
   terminal->wait_for_row("waiting for data");
-  terminal->type("get-");
-  terminal->wait_for_cursor("qorext> get-");
+  type("get-", "qorext> get-");
   handset.indicate("notify");
   terminal->wait_for_row("unsolicited notify");
   terminal->wait_for_cursor("qorext> get-");
@@ -183,10 +182,8 @@ TEST_F(Shell, ShowsTheLogAboveTheInputLine) {
 
 TEST_F(Shell, ClearsTheLineAtCtrlC) {
   start();
-  terminal->type("set-ddtm ddtm=1");
-  terminal->wait_for_cursor("qorext> set-ddtm ddtm=1");
-  terminal->type(kCancel);
-  terminal->wait_for_cursor(kPrompt);
+  type("set-ddtm ddtm=1", "qorext> set-ddtm ddtm=1");
+  type(kCancel, kPrompt);
   run("get-ddtm", "ddtm:  0");
   EXPECT_EQ(end(), 0);
 }
@@ -199,8 +196,7 @@ TEST_F(Shell, EndsAWaitAtCtrlCAndContinues) {
     terminal->type(std::string(line) + "\n");
     terminal->wait_for_row(line);
     terminal->wait_for_cursor("");
-    terminal->type(kCancel);
-    terminal->wait_for_cursor(kPrompt);
+    type(kCancel, kPrompt);
   }
   EXPECT_THAT(terminal->text(), HasSubstr("0 of 9 unsolicited frames came"));
   run("get-ddtm", "ddtm:  0");
@@ -240,9 +236,9 @@ TEST_F(Shell, ShowsTheProgressOfALoad) {
 }
 
 TEST_F(Shell, RunsAsASessionWithoutATerminal) {
-  CommandResult result = run_command(
-      "printf 'nv-raed\\nnv-read rde-id=28\\n' | HOME=/nonexistent $BIN/qorextctl --modem " +
-      handset.phone().modem() + " shell");
+  CommandResult result =
+      run_command("HOME=/nonexistent $BIN/qorextctl --modem " + handset.phone().modem() + " shell",
+                  "nv-raed\nnv-read rde-id=28\n");
   EXPECT_EQ(result.status, 2);
   EXPECT_THAT(result.errors, HasSubstr("line 1: unknown request 'nv-raed'"));
   EXPECT_THAT(result.output, HasSubstr("  data:    06\ndaemon ended with exit status 0\n"));

@@ -1,8 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 // The tool's executable with real daemons and modems.
 
-#include <fstream>
-
 #include "tests/e2e/support/command.h"
 #include "tests/e2e/support/handset.h"
 #include "tools/qorextctl/frames/decode.h"
@@ -18,7 +16,7 @@ using testing::Not;
 using testing::StartsWith;
 
 TEST(Tool, PrintsAReplyAsText) {
-  CommandResult result = run_command("$BIN/qorextctl request nv-read rde-id=28");
+  CommandResult result = run_tool("request nv-read rde-id=28");
   EXPECT_EQ(result.status, 0);
   EXPECT_EQ(result.errors, "");
   auto lines = lines_of(result.output);
@@ -30,7 +28,7 @@ TEST(Tool, PrintsAReplyAsText) {
 }
 
 TEST(Tool, PrintsAReplyAsJson) {
-  CommandResult result = run_command("$BIN/qorextctl --json request nv-read rde-id=28");
+  CommandResult result = run_tool("--json request nv-read rde-id=28");
   EXPECT_EQ(result.status, 0);
   EXPECT_EQ(result.output,
             R"({"type":"reply","name":"nv-read","id":"0x02000016","status":0,)"
@@ -42,58 +40,56 @@ TEST(Tool, PrintsAReplyAsJson) {
 }
 
 TEST(Tool, SendsRawBytes) {
-  CommandResult result = run_command("$BIN/qorextctl raw 14000002 00000000 00000000 000000000000");
+  CommandResult result = run_tool("raw 14000002 00000000 00000000 000000000000");
   EXPECT_EQ(result.status, 1);
   EXPECT_THAT(lines_of(result.output), Contains("  hex: 1400000200000000060000000000000000000000"));
-  EXPECT_EQ(run_command("$BIN/qorextctl --json raw FF").status, 1);
+  EXPECT_EQ(run_tool("--json raw FF").status, 1);
 }
 
 TEST(Tool, MasksTheLogThatItPrintsAfterAFailure) {
-  const std::string session =
-      "printf 'nv-write rde-id=32 data=323436383130\\nnv-read rde-id=7000\\n' | $BIN/qorextctl ";
-  CommandResult masked = run_command(session + "session");
+  const std::string session = "nv-write rde-id=32 data=323436383130\nnv-read rde-id=7000\n";
+  CommandResult masked = run_tool("session", session);
   EXPECT_EQ(masked.status, 1);
   EXPECT_THAT(masked.errors, HasSubstr("the daemon's log, last "));
   EXPECT_THAT(masked.errors, HasSubstr("HexDump: Data ************\n"));
   EXPECT_THAT(masked.errors, Not(HasSubstr("323436383130")));
-  EXPECT_THAT(run_command(session + "--show-personal session").errors,
+  EXPECT_THAT(run_tool("--show-personal session", session).errors,
               HasSubstr("HexDump: Data 323436383130\n"));
 }
 
 TEST(Tool, HasAnExitStatusForAFailureStatus) {
-  CommandResult result = run_command("$BIN/qorextctl --json request nv-read rde-id=7000");
+  CommandResult result = run_tool("--json request nv-read rde-id=7000");
   EXPECT_EQ(result.status, 1);
   EXPECT_THAT(result.output, HasSubstr(R"("status":5,"status_name":"failure","length":0)"));
   EXPECT_THAT(result.errors, HasSubstr("NV Read fail - 0, result - 1, error - 16"));
 }
 
 TEST(Tool, ReportsTheEndOfTheDaemon) {
-  CommandResult result =
-      run_command("$BIN/qorextctl --daemon-program /bin/true request nv-read rde-id=28");
+  CommandResult result = run_tool("--daemon-program /bin/true request nv-read rde-id=28");
   EXPECT_EQ(result.status, 3);
   EXPECT_EQ(result.output, "");
   EXPECT_THAT(result.errors, HasSubstr("the daemon ended with exit status 0"));
 }
 
 TEST(Tool, ReportsAMissingModem) {
-  CommandResult result = run_command(
-      "$BIN/qorextctl --timeout 0.5 --modem unix:/nonexistent/modem request nv-read rde-id=28");
+  CommandResult result =
+      run_tool("--timeout 0.5 --modem unix:/nonexistent/modem request nv-read rde-id=28");
   EXPECT_EQ(result.status, 3);
   EXPECT_THAT(result.errors, HasSubstr("no reply to nv-read within 0.5 s; --log shows why"));
 }
 
 TEST(Tool, ListsAllRequestsOrOne) {
-  CommandResult all = run_command("$BIN/qorextctl list");
+  CommandResult all = run_tool("list");
   EXPECT_EQ(all.status, 0);
   for (const char* name : {"nv-read", "set-nam", "get-lte-data", "operator-name", "generic"}) {
     EXPECT_THAT(all.output, HasSubstr(name));
   }
-  CommandResult one = run_command("$BIN/qorextctl --json list set-bsr-timer");
+  CommandResult one = run_tool("--json list set-bsr-timer");
   EXPECT_EQ(one.status, 0);
   EXPECT_EQ(lines_of(one.output).size(), 1U);
   EXPECT_THAT(one.output, HasSubstr(R"("name":"set-bsr-timer")"));
   EXPECT_THAT(one.output, HasSubstr(R"("id":"0x020000BD")"));
-  EXPECT_EQ(run_command("$BIN/qorextctl list no-such-request").status, 2);
+  EXPECT_EQ(run_tool("list no-such-request").status, 2);
 }
 
 // The tool with a modem that is already running.
@@ -102,10 +98,9 @@ class GivenModem : public testing::Test {
   GivenModem() { handset.start_modem(); }
 
   CommandResult run(const std::string& words, const std::string& input = "") {
-    std::string path = handset.phone().folder() + "/input";
-    std::ofstream(path) << input;
-    return run_command("$BIN/qorextctl --modem " + handset.phone().modem() + " --control " +
-                       handset.phone().control_socket() + " " + words + " <" + path);
+    return run_tool("--modem " + handset.phone().modem() + " --control " +
+                        handset.phone().control_socket() + " " + words,
+                    input);
   }
 
   Handset handset{Handset::off};
@@ -187,7 +182,7 @@ TEST_F(GivenModem, CountsTheFailuresOfALoad) {
 
 // "./dev run" plays this session.
 TEST(Demo, EndsWithStatusZero) {
-  CommandResult result = run_command("$BIN/qorextctl --json session <" QOREXT_DEMO);
+  CommandResult result = run_tool("--json session <" QOREXT_DEMO);
   EXPECT_EQ(result.status, 0) << result.errors;
   auto lines = lines_of(result.output);
   EXPECT_THAT(lines, Not(Contains(HasSubstr(R"("type":"error")"))));

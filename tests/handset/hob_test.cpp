@@ -39,7 +39,7 @@ class HobSave : public testing::Test {
     return found;
   }
   static std::string report(int state) {
-    return modem_request("qorext", "hob", fmt::format(R"({{"state":{}}})", state));
+    return vendor_request("hob", fmt::format(R"({{"state":{}}})", state));
   }
   const std::string kReady = report(0xFF);
 

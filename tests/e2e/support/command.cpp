@@ -20,14 +20,17 @@ std::string path_of(const qorextctl::UniqueFd& file) {
 
 }  // namespace
 
-CommandResult run_command(const std::string& line) {
+CommandResult run_command(const std::string& line, const std::string& input) {
+  qorextctl::UniqueFd stdin_file(memfd_create("input", MFD_CLOEXEC));
+  std::ofstream(path_of(stdin_file), std::ios::binary) << input;
   qorextctl::UniqueFd output(memfd_create("output", MFD_CLOEXEC));
   qorextctl::UniqueFd errors(memfd_create("errors", MFD_CLOEXEC));
   qorextctl::Launch launch;
   launch.arguments = {"/bin/sh", "-c",
-                      "{ " + line + "\n} >" + path_of(output) + " 2>" + path_of(errors)};
+                      "{ " + line + "\n} <" + path_of(stdin_file) + " >" + path_of(output) + " 2>" +
+                          path_of(errors)};
   launch.environment = {{"BIN", QOREXT_BIN}};
-  launch.descriptors = {output.get(), errors.get()};
+  launch.descriptors = {stdin_file.get(), output.get(), errors.get()};
   auto process = value_or_throw(qorextctl::Process::start(launch));
   auto status = process.wait(time_limit());
   bool ended = status && status->signal == 0;

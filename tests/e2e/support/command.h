@@ -13,8 +13,14 @@ struct CommandResult {
   std::string errors;  // standard error
 };
 
-// Runs a shell command line to its end. "$BIN" in it is the folder of this build's executables.
-CommandResult run_command(const std::string& line);
+// Runs a shell command line to its end, with `input` as its standard input. "$BIN" in it is the
+// folder of this build's executables.
+CommandResult run_command(const std::string& line, const std::string& input = "");
+
+// Runs qorextctl with these shell words.
+inline CommandResult run_tool(const std::string& words, const std::string& input = "") {
+  return run_command("$BIN/qorextctl " + words, input);
+}
 
 std::vector<std::string> lines_of(const std::string& text);
 

@@ -126,15 +126,14 @@ Texts Handset::messages_until_idle() {
 }
 
 std::string element_read(uint32_t rde_id, uint32_t record, uint32_t offset) {
-  return modem_request(
-      "qorext", "element_read",
-      fmt::format(R"({{"data":"","length":0,"offset":{},"rde_id":{},"record":{}}})", offset, rde_id,
-                  record));
+  return vendor_request(
+      "element_read", fmt::format(R"({{"data":"","length":0,"offset":{},"rde_id":{},"record":{}}})",
+                                  offset, rde_id, record));
 }
 
 std::string element_write(uint32_t rde_id, const Bytes& data, uint32_t record, uint32_t offset) {
-  return modem_request(
-      "qorext", "element_write",
+  return vendor_request(
+      "element_write",
       fmt::format(R"({{"data":"{}","length":{},"offset":{},"rde_id":{},"record":{}}})",
                   as_hex(data), data.size(), offset, rde_id, record));
 }

@@ -44,12 +44,28 @@ inline Texts declined(uint32_t id) {
 
 class HandsetTest : public testing::Test {
  protected:
-  void expect_reply(const Bytes& request, const Bytes& reply) {
-    EXPECT_EQ(handset.serve(request).replies, as_hex(reply)) << "request " << as_hex(request);
+  // Expects exactly these bytes on the reply pipe. Returns the log.
+  Texts expect_reply(const Bytes& request, const Bytes& reply) {
+    Served served = handset.serve(request);
+    EXPECT_EQ(served.replies, as_hex(reply)) << "request " << as_hex(request);
+    return served.log;
   }
 
-  // Expects this one reply, the log messages `texts` between the usual ones, and `requests` to the
-  // modem.
+  // Also expects the daemon to log this message.
+  void expect_reply(const Bytes& request, const Bytes& reply, const std::string& logged) {
+    EXPECT_THAT(expect_reply(request, reply), testing::Contains(logged));
+  }
+
+  // Expects these replies, the log messages `texts` after those of every request, and `requests` to
+  // the modem.
+  void expect_effects(const Bytes& request, const Bytes& replies, const Texts& texts,
+                      const Texts& requests) {
+    Texts start = received(qorextctl::load_le(request, 0, 4), request.size());
+    EXPECT_THAT(expect_reply(request, replies), testing::ElementsAreArray(start + texts));
+    EXPECT_THAT(handset.modem_requests(), testing::ElementsAreArray(requests));
+  }
+
+  // The same for a request that the carrier handler serves, without the log messages of its reply.
   void expect_served(const Bytes& request, const Bytes& expected, const Texts& texts,
                      const Texts& requests) {
     uint32_t id = qorextctl::load_le(request, 0, 4);
@@ -75,16 +91,6 @@ class HandsetTest : public testing::Test {
   }
 
   Handset handset;
-
- private:
-  void expect_effects(const Bytes& request, const Bytes& replies, const Texts& texts,
-                      const Texts& requests) {
-    Served served = handset.serve(request);
-    Texts start = received(qorextctl::load_le(request, 0, 4), request.size());
-    EXPECT_EQ(served.replies, as_hex(replies));
-    EXPECT_THAT(served.log, testing::ElementsAreArray(start + texts));
-    EXPECT_THAT(handset.modem_requests(), testing::ElementsAreArray(requests));
-  }
 };
 
 }  // namespace e2e

@@ -41,4 +41,9 @@ class ModemProcess {
 std::string modem_request(const std::string& service, const std::string& message,
                           const std::string& fields);
 
+// A request to the vendor service.
+inline std::string vendor_request(const std::string& message, const std::string& fields = "{}") {
+  return modem_request("qorext", message, fields);
+}
+
 }  // namespace e2e

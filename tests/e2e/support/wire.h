@@ -88,6 +88,11 @@ inline Bytes nv_read(uint32_t rde_id, uint32_t record = 0, uint32_t offset = 0,
   return cdma(kNvRead, words({rde_id, record, offset, length}));
 }
 
+inline Bytes nv_write(uint32_t rde_id, const Bytes& data, uint32_t record = 0,
+                      uint32_t offset = 0) {
+  return cdma(kNvWrite, words({rde_id, record, offset, static_cast<uint32_t>(data.size())}) + data);
+}
+
 // A reply with a header that the daemon has built.
 inline Bytes reply(uint32_t id, uint32_t status, const Bytes& data = {}) {
   return le32(id) + le32(static_cast<uint32_t>(data.size())) + le32(status) + zeros(6) + data +
