@@ -88,6 +88,15 @@ class Pages(unittest.TestCase):
         missing = [text for text in fixed_texts(GLOSSARY.read_text()) if text not in corrected]
         self.assertEqual(len(missing), 2)
 
+    def test_every_key_of_the_scenarios_page_is_a_key_of_the_modem(self):
+        keys = (ROOT / 'docs/scenario-keys.md').read_text()
+        page = (ROOT / 'docs/scenarios.md').read_text()
+        first_columns = re.findall(r'^\| (`[a-z].*?) \|', page, re.MULTILINE)
+        named = re.findall(r'`([a-z][a-z0-9_.]*)`', ' '.join(first_columns))
+        named = [name for name in named if not name.endswith('.toml')]
+        self.assertGreater(len(named), 40)
+        self.assertEqual([name for name in named if not re.search(rf'[.`]{name}`', keys)], [])
+
     def test_the_instructions_of_a_request_are_those_that_the_benchmark_compares(self):
         stored = json.loads((ROOT / 'bench/instructions.json').read_text())
         row = re.search(r'^\| instructions of the code built here \| (.*?) \| \|$',
