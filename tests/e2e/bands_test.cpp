@@ -51,11 +51,11 @@ TEST_F(Bands, ABandThatTheModemDoesNotReportIsZero) {
 }
 
 TEST_F(Bands, BandClassesAreWritten) {
-  Bytes first = cdma(0x020000B1, le32(7), "123456");
-  expect_served(first, echo(first, 0), set_texts(0x020000B1) + set_band_status(7),
+  expect_echoed(cdma(0x020000B1, le32(7), "123456"), 0, {},
+                set_texts(0x020000B1) + set_band_status(7),
                 {vendor_request("write_band", R"({"band":7,"selector":0})")});
-  Bytes second = cdma(0x020000B3, le32(0xFFFFFFFF));
-  expect_served(second, echo(second, 0), set_texts(0x020000B3) + set_band_status(-1),
+  expect_echoed(cdma(0x020000B3, le32(0xFFFFFFFF)), 0, {},
+                set_texts(0x020000B3) + set_band_status(-1),
                 {vendor_request("write_band", R"({"band":4294967295,"selector":1})")});
   EXPECT_EQ(stored("carrier/bc10"), "7");
   EXPECT_EQ(stored("carrier/bc14"), "4294967295");
@@ -63,8 +63,7 @@ TEST_F(Bands, BandClassesAreWritten) {
 
 TEST_F(Bands, ABandThatTheModemRefusesFails) {
   handset.inject("write_band", "error");
-  Bytes request = cdma(0x020000B1, le32(1));
-  expect_served(request, echo(request, 5),
+  expect_echoed(cdma(0x020000B1, le32(1)), 5, {},
                 set_texts(0x020000B1) + set_band_status(1) +
                     Texts{"qor_qmi_sprint_write_band: Read Band failed."},
                 {vendor_request("write_band", R"({"band":1,"selector":0})")});
@@ -98,27 +97,25 @@ std::string segment(const Bytes& data) {
 
 TEST_F(Bands, ARoamingListSegmentReachesTheModem) {
   Bytes data = counting(300);
-  Bytes request = cdma(0x020000B4, le32(300) + data);
-  expect_served(request, echo(request, 0), roaming_list(300), {segment(data)});
+  expect_echoed(cdma(0x020000B4, le32(300) + data), 0, {}, roaming_list(300), {segment(data)});
   EXPECT_EQ(stored("carrier/roaming_list/last_segment"), as_hex(data));
 }
 
 TEST_F(Bands, ASegmentThatClaims20000BytesIsCutTo16384) {
   Bytes data = counting(kMaxRequestBytes - 22);
-  Bytes request = cdma(0x020000B4, le32(20000) + data);
   data.resize(kMaxSegmentBytes);
-  expect_served(request, echo(request, 0), roaming_list(20000), {segment(data)});
+  expect_echoed(cdma(0x020000B4, le32(20000) + data), 0, {}, roaming_list(20000), {segment(data)});
 }
 
 TEST_F(Bands, ASegmentThatClaimsMoreThanWasSentEndsInZeros) {
-  Bytes request = cdma(0x020000B4, le32(8) + hex("A1A2"));
-  expect_served(request, echo(request, 0), roaming_list(8), {segment(hex("A1A2") + zeros(6))});
+  expect_echoed(cdma(0x020000B4, le32(8) + hex("A1A2")), 0, {}, roaming_list(8),
+                {segment(hex("A1A2") + zeros(6))});
 }
 
 TEST_F(Bands, ASegmentThatTheModemRefusesFails) {
   handset.inject("set_roaming_list_segment", "error");
-  Bytes request = cdma(0x020000B4, le32(1) + hex("A1"));
-  expect_served(request, echo(request, 5), roaming_list(1), {segment(hex("A1"))});
+  expect_echoed(cdma(0x020000B4, le32(1) + hex("A1")), 5, {}, roaming_list(1),
+                {segment(hex("A1"))});
 }
 
 Texts profile(int32_t number) {

@@ -29,7 +29,7 @@ TEST_F(NamProgramming, ANewProgrammingCodeReplacesTheOldOne) {
   EXPECT_EQ(stored("settings/spc"), "271828");
 
   Bytes right = setting(kFactory, "271828", "314159");
-  expect_reply(right, echo(right, 0));
+  expect_echoed(right, 0);
   EXPECT_EQ(stored("settings/spc"), "314159");
 }
 
@@ -88,9 +88,8 @@ TEST_F(SidNidPairs, AreWrittenAndReadBack) {
     pairs = pairs + le32(0x1000 + i);
     item = item + le16(0x1000 + i);
   }
-  Bytes written = cdma(kSetPairs, pairs, "123456");
-  expect_served(
-      written, echo(written, 0),
+  expect_echoed(
+      cdma(kSetPairs, pairs, "123456"), 0, {},
       {"qorext_hook_sprint_set_nv_spc_protected_data_from_oem: EVENT VALUE 33554436 ",
        "qorext_hook_sprint_set_sid_nid_pairs:  SET SID/NID PAIRS  0 ",
        "NV Write with RDE index 15, record number 0, offset 0.",
@@ -113,8 +112,7 @@ TEST_F(SidNidPairs, ThatCannotBeReadAreZeros) {
 
 TEST_F(SidNidPairs, ThatCannotBeWrittenFail) {
   handset.inject("element_write", "error error=3");
-  Bytes request = cdma(kSetPairs, zeros(160));
-  expect_reply(request, echo(request, 5));
+  expect_echoed(cdma(kSetPairs, zeros(160)), 5);
 }
 
 }  // namespace

@@ -41,7 +41,7 @@ TEST_F(NamProgramming, TheRecordIsLoggedValueByValue) {
 
 TEST_F(NamProgramming, AProgrammedRecordIsReadBackFieldByField) {
   Bytes request = setting(kProgrammed, "000000", "000000");
-  expect_reply(request, echo(request, 0));
+  expect_echoed(request, 0);
   EXPECT_EQ(get(), as_hex(reply(kNamGet, 0, record_bytes(kProgrammed))));
 }
 

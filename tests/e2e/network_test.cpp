@@ -26,25 +26,22 @@ Bytes lte_record(const std::string& service_state, const std::string& transmit_p
 }
 
 TEST_F(Network, LteDataComesFromThreeServicesOfTheModem) {
-  Bytes request = cdma(0x020000C0, {}, "123456");
-  expect_served(request, echo(request, 0, lte_record("02000000", "D3FFFFFF")), lte_data_texts(),
-                kAllOfLte);
+  expect_echoed(cdma(0x020000C0, {}, "123456"), 0, lte_record("02000000", "D3FFFFFF"),
+                lte_data_texts(), kAllOfLte);
 }
 
 TEST_F(Network, LteDataWithoutAServiceStateIsOtherwiseComplete) {
   handset.inject("get_lte_service_state", "error error=7");
-  Bytes request = cdma(0x020000C0);
-  expect_served(
-      request, echo(request, 0, lte_record("00000000", "D3FFFFFF")),
+  expect_echoed(
+      cdma(0x020000C0), 0, lte_record("00000000", "D3FFFFFF"),
       lte_data_texts() + Texts{"qor_qmi_sprint_get_lte_option: Get LTE service state failed (7)."},
       kAllOfLte);
 }
 
 TEST_F(Network, LteDataOfARadioThatDoesNotTransmitHasNoTransmitPower) {
   handset.inject("get_tx_rx_info", "error error=93");
-  Bytes request = cdma(0x020000C0);
-  expect_served(
-      request, echo(request, 0, lte_record("02000000", "00000000")),
+  expect_echoed(
+      cdma(0x020000C0), 0, lte_record("02000000", "00000000"),
       lte_data_texts() + Texts{"get_lte_data: QMI_NAS_GET_TX_RX_INFO failed (0), error (93)."},
       kAllOfLte);
 }
@@ -52,29 +49,27 @@ TEST_F(Network, LteDataOfARadioThatDoesNotTransmitHasNoTransmitPower) {
 TEST_F(Network, LteDataStopsAtTheFirstNasRequestThatFails) {
   Bytes request = cdma(0x020000C0);
   handset.inject("get_tx_rx_info", "error error=3");
-  expect_served(
-      request, echo(request, 5),
+  expect_echoed(
+      request, 5, {},
       lte_data_texts() + Texts{"get_lte_data: QMI_NAS_GET_TX_RX_INFO failed (0), error (3)."},
       kAllOfLte);
   handset.inject("get_sig_info", "error error=4");
-  expect_served(
-      request, echo(request, 5),
+  expect_echoed(
+      request, 5, {},
       lte_data_texts() + Texts{"get_lte_data: QMI_NAS_GET_SIG_INFO failed (0), error (4)."},
       {kServiceState, kChannel, kServingSystem, kSignal});
   handset.inject("get_serving_system", "error error=5");
-  expect_served(
-      request, echo(request, 5),
+  expect_echoed(
+      request, 5, {},
       lte_data_texts() + Texts{"get_lte_data: QMI_NAS_GET_SERVING_SYSTEM failed (0), error (5)."},
       {kServiceState, kChannel, kServingSystem});
 }
 
 TEST_F(Network, LteChannelsThatTheModemDoesNotReportAreZero) {
   handset.inject("get_lte_channel", "error error=7");
-  Bytes request = cdma(0x020000C0);
-  expect_served(request,
-                echo(request, 0,
-                     hex("02000000 0100 0100 032D1A00 00 00 00000000 00000000 BD A0FF F7 "
-                         "D3FFFFFF")),
+  expect_echoed(cdma(0x020000C0), 0,
+                hex("02000000 0100 0100 032D1A00 00 00 00000000 00000000 BD A0FF F7 "
+                    "D3FFFFFF"),
                 lte_data_texts() + Texts{"qor_qmi_sprint_get_lte_ul_dl_channel: failed (7)."},
                 kAllOfLte);
 }
@@ -89,8 +84,7 @@ TEST_F(Network, AccessPointsAreAListOfPackedRecords) {
                  hex("20010DB8 00000000 00000000 0000000B");
   Bytes list = hex("02") + first + second;
   list.resize(kApnListSize);
-  Bytes request = cdma(0x020000C1, {}, "123456");
-  expect_served(request, echo(request, 0, list), {}, kApnRequest);
+  expect_echoed(cdma(0x020000C1, {}, "123456"), 0, list, {}, kApnRequest);
 }
 
 TEST_F(Network, EightAccessPointsFillTheList) {
@@ -106,48 +100,41 @@ TEST_F(Network, EightAccessPointsFillTheList) {
            hex("20010DB8 00000000 00000000 000000") + number;
   }
   handset.modem().command("set ehrpd_apns=[" + apns + "]");
-  Bytes request = cdma(0x020000C1);
-  expect_served(request, echo(request, 0, list), {}, kApnRequest);
+  expect_echoed(cdma(0x020000C1), 0, list, {}, kApnRequest);
 }
 
 TEST_F(Network, WithoutAccessPointsTheCountIsZero) {
   handset.modem().command("set ehrpd_apns=[]");
-  Bytes request = cdma(0x020000C1);
-  expect_served(request, echo(request, 0, zeros(kApnListSize)), {}, kApnRequest);
+  expect_echoed(cdma(0x020000C1), 0, zeros(kApnListSize), {}, kApnRequest);
 }
 
 TEST_F(Network, TheTotOrderIsUpdatedAndReadBack) {
   Bytes entries = words({1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 0xFFFFFFFF});
-  Bytes written = cdma(0x020000C5, le16(15) + entries);
-  expect_served(written, echo(written, 0),
+  expect_echoed(cdma(0x020000C5, le16(15) + entries), 0, {},
                 {"handle_update_tot_order: EVENT VALUE 33554629 ", "Update TOT order result - 1"},
                 {vendor_request("update_tot_order",
                                 R"({"entries":[1,2,3,4,5,6,7,8,9,10,11,12,13,14,4294967295]})")});
-  Bytes read = cdma(0x020000C4);
-  expect_served(read, echo(read, 0, le16(15) + entries), {}, {vendor_request("get_tot_order")});
+  expect_echoed(cdma(0x020000C4), 0, le16(15) + entries, {}, {vendor_request("get_tot_order")});
 }
 
 TEST_F(Network, AShorterTotOrderHasOnlyItsOwnEntries) {
   Bytes written = cdma(0x020000C5, le16(2) + words({7, 8, 9, 10}) + zeros(44));
-  expect_served(written, echo(written, 0),
+  expect_echoed(written, 0, {},
                 {"handle_update_tot_order: EVENT VALUE 33554629 ", "Update TOT order result - 1"},
                 {vendor_request("update_tot_order", R"({"entries":[7,8]})")});
-  Bytes read = cdma(0x020000C4);
-  expect_served(read, echo(read, 0, le16(2) + words({7, 8}) + zeros(52)), {},
+  expect_echoed(cdma(0x020000C4), 0, le16(2) + words({7, 8}) + zeros(52), {},
                 {vendor_request("get_tot_order")});
 }
 
 TEST_F(Network, ATotOrderOfMoreThan15EntriesIsRefusedWithoutTheModem) {
-  Bytes request = cdma(0x020000C5, le16(16) + zeros(64));
-  expect_served(request, echo(request, 5),
+  expect_echoed(cdma(0x020000C5, le16(16) + zeros(64)), 5, {},
                 {"handle_update_tot_order: EVENT VALUE 33554629 ", "Update TOT order result - 0"},
                 {});
 }
 
 TEST_F(Network, UpdatingATotOrderThatTheModemRefusesFails) {
   handset.inject("update_tot_order", "error error=48");
-  Bytes request = cdma(0x020000C5, le16(1) + words({7}) + zeros(56));
-  expect_served(request, echo(request, 5),
+  expect_echoed(cdma(0x020000C5, le16(1) + words({7}) + zeros(56)), 5, {},
                 {"handle_update_tot_order: EVENT VALUE 33554629 ",
                  "qor_qmi_sprint_update_tot_order: Update TOT order failed (48).",
                  "Update TOT order result - 0"},

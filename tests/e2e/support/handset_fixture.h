@@ -74,6 +74,15 @@ class HandsetTest : public testing::Test {
     expect_effects(request, expected, texts + reply_texts, requests);
   }
 
+  // The same for a reply with the request's own header.
+  void expect_echoed(const Bytes& request, uint32_t status, const Bytes& data, const Texts& texts,
+                     const Texts& requests) {
+    expect_served(request, echo(request, status, data), texts, requests);
+  }
+  void expect_echoed(const Bytes& request, uint32_t status) {
+    expect_reply(request, echo(request, status));
+  }
+
   // As expect_served(), with a second reply, "not supported", after the first.
   void expect_served_twice(const Bytes& request, uint32_t status, const Texts& texts,
                            const Texts& requests) {
