@@ -99,7 +99,7 @@ constexpr Reply kTwice = {ReplyForm::cdma, nullptr, 0, Second::always};
 constexpr Reply kTwiceWithPayload = {ReplyForm::cdma, nullptr, 0, Second::with_payload};
 
 constexpr Request kRequests[] = {
-    {"get-bc10", 0x020000B0, "band class 10 state", {}, kBandReply},
+    {"get-bc10", kBc10Id, "band class 10 state", {}, kBandReply},
     {"set-bc10", 0x020000B1, "switch band class 10", {kStatus}},
     {"get-bc14", 0x020000B2, "band class 14 state", {}, kBc14Reply},
     {"set-bc14", 0x020000B3, "switch band class 14", {kStatus}},

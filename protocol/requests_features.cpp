@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 // The modem's features. All are generic requests but the PFP table and the utility message.
+#include "protocol/frame.h"
 #include "protocol/request.h"
 
 namespace protocol {
@@ -43,7 +44,7 @@ constexpr Layout kRadioState = {kRadioStateFields, 17};
 constexpr Field kNameFields[] = {text("name", 0)};
 constexpr Layout kName = {kNameFields};
 constexpr Field kRecordFields[] = {hex("record", 0)};
-constexpr Layout kPlmnRecord = {kRecordFields, 568};
+constexpr Layout kPlmnRecord = {kRecordFields, kDataPlmnSize};
 
 constexpr Reply kStatusReply = {ReplyForm::generic_status, &kResult};
 constexpr Reply kStateReply = {ReplyForm::generic_status, &kRadioState};

@@ -36,16 +36,24 @@ start of the payload. A field without a size extends to the end of the payload.
 
 | Frame | Header | After the data |
 |---|---|---|
-| generic request | 8 bytes: u8 type, u24 id, u32 length, big-endian | |
-| generic reply | the request's header, its length little-endian; 0xFFFFFFFF is the error reply without data | |
-| CDMA-hook request | 18 bytes: u32 id, u32 length, u32 status, 6 bytes code, little-endian | |
-| CDMA-hook reply | the same 18 bytes | 2 bytes |
-| unsolicited, format 0 | 26 bytes: u32 format, u32 header size, u32 id, u32 length, u32 status, 6 bytes | 2 bytes |
-| unsolicited, format 1 | 16 bytes: u32 format, u32 header size, u32 id, u32 length | 12 bytes |
+| generic request | {} bytes: u8 type, u24 id, u32 length, big-endian | |
+| generic reply | the request's header, its length little-endian; 0x{:X} is the error reply without data | |
+| CDMA-hook request | {} bytes: u32 id, u32 length, u32 status, 6 bytes code, little-endian | |
+| CDMA-hook reply | the same {} bytes | {} bytes |
+| unsolicited, format {} | {} bytes: u32 format, u32 header size, u32 id, u32 length, u32 status, 6 bytes | {} bytes |
+| unsolicited, format {} | {} bytes: u32 format, u32 header size, u32 id, u32 length | {} bytes |
 
-The daemon treats the result of one read as one request, of at most 17408 bytes.
+The daemon treats the result of one read as one request, of at most {} bytes.
 
 )";
+
+std::string introduction() {
+  using namespace protocol;
+  return fmt::format(kIntroduction, kGenericHeaderSize, kGenericError, kCdmaHeaderSize,
+                     kCdmaHeaderSize, kCdmaTrailerSize, kUnsolCdmaFormat, kUnsolCdmaDataOffset,
+                     kUnsolOverhead - kUnsolCdmaDataOffset, kUnsolGenericFormat, kUnsolHeaderSize,
+                     kUnsolOverhead - kUnsolHeaderSize, kMaxRequestBytes);
+}
 
 std::string size_text(const Field& field) {
   size_t width = qorextctl::width_of(field.type);
@@ -161,11 +169,9 @@ std::string requests_text(Family family) {
 }
 
 std::string statuses_text() {
-  constexpr uint32_t kMaxStatus = 6;
   std::string text = "## Statuses\n\n| Status | Meaning |\n|---|---|\n";
-  for (uint32_t status = 0; status <= kMaxStatus; ++status) {
-    std::string name = qorextctl::status_name(status);
-    if (name != "unknown") text += fmt::format("| {} | {} |\n", status, name);
+  for (const protocol::Status& status : protocol::kStatuses) {
+    text += fmt::format("| {} | {} |\n", status.value, status.name);
   }
   return text + "\n";
 }
@@ -185,7 +191,7 @@ std::string unsolicited_text() {
 }  // namespace
 
 std::string host_protocol() {
-  return kIntroduction + statuses_text() + "## CDMA-hook requests\n\n" +
+  return introduction() + statuses_text() + "## CDMA-hook requests\n\n" +
          requests_text(Family::cdma) + "## Generic requests\n\n" + requests_text(Family::generic) +
          unsolicited_text();
 }

@@ -25,11 +25,6 @@ std::string cdma_fields(const char* name, const std::string& data) {
   return fields(name, cdma_frame(find_request(name)->id, 0, from_hex(data)));
 }
 
-TEST(Replies, AnNvReadShowsItsAddressAndItsBytes) {
-  EXPECT_EQ(cdma_fields("nv-read", "1C000000 01000000 02000000 03000000 AABBCC 00000000"),
-            R"({"rde_id":28,"record":1,"offset":2,"length":3,"data":"AABBCC"})");
-}
-
 TEST(Replies, AnNvReadThatStatesTooManyBytesIsAProblem) {
   DecodedFrame reply = decoded(
       "nv-read", cdma_frame(0x02000016, 0, from_hex("1C000000 00000000 00000000 FFFFFFFF AABB")));
@@ -38,30 +33,30 @@ TEST(Replies, AnNvReadThatStatesTooManyBytesIsAProblem) {
             std::vector<std::string>{"length states 4294967295, data has room for 2"});
 }
 
-TEST(Replies, ACodeCheckHasNoDataOrSixZeroBytes) {
-  for (const char* name : {"check-spc", "verify-subsidy-lock"}) {
-    EXPECT_EQ(cdma_fields(name, ""), "{}");
-    EXPECT_EQ(cdma_fields(name, "000000000000"), "{}");
-  }
-  DecodedFrame refused = decoded("check-spc", cdma_frame(0x0200000A, 3, Bytes(6)));
-  EXPECT_EQ(refused.status, 3u);
-  EXPECT_EQ(refused.status_name, "subsidy lock refused");
-}
-
-TEST(Replies, UnexpectedDataIsShown) {
-  EXPECT_EQ(cdma_fields("check-spc", "010203040506"), R"({"data":"010203040506"})");
-  EXPECT_EQ(cdma_fields("nv-write", "AA"), R"({"data":"AA"})");
-}
-
 TEST(Replies, FixedItemsAndSingleNumbersHaveNames) {
-  EXPECT_EQ(cdma_fields("read-item-28", "06000000"), R"({"data":"06000000","value":6})");
-  EXPECT_EQ(cdma_fields("get-mob-p-rev", "06000000"), R"({"mob_p_rev":6})");
-  EXPECT_EQ(cdma_fields("get-bc10", "01000000"), R"({"band":1})");
-  EXPECT_EQ(cdma_fields("get-ddtm", "01000000"), R"({"ddtm":1})");
-  EXPECT_EQ(cdma_fields("get-ddtm-2", "00000000"), R"({"ddtm":0})");
-  EXPECT_EQ(cdma_fields("get-bsr-timer", "3C000000"), R"({"timer":60})");
-  EXPECT_EQ(cdma_fields("get-lte-option", "0102"), R"({"data":"0102"})");
-  EXPECT_EQ(cdma_fields("utils", "0102"), R"({"data":"0102"})");
+  struct {
+    const char* name;
+    const char* data;
+    const char* fields;
+  } const cases[] = {
+      {"read-item-28", "06000000", R"({"data":"06000000","value":6})"},
+      {"get-mob-p-rev", "06000000", R"({"mob_p_rev":6})"},
+      {"get-bc10", "01000000", R"({"band":1})"},
+      {"get-ddtm", "01000000", R"({"ddtm":1})"},
+      {"get-ddtm-2", "00000000", R"({"ddtm":0})"},
+      {"get-bsr-timer", "3C000000", R"({"timer":60})"},
+      {"get-lte-option", "0102", R"({"data":"0102"})"},
+      {"utils", "0102", R"({"data":"0102"})"},
+      {"check-spc", "", "{}"},
+      {"check-spc", "000000000000", "{}"},
+      {"check-spc", "010203040506", R"({"data":"010203040506"})"},
+      {"verify-subsidy-lock", "", "{}"},
+      {"verify-subsidy-lock", "000000000000", "{}"},
+      {"nv-write", "AA", R"({"data":"AA"})"},
+      {"nv-read", "1C000000 01000000 02000000 03000000 AABBCC 00000000",
+       R"({"rde_id":28,"record":1,"offset":2,"length":3,"data":"AABBCC"})"},
+  };
+  for (const auto& row : cases) EXPECT_EQ(cdma_fields(row.name, row.data), row.fields) << row.name;
 }
 
 TEST(Replies, TheBandClass14ReplyCarriesTheIdOfBandClass10) {
@@ -217,6 +212,12 @@ TEST(Replies, IdsWithoutARowShowTheirData) {
       decode_reply(nullptr, ReplyForm::cdma, 0x02000099, cdma_frame(0x02000099, 0, {1, 2}));
   EXPECT_EQ(reply.name, "");
   EXPECT_EQ(to_json(reply.fields).dump(), R"({"data":"0102"})");
+}
+
+TEST(Replies, AFailedCodeCheckHasItsStatus) {
+  DecodedFrame refused = decoded("check-spc", cdma_frame(0x0200000A, 3, Bytes(6)));
+  EXPECT_EQ(refused.status, 3u);
+  EXPECT_EQ(refused.status_name, "subsidy lock refused");
 }
 
 TEST(Replies, StatusesHaveNames) {
