@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-// Encodes what seeds are made of by the tables that the programs use. Each input line gives one
-// line of hexadecimal text:
+// Encodes frames and structures for seeds, by the tables of the programs. Prints one line of
+// hexadecimal text for each line of input:
 //
 //   request NAME ARGUMENT...              the frame that the tool sends
 //   unsolicited NAME DATA                 the frame that the daemon writes

@@ -2,8 +2,9 @@
 # SPDX-License-Identifier: Apache-2.0
 """Writes the seeds of the fuzz targets: make_seeds.py ENCODER FOLDER.
 
-ENCODER is the program of encode.cpp. A seed is built as the targets take it apart (FuzzedDataProvider): byte strings from the front, in
-their order; numbers from the back, as many bytes as the range needs, the highest byte outermost.
+ENCODER is the program of encode.cpp. A seed has the layout that FuzzedDataProvider reads: byte
+strings from the front, in order; numbers from the back, with as many bytes as the range needs, the
+most significant byte last.
 """
 
 import json
@@ -39,7 +40,7 @@ class Seed:
 
 
     def stretched(self, *pieces):
-        """Pieces and how often each comes, in the steps of stretched.h."""
+        """Pieces and their repetitions, one of the counts in STRETCHES."""
         for piece, times in pieces:
             self.text(piece).number(STRETCHES.index(times), len(STRETCHES) - 1)
         return self
@@ -54,7 +55,7 @@ REQUEST_SIZE = 17408
 
 
 class Encoder:
-    """Frames and structures from the tables of the programs."""
+    """The program that encodes frames and structures by the tables of the programs."""
 
     def start(self, program):
         self.process = subprocess.Popen([program], stdin=subprocess.PIPE, stdout=subprocess.PIPE,
@@ -194,7 +195,7 @@ def utils(kind, data):
     return "utils", {"type": kind, "data": data.hex()}
 
 
-# In the order of the target's list of ids.
+# In the order of the ids in indication_fuzz.cpp.
 INDICATION_IDS = ["notify", "pfp", "utils", "carrier_event", "hob_save", "generic", "lte_error",
                   "coverage"]
 INDICATIONS = {
@@ -270,7 +271,7 @@ WORDS = {
     "record": b"{\"mdn\":\"2065550198\",\"scm\":42}",
 }
 
-# Of what a word or a record is made that is deep.
+# The pieces of deeply nested words and records.
 DEEP_WORDS = {
     "list": [(b"set lte=", 1), (b"[", 200000), (b"]", 200000)],
     "path": [(b"set ", 1), (b"a.", 200000), (b"a=1", 1)],
