@@ -117,7 +117,7 @@ REQUESTS = {
     "coverage-mode mode=1 text=report": [UTILITY],
     "operator-name mcc=310 mnc=120": [("nas get_plmn_name", {"short_name": b"Carri".hex()})],
     "tune data=73657474696E67": [("qorext tuner", {"data": b"done".hex()})],
-    "call-end-radio-state selector=1": [UTILITY],
+    "call-end-radio-state value=1": [UTILITY],
     "generic id=0x12345 data=3F": [],
     "check-spc code=123456": [item(b"123456")],
     "read-item-38": [item(b"\1\2\3\4")],
@@ -153,7 +153,7 @@ REQUESTS = {
         ("nas get_sig_info", {"lte_rssi": -96, "lte_rsrq": -16, "lte_rsrp": -112}),
         ("nas get_tx_rx_info", {"tx_power": 230})],
     "get-apn": [("qorext get_active_ehrpd_apn", {
-        "count": 2, "has_entries": 1, "name": [b"internet".hex()] * 2})],
+        "count": 2, "count_high": 1, "name": [b"internet".hex()] * 2})],
     "get-tot": [("qorext get_tot_order", {"entries": [1, 2]})],
     "update-tot entries=1,2": [("qorext update_tot_order", {"outcome": 1})],
     "get-nam": NAM_ITEMS,
@@ -200,7 +200,7 @@ INDICATION_IDS = ["notify", "pfp", "utils", "carrier_event", "hob_save", "generi
                   "coverage"]
 INDICATIONS = {
     "notify": ("notify", {}),
-    "pfp": ("pfp", {"rat": 2, "tbl_idx": 3, "table": bytes(range(224)).hex()}),
+    "pfp": ("pfp", {"rat": 2, "tbl_idx": 3, "remaining_bytes": bytes(range(224)).hex()}),
     "log_upload": utils(0, b"\1\2\3\4"),
     "kpi_first": utils(1, kpi_data(KPI_START, 0)),
     "kpi_only": utils(1, kpi_data(KPI_START, 1)),

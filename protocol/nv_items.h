@@ -47,7 +47,7 @@ inline constexpr Field kSecondary[] = {kNam, u16("secondary-a", 1), u16("seconda
 inline constexpr Field kSpc[] = {personal(code("spc", 0))};
 inline constexpr Field kScm[] = {u8("scm", 0)};
 inline constexpr Field kImeiSv[] = {u8("imei-sv", 0)};
-inline constexpr Field kLteBands[] = {hex("bands", 0)};
+inline constexpr Field kLteBcConfig[] = {hex("lte-bc-config", 0)};
 inline constexpr Field kVersion[] = {text("version", 0)};
 inline constexpr Field kLteOption[] = {u8("lte-option", 0)};
 inline constexpr Field kDdtm[] = {u8("ddtm", 0)};
@@ -73,7 +73,7 @@ inline constexpr NvItem kNvItems[] = {
     {32, "spc", {nv_item::kSpc}, 6},
     {36, "scm", {nv_item::kScm}, 1},
     {41, "imei-sv", {nv_item::kImeiSv}, 1},
-    {53, "lte-bands", {nv_item::kLteBands}, 8},
+    {53, "lte-bc-config", {nv_item::kLteBcConfig}, 8},
     {8028, "flex-version", {nv_item::kVersion}},
     {8029, "fsg-version", {nv_item::kVersion}},
     {10017, "lte-option", {nv_item::kLteOption}, 1},

@@ -75,7 +75,7 @@ constexpr Field kApnFields[] = {
     text("name", 0, 103),
     u32("first-value", 103),
     u32_be("second-value", 107),
-    hex("data", 111, 16),
+    hex("remaining-bytes", 111, 16),
 };
 constexpr Group kApnGroup = {"apns", 1, kApnSize, kApnCount, kApnFields, "count"};
 constexpr Layout kApns = {kApnListFields, 1 + kApnCount* kApnSize, &kApnGroup};

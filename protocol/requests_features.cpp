@@ -12,7 +12,7 @@ constexpr uint32_t kUtilsSize = 8 + kUtilsDataSize;
 constexpr uint32_t kMaxMcc = 999;
 
 constexpr Argument kFilter[] = {{u8("filter", 0), kRequired, "filter setting"}};
-constexpr Argument kSelector[] = {{u8("selector", 0), value("0"), "byte passed to the modem"}};
+constexpr Argument kByte[] = {{u8("value", 0), value("0"), "byte passed to the modem"}};
 constexpr Argument kCoverage[] = {
     {string("text", 0), value(""), "text; the daemon passes on 255 bytes with its NUL"},
 };
@@ -59,7 +59,7 @@ constexpr Request kRequests[] = {
     {"coverage", 0x50020, "signal coverage, mode 0", {kCoverage}, kStatusReply},
     {"coverage-mode", 0x50029, "signal coverage, any mode", {kCoverageMode}, kStatusReply},
     {"tune", 0x5002A, "tune the antenna", {kTune}, kDataReply},
-    {"call-end-radio-state", 0x50505, "radio state at a call's end", {kSelector}, kStateReply},
+    {"call-end-radio-state", 0x50505, "radio state at a call's end", {kByte}, kStateReply},
     {"data-plmn", 0x60001, "data network information", {}, kPlmnReply},
     {"operator-name", 0xA0006, "short name of a network", {kOperator}, kNameReply},
     {"pfp", 0x0200001C, "ask for the PFP table, which comes unsolicited"},

@@ -10,7 +10,7 @@ namespace unsolicited {
 constexpr Field kTextFields[] = {text("text", 0, 22)};
 constexpr Layout kText = {kTextFields, 22};
 constexpr Field kPfpFields[] = {u16("first-value", 0), u16("rat", 2), u32("table-index", 4),
-                                hex("table", 8, 224)};
+                                hex("remaining-bytes", 8, 224)};
 constexpr Layout kPfp = {kPfpFields, 232};
 constexpr Field kValueFields[] = {u32("value", 0)};
 constexpr Layout kValue = {kValueFields, 4};

@@ -32,7 +32,6 @@ void get_engineering_info(Device& device, const Fields& request, Fields& respons
   std::string text = type == kEngineeringTypeEvdo
                          ? text_of(engineering.evdo_text, engineering.evdo)
                          : text_of(engineering.call_processing_text, engineering.call_processing);
-  response.set("type", type);
   response.set("data", Bytes(text.begin(), text.end()));
 }
 
@@ -75,12 +74,12 @@ void update_tot_order(Device& device, const Fields& request, Fields& /*response*
 void get_active_ehrpd_apn(Device& device, const Fields& /*request*/, Fields& response) {
   const auto& apns = device.state.ehrpd_apns;
   response.set("count", static_cast<int64_t>(apns.size()));
-  response.set("has_entries", apns.empty() ? 0 : 1);
+  response.set("count_high", apns.empty() ? 0 : 1);
   for (size_t i = 0; i < apns.size(); ++i) {
     response.set("first_value", apns[i].first_value, i);
     response.set("second_value", apns[i].second_value, i);
     response.set("name", Bytes(apns[i].name.begin(), apns[i].name.end()), i);
-    response.set("data", apns[i].data, i);
+    response.set("remaining_bytes", apns[i].remaining_bytes, i);
   }
 }
 

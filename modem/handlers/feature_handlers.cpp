@@ -85,8 +85,8 @@ void request_pfp(Device& device, const Fields& request, Fields& /*response*/) {
   indicate(device.outbox, {.indication = "pfp",
                            .fields = {{"first_value", pfp.first_value},
                                       {"rat", pfp.rat},
-                                      {"tbl_idx", request.number("table")},
-                                      {"table", qmi_json::to_hex(pfp.table)}},
+                                      {"tbl_idx", request.number("value")},
+                                      {"remaining_bytes", qmi_json::to_hex(pfp.remaining_bytes)}},
                            .delay = kPfpIndicationDelay});
 }
 

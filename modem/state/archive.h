@@ -130,7 +130,7 @@ class Archive {
     if (!is_named) refuse(key, "is missing");
   }
 
-  // For limits that the functions above do not know, such as those of an address.
+  // For limits that the functions above do not know, such as those of an alphabet.
   [[noreturn]] void refuse(const char* key, const std::string& what) const {
     throw ArchiveError(path_of(key), what);
   }

@@ -29,7 +29,7 @@ NvStore factory_nv() {
                       .lte_option = 1,
                       .ddtm = 0,
                       .imei_sv = 1,
-                      .lte_bands = 0x03000008,  // bands 4, 25 and 26
+                      .lte_bc_config = 0x03000008,
                       .fsg_version = "QOR-FSG-01.02.03",
                       .flex_version = "QOR-FLEX-04.05.06"});
   nv.put({37}, {0x01, 0x00, 0x00, 0x00});
@@ -57,8 +57,8 @@ LteCell factory_cell() {
           .tx_power = -45};
 }
 
-Bytes apn_data(uint8_t host) {
-  return {0x20, 0x01, 0x0D, 0xB8, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, host};
+Bytes apn_bytes(uint8_t last) {
+  return {0x20, 0x01, 0x0D, 0xB8, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, last};
 }
 
 protocol::CallProcessingRecord factory_call() {
@@ -121,20 +121,20 @@ protocol::EvdoRecord factory_session() {
       .unused_3 = 0};
 }
 
-// Power back-off by step, in tenths of a dB, falling by half a dB a step.
-Bytes pfp_table() {
+// Invented: falling 16-bit numbers.
+Bytes pfp_bytes() {
   constexpr uint16_t kFirst = 560;
   constexpr uint16_t kStep = 5;
-  Bytes table;
-  for (uint16_t value = kFirst; table.size() < kPfpTableSize;
+  Bytes bytes;
+  for (uint16_t value = kFirst; bytes.size() < kPfpRemainingSize;
        value = static_cast<uint16_t>(value - kStep)) {
-    table.push_back(static_cast<uint8_t>(value));
-    table.push_back(static_cast<uint8_t>(value >> 8));
+    bytes.push_back(static_cast<uint8_t>(value));
+    bytes.push_back(static_cast<uint8_t>(value >> 8));
   }
-  return table;
+  return bytes;
 }
 
-// One serving PLMN (001 01) and its radio technology, LTE.
+// Invented: the meaning of the bytes is not known.
 Bytes data_plmn_record() {
   Bytes record = {1, 0, 0, 0, 1, 0, 1, 0, 8, 0, 0, 0};
   record.resize(kDataPlmnSize);
@@ -147,8 +147,8 @@ State factory_state() {
   State state;
   state.nv = factory_nv();
   state.lte = factory_cell();
-  state.ehrpd_apns = {{"internet.example", 3, 0xC000020A, apn_data(0x0A)},
-                      {"ims.example", 3, 0xC000020B, apn_data(0x0B)}};
+  state.ehrpd_apns = {{"internet.example", 3, 0xC000020A, apn_bytes(0x0A)},
+                      {"ims.example", 3, 0xC000020B, apn_bytes(0x0B)}};
   state.operators = {{1, 1, "Lakeshore", "Lakeshore Cellular"},
                      {1, 2, "Prairie", "Prairie Wireless"},
                      {999, 70, "Ærø Tel", "Ærø Telefonselskab"},
@@ -163,7 +163,7 @@ State factory_state() {
                    .roaming_list = {}};
   state.engineering.call_processing = factory_call();
   state.engineering.evdo = factory_session();
-  state.pfp = {.first_value = 1, .rat = 8, .table = pfp_table()};
+  state.pfp = {.first_value = 1, .rat = 8, .remaining_bytes = pfp_bytes()};
   state.features.silent_reboot_answer = {0x00, 0x01};
   state.features.call_end_radio_state = {0x00, 0x10, 0x11, 0x12, 0x13, 0x14, 0x15, 0x16, 0x17,
                                          0x18, 0x19, 0x1A, 0x1B, 0x1C, 0x1D, 0x1E, 0x1F};

@@ -40,8 +40,8 @@ constexpr NvNumber kLteOption = nv_number("lte-option");
 constexpr NvNumber kDdtm = nv_number("ddtm");
 constexpr NvNumber kImeiSv = nv_number("imei-sv");
 // The item's first number; its other bytes are zero.
-constexpr protocol::NvItem kLteBandsItem = nv_item_named("lte-bands");
-constexpr NvNumber kLteBands = {kLteBandsItem.id, 0, sizeof(uint32_t), kLteBandsItem.size};
+constexpr protocol::NvItem kLteBcConfigItem = nv_item_named("lte-bc-config");
+constexpr NvNumber kLteBcConfig = {kLteBcConfigItem.id, 0, sizeof(uint32_t), kLteBcConfigItem.size};
 
 constexpr NvKey kMdnItem{nv_item_named("mdn").id};
 constexpr size_t kMdnHead = nv_item_named("mdn").size - kMdnDigits;
@@ -159,7 +159,7 @@ Settings load_settings(const NvStore& nv) {
   load_number(nv, kLteOption, settings.lte_option);
   load_number(nv, kDdtm, settings.ddtm);
   load_number(nv, kImeiSv, settings.imei_sv);
-  load_number(nv, kLteBands, settings.lte_bands);
+  load_number(nv, kLteBcConfig, settings.lte_bc_config);
   settings.fsg_version = load_text(nv, kFsgVersionItem);
   settings.flex_version = load_text(nv, kFlexVersionItem);
   return settings;
@@ -171,7 +171,7 @@ void store_settings(NvStore& nv, const Settings& settings) {
   store(nv, kLteOption, settings.lte_option);
   store(nv, kDdtm, settings.ddtm);
   store(nv, kImeiSv, settings.imei_sv);
-  store(nv, kLteBands, settings.lte_bands);
+  store(nv, kLteBcConfig, settings.lte_bc_config);
   store_text(nv, kFsgVersionItem, settings.fsg_version);
   store_text(nv, kFlexVersionItem, settings.flex_version);
 }

@@ -45,7 +45,7 @@ struct Settings {
   uint8_t lte_option = 0;
   uint8_t ddtm = 0;
   uint8_t imei_sv = 0;
-  uint32_t lte_bands = 0;  // one bit a band, band 1 in bit 0
+  uint32_t lte_bc_config = 0;
   std::string fsg_version;
   std::string flex_version;
 };

@@ -18,7 +18,7 @@ constexpr size_t kApnNameSize = 103;
 constexpr size_t kMaxOperatorName = 64;
 constexpr size_t kAkeySize = 26;
 constexpr size_t kDataPlmnSize = 560;
-constexpr size_t kPfpTableSize = 224;
+constexpr size_t kPfpRemainingSize = 224;
 constexpr size_t kRadioStateSize = 17;
 constexpr size_t kTunerSize = 28;
 constexpr size_t kMaxRoamingSegment = 16384;
@@ -56,7 +56,7 @@ struct Apn {
   // Their meaning is not known.
   uint32_t first_value = 0;
   uint32_t second_value = 0;
-  Bytes data;  // 16 bytes
+  Bytes remaining_bytes;  // 16 bytes
 };
 
 // Names are UTF-8 here and GSM 7-bit (3GPP TS 23.038) on the air.
@@ -98,7 +98,7 @@ struct Engineering {
 struct Pfp {
   uint16_t first_value = 0;  // its meaning is not known
   uint16_t rat = 0;
-  Bytes table;  // 224 bytes
+  Bytes remaining_bytes;  // 224 bytes
 };
 
 struct Features {

@@ -13,7 +13,7 @@ constexpr size_t kMaxItems = 4096;
 constexpr size_t kMaxOperators = 256;
 constexpr size_t kMaxText = 255;
 constexpr size_t kMaxPlmnDigits = 999;
-constexpr size_t kApnDataSize = 16;
+constexpr size_t kApnRemainingSize = 16;
 
 struct NvItem {
   uint32_t rde_id = 0;
@@ -74,7 +74,7 @@ static void describe(Archive& archive, Settings& settings) {
   archive.number("lte_option", settings.lte_option);
   archive.number("ddtm", settings.ddtm);
   archive.number("imei_sv", settings.imei_sv);
-  archive.number("lte_bands", settings.lte_bands);
+  archive.number("lte_bc_config", settings.lte_bc_config);
   archive.text("fsg_version", settings.fsg_version, up_to(kMaxText));
   archive.text("flex_version", settings.flex_version, up_to(kMaxText));
 }
@@ -98,12 +98,12 @@ static void describe(Archive& archive, LteCell& cell) {
 }
 
 static void describe(Archive& archive, Apn& apn) {
-  apn.data.resize(kApnDataSize);
+  apn.remaining_bytes.resize(kApnRemainingSize);
   archive.text("name", apn.name, up_to(kApnNameSize));
   archive.number("first_value", apn.first_value);
   archive.number("second_value", apn.second_value);
-  archive.hex("data", apn.data, up_to(kApnDataSize));
-  apn.data.resize(kApnDataSize);
+  archive.hex("remaining_bytes", apn.remaining_bytes, up_to(kApnRemainingSize));
+  apn.remaining_bytes.resize(kApnRemainingSize);
 }
 
 static void describe(Archive& archive, Operator& entry) {
@@ -198,7 +198,7 @@ static void describe(Archive& archive, Engineering& engineering) {
 static void describe(Archive& archive, Pfp& pfp) {
   archive.number("first_value", pfp.first_value);
   archive.number("rat", pfp.rat);
-  archive.hex("table", pfp.table, up_to(kPfpTableSize));
+  archive.hex("remaining_bytes", pfp.remaining_bytes, up_to(kPfpRemainingSize));
 }
 
 static void describe(Archive& archive, Features& features) {

@@ -18,7 +18,7 @@ void put_apn_record(CarrierReply& reply, const ApnEntry& entry) {
   put_bytes(reply, entry.name, kApnNameSize);
   put_le32(reply, entry.first_value);
   put_le32(reply, __builtin_bswap32(entry.second_value));  // the record's one big-endian value
-  put_bytes(reply, entry.tail, kApnTailSize);
+  put_bytes(reply, entry.remaining_bytes, kApnRemainingSize);
 }
 
 // The TOT order as the parent sends and gets it.
@@ -43,7 +43,7 @@ uint32_t get_active_ehrpd_apn(const uint8_t*, CarrierReply& reply) {
   if (qor_qmi_sprint_get_active_ehrpd_apn(&response) != 0) response = {};
 
   put_bytes(reply, &response.count, sizeof response.count);
-  if (response.has_entries != 0) {
+  if (response.count_high != 0) {
     uint32_t count = std::min(uint32_t{response.count}, kApnEntries);
     for (uint32_t i = 0; i < count; ++i) put_apn_record(reply, response.entries[i]);
   }

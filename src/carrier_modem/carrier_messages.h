@@ -133,7 +133,7 @@ static_assert(offsetof(TotOrderRequest, entries) == 8);
 
 constexpr uint32_t kApnEntries = 8;
 constexpr size_t kApnNameSize = 103;
-constexpr size_t kApnTailSize = 16;
+constexpr size_t kApnRemainingSize = 16;
 
 struct ApnEntry {
   uint32_t first_value;
@@ -141,18 +141,18 @@ struct ApnEntry {
   uint8_t unused[12];
   uint8_t name[kApnNameSize];
   uint8_t padding[5];
-  uint8_t tail[kApnTailSize];
+  uint8_t remaining_bytes[kApnRemainingSize];
 };
 static_assert(sizeof(ApnEntry) == 144);
 static_assert(offsetof(ApnEntry, name) == 20);
-static_assert(offsetof(ApnEntry, tail) == 128);
+static_assert(offsetof(ApnEntry, remaining_bytes) == 128);
 
-// The same. Entries are reported only when `has_entries` is not zero.
+// The same. Entries are reported only when `count_high`, the high byte of the count, is not zero.
 struct ActiveApnResponse {
   uint32_t result;
   uint32_t error;
   uint8_t count;
-  uint8_t has_entries;
+  uint8_t count_high;
   uint8_t padding[6];
   ApnEntry entries[kApnEntries];
 };

@@ -19,7 +19,8 @@ const std::string kSignal = modem_request("nas", "get_sig_info", "{}");
 const std::string kTransmitter = modem_request("nas", "get_tx_rx_info", R"({"radio_interface":8})");
 const Texts kAllOfLte = {kServiceState, kChannel, kServingSystem, kSignal, kTransmitter};
 
-// Service state, MCC, MNC, cell, band, bandwidth, channels, RSSI, RSRP, RSRQ, transmit power.
+// Service state, MCC, MNC, cell, third and fourth value, second and first channel, RSSI, RSRP,
+// RSRQ, transmit power.
 Bytes lte_record(const std::string& service_state, const std::string& transmit_power) {
   return hex(service_state) + hex("0100 0100 032D1A00 19 03 AD200000 FD660000 BD A0FF F7") +
          hex(transmit_power);
@@ -93,7 +94,7 @@ TEST_F(Network, EightAccessPointsFillTheList) {
   for (int i = 1; i <= 8; ++i) {
     std::string name(103, static_cast<char>('a' + i));
     apns += fmt::format(
-        R"({}{{"name":"{}","first_value":{},"second_value":{},"data":"20010db8{:024x}"}})",
+        R"({}{{"name":"{}","first_value":{},"second_value":{},"remaining_bytes":"20010db8{:024x}"}})",
         i == 1 ? "" : ",", name, i, 0xC0000200U + static_cast<unsigned>(i), i);
     Bytes number = {static_cast<uint8_t>(i)};
     list = list + characters(name) + number + zeros(3) + hex("C00002") + number +

@@ -61,9 +61,9 @@ Network random_network(Random& random) {
   network.data_plmn = random.bytes(560);
   network.silent_reboot_answer = random.bytes(random.below(40));
   network.call_end_radio_state = random.bytes(17);
-  network.pfp_version = 1;
+  network.pfp_first_value = 1;
   network.pfp_rat = 8;
-  network.pfp_table = random.bytes(224);
+  network.pfp_bytes = random.bytes(224);
   return network;
 }
 
@@ -90,8 +90,8 @@ json cell_json(const Cell& cell) {
           {"cell_id", cell.cell_id},
           {"channel_third_value", cell.third},
           {"channel_fourth_value", cell.fourth},
-          {"second_channel", cell.downlink},
-          {"first_channel", cell.uplink},
+          {"second_channel", cell.second_channel},
+          {"first_channel", cell.first_channel},
           {"rssi", static_cast<int8_t>(cell.rssi)},
           {"rsrq", static_cast<int8_t>(cell.rsrq)},
           {"rsrp", static_cast<int16_t>(cell.rsrp)},
@@ -102,9 +102,9 @@ json apns_json(const std::vector<Apn>& apns) {
   json list = json::array();
   for (const Apn& apn : apns) {
     list.push_back({{"name", apn.name},
-                    {"first_value", apn.type},
-                    {"second_value", 0xC0000200U + apn.host},
-                    {"data", fmt::format("20010db8{:024x}", apn.host)}});
+                    {"first_value", apn.first_value},
+                    {"second_value", 0xC0000200U + apn.last_byte},
+                    {"remaining_bytes", fmt::format("20010db8{:024x}", apn.last_byte)}});
   }
   return list;
 }
@@ -197,9 +197,9 @@ json ModemModel::state() const {
             {"tot_order", memory_.tot_order},
             {"data_plmn", as_hex(network_.data_plmn)}}},
           {"pfp",
-           {{"first_value", network_.pfp_version},
+           {{"first_value", network_.pfp_first_value},
             {"rat", network_.pfp_rat},
-            {"table", as_hex(network_.pfp_table)}}},
+            {"remaining_bytes", as_hex(network_.pfp_bytes)}}},
           {"features",
            {{"silent_reboot_answer", as_hex(network_.silent_reboot_answer)},
             {"call_end_radio_state", as_hex(network_.call_end_radio_state)}}},

@@ -53,7 +53,7 @@ struct Cell {
   uint16_t mcc, mnc;
   uint32_t cell_id;
   uint8_t third, fourth;  // of the channel message
-  uint16_t downlink, uplink;
+  uint16_t second_channel, first_channel;
   uint8_t rssi, rsrq;  // two's complement
   uint16_t rsrp;
   uint32_t tx_power;
@@ -61,8 +61,8 @@ struct Cell {
 
 struct Apn {
   std::string name;
-  uint8_t type;
-  uint8_t host;  // the last byte of its addresses
+  uint8_t first_value;
+  uint8_t last_byte;  // of the second value and of the remaining bytes
 };
 
 struct Operator {
@@ -79,8 +79,8 @@ struct Network {
   Bytes data_plmn;  // 560 bytes
   Bytes silent_reboot_answer;
   Bytes call_end_radio_state;  // 17 bytes
-  uint16_t pfp_version, pfp_rat;
-  Bytes pfp_table;  // 224 bytes
+  uint16_t pfp_first_value, pfp_rat;
+  Bytes pfp_bytes;  // 224 bytes
 };
 
 constexpr uint32_t kMaxItemBytes = 512;

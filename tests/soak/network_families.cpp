@@ -39,7 +39,8 @@ Case get_lte_data(Random& random, ModemModel& modem) {
   LteAnswers answers = request_lte_data(modem);
   if (!answers.is_complete) return {request, echo(request, 5)};
   const Cell& cell = modem.network().cell;
-  Bytes channels = Bytes{cell.third, cell.fourth} + words({cell.downlink, cell.uplink});
+  Bytes channels =
+      Bytes{cell.third, cell.fourth} + words({cell.second_channel, cell.first_channel});
   Bytes data = le32(answers.has_state ? 2 : 0) + le16(cell.mcc) + le16(cell.mnc) +
                le32(cell.cell_id) + (answers.has_channels ? channels : zeros(channels.size())) +
                Bytes{cell.rssi} + le16(cell.rsrp) + Bytes{cell.rsrq} +
@@ -54,8 +55,8 @@ Case get_apns(Random& random, ModemModel& modem) {
     const auto& apns = modem.network().apns;
     list = {static_cast<uint8_t>(apns.size())};
     for (const Apn& apn : apns) {
-      list = list + padded(apn.name, 103) + le32(apn.type) + hex("C00002") + Bytes{apn.host} +
-             hex("20010DB8 00000000 00000000 000000") + Bytes{apn.host};
+      list = list + padded(apn.name, 103) + le32(apn.first_value) + hex("C00002") +
+             Bytes{apn.last_byte} + hex("20010DB8 00000000 00000000 000000") + Bytes{apn.last_byte};
     }
   }
   list.resize(kApnListSize);

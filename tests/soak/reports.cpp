@@ -93,13 +93,14 @@ std::string coverage(Random& random, uint32_t count, Parent& parent) {
 
 // Differs from every table that a request returns.
 std::string pfp(Random& random, uint32_t count, Parent& parent) {
-  auto version = static_cast<uint16_t>(random.word());
+  auto first_value = static_cast<uint16_t>(random.word());
   auto rat = static_cast<uint16_t>(random.between(100, 200));
   uint32_t index = random.word();
-  Bytes table = random.bytes(224);
-  expect(parent, count, cdma_message(0x0200001D, le16(version) + le16(rat) + le32(index) + table));
-  return fmt::format("first_value={} rat={} tbl_idx={} table={}", version, rat, index,
-                     as_hex(table));
+  Bytes bytes = random.bytes(224);
+  expect(parent, count,
+         cdma_message(0x0200001D, le16(first_value) + le16(rat) + le32(index) + bytes));
+  return fmt::format("first_value={} rat={} tbl_idx={} remaining_bytes={}", first_value, rat, index,
+                     as_hex(bytes));
 }
 
 // The daemon reports to the modem that there is no block to save. The parent gets no message.

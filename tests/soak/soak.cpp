@@ -54,9 +54,9 @@ Soak::Soak(const Options& options) : options_(options), random_(options.seed), m
   daemon.max_log_lines = e2e::kLastLogLines;
   daemon_ = e2e::start_daemon(*phone_, daemon);
   const Network& network = model_.network();
-  requested_table_ =
-      e2e::cdma_message(0x0200001D, e2e::le16(network.pfp_version) + e2e::le16(network.pfp_rat) +
-                                        e2e::le32(0) + network.pfp_table);
+  requested_table_ = e2e::cdma_message(0x0200001D, e2e::le16(network.pfp_first_value) +
+                                                       e2e::le16(network.pfp_rat) + e2e::le32(0) +
+                                                       network.pfp_bytes);
 }
 
 void Soak::run() {

@@ -1,7 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 // The vendor service's messages. The modem uses three conventions for the beginning of a response:
 // the QMI result record (TLV 0x02, 0 is success), a u32 `status` (0 is success), and a u32
-// `outcome` followed by a u32 `error` (1 is success).
+// `outcome` followed by a u32 `error` (1 is success). Values of unknown meaning have neutral names;
+// those that the daemon does not read are `unused`.
 #include "platform/linux/qmi_idl/descriptor.h"
 #include "platform/linux/qmi_idl/interface_versions.h"
 #include "qorext_vendor_service_v01.h"
@@ -34,19 +35,19 @@ constexpr Element kResultOnly[] = {
 };
 
 constexpr Element kPfpRequest[] = {
-    {0x01, kNoOffset, "table", u32(0)},
+    {0x01, kNoOffset, "value", u32(0)},
 };
 
 constexpr Element kPfpResponse[] = {
     {kResultTlv, kNoOffset, "result", result(0)},
-    {0x01, kNoOffset, "state", u32(8)},
+    {0x01, kNoOffset, "unused", u32(8)},
 };
 
 constexpr Element kPfpIndication[] = {
     {0x01, kNoOffset, "first_value", u16(0)},
     {0x01, kNoOffset, "rat", u16(2)},
     {0x01, kNoOffset, "tbl_idx", u32(4)},
-    {0x02, kNoOffset, "table", bytes(8, 224)},
+    {0x02, kNoOffset, "remaining_bytes", bytes(8, 224)},
 };
 
 constexpr Element kUtilsRequest[] = {
@@ -55,7 +56,7 @@ constexpr Element kUtilsRequest[] = {
 };
 
 constexpr Element kUtilsResponse[] = {
-    {0x01, kNoOffset, "status", u32(0)},
+    {0x01, kNoOffset, "unused", u32(0)},
     {0x03, kNoOffset, "data", array(count16_u32(4), u8(8), 512)},
 };
 
@@ -70,7 +71,7 @@ constexpr Element kEngineeringInfoRequest[] = {
 
 constexpr Element kEngineeringInfoResponse[] = {
     {0x01, kNoOffset, "status", u32(0)},
-    {0x01, kNoOffset, "type", u32(4)},
+    {0x01, kNoOffset, "unused", u32(4)},
     {0x03, kNoOffset, "data", array(count16_u32(8), u8(12), 1000)},
 };
 
@@ -87,11 +88,11 @@ constexpr Element kHobRequest[] = {
 };
 
 constexpr Element kHobResponse[] = {
-    {0x01, kNoOffset, "status", u8(0)},
+    {0x01, kNoOffset, "unused", u8(0)},
 };
 
 constexpr Element kDataPlmnRequest[] = {
-    {0x01, kNoOffset, "selector", u32(0)},
+    {0x01, kNoOffset, "value", u32(0)},
 };
 
 constexpr Element kDataPlmnResponse[] = {
@@ -149,7 +150,7 @@ constexpr auto active_ehrpd_apn_response() {
   std::array<Element, 3 + kApnEntries * kApnElements> elements{};
   elements[0] = {kResultTlv, kNoOffset, "result", result(0)};
   elements[1] = {0x01, kNoOffset, "count", u8(8)};
-  elements[2] = {0x01, kNoOffset, "has_entries", u8(9)};
+  elements[2] = {0x01, kNoOffset, "count_high", u8(9)};
   for (size_t i = 0; i < kApnEntries; ++i) {
     auto tlv = static_cast<uint8_t>(0x10 + i);
     auto at = static_cast<uint16_t>(16 + i * 144);
@@ -159,7 +160,7 @@ constexpr auto active_ehrpd_apn_response() {
     entry[1] = {tlv, kNoOffset, "second_value", u32(offset(4))};
     entry[2] = {tlv, kNoOffset, "unused", bytes(offset(8), 12)};
     entry[3] = {tlv, kNoOffset, "name", bytes(offset(20), 103)};
-    entry[4] = {tlv, kNoOffset, "data", bytes(offset(128), 16)};
+    entry[4] = {tlv, kNoOffset, "remaining_bytes", bytes(offset(128), 16)};
   }
   return elements;
 }

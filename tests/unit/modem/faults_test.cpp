@@ -46,7 +46,7 @@ TEST_F(Faults, ErrorIsReportedInTheFormOfTheMessage) {
   EXPECT_EQ(ask_qorext("get_bsr_timer"), (json{{"outcome", 0}, {"error", 93}, {"timer", 0}}));
   EXPECT_EQ(ask_qorext("read_band"), (json{{"status", 1}, {"band", 0}}));
   EXPECT_EQ(ask_qorext("factory_reset"), (json{{"outcome", 0}}));
-  EXPECT_EQ(ask_qorext("hob"), (json{{"status", 1}}));
+  EXPECT_EQ(ask_qorext("switch_profile"), (json{{"status", 1}}));
 }
 
 TEST_F(Faults, RefusedRequestChangesNothing) {

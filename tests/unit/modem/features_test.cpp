@@ -11,24 +11,24 @@ class FeatureRequests : public ModemTest {
 };
 
 TEST_F(FeatureRequests, SilentRebootIsAnsweredWithItsData) {
-  EXPECT_EQ(utils(3, ""), (json{{"status", 0}, {"data", "0001"}}));
+  EXPECT_EQ(utils(3, ""), (json{{"unused", 0}, {"data", "0001"}}));
 }
 
 TEST_F(FeatureRequests, AutoVerifyNoticeIsStored) {
-  EXPECT_EQ(utils(4, "01"), (json{{"status", 0}, {"data", ""}}));
+  EXPECT_EQ(utils(4, "01"), (json{{"unused", 0}, {"data", ""}}));
   EXPECT_EQ(state().features.auto_verify, (Bytes{1}));
 }
 
 TEST_F(FeatureRequests, SystemInformationFilterIsStored) {
-  EXPECT_EQ(utils(5, "03")["status"], 0);
+  EXPECT_EQ(utils(5, "03")["data"], "");
   EXPECT_EQ(state().features.system_info_filter, 3);
 }
 
 TEST_F(FeatureRequests, CoverageModeAndTextAreStored) {
-  EXPECT_EQ(utils(6, "02616200")["status"], 0);
+  EXPECT_EQ(utils(6, "02616200")["data"], "");
   EXPECT_EQ(state().features.coverage_mode, 2);
   EXPECT_EQ(state().features.coverage_text, "ab");
-  EXPECT_EQ(utils(6, "")["status"], 0);
+  EXPECT_EQ(utils(6, "")["data"], "");
   EXPECT_EQ(state().features.coverage_mode, 2);
 }
 
@@ -36,12 +36,12 @@ TEST_F(FeatureRequests, CallEndRadioStateHas17Bytes) {
   EXPECT_EQ(utils(7, "00")["data"], "00101112131415161718191a1b1c1d1e1f");
 }
 
-TEST_F(FeatureRequests, OtherUtilityTypesAreRefused) {
-  EXPECT_EQ(utils(99, "00"), (json{{"status", 1}, {"data", ""}}));
+TEST_F(FeatureRequests, OtherUtilityTypesAreAnsweredWithoutData) {
+  EXPECT_EQ(utils(99, "00"), (json{{"unused", 0}, {"data", ""}}));
 }
 
-TEST_F(FeatureRequests, PfpRequestIsFollowedByItsTable) {
-  EXPECT_EQ(ask_qorext("pfp", {{"table", 4}}), (json{{"result", success()}, {"state", 0}}));
+TEST_F(FeatureRequests, PfpRequestIsFollowedByItsIndication) {
+  EXPECT_EQ(ask_qorext("pfp", {{"value", 4}}), (json{{"result", success()}, {"unused", 0}}));
 
   auto later = actions(std::chrono::seconds(1));
   ASSERT_EQ(later.size(), 1U);
@@ -50,14 +50,14 @@ TEST_F(FeatureRequests, PfpRequestIsFollowedByItsTable) {
   EXPECT_EQ(indication["first_value"], 1);
   EXPECT_EQ(indication["rat"], 8);
   EXPECT_EQ(indication["tbl_idx"], 4);
-  std::string table = indication["table"];
-  EXPECT_EQ(table.size(), 2 * 224U);
-  EXPECT_EQ(table.substr(0, 8), "30022b02");  // 560, 555
+  std::string bytes = indication["remaining_bytes"];
+  EXPECT_EQ(bytes.size(), 2 * 224U);
+  EXPECT_EQ(bytes.substr(0, 8), "30022b02");  // 560, 555
 }
 
 TEST_F(FeatureRequests, HobStatesAreRecordedInTheirOrder) {
-  EXPECT_EQ(ask_qorext("hob", {{"state", 255}}), (json{{"status", 0}}));
-  EXPECT_EQ(ask_qorext("hob", {{"state", 1}}), (json{{"status", 0}}));
+  EXPECT_EQ(ask_qorext("hob", {{"state", 255}}), (json{{"unused", 0}}));
+  EXPECT_EQ(ask_qorext("hob", {{"state", 1}}), (json{{"unused", 0}}));
   EXPECT_EQ(state().features.hob_states, (std::vector<uint32_t>{255, 1}));
 }
 

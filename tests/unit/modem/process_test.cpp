@@ -44,7 +44,7 @@ TEST_F(ModemProcess, IndicationsReachEveryClientOfTheService) {
 
 TEST_F(ModemProcess, PfpRequestIsFollowedByItsIndication) {
   ServiceClient client = start_with_client();
-  EXPECT_EQ(client.ask("pfp")["state"], 0);
+  EXPECT_EQ(client.ask("pfp")["result"]["result"], 0);
   EXPECT_EQ(client.next_fields()["rat"], 8);
 }
 

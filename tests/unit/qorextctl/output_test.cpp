@@ -142,17 +142,17 @@ TEST_F(Output, AListAndARecordHaveOneLine) {
   apns[0] = 1;
   apns[1] = 'a';
   text_.printer.reply(reply("get-apn", cdma_frame(0x020000C1, 0, apns)), false);
-  EXPECT_EQ(
-      text_.out.str(),
-      "get-tot (0x020000C4): success, 62 bytes\n"
-      "  count:    2\n"
-      "  entries:  1 2\n"
-      "get-apn (0x020000C1): success, 1017 bytes\n"
-      "  count:  0\n"
-      "  apns:   none\n"
-      "get-apn (0x020000C1): success, 1017 bytes\n"
-      "  count:   1\n"
-      "  apns 1:  name a, first-value 0, second-value 0, data 00000000000000000000000000000000\n");
+  EXPECT_EQ(text_.out.str(),
+            "get-tot (0x020000C4): success, 62 bytes\n"
+            "  count:    2\n"
+            "  entries:  1 2\n"
+            "get-apn (0x020000C1): success, 1017 bytes\n"
+            "  count:  0\n"
+            "  apns:   none\n"
+            "get-apn (0x020000C1): success, 1017 bytes\n"
+            "  count:   1\n"
+            "  apns 1:  name a, first-value 0, second-value 0, "
+            "remaining-bytes 00000000000000000000000000000000\n");
 }
 
 TEST_F(Output, AnUnsolicitedFrameHasATitle) {

@@ -106,7 +106,7 @@ TEST(Replies, ApnsAreListedUpToTheirCount) {
   std::copy(rest.begin(), rest.end(), data.begin() + 1 + 103);
   EXPECT_EQ(fields("get-apn", cdma_frame(0x020000C1, 0, data)),
             R"({"count":1,"apns":[{"name":"internet","first_value":1,"second_value":167772161,)"
-            R"("data":"20010DB8000000000000000000000001"}]})");
+            R"("remaining_bytes":"20010DB8000000000000000000000001"}]})");
 }
 
 TEST(Replies, ACountOfApnsAboveTheRoomIsAProblem) {

@@ -85,7 +85,7 @@ constexpr RequestSample kRequestSamples[] = {
     {"coverage-mode mode=2 text='a b'", "01050029 00000005 02 61206200"},
     {"tune data=010203", "0105002A 00000003 010203"},
     {"call-end-radio-state", "01050505 00000001 00"},
-    {"call-end-radio-state selector=3", "01050505 00000001 03"},
+    {"call-end-radio-state value=3", "01050505 00000001 03"},
     {"data-plmn", "01060001 00000000"},
     {"operator-name mcc=310 mnc=260", "010A0006 00000004 3601 0401"},
     {"pfp", "1C000002 00000000 00000000 000000000000"},
