@@ -10,7 +10,7 @@
 
 namespace {
 
-constexpr int32_t kLteBandClassItem = 53;
+constexpr int32_t kLteBcConfigItem = 53;
 constexpr int32_t kConfigVersionItem = 8029;
 constexpr int32_t kFlexVersionItem = 8028;
 constexpr int32_t kImeiSvItem = 41;
@@ -48,7 +48,7 @@ void set_cut(const char* property, const char* text, int length) {
 int publish_lte_bc_config() {
   uint8_t item[kBandClassSize] = {};
   char text[21] = "0";
-  if (qor_qmi_sprint_rde_read(kLteBandClassItem, 0, 0, item, sizeof item, nullptr) == kRdeSuccess) {
+  if (qor_qmi_sprint_rde_read(kLteBcConfigItem, 0, 0, item, sizeof item, nullptr) == kRdeSuccess) {
     auto classes = static_cast<int32_t>(load_le32(item));
     snprintf(text, sizeof text, "%lld", static_cast<long long>(classes));
   }

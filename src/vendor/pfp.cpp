@@ -11,7 +11,7 @@ constexpr unsigned int kPfpMessage = 0x0A;
 constexpr uint32_t kPfpUnsolicited = 0x0200001D;
 
 struct PfpRequest {
-  uint32_t table;
+  uint32_t value;
 };
 static_assert(sizeof(PfpRequest) == 4);
 
@@ -24,10 +24,10 @@ static_assert(sizeof(PfpResponse) == 12);
 
 // Forwarded as decoded: only the log reads its fields.
 struct mypfp_ind_msg_v01 {
-  uint16_t unused;
+  uint16_t first_value;
   uint16_t rat;
   uint32_t tbl_idx;
-  uint8_t table[224];
+  uint8_t remaining_bytes[224];
 };
 static_assert(sizeof(mypfp_ind_msg_v01) == 232);
 static_assert(offsetof(mypfp_ind_msg_v01, rat) == 2);

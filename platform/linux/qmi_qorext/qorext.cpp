@@ -92,7 +92,7 @@ constexpr Element kHobResponse[] = {
 };
 
 constexpr Element kDataPlmnRequest[] = {
-    {0x01, kNoOffset, "value", u32(0)},
+    {0x01, kNoOffset, "unused", u32(0)},
 };
 
 constexpr Element kDataPlmnResponse[] = {
