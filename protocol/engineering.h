@@ -34,8 +34,8 @@ struct CallProcessingRecord {
   int16_t tx_power;
   uint16_t rssi;
   uint16_t base_id;
-  int32_t base_latitude;   // quarter seconds
-  int32_t base_longitude;  // quarter seconds
+  int32_t base_latitude;
+  int32_t base_longitude;
   uint16_t active_set_pn[kActiveSetSize];
   uint16_t active_set_strength[kActiveSetSize];
   uint16_t neighbor_set_pn[kNeighborSetSize];

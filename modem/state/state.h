@@ -30,6 +30,7 @@ constexpr size_t kMaxEngineeringText = 1000;
 // The phone's reports on the hand-off block.
 enum HobState : uint8_t { kHobFailed = 0, kHobSaved = 1, kHobReady = 0xFF };
 
+// The simulation's own values: those of a real modem are not known.
 enum ServiceState : uint8_t { kNoService = 0, kLimitedService = 1, kFullService = 2 };
 
 // The LTE cell that the phone camps on.
