@@ -60,7 +60,7 @@ TEST(Unsolicited, ThePfpTableIsForwardedWhole) {
   Json shown = to_json(decode_unsolicited(cdma_unsolicited(0x0200001D, data)).fields);
   EXPECT_EQ(shown["rat"], 0x0403);
   EXPECT_EQ(shown["table_index"], 0x08070605);
-  EXPECT_EQ(shown["remaining-bytes"], to_hex(part(data, 8, 224)));
+  EXPECT_EQ(shown["remaining_bytes"], to_hex(part(data, 8, 224)));
 }
 
 TEST(Unsolicited, TheCoverageReportIsForwardedWhole) {
