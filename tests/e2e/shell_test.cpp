@@ -133,7 +133,7 @@ TEST_F(Shell, ShowsUnsolicitedFramesAboveTheInputLine) {
   type("nv-re", "qorext> nv-re");
   handset.indicate("notify");
   handset.indicate("pfp rat=3");
-  terminal->wait_for_row("rat:          3");
+  terminal->wait_for_row("rat:              3");
   terminal->wait_for_cursor("qorext> nv-re");
   auto rows = terminal->screen().rows();
   EXPECT_EQ(std::count(rows.begin(), rows.end(), "qorext> nv-re"), 1);
