@@ -132,7 +132,7 @@ void ServerLoop::perform(const Action& action) {
       up_.insert(action.service);
       return publish_instances(*find_service(action.service));
     case Action::Kind::resize:
-      if (up_.contains(action.service)) publish_instances(*find_service(action.service));
+      if (up_.count(action.service) != 0) publish_instances(*find_service(action.service));
       return;
   }
 }

@@ -7,7 +7,6 @@
 #pragma once
 
 #include <algorithm>
-#include <concepts>
 #include <nlohmann/json.hpp>
 #include <set>
 #include <span>
@@ -53,10 +52,13 @@ struct Key {
   std::string value;    // now, as JSON; empty for a key that has to be given
 };
 
+template <typename T>
+concept Integer = std::is_integral_v<T>;
+
 // The range of an integer of at most 32 bits.
-template <std::integral T>
+template <Integer T>
 constexpr int64_t kLowest = std::is_signed_v<T> ? -(int64_t{1} << (8 * sizeof(T) - 1)) : 0;
-template <std::integral T>
+template <Integer T>
 constexpr int64_t kHighest = (int64_t{1} << (8 * sizeof(T) - (std::is_signed_v<T> ? 1 : 0))) - 1;
 
 class Archive {
@@ -67,7 +69,7 @@ class Archive {
   bool is_listing() const { return keys_ != nullptr; }
 
   // Each returns whether the value was named (always true when not reading).
-  template <std::integral T>
+  template <Integer T>
   bool number(const char* key, T& value, int64_t low = kLowest<T>, int64_t high = kHighest<T>) {
     if (!is_reading()) return write(key, value, {Type::number, "number, " + range_text(low, high)});
     const json* given = take(key);
@@ -86,7 +88,7 @@ class Archive {
   bool numbers(const char* key, std::vector<uint32_t>& values, size_t max);
 
   // A fixed number of numbers; those after the given ones become zero.
-  template <std::integral T, size_t N>
+  template <Integer T, size_t N>
   bool numbers(const char* key, T (&values)[N]) {
     if (!is_reading()) {
       return write(key, std::vector<T>(values, values + N),

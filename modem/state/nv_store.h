@@ -42,7 +42,7 @@ class NvStore {
   bool write(NvKey key, uint32_t offset, std::span<const uint8_t> data) {
     if (offset > kMaxItemSize || data.size() > kMaxItemSize - offset) return false;
     Bytes& item = items_[key];
-    item.resize(std::max(item.size(), offset + data.size()));
+    item.resize(std::max<size_t>(item.size(), offset + data.size()));
     std::copy(data.begin(), data.end(), item.begin() + offset);
     return true;
   }

@@ -12,6 +12,7 @@
 #include <utility>
 
 #include "platform/linux/qmi_cci/log.h"
+#include "platform/linux/qmi_cci/memory.h"
 #include "platform/linux/qmi_idl/codec.h"
 
 namespace qmi_cci {
@@ -127,13 +128,13 @@ QueuedPacket::Ptr IndicationQueue::pop() {
   return packet;
 }
 
-// malloc_trim() may take long, so it runs without the lock. A packet that is queued meanwhile is
-// not missed: wait() checks the list before it sleeps.
+// release_free_memory() may take long, so it runs without the lock. A packet that is queued
+// meanwhile is not missed: wait() checks the list before it sleeps.
 void IndicationQueue::wait_for_packet(Lock& lock) {
   if (packets_.empty() && highest_cost_ > kRetainedMemory) {
     highest_cost_ = 0;
     lock.unlock();
-    malloc_trim(0);
+    release_free_memory();
     lock.lock();
   }
   changed_.wait(lock, [this] { return stopped_ || !packets_.empty(); });

@@ -34,7 +34,7 @@ class QueuedPacket {
   // Null when there is no memory.
   static Ptr copy(std::span<const uint8_t> bytes);
 
-  std::span<uint8_t> bytes() { return {reinterpret_cast<uint8_t*>(this + 1), size_}; }
+  std::span<uint8_t> bytes() { return std::span(reinterpret_cast<uint8_t*>(this + 1), size_); }
   // What the packet takes of the heap in bytes, including the allocator's share.
   size_t cost() const;
 

@@ -34,7 +34,7 @@ class Unresponsive {
 
   milliseconds timeout_of(const Endpoint& endpoint) {
     std::lock_guard lock(mutex_);
-    return names_.contains(name_of(endpoint)) ? kTimeoutOfUnresponsive : kAnswerTimeout;
+    return names_.count(name_of(endpoint)) != 0 ? kTimeoutOfUnresponsive : kAnswerTimeout;
   }
   void record(const Endpoint& endpoint, bool has_answered) {
     std::lock_guard lock(mutex_);

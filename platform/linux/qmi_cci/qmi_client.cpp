@@ -24,10 +24,10 @@ int catch_all(Work work) noexcept {
 bool fits(const void* data, size_t length) { return data != nullptr || length == 0; }
 
 std::span<const uint8_t> bytes(const void* data, size_t length) {
-  return {static_cast<const uint8_t*>(data), length};
+  return std::span(static_cast<const uint8_t*>(data), length);
 }
 std::span<uint8_t> bytes(void* data, size_t length) {
-  return {static_cast<uint8_t*>(data), length};
+  return std::span(static_cast<uint8_t*>(data), length);
 }
 
 std::optional<qmi_idl::Direction> direction_of(qmi_idl_type_of_message_type type) {

@@ -215,7 +215,7 @@ bool decode(const Message& message, std::span<const uint8_t> wire, std::span<uin
 
     auto tlv = find_tlv(message, head[0]);
     if (tlv.empty()) continue;
-    if (!decode_tlv(tlv, Reader({body, length}), structure.data())) return false;
+    if (!decode_tlv(tlv, Reader(std::span(body, length)), structure.data())) return false;
     seen[head[0]] = true;
   }
   return has_all_mandatory(message, seen, structure.data());

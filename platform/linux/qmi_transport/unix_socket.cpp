@@ -66,7 +66,7 @@ Status unix_send(int socket, std::span<const uint8_t> packet, Deadline deadline)
 }
 
 Received unix_receive(int socket, std::span<uint8_t> buffer, int flags) {
-  iovec part{buffer.data(), buffer.size()};
+  iovec part{buffer.data(), static_cast<size_t>(buffer.size())};
   msghdr message{};
   message.msg_iov = &part;
   message.msg_iovlen = 1;
