@@ -59,7 +59,7 @@ class CarrierPhone : public ServingPhone {
   Bytes answer_of_item(const Exchange& exchange) const {
     if (exchange.service != "vendor" || (exchange.id != 8 && exchange.id != 9)) return {};
     uint32_t id = load_le32(exchange.request.data());
-    if ((exchange.id == 8 ? unreadable : unwritable).contains(id)) return kRefusal;
+    if ((exchange.id == 8 ? unreadable : unwritable).count(id) != 0) return kRefusal;
     auto item = items.find(id);
     if (exchange.id == 9 || item == items.end()) return {};
     return read_answer(id, static_cast<uint32_t>(item->second.size()), item->second);

@@ -68,7 +68,7 @@ FakePhone::FakePhone() {
   g_phone = this;
   modem = [this](const Exchange& exchange, std::span<uint8_t> response) {
     const Bytes& answer = answers_[exchange.id];
-    std::copy_n(answer.begin(), std::min(answer.size(), response.size()), response.begin());
+    std::copy_n(answer.begin(), std::min<size_t>(answer.size(), response.size()), response.begin());
     auto failure = send_failures_.find(exchange.id);
     return failure == send_failures_.end() ? 0 : failure->second;
   };
@@ -92,7 +92,8 @@ int FakePhone::run_decoder(unsigned int id, std::span<uint8_t> structure) {
   EXPECT_TRUE(is_zeroed) << "structure of indication " << id;
   const Bytes& decoded = decoded_[id];
   EXPECT_TRUE(decoded.empty() || decoded.size() == structure.size()) << structure.size();
-  std::copy_n(decoded.begin(), std::min(decoded.size(), structure.size()), structure.begin());
+  std::copy_n(decoded.begin(), std::min<size_t>(decoded.size(), structure.size()),
+              structure.begin());
   return decode_failures_[id];
 }
 
@@ -290,7 +291,7 @@ ssize_t __wrap_write(int fd, const void* buffer, size_t size) {
   }
   size = std::min(size, phone().write_limit.value_or(size));
   auto* bytes = static_cast<const uint8_t*>(buffer);
-  phone().trace.push_back((fd == kReplyFd ? "reply: " : "unsol: ") + hex({bytes, size}));
+  phone().trace.push_back((fd == kReplyFd ? "reply: " : "unsol: ") + hex(std::span(bytes, size)));
   return static_cast<ssize_t>(size);
 }
 

@@ -107,7 +107,7 @@ TEST_F(Framing, CdmaReplyEndsInTwoBytesMoreThanItsData) {
   Frame frame = cdma_reply(0x02000016, 3, 5);
   ASSERT_TRUE(frame);
   memset(frame.at(kCdmaPayload), 0xAA, 5);
-  EXPECT_EQ(hex({frame.data(), frame.size()}),
+  EXPECT_EQ(hex(std::span(frame.data(), frame.size())),
             "16000002 05000000 03000000 000000000000 AAAAAAAAAA 0000"_hex);
 }
 

@@ -176,7 +176,9 @@ TEST_F(Indications, CarrierIndicationIsNotPassedToTheTable) {
 }
 
 TEST_F(Indications, UndecodableCarrierIndicationIsNotPassedToTheTable) {
-  for (auto [id, number, digits] : {std::tuple{0x12u, "18", "12"}, {0x10Bu, "267", "10b"}}) {
+  for (auto [id, number, digits] :
+       {std::tuple<uint32_t, const char*, const char*>{0x12u, "18", "12"},
+        {0x10Bu, "267", "10b"}}) {
     fail_decode(id, -5);
     trace.clear();
     indicate(id);

@@ -105,7 +105,7 @@ TEST_P(NamReadFailure, LogsItsNumberAndReturnsAnEmptyRecord) {
   EXPECT_THAT(logs(), Contains("qorext_hook_sprint_get_nam_item: READ NV VALUE 4 ").Times(1));
   Lines end = Lines{"log: " + kBlock + "ERROR FOUND " + std::to_string(GetParam()) + " "} +
               reply_lines(replies().at(0));
-  EXPECT_EQ(Lines(trace.end() - std::ssize(end), trace.end()), end);
+  EXPECT_EQ(Lines(trace.end() - static_cast<ptrdiff_t>(end.size()), trace.end()), end);
   EXPECT_THAT(logs(), Not(Contains(StartsWith(kInfo))));
   EXPECT_THAT(logs(), Not(Contains("qorext_hook_sprint_get_nam_info:  NO REQUEST ERRORS  0 ")));
 }

@@ -4,8 +4,8 @@
 // delivers them. Frames are written out here as they must lie on the pipes.
 #pragma once
 
-#include <concepts>
 #include <string>
+#include <type_traits>
 
 #include "src/carrier_modem/carrier_clients.h"
 #include "src/host/base/framing.h"
@@ -162,10 +162,9 @@ struct NamedRow {
   const char* name;
 };
 
-template <std::derived_from<NamedRow> Row>
-void PrintTo(const Row& row, std::ostream* out) {
-  *out << row.name;
-}
+template <typename Row>
+requires std::is_base_of_v<NamedRow, Row>
+void PrintTo(const Row& row, std::ostream* out) { *out << row.name; }
 
 inline constexpr auto kNameOfRow = [](const auto& row) { return std::string(row.param.name); };
 

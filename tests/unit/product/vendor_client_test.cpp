@@ -15,7 +15,7 @@ class VendorClient : public FakePhone {
  protected:
   size_t waits() const { return deadlines.size(); }
   Lines end_of_trace(long lines) const {
-    EXPECT_GE(std::ssize(trace), lines);
+    EXPECT_GE(static_cast<long>(trace.size()), lines);
     return {trace.end() - lines, trace.end()};
   }
   // The trace of one wait after a failed look-up, from the deadline's clock on.
