@@ -4,11 +4,13 @@ import pathlib
 import tempfile
 import unittest
 
+import sources
 from blueprint import blueprint_errors, missing_modules
 from init_script import script_errors
+from modules import Modules
 from policy import doubled, property_label
-from support import run
-from tree import headers_of, policies_of
+from support import BLUEPRINT, COMPILER, ROOT, run
+from tree import Headers, headers_of, policies_of
 
 HERE = pathlib.Path(__file__).resolve().parent
 
@@ -60,6 +62,37 @@ class Image(unittest.TestCase):
         missing = missing_modules(self.tree)
         self.assertIn(f'no module libqmi_cci in {self.tree}', missing)
         self.assertNotIn(f'no module liblog in {self.tree}', missing)
+
+    def test_stubs_replace_the_modules_of_vendors(self):
+        self.write('build/soong/Android.bp', 'cc_library {\n    name: "liblog",\n}\n')
+        missing = missing_modules(self.tree, ['stubs'])
+        self.assertNotIn(f'no module libqmi_cci in {self.tree}', missing)
+        self.assertIn(f'no module libcutils in {self.tree}', missing)
+        self.assertNotIn(f'no module fmtlib in {self.tree}', missing)
+        self.assertIn(f'no module fmtlib in {self.tree}',
+                      missing_modules(self.tree, ['modem', 'stubs']))
+
+    def test_a_source_that_does_not_compile_is_reported(self):
+        self.write('good.cpp', 'int a;\n')
+        self.write('bad.cpp', 'int a\n')
+        messages = [sources.compile_one([COMPILER, '-fsyntax-only', self.tree / name])
+                    for name in ('good.cpp', 'bad.cpp')]
+        self.assertEqual(messages[0], '')
+        self.assertIn('bad.cpp:1', messages[1])
+
+    def test_sources_are_compiled_with_the_flags_of_their_module(self):
+        headers = Headers('none', self.tree, self.tree, self.tree / 'log', self.tree / 'cutils')
+        modules = Modules(BLUEPRINT)
+        daemon = sources.command(modules, 'qorext_client', headers, [], [])
+        self.assertIn('-Wconversion', daemon)
+        self.assertIn(ROOT / 'platform/android/include', daemon)
+        self.assertIn(self.tree / 'cutils', daemon)
+        self.assertNotIn('-fexceptions', daemon)
+        self.assertIn('-fno-rtti', daemon)
+        stub = sources.command(modules, 'libqorext_stub_qmi_cci', headers, [], [])
+        self.assertIn('-frtti', stub)
+        self.assertGreater(stub.index('-fexceptions'), stub.index('-fno-exceptions'))
+        self.assertIn('-Wno-sign-conversion', stub)
 
     def test_the_blueprint_has_no_errors(self):
         self.assertEqual(blueprint_errors(), [])

@@ -1,45 +1,74 @@
 # SPDX-License-Identifier: Apache-2.0
-"""The daemon's sources compile with a phone's headers."""
+"""The sources of the image's modules compile with a phone's headers, as the blueprints list them."""
 import concurrent.futures
 import os
+import pathlib
 import shutil
 import subprocess
 import tempfile
 
-from tree import CLANG, ROOT, compiler_resources, host_libcxx
+from modules import Modules
+from support import BLUEPRINT, ROOT
+from tree import CLANG, compiler_resources, host_libcxx
 
+MODULES = {
+    'daemon': ['qorext_client'],
+    'stubs': [name for name in Modules(BLUEPRINT) if name.startswith('libqorext_stub_')] +
+             ['qorext_parent'],
+    'modem': ['qorext_modem'],
+}
 TARGET = 'aarch64-linux-android33'
-FLAGS = ['-std=c++20', '-fno-exceptions', '-fno-rtti', '-fsyntax-only', '-D_GNU_SOURCE', '-Wall',
-         '-Wextra', '-Wconversion', '-Wshadow', '-Werror']
+# Header libraries that an integrator adds for the modem: the workstation's, by their folders.
+WORKSTATION = pathlib.Path('/usr/include')
+ADDED_HEADERS = ('CLI', 'fmt', 'nlohmann', 'toml++')
+# The workstation's C++ library expects the NDK's version.
+NDK_VERSION = '#define __NDK_MAJOR__ 26\n'
 
 
-def daemon_sources():
-    listed = subprocess.run(['git', '-C', ROOT, 'ls-files', 'src/*.cpp'], check=True,
-                            capture_output=True, text=True)
-    return [ROOT / name for name in listed.stdout.split()]
+def system_folders(headers):
+    return [headers.libcxx or host_libcxx(), compiler_resources() / 'include',
+            headers.bionic / 'include', headers.bionic / 'kernel/uapi',
+            headers.bionic / 'kernel/uapi/asm-arm64', headers.bionic / 'kernel/android/uapi']
 
 
-def command(headers, own_headers):
-    system = [headers.libcxx or host_libcxx(), compiler_resources() / 'include', headers.bionic / 'include',
-              headers.bionic / 'kernel/uapi', headers.bionic / 'kernel/uapi/asm-arm64',
-              headers.bionic / 'kernel/android/uapi']
-    own = [ROOT / 'platform/android/include', ROOT, headers.liblog, headers.libcutils, own_headers]
-    return [CLANG, f'--target={TARGET}', '-nostdinc', '-nostdinc++', *FLAGS,
-            *(word for folder in system for word in ('-isystem', folder)),
-            *(word for folder in own for word in ('-I', folder))]
+def make_added_headers(folder):
+    """What neither the phone's parts nor this repository have."""
+    for name in ADDED_HEADERS:
+        (folder / name).symlink_to(WORKSTATION / name)
+    (folder / 'android').mkdir()
+    (folder / 'android/ndk-version.h').write_text(NDK_VERSION)
 
 
-def failures(headers):
+def copy_own_headers(folder):
+    """Of platform/include those that only vendor libraries bring: the phone has the others."""
+    for header in (ROOT / 'platform/include').glob('*.h'):
+        shutil.copy(header, folder)
+
+
+def command(modules, name, headers, system, own):
+    """The compilation of a source of a module; the phone's build switches exceptions and RTTI off."""
+    entry = modules.properties(name)
+    folders = [modules.root / folder for folder in entry['local_include_dirs']]
+    folders += [headers.liblog, headers.libcutils, *own]
+    return [CLANG, f'--target={TARGET}', '-nostdinc', '-nostdinc++', '-fsyntax-only',
+            '-fno-exceptions', '-frtti' if entry.get('rtti') else '-fno-rtti',
+            *modules.flags(name), *(word for folder in system for word in ('-isystem', folder)),
+            *(word for folder in folders for word in ('-I', folder))]
+
+
+def compile_one(words):
+    done = subprocess.run(words, check=False, capture_output=True, text=True)
+    return done.stderr if done.returncode else ''
+
+
+def failures(headers, names, modules=None):
     """The compiler's messages for each source that fails."""
-    with tempfile.TemporaryDirectory() as own_headers:
-        # Of platform/include those that only vendor libraries bring: the phone has the others.
-        for header in (ROOT / 'platform/include').glob('*.h'):
-            shutil.copy(header, own_headers)
-        words = command(headers, own_headers)
-
-        def compile_one(source):
-            done = subprocess.run([*words, source], check=False, capture_output=True, text=True)
-            return done.stderr if done.returncode else ''
-
+    modules = modules or Modules(BLUEPRINT)
+    with tempfile.TemporaryDirectory() as own, tempfile.TemporaryDirectory() as added:
+        copy_own_headers(own)
+        make_added_headers(pathlib.Path(added))
+        system = [*system_folders(headers), added]
+        commands = [[*command(modules, name, headers, system, [own]), modules.root / source]
+                    for name in names for source in modules.sources(name)]
         with concurrent.futures.ThreadPoolExecutor(os.cpu_count()) as pool:
-            return [text for text in pool.map(compile_one, daemon_sources()) if text]
+            return [text for text in pool.map(compile_one, commands) if text]

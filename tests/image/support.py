@@ -32,17 +32,6 @@ def rows(path):
     return [words for words in lines if words]
 
 
-def module(kind, name):
-    """Returns the properties of a module of Android.bp, which is formatted by bpfmt."""
-    text = re.sub(r'^ *//.*\n', '', BLUEPRINT.read_text(), flags=re.M)
-    for body in re.findall(rf'^{kind} {{\n(.*?)^}}', text, re.M | re.S):
-        values = re.findall(r'^    (\w+): (\[.*?\]|[^\[].*?),$', body, re.M | re.S)
-        properties = {key: re.findall(r'"(.*?)"', value) or value for key, value in values}
-        if properties['name'] == [name]:
-            return properties
-    raise LookupError(f'Android.bp has no {kind} {name}')
-
-
 def product_literals(pattern):
     """Returns the string literals in the daemon's sources that match the pattern."""
     sources = [*ROOT.glob('src/**/*.cpp'), *ROOT.glob('src/**/*.h')]
