@@ -11,8 +11,8 @@
 
 namespace {
 
-// Reads items in order into one buffer and keeps the first failure. After a failed read the buffer
-// is zero, so the remaining items are still read and logged.
+// Reads items in order into one buffer and keeps the first failure. A failed read leaves the buffer
+// zero and does not stop the reads after it.
 class NamReader {
  public:
   bool read(const NamItem& item) {

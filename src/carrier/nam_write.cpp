@@ -106,7 +106,8 @@ void convert_system_values(const NamRecord& record, NamValues& values) {
   LOGE("qorext_hook_sprint_set_nam_info:  SET NAM AccessOverload %d ", values.overload_class);
 }
 
-// The MDN has its own buffer: the items after it start from zeros, not from its digits.
+// The MDN is written from a zeroed buffer, not from what the modem holds: a shorter number leaves
+// no digits of a longer one.
 void write_mdn(NamWriter& writer, const char (&mdn)[16]) {
   LOGE("qorext_hook_sprint_set_mdn_to_nv:  WRITE NV_DIR_NUMBER_PCS_I %d ", 0);
   NamItemBuffer buffer = {};

@@ -47,7 +47,7 @@ uint32_t get_active_ehrpd_apn(const uint8_t*, CarrierReply& reply) {
     uint32_t count = std::min(uint32_t{response.count}, kApnEntries);
     for (uint32_t i = 0; i < count; ++i) put_apn_record(reply, response.entries[i]);
   }
-  reply.length = kApnListSize;  // the list has always eight records; unused ones are zero
+  reply.length = kApnListSize;  // the list always has eight records; unused ones are zero
   return kStatusSuccess;
 }
 

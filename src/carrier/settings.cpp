@@ -80,8 +80,8 @@ uint32_t get_ddtm_preference(const uint8_t*, CarrierReply& reply) {
   LOGE("qorext_hook_sprint_get_ddtm_preference:  ENTER  %d ", 0);
   uint8_t ddtm = 0;
   if (qor_qmi_sprint_rde_read(kDdtmItem, 0, 0, &ddtm, sizeof ddtm, nullptr) != kRdeSuccess) {
-    LOGE("qorext_hook_sprint_set_ddtm_preference: Fail to write.");  // the text of the set:
-                                                                     // deliberate
+    // The text of the set: deliberate.
+    LOGE("qorext_hook_sprint_set_ddtm_preference: Fail to write.");
     return kStatusFailure;
   }
   LOGE("qorext_hook_sprint_get_ddtm_preference:   ddtm = %d ", ddtm);
@@ -101,8 +101,8 @@ uint32_t set_ddtm_preference(const uint8_t* request, CarrierReply&) {
 }
 
 uint32_t get_bsr_timer(const uint8_t* request, CarrierReply& reply) {
-  LOGE("handle_set_bsr_timer: EVENT VALUE %d ",
-       cdma_id(request));  // the text of the set: deliberate
+  // The text of the set: deliberate.
+  LOGE("handle_set_bsr_timer: EVENT VALUE %d ", cdma_id(request));
   uint32_t timer = qor_qmi_sprint_get_bsr_timer();
   LOGE("Get BSR timer result - %d", timer);
   put_le32(reply, timer);
@@ -124,8 +124,8 @@ uint32_t get_lte_option(const uint8_t* request, CarrierReply& reply) {
 }
 
 uint32_t set_lte_option(const uint8_t* request, CarrierReply&) {
-  LOGE("handle_get_lte_option: EVENT VALUE %d ",
-       cdma_id(request));  // the text of the get: deliberate
+  // The text of the get: deliberate.
+  LOGE("handle_get_lte_option: EVENT VALUE %d ", cdma_id(request));
   uint32_t rc =
       qor_qmi_sprint_rde_write(kLteOptionItem, 0, 0, cdma_length(request), request + kCdmaPayload);
   return status_of(rc == kRdeSuccess);

@@ -109,7 +109,7 @@ static_assert(offsetof(LteChannelResponse, fourth_value) == 19);
 
 constexpr uint32_t kTotEntries = 15;
 
-// Reported to the parent with any result, as long as the exchange succeeded.
+// Reported to the parent as received, with any result and also after a failed exchange.
 struct TotOrderResponse {
   uint32_t result;
   uint32_t error;
@@ -147,7 +147,8 @@ static_assert(sizeof(ApnEntry) == 144);
 static_assert(offsetof(ApnEntry, name) == 20);
 static_assert(offsetof(ApnEntry, remaining_bytes) == 128);
 
-// The same. Entries are reported only when `count_high`, the high byte of the count, is not zero.
+// Reported to the parent with any result, as long as the exchange succeeded. Entries are reported
+// only when `count_high`, the high byte of the count, is not zero.
 struct ActiveApnResponse {
   uint32_t result;
   uint32_t error;

@@ -9,11 +9,10 @@
 
 namespace {
 
-constexpr uint32_t kInformationUnavailable =
-    93;  // the QMI error of a radio that is not transmitting
+constexpr uint32_t kNoRadio = 93;  // the QMI error of a radio that is not transmitting
 
 void get_channels(LteData& data) {
-  // Words of a packed record have no aligned address to pass.
+  // The 32-bit fields of a packed record are not aligned, so their addresses are not passed.
   uint32_t first_value = data.channel_first_value;
   uint32_t second_value = data.channel_second_value;
   qor_qmi_sprint_get_lte_ul_dl_channel(&first_value, &second_value, &data.channel_third_value,
@@ -62,7 +61,7 @@ bool get_transmit_power(LteData& data) {
   if (rc != 0 || response.qmi.result != 0) {
     LOGE("get_lte_data: QMI_NAS_GET_TX_RX_INFO failed (%d), error (%d).", rc, response.qmi.error);
     // A radio that does not transmit has no power to report; the record then counts as complete.
-    if (response.qmi.error != kInformationUnavailable) return false;
+    if (response.qmi.error != kNoRadio) return false;
     data.tx_power = 0;
   }
   if (response.tx_valid != 0) data.tx_power = response.tx_power;

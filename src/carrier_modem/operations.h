@@ -97,7 +97,7 @@ int qor_qmi_sprint_write_spc(const uint8_t* current_spc, const uint8_t* new_spc)
 int verify_subsidy_lock(const uint8_t* code);
 
 // startup_properties.cpp: configuration that is copied between modem and system properties at
-// start-up. A failure is logged and does not stop the start-up.
+// start-up. A failed exchange with the modem is logged; no failure stops the start-up.
 
 // Publishes the modem's LTE band classes as "ril.lte.bc.config". Returns the result of
 // property_set.
