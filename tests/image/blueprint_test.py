@@ -1,11 +1,12 @@
 # SPDX-License-Identifier: Apache-2.0
 """The blueprints build the same programs, libraries and tests as CMake."""
 import json
+import pathlib
 import re
-import shlex
 import tempfile
 import unittest
 
+from cmake import cmake_targets, cmake_wraps
 from modules import Modules
 from support import ANDROID, BLUEPRINT, BUILD, COMPILER, ROOT, run
 
@@ -50,34 +51,13 @@ ADDED_FLAGS = {'-Wno-sign-compare', '-Wno-sign-conversion'}
 ALL = ('modem', 'stubs')
 
 
-def cmake_targets():
-    """Returns the sources of each target and the command lines of its compilations."""
-    targets = {}
-    for entry in json.loads((BUILD / 'compile_commands.json').read_text()):
-        words = shlex.split(entry['command'])
-        name = re.search(r'CMakeFiles/(.+?)\.dir/', words[words.index('-o') + 1])[1]
-        listed, commands = targets.setdefault(name, (set(), []))
-        listed.update(sources_of(entry['file']))
-        commands.append(words)
-    return targets
-
-
-def sources_of(file):
-    """Returns a source, or those that a unity source includes, without precompiled headers."""
-    if '/Unity/' in file:
-        with open(file, encoding='utf-8') as unity:
-            return {path.removeprefix(f'{ROOT}/')
-                    for path in re.findall(r'#include "(.*\.cpp)"', unity.read())}
-    return {file.removeprefix(f'{ROOT}/')} if file.startswith(f'{ROOT}/') and \
-        not file.startswith(f'{BUILD}/') else set()
-
-
-def cmake_wraps(file):
-    """The functions that the linker replaces, of a CMakeLists.txt."""
-    text = file.read_text()
-    loop = re.search(r'foreach\(function (.*?)\)', text, re.S)
-    names = loop[1].split() if loop else re.findall(r'--wrap=(\w+)', text)
-    return sorted(f'-Wl,--wrap={name}' for name in names)
+def wrap_differences(modules):
+    """The functions that one of CMake and a module of tests replaces, of modules that differ."""
+    differences = {
+        name: cmake_wraps(ROOT / folder / 'CMakeLists.txt') ^ set(modules.properties(name)['ldflags'])
+        for name, folder in (('qorext_product_test', 'tests/unit/product'),
+                             ('qorext_parent_test', 'tests/unit/parent'))}
+    return {name: wraps for name, wraps in differences.items() if wraps}
 
 
 class Image(unittest.TestCase):
@@ -99,15 +79,28 @@ class Image(unittest.TestCase):
         return [name for name, targets in (DAEMON | STUBS | PARENT | MODEM | TESTS).items()
                 if modules.sources(name) != self.expected_sources(name, targets)]
 
+    def flag_differences(self, modules):
+        """The flags by which a module differs from CMake's targets, of modules that differ."""
+        differences = {}
+        for name, targets in (DAEMON | STUBS | PARENT | MODEM).items():
+            flags = set(filter(SHARED_FLAG.match, modules.flags(name)))
+            added = ADDED_FLAGS if name not in DAEMON else set()
+            for words in (words for target in targets for words in self.targets[target][1]):
+                shared = set(filter(SHARED_FLAG.match, words)) - {'-Winvalid-pch'}
+                if flags ^ shared ^ added:
+                    differences[name] = flags ^ shared ^ added
+        return differences
+
     def edited(self, old, new, file=BLUEPRINT):
         """The modules with a change in one blueprint; their sources are those of the repository."""
         folder = tempfile.TemporaryDirectory()
         self.addCleanup(folder.cleanup)
-        copies = {path: BLUEPRINT.__class__(folder.name, path.name) for path in self.modules.files}
+        copies = {path: pathlib.Path(folder.name, path.name) for path in self.modules.files}
         for path, copy in copies.items():
-            copy.write_text(path.read_text().replace(old, new) if path == file else path.read_text())
-        modules = Modules(copies[BLUEPRINT], ALL)
+            copy.write_text(path.read_text())
+        copies[file].write_text(file.read_text().replace(old, new))
         self.assertNotEqual(copies[file].read_text(), file.read_text())
+        modules = Modules(copies[BLUEPRINT], ALL)
         modules.root = ROOT
         return modules
 
@@ -127,6 +120,10 @@ class Image(unittest.TestCase):
         with self.assertRaisesRegex(ValueError, 'true: expected :'):
             self.edited('vendor: true,', 'vendor true,')
 
+    def test_two_modules_with_one_name_are_reported(self):
+        with self.assertRaisesRegex(ValueError, 'two modules have one name'):
+            self.edited('name: "libqorext_stub_qmi_idl"', 'name: "qorext_client"', ROOT / 'Stubs.bp')
+
     def test_modules_build_the_sources_that_cmake_builds(self):
         self.assertIn('src/host/main.cpp', self.daemon['srcs'])
         self.assertEqual(self.source_differences(self.modules), [])
@@ -139,12 +136,15 @@ class Image(unittest.TestCase):
         self.assertEqual(self.source_differences(with_qrtr), ['libqorext_stub_qmi_transport'])
 
     def test_modules_compile_with_the_flags_of_cmake(self):
-        for name, targets in (DAEMON | STUBS | PARENT | MODEM).items():
-            flags = {flag for flag in self.modules.flags(name) if SHARED_FLAG.match(flag)}
-            expected = ADDED_FLAGS if name not in DAEMON else set()
-            for words in (words for target in targets for words in self.targets[target][1]):
-                shared = set(filter(SHARED_FLAG.match, words)) - {'-Winvalid-pch'}
-                self.assertEqual(flags ^ shared, expected, name)
+        self.assertEqual(self.flag_differences(self.modules), {})
+
+    def test_a_flag_that_a_module_lacks_is_reported(self):
+        without_rtti_flag = self.edited('        "-fno-rtti",\n', '')
+        self.assertEqual(self.flag_differences(without_rtti_flag),
+                         {'qorext_client': {'-fno-rtti'}})
+        unshadowed = self.edited('        "-Wshadow",\n', '', ROOT / 'Stubs.bp')
+        self.assertEqual(self.flag_differences(unshadowed),
+                         dict.fromkeys(STUBS | PARENT | MODEM, {'-Wshadow'}))
 
     def test_the_modem_has_the_version_of_cmake(self):
         version = re.search(r'project\(qorext VERSION ([\d.]+)', CMAKE)[1]
@@ -169,9 +169,10 @@ class Image(unittest.TestCase):
                 self.assertEqual(entry['stem'], f'lib{target}')
 
     def test_tests_replace_the_functions_that_cmake_replaces(self):
-        for name, folder in (('qorext_product_test', 'product'), ('qorext_parent_test', 'parent')):
-            file = ROOT / f'tests/unit/{folder}/CMakeLists.txt'
-            self.assertEqual(self.modules.properties(name)['ldflags'], cmake_wraps(file))
+        self.assertEqual(wrap_differences(self.modules), {})
+        without_fork = self.edited('        "-Wl,--wrap=fork",\n', '', ROOT / 'Tests.bp')
+        self.assertEqual(wrap_differences(without_fork),
+                         {'qorext_parent_test': {'-Wl,--wrap=fork'}})
         self.assertIn('-Dmain=qorext_client_main', self.modules.flags('libqorext_client_main'))
         self.assertIn('COMPILE_DEFINITIONS main=qorext_client_main',
                       (ROOT / 'tests/unit/product/CMakeLists.txt').read_text())
