@@ -43,7 +43,7 @@ struct NvResponseEntry {
   uint32_t message_id;
   uint32_t data_size;  // bytes of the item that the reply is about
   NvResponseHandler handler;
-  bool is_served;
+  bool is_served;  // by handleNvResponse: the reply carries the item's bytes
 };
 
 // The parent expects status 5 for the items 38 and 39, although the modem is asked for them.
@@ -51,7 +51,7 @@ inline constexpr NvResponseEntry kNvResponseTable[] = {
     {0x02000007, 4, handleNvResponse,  true },
     {0x02000017, 4, handleNvResponse,  false},
     {0x02000019, 4, handleNvResponse,  false},
-    {0x0200000A, 6, handleSpcResponse, true },
+    {0x0200000A, 6, handleSpcResponse, false},
     {0x0200000D, 4, handleNvResponse,  true },
     {0x0200000F, 4, handleNvResponse,  true },
 };

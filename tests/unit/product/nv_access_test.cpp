@@ -90,6 +90,16 @@ TEST_F(NvAccess, FixedReadWithoutAResponseRowGetsNoReply) {
   EXPECT_THAT(trace, ElementsAre("log: NV Read RdeId 28", "send vendor 0x8"));
 }
 
+TEST_F(NvAccess, ItemReplyNeverCarriesTheProgrammingCode) {
+  ElementReadResponse response = {};
+  response.length = 6;
+  memcpy(response.data, "123456", 6);
+  forget();
+  handleNvResponse(Request::cdma(0x0200000A).data(), response, 6);
+  EXPECT_EQ(logs()[1], "This should not happen");
+  EXPECT_THAT(replies(), ElementsAre(reply(0x0200000A, 5, Bytes(6))));
+}
+
 TEST_F(NvAccess, FixedReadWithoutMemoryGetsNoReply) {
   allocations_left = 0;
   EXPECT_EQ(read(Request::cdma(0x02000007)), 0);
