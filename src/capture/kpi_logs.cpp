@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 // A merge: find the current log (or start with an empty directory), rotate it when that is due,
 // append the temporary file and sync the log, sync the links, log the success, delete the temporary
-// file. A step that fails ends the merge, except for the owner and mode of the log and for the
-// links.
+// file. A step that fails ends the merge, except for the hand-off, the log's owner and mode, and
+// the links.
 #include "src/capture/kpi_logs.h"
 
 #include <NativeDropBoxWriter.h>

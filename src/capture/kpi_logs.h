@@ -40,6 +40,6 @@ bool vorn_sync_links();
 // Deletes everything but temporary files.
 void vorn_reset_dir();
 
-// Deletes each file that is neither of the two logs and whose time of change is 48 hours or more
-// before or after the current time.
+// Deletes each file that is neither of the two logs and was last modified 48 hours or more before
+// or after the current time. Names that begin with a dot are skipped.
 void vorn_clean_dir();

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 // The packets in which the modem uploads its KPI ("vorn") logs. Packets with one package id form a
-// package; each packet is checked against the package being received. No file is accessed here.
+// package; each packet is checked against the package being received.
 #pragma once
 
 #include <stddef.h>
@@ -46,5 +46,5 @@ enum KpiAction {
 };
 
 // Returns what to do with the packet; advances or resets the receiver. After kKpiForward the caller
-// resets it.
+// resets it. Accesses no file.
 KpiAction check_kpi_packet(KpiReceiver& receiver, const KpiPacket& packet);

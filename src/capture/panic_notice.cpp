@@ -20,8 +20,8 @@ constexpr char kBootInfo[] = "/proc/bootinfo";
 constexpr char kModemRestarts[] = "/sys/module/subsystem_restart/parameters/modem_restarts";
 constexpr char kRestartReason[] = "/sys/module/pil_q6v5_mss/parameters/ssr_reason";
 
-constexpr char kKernelPanic[] =
-    "0x00020000";  // compared as text: other spellings of the number do not match
+// Compared as text: other spellings of the number do not match.
+constexpr char kKernelPanic[] = "0x00020000";
 
 constexpr size_t kBootInfoSize = 1024;
 constexpr size_t kLineSize = 32;

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 // The top of the daemon: the request loop, the tables of requests and the table of indications.
-// Only files of this folder include it.
+// No other folder of src/ includes it.
 #pragma once
 
 #include <stdint.h>

@@ -36,6 +36,8 @@ struct GeneralReadData {
   uint8_t data[kElementDataSize];
   uint8_t zeros[4];  // after the last byte of the item, wherever that is
 };
+static_assert(sizeof(GeneralReadData) == 532);
+static_assert(offsetof(GeneralReadData, data) == 16);
 
 constexpr size_t kItemData = kCdmaPayload + sizeof(ItemAddress);
 

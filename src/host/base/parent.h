@@ -15,7 +15,8 @@ constexpr uint32_t kPrimaryInstance = 0;
 // before any other thread starts.
 void set_parent_pipes(int reply_fd, int unsolicited_fd);
 
-// Each writes one frame with one write(), so frames of several threads never mix. Returns 1, or 0
-// after logging errno. A short write is neither repeated nor reported.
+// Each writes one frame with one write() and returns 1, or 0 after logging errno. A short write is
+// neither repeated nor reported. There is no lock: one thread writes to each pipe, the main thread
+// the replies and the client library's callback thread the unsolicited messages.
 int writeToParent(const void* buffer, size_t length);
 int writeUnsolToParent(const void* buffer, size_t length);
