@@ -200,6 +200,13 @@ class Image(unittest.TestCase):
             self.assertIs(entry['vendor'], True, name)
             self.assertEqual(entry['compile_multilib'], '64', name)
 
+    def test_the_manual_names_the_modules_that_the_modem_needs(self):
+        manual = (ROOT / 'docs/phone.md').read_text()
+        table = manual.split('\n## On a tree without vendor parts\n')[1].split('\n### ')[0]
+        added = self.modules.libraries('qorext_modem').difference(self.modules)
+        self.assertEqual(set(re.findall(r'^\| `(lib\w+_headers)`', table, re.M)) | {'fmtlib'}, added)
+        self.assertIn("the platform's `fmtlib`", table)
+
     def test_presubmit_runs_the_unit_tests_on_the_host(self):
         mapping = json.loads((ROOT / 'TEST_MAPPING').read_text())
         tests = {name for name in self.modules if self.modules.kind(name) == 'cc_test_host'}

@@ -7,9 +7,8 @@ import unittest
 import sources
 from blueprint import blueprint_errors, missing_modules
 from init_script import script_errors
-from modules import Modules
 from policy import doubled, property_label
-from support import BLUEPRINT, COMPILER, ROOT, run
+from support import COMPILER, ROOT, run
 from tree import Headers, headers_of, policies_of
 
 HERE = pathlib.Path(__file__).resolve().parent
@@ -80,16 +79,25 @@ class Image(unittest.TestCase):
         self.assertEqual(messages[0], '')
         self.assertIn('bad.cpp:1', messages[1])
 
-    def test_sources_are_compiled_with_the_flags_of_their_module(self):
+    def command(self, name, check):
+        modules, names = sources.CHECKS[check]
+        self.assertIn(name, names)
         headers = Headers('none', self.tree, self.tree, self.tree / 'log', self.tree / 'cutils')
-        modules = Modules(BLUEPRINT)
-        daemon = sources.command(modules, 'qorext_client', headers, [], [])
+        return sources.command(modules, name, headers, [], 'vendor')
+
+    def test_the_daemon_is_compiled_with_the_headers_of_vendor_or_stubs(self):
+        daemon = self.command('qorext_client', 'daemon')
         self.assertIn('-Wconversion', daemon)
-        self.assertIn(ROOT / 'platform/android/include', daemon)
-        self.assertIn(self.tree / 'cutils', daemon)
-        self.assertNotIn('-fexceptions', daemon)
         self.assertIn('-fno-rtti', daemon)
-        stub = sources.command(modules, 'libqorext_stub_qmi_cci', headers, [], [])
+        for folder in (ROOT / 'platform/android/include', self.tree / 'cutils', 'vendor'):
+            self.assertIn(folder, daemon)
+        self.assertNotIn(ROOT / 'platform/include', daemon)
+        with_stubs = self.command('qorext_client', 'stubs')
+        self.assertNotIn('vendor', with_stubs)
+        self.assertIn(ROOT / 'platform/include', with_stubs)
+
+    def test_stubs_are_compiled_with_exceptions_and_rtti(self):
+        stub = self.command('libqorext_stub_qmi_cci', 'stubs')
         self.assertIn('-frtti', stub)
         self.assertGreater(stub.index('-fexceptions'), stub.index('-fno-exceptions'))
         self.assertIn('-Wno-sign-conversion', stub)

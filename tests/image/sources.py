@@ -11,11 +11,13 @@ from modules import Modules
 from support import BLUEPRINT, ROOT
 from tree import CLANG, compiler_resources, host_libcxx
 
-MODULES = {
-    'daemon': ['qorext_client'],
-    'stubs': [name for name in Modules(BLUEPRINT) if name.startswith('libqorext_stub_')] +
-             ['qorext_parent'],
-    'modem': ['qorext_modem'],
+WITH_STUBS = Modules(BLUEPRINT, ('modem', 'stubs'))
+# The modules of each check; the daemon is compiled with the vendor's headers and with the stubs'.
+CHECKS = {
+    'daemon': (Modules(BLUEPRINT), ['qorext_client']),
+    'stubs': (WITH_STUBS, ['qorext_client', 'qorext_parent',
+                           *(name for name in WITH_STUBS if name.startswith('libqorext_stub_'))]),
+    'modem': (WITH_STUBS, ['qorext_modem']),
 }
 TARGET = 'aarch64-linux-android33'
 # Header libraries that an integrator adds for the modem: the workstation's, by their folders.
@@ -39,20 +41,29 @@ def make_added_headers(folder):
     (folder / 'android/ndk-version.h').write_text(NDK_VERSION)
 
 
-def copy_own_headers(folder):
+def copy_vendor_headers(folder):
     """Of platform/include those that only vendor libraries bring: the phone has the others."""
     for header in (ROOT / 'platform/include').glob('*.h'):
         shutil.copy(header, folder)
 
 
-def command(modules, name, headers, system, own):
-    """The compilation of a source of a module; the phone's build switches exceptions and RTTI off."""
+def include_folders(modules, name, headers, vendor):
+    """In the order in which the phone's build searches them. `vendor` holds the vendor's headers."""
     entry = modules.properties(name)
     folders = [modules.root / folder for folder in entry['local_include_dirs']]
-    folders += [headers.liblog, headers.libcutils, *own]
+    for library in entry.get('header_libs', []):
+        exported = modules.properties(library)['export_include_dirs'] if library in modules else []
+        folders += [modules.root / folder for folder in exported] or [vendor]
+    return [*folders, headers.liblog, headers.libcutils]
+
+
+def command(modules, name, headers, system, vendor):
+    """Compiles a source of a module; the phone's build switches exceptions and RTTI off."""
+    rtti = modules.properties(name).get('rtti')
+    folders = include_folders(modules, name, headers, vendor)
     return [CLANG, f'--target={TARGET}', '-nostdinc', '-nostdinc++', '-fsyntax-only',
-            '-fno-exceptions', '-frtti' if entry.get('rtti') else '-fno-rtti',
-            *modules.flags(name), *(word for folder in system for word in ('-isystem', folder)),
+            '-fno-exceptions', '-frtti' if rtti else '-fno-rtti', *modules.flags(name),
+            *(word for folder in system for word in ('-isystem', folder)),
             *(word for folder in folders for word in ('-I', folder))]
 
 
@@ -61,14 +72,13 @@ def compile_one(words):
     return done.stderr if done.returncode else ''
 
 
-def failures(headers, names, modules=None):
+def failures(headers, modules, names):
     """The compiler's messages for each source that fails."""
-    modules = modules or Modules(BLUEPRINT)
-    with tempfile.TemporaryDirectory() as own, tempfile.TemporaryDirectory() as added:
-        copy_own_headers(own)
+    with tempfile.TemporaryDirectory() as vendor, tempfile.TemporaryDirectory() as added:
+        copy_vendor_headers(vendor)
         make_added_headers(pathlib.Path(added))
         system = [*system_folders(headers), added]
-        commands = [[*command(modules, name, headers, system, [own]), modules.root / source]
+        commands = [[*command(modules, name, headers, system, vendor), modules.root / source]
                     for name in names for source in modules.sources(name)]
         with concurrent.futures.ThreadPoolExecutor(os.cpu_count()) as pool:
             return [text for text in pool.map(compile_one, commands) if text]
