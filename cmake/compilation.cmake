@@ -1,6 +1,6 @@
 # SPDX-License-Identifier: Apache-2.0
-# Most of a source's compilation is its headers', so sources can be compiled several at a time. Not
-# those that go into a phone: these are compiled one by one in every build.
+# Most of a source's compilation is its headers', so a build from nothing is shorter with several
+# sources at a time. The sources that go into a phone are compiled one by one in every build.
 option(QOREXT_UNITY "compile sources of the modem, the tool and the tests together" OFF)
 
 # The sources of one folder become one.
