@@ -14,8 +14,8 @@ extern "C" {
 // stored.
 int property_get(const char* key, char* value, const char* default_value);
 
-// Returns 0, or a negative value when the key or value is refused or cannot be stored. A property whose
-// name begins with "ro." can be set once.
+// Returns 0, or a negative value when the key or value is refused or cannot be stored. A property
+// whose name begins with "ro." can be set once.
 int property_set(const char* key, const char* value);
 
 #ifdef __cplusplus

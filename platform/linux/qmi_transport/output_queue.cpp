@@ -38,7 +38,7 @@ Status OutputQueue::flush(const Send& send) {
   return Status::ok;
 }
 
-// Waits for the slowest client that reads, so that none of them falls behind without a limit.
+// Waits for the slowest client that reads, so that no queue grows without a limit.
 void Pace::add(const OutputQueue& queue) {
   if (queue.empty()) {
     has_empty_ = true;

@@ -26,7 +26,7 @@ Completion complete_line(const std::string& line);
 std::vector<Candidate> complete_request(const std::vector<std::string>& words);
 std::vector<Candidate> complete_modem(const std::vector<std::string>& words);
 
-// All that may be at the place of the last word after "modem", whatever it begins with.
+// All that may be at the place of the last word after "modem".
 std::vector<Candidate> words_of_modem(const std::vector<std::string>& words);
 
 }  // namespace qorextctl
