@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 // Owners, groups and modes of the KPI logs on the phone's file system.
 
+#include <sys/mount.h>
+
 #include <filesystem>
 
 #include "tests/e2e/support/handset.h"
@@ -12,6 +14,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
+using testing::Contains;
 using testing::SizeIs;
 using testing::StartsWith;
 
@@ -35,7 +38,8 @@ class KpiLogs : public testing::Test {
 
 TEST_F(KpiLogs, BelongToTheRadioUserAndTheDiagnosticsGroup) {
   upload(1, false, le32(kLogHeader) + characters("first, "));
-  EXPECT_EQ(rights_of(at("/data/vorn")), "1001:1001 750");
+  EXPECT_EQ(fs::read_symlink(at("/data/vorn")), "/data/vendor/vorn");
+  EXPECT_EQ(rights_of(at("/data/vorn")), "1001:2002 750");
   EXPECT_EQ(rights_of(at("/data/vorn/~vorn0007.log")), "1001:1001 740");
   EXPECT_EQ(content_of(at("/data/vorn/~vorn0007.log")), "first, ");
 
@@ -45,6 +49,32 @@ TEST_F(KpiLogs, BelongToTheRadioUserAndTheDiagnosticsGroup) {
   EXPECT_THAT(log, StartsWith("/data/vorn/vorn_"));
   EXPECT_EQ(rights_of(at(log)), "1001:2002 660");
   EXPECT_EQ(content_of(at(log)), "first, last");
+}
+
+// A small file system at a path, until the end of the scope.
+class SmallFileSystem {
+ public:
+  explicit SmallFileSystem(std::string path) : path_(std::move(path)) {
+    EXPECT_EQ(mount("none", path_.c_str(), "tmpfs", 0, "size=64k,uid=1001,gid=2002,mode=750"), 0);
+  }
+  ~SmallFileSystem() { umount2(path_.c_str(), MNT_DETACH); }
+  SmallFileSystem(const SmallFileSystem&) = delete;
+  SmallFileSystem& operator=(const SmallFileSystem&) = delete;
+
+ private:
+  std::string path_;
+};
+
+// The packets fit, their copy in the log does not.
+TEST_F(KpiLogs, AreCutBackWhenTheFileSystemIsFull) {
+  SmallFileSystem full(at("/data/vendor/vorn"));
+  upload_package("first");
+  std::string log = target("/data/vorn/.0001");
+  upload_in_packets(handset.modem(), 8, random_log(40000));
+  EXPECT_THAT(handset.messages_until_idle(), testing::IsEmpty());
+  EXPECT_THAT(handset.log().texts(),
+              Contains("vorn_update_current_log: Unable to write " + log + ", errno 28"));
+  EXPECT_EQ(content_of(at(log)), "first");
 }
 
 TEST_F(KpiLogs, GoToTheDropBoxWhenFull) {

@@ -2,6 +2,7 @@
 #include "tests/e2e/support/phone_root.h"
 
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <cstdlib>
 #include <filesystem>
@@ -23,6 +24,32 @@ constexpr mode_t kFolderMode = 0755;
 
 void remove_content(const std::string& folder) {
   for (const auto& entry : fs::directory_iterator(folder)) fs::remove_all(entry.path());
+}
+
+// The user, group and mode of a folder that the phone's init creates.
+struct SystemFolder {
+  const char* path;
+  uid_t user;
+  gid_t group;
+  mode_t mode;
+};
+constexpr SystemFolder kDataFolders[] = {
+    {"/data", 1000, 1000, 0771},             // system
+    {"/data/vendor", 0, 0, 0771},            // root
+    {"/data/vendor/vorn", 1001, 2002, 0750}  // radio, diag
+};
+constexpr const char* kLogs = "/data/vendor/vorn";
+constexpr const char* kLogsLink = "/data/vorn";
+
+// The log folder as platform/android/init/qorext_client.rc creates it.
+void make_data(const std::string& root) {
+  for (const SystemFolder& folder : kDataFolders) {
+    std::string path = root + folder.path;
+    fs::create_directories(path);
+    if (chown(path.c_str(), folder.user, folder.group) != 0) throw_errno(path);
+    if (chmod(path.c_str(), folder.mode) != 0) throw_errno(path);
+  }
+  fs::create_directory_symlink(kLogs, root + kLogsLink);
 }
 
 }  // namespace
@@ -50,6 +77,7 @@ void PhoneRoot::use_handset(const std::string& folder) {
     remove_content(folder_ + name);
     give_to_daemon(folder_ + name);
   }
+  make_data(folder_);
   auto error = qorextctl::make_phone_folders(folder_);
   if (error) throw std::runtime_error(error->message);
 }

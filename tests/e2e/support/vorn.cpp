@@ -59,8 +59,7 @@ std::string random_log(size_t size) {
 
 VornFolder::VornFolder(const PhoneRoot& phone)
     : phone_(phone), folder_(phone.folder() + "/data/vorn") {
-  fs::create_directory(folder_);
-  phone_.give_to_daemon(folder_);
+  if (fs::create_directory(folder_)) phone_.give_to_daemon(folder_);
 }
 
 void VornFolder::put(const std::string& name, const std::string& text, size_t size) const {
