@@ -12,6 +12,8 @@ HOB_SIZE = 0x8000
 DHOB_SIZE = 0x20000
 UNWRITTEN = b"\xee"  # the initial content of the partition
 DATA_MEGABYTES = 64
+CALLS_MEGABYTES = 512
+POLICY = HERE.parents[1] / "platform/android/seccomp/qorext_client.policy"
 
 
 def hob_content():
@@ -63,6 +65,8 @@ class Image:
         for name in ("qorext_modem", "qorextctl"):
             self.add(self.build / "bin" / name, f"system/bin/{name}")
         self.add(self.build / "bin/qorext_client", "phone/system/bin/qorext_client")
+        self.add(self.build / "bin/confine", "phone/system/bin/confine")
+        self.copy(POLICY, "phone/vendor/etc/seccomp_policy/qorext_client.policy")
         for name in self.tests:
             self.add(self.build / "tests" / name, f"system/bin/{name}")
         for source, name in self.guest.items():
@@ -107,9 +111,13 @@ class Image:
         share.joinpath("hob").write_bytes(hob_content())
 
 
+def make_empty(disk, megabytes):
+    with open(disk, "wb") as file:
+        file.truncate(megabytes << 20)
+
+
 def make_disks(data, dhob):
-    with open(data, "wb") as disk:
-        disk.truncate(DATA_MEGABYTES << 20)
+    make_empty(data, DATA_MEGABYTES)
     subprocess.run(["mke2fs", "-q", "-F", "-t", "ext4", data], check=True)
     dhob.write_bytes(UNWRITTEN * DHOB_SIZE)
 

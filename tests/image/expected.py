@@ -8,11 +8,10 @@ NEEDS = {
     ('rild', 'fd'): 'use',
     ('rild', 'fifo_file'): 'read write',
     ('qorext_client_exec', 'file'): 'entrypoint execute getattr map open read',
-    ('qorext_client', 'qipcrtr_socket'): 'bind connect create getattr read setopt write',
+    ('qorext_client', 'qipcrtr_socket'): 'create getattr read setopt write',
     ('init', 'unix_stream_socket'): 'connectto',
     ('property_socket', 'sock_file'): 'write',
     ('qorext_prop', 'property_service'): 'set',
-    ('qorext_prop', 'file'): 'getattr map open read',
     ('bootloader_prop', 'file'): 'getattr map open read',
     ('telephony_config_prop', 'file'): 'getattr map open read',
     ('proc_bootinfo', 'file'): 'open read',
@@ -24,7 +23,7 @@ NEEDS = {
     ('vendor_data_file', 'dir'): 'search',
     ('vorn_vendor_data_file', 'dir'): 'add_name getattr open read remove_name search write',
     ('vorn_vendor_data_file', 'file'): 'append create getattr open read setattr unlink write',
-    ('vorn_vendor_data_file', 'lnk_file'): 'create getattr read rename unlink',
+    ('vorn_vendor_data_file', 'lnk_file'): 'create read rename unlink',
 }
 # What its parent may do with it.
 PARENT = {
@@ -66,6 +65,11 @@ def documented_rules(manual):
             for targets, kind, permissions in
             re.findall(r'^\| (`.*?`) \| (\w+) \| ([a-z_ ]+) \|', table, re.M)
             for target in re.findall(r'`(\w+)`', targets)}
+
+
+def confinement_rules(manual):
+    """The rule that lets the parent start the daemon under its list of system calls."""
+    return re.search(r'^  (allow rild \w+:process2 .*)$', manual, re.M).group(1) + '\n'
 
 
 def dropbox_rules(manual):

@@ -10,7 +10,7 @@ import tempfile
 import unittest
 
 from expected import (NEEDS, PARENT, TYPE_OF_KERNEL_FILE, TYPE_OF_PATH, TYPE_OF_PROPERTY,
-                      documented_rules, dropbox_rules)
+                      confinement_rules, documented_rules, dropbox_rules)
 from policy import property_label
 from support import (PRIVATE_POLICY, PROPERTY_CONTEXTS, PUBLIC_POLICY, ROOT, VENDOR_POLICY,
                      product_literals, rows, run)
@@ -109,6 +109,11 @@ class Image(unittest.TestCase):
 
     def test_the_policy_lets_a_vendor_process_call_the_dropbox_service(self):
         self.assert_compiles(dropbox_rules(MANUAL))
+
+    def test_the_policy_lets_the_parent_confine_the_daemon_to_its_system_calls(self):
+        self.assert_compiles(confinement_rules(MANUAL))
+        self.assertEqual(self.allowed('-s', 'rild', '-c', 'process2'),
+                         {('qorext_client', 'process2'): {'nnp_transition'}})
 
     def test_logs_directly_below_data_are_refused(self):
         self.assert_never_allowed('qorext_client system_data_file',

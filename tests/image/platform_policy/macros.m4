@@ -23,9 +23,12 @@ type $1, property_type, system_property_type, system_public_property_type;
 define(`get_prop', `
 allow $1 $2:file { getattr open read map };
 ')
+define(`unix_socket_connect', `
+allow $1 $2_socket:sock_file write;
+allow $1 $3:unix_stream_socket connectto;
+')
 define(`set_prop', `
-allow $1 property_socket:sock_file write;
-allow $1 init:unix_stream_socket connectto;
+unix_socket_connect($1, property, init)
 allow $1 $2:property_service set;
 get_prop($1, $2)
 ')
