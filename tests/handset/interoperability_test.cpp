@@ -99,8 +99,9 @@ TEST_F(Interoperability, QrtrLookupListsTheServices) {
 
 // The session of "./dev run" on the handset.
 TEST_F(Interoperability, QorextctlPlaysTheDemo) {
-  CommandResult result = run_tool("--json --modem qrtr --control " + handset.phone().control_socket() +
-      " --phone-root " + handset.phone().folder() + " session </usr/share/handset/demo.session");
+  CommandResult result = run_tool(
+      "--json --modem qrtr --control " + handset.phone().control_socket() + " --phone-root " +
+      handset.phone().folder() + " session </usr/share/handset/demo.session");
   EXPECT_EQ(result.status, 0) << result.errors;
   auto lines = lines_of(result.output);
   EXPECT_THAT(lines, Not(Contains(HasSubstr(R"("type":"error")"))));
