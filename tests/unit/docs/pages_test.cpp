@@ -88,8 +88,8 @@ TEST(ScenarioKeys, AreAllThatTheStateHas) {
     std::string name = pointer.substr(pointer.find_last_of('/') + 1);
     if (isdigit(static_cast<unsigned char>(name[0])) != 0) continue;
     bool is_documented = page.find("." + name + "`") != std::string::npos ||
-                   page.find("`" + name + "`") != std::string::npos ||
-                   page.find("`" + name + "[]`") != std::string::npos;
+                         page.find("`" + name + "`") != std::string::npos ||
+                         page.find("`" + name + "[]`") != std::string::npos;
     EXPECT_TRUE(is_documented) << pointer;
   }
 }
