@@ -23,7 +23,7 @@ CONDITIONS = {
 PHONE = (
     ("bionic: loading the libraries", "fstat fstatfs lseek pread64 readlinkat"),
     ("bionic: closed standard descriptors at a change of the domain", "dup3 fcntl"),
-    ("threads", "clone clone3 gettid rt_sigprocmask set_tid_address"),
+    ("C libraries: threads", "clone clone3 gettid rt_sigprocmask set_tid_address"),
     ("bionic: the handler of crashes, abort()",
      "getpid prctl rt_sigaction rt_tgsigqueueinfo sigaltstack tgkill"),
     ("bionic: the allocator, names of mappings, the shadow of control flow integrity",
