@@ -23,6 +23,7 @@ inline void store_number(uint8_t* to, size_t width, uint64_t value) {
   for (size_t i = 0; i < width; ++i) to[i] = static_cast<uint8_t>(value >> (8 * i));
 }
 inline uint64_t sign_extend(uint64_t value, size_t width) {
+  if (width == 0) return value;  // bytes, which have no sign
   uint64_t sign = uint64_t{1} << (8 * width - 1);
   return (value ^ sign) - sign;
 }
