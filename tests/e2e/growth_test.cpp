@@ -140,7 +140,8 @@ TEST_P(Growth, IsNone) {
   ProcessFigures after = figures_of(pid());
   EXPECT_LE(after.anonymous, before.anonymous + fault.max_growth);
   EXPECT_EQ(after.descriptors, before.descriptors);
-  EXPECT_EQ(after.threads, before.threads);
+  // One of the client library may be about to end at the first look.
+  EXPECT_LE(after.threads, before.threads);
   exhaust_descriptors(false);
 }
 
